@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+/*
+ * libOrbSdlSdk: data-link services of the modem platform for applications. This header includes all
+ * of the API; link with -lOrbSdlSdk. So far it offers
+ *
+ *   LCE  link capacity estimation    <orb/lce.h>
+ *
+ * A service is used in four steps: enable it with a status callback, wait until that callback gets
+ * STATUS_SUCCESS or STATUS_SERVICE_UP, call the requests, disable it. Nothing runs before the first
+ * enable and nothing is left after the last disable. examples/lce_monitor.c is a whole program to
+ * copy from.
+ *
+ * What follows holds for every function and callback. Their own comments name what is particular.
+ *
+ * 1. Calls. Any function may be called from any thread and from inside any callback, at any time.
+ *    A request checks its arguments, queues a message for the daemon and returns; it never waits
+ * for the daemon. Requests accepted before the connection stands reach the daemon once it does, in
+ *    the order of the calls. A connection is tried for about five seconds; when it fails, what was
+ *    waiting for it is dropped, the status "service down" is reported, and the next request tries
+ *    again. No request is repeated by the library.
+ *
+ * 2. Results. They differ by kind, for historical reasons, and are part of the contract:
+ *
+ *      kind             queued or done    refused
+ *      enable, disable  1                 0
+ *      create, destroy  0                 -1
+ *      other requests   0 or a positive   -2 invalid argument
+ *                       transaction id    -5 the service is not enabled
+ *
+ *    errno is not used. A call refused with 0, -1, -2 or -5 changes nothing: earlier callbacks stay
+ *    registered and nothing is sent. A good result says that the request was queued, not that
+ *    the daemon did it; that is for the callbacks to tell.
+ *
+ * 3. Threads of the callbacks. The library runs callbacks on threads of its own, and each comment
+ *    says which:
+ *
+ *      "runs on the receiver thread"  answers and reports of the daemon and the loss of the
+ *          connection. Each enabled service has one receiver thread; its callbacks come one after
+ *          the other, in the order in which the daemon sent them. A callback that takes long delays
+ *          the ones behind it.
+ *      "runs on the worker thread"    failures to connect or to send. One thread for all services.
+ *      "runs on the caller's thread before the function returns"    the failure reports of enable,
+ *          create, disable and destroy themselves.
+ *
+ *    So status callbacks may run on two threads at the same time. A callback may run before the
+ *    function that asked for it has returned. The library holds no lock while a callback runs: a
+ *    callback may call any function of this API, the disable function of its service included. An
+ *    exception or a longjmp must not leave a callback.
+ *
+ * 4. Disable and destroy. The two names belong to two generations of one call, see each service.
+ *      - They return within 500 ms even when the daemon is absent, silent, or not reading. On a
+ *        healthy connection the daemon gets the disable message before the connection is closed.
+ *      - Called on an application's thread: a callback of the service that is running is waited for
+ *        (the bound of 500 ms is then as long as the callback takes), and after the return no
+ *        callback of this service runs any more, status callbacks included. What the callbacks use
+ *        may then be freed.
+ *      - Called from inside a callback: they return at once. The library finishes the rest on its
+ *        own thread after the callback has returned.
+ *      - Never hold a lock, while calling them, that one of the service's callbacks takes: the call
+ *        waits for the callback and the callback for the lock.
+ *      - Other enabled services notice nothing.
+ *    A service may be enabled again at once. It starts afresh: callbacks, criteria requests and
+ *    transaction ids of the time before are forgotten.
+ *
+ * 5. Ownership. Arguments are read before the call returns and never kept, callbacks excepted; the
+ *    library frees nothing that belongs to the application. What a callback gets comes by value, no
+ *    pointer leads into the library. A registered callback must stay callable until it is replaced
+ *    or its service has been disabled; mind plug-ins that unload.
+ *
+ * 6. NULL. No argument may be NULL. A NULL pointer is an invalid argument: the call is refused with
+ *    the result of point 2.
+ *
+ * 7. No user data. Callbacks carry no context pointer. There is one object per service and process,
+ *    so an application keeps its context in static variables, guarded by a lock of its own.
+ *
+ * 8. Processes. After fork() the child must not call the library before it calls an exec function:
+ *    the threads are not there. Descriptors are close-on-exec. The process may end at any moment
+ * and on any thread, with services enabled. The library stays mapped after dlclose(), as its
+ * threads may still run. The library itself ends the process in two cases only: the descriptors of
+ * its event loop cannot be created, or a frame of the daemon does not fit in memory.
+ *
+ * 9. Signals. The library's threads block all signals except SIGUSR1 and those that report a fault
+ *    of the thread itself (SIGSEGV and the like), so handlers of the application do not run there
+ *    and a closed connection raises no SIGPIPE. The library sets no signal handler, unless the
+ *    platform's log extension (liborbalog.so) is installed: then it takes SIGUSR1.
+ *
+ * 10. Versions. "Since 1.0" is the library version that introduced a name. Names, values and
+ * layouts do not change within the SONAME libOrbSdlSdk.so.1; later versions may add values and
+ * functions, so treat a value that you do not know as "something else". Needs C99 or C++11.
+ */
+#ifndef ORB_SDL_H
+#define ORB_SDL_H
+
+#include <orb/lce.h>
+#include <orb/status.h>
+
+#endif /* ORB_SDL_H */

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "OrbIpcClientSession.h"
+#include "SdkClientBase.h"
+#include "SdkDeparture.h"
+#include "SendBlobMessage.h"
+
+// Timer queue and event manager of an SDK client. A base of its own so that both outlive the event
+// handler, which takes its descriptor out of the manager when it is destroyed.
+class SdkClientLoop {
+ protected:
+  SdkClientLoop(std::unique_ptr<OrbTimer> timer,
+                std::unique_ptr<orb::utils::EventManager> eventManager);
+  SdkClientLoop(const SdkClientLoop&) = delete;
+  SdkClientLoop& operator=(const SdkClientLoop&) = delete;
+  ~SdkClientLoop();
+
+  const std::unique_ptr<OrbTimer> mOwnedTimer;
+  std::unique_ptr<orb::utils::EventManager> mOwnedEventManager;
+};
+
+// The process's SDK client: one session to the daemon per endpoint, blobs out and in. Held by the
+// service objects that use it, by its worker thread and, while a type is active, as the instance that
+// others join. Joining, and leaving with the question whether that was the last type, are decided under
+// one lock, the instance lock; the inherited mLock, taken after it, guards sessions and departures. No
+// lock is held while a session connects, sends or is waited for.
+class SdkClient : private SdkClientLoop, public SdkClientBase {
+ public:
+  SdkClient(std::unique_ptr<OrbTimer> timer, std::unique_ptr<orb::utils::EventManager> eventManager);
+  ~SdkClient() override;
+
+  // Joins the running client, or creates it, for @p type. The listener is in place before @p event can
+  // have an effect. Empty when the running client cannot be joined or no thread could be started.
+  static std::shared_ptr<SdkClient> getInstance(OrbSdkClientType type, Listener listener,
+                                                std::shared_ptr<SdkClientEvent> event);
+  // Retires @p type without a farewell message and waits as finishDeparture() does.
+  static void destroyInstance(OrbSdkClientType type);
+
+  // Leaving in two halves. The first names the moment: what the type's connection still receives or
+  // reports from now on is dropped. The caller then posts the cleanup event.
+  std::shared_ptr<SdkDeparture> beginDeparture(OrbSdkClientType type);
+  // The second waits for the worker to send what is queued and to retire the type. A worker that does
+  // not get there in time (daemon absent, silent or not reading) is freed by closing the connection.
+  // Bounded: returns well within half a second.
+  static void finishDeparture(SdkDeparture& departure);
+  // Instead of the second half when nobody can wait: whatever is not connected yet never will be.
+  static void abandonDeparture(SdkDeparture& departure);
+
+  void connectOrbSdkClient(OrbSdkClientType type) override;
+  bool isConnected(OrbSdkClientType type) override;
+  bool sendBlobToService(OrbSdkClientType type, std::vector<uint8_t> blob) override;
+
+ protected:
+  bool retireType(OrbSdkClientType type) override;
+  bool isLeaving(OrbSdkClientType type) override;
+
+ private:
+  using Session = std::shared_ptr<OrbIpcClientSession>;
+
+  static std::shared_ptr<SdkClient> createInstance(OrbSdkClientType type, Listener listener,
+                                                   std::shared_ptr<SdkClientEvent> event);
+  static std::shared_ptr<SdkClient> joinInstance(const std::shared_ptr<SdkClient>& instance,
+                                                 OrbSdkClientType type, Listener listener,
+                                                 std::shared_ptr<SdkClientEvent> event);
+  void addListener(OrbSdkClientType type);
+  Session createOrbSdkClient(ProcessId id);
+  Session sessionOf(OrbSdkClientType type);
+  Session sessionToConnect(OrbSdkClientType type);
+  void handleSendBlobMessage(const std::shared_ptr<SendBlobMessage>& msg,
+                             const OrbIpcClientSession* session);
+  void handleConnectionStatus(bool connected, OrbSdkClientType type,
+                              const OrbIpcClientSession* session);
+
+  // Guarded by mLock.
+  std::map<ProcessId, Session> mOrbIpcSession;
+  std::map<OrbSdkClientType, std::deque<std::shared_ptr<SdkDeparture>>> mDepartures;
+};

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+
+#include "SdkClientEvent.h"
+
+class OrbIpcClientSession;
+class SdkClient;
+
+// One client type on its way out, from the moment its farewell is posted until the worker has retired
+// it. Made and waited for by the thread that disables, completed by the worker. mMutex guards what
+// follows it.
+class SdkDeparture {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  SdkDeparture(OrbSdkClientType type, std::shared_ptr<SdkClient> client);
+
+  const OrbSdkClientType mType;
+  const std::shared_ptr<SdkClient> mClient;
+
+  // From now on the type may still connect and send for the length of @p patience.
+  void startPatience(std::chrono::milliseconds patience);
+  bool patienceOver() const;
+  // The type is retired; @p session was its connection, @p last tells that the worker ends.
+  void complete(std::shared_ptr<OrbIpcClientSession> session, bool last);
+  // False when the type was not retired within @p timeout.
+  bool await(std::chrono::milliseconds timeout);
+  std::shared_ptr<OrbIpcClientSession> session() const;
+  bool wasLast() const;
+
+ private:
+  mutable std::mutex mMutex;
+  std::condition_variable mCompleted;
+  Clock::time_point mPatienceEnd = Clock::time_point::max();
+  bool mDone = false;
+  bool mLast = false;
+  std::shared_ptr<OrbIpcClientSession> mSession;
+};

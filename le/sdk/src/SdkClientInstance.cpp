@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// Life of the SDK client: who joins, who leaves, and what happens when the last one has left.
+#include <errno.h>
+#include <unistd.h>
+
+#include <condition_variable>
+#include <utility>
+
+#include "Log.h"
+#include "NeverDestroyed.h"
+#include "SdkClient.h"
+#include "SdkClientEndpoint.h"
+#include "SdkLog.h"
+
+namespace {
+
+// How long a leaving type may go on connecting and sending, then how long its retirement may take once
+// its connection is closed, then the end of its threads. Together well below half a second.
+constexpr std::chrono::milliseconds kPatience(200);
+constexpr std::chrono::milliseconds kAfterClose(100);
+constexpr std::chrono::milliseconds kThreadEnd(50);
+
+// The joint decision of joining and leaving threads. Never destroyed: threads may leave while the
+// process exits.
+struct InstanceState {
+  std::mutex lock;
+  std::condition_variable created;
+  bool creating = false;
+  std::shared_ptr<SdkClient> mInstance;
+};
+
+InstanceState& state() {
+  static NeverDestroyed<InstanceState> instance;
+  return instance.get();
+}
+
+void initLogOnce() {
+  static std::once_flag once;
+  std::call_once(once, [] { Log::getInstance()->init(program_invocation_short_name); });
+}
+
+}  // namespace
+
+ProcessId endpointOf(OrbSdkClientType type) {
+  switch (static_cast<uint32_t>(type)) {
+    case 4:
+      return ProcessId::Client101;
+    case 5:
+      return ProcessId::Client102;
+    case 7:
+      return ProcessId::Client104;
+    case 9:
+      return ProcessId::Lce;
+    case 10:
+      return ProcessId::Lle;
+    case 11:
+      return ProcessId::Lli;
+    default:
+      return ProcessId::Other;
+  }
+}
+
+SdkClientLoop::SdkClientLoop(std::unique_ptr<OrbTimer> timer,
+                             std::unique_ptr<orb::utils::EventManager> eventManager)
+    : mOwnedTimer(std::move(timer)), mOwnedEventManager(std::move(eventManager)) {}
+
+// The worker has ended, so the removals that wait for its next pass get that pass here. The manager
+// leaves its own two descriptors open; they are closed once nothing refers to them.
+SdkClientLoop::~SdkClientLoop() {
+  orb::utils::EventManager& manager = *mOwnedEventManager;
+  const int wakeFd = manager.wakeFd();
+  const int removeFd = manager.removeFd();
+  manager.lockRecursiveMutex();
+  orb::utils::EventManager::processRemove(removeFd, &manager);
+  manager.unlockRecursiveMutex();
+  mOwnedEventManager.reset();
+  close(wakeFd);
+  close(removeFd);
+}
+
+std::shared_ptr<SdkClient> SdkClient::getInstance(OrbSdkClientType type, Listener listener,
+                                                  std::shared_ptr<SdkClientEvent> event) {
+  std::shared_ptr<SdkClient> instance;
+  {
+    std::unique_lock<std::mutex> lock(state().lock);
+    state().created.wait(lock, [] { return !state().creating; });
+    instance = state().mInstance;
+    if (!instance) {
+      state().creating = true;
+    } else if (instance->mRunning && event) {
+      instance->activateType(type);  // from here on the worker does not end
+    }
+  }
+  if (!instance) return createInstance(type, std::move(listener), std::move(event));
+  return joinInstance(instance, type, std::move(listener), std::move(event));
+}
+
+std::shared_ptr<SdkClient> SdkClient::createInstance(OrbSdkClientType type, Listener listener,
+                                                     std::shared_ptr<SdkClientEvent> event) {
+  initLogOnce();
+  auto instance = std::make_shared<SdkClient>(std::make_unique<OrbTimer>(nullptr),
+                                              std::make_unique<orb::utils::EventManager>());
+  instance->activateType(type);
+  instance->setClientListener(type, std::move(listener));
+  const bool started = instance->hasEventFd() && instance->start(type, std::move(event));
+  {
+    const std::lock_guard<std::mutex> lock(state().lock);
+    state().creating = false;
+    if (started) state().mInstance = instance;
+  }
+  state().created.notify_all();
+  if (!started) return nullptr;
+  SDK_LOG(kSdkClientTag, "SdkClient new Instance created");
+  instance->addListener(type);
+  return instance;
+}
+
+std::shared_ptr<SdkClient> SdkClient::joinInstance(const std::shared_ptr<SdkClient>& instance,
+                                                   OrbSdkClientType type, Listener listener,
+                                                   std::shared_ptr<SdkClientEvent> event) {
+  if (!instance->mRunning || !event) {
+    SDK_LOG(kSdkClientTag, "Instance and atomic bool miss match.");
+    return nullptr;
+  }
+  SDK_LOG(kSdkClientTag, "Instance is available and already running, post event.");
+  instance->setClientListener(type, std::move(listener));
+  instance->postEvent(std::move(event));
+  instance->notifyServiceUp(type);
+  instance->addListener(type);
+  return instance;
+}
+
+void SdkClient::addListener(OrbSdkClientType type) {
+  SDK_LOG(kSdkClientTag, "Add listener for type %d", static_cast<int>(type));
+}
+
+void SdkClient::destroyInstance(OrbSdkClientType type) {
+  std::shared_ptr<SdkClient> instance;
+  {
+    const std::lock_guard<std::mutex> lock(state().lock);
+    instance = state().mInstance;
+  }
+  if (!instance) {
+    SDK_LOG(kSdkClientTag, "instance already destroyed");
+    return;
+  }
+  if (!instance->isTypeActive(type)) return;
+  const auto departure = instance->beginDeparture(type);
+  instance->postEvent(std::make_shared<SdkClientEvent>(type, std::vector<uint8_t>(), true));
+  instance.reset();
+  finishDeparture(*departure);
+}
+
+std::shared_ptr<SdkDeparture> SdkClient::beginDeparture(OrbSdkClientType type) {
+  auto departure = std::make_shared<SdkDeparture>(
+      type, std::static_pointer_cast<SdkClient>(shared_from_this()));
+  const std::lock_guard<std::mutex> lock(mLock);
+  mDepartures[type].push_back(departure);
+  const auto found = mOrbIpcSession.find(endpointOf(type));
+  if (found != mOrbIpcSession.end() && found->second) {
+    found->second->mute();
+    found->second->stopRetrying();
+  }
+  return departure;
+}
+
+void SdkClient::finishDeparture(SdkDeparture& departure) {
+  departure.startPatience(kPatience);
+  if (!departure.await(kPatience)) {
+    abandonDeparture(departure);
+    if (!departure.await(kAfterClose)) return;  // the worker finishes when it gets there
+  }
+  if (const Session session = departure.session()) session->awaitReceiver(kThreadEnd);
+  if (departure.wasLast()) departure.mClient->mLife->awaitEnd(kThreadEnd);
+}
+
+void SdkClient::abandonDeparture(SdkDeparture& departure) {
+  departure.startPatience(std::chrono::milliseconds(0));
+  if (const Session session = departure.mClient->sessionOf(departure.mType)) session->beginClose();
+}
+
+bool SdkClient::isLeaving(OrbSdkClientType type) {
+  const std::lock_guard<std::mutex> lock(mLock);
+  const auto found = mDepartures.find(type);
+  return found != mDepartures.end() && !found->second.empty();
+}
+
+// On the worker, after the farewell of @p type. Ends the connection and, with the last type, makes room
+// for a new instance before anybody can join this one.
+bool SdkClient::retireType(OrbSdkClientType type) {
+  Session session;
+  std::shared_ptr<SdkDeparture> departure;
+  std::shared_ptr<SdkClient> former;
+  bool last = false;
+  {
+    const std::lock_guard<std::mutex> instanceLock(state().lock);
+    last = SdkClientBase::retireType(type);
+    if (last && state().mInstance.get() == this) former.swap(state().mInstance);
+    const std::lock_guard<std::mutex> lock(mLock);
+    const auto found = mOrbIpcSession.find(endpointOf(type));
+    if (found != mOrbIpcSession.end()) {
+      session.swap(found->second);
+      mOrbIpcSession.erase(found);
+    }
+    auto& departures = mDepartures[type];
+    if (!departures.empty()) {
+      departure = std::move(departures.front());
+      departures.pop_front();
+    }
+  }
+  if (session) session->beginClose();
+  if (last) SDK_LOG(kSdkClientTag, "cleaning mInstance");
+  if (departure) departure->complete(std::move(session), last);
+  return last;
+}

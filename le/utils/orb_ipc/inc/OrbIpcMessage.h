@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+class OrbIpcSession;
+
+// A message of an IPC session. The id selects what the session does with it: 1 to 4 are the session's
+// own, every other id is sent as the payload of a frame with that id. Always held by shared_ptr.
+class OrbIpcMessage {
+ public:
+  OrbIpcMessage(std::string name, unsigned int id) : mName(std::move(name)), mId(id) {}
+  OrbIpcMessage(const OrbIpcMessage&) = delete;
+  OrbIpcMessage& operator=(const OrbIpcMessage&) = delete;
+  virtual ~OrbIpcMessage() = default;
+
+  virtual std::vector<unsigned char> serialize() = 0;
+  virtual void deserialize(std::vector<unsigned char> bytes) = 0;
+
+  unsigned int id() const { return mId; }
+  const std::string& name() const { return mName; }
+  // The session a received message came on; empty in messages made to be sent.
+  const std::shared_ptr<OrbIpcSession>& session() const { return mSession; }
+  void setSession(std::shared_ptr<OrbIpcSession> session) { mSession = std::move(session); }
+
+ private:
+  std::shared_ptr<OrbIpcSession> mSession;
+  const std::string mName;
+  const unsigned int mId;
+};
+
+// What the three local events share: they never reach the wire.
+class OrbIpcLocalMessage : public OrbIpcMessage {
+ public:
+  using OrbIpcMessage::OrbIpcMessage;
+  std::vector<unsigned char> serialize() override { return {}; }
+  void deserialize(std::vector<unsigned char>) override {}
+};
+
+class OrbIpcConnectToServerMessage : public OrbIpcLocalMessage {
+ public:
+  static constexpr unsigned int ID = 1;
+  OrbIpcConnectToServerMessage() : OrbIpcLocalMessage("OrbIpcConnectToServerMessage", ID) {}
+};
+
+// A frame that was received.
+class OrbIpcIncomingRawMessage : public OrbIpcLocalMessage {
+ public:
+  static constexpr unsigned int ID = 2;
+  OrbIpcIncomingRawMessage(unsigned int subsystemId, unsigned int msgId,
+                           std::vector<unsigned char> payload)
+      : OrbIpcLocalMessage("OrbIpcIncomingRawMessage", ID),
+        mSubsystemId(subsystemId),
+        mMsgId(msgId),
+        mPayload(std::move(payload)) {}
+
+  const unsigned int mSubsystemId;
+  const unsigned int mMsgId;
+  std::vector<unsigned char> mPayload;
+};
+
+// A payload to be sent as it is.
+class OrbIpcRawMessage : public OrbIpcMessage {
+ public:
+  static constexpr unsigned int ID = 3;
+  OrbIpcRawMessage(unsigned int subsystemId, unsigned int msgId, std::vector<unsigned char> payload)
+      : OrbIpcMessage("OrbIpcRawMessage", ID),
+        mPayload(std::move(payload)),
+        mMsgId(msgId),
+        mSubsystemId(subsystemId) {}
+  std::vector<unsigned char> serialize() override { return mPayload; }
+  void deserialize(std::vector<unsigned char>) override {}
+
+  const std::vector<unsigned char> mPayload;
+  const unsigned int mMsgId;
+  const unsigned int mSubsystemId;
+};
+
+class OrbIpcSessionEndMessage : public OrbIpcLocalMessage {
+ public:
+  static constexpr unsigned int ID = 4;
+  explicit OrbIpcSessionEndMessage(unsigned int sessionId)
+      : OrbIpcLocalMessage("OrbIpcSessionEndMessage", ID), mSessionId(sessionId) {}
+
+  const unsigned int mSessionId;
+};

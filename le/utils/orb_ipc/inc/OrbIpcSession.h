@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+#include "IpcHandler.h"
+#include "OrbIpcMessage.h"
+#include "ProcessUtils.h"
+
+// How a message id is received: built from the payload, then handled. Both must be set.
+struct IpcMsgConstructorHandlerPair_t {
+  std::function<std::shared_ptr<OrbIpcMessage>(std::vector<unsigned char>)> constructor;
+  std::function<void(std::shared_ptr<OrbIpcMessage>)> handler;
+};
+
+// One connection to the daemon: socket, handshake, receiver, dispatch, sending. Must be owned by a
+// shared_ptr. Connecting and sending run on the thread that posts (the SDK worker), incoming frames and
+// the end of the connection on the receiver thread; beginClose(), stopRetrying(), awaitReceiver() and
+// cleanup() may come from any thread. mStateLock guards the state of the connection and is never held
+// across a system call that blocks, a wait for a thread or a call of a handler. The registry and the raw
+// handler are filled before the first connect and constant after it.
+class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
+                      public std::enable_shared_from_this<OrbIpcSession> {
+ public:
+  using RawMessageHandler =
+      std::function<void(unsigned int, unsigned int, std::vector<unsigned char>)>;
+
+  // With @p ownThread messages are handled on a thread of the session's own, else where they are posted.
+  OrbIpcSession(int sockFd, unsigned int sessionId, ProcessId own, ProcessId peer, bool ownThread);
+  ~OrbIpcSession() override;
+
+  // Both return false, and post nothing, when the session is not connected.
+  bool send(std::shared_ptr<OrbIpcMessage> msg);
+  bool send(unsigned int subsystemId, unsigned int msgId, std::vector<unsigned char> payload);
+
+  // An id that is already there keeps its entry.
+  void registerForMessages(std::unordered_map<unsigned int, IpcMsgConstructorHandlerPair_t> entries);
+  void registerForRawMessage(RawMessageHandler handler);
+
+  void handleMsg(ipcMsg_t* frame) override;
+  void handleSessionEnd(unsigned int sessionId) override;
+  void handleReceiverEnd(int sockFd) override;
+  void handleEvent(std::shared_ptr<OrbIpcMessage> msg) override;
+
+  bool isConnected() const { return mConnected; }
+  unsigned int sessionId() const { return mSessionId; }
+
+  // Closes the connection, ends a connect in progress and waits until the receiver thread has ended;
+  // on that thread itself it does not wait. The session may connect again afterwards.
+  void cleanup();
+  // Starts what cleanup() does, for good, without waiting: the session never connects again.
+  void beginClose();
+  // A connect, this one or a later one, makes no further attempt once one has failed.
+  void stopRetrying();
+  // Waits until the receiver of a closed connection has ended. True when there is none any more, or
+  // when this is its own thread.
+  bool awaitReceiver(std::chrono::milliseconds timeout);
+
+ protected:
+  virtual void notifyConnectionStatus(bool connected) = 0;
+  bool registerReceiverHandler(const SharedSocket& socket);
+  void deregisterReceiverHandler();
+  // For subclasses with a thread of their own: to be called first in their destructor.
+  void stopHandlerThread();
+
+ private:
+  enum class Attempt { Connected, Failed, Closed };
+
+  void threadFunc();
+  void handleConnectToOrbEvent();
+  SharedSocket openSocket();
+  Attempt connectWithRetries(const SharedSocket& socket);
+  bool connectOnce(int fd);
+  Attempt setUpConnection(const SharedSocket& socket);
+  bool waitBeforeRetry(const SharedSocket& socket);
+  bool isCurrent(const SharedSocket& socket);
+  bool performHandshake(int fd);
+  bool receiveHandshake(int fd, int32_t& type, int32_t& sessionId);
+  void answerHandshake(int fd, int32_t sessionId);
+  void handleOrbIpcIncomingRawMessage(const std::shared_ptr<OrbIpcIncomingRawMessage>& msg);
+  void handleSendMessage(const std::shared_ptr<OrbIpcMessage>& msg);
+  void handleOrbIpcRawMessage(const std::shared_ptr<OrbIpcRawMessage>& msg);
+  void sendFrame(const std::vector<unsigned char>& payload, unsigned int msgId, long subsystemId);
+  void endConnection(int lostFd);
+  SharedSocket takeSocket(bool forGood);
+
+  // Constant after construction, or before the first connect.
+  const ProcessId mOwn;
+  const ProcessId mPeer;
+  std::unordered_map<unsigned int, IpcMsgConstructorHandlerPair_t> mRegistry;
+  RawMessageHandler mRawMessageHandler;
+  std::unique_ptr<std::thread> mHandlerThread;
+
+  // Provide their own synchronization.
+  std::atomic<bool> mConnected{false};
+  std::atomic<unsigned int> mSessionId;
+
+  std::mutex mStateLock;
+  std::condition_variable mStateChanged;
+  SharedSocket mSocketFd;        // empty when there is no socket
+  bool mClosedForGood = false;   // beginClose() came: no connect any more
+  bool mStopRetrying = false;    // a connect ends with its first failure
+  bool mEndSignalled = true;     // no thread is left that would signal the present semaphore
+  bool mReceiverStarted = false; // the present socket's semaphore is the receiver's to signal
+  std::shared_ptr<ProcessUtilsGlobals> mGlobals;  // held while the socket is registered
+  std::shared_ptr<UniqueFd> mRegisteredSocket;    // which socket that is
+};

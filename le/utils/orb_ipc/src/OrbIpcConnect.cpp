@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// Connecting a session: socket, attempts, handshake. Every step that follows another looks under the
+// lock whether the session was closed meanwhile, for shutting a socket down does not end a connect.
+#include <errno.h>
+#include <fcntl.h>
+#include <string.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <utility>
+
+#include "OrbIpcSession.h"
+
+namespace {
+
+constexpr char kSocketPath[] = "/dev/socket/orb";
+constexpr int kAttempts = 50;
+constexpr std::chrono::milliseconds kBetweenAttempts(100);
+
+constexpr int32_t kHandshakeInit = 1;
+constexpr int32_t kHandshakeResp = 2;
+constexpr int32_t kHandshakeComplete = 3;
+constexpr size_t kHandshakeRecord = 8;
+constexpr ssize_t kMaxRead = 1023;
+
+}  // namespace
+
+void OrbIpcSession::handleConnectToOrbEvent() {
+  const SharedSocket socket = openSocket();
+  if (!socket) return;
+  const Attempt result = connectWithRetries(socket);
+  bool signalEnd = false;
+  bool closed = false;
+  {
+    const std::lock_guard<std::mutex> lock(mStateLock);
+    closed = mSocketFd != socket;
+    if (closed || result != Attempt::Connected) {
+      // The closing side waits for the receiver; where none was started, this thread stands in for it.
+      signalEnd = closed && !mReceiverStarted;
+      if (!mReceiverStarted) mEndSignalled = true;
+      if (!closed) mSocketFd.reset();
+    }
+  }
+  if (closed) {
+    if (!signalEnd) return;
+    ORB_LOGD("Connect fail: mThreadSemaphore.increase");
+    mThreadSemaphore->increase();
+    return;
+  }
+  if (result != Attempt::Connected) shutdown(socket->get(), SHUT_RDWR);
+  notifyConnectionStatus(result == Attempt::Connected);
+}
+
+SharedSocket OrbIpcSession::openSocket() {
+  {
+    std::unique_lock<std::mutex> lock(mStateLock);
+    if (mClosedForGood) return nullptr;
+    if (mSocketFd) {
+      lock.unlock();
+      ORB_LOGE("mSocketFd != -1; RETURNING!!!");
+      return nullptr;
+    }
+  }
+  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  ORB_LOGD("Created socket; mSocketFd: %d", fd);
+  if (fd < 0) return nullptr;
+  auto socket = std::make_shared<UniqueFd>(fd);
+  const std::lock_guard<std::mutex> lock(mStateLock);
+  if (mClosedForGood) return nullptr;
+  mSocketFd = socket;
+  mConnected = false;
+  mReceiverStarted = false;
+  mEndSignalled = false;
+  mThreadSemaphore = std::make_shared<Semaphore>();
+  return socket;
+}
+
+OrbIpcSession::Attempt OrbIpcSession::connectWithRetries(const SharedSocket& socket) {
+  for (int left = kAttempts; isCurrent(socket);) {
+    if (connectOnce(socket->get())) return setUpConnection(socket);
+    if (--left == 0) {
+      ORB_LOGD("Connect fail: Max retry reached!!");
+      return Attempt::Failed;
+    }
+    if (!waitBeforeRetry(socket)) return Attempt::Failed;
+  }
+  ORB_LOGD("Connect fail: mSocketFd is -1; break");
+  return Attempt::Closed;
+}
+
+// Does not block: with a full backlog a blocking connect could not be ended by closing the session.
+bool OrbIpcSession::connectOnce(int fd) {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  strncpy(address.sun_path, kSocketPath, sizeof(address.sun_path) - 1);
+  const int flags = fcntl(fd, F_GETFL);
+  fcntl(fd, F_SETFL, flags | O_NONBLOCK);
+  const int result = ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+  fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+  ORB_LOGD("Connect ret: %d", result);
+  return result == 0;
+}
+
+OrbIpcSession::Attempt OrbIpcSession::setUpConnection(const SharedSocket& socket) {
+  // From here on closing the session ends the receive: the socket is connected, so shutdown() works.
+  if (!isCurrent(socket)) {
+    ORB_LOGD("Connect fail: mSocketFd is -1; break");
+    return Attempt::Closed;
+  }
+  if (!performHandshake(socket->get())) return Attempt::Failed;
+  if (!isCurrent(socket) || !registerReceiverHandler(socket)) return Attempt::Failed;
+  {
+    const std::lock_guard<std::mutex> lock(mStateLock);
+    if (mSocketFd != socket) mConnected = false;  // closed while the receiver was starting
+  }
+  ORB_LOGD("Connect success: Handshake success");
+  return Attempt::Connected;
+}
+
+bool OrbIpcSession::isCurrent(const SharedSocket& socket) {
+  const std::lock_guard<std::mutex> lock(mStateLock);
+  return mSocketFd == socket;
+}
+
+// False when no further attempt is wanted; true also when the session was closed.
+bool OrbIpcSession::waitBeforeRetry(const SharedSocket& socket) {
+  std::unique_lock<std::mutex> lock(mStateLock);
+  mStateChanged.wait_for(lock, kBetweenAttempts,
+                         [&] { return mStopRetrying || mSocketFd != socket; });
+  return !mStopRetrying || mSocketFd != socket;
+}
+
+bool OrbIpcSession::performHandshake(int fd) {
+  int32_t expectedSessionId = 0;
+  int32_t type = 0;
+  int32_t sessionId = 0;
+  bool result = false;
+  while (receiveHandshake(fd, type, sessionId)) {
+    ORB_LOGD("handshakeEvtType: %d", type);
+    if (type == kHandshakeInit) {
+      expectedSessionId = sessionId;
+      ORB_LOGD("Received HANDSHAKE_INIT; sessionId: %d", sessionId);
+      answerHandshake(fd, sessionId);
+      continue;
+    }
+    if (type == kHandshakeComplete) {
+      ORB_LOGD("HANDSHAKE_COMPLETE: receivedSessionId: %d", sessionId);
+      result = sessionId == expectedSessionId;
+      if (result) mSessionId = static_cast<unsigned int>(sessionId);
+    } else {
+      ORB_LOGE("Unknown handshake type");
+    }
+    break;
+  }
+  ORB_LOGD("returning: result: %d", result ? 1 : 0);
+  return result;
+}
+
+bool OrbIpcSession::receiveHandshake(int fd, int32_t& type, int32_t& sessionId) {
+  unsigned char buffer[kMaxRead + 1];
+  const ssize_t length = recv(fd, buffer, kMaxRead, 0);
+  if (length == -1) {
+    const int error = errno;
+    ORB_LOGE("recv returns error: errno: %d(%s)", error, strerror(error));
+    return false;
+  }
+  ORB_LOGD("recv: len: %d", static_cast<int>(length));
+  if (length > kMaxRead) {
+    ORB_LOGE("recv: readLen is greater than max size");
+    return false;
+  }
+  if (static_cast<size_t>(length) != kHandshakeRecord) {
+    ORB_LOGE("Received data size does not match with expected size");
+    return false;
+  }
+  memcpy(&type, buffer, sizeof(type));
+  memcpy(&sessionId, buffer + sizeof(type), sizeof(sessionId));
+  return true;
+}
+
+void OrbIpcSession::answerHandshake(int fd, int32_t sessionId) {
+  const int32_t reply[] = {kHandshakeResp, sessionId, static_cast<int32_t>(mOwn)};
+  ORB_LOGD("Sending HANDSHAKE_RESP");
+  // A reply that does not get out shows in the next receive.
+  (void)::send(fd, reply, sizeof(reply), 0);
+}

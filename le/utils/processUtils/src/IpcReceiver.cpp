@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "IpcReceiver.h"
+
+#include <android/log.h>
+#include <errno.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+
+#include "Log.h"
+#include "ProcessUtils.h"
+
+namespace {
+
+struct FreeMemory {
+  void operator()(void* memory) const { free(memory); }
+};
+using FrameBuffer = std::unique_ptr<ipcMsg_t, FreeMemory>;
+
+thread_local const Semaphore* tSemaphoreOfThisReceiver = nullptr;
+
+// The length comes from the peer and is trusted: a frame that cannot be held ends the process. The
+// zeroed pages cost nothing before bytes arrive in them.
+FrameBuffer allocateFrame(const ipcMsg_t& header) {
+  const uint64_t room = SIZE_MAX - sizeof(ipcMsg_t);
+  void* memory = header.payloadLength <= room
+                     ? calloc(1, static_cast<size_t>(header.payloadLength) + sizeof(ipcMsg_t))
+                     : nullptr;
+  if (memory == nullptr) {
+    __android_log_print(ANDROID_LOG_ERROR, nullptr, "malloc failed");
+    exit(-1);
+  }
+  memcpy(memory, &header, sizeof(header));
+  return FrameBuffer(static_cast<ipcMsg_t*>(memory));
+}
+
+bool receivePayload(int fd, ipcMsg_t* frame, int& received) {
+  received = 0;
+  if (frame->payloadLength == 0) return true;
+  const ssize_t result = recv(fd, frame->payload(), frame->payloadLength, MSG_WAITALL);
+  if (result == -1) {
+    const int error = errno;
+    ORB_LOGE("Error 2nd recv: errno: %d(%s)", error, strerror(error));
+    return false;
+  }
+  received = static_cast<int>(result);
+  if (static_cast<uint64_t>(static_cast<int64_t>(received)) != frame->payloadLength) {
+    ORB_LOGE("Unexpected data received: expected size: %d, received size: %d",
+             static_cast<int>(frame->payloadLength), received);
+    return false;
+  }
+  return true;
+}
+
+// One frame; false when the socket has failed or nobody wants its frames any more.
+bool receiveFrame(int fd, const HandlerRef& handlerRef) {
+  ipcMsg_t header = {};  // what a short header leaves out reads as zero
+  const ssize_t result = recv(fd, &header, sizeof(header), MSG_WAITALL);
+  const int error = errno;
+  ORB_LOGD("recv: len: %d", static_cast<int>(result));
+  if (result <= 0) {
+    ORB_LOGE("Error 1st recv");
+    errno = error;
+    return false;
+  }
+  ORB_LOGD("Received data size: %d", static_cast<int>(header.payloadLength));
+  const FrameBuffer frame = allocateFrame(header);
+  int received = 0;
+  if (!receivePayload(fd, frame.get(), received)) return false;
+  ORB_LOGD("recv: length: %d", received);
+  const auto handler = handlerRef.lock();
+  if (handler) handler->handleMsg(frame.get());
+  return handler != nullptr;
+}
+
+// Forgets the registration of @p socket and returns its session id; 0 when the owner was quicker.
+unsigned int forgetSocket(const SharedSocket& socket) {
+  const auto globals = getProcessUtilsGlobals();
+  SharedSocket last;  // closed after the lock
+  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  auto& sockets = globals->mSockets;
+  const auto found = std::find_if(sockets.begin(), sockets.end(),
+                                  [&](const auto& entry) { return entry.second == socket; });
+  if (found == sockets.end()) return 0;
+  const auto key = found->first;
+  const auto sessionId = static_cast<unsigned int>(key.second);
+  ORB_LOGD("Cleaning up session %d, socket %d", static_cast<int>(sessionId), socket->get());
+  last = std::move(found->second);
+  sockets.erase(found);
+  globals->mReceiverThreads.erase(key);
+  return sessionId;
+}
+
+void endSession(const SharedSocket& socket, const HandlerRef& handlerRef) {
+  const unsigned int sessionId = forgetSocket(socket);
+  ORB_LOGD("Notifying session %d", static_cast<int>(sessionId));
+  const auto handler = handlerRef.lock();
+  if (!handler) return;
+  if (sessionId != 0) handler->handleSessionEnd(sessionId);
+  handler->handleReceiverEnd(socket->get());
+}
+
+}  // namespace
+
+bool isReceiverThreadOf(const Semaphore* semaphore) {
+  return semaphore != nullptr && tSemaphoreOfThisReceiver == semaphore;
+}
+
+void receiveFrames(SharedSocket socket, HandlerRef handler) {
+  const auto semaphore = handler.semaphore();
+  tSemaphoreOfThisReceiver = semaphore.get();
+  const int fd = socket->get();
+  try {
+    while (receiveFrame(fd, handler)) {
+    }
+    ORB_LOGD("ipc recv error: %d for socket %d", errno, fd);
+    endSession(socket, handler);
+  } catch (...) {
+    // What a handler threw ends this connection, never the thread without its last steps.
+    ORB_LOGE("receiver of socket %d ended by an exception", fd);
+    endSession(socket, handler);
+  }
+  // The peer sees the end even if a sender still holds the socket for a moment.
+  shutdown(fd, SHUT_RDWR);
+  // Closed before the signal: whoever waited for it finds the descriptor given back.
+  socket.reset();
+  semaphore->increase();
+}
+
+void ipcReceiver(int sockFd, ProcessHandler& handler) {
+  receiveFrames(std::make_shared<UniqueFd>(sockFd), HandlerRef(handler));
+}

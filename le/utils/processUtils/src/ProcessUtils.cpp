@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "ProcessUtils.h"
+
+#include <errno.h>
+#include <string.h>
+#include <sys/socket.h>
+
+#include <vector>
+
+#include "IpcReceiver.h"
+#include "Log.h"
+#include "NeverDestroyed.h"
+#include "Thread.h"
+
+namespace {
+
+using Globals = ProcessUtilsGlobals;
+
+// Receiver threads outlive static destruction, so what they reach is never destroyed: the holder's
+// storage stays for good, and at exit it lets the globals go only as far as nobody else holds them.
+struct GlobalsHolder {
+  std::mutex lock;
+  std::shared_ptr<Globals> globals;
+};
+
+GlobalsHolder& holder() {
+  static NeverDestroyed<GlobalsHolder> instance;
+  return instance.get();
+}
+
+struct ReleaseAtExit {
+  ~ReleaseAtExit() {
+    std::shared_ptr<Globals> last;
+    const std::lock_guard<std::mutex> lock(holder().lock);
+    last.swap(holder().globals);
+    if (last.use_count() > 1) holder().globals = std::move(last);
+  }
+};
+
+bool startReceiver(Globals& globals, const Globals::Key& key, const SharedSocket& socket,
+                   HandlerRef handler) {
+  std::thread thread;
+  if (!startThread(thread, "orb-receiver", [socket, handler]() mutable {
+        receiveFrames(std::move(socket), std::move(handler));
+      })) {
+    return false;
+  }
+  thread.detach();
+  globals.mReceiverThreads[key] = std::move(thread);
+  return true;
+}
+
+bool registerLocked(Globals& globals, const Globals::Key& key, const SharedSocket& socket,
+                    HandlerRef handler) {
+  if (!globals.mSockets.emplace(key, socket).second) {
+    ORB_LOGE("id: 0x%lx, sessionId: %d is already registered", key.first,
+             static_cast<int>(key.second));
+    return false;
+  }
+  if (!startReceiver(globals, key, socket, std::move(handler))) {
+    globals.mSockets.erase(key);
+    ORB_LOGE("id: 0x%lx, sessionId: %d: no thread to receive on", key.first,
+             static_cast<int>(key.second));
+    return false;
+  }
+  return true;
+}
+
+bool registerSocket(unsigned long id, unsigned int sessionId, const SharedSocket& socket,
+                    HandlerRef handler) {
+  const auto globals = getProcessUtilsGlobals();
+  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  ORB_LOGD("id: 0x%lx, sessionId: %d, sockFd: %d", id, static_cast<int>(sessionId), socket->get());
+  // Stricter than regProcess(): a session's socket is never descriptor 0.
+  if (socket->get() <= 0) return false;
+  return registerLocked(*globals, {id, sessionId}, socket, std::move(handler));
+}
+
+}  // namespace
+
+ProcessUtilsGlobals::~ProcessUtilsGlobals() { ORB_LOGD("ProcessUtilsGlobals dtor"); }
+
+std::shared_ptr<ProcessUtilsGlobals> getProcessUtilsGlobals() {
+  const std::lock_guard<std::mutex> lock(holder().lock);
+  static const ReleaseAtExit atExit;
+  if (!holder().globals) holder().globals = std::make_shared<Globals>();
+  return holder().globals;
+}
+
+bool registerSocket(unsigned long id, unsigned int sessionId, const SharedSocket& socket,
+                    const std::shared_ptr<ProcessHandler>& handler) {
+  return registerSocket(id, sessionId, socket, HandlerRef(handler));
+}
+
+bool registerSocket(unsigned long id, unsigned int sessionId, int sockFd, ProcessHandler& handler) {
+  const auto socket = std::make_shared<UniqueFd>(sockFd);
+  if (registerSocket(id, sessionId, socket, HandlerRef(handler))) return true;
+  socket->release();
+  return false;
+}
+
+void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* only) {
+  ORB_LOGD("deregisterSocket: ENTER");
+  const auto globals = getProcessUtilsGlobals();
+  SharedSocket last;  // a descriptor that ends here is closed after the lock
+  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  const Globals::Key key(id, sessionId);
+  const auto found = globals->mSockets.find(key);
+  const bool ours = found != globals->mSockets.end() && (only == nullptr || found->second.get() == only);
+  if (ours) {
+    last = std::move(found->second);
+    globals->mSockets.erase(found);
+  }
+  ORB_LOGD("deregister socket debug log");
+  if (ours) globals->mReceiverThreads.erase(key);
+  ORB_LOGD("deregisterSocket: EXIT");
+}
+
+bool sendIpc(ipcMsg_t* msg) {
+  if (msg == nullptr) {
+    ORB_LOGE("data null");
+    return false;
+  }
+  ORB_LOGD("dstProcessId: 0x%lx, sessionId: %ld", static_cast<unsigned long>(msg->dstProcessId),
+           static_cast<long>(msg->sessionId));
+  SharedSocket socket;
+  {
+    const auto globals = getProcessUtilsGlobals();
+    const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+    const auto found = globals->mSockets.find({msg->dstProcessId, msg->sessionId});
+    if (found == globals->mSockets.end()) return false;
+    socket = found->second;
+  }
+  ORB_LOGD("send: length: %ld", static_cast<long>(msg->payloadLength));
+  if (::send(socket->get(), msg, sizeof(ipcMsg_t) + msg->payloadLength, 0) > 0) return true;
+  const int error = errno;
+  ORB_LOGE("send: failure, errno: %d(%s)", error, strerror(error));
+  return false;
+}
+
+bool ProcessUtilsWrapper::sendMsg(const unsigned char* data, unsigned long len, unsigned long msgId,
+                                  long subsystemId, unsigned long srcId, unsigned long dstId,
+                                  unsigned int sessionId) {
+  std::vector<unsigned char> frame(len + sizeof(ipcMsg_t));
+  auto* msg = reinterpret_cast<ipcMsg_t*>(frame.data());
+  *msg = {srcId, dstId, msgId, subsystemId, sessionId, len};
+  if (len != 0) memcpy(msg->payload(), data, len);
+  return sendIpc(msg);
+}
+
+void regProcess(unsigned long id, std::string name, unsigned long sessionId, std::string,
+                int sockFd, ProcessHandler& handler) {
+  const auto globals = getProcessUtilsGlobals();
+  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  if (!globals->mRegistrationOpen) return;
+  globals->mRegistrationOpen = false;
+  globals->mProcessId = id;
+  globals->mProcessName = std::move(name);
+  if (sockFd >= 0) {
+    const auto socket = std::make_shared<UniqueFd>(sockFd);
+    if (registerLocked(*globals, {id, sessionId}, socket, HandlerRef(handler))) {
+      ORB_LOGD("child listening to sock: %d", sockFd);
+    } else {
+      socket->release();
+    }
+  }
+  ORB_LOGD("registered: %s", globals->mProcessName.c_str());
+}
+
+unsigned long getAssignedProcessId() {
+  const auto globals = getProcessUtilsGlobals();
+  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  return globals->mProcessId;
+}
+
+std::string getAssignedProcessName() {
+  const auto globals = getProcessUtilsGlobals();
+  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  return globals->mProcessName;
+}

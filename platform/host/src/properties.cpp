@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// System properties on a desktop. A property comes from the environment, its dots replaced by
+// underscores (persist_vendor_data_orb_logging=1), else from the file that ORB_PROPERTIES_FILE
+// names: lines of key=value, '#' begins a comment line, the last line of a key counts. Every call
+// looks again.
+#include <cutils/properties.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+namespace {
+
+struct FileCloser {
+  void operator()(FILE* file) const { std::fclose(file); }
+};
+
+std::string trimmed(const std::string& text) {
+  constexpr char kBlanks[] = " \t\r\n";
+  const size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+bool findInEnvironment(const std::string& key, std::string& value) {
+  std::string name(key);
+  std::replace(name.begin(), name.end(), '.', '_');
+  const char* const text = std::getenv(name.c_str());
+  if (text != nullptr) value = text;
+  return text != nullptr;
+}
+
+bool findInFile(const std::string& key, std::string& value) {
+  const char* const path = std::getenv("ORB_PROPERTIES_FILE");
+  if (path == nullptr) return false;
+  const std::unique_ptr<FILE, FileCloser> file(std::fopen(path, "re"));
+  if (file == nullptr) return false;
+  bool found = false;
+  char line[512];
+  while (std::fgets(line, sizeof line, file.get()) != nullptr) {
+    const std::string text(line);
+    const size_t equals = text.find('=');
+    if (text[0] == '#' || equals == std::string::npos) continue;
+    if (trimmed(text.substr(0, equals)) != key) continue;
+    value = trimmed(text.substr(equals + 1));
+    found = true;
+  }
+  return found;
+}
+
+}  // namespace
+
+int property_get(const char* key, char* value, const char* default_value) {
+  std::string text;
+  if (!findInEnvironment(key, text) && !findInFile(key, text)) text.clear();
+  if (text.empty() && default_value != nullptr) text = default_value;
+  const size_t size = std::min(text.size(), size_t{PROPERTY_VALUE_MAX - 1});
+  std::memcpy(value, text.data(), size);
+  value[size] = '\0';
+  return static_cast<int>(size);
+}
+
+int8_t property_get_bool(const char* key, int8_t default_value) {
+  char value[PROPERTY_VALUE_MAX];
+  property_get(key, value, "");
+  for (const char* yes : {"1", "y", "yes", "on", "true"})
+    if (std::strcmp(value, yes) == 0) return 1;
+  for (const char* no : {"0", "n", "no", "off", "false"})
+    if (std::strcmp(value, no) == 0) return 0;
+  return default_value;
+}

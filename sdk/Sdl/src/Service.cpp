@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "Service.h"
+
+#include <new>
+#include <utility>
+
+#include "SdkClient.h"
+#include "StatusConversion.h"
+
+Service::Service(const ServiceTable& table) : mTable(table) { log(table.constructed); }
+
+Service::~Service() {
+  log(mTable.destroyed);
+  // Only an object that was never disabled still has a client.
+  if (hasClient()) SdkClient::destroyInstance(mTable.type);
+}
+
+std::shared_ptr<Service> Service::obtain(const ServiceTable& table) {
+  ServiceSlot& slot = table.slot();
+  const std::lock_guard<std::mutex> lock(slot.lock);
+  try {
+    if (!slot.instance) slot.instance = table.make();
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+  return slot.instance;
+}
+
+namespace {
+
+void reportFailure(void (*cb)(status_e)) { cb(STATUS_INTERNAL_ERROR); }
+void reportFailure(void (*cb)(status_v2_e)) { cb(STATUS_V2_INTERNAL_ERROR); }
+
+}  // namespace
+
+template <class Callback>
+bool Service::open(const ServiceTable& table, const ServiceTable::Opening& points,
+                   Callback Service::*member, Callback cb) {
+  points.entry.print(table.source);
+  if (cb == nullptr) {
+    points.nullCallback.print(table.source);
+    return false;
+  }
+  for (;;) {
+    const std::shared_ptr<Service> object = obtain(table);
+    if (!object) {
+      points.noInstance.print(table.source);
+      reportFailure(cb);
+      return false;
+    }
+    object->store(*object.*member, cb);
+    const auto listener = [object](SdkClientBase::SdkStatus status,
+                                   const std::vector<uint8_t>& blob) {
+      object->blobListener(status, blob);
+    };
+    const auto created = object->createSdkInstance(
+        table.type, listener,
+        std::make_shared<SdkClientEvent>(table.type, table.enableMessage(true)));
+    // An object that another thread has just disabled is out of its slot: the next one is new.
+    if (created != Created::Left) return created == Created::Yes;
+  }
+}
+
+bool Service::close(const ServiceTable& table, const ServiceTable::Closing& points) {
+  points.entry.print(table.source);
+  ServiceSlot& slot = table.slot();
+  std::shared_ptr<Service> object;
+  std::shared_ptr<SdkDeparture> departure;
+  auto farewell = std::make_shared<SdkClientEvent>(table.type, table.enableMessage(false), true);
+  {
+    const std::lock_guard<std::mutex> lock(slot.lock);
+    object = slot.instance;
+    if (object) departure = object->beginLeaving(table.type, std::move(farewell));
+    if (departure) slot.instance.reset();
+  }
+  if (!object) {
+    points.noInstance.print(table.source);
+    return false;
+  }
+  if (!departure) {
+    points.noClient.print(table.source);
+    object->handleStatusInd(STATUS_INTERNAL_ERROR);
+    return false;
+  }
+  finishLeaving(object, departure);
+  return true;
+}
+
+bool Service::enable(const ServiceTable& table, StatusCallback cb) {
+  return open<StatusCallback>(table, table.enable, &Service::mStatusIndCb, cb);
+}
+
+bool Service::create(const ServiceTable& table, StatusV2Callback cb) {
+  return open(table, table.create, &Service::mStatusV2Cb, cb);
+}
+
+bool Service::disable(const ServiceTable& table) { return close(table, table.disable); }
+
+bool Service::destroy(const ServiceTable& table) { return close(table, table.destroy); }
+
+std::shared_ptr<Service> Service::readyService(const ServiceTable& table,
+                                               const RequestPoints& points) {
+  std::shared_ptr<Service> object = table.slot().get();
+  if (!object) {
+    points.noInstance.print(table.source);
+  } else if (!object->hasClient()) {
+    points.noClient.print(table.source);
+    object.reset();
+  }
+  return object;
+}
+
+void Service::handleStatusInd(status_e status) {
+  callBack(mStatusIndCb, status);
+  if (read(mStatusV2Cb)) callBack(mStatusV2Cb, orb::utils::statusToStatusV2(status));
+}
+
+void Service::blobListener(SdkClientBase::SdkStatus status, const std::vector<uint8_t>& blob) {
+  log(mTable.blobListener);
+  switch (status) {
+    case SdkClientBase::BlobReceived:
+      handleBlob(blob);
+      break;
+    case SdkClientBase::SendFailed:
+      handleStatusInd(STATUS_INTERNAL_ERROR);
+      break;
+    case SdkClientBase::ServiceDown:
+      handleStatusInd(STATUS_SERVICE_DOWN);
+      break;
+    default:
+      // Service up included: it is not passed on.
+      mTable.unknownStatus.print(mTable.source, static_cast<int>(status));
+      break;
+  }
+}

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <cstdint>
+
+// Base of event records that are posted to a thread.
+class OrbEventBase {
+ public:
+  OrbEventBase() = default;
+  virtual ~OrbEventBase() = default;
+  virtual bool isMultiThreadEvent() = 0;
+
+ protected:
+  int32_t mBaseValue = 0;
+};

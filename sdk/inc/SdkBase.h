@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <orb/status.h>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "CallbackGate.h"
+#include "SdkClientBase.h"
+
+class SdkClient;
+class SdkDeparture;
+
+// Base of the service objects: holds the handle of the SDK client and reports when there is none.
+// Called from application threads; mLock guards the handle and what belongs to it, is held while an
+// event is posted, so that nothing is posted behind the event that retires the service, and never while
+// a callback runs or a thread is waited for.
+class SdkBase {
+ public:
+  enum class Created { Yes, No, Left };
+  using StatusCallback = void (*)(status_e);
+  using StatusV2Callback = void (*)(status_v2_e);
+
+  SdkBase() = default;
+  SdkBase(const SdkBase&) = delete;
+  SdkBase& operator=(const SdkBase&) = delete;
+  virtual ~SdkBase();
+
+  // What the daemon or the SDK client has to tell. On the receiver or the worker thread.
+  virtual void blobListener(SdkClientBase::SdkStatus status, const std::vector<uint8_t>& blob) = 0;
+
+  // Reaches the SDK client for @p type and hands it @p event. No: there is no client, which has been
+  // reported to a status callback. Left: the object was disabled meanwhile, a new one is needed.
+  Created createSdkInstance(OrbSdkClientType type, SdkClientBase::Listener listener,
+                            std::shared_ptr<SdkClientEvent> event);
+
+  bool hasClient();
+  // Posts a request; false when there is no client (any more).
+  bool post(std::shared_ptr<SdkClientEvent> event);
+
+  // First half of disable: closes the gate, posts the farewell as the last event and gives the client
+  // away. Empty when there is no client. The second half is finishLeaving().
+  std::shared_ptr<SdkDeparture> beginLeaving(OrbSdkClientType type,
+                                             std::shared_ptr<SdkClientEvent> farewell);
+  // Waits for callbacks under way and for the retirement of the type; from inside a callback it hands
+  // that to a thread of the library and returns at once.
+  static void finishLeaving(const std::shared_ptr<SdkBase>& object,
+                            const std::shared_ptr<SdkDeparture>& departure);
+
+ protected:
+  std::shared_ptr<SdkClient> client();
+  // The status callbacks, guarded by mLock like every callback of a service.
+  StatusCallback mStatusIndCb = nullptr;
+  StatusV2Callback mBaseStatusV2Cb = nullptr;
+
+  std::mutex mLock;
+  CallbackGate mGate;
+
+ private:
+  void reportNoClient();
+
+  std::shared_ptr<SdkClient> mClient;
+  bool mCreating = false;  // one thread is in SdkClient::getInstance(), others leave their events
+  bool mLeft = false;
+  std::vector<std::shared_ptr<SdkClientEvent>> mWaiting;
+};

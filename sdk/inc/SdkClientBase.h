@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "OrbEventHandler.h"
+#include "SdkClientEvent.h"
+#include "WorkerLife.h"
+
+// Core of the SDK client: one worker thread for all client types, a listener per type and the dispatch
+// of events. handleEvent() and the pure operations run on the worker, the notify functions on the
+// thread that has the news. mLock guards listeners, active types and registrations; it is never held
+// while a listener runs. The worker's thread holds a reference to the client for as long as it runs.
+class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClientEvent>>,
+                      public std::enable_shared_from_this<SdkClientBase> {
+ public:
+  enum SdkStatus : int32_t { BlobReceived = 0, SendFailed = 1, ServiceDown = 2, ServiceUp = 3 };
+  using Listener = std::function<void(SdkStatus, const std::vector<uint8_t>&)>;
+
+  // Never read or changed here: services make their own transaction ids.
+  static uint64_t mTransactionId;
+  static uint32_t mTransactionId32;
+
+  SdkClientBase(OrbTimer* timer, orb::utils::EventManager* eventManager);
+  ~SdkClientBase() override;
+
+  // Starts the worker, which handles @p event first. Returns when the worker runs; false when the
+  // system has no thread to give.
+  bool start(OrbSdkClientType type, std::shared_ptr<SdkClientEvent> event);
+
+  void handleEvent(std::shared_ptr<SdkClientEvent> event) override;
+  virtual void connectOrbSdkClient(OrbSdkClientType type) = 0;
+  virtual bool isConnected(OrbSdkClientType type) = 0;
+  virtual bool sendBlobToService(OrbSdkClientType type, std::vector<uint8_t> blob) = 0;
+
+  // Stores or replaces the listener of @p type.
+  void setClientListener(OrbSdkClientType type, Listener listener);
+  // One more user of @p type, until its cleanup event has been handled.
+  void activateType(OrbSdkClientType type);
+  bool isTypeActive(OrbSdkClientType type);
+  bool isRunning() const { return mRunning; }
+
+  void notifyReceivedBlob(OrbSdkClientType type, const std::vector<uint8_t>& blob);
+  void notifyServiceUp(OrbSdkClientType type);
+  void notifyServiceDown();
+
+ protected:
+  void sdkThread(OrbSdkClientType type, std::shared_ptr<SdkClientEvent> event);
+  // The cleanup event of @p type has been handled; returns true when no type is active any more, which
+  // ends the worker after its present pass.
+  virtual bool retireType(OrbSdkClientType type);
+  // Whether a failure to send for @p type is still anybody's business.
+  virtual bool isLeaving(OrbSdkClientType) { return false; }
+
+  using Listeners = std::map<OrbSdkClientType, Listener>;
+  Listener listenerOf(OrbSdkClientType type);
+  void deliverBlob(OrbSdkClientType type, bool known, const Listener& listener,
+                   const std::vector<uint8_t>& blob);
+  static void callAll(const Listeners& listeners, SdkStatus status);
+
+  const std::shared_ptr<WorkerLife> mLife = std::make_shared<WorkerLife>();
+  std::atomic<bool> mRunning{false};
+
+  std::mutex mLock;
+  std::vector<bool> mActiveTypes;
+  std::array<unsigned, kOrbSdkClientTypes> mRegistrations{};
+  Listeners mListeners;
+};

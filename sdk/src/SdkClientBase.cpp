@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "SdkClientBase.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "SdkLog.h"
+#include "Thread.h"
+
+namespace {
+
+constexpr char kTag[] = "OrbSdk";
+const std::vector<uint8_t> kNoBlob;
+
+size_t index(OrbSdkClientType type) {
+  return std::min(static_cast<size_t>(type), kOrbSdkClientTypes - 1);
+}
+
+}  // namespace
+
+uint64_t SdkClientBase::mTransactionId = 1;
+uint32_t SdkClientBase::mTransactionId32 = 1;
+
+SdkClientBase::SdkClientBase(OrbTimer* timer, orb::utils::EventManager* eventManager)
+    : OrbEventHandler("SdkClientBase", timer, eventManager), mActiveTypes(kOrbSdkClientTypes) {}
+
+SdkClientBase::~SdkClientBase() = default;
+
+bool SdkClientBase::start(OrbSdkClientType type, std::shared_ptr<SdkClientEvent> event) {
+  auto self = weak_from_this().lock();
+  std::thread worker;
+  const auto body = [this, self, life = mLife, type, event]() mutable {
+    sdkThread(type, std::move(event));
+    // Whoever waits for the end finds the worker's share of the client given back.
+    self.reset();
+    life->end();
+  };
+  if (!startThread(worker, "orb-sdk", body)) return false;
+  worker.detach();
+  mLife->awaitBegin();
+  return true;
+}
+
+void SdkClientBase::sdkThread(OrbSdkClientType, std::shared_ptr<SdkClientEvent> event) {
+  SDK_LOG(kTag, "sdkThread called");
+  mRunning = true;
+  if (event) postEvent(std::move(event));
+  mLife->begin();
+  while (mRunning) {
+    SDK_LOG(kTag, "sdkThread loop");
+    mTimer->processEvents();
+    mEventManager->processEvents(mTimer);
+  }
+  SDK_LOG(kTag, "sdkThread loop END");
+}
+
+void SdkClientBase::handleEvent(std::shared_ptr<SdkClientEvent> event) {
+  SDK_LOG(kTag, "handleEvent");
+  if (!mRunning) {
+    SDK_LOG(kTag, "handleEvent called while thread not running");
+    return;
+  }
+  const OrbSdkClientType type = event->type;
+  if (event->inbound) {
+    if (const Listener listener = listenerOf(type)) {
+      SDK_LOG(kTag, "sendClient");
+      listener(BlobReceived, event->blob);
+      return;
+    }
+  }
+  if (!isConnected(type) && !event->cleanup) {
+    SDK_LOG(kTag, "Reconnect client");
+    connectOrbSdkClient(type);
+  }
+  if (isConnected(type) && !sendBlobToService(type, event->blob) && !isLeaving(type)) {
+    if (const Listener listener = listenerOf(type)) listener(SendFailed, kNoBlob);
+  }
+  if (event->cleanup) {
+    SDK_LOG(kTag, "cleanup");
+    retireType(type);
+  }
+}
+
+bool SdkClientBase::retireType(OrbSdkClientType type) {
+  const std::lock_guard<std::mutex> lock(mLock);
+  unsigned& registrations = mRegistrations[index(type)];
+  if (registrations > 0) --registrations;
+  if (registrations == 0) mActiveTypes[index(type)] = false;
+  const bool last = std::find(mActiveTypes.begin(), mActiveTypes.end(), true) == mActiveTypes.end();
+  if (last) mRunning = false;
+  return last;
+}
+
+void SdkClientBase::activateType(OrbSdkClientType type) {
+  const std::lock_guard<std::mutex> lock(mLock);
+  ++mRegistrations[index(type)];
+  mActiveTypes[index(type)] = true;
+}
+
+bool SdkClientBase::isTypeActive(OrbSdkClientType type) {
+  const std::lock_guard<std::mutex> lock(mLock);
+  return mActiveTypes[index(type)];
+}
+
+void SdkClientBase::setClientListener(OrbSdkClientType type, Listener listener) {
+  const std::lock_guard<std::mutex> lock(mLock);
+  mListeners[type].swap(listener);  // the former listener goes with the argument, after the lock
+}
+
+SdkClientBase::Listener SdkClientBase::listenerOf(OrbSdkClientType type) {
+  const std::lock_guard<std::mutex> lock(mLock);
+  return mListeners[type];
+}
+
+void SdkClientBase::notifyReceivedBlob(OrbSdkClientType type, const std::vector<uint8_t>& blob) {
+  Listener listener;
+  bool known = false;
+  {
+    const std::lock_guard<std::mutex> lock(mLock);
+    const auto found = mListeners.find(type);
+    known = found != mListeners.end();
+    if (known) listener = found->second;
+  }
+  deliverBlob(type, known, listener, blob);
+}
+
+void SdkClientBase::deliverBlob(OrbSdkClientType type, bool known, const Listener& listener,
+                                const std::vector<uint8_t>& blob) {
+  const int typeNumber = static_cast<int>(type);
+  if (!known) {
+    __android_log_print(
+        ANDROID_LOG_ERROR, nullptr,
+        "OrbSdkClientType %d is not registered with this client. Should never occur!", typeNumber);
+    return;
+  }
+  if (!listener) SDK_LOG(kTag, "second null");
+  SDK_LOG(kTag, "Send response RESPONSE %d", typeNumber);
+  listener(BlobReceived, blob);
+}
+
+void SdkClientBase::notifyServiceUp(OrbSdkClientType type) {
+  Listener listener;
+  {
+    const std::lock_guard<std::mutex> lock(mLock);
+    const auto found = mListeners.find(type);
+    if (found != mListeners.end()) listener = found->second;
+  }
+  if (listener) listener(ServiceUp, kNoBlob);
+}
+
+void SdkClientBase::notifyServiceDown() {
+  Listeners listeners;
+  {
+    const std::lock_guard<std::mutex> lock(mLock);
+    listeners = mListeners;
+  }
+  callAll(listeners, ServiceDown);
+}
+
+void SdkClientBase::callAll(const Listeners& listeners, SdkStatus status) {
+  for (const auto& [type, listener] : listeners) {
+    if (listener) listener(status, kNoBlob);
+  }
+}

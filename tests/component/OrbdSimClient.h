@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+// A bare-socket client of the daemon stand-in, and the fixture of its tests. The client knows bytes
+// only, so that a mistake in the stand-in cannot hide behind the same mistake in the library.
+
+#pragma once
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "lce.pb.h"
+#include "orbsim/Daemon.h"
+
+namespace orbsimtest {
+
+using orbsim::Blob;
+using orbsim::Daemon;
+using orbsim::Frame;
+using orbsim::Header;
+using orbsim::Options;
+
+constexpr uint64_t kLcePid = 105;
+
+inline Blob serialize(const LceProto::ServiceMsg& message) {
+  Blob blob(message.ByteSizeLong());
+  message.SerializeToArray(blob.data(), static_cast<int>(blob.size()));
+  return blob;
+}
+
+inline LceProto::ClientMsg parse(const Frame& frame) {
+  LceProto::ClientMsg message;
+  const Blob blob = frame.blob();
+  EXPECT_EQ(orbsim::kSdkTypeLce, frame.sdkType());
+  EXPECT_TRUE(message.ParseFromArray(blob.data(), static_cast<int>(blob.size())));
+  return message;
+}
+
+// A client of bare bytes. Reads block: a daemon that owes an answer and does not give it shows as
+// a test that runs into its time limit, one that closes shows as a short read.
+class Client {
+ public:
+  explicit Client(const std::string& path) : mFd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    mConnected = ::connect(mFd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+  }
+  ~Client() { close(); }
+  Client(const Client&) = delete;
+  Client& operator=(const Client&) = delete;
+
+  bool connected() const { return mConnected; }
+  uint32_t sessionId() const { return mSessionId; }
+  void close() {
+    if (mFd >= 0) ::close(mFd);
+    mFd = -1;
+  }
+
+  // What one recv gives, as a client takes a handshake record.
+  Blob readOnce() {
+    Blob bytes(1023);
+    const ssize_t got = ::recv(mFd, bytes.data(), bytes.size(), 0);
+    bytes.resize(got > 0 ? static_cast<size_t>(got) : 0);
+    return bytes;
+  }
+  Blob readExactly(size_t size) {
+    Blob bytes(size);
+    const ssize_t got = ::recv(mFd, bytes.data(), size, MSG_WAITALL);
+    bytes.resize(got > 0 ? static_cast<size_t>(got) : 0);
+    return bytes;
+  }
+  void write(const Blob& bytes) {
+    ASSERT_EQ(static_cast<ssize_t>(bytes.size()),
+              ::send(mFd, bytes.data(), bytes.size(), MSG_NOSIGNAL));
+  }
+  bool atEnd() { return readOnce().empty(); }
+  bool hasInput() {
+    pollfd input = {mFd, POLLIN, 0};
+    return ::poll(&input, 1, 0) > 0;
+  }
+
+  static Blob reply(uint32_t sessionId, uint32_t processId = kLcePid) {
+    const uint32_t words[3] = {2, sessionId, processId};
+    Blob bytes(sizeof(words));
+    std::memcpy(bytes.data(), words, sizeof(words));
+    return bytes;
+  }
+  void handshake() {
+    const Blob init = readOnce();
+    ASSERT_EQ(8u, init.size());
+    std::memcpy(&mSessionId, init.data() + 4, sizeof(mSessionId));
+    write(reply(mSessionId));
+    ASSERT_EQ(8u, readOnce().size());
+  }
+
+  void send(const LceProto::ServiceMsg& message) {
+    sendPayload(orbsim::encodeBlobPayload(orbsim::kSdkTypeLce, serialize(message)));
+  }
+  void sendPayload(const Blob& payload, uint64_t messageId = orbsim::kSendBlobMessageId) {
+    write(orbsim::encodeFrame(header(messageId, payload.size()), payload));
+  }
+  Header header(uint64_t messageId, size_t length) const {
+    return {kLcePid, orbsim::kDaemonProcessId, messageId, 0, mSessionId, length};
+  }
+
+  Frame readFrame() {
+    Frame frame;
+    const Blob header = readExactly(Header::kSize);
+    EXPECT_EQ(Header::kSize, header.size());
+    if (header.size() != Header::kSize) return frame;
+    std::memcpy(&frame.header, header.data(), Header::kSize);
+    frame.payload = readExactly(frame.header.payloadLength);
+    return frame;
+  }
+  LceProto::ClientMsg answerTo(const LceProto::ServiceMsg& request) {
+    send(request);
+    return parse(readFrame());
+  }
+
+ private:
+  int mFd;
+  bool mConnected = false;
+  uint32_t mSessionId = 0;
+};
+
+inline LceProto::ServiceMsg enable(bool on) {
+  LceProto::ServiceMsg message;
+  message.set_event_id(LceProto::ENABLE);
+  message.mutable_data()->mutable_enable_msg()->set_enable(on);
+  return message;
+}
+
+inline LceProto::ServiceMsg criteria(uint64_t transaction, std::vector<uint32_t> first,
+                                     uint32_t firstCount) {
+  LceProto::ServiceMsg message;
+  message.set_event_id(LceProto::SET_REPORTING_CRITERIA);
+  message.set_transaction_id(transaction);
+  auto* body = message.mutable_data()->mutable_set_reporting_criteria();
+  for (const uint32_t value : first) body->add_first_list(value);
+  body->set_first_list_count(firstCount);
+  return message;
+}
+
+inline LceProto::ServiceMsg getLast() {
+  LceProto::ServiceMsg message;
+  message.set_event_id(LceProto::GET_LAST_ESTIMATION_REPORT);
+  message.mutable_data()->mutable_get_last_estination_report();
+  return message;
+}
+
+inline LceProto::ServiceMsg action(LceProto::ReportingAction what) {
+  LceProto::ServiceMsg message;
+  message.set_event_id(LceProto::PERFORM_REPORTING_ACTION);
+  message.mutable_data()->mutable_perform_reporting_action()->set_action(what);
+  return message;
+}
+
+class OrbdSimTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/orbd-sim-test-XXXXXX";
+    ASSERT_NE(nullptr, ::mkdtemp(pattern));
+    mDirectory = pattern;
+    startDaemon({});
+  }
+  void TearDown() override {
+    mDaemon.reset();
+    std::filesystem::remove_all(mDirectory);
+  }
+
+  void startDaemon(Options options) {
+    mDaemon.reset();
+    options.socketPath = path();
+    mDaemon = std::make_unique<Daemon>(options);
+    ASSERT_TRUE(mDaemon->start()) << mDaemon->error();
+  }
+  std::string path() const { return mDirectory + "/dev/socket/orb"; }
+  Daemon& daemon() { return *mDaemon; }
+
+  std::string mDirectory;
+  std::unique_ptr<Daemon> mDaemon;
+};
+
+}  // namespace orbsimtest

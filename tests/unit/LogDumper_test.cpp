@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <limits>
+#include <map>
+#include <memory>
+#include <thread>
+
+#include "LogTestPeer.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+
+bool isCompletion(const recording::Line& line, const std::string& request) {
+  const std::string head =
+      "|ORB|Log::dumper:142 Dump completed, request type: " + request + ", elapsed time = ";
+  return line.priority == 3 && line.text.compare(0, head.size(), head) == 0 &&
+         endsWith(line.text, " ms");
+}
+
+bool waitForDump(const std::string& request) {
+  return recording::waitFor(
+      [&request](const recording::Line& line) { return isCompletion(line, request); });
+}
+
+size_t completedDumps(const std::string& request) {
+  size_t count = 0;
+  for (const recording::Line& line : recording::lines()) count += isCompletion(line, request);
+  return count;
+}
+
+class LogDumperTest : public LogFixture {};
+
+TEST_F(LogDumperTest, DumpEmptiesTheQueueInOrder) {
+  recording::setDiagListening(true);
+  for (int i = 0; i < 100; ++i) LogTestPeer::queueRecord("record " + std::to_string(i));
+  log.addDumpRequest(Log::USER_COMMAND);
+  log.init("app");
+  ASSERT_TRUE(waitForDump("USER_COMMAND"));
+  std::vector<std::string> dumped;
+  for (const recording::Packet& packet : recording::packets()) {
+    const std::string text = packetText(packet);
+    const size_t at = text.find(" : record ");
+    if (at != std::string::npos) dumped.push_back(text.substr(at));
+  }
+  ASSERT_EQ(100u, dumped.size());
+  for (size_t i = 0; i < 100; ++i) EXPECT_EQ(" : record " + std::to_string(i), dumped[i]);
+  EXPECT_EQ(0u, LogTestPeer::queuedRecords());
+}
+
+TEST_F(LogDumperTest, EveryRequestIsCompletedUnderItsName) {
+  log.init("app");
+  log.addDumpRequest(Log::BUFFER_IS_FULL);
+  log.addDumpRequest(Log::LOGGING_TIMER_EXPIRED);
+  log.addDumpRequest(Log::CRASH_DETECTED);
+  log.addDumpRequest(static_cast<Log::DumpRequestType>(7));
+  log.addDumpRequest(Log::USER_COMMAND);
+  log.addDumpRequest(Log::USER_COMMAND);
+  log.release();
+  for (const char* name : {"BUFFER_IS_FULL", "LOGGING_TIMER_EXPIRED", "CRASH_DETECTED", "UNKNOWN"})
+    EXPECT_EQ(1u, completedDumps(name)) << name;
+  EXPECT_EQ(2u, completedDumps("USER_COMMAND"));
+}
+
+TEST_F(LogDumperTest, RecordWithoutAValidTimeIsLeftOut) {
+  recording::setDiagListening(true);
+  auto record = std::make_shared<Log::LogRecord>();
+  record->time.tv_sec = std::numeric_limits<time_t>::max();
+  record->message = "never";
+  LogTestPeer::queueRecord(record);
+  LogTestPeer::queueRecord("after");
+  log.init("app");
+  log.addDumpRequest(Log::USER_COMMAND);
+  ASSERT_TRUE(waitForDump("USER_COMMAND"));
+  EXPECT_TRUE(recording::hasEndingWith(" Unable to obtain valid time"));
+  size_t after = 0;
+  for (const recording::Packet& packet : recording::packets()) {
+    EXPECT_FALSE(endsWith(packetText(packet), "never"));
+    after += endsWith(packetText(packet), " : after");
+  }
+  EXPECT_EQ(1u, after);
+}
+
+TEST_F(LogDumperTest, TimerRequestsADumpOfAnEmptyQueueToo) {
+  LogTestPeer::setTimerInterval(milliseconds(5));
+  log.init("app");
+  EXPECT_TRUE(waitForDump("LOGGING_TIMER_EXPIRED"));
+  recording::clear();
+  EXPECT_TRUE(waitForDump("LOGGING_TIMER_EXPIRED"));
+}
+
+TEST_F(LogDumperTest, ReleaseEndsBothThreadsWithoutWaitingForTheTimer) {
+  log.init("app");
+  log.release();
+  EXPECT_FALSE(LogTestPeer::initialised());
+  EXPECT_EQ(0u, LogTestPeer::queuedRequests());
+  EXPECT_EQ(0u, LogTestPeer::stopRequests());
+  EXPECT_EQ(0u, completedDumps("LOGGING_TIMER_EXPIRED"));
+}
+
+TEST_F(LogDumperTest, RecordsStillQueuedAtShutdownAreNotWritten) {
+  recording::setDiagListening(true);
+  recording::setProperty(kLoggingProperty, "1");
+  log.init("app");
+  log.release();
+  EXPECT_TRUE(recording::packets().empty());
+  EXPECT_EQ(2u, LogTestPeer::queuedRecords());
+}
+
+TEST_F(LogDumperTest, InitAfterReleaseStartsFreshThreads) {
+  log.init("app");
+  log.release();
+  recording::clear();
+  LogTestPeer::setTimerInterval(milliseconds(5));
+  log.init("app");
+  EXPECT_TRUE(waitForDump("LOGGING_TIMER_EXPIRED"));
+  log.addDumpRequest(Log::USER_COMMAND);
+  EXPECT_TRUE(waitForDump("USER_COMMAND"));
+}
+
+TEST_F(LogDumperTest, ReleaseWithoutThreadsLeavesNothingForTheNextInit) {
+  log.release();
+  log.release();
+  EXPECT_EQ(0u, LogTestPeer::queuedRequests());
+  EXPECT_EQ(0u, LogTestPeer::stopRequests());
+  log.init("app");
+  log.addDumpRequest(Log::USER_COMMAND);
+  EXPECT_TRUE(waitForDump("USER_COMMAND"));
+}
+
+TEST_F(LogDumperTest, StopRequestsAddUpUnlessLatched) {
+  LogTestPeer::requestTimerStop();
+  LogTestPeer::requestTimerStop();
+  EXPECT_EQ(2u, LogTestPeer::stopRequests());
+  LogTestPeer::setStopLatched(true);
+  LogTestPeer::requestTimerStop();
+  EXPECT_EQ(1u, LogTestPeer::stopRequests());
+}
+
+TEST_F(LogDumperTest, ManyWritersAndDumpsLoseNothing) {
+  constexpr int kThreads = 4, kLines = 1000;
+  recording::setProperty(kLoggingProperty, "1");
+  log.init("app");
+  recording::setDiagListening(true);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([t, this] {
+      for (int i = 0; i < kLines; ++i) {
+        log.addLogRecord(3, "W", "File.cpp", "f", t, "%d", i);
+        if (i % 100 == 0) log.addDumpRequest(Log::USER_COMMAND);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  log.addDumpRequest(Log::CRASH_DETECTED);
+  ASSERT_TRUE(waitForDump("CRASH_DETECTED"));
+  std::map<std::string, int> next;  // per writer: the number that must come next
+  for (const recording::Packet& packet : recording::packets()) {
+    const std::string text = packetText(packet);
+    const size_t at = text.find("|W|File::f:");
+    if (at == std::string::npos) continue;
+    const size_t blank = text.find(' ', at);
+    EXPECT_EQ(std::to_string(next[text.substr(at, blank - at)]++), text.substr(blank + 1));
+  }
+  ASSERT_EQ(size_t{kThreads}, next.size());
+  for (const auto& writer : next) EXPECT_EQ(kLines, writer.second) << writer.first;
+}
+
+TEST_F(LogDumperTest, ForkedChildEndsWithoutWaitingForThreadsItDoesNotHave) {
+  log.init("app");
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(10);
+    LogTestPeer::log().release();
+    _exit(0);
+  }
+  int status = -1;
+  ASSERT_EQ(child, waitpid(child, &status, 0));
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+}  // namespace

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "Log.h"
+#include "RecordingPlatform.h"
+
+// What tests may see and set inside the log of the process.
+struct LogTestPeer {
+  static Log& log() { return *Log::getInstance(); }
+
+  static size_t queuedRecords() { return log().records.size(); }
+  static size_t queuedRequests() { return log().dumpRequests.size(); }
+  static void queueRecord(const std::string& message) { log().queueRecord(3, message); }
+  static void queueRecord(std::shared_ptr<Log::LogRecord> record) {
+    log().records.push(std::move(record));
+  }
+  static void setTimerInterval(std::chrono::milliseconds interval) {
+    log().timerInterval = interval;
+  }
+  static void setStopLatched(bool latched) {
+    std::lock_guard<std::mutex> lock(log().timerMutex);
+    log().stopLatched = latched;
+  }
+  static unsigned stopRequests() {
+    std::lock_guard<std::mutex> lock(log().timerMutex);
+    return log().stopRequests;
+  }
+  static void requestTimerStop() { log().requestTimerStop(); }
+  static bool initialised() {
+    std::lock_guard<std::mutex> lock(log().lifecycleMutex);
+    return log().initialised;
+  }
+  static bool logPermsEnabled() { return log().logPermsEnabled; }
+  static void setDeferred(bool deferred) { log().deferredLogging = deferred; }
+  static void* hookLibrary() { return Log::_libalog_handle; }
+  static bool hasGetPersistSetting() { return Log::orbGetPersistSetting != nullptr; }
+  static bool hasDecodeBuffer() { return Log::orbDecodeBuffer != nullptr; }
+  static Log::DumpRequestType takeRequest() {
+    Log::DumpRequestType request = Log::SHUTDOWN;
+    EXPECT_TRUE(log().dumpRequests.tryPop(request));
+    return request;
+  }
+
+  // As if the library had just been loaded.
+  static void reset() {
+    log().release();
+    std::shared_ptr<Log::LogRecord> record;
+    while (log().records.tryPop(record)) {
+    }
+    Log::DumpRequestType request;
+    while (log().dumpRequests.tryPop(request)) {
+    }
+    log().deferredLogging = log().dmapDebugSuppressed = log().dmapSuppressed = false;
+    log().logPermsEnabled = false;
+    log().logTag = "";
+    log().stopRequests = 0;
+    log().stopLatched = false;
+    setTimerInterval(std::chrono::seconds(30));
+    Log::orb_alog_fn = nullptr;
+    Log::orbGetPersistSetting = nullptr;
+    Log::orbDecodeBuffer = nullptr;
+    if (Log::_libalog_handle != nullptr) dlclose(Log::_libalog_handle);
+    Log::_libalog_handle = nullptr;
+    signal(SIGUSR1, SIG_DFL);
+  }
+};
+
+constexpr char kLoggingProperty[] = "persist.vendor.data.orb.logging";
+
+// Each test begins and ends with a fresh log and a silent platform.
+class LogFixture : public testing::Test {
+ protected:
+  LogFixture() { startOver(); }
+  ~LogFixture() override { startOver(); }
+
+  Log& log = LogTestPeer::log();
+
+ private:
+  static void startOver() {
+    LogTestPeer::reset();
+    recording::clear();
+    recording::clearProperties();
+    recording::setDiagListening(false);
+    recording::setDiagAllocFails(false);
+  }
+};
+
+// The text of a packet's body.
+inline std::string packetText(const recording::Packet& packet) {
+  const std::string text(packet.bytes.begin() + 4, packet.bytes.end());
+  return text.substr(0, text.find('\0'));
+}
+
+inline bool endsWith(const std::string& text, const std::string& tail) {
+  return text.size() >= tail.size() &&
+         text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+}

@@ -1,0 +1,424 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "OrbTimer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "RecordingPlatform.h"
+
+namespace {
+
+// A timer on a clock that stands still until the test moves it, and that fails on demand.
+class ManualTimer : public OrbTimer {
+ public:
+  explicit ManualTimer(IOrbTimerMonitor* monitor = nullptr) : OrbTimer(monitor) {}
+
+  void advanceMillis(long millis) { addDelayToTimeval(millis, mNow); }
+  void advanceNanos(long nanos) { addTimeSpec(mNow, {0, nanos}, mNow); }
+  // The clock can be read `readings` more times and fails with EINVAL then; -1 for no limit.
+  void failClockAfter(int readings) { mReadings = readings; }
+  void setLastId(int id) { mLastId = id; }
+
+ protected:
+  int now(timespec& t) const override {
+    if (mReadings == 0) {
+      errno = EINVAL;
+      return -1;
+    }
+    if (mReadings > 0) --mReadings;
+    t = mNow;
+    return 0;
+  }
+
+ private:
+  timespec mNow{1000, 0};
+  mutable int mReadings = -1;
+};
+
+// What a callback answers, and how often it was asked.
+struct Script {
+  std::vector<int> results;  // the last one is repeated
+  size_t calls = 0;
+};
+
+int play(void* data) {
+  Script& script = *static_cast<Script*>(data);
+  const size_t index = std::min(script.calls++, script.results.size() - 1);
+  return script.results[index];
+}
+
+struct Monitor : IOrbTimerMonitor {
+  void onNextTimerChanged() override { ++changes; }
+  int changes = 0;
+};
+
+const std::string kClockError = std::string("clock_gettime(): ") + strerror(EINVAL);
+
+class OrbTimerTest : public ::testing::Test {
+ protected:
+  void SetUp() override { recording::clear(); }
+
+  // The only line logged so far, and without a tag.
+  static void expectOneLine(int priority, const std::string& text) {
+    const std::vector<recording::Line> lines = recording::lines();
+    ASSERT_EQ(1u, lines.size());
+    EXPECT_EQ(priority, lines[0].priority);
+    EXPECT_FALSE(lines[0].hasTag);
+    EXPECT_EQ(text, lines[0].text);
+  }
+
+  ManualTimer mTimer;
+};
+
+TEST_F(OrbTimerTest, EmptyQueueGivesMinusOne) {
+  EXPECT_EQ(-1, mTimer.timeUntilNextEvent());
+  EXPECT_EQ(-1, mTimer.processEvents());
+  EXPECT_TRUE(recording::lines().empty());
+}
+
+TEST_F(OrbTimerTest, RemainingTimeIsRoundedUpToMilliseconds) {
+  Script script{{-1}};
+  mTimer.addTimedCallback(10, play, &script);
+  EXPECT_EQ(10, mTimer.timeUntilNextEvent());
+  mTimer.advanceNanos(1);
+  EXPECT_EQ(10, mTimer.timeUntilNextEvent());
+  mTimer.advanceNanos(999999);
+  EXPECT_EQ(9, mTimer.timeUntilNextEvent());
+}
+
+TEST_F(OrbTimerTest, EventOneNanosecondAheadGivesOneMillisecond) {
+  Script script{{-1}};
+  mTimer.addTimedCallback(1, play, &script);
+  mTimer.advanceNanos(999999);
+  EXPECT_EQ(1, mTimer.timeUntilNextEvent());
+  EXPECT_EQ(1, mTimer.processEvents());
+  EXPECT_EQ(0u, script.calls);
+}
+
+TEST_F(OrbTimerTest, EventExactlyDueGivesZeroAndRuns) {
+  Script script{{-1}};
+  mTimer.addTimedCallback(1, play, &script);
+  mTimer.advanceMillis(1);
+  EXPECT_EQ(0, mTimer.timeUntilNextEvent());
+  EXPECT_EQ(-1, mTimer.processEvents());
+  EXPECT_EQ(1u, script.calls);
+}
+
+TEST_F(OrbTimerTest, OverdueEventGivesZero) {
+  Script script{{-1}};
+  mTimer.addTimedCallback(1, play, &script);
+  mTimer.advanceMillis(5000);
+  EXPECT_EQ(0, mTimer.timeUntilNextEvent());
+}
+
+TEST_F(OrbTimerTest, DelayOfZeroOrLessIsDueAtOnce) {
+  for (const long delay : {0L, -1L, -999L, -1000L, -123456L}) {
+    Script script{{-1}};
+    ASSERT_GT(mTimer.addTimedCallback(delay, play, &script), 0);
+    EXPECT_EQ(0, mTimer.timeUntilNextEvent()) << delay;
+    EXPECT_EQ(-1, mTimer.processEvents());
+    EXPECT_EQ(1u, script.calls) << delay;
+  }
+}
+
+TEST_F(OrbTimerTest, WaitBeyondIntIsCutToIntMax) {
+  Script script{{-1}};
+  // 2^32 ms would wrap to 0 and fire at once, 2^31 ms to a negative number and wait for ever.
+  for (const long delay : {LONG_MAX, 4294967296L, 2147483648L, 2147483647L}) {
+    const int id = mTimer.addTimedCallback(delay, play, &script);
+    EXPECT_EQ(INT_MAX, mTimer.timeUntilNextEvent()) << delay;
+    mTimer.removeTimedCallback(id);
+  }
+  mTimer.addTimedCallback(2147483646L, play, &script);
+  EXPECT_EQ(2147483646, mTimer.timeUntilNextEvent());
+}
+
+TEST_F(OrbTimerTest, NullCallbackIsRefused) {
+  EXPECT_EQ(-1, mTimer.addTimedCallback(1, nullptr, nullptr));
+  expectOneLine(5, "addTimedCallback failed; cannot have NULL callback function");
+  EXPECT_EQ(-1, mTimer.timeUntilNextEvent());
+  EXPECT_EQ(1, mTimer.getNextTimerId());
+}
+
+TEST_F(OrbTimerTest, ClockFailureWhileAddingQueuesNothing) {
+  Script script{{-1}};
+  mTimer.failClockAfter(0);
+  EXPECT_EQ(-1, mTimer.addTimedCallback(1, play, &script));
+  expectOneLine(6, "addTimedCallback failed; " + kClockError);
+  mTimer.failClockAfter(-1);
+  EXPECT_EQ(-1, mTimer.timeUntilNextEvent());
+  EXPECT_EQ(1, mTimer.getNextTimerId());
+}
+
+TEST_F(OrbTimerTest, ClockFailureWhileLookingAheadGivesMinusOne) {
+  Script script{{-1}};
+  mTimer.addTimedCallback(0, play, &script);
+  mTimer.failClockAfter(0);
+  EXPECT_EQ(-1, mTimer.timeUntilNextEvent());
+  expectOneLine(6, "timeUntilNextCallback failed; " + kClockError);
+  EXPECT_EQ(-1, mTimer.processEvents());
+  EXPECT_EQ(0u, script.calls);
+  mTimer.failClockAfter(-1);
+  EXPECT_EQ(0, mTimer.timeUntilNextEvent());
+}
+
+TEST_F(OrbTimerTest, ClockFailureWhileReschedulingLosesTheEvent) {
+  Script script{{0}};
+  mTimer.addTimedCallback(0, play, &script);
+  mTimer.failClockAfter(1);  // enough to find the event due
+  EXPECT_EQ(-1, mTimer.processEvents());
+  EXPECT_EQ(1u, script.calls);
+  expectOneLine(6, "timeUntilNextCallback failed; " + kClockError);
+  mTimer.failClockAfter(-1);
+  EXPECT_EQ(-1, mTimer.timeUntilNextEvent());
+}
+
+TEST_F(OrbTimerTest, ResultZeroRepeatsWithTheFirstDelay) {
+  Script script{{0}};
+  mTimer.addTimedCallback(100, play, &script);
+  for (size_t round = 1; round <= 3; ++round) {
+    mTimer.advanceMillis(100);
+    EXPECT_EQ(100, mTimer.processEvents());
+    EXPECT_EQ(round, script.calls);
+  }
+}
+
+TEST_F(OrbTimerTest, PositiveResultBecomesThePeriod) {
+  Script script{{250, 0}};
+  mTimer.addTimedCallback(100, play, &script);
+  mTimer.advanceMillis(100);
+  EXPECT_EQ(250, mTimer.processEvents());
+  mTimer.advanceMillis(250);
+  EXPECT_EQ(250, mTimer.processEvents());
+  EXPECT_EQ(2u, script.calls);
+}
+
+TEST_F(OrbTimerTest, InvalidResultIsLoggedAndKeepsThePeriod) {
+  Script script{{-5}};
+  mTimer.addTimedCallback(100, play, &script);
+  mTimer.advanceMillis(100);
+  EXPECT_EQ(100, mTimer.processEvents());
+  expectOneLine(5, "Invalid delay (-5), using 100 instead");
+}
+
+TEST_F(OrbTimerTest, ResultMinusOneEndsTheEvent) {
+  Script script{{-1}};
+  mTimer.addTimedCallback(0, play, &script);
+  EXPECT_EQ(-1, mTimer.processEvents());
+  mTimer.advanceMillis(1000);
+  EXPECT_EQ(-1, mTimer.processEvents());
+  EXPECT_EQ(1u, script.calls);
+}
+
+TEST_F(OrbTimerTest, PeriodCountsFromTheEndOfTheCallback) {
+  mTimer.addTimedCallback(
+      100,
+      [](void* data) {
+        static_cast<ManualTimer*>(data)->advanceMillis(30);  // the callback takes its time
+        return 0;
+      },
+      &mTimer);
+  mTimer.advanceMillis(150);
+  EXPECT_EQ(100, mTimer.processEvents());
+}
+
+struct SelfRemoval {
+  ManualTimer& timer;
+  int id;
+  int result;
+  int calls;
+};
+
+int removeSelf(void* data) {
+  SelfRemoval& self = *static_cast<SelfRemoval*>(data);
+  ++self.calls;
+  self.timer.removeTimedCallback(self.id);
+  return self.result;
+}
+
+TEST_F(OrbTimerTest, CallbackThatRemovesItselfIsStillRescheduled) {
+  SelfRemoval self{mTimer, 0, 0, 0};
+  self.id = mTimer.addTimedCallback(100, removeSelf, &self);
+  mTimer.advanceMillis(100);
+  EXPECT_EQ(100, mTimer.processEvents());
+  self.result = -1;
+  mTimer.advanceMillis(100);
+  EXPECT_EQ(-1, mTimer.processEvents());
+  EXPECT_EQ(2, self.calls);
+}
+
+TEST_F(OrbTimerTest, RescheduledEventKeepsItsId) {
+  Script script{{0}};
+  const int id = mTimer.addTimedCallback(100, play, &script);
+  mTimer.advanceMillis(100);
+  mTimer.processEvents();
+  mTimer.removeTimedCallback(id);
+  EXPECT_EQ(-1, mTimer.timeUntilNextEvent());
+}
+
+TEST_F(OrbTimerTest, CallbackMayAddAnEventThatRunsInTheSameCall) {
+  struct Adder {
+    ManualTimer& timer;
+    Script added{{-1}};
+  } adder{mTimer};
+  mTimer.addTimedCallback(
+      0,
+      [](void* data) {
+        Adder& self = *static_cast<Adder*>(data);
+        self.timer.addTimedCallback(0, play, &self.added);
+        return -1;
+      },
+      &adder);
+  EXPECT_EQ(-1, mTimer.processEvents());
+  EXPECT_EQ(1u, adder.added.calls);
+}
+
+TEST_F(OrbTimerTest, EventsOfOneInstantAllRunInOneCall) {
+  Script first{{-1}};
+  Script second{{-1}};
+  mTimer.addTimedCallback(5, play, &first);
+  mTimer.addTimedCallback(5, play, &second);
+  mTimer.advanceMillis(5);
+  EXPECT_EQ(-1, mTimer.processEvents());
+  EXPECT_EQ(1u, first.calls);
+  EXPECT_EQ(1u, second.calls);
+}
+
+struct Order {
+  std::vector<int>& out;
+  int value;
+};
+
+int appendValue(void* data) {
+  const Order& order = *static_cast<Order*>(data);
+  order.out.push_back(order.value);
+  return -1;
+}
+
+TEST_F(OrbTimerTest, EventsRunInTheOrderTheyAreDue) {
+  std::vector<int> ran;
+  std::vector<Order> orders;
+  for (const int delay : {50, 10, 70, 30, 20, 60, 40}) orders.push_back({ran, delay});
+  for (Order& order : orders) mTimer.addTimedCallback(order.value, appendValue, &order);
+  mTimer.advanceMillis(70);
+  EXPECT_EQ(-1, mTimer.processEvents());
+  EXPECT_EQ((std::vector<int>{10, 20, 30, 40, 50, 60, 70}), ran);
+}
+
+TEST_F(OrbTimerTest, RemovalLeavesTheOthersInOrder) {
+  std::vector<int> ran;
+  std::vector<Order> orders;
+  std::vector<int> ids;
+  for (const int delay : {50, 10, 70, 30, 20, 60, 40}) orders.push_back({ran, delay});
+  for (Order& order : orders) {
+    ids.push_back(mTimer.addTimedCallback(order.value, appendValue, &order));
+  }
+  mTimer.removeTimedCallback(ids[1]);  // due first
+  mTimer.removeTimedCallback(ids[3]);
+  EXPECT_EQ(20, mTimer.timeUntilNextEvent());
+  mTimer.advanceMillis(70);
+  EXPECT_EQ(-1, mTimer.processEvents());
+  EXPECT_EQ((std::vector<int>{20, 40, 50, 60, 70}), ran);
+}
+
+TEST_F(OrbTimerTest, RemovalTakesEveryEventWithTheId) {
+  Script script{{-1}};
+  mTimer.addTimedCallback(1, play, &script);
+  mTimer.setLastId(0);  // ids have come round
+  EXPECT_EQ(1, mTimer.addTimedCallback(2, play, &script));
+  mTimer.removeTimedCallback(1);
+  EXPECT_EQ(-1, mTimer.timeUntilNextEvent());
+}
+
+TEST_F(OrbTimerTest, RemovalOfAnUnknownIdChangesNothing) {
+  Script script{{-1}};
+  const int id = mTimer.addTimedCallback(7, play, &script);
+  mTimer.removeTimedCallback(id + 1);
+  EXPECT_EQ(7, mTimer.timeUntilNextEvent());
+  EXPECT_TRUE(recording::lines().empty());
+}
+
+TEST_F(OrbTimerTest, IdsCountFromOneAndStartOverBeforeIntMax) {
+  Script script{{-1}};
+  EXPECT_EQ(1, mTimer.addTimedCallback(1, play, &script));
+  EXPECT_EQ(2, mTimer.addTimedCallback(1, play, &script));
+  mTimer.setLastId(0x7FFFFFFD);
+  EXPECT_EQ(0x7FFFFFFE, mTimer.getNextTimerId());
+  EXPECT_EQ(1, mTimer.getNextTimerId());
+  EXPECT_EQ(2, mTimer.getNextTimerId());
+}
+
+TEST_F(OrbTimerTest, DiscardedEventsAreNotCalled) {
+  Script script{{-1}};
+  {
+    ManualTimer timer;
+    timer.addTimedCallback(0, play, &script);
+  }
+  EXPECT_EQ(0u, script.calls);
+}
+
+TEST_F(OrbTimerTest, MonitorHearsOfANewFirstEventOnly) {
+  Monitor monitor;
+  ManualTimer timer(&monitor);
+  Script script{{-1}};
+  timer.addTimedCallback(100, play, &script);
+  EXPECT_EQ(1, monitor.changes);
+  timer.addTimedCallback(200, play, &script);
+  EXPECT_EQ(1, monitor.changes);
+  timer.addTimedCallback(50, play, &script);
+  EXPECT_EQ(2, monitor.changes);
+}
+
+TEST_F(OrbTimerTest, MonitorTellsEventsApartByAllButTheId) {
+  Monitor monitor;
+  ManualTimer timer(&monitor);
+  Script script{{-1}};
+  Script other{{-1}};
+  timer.addTimedCallback(100, play, &script);
+  timer.addTimedCallback(100, play, &script);  // a twin of the first event: counts as first
+  EXPECT_EQ(2, monitor.changes);
+  timer.addTimedCallback(100, play, &other);
+  EXPECT_EQ(2, monitor.changes);
+}
+
+TEST_F(OrbTimerTest, MonitorIsNotToldOfRescheduledEvents) {
+  Monitor monitor;
+  ManualTimer timer(&monitor);
+  Script script{{0}};
+  timer.addTimedCallback(100, play, &script);
+  timer.advanceMillis(100);
+  EXPECT_EQ(100, timer.processEvents());
+  EXPECT_EQ(1, monitor.changes);
+}
+
+TEST_F(OrbTimerTest, LogShowsQueueSizeAndWait) {
+  Script script{{-1}};
+  mTimer.addTimedCallback(300, play, &script);
+  mTimer.addTimedCallback(40, play, &script);
+  mTimer.log();
+  EXPECT_EQ((std::vector<std::string>{"OrbTimer *******************************************",
+                                      "    items queued: 2", "    next item in: 40ms"}),
+            recording::texts());
+  for (const recording::Line& line : recording::lines()) {
+    EXPECT_EQ(3, line.priority);
+    EXPECT_FALSE(line.hasTag);
+  }
+}
+
+TEST(OrbTimerClock, RealClockMakesAnEventDue) {
+  OrbTimer timer(nullptr);
+  Script script{{-1}};
+  timer.addTimedCallback(1, play, &script);
+  while (timer.processEvents() != -1) {
+  }
+  EXPECT_EQ(1u, script.calls);
+}
+
+}  // namespace

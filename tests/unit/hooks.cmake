@@ -1,0 +1,30 @@
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+# Hook libraries for the log tests: whole, and with each function missing. All bear the one name that the
+# library opens, so each has a directory of its own; a test goes there, and the program's run path is the
+# working directory. (The old kind of run path holds for a dlopen that passes through a sanitizer too.)
+set(HOOKS_DIR ${CMAKE_CURRENT_BINARY_DIR}/hooks)
+function(orb_test_hook NAME)
+  add_library(test_hook_${NAME} MODULE unit/hooks/hook.cpp)
+  target_compile_definitions(test_hook_${NAME} PRIVATE ${ARGN})
+  target_link_libraries(test_hook_${NAME} PRIVATE orb_flags)
+  set_target_properties(test_hook_${NAME} PROPERTIES OUTPUT_NAME orbalog
+    LIBRARY_OUTPUT_DIRECTORY ${HOOKS_DIR}/${NAME})
+endfunction()
+orb_test_hook(complete)
+orb_test_hook(no_alog HOOK_WITHOUT_ALOG)
+orb_test_hook(no_get_persist_setting HOOK_WITHOUT_GET_PERSIST_SETTING)
+orb_test_hook(no_decode_buffer HOOK_WITHOUT_DECODE_BUFFER)
+
+foreach(test LogHook_test)
+  add_dependencies(${test} test_hook_complete test_hook_no_alog test_hook_no_get_persist_setting
+    test_hook_no_decode_buffer)
+  target_compile_definitions(${test} PRIVATE TEST_HOOKS_DIR="${HOOKS_DIR}")
+  target_link_options(${test} PRIVATE -Wl,--disable-new-dtags,-rpath,.)
+endforeach()
+
+if(TARGET log)
+  target_compile_definitions(HostPlatform_test PRIVATE HOST_LIBLOG="$<TARGET_FILE:log>"
+    HOST_LIBCUTILS="$<TARGET_FILE:cutils>" HOST_LIBDIAG="$<TARGET_FILE:diag>")
+  add_dependencies(HostPlatform_test log cutils diag)
+endif()

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <set>
+#include <string>
+
+#include "orbsim/Frame.h"
+#include "orbsim/Recorder.h"
+
+namespace orbsim {
+
+class Session;
+
+// How a daemon is set up; fixed for its life.
+struct Options {
+  std::string socketPath = "/dev/socket/orb";
+  int backlog = 16;
+  std::chrono::milliseconds reportInterval{500};  // 0: no periodic reports
+  uint64_t seed = 1;                              // of the link model
+  bool record = true;  // keep frames, replies and states for tests; false: only count them
+  size_t maxQueuedBytes = size_t{64} << 20;     // per session, for a client that does not read
+  std::function<void(const std::string&)> log;  // one line per event, from any thread; may be empty
+};
+
+// Plays the daemon's side of a handshake on `fd`. True: the connection goes on as a session, false:
+// it is closed. It may block in recv: closing the session or stopping the daemon ends that.
+using HandshakeScript = std::function<bool(int fd, uint32_t sessionId)>;
+// Sees every frame before the services. True: the frame is dealt with, no service sees it.
+using FrameHandler = std::function<bool(Session& session, const Frame& frame)>;
+
+// What the sessions of one daemon share: settings that a script may change while they run, the
+// hooks, the log and the recorder. Owned by Daemon and outlives its sessions; used by any thread.
+// `mLock` guards the hooks and the set of muted services; hooks are called without it.
+class Control {
+ public:
+  explicit Control(const Options& options)
+      : mOptions(options),
+        mRecorder(options.record),
+        mReportInterval(options.reportInterval.count()) {}
+
+  const Options& options() const { return mOptions; }
+  Recorder& recorder() { return mRecorder; }
+  const Recorder& recorder() const { return mRecorder; }
+
+  bool logs() const { return static_cast<bool>(mOptions.log); }
+  void log(const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+  HandshakeScript handshakeScript() const;
+  void setHandshakeScript(HandshakeScript script);
+  FrameHandler frameHandler() const;
+  void setFrameHandler(FrameHandler handler);
+
+  bool answers(uint32_t sdkType) const;
+  void setAnswers(bool on);
+  void setAnswers(uint32_t sdkType, bool on);
+
+  bool reading() const { return mReading.load(); }
+  void setReading(bool on) { mReading.store(on); }
+  std::chrono::milliseconds reportInterval() const {
+    return std::chrono::milliseconds(mReportInterval.load());
+  }
+  void setReportInterval(std::chrono::milliseconds interval) {
+    mReportInterval.store(interval.count());
+  }
+
+ private:
+  const Options mOptions;
+  Recorder mRecorder;
+  std::atomic<int64_t> mReportInterval;
+  std::atomic<bool> mReading{true};
+
+  mutable std::mutex mLock;
+  HandshakeScript mHandshakeScript;
+  FrameHandler mFrameHandler;
+  bool mAllMuted = false;
+  std::set<uint32_t> mMuted;
+};
+
+}  // namespace orbsim

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "orbsim/Control.h"
+#include "orbsim/Frame.h"
+#include "orbsim/Session.h"
+
+namespace orbsim {
+
+// The daemon's side of the socket, for a program to run and for tests to script. start() makes one
+// thread that accepts; every connection gets a thread of its own. start(), stop() and the
+// destructor belong to the owner's thread; everything else may be called from any thread, hooks
+// included, while the daemon is running or stopped. `mLock` guards the listener's state, the id
+// counter and the list of sessions; it is not held while a thread is joined or a hook runs.
+//
+// Unless a script does otherwise, no frame is sent before the client's first one: to the client a
+// frame right behind the last handshake record could be one read with it.
+class Daemon {
+ public:
+  using Timeout = std::chrono::milliseconds;
+  static constexpr Timeout kTimeout{10000};  // generous: waits end as soon as their condition holds
+
+  explicit Daemon(Options options = {});
+  ~Daemon();  // stops
+  Daemon(const Daemon&) = delete;
+  Daemon& operator=(const Daemon&) = delete;
+
+  // Creates the socket's directories, takes the place of a socket that nobody listens on, listens.
+  // False with error() set when that fails; true when it is running already. A started daemon
+  // counts session ids from 1 again, as a restarted process would.
+  bool start();
+  // Closes listener and sessions and waits for the threads, also for clients that do not read.
+  // Not from a hook. A daemon that was stopped can be started again; scripts and records stay.
+  void stop();
+  bool running() const;
+  const std::string& error() const { return mError; }
+  const std::string& socketPath() const { return mControl.options().socketPath; }
+
+  // Observing. Totals, frames and replies add up over restarts until clearRecords(). The waits
+  // return false when the time is up.
+  size_t sessionCount() const;               // open now, handshake completed
+  std::vector<uint32_t> sessionIds() const;  // of those, oldest first
+  Totals totals() const { return mControl.recorder().totals(); }
+  std::vector<Frame> frames() const { return mControl.recorder().frames(); }
+  std::vector<Blob> handshakeReplies() const { return mControl.recorder().handshakeReplies(); }
+  LceState lceState(uint32_t sessionId) const { return mControl.recorder().lceState(sessionId); }
+  void clearRecords() { mControl.recorder().clear(); }
+
+  bool waitForConnections(size_t count, Timeout timeout = kTimeout) const;
+  bool waitForSessions(size_t count, Timeout timeout = kTimeout) const;
+  // The closed ones' descriptors and threads are gone when these return true.
+  bool waitForConnectionsClosed(size_t count, Timeout timeout = kTimeout);
+  bool waitForSessionsClosed(size_t count, Timeout timeout = kTimeout);
+  bool waitForFrames(size_t count, Timeout timeout = kTimeout) const;
+  // Until some recorded frame is the wanted one; `found` gets a copy. The predicates run with the
+  // recorder locked: they must not call the daemon.
+  bool waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found = nullptr,
+                    Timeout timeout = kTimeout) const;
+  bool waitForLceState(uint32_t sessionId, const std::function<bool(const LceState&)>& condition,
+                       Timeout timeout = kTimeout) const;
+
+  // Acting. A session is named by its id; when two have the same, the newer is meant. False when
+  // there is no such open session, or when its queue is full because the client does not read.
+  bool sendFrame(uint32_t sessionId, const Header& header, const Blob& payload);
+  bool sendBlob(uint32_t sessionId, uint32_t sdkType, const Blob& blob);
+  bool sendBytes(uint32_t sessionId, const Blob& bytes);
+  // The header of a well-formed frame to that session.
+  Header headerFor(uint32_t sessionId, uint64_t messageId, size_t payloadLength) const;
+  size_t queuedBytes(uint32_t sessionId) const;
+  // Start closing; waitForSessionsClosed() tells when it is done. Unfinished handshakes included.
+  bool closeSession(uint32_t sessionId);
+  void closeAll();
+  // Closes the listening socket and removes its path; sessions go on. start() does not undo it
+  // before stop().
+  void killListener();
+  // While off, connections stay in the backlog.
+  void setAccepting(bool on);
+  // While off, sessions do not read what clients send.
+  void setReading(bool on);
+  void setNextSessionId(uint32_t id);
+  void setReportInterval(std::chrono::milliseconds interval);
+  // Whether services answer and report on their own; all, or the one with that number.
+  void setAutoAnswer(bool on) { mControl.setAnswers(on); }
+  void setAutoAnswer(uint32_t sdkType, bool on) { mControl.setAnswers(sdkType, on); }
+  void setFrameHandler(FrameHandler handler) { mControl.setFrameHandler(std::move(handler)); }
+  // For connections accepted from now on; empty gives the ordinary handshake back.
+  void setHandshake(HandshakeScript script) { mControl.setHandshakeScript(std::move(script)); }
+
+ private:
+  struct Entry {
+    std::shared_ptr<Session> session;
+    std::thread thread;
+  };
+
+  bool openListener();
+  bool fail(const char* what);
+  void acceptLoop();
+  void acceptOne();
+  void pauseAccepting();
+  void reapFinished();
+  void closeListener();
+  void closeListenerLocked();
+  std::shared_ptr<Session> find(uint32_t sessionId, bool establishedOnly) const;
+  std::vector<std::shared_ptr<Session>> sessions() const;
+
+  Control mControl;
+  WakeFd mWake;
+  std::string mError;         // the owner's thread only
+  std::thread mAcceptThread;  // the owner's thread only
+
+  mutable std::mutex mLock;
+  bool mRunning = false;
+  bool mStopping = false;
+  bool mListenerKilled = false;
+  bool mAccepting = true;
+  int mListenFd = -1;  // closed by the accept thread, or by stop() after that has ended
+  uint32_t mNextId = 1;
+  std::vector<Entry> mSessions;
+};
+
+}  // namespace orbsim

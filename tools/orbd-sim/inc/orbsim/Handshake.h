@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#pragma once
+
+#include <cstdint>
+
+#include "orbsim/Frame.h"
+
+namespace orbsim {
+
+// Before the first frame the two sides exchange three records of 32-bit words without a header:
+// the daemon proposes a session id (8 bytes), the client answers with it and its own endpoint
+// number (12 bytes), the daemon confirms (8 bytes).
+constexpr int32_t kHandshakeInit = 1;
+constexpr int32_t kHandshakeResp = 2;
+constexpr int32_t kHandshakeComplete = 3;
+
+struct HandshakeReply {
+  static constexpr size_t kSize = 12;
+
+  Blob bytes;  // what was received, even when it was cut short
+  int32_t type = 0;
+  uint32_t sessionId = 0;
+  int32_t processId = 0;
+};
+
+// Sends one record of the daemon in one piece: clients take a record for one read.
+bool sendHandshakeRecord(int fd, int32_t type, uint32_t sessionId);
+
+// Waits for the client's answer. False when the connection ended first; `reply.bytes` then holds
+// what had come.
+bool readHandshakeReply(int fd, HandshakeReply& reply);
+
+// The daemon's side of the whole exchange. True when the client gave the answer that was asked for.
+bool performHandshake(int fd, uint32_t sessionId, HandshakeReply& reply);
+
+}  // namespace orbsim

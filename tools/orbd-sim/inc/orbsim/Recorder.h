@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <vector>
+
+#include "orbsim/Frame.h"
+
+namespace orbsim {
+
+// What one session asked of the LCE service so far.
+struct LceState {
+  bool enabled = false;
+  bool criteriaSet = false;
+  bool reporting = false;
+  uint64_t reports = 0;  // periodic reports sent
+  Blob criteria;         // the accepted criteria message, serialised
+};
+
+// Totals since construction or clear(); a restart of the daemon does not reset them.
+struct Totals {
+  size_t connections = 0;        // accepted
+  size_t connectionsClosed = 0;  // descriptor closed on this side, handshake completed or not
+  size_t sessions = 0;           // handshakes completed
+  size_t sessionsClosed = 0;     // connections closed after a completed handshake
+  size_t frames = 0;             // frames received
+};
+
+// The daemon's memory of what clients did, for tests to look at and to wait on. Owned by Daemon,
+// written by the accept and session threads, read by any thread. `mLock` guards everything; it is
+// never held while code of others runs, except for the short predicates given to the waits.
+class Recorder {
+ public:
+  using Timeout = std::chrono::milliseconds;
+
+  explicit Recorder(bool keepContents) : mKeepContents(keepContents) {}
+
+  void connectionOpened();
+  void connectionClosed(bool wasSession);
+  void sessionOpened();
+  void handshakeReply(const Blob& bytes);
+  void frame(const Frame& frame);
+  void lceState(uint32_t sessionId, const LceState& state);
+  void clear();
+
+  Totals totals() const;
+  std::vector<Frame> frames() const;
+  std::vector<Blob> handshakeReplies() const;
+  LceState lceState(uint32_t sessionId) const;
+
+  bool waitForTotals(const std::function<bool(const Totals&)>& condition, Timeout timeout) const;
+  bool waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found,
+                    Timeout timeout) const;
+  bool waitForLceState(uint32_t sessionId, const std::function<bool(const LceState&)>& condition,
+                       Timeout timeout) const;
+
+ private:
+  template <typename Condition>
+  bool waitUntil(Timeout timeout, Condition condition) const {
+    std::unique_lock<std::mutex> lock(mLock);
+    return mChanged.wait_for(lock, timeout, condition);
+  }
+
+  const bool mKeepContents;  // false: count only, so that a long run does not grow
+  mutable std::mutex mLock;
+  mutable std::condition_variable mChanged;
+  Totals mTotals;
+  std::vector<Frame> mFrames;
+  std::vector<Blob> mReplies;
+  std::map<uint32_t, LceState> mLceStates;  // by session id; a reused id starts afresh
+};
+
+}  // namespace orbsim

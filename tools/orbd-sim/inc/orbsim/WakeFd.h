@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#pragma once
+
+namespace orbsim {
+
+// An eventfd that ends a poll() in another thread. wake() and drain() may meet in different
+// threads; close() may not meet either, its owner sees to that.
+class WakeFd {
+ public:
+  WakeFd();
+  ~WakeFd() { close(); }
+  WakeFd(const WakeFd&) = delete;
+  WakeFd& operator=(const WakeFd&) = delete;
+
+  int fd() const { return mFd; }  // -1 when it could not be made or is closed
+  void wake();
+  void drain();
+  void close();
+
+ private:
+  int mFd;
+};
+
+}  // namespace orbsim

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#include "orbsim/Control.h"
+
+#include <cstdio>
+#include <utility>
+
+namespace orbsim {
+
+void Control::log(const char* format, ...) {
+  if (!logs()) return;
+  char line[1024];
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(line, sizeof(line), format, arguments);
+  va_end(arguments);
+  mOptions.log(line);
+}
+
+HandshakeScript Control::handshakeScript() const {
+  std::lock_guard<std::mutex> lock(mLock);
+  return mHandshakeScript;
+}
+
+void Control::setHandshakeScript(HandshakeScript script) {
+  std::lock_guard<std::mutex> lock(mLock);
+  mHandshakeScript = std::move(script);
+}
+
+FrameHandler Control::frameHandler() const {
+  std::lock_guard<std::mutex> lock(mLock);
+  return mFrameHandler;
+}
+
+void Control::setFrameHandler(FrameHandler handler) {
+  std::lock_guard<std::mutex> lock(mLock);
+  mFrameHandler = std::move(handler);
+}
+
+bool Control::answers(uint32_t sdkType) const {
+  std::lock_guard<std::mutex> lock(mLock);
+  return !mAllMuted && mMuted.count(sdkType) == 0;
+}
+
+void Control::setAnswers(bool on) {
+  std::lock_guard<std::mutex> lock(mLock);
+  mAllMuted = !on;
+  if (on) mMuted.clear();
+}
+
+void Control::setAnswers(uint32_t sdkType, bool on) {
+  std::lock_guard<std::mutex> lock(mLock);
+  if (on) {
+    mMuted.erase(sdkType);
+  } else {
+    mMuted.insert(sdkType);
+  }
+}
+
+}  // namespace orbsim

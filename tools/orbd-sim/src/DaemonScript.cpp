@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+// The part of Daemon that looks at what happened and makes things happen; its life is in
+// Daemon.cpp.
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <utility>
+
+#include "orbsim/Daemon.h"
+
+namespace orbsim {
+
+size_t Daemon::sessionCount() const { return sessionIds().size(); }
+
+std::vector<uint32_t> Daemon::sessionIds() const {
+  std::vector<uint32_t> ids;
+  for (const auto& session : sessions()) {
+    if (session->established()) ids.push_back(session->id());
+  }
+  return ids;
+}
+
+bool Daemon::waitForConnections(size_t count, Timeout timeout) const {
+  return mControl.recorder().waitForTotals(
+      [count](const Totals& totals) { return totals.connections >= count; }, timeout);
+}
+
+bool Daemon::waitForConnectionsClosed(size_t count, Timeout timeout) {
+  const bool closed = mControl.recorder().waitForTotals(
+      [count](const Totals& totals) { return totals.connectionsClosed >= count; }, timeout);
+  reapFinished();
+  return closed;
+}
+
+bool Daemon::waitForSessions(size_t count, Timeout timeout) const {
+  return mControl.recorder().waitForTotals(
+      [count](const Totals& totals) { return totals.sessions >= count; }, timeout);
+}
+
+bool Daemon::waitForSessionsClosed(size_t count, Timeout timeout) {
+  const bool closed = mControl.recorder().waitForTotals(
+      [count](const Totals& totals) { return totals.sessionsClosed >= count; }, timeout);
+  reapFinished();
+  return closed;
+}
+
+bool Daemon::waitForFrames(size_t count, Timeout timeout) const {
+  return mControl.recorder().waitForTotals(
+      [count](const Totals& totals) { return totals.frames >= count; }, timeout);
+}
+
+bool Daemon::waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found,
+                          Timeout timeout) const {
+  return mControl.recorder().waitForFrame(wanted, found, timeout);
+}
+
+bool Daemon::waitForLceState(uint32_t sessionId,
+                             const std::function<bool(const LceState&)>& condition,
+                             Timeout timeout) const {
+  return mControl.recorder().waitForLceState(sessionId, condition, timeout);
+}
+
+bool Daemon::sendFrame(uint32_t sessionId, const Header& header, const Blob& payload) {
+  const auto session = find(sessionId, /*establishedOnly=*/true);
+  return session && session->sendFrame(header, payload);
+}
+
+bool Daemon::sendBlob(uint32_t sessionId, uint32_t sdkType, const Blob& blob) {
+  const auto session = find(sessionId, /*establishedOnly=*/true);
+  return session && session->sendBlob(sdkType, blob);
+}
+
+bool Daemon::sendBytes(uint32_t sessionId, const Blob& bytes) {
+  const auto session = find(sessionId, /*establishedOnly=*/true);
+  return session && session->send(bytes);
+}
+
+Header Daemon::headerFor(uint32_t sessionId, uint64_t messageId, size_t payloadLength) const {
+  const auto session = find(sessionId, /*establishedOnly=*/false);
+  return session ? session->headerFor(messageId, payloadLength) : Header{};
+}
+
+size_t Daemon::queuedBytes(uint32_t sessionId) const {
+  const auto session = find(sessionId, /*establishedOnly=*/true);
+  return session ? session->queuedBytes() : 0;
+}
+
+bool Daemon::closeSession(uint32_t sessionId) {
+  const auto session = find(sessionId, /*establishedOnly=*/false);
+  if (!session) return false;
+  session->close();
+  return true;
+}
+
+void Daemon::closeAll() {
+  for (const auto& session : sessions()) session->close();
+}
+
+void Daemon::killListener() {
+  {
+    std::lock_guard<std::mutex> lock(mLock);
+    if (mListenFd < 0 || mListenerKilled) return;
+    mListenerKilled = true;
+    // Refuses connections from here on; the accept thread, which may be polling it, closes it.
+    ::shutdown(mListenFd, SHUT_RDWR);
+    ::unlink(socketPath().c_str());
+  }
+  mWake.wake();
+}
+
+void Daemon::setAccepting(bool on) {
+  {
+    std::lock_guard<std::mutex> lock(mLock);
+    mAccepting = on;
+  }
+  mWake.wake();
+}
+
+void Daemon::setReading(bool on) {
+  mControl.setReading(on);
+  for (const auto& session : sessions()) session->wake();
+}
+
+void Daemon::setNextSessionId(uint32_t id) {
+  std::lock_guard<std::mutex> lock(mLock);
+  mNextId = id;
+}
+
+void Daemon::setReportInterval(std::chrono::milliseconds interval) {
+  mControl.setReportInterval(interval);
+  for (const auto& session : sessions()) session->wake();
+}
+
+// The newest open session with that id.
+std::shared_ptr<Session> Daemon::find(uint32_t sessionId, bool establishedOnly) const {
+  std::lock_guard<std::mutex> lock(mLock);
+  for (auto entry = mSessions.rbegin(); entry != mSessions.rend(); ++entry) {
+    const Session& session = *entry->session;
+    if (session.id() != sessionId || session.finished()) continue;
+    if (establishedOnly && !session.established()) continue;
+    return entry->session;
+  }
+  return nullptr;
+}
+
+// Copies, so that no lock is held while something is done to them.
+std::vector<std::shared_ptr<Session>> Daemon::sessions() const {
+  std::lock_guard<std::mutex> lock(mLock);
+  std::vector<std::shared_ptr<Session>> all;
+  all.reserve(mSessions.size());
+  for (const Entry& entry : mSessions) all.push_back(entry.session);
+  return all;
+}
+
+}  // namespace orbsim

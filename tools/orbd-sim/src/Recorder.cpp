@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#include "orbsim/Recorder.h"
+
+namespace orbsim {
+
+void Recorder::connectionOpened() {
+  std::lock_guard<std::mutex> lock(mLock);
+  ++mTotals.connections;
+  mChanged.notify_all();
+}
+
+void Recorder::connectionClosed(bool wasSession) {
+  std::lock_guard<std::mutex> lock(mLock);
+  ++mTotals.connectionsClosed;
+  if (wasSession) ++mTotals.sessionsClosed;
+  mChanged.notify_all();
+}
+
+void Recorder::sessionOpened() {
+  std::lock_guard<std::mutex> lock(mLock);
+  ++mTotals.sessions;
+  mChanged.notify_all();
+}
+
+void Recorder::handshakeReply(const Blob& bytes) {
+  if (!mKeepContents) return;
+  std::lock_guard<std::mutex> lock(mLock);
+  mReplies.push_back(bytes);
+  mChanged.notify_all();
+}
+
+void Recorder::frame(const Frame& frame) {
+  std::lock_guard<std::mutex> lock(mLock);
+  ++mTotals.frames;
+  if (mKeepContents) mFrames.push_back(frame);
+  mChanged.notify_all();
+}
+
+void Recorder::lceState(uint32_t sessionId, const LceState& state) {
+  if (!mKeepContents) return;
+  std::lock_guard<std::mutex> lock(mLock);
+  mLceStates[sessionId] = state;
+  mChanged.notify_all();
+}
+
+void Recorder::clear() {
+  std::lock_guard<std::mutex> lock(mLock);
+  mTotals = Totals{};
+  mFrames.clear();
+  mReplies.clear();
+  mLceStates.clear();
+}
+
+Totals Recorder::totals() const {
+  std::lock_guard<std::mutex> lock(mLock);
+  return mTotals;
+}
+
+std::vector<Frame> Recorder::frames() const {
+  std::lock_guard<std::mutex> lock(mLock);
+  return mFrames;
+}
+
+std::vector<Blob> Recorder::handshakeReplies() const {
+  std::lock_guard<std::mutex> lock(mLock);
+  return mReplies;
+}
+
+LceState Recorder::lceState(uint32_t sessionId) const {
+  std::lock_guard<std::mutex> lock(mLock);
+  const auto found = mLceStates.find(sessionId);
+  return found == mLceStates.end() ? LceState{} : found->second;
+}
+
+bool Recorder::waitForTotals(const std::function<bool(const Totals&)>& condition,
+                             Timeout timeout) const {
+  return waitUntil(timeout, [&] { return condition(mTotals); });
+}
+
+bool Recorder::waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found,
+                            Timeout timeout) const {
+  size_t looked = 0;  // frames are only appended: what did not match once need not be asked again
+  return waitUntil(timeout, [&] {
+    if (looked > mFrames.size()) looked = 0;  // cleared meanwhile
+    for (; looked < mFrames.size(); ++looked) {
+      if (!wanted(mFrames[looked])) continue;
+      if (found != nullptr) *found = mFrames[looked];
+      return true;
+    }
+    return false;
+  });
+}
+
+bool Recorder::waitForLceState(uint32_t sessionId,
+                               const std::function<bool(const LceState&)>& condition,
+                               Timeout timeout) const {
+  return waitUntil(timeout, [&] {
+    const auto found = mLceStates.find(sessionId);
+    return condition(found == mLceStates.end() ? LceState{} : found->second);
+  });
+}
+
+}  // namespace orbsim

@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#include "orbsim/Session.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <utility>
+
+#include "orbsim/Handshake.h"
+
+namespace orbsim {
+
+Session::Session(int fd, uint32_t id, Control& control) : mId(id), mControl(control), mFd(fd) {}
+
+Session::~Session() {
+  if (mFd >= 0) ::close(mFd);  // only when run() never ran
+}
+
+void Session::run() {
+  if (handshake()) {
+    mEstablished.store(true);
+    mControl.recorder().sessionOpened();
+    log("open");
+    serve();
+  }
+  finish();
+}
+
+// The descriptor stays open until finish(), which this same thread calls, so it is used here
+// without the lock: a close() from outside only shuts the socket down.
+bool Session::handshake() {
+  if (const HandshakeScript script = mControl.handshakeScript()) return script(mFd, mId);
+  HandshakeReply reply;
+  const bool done = performHandshake(mFd, mId, reply);
+  if (!reply.bytes.empty()) mControl.recorder().handshakeReply(reply.bytes);
+  mProcessId.store(static_cast<uint64_t>(static_cast<int64_t>(reply.processId)));
+  if (!done) log("handshake failed after %zu bytes", reply.bytes.size());
+  return done;
+}
+
+void Session::serve() {
+  for (;;) {
+    short events = 0;
+    if (!waitForWork(events)) return;
+    if ((events & POLLOUT) != 0) flush();
+    if ((events & (POLLIN | POLLHUP | POLLERR)) != 0) {
+      if (!mControl.reading()) {
+        mPeerGone = (events & (POLLHUP | POLLERR)) != 0;
+      } else if (!receive()) {
+        return;
+      }
+    }
+    runDueServices();
+  }
+}
+
+// Waits until there is something to do and tells what the socket is ready for. False at the end.
+bool Session::waitForWork(short& events) {
+  const bool reading = mControl.reading();
+  pollfd fds[2] = {};
+  fds[0].fd = mWake.fd();
+  fds[0].events = POLLIN;
+  // Hang-up is reported whether asked for or not: a dead socket that is not to be read is left out,
+  // or the poll would spin.
+  fds[1].fd = (mPeerGone && !reading) ? -1 : mFd;
+  if (reading) fds[1].events = POLLIN;
+  if (queuedBytes() > 0) fds[1].events = static_cast<short>(fds[1].events | POLLOUT);
+  if (::poll(fds, 2, pollTimeout()) < 0 && errno != EINTR) return false;
+  if ((fds[0].revents & POLLIN) != 0) mWake.drain();
+  events = fds[1].revents;
+  std::lock_guard<std::mutex> lock(mLock);
+  return !mClosing;
+}
+
+bool Session::receive() {
+  uint8_t buffer[64 * 1024];
+  const ssize_t got = ::recv(mFd, buffer, sizeof(buffer), MSG_DONTWAIT);
+  if (got < 0) return errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK;
+  if (got == 0) return false;
+  mReader.feed(buffer, static_cast<size_t>(got));
+  return handleInput();
+}
+
+bool Session::handleInput() {
+  for (;;) {
+    Frame frame;
+    frame.sessionId = mId;
+    switch (mReader.next(frame.header, frame.payload)) {
+      case FrameReader::Result::kIncomplete:
+        return true;
+      case FrameReader::Result::kTooLong:
+        log("frame of %llu bytes refused",
+            static_cast<unsigned long long>(frame.header.payloadLength));
+        return false;
+      case FrameReader::Result::kFrame:
+        handleFrame(frame);
+        break;
+    }
+  }
+}
+
+void Session::handleFrame(const Frame& frame) {
+  mClientSpoke = true;
+  if (processId() == 0) mProcessId.store(frame.header.source);
+  mControl.recorder().frame(frame);
+  const FrameHandler handler = mControl.frameHandler();
+  if (handler && handler(*this, frame)) return;
+  if (!frame.isBlob()) {
+    log("ignored: message %llu subsystem %lld with %zu bytes",
+        static_cast<unsigned long long>(frame.header.messageId),
+        static_cast<long long>(frame.header.subsystemId), frame.payload.size());
+    return;
+  }
+  const uint32_t type = frame.sdkType();
+  std::unique_ptr<Service>& service = mServices[type];
+  if (!service) service = makeService(type, *this, mControl);
+  if (!service) {
+    log("%s: ignored: no such service (%u) here", serviceName(type), type);
+    return;
+  }
+  service->handleBlob(frame.blob());
+}
+
+bool Session::send(Blob bytes) {
+  std::lock_guard<std::mutex> lock(mLock);
+  if (mFd < 0 || mClosing || mSendFailed) return false;
+  if (mQueuedBytes + bytes.size() > mControl.options().maxQueuedBytes) return false;
+  mQueuedBytes += bytes.size();
+  mQueue.push_back(std::move(bytes));
+  if (mQueue.size() > 1) return true;  // the session's thread is waiting for room already
+  if (!flushLocked()) return false;
+  if (mQueuedBytes > 0) mWake.wake();
+  return true;
+}
+
+void Session::flush() {
+  std::lock_guard<std::mutex> lock(mLock);
+  flushLocked();
+}
+
+// Writes as much of the queue as the socket takes. False when the client has gone; the session's
+// thread finds the end by itself, once it has read what the client sent before it went.
+bool Session::flushLocked() {
+  while (!mQueue.empty()) {
+    const Blob& front = mQueue.front();
+    const size_t left = front.size() - mQueueOffset;
+    const ssize_t sent =
+        ::send(mFd, front.data() + mQueueOffset, left, MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (sent < 0 && errno == EINTR) continue;
+    if (sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) return true;
+    if (sent < 0) {
+      mSendFailed = true;
+      mQueue.clear();
+      mQueueOffset = mQueuedBytes = 0;
+      return false;
+    }
+    mQueuedBytes -= static_cast<size_t>(sent);
+    mQueueOffset += static_cast<size_t>(sent);
+    if (mQueueOffset == front.size()) {
+      mQueue.pop_front();
+      mQueueOffset = 0;
+    }
+  }
+  return true;
+}
+
+size_t Session::queuedBytes() const {
+  std::lock_guard<std::mutex> lock(mLock);
+  return mQueuedBytes;
+}
+
+Header Session::headerFor(uint64_t messageId, size_t payloadLength) const {
+  Header header;
+  header.source = kDaemonProcessId;
+  header.destination = processId();
+  header.messageId = messageId;
+  header.sessionId = mId;
+  header.payloadLength = payloadLength;
+  return header;
+}
+
+bool Session::sendFrame(const Header& header, const Blob& payload) {
+  return send(encodeFrame(header, payload));
+}
+
+bool Session::sendBlob(uint32_t sdkType, const Blob& blob) {
+  const Blob payload = encodeBlobPayload(sdkType, blob);
+  return sendFrame(headerFor(kSendBlobMessageId, payload.size()), payload);
+}
+
+void Session::close() {
+  std::lock_guard<std::mutex> lock(mLock);
+  if (mFd < 0) return;
+  mClosing = true;
+  ::shutdown(mFd, SHUT_RDWR);
+  mWake.wake();
+}
+
+void Session::wake() {
+  std::lock_guard<std::mutex> lock(mLock);
+  if (mFd >= 0) mWake.wake();
+}
+
+// Services act on their own only towards a client that has spoken.
+void Session::runDueServices() {
+  if (!mClientSpoke) return;
+  const Clock::time_point now = Clock::now();
+  for (auto& entry : mServices) {
+    if (!entry.second) continue;
+    const auto due = entry.second->nextDue();
+    if (due && *due <= now) entry.second->handleDue(now);
+  }
+}
+
+int Session::pollTimeout() const {
+  std::optional<Clock::time_point> earliest;
+  for (const auto& entry : mServices) {
+    if (!entry.second) continue;
+    const auto due = entry.second->nextDue();
+    if (due && (!earliest || *due < *earliest)) earliest = due;
+  }
+  if (!earliest) return -1;
+  const Clock::time_point now = Clock::now();
+  if (*earliest <= now) return 0;
+  // Rounded up, so that the poll does not wake just before the time and spin.
+  const auto wait = std::chrono::ceil<std::chrono::milliseconds>(*earliest - now);
+  return static_cast<int>(std::min<int64_t>(wait.count(), 60000));
+}
+
+void Session::finish() {
+  mServices.clear();
+  const bool wasSession = mEstablished.exchange(false);
+  {
+    std::lock_guard<std::mutex> lock(mLock);
+    ::close(mFd);
+    mFd = -1;
+    mWake.close();
+    mQueue.clear();
+    mQueueOffset = mQueuedBytes = 0;
+  }
+  log("closed");
+  mFinished.store(true);
+  mControl.recorder().connectionClosed(wasSession);
+}
+
+void Session::log(const char* format, ...) {
+  if (!mControl.logs()) return;
+  char text[900];
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text, sizeof(text), format, arguments);
+  va_end(arguments);
+  mControl.log("session %u pid %lld %s", mId, static_cast<long long>(processId()), text);
+}
+
+}  // namespace orbsim

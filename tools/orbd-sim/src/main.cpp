@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+// orbd-sim: the daemon stand-in as a program. Everything it does is in the library; this file
+// reads the command line, prints the log and waits for the signal that ends it.
+
+#include <getopt.h>
+#include <signal.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <limits>
+#include <string>
+
+#include "orbsim/Daemon.h"
+
+namespace {
+
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+
+const char kHelp[] =
+    "Usage: orbd-sim [OPTIONS]\n"
+    "Play the system daemon: serve link estimates on its socket and log what clients do.\n"
+    "\n"
+    "  -s, --socket PATH    Listen on PATH. [Default: /dev/socket/orb]\n"
+    "  -i, --interval MS    Send a report every MS milliseconds while reporting is started;\n"
+    "                       0 for none. [Default: 500]\n"
+    "  -S, --seed N         Start the link model from N. [Default: 1]\n"
+    "  -q, --quiet          Log nothing.\n"
+    "  -h, --help           Print this text and exit.\n"
+    "\n"
+    "SIGINT and SIGTERM end it.\n"
+    "Exit status: 0 ended by a signal, 1 the socket cannot be served, 2 wrong arguments.\n"
+    "Example: orbd-sim --interval 100 --seed 7\n";
+
+struct Arguments {
+  orbsim::Options options;
+  bool quiet = false;
+};
+
+bool parseNumber(const char* text, unsigned long long limit, unsigned long long& value) {
+  if (*text < '0' || *text > '9') return false;  // strtoull takes signs and blanks
+  char* end = nullptr;
+  errno = 0;
+  value = std::strtoull(text, &end, 10);
+  return errno == 0 && *end == '\0' && value <= limit;
+}
+
+// The exit status when the program is to end now, -1 when it is to go on.
+int parseArguments(int argc, char** argv, Arguments& arguments) {
+  static const option kOptions[] = {
+      {"socket", required_argument, nullptr, 's'}, {"interval", required_argument, nullptr, 'i'},
+      {"seed", required_argument, nullptr, 'S'},   {"quiet", no_argument, nullptr, 'q'},
+      {"help", no_argument, nullptr, 'h'},         {nullptr, 0, nullptr, 0}};
+  unsigned long long number = 0;
+  int choice = 0;
+  while ((choice = getopt_long(argc, argv, "s:i:S:qh", kOptions, nullptr)) != -1) {
+    switch (choice) {
+      case 's':
+        arguments.options.socketPath = optarg;
+        break;
+      case 'i':
+        if (!parseNumber(optarg, 86400000, number)) {
+          std::fprintf(stderr, "orbd-sim: --interval: not a number of milliseconds: %s\n", optarg);
+          return kExitUsage;
+        }
+        arguments.options.reportInterval = std::chrono::milliseconds(number);
+        break;
+      case 'S':
+        if (!parseNumber(optarg, std::numeric_limits<unsigned long long>::max(), number)) {
+          std::fprintf(stderr, "orbd-sim: --seed: not a number: %s\n", optarg);
+          return kExitUsage;
+        }
+        arguments.options.seed = number;
+        break;
+      case 'q':
+        arguments.quiet = true;
+        break;
+      case 'h':
+        std::fputs(kHelp, stdout);
+        return EXIT_SUCCESS;
+      default:
+        return kExitUsage;  // getopt_long has said why
+    }
+  }
+  if (optind < argc) {
+    std::fprintf(stderr, "orbd-sim: unexpected argument: %s\n", argv[optind]);
+    return kExitUsage;
+  }
+  return -1;
+}
+
+void printLine(const std::string& line) {
+  timespec now = {};
+  clock_gettime(CLOCK_REALTIME, &now);
+  tm local = {};
+  localtime_r(&now.tv_sec, &local);
+  char time[16];
+  std::strftime(time, sizeof(time), "%H:%M:%S", &local);
+  std::printf("%s.%03ld %s\n", time, now.tv_nsec / 1000000, line.c_str());
+  std::fflush(stdout);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Arguments arguments;
+  const int status = parseArguments(argc, argv, arguments);
+  if (status >= 0) return status;
+  arguments.options.record = false;
+  if (!arguments.quiet) arguments.options.log = printLine;
+
+  // Blocked before any thread starts, so that every thread inherits it and only sigwait takes them.
+  sigset_t ending;
+  sigemptyset(&ending);
+  sigaddset(&ending, SIGINT);
+  sigaddset(&ending, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &ending, nullptr);
+  // A reader of the log that goes away does not take the daemon with it.
+  signal(SIGPIPE, SIG_IGN);
+
+  orbsim::Daemon daemon(arguments.options);
+  if (!daemon.start()) {
+    std::fprintf(stderr, "orbd-sim: %s\n", daemon.error().c_str());
+    return kExitFailed;
+  }
+  int signal = 0;
+  while (sigwait(&ending, &signal) != 0) {
+  }
+  daemon.stop();
+  return EXIT_SUCCESS;
+}

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <unistd.h>
+
+#include <memory>
+#include <utility>
+
+// Owns one descriptor and closes it once. 0 is a descriptor like any other; -1 stands for none.
+class UniqueFd {
+ public:
+  UniqueFd() = default;
+  explicit UniqueFd(int fd) : mFd(fd) {}
+  UniqueFd(const UniqueFd&) = delete;
+  UniqueFd& operator=(const UniqueFd&) = delete;
+  ~UniqueFd() {
+    if (mFd >= 0) ::close(mFd);
+  }
+  int get() const { return mFd; }
+  // Gives the descriptor back to the caller, who closes it.
+  int release() { return std::exchange(mFd, -1); }
+
+ private:
+  int mFd = -1;
+};
+
+// A socket is read by one thread, written by another and shut down by a third. The number is closed
+// when the last of them lets go, so nobody ever calls the kernel with a number that was given away.
+using SharedSocket = std::shared_ptr<UniqueFd>;

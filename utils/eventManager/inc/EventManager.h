@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#pragma once
+
+#include <pthread.h>
+#include <sys/epoll.h>
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+
+class OrbTimer;
+
+namespace orb::utils {
+
+using EventCallback = void (*)(int fd, void* data);  // the descriptor is readable
+using CloseCallback = void (*)(int fd, void* data);  // the handler has been removed
+using CloseFunc = void (*)(void* data);              // called in place of close(fd)
+
+// One removal that waits for the loop thread. Shared by the manager's table and the removal pass
+// that is working it off; never changed once made, so it needs no lock of its own.
+struct EventManagerUpdate {
+  int fd;
+  bool closeFd;  // the pass also closes the descriptor, or calls `closeFunc` to do so
+  CloseFunc closeFunc;
+  void* closeData;
+};
+
+// POSIX recursive mutex for std::lock_guard and std::unique_lock. Any thread; guards what its owner
+// says. Recursive because the removal pass runs inside the loop's own hold on it.
+class RecursiveMutex {
+ public:
+  RecursiveMutex();
+  ~RecursiveMutex();
+  RecursiveMutex(const RecursiveMutex&) = delete;
+  RecursiveMutex& operator=(const RecursiveMutex&) = delete;
+
+  void lock();
+  void unlock();
+
+ private:
+  pthread_mutex_t mMutex;
+};
+
+// The readiness loop of an SDK thread: waits on descriptors with epoll, calls the registered
+// callback of each one that is readable, and lets due timers run. Created before its loop thread
+// starts and destroyed after it has ended, by the SDK client's creator. processEvents() belongs to
+// the loop thread; everything else may be called from any thread, callbacks included. One recursive
+// mutex guards the members marked below; it is released before a callback is called, with one
+// exception: a removal's CloseFunc runs with it held.
+//
+// Life of a descriptor:
+//   registered          has a handler, is approved, is in epoll;
+//   removal requested   has no handler and is not approved, so that an event already fetched for it
+//                       is refused; still in epoll and still open, an update is queued;
+//   removed             by the removal pass on the loop thread: out of epoll, closed if asked for.
+// So a descriptor is never closed while the loop may be dispatching it. The pass goes by descriptor
+// number: whoever registers a number again before the pass has run gets the new registration taken
+// out of epoll, and closed if the removal said so. Keep a descriptor open until its pass has run
+// (the kernel then gives its number to nobody else) and do not register it again before that.
+//
+// A removal requested on another thread does not wait for a callback that is running or about to
+// run: what `data` points to must outlive the loop pass in progress.
+//
+// Logs straight to the platform log, without a tag.
+class EventManager {
+ public:
+  // One per registered descriptor. `data` is the registrar's and goes to both callbacks.
+  struct HandlerObject {
+    EventCallback callback;
+    CloseCallback closeCallback;
+    void* data;
+  };
+
+  // Ends the process with exit(-1) when a descriptor cannot be had: the owner has no way to go on
+  // without its loop, so there is no failed state.
+  EventManager();
+
+  // Drops removals that no pass has worked off, without closing their descriptors, and leaves
+  // wakeFd() and removeFd() open.
+  ~EventManager();
+
+  EventManager(const EventManager&) = delete;
+  EventManager& operator=(const EventManager&) = delete;
+
+  // Watches `fd` for `events` (epoll flags). False only when `fd` has a handler already, which
+  // stays as it is. A descriptor that epoll refuses is logged, recorded and reported as added all
+  // the same: the record is what its later removal, and with it the close, relies on.
+  bool addEventHandler(int fd, EventCallback callback, void* data, CloseCallback closeCallback,
+                       int events);
+
+  // Requests the removal of `fd`; `closeFd` asks for its close as well, through `closeFunc` if
+  // given. Calls the handler's CloseCallback before it returns. No effect for an unknown
+  // descriptor. A later request for the same descriptor replaces one that is still pending.
+  void removeEventHandler(int fd, bool closeFd, CloseFunc closeFunc, void* closeData);
+
+  // Requests removal and close of `fd`, even if it has no handler. Despite the name the close is
+  // left to the loop thread; what happens at once is that `fd` is dispatched no more.
+  void immediatelyRemoveEventHandler(int fd);
+
+  // One pass of the loop: waits until a descriptor is ready, the next timer is due or wake() is
+  // called, runs due timers, dispatches, then works off removals. `timer` may be null. A wait that
+  // fails (a signal included) ends the pass at once and without timers; just call again.
+  void processEvents(OrbTimer* timer);
+
+  // Makes a waiting processEvents() return.
+  void wake();
+
+  // Number of approved descriptors, the manager's own two not counted.
+  int getNumRegisteredFds();
+
+  // The caller of these three holds the mutex.
+  void addApprovedFd(int fd);
+  void remApprovedFd(int fd);
+  bool isApprovedFd(int fd) const;
+
+  // For users that need several calls to be one step.
+  void lockRecursiveMutex();
+  void unlockRecursiveMutex();
+
+  // Reads `fd`, which must be non-blocking, until nothing is left.
+  static void clearRead(int fd, void* data);
+
+  // The removal pass; `fd` is removeFd(), `manager` the EventManager. The loop calls it with the
+  // mutex held, and so must anybody else who gives pending removals their pass: a removal that
+  // replaces another one during an unlocked pass would be forgotten.
+  static void processRemove(int fd, void* manager);
+
+  // The destructor deliberately leaves these two open. The owner takes them back: read them before
+  // the manager goes, close them once it is gone.
+  int wakeFd() const { return mWakeFd; }
+  int removeFd() const { return mRemoveFd; }
+
+  // The names of the flags in `events` other than EPOLLIN that the loop can tell, each followed by
+  // one blank.
+  static std::string eventNames(uint32_t events);
+
+ private:
+  using Lock = std::unique_lock<RecursiveMutex>;
+  using Updates = std::map<int, std::shared_ptr<EventManagerUpdate>>;
+
+  static constexpr int kMaxEvents = 4;
+
+  void dispatch(int index, int fd, uint32_t events);
+  void dispatchReadable(int fd, Lock lock);
+  void queueUpdate(int fd, bool closeFd, CloseFunc closeFunc, void* closeData);  // mutex held
+  HandlerObject takeHandler(int fd);  // mutex held, `fd` has a handler
+  void runUpdates(const Updates& updates) const;
+
+  mutable RecursiveMutex mMutex;
+
+  // Set by the constructor, constant from then on.
+  int mEpollFd = -1;
+  int mWakeFd = -1;
+  int mRemoveFd = -1;
+
+  // The loop thread's alone.
+  int mProcessingDepth = 0;  // 1 while a pass dispatches; for a debugger's eyes
+  std::array<epoll_event, kMaxEvents> mEvents{};  // result of the latest wait
+
+  // Guarded by mMutex.
+  std::map<int, HandlerObject> mHandlers;
+  Updates mUpdates;            // at most one per descriptor
+  std::set<int> mApprovedFds;  // what may be dispatched; holds the manager's own two
+};
+
+}  // namespace orb::utils

@@ -1,0 +1,344 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#include "EventManager.h"
+
+#include <android/log.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "OrbTimer.h"
+
+namespace orb::utils {
+
+namespace {
+
+constexpr int kWaitForever = -1;
+constexpr int kInternalFds = 2;  // the wake and the remove descriptor
+constexpr int kInternalEvents = EPOLLIN | EPOLLHUP;
+constexpr uint32_t kBrokenEvents = EPOLLERR | EPOLLHUP | EPOLLRDHUP;
+constexpr size_t kReadChunk = 256;
+
+struct EventName {
+  uint32_t flag;
+  const char* name;
+};
+
+constexpr EventName kEventNames[] = {
+    {EPOLLOUT, "EPOLLOUT "}, {EPOLLPRI, "EPOLLPRI "}, {EPOLLERR, "EPOLLERR "},
+    {EPOLLHUP, "EPOLLHUP "}, {EPOLLET, "EPOLLET "},
+};
+
+// The manager cannot work without its descriptors, nor can its owner without the manager.
+[[noreturn]] void failConstruction(const char* message) {
+  __android_log_print(ANDROID_LOG_ERROR, nullptr, "%s", message);
+  exit(-1);
+}
+
+// Adds one to an eventfd; returns what write() does.
+ssize_t addOne(int eventFd) {
+  const uint64_t one = 1;
+  return write(eventFd, &one, sizeof(one));
+}
+
+}  // namespace
+
+RecursiveMutex::RecursiveMutex() {
+  pthread_mutexattr_t attributes;
+  pthread_mutexattr_init(&attributes);
+  pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+  pthread_mutex_init(&mMutex, &attributes);
+  pthread_mutexattr_destroy(&attributes);
+}
+
+RecursiveMutex::~RecursiveMutex() { pthread_mutex_destroy(&mMutex); }
+
+void RecursiveMutex::lock() { pthread_mutex_lock(&mMutex); }
+
+void RecursiveMutex::unlock() { pthread_mutex_unlock(&mMutex); }
+
+EventManager::EventManager() {
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "EventManager: ctor");
+  mEpollFd = epoll_create1(EPOLL_CLOEXEC);
+  if (mEpollFd == -1) {
+    failConstruction("Cannot create epoll instance");
+  }
+  mWakeFd = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+  if (mWakeFd == -1) {
+    failConstruction("Cannot create eventfd instance");
+  }
+  addEventHandler(mWakeFd, clearRead, nullptr, nullptr, kInternalEvents);
+  mRemoveFd = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+  if (mRemoveFd == -1) {
+    failConstruction("Cannot create removeFd instance");
+  }
+  addEventHandler(mRemoveFd, processRemove, nullptr, nullptr, kInternalEvents);
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "EventManager is ready. epollFd:%d", mEpollFd);
+}
+
+EventManager::~EventManager() {
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "EventManager: dtor");
+  // Queues both for a pass that will not come: see wakeFd() for who closes them.
+  immediatelyRemoveEventHandler(mWakeFd);
+  immediatelyRemoveEventHandler(mRemoveFd);
+  close(mEpollFd);
+}
+
+bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
+                                   CloseCallback closeCallback, int events) {
+  const Lock lock(mMutex);
+  __android_log_print(
+      ANDROID_LOG_DEBUG, nullptr,
+      "addEventHandler(int %d, EventCallback %p, void* %p, CloseCallback %p, events %d) EX", fd,
+      reinterpret_cast<void*>(callback), data, reinterpret_cast<void*>(closeCallback), events);
+  if (mHandlers.count(fd) != 0) {
+    __android_log_print(ANDROID_LOG_WARN, nullptr, "fd=%d is already in handlers", fd);
+    return false;
+  }
+  epoll_event event{};
+  event.events = static_cast<uint32_t>(events);
+  event.data.fd = fd;
+  if (epoll_ctl(mEpollFd, EPOLL_CTL_ADD, fd, &event) == 0) {
+    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Added event handler %d", fd);
+  } else {
+    __android_log_print(ANDROID_LOG_ERROR, nullptr, "Cannot add event handler. err:%d", errno);
+  }
+  mHandlers[fd] = HandlerObject{callback, closeCallback, data};
+  addApprovedFd(fd);
+  return true;
+}
+
+void EventManager::removeEventHandler(int fd, bool closeFd, CloseFunc closeFunc, void* closeData) {
+  Lock lock(mMutex);
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "removeEventHandler(int fd: %d) EX", fd);
+  if (mHandlers.count(fd) == 0) {
+    return;
+  }
+  const HandlerObject handler = takeHandler(fd);
+  remApprovedFd(fd);
+  queueUpdate(fd, closeFd, closeFunc, closeData);
+  lock.unlock();
+  if (handler.closeCallback != nullptr) {
+    handler.closeCallback(fd, handler.data);
+  }
+}
+
+void EventManager::immediatelyRemoveEventHandler(int fd) {
+  Lock lock(mMutex);
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "immediatelyRemoveEventHandler(int fd: %d) EX",
+                      fd);
+  remApprovedFd(fd);
+  queueUpdate(fd, /*closeFd=*/true, nullptr, nullptr);
+  if (mHandlers.count(fd) == 0) {
+    return;
+  }
+  const HandlerObject handler = takeHandler(fd);
+  lock.unlock();
+  if (handler.closeCallback != nullptr) {
+    handler.closeCallback(fd, handler.data);
+  }
+}
+
+EventManager::HandlerObject EventManager::takeHandler(int fd) {
+  const HandlerObject handler = mHandlers.at(fd);
+  const size_t erased = mHandlers.erase(fd);
+  if (erased != 1) {
+    __android_log_print(ANDROID_LOG_ERROR, nullptr, "handlers.erase for fd %d returned %ld!", fd,
+                        static_cast<long>(erased));
+  }
+  return handler;
+}
+
+void EventManager::queueUpdate(int fd, bool closeFd, CloseFunc closeFunc, void* closeData) {
+  mUpdates[fd] =
+      std::make_shared<EventManagerUpdate>(EventManagerUpdate{fd, closeFd, closeFunc, closeData});
+  const ssize_t result = addOne(mRemoveFd);
+  if (result != static_cast<ssize_t>(sizeof(uint64_t))) {
+    __android_log_print(ANDROID_LOG_ERROR, nullptr,
+                        "Error in rem write. rv: %d, error: %s, for fd[%d]",
+                        static_cast<int>(result), strerror(errno), mRemoveFd);
+  }
+}
+
+void EventManager::processEvents(OrbTimer* timer) {
+  const int timeout = timer != nullptr ? timer->timeUntilNextEvent() : kWaitForever;
+  const int count = epoll_wait(mEpollFd, mEvents.data(), kMaxEvents, timeout);
+  if (count == -1) {
+    __android_log_print(ANDROID_LOG_ERROR, nullptr, "epoll_wait error");
+    return;
+  }
+  ++mProcessingDepth;
+  if (timer != nullptr) {
+    timer->processEvents();
+  }
+  bool removalDue = false;
+  for (int i = 0; i < count; ++i) {
+    __android_log_print(ANDROID_LOG_DEBUG, nullptr,
+                        "there are %d file descriptor(s) with events pending", count - i);
+    const epoll_event& event = mEvents[static_cast<size_t>(i)];
+    if (event.data.fd == mRemoveFd) {
+      removalDue = true;  // after the others: the pass may close what they are about
+    } else {
+      dispatch(i, event.data.fd, event.events);
+    }
+  }
+  if (removalDue) {
+    const Lock lock(mMutex);
+    processRemove(mRemoveFd, this);
+  }
+  --mProcessingDepth;
+}
+
+void EventManager::dispatch(int index, int fd, uint32_t events) {
+  Lock lock(mMutex);
+  if (!isApprovedFd(fd)) {
+    __android_log_print(ANDROID_LOG_ERROR, nullptr,
+                        "file descriptor %d is not on the approved list, cannot process event", fd);
+    return;
+  }
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "processing event number: %d, handling %d for %d",
+                      index, static_cast<int>(events), fd);
+  if ((events & kBrokenEvents) != 0) {
+    __android_log_print(ANDROID_LOG_ERROR, nullptr, "file descriptor '%d' sent HUP/ERR.", fd);
+  } else if ((events & EPOLLIN) == 0) {
+    __android_log_print(ANDROID_LOG_ERROR, nullptr,
+                        "Unhandled epoll event: %s [flags 0%o]. SHOULD NOT HAPPEN",
+                        eventNames(events).c_str(), events);
+  } else {
+    dispatchReadable(fd, std::move(lock));
+    return;
+  }
+  lock.unlock();
+  immediatelyRemoveEventHandler(fd);
+}
+
+// Takes over the hold on the mutex and gives it up before it calls anybody.
+void EventManager::dispatchReadable(int fd, Lock lock) {
+  const auto found = mHandlers.find(fd);
+  if (found == mHandlers.end()) {
+    __android_log_print(
+        ANDROID_LOG_ERROR, nullptr,
+        "file descriptor '%d' does not have an event handler registered. SHOULD NOT HAPPEN", fd);
+    lock.unlock();
+    immediatelyRemoveEventHandler(fd);
+    return;
+  }
+  const HandlerObject handler = found->second;
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr,
+                      "file descriptor '%d' is processing events [callback:%p, data:%p]", fd,
+                      reinterpret_cast<void*>(handler.callback), handler.data);
+  if (handler.callback == nullptr) {
+    __android_log_print(ANDROID_LOG_ERROR, nullptr,
+                        "no callback registered fd:%d. SHOULD NOT HAPPEN.", fd);
+    lock.unlock();
+    immediatelyRemoveEventHandler(fd);
+    return;
+  }
+  lock.unlock();
+  handler.callback(fd, handler.data);
+}
+
+std::string EventManager::eventNames(uint32_t events) {
+  std::string names;
+  for (const EventName& event : kEventNames) {
+    if ((events & event.flag) != 0) {
+      names += event.name;
+    }
+  }
+  return names;
+}
+
+void EventManager::processRemove(int fd, void* manager) {
+  EventManager& self = *static_cast<EventManager*>(manager);
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "processRemove enter");
+  for (;;) {
+    Lock lock(self.mMutex);
+    const Updates updates = self.mUpdates;
+    lock.unlock();
+    self.runUpdates(updates);
+    lock.lock();
+    for (const auto& update : updates) {
+      __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Clearing local update FD:%d", update.first);
+      self.mUpdates.erase(update.first);
+    }
+    if (self.mUpdates.empty()) {
+      clearRead(fd, nullptr);
+      lock.unlock();
+      __android_log_print(ANDROID_LOG_DEBUG, nullptr, "processRemove exit");
+      return;
+    }
+    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "updateEpollFd not finished, repeating: %p",
+                        manager);
+  }
+}
+
+void EventManager::runUpdates(const Updates& updates) const {
+  for (const auto& [fd, update] : updates) {
+    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "removing %d from epollFd", fd);
+    if (epoll_ctl(mEpollFd, EPOLL_CTL_DEL, fd, nullptr) == -1) {
+      __android_log_print(ANDROID_LOG_ERROR, nullptr, "Cannot remove event handler errno %d",
+                          errno);
+    }
+    if (!update->closeFd) {
+      continue;
+    }
+    if (update->closeFunc != nullptr) {
+      update->closeFunc(update->closeData);
+    } else {
+      close(fd);
+    }
+    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Closed %d", fd);
+  }
+}
+
+void EventManager::clearRead(int fd, void* /*data*/) {
+  char chunk[kReadChunk];
+  ssize_t result = 0;
+  do {
+    result = read(fd, chunk, sizeof(chunk));
+  } while (result >
+           0);  // 0 is the end of a stream: an eventfd never gives it, a pipe would for ever
+  if (result == -1 && errno != EAGAIN) {
+    __android_log_print(ANDROID_LOG_WARN, nullptr, "Error while clearing the read buffer on fd %d",
+                        fd);
+  }
+}
+
+void EventManager::wake() {
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "wake() EX");
+  const ssize_t result = addOne(mWakeFd);
+  if (result != static_cast<ssize_t>(sizeof(uint64_t))) {
+    __android_log_print(ANDROID_LOG_WARN, nullptr, "Error in writing rv: %ld, error: %s",
+                        static_cast<long>(result), strerror(errno));
+  }
+}
+
+int EventManager::getNumRegisteredFds() {
+  const Lock lock(mMutex);
+  const int count = static_cast<int>(mApprovedFds.size()) - kInternalFds;
+  if (count < 0) {
+    __android_log_print(ANDROID_LOG_ERROR, nullptr, "Invalid approvedFd size %d. Should not happen",
+                        count);
+  }
+  for (const int fd : mApprovedFds) {
+    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Approved FD: %d", fd);
+  }
+  return count;
+}
+
+void EventManager::addApprovedFd(int fd) { mApprovedFds.insert(fd); }
+
+void EventManager::remApprovedFd(int fd) { mApprovedFds.erase(fd); }
+
+bool EventManager::isApprovedFd(int fd) const { return mApprovedFds.count(fd) != 0; }
+
+void EventManager::lockRecursiveMutex() { mMutex.lock(); }
+
+void EventManager::unlockRecursiveMutex() { mMutex.unlock(); }
+
+}  // namespace orb::utils

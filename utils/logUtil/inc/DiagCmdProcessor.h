@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <vector>
+
+#include "NeverDestroyed.h"
+
+// The library's end of the diagnostic service: log records go out as packets, one command comes in.
+// One object per process, created by Log::init and never destroyed, because the service's thread
+// may still deliver a command while the process exits. The command runs on that thread; packets are
+// written on the thread that logs. mMutex guards the handler and is not held while it runs.
+class DiagCmdProcessor {
+ public:
+  // Gets the command's payload, fills the response and tells whether it could be decoded.
+  using Handler = std::function<bool(unsigned char* request, unsigned short length,
+                                     std::vector<unsigned char>& response)>;
+
+  static std::shared_ptr<DiagCmdProcessor> getInstance();
+
+  virtual ~DiagCmdProcessor() = default;
+
+  // Takes the handler, in place of any earlier one, and registers the command.
+  void initialize(Handler newHandler);
+
+  // The registered function of the command. There is never a response packet.
+  static void* diagCmdHandler(void* request, unsigned short length);
+
+  // Whether somebody wants log packets; until then no text need be made for writeToDiag.
+  static bool isListening();
+  // Sends one packet with the text, cut to 512 bytes; nothing when nobody listens or no packet is
+  // to be had.
+  static void writeToDiag(std::string_view entry);
+
+ private:
+  DiagCmdProcessor() = default;
+
+  static NeverDestroyed<std::shared_ptr<DiagCmdProcessor>> mSelf;
+
+  std::mutex mMutex;
+  Handler handler;
+};

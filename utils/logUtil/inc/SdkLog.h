@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <string>
+
+// Front end of the SDK layer: writes a line to the platform log and nowhere else. No state, no
+// lock; may be called from any thread, and errno is left as it was.
+//
+// Lines go out at debug priority whatever the level, under the platform's default tag, and the
+// finished line is itself the platform's format: a '%' that is still in it is interpreted there.
+// Text that comes from outside the process therefore has to pass through escapePercent() first.
+class SdkLog {
+ public:
+  static void print(int level, const char* tag, const char* file, const char* function, int line,
+                    const char* format, ...) __attribute__((format(printf, 6, 7)));
+};
+
+// Doubles every '%', so that the text comes out of SdkLog::print as it was.
+std::string escapePercent(const std::string& text);
+
+// The usual call: level debug, position of the caller. SDK_LOG_AT is for lines whose number log
+// consumers rely on; it takes the number instead of __LINE__.
+#define SDK_LOG_AT(tag, line, ...) SdkLog::print(3, tag, __FILE__, __func__, line, __VA_ARGS__)
+#define SDK_LOG(tag, ...) SDK_LOG_AT(tag, __LINE__, __VA_ARGS__)

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "DiagCmdProcessor.h"
+
+#include <android/log.h>
+#include <diag/diag.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+namespace {
+
+constexpr uint16_t kLogCode = 0x1E15;
+constexpr size_t kHeaderSize = 12;  // filled by log_alloc
+constexpr size_t kTextSize = 512;
+
+struct PacketBody {
+  uint8_t reserved[4];
+  char text[kTextSize];  // zero-padded, not terminated when full
+};
+static_assert(sizeof(PacketBody) == 516, "the body of a log packet");
+
+const diagpkt_user_table_entry_type kCommands[] = {
+    {0x0089, 0x0089, DiagCmdProcessor::diagCmdHandler},
+};
+const diagpkt_user_table_type kCommandTable = {0, 0x00FF, 0x0012, 1, 0, kCommands};
+
+}  // namespace
+
+NeverDestroyed<std::shared_ptr<DiagCmdProcessor>> DiagCmdProcessor::mSelf;
+
+std::shared_ptr<DiagCmdProcessor> DiagCmdProcessor::getInstance() {
+  static std::once_flag created;
+  std::call_once(created, [] { mSelf.get().reset(new DiagCmdProcessor); });
+  return mSelf.get();
+}
+
+void DiagCmdProcessor::initialize(Handler newHandler) {
+  {
+    std::lock_guard<std::mutex> lock(mMutex);
+    handler.swap(newHandler);
+  }
+  Diag_LSM_Init(nullptr);
+  diagpkt_tbl_reg(&kCommandTable);
+}
+
+void* DiagCmdProcessor::diagCmdHandler(void* request, unsigned short length) {
+  if (request == nullptr || length == 0) return nullptr;
+  const std::shared_ptr<DiagCmdProcessor> self = getInstance();
+  Handler current;
+  {
+    std::lock_guard<std::mutex> lock(self->mMutex);
+    current = self->handler;
+  }
+  std::vector<unsigned char> response;
+  // Without a handler this throws: registering the command before initialize() is a programming
+  // error.
+  const bool ok = current(static_cast<unsigned char*>(request), length, response);
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Orb-Diag: retVal: %d, size: %d", ok ? 1 : 0,
+                      static_cast<int>(response.size()));
+  return nullptr;
+}
+
+bool DiagCmdProcessor::isListening() { return log_status(kLogCode) != 0; }
+
+void DiagCmdProcessor::writeToDiag(std::string_view entry) {
+  if (!isListening()) return;
+  PacketBody body{};
+  std::memcpy(body.text, entry.data(), std::min(entry.size(), kTextSize));
+  void* const packet = log_alloc(kLogCode, kHeaderSize + sizeof body);
+  if (packet == nullptr) return;
+  std::memcpy(static_cast<uint8_t*>(packet) + kHeaderSize, &body, sizeof body);
+  log_commit(packet);
+}

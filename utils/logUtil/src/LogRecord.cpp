@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// Log records and their text.
+#include <android/log.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "Log.h"
+
+namespace {
+
+constexpr std::string_view kLevelLetters = "XXVDIWEF";
+constexpr size_t kDateSize = 50;
+
+char levelLetter(int level) {
+  const size_t index = static_cast<size_t>(level);
+  return index < kLevelLetters.size() ? kLevelLetters[index] : kLevelLetters[0];
+}
+
+// Date and time of a second in local time, kept for the records that follow within it: the
+// conversion costs more than the rest of the text. The time zone is looked at anew for every
+// second.
+struct Calendar {
+  bool valid = false;
+  time_t second = 0;
+  char text[kDateSize] = "";
+};
+
+const char* calendarText(time_t second) {
+  static thread_local Calendar calendar;
+  if (calendar.valid && calendar.second == second) return calendar.text;
+  calendar.valid = false;
+  tm local{};
+  tzset();  // localtime_r alone need not notice a change
+  if (localtime_r(&second, &local) == nullptr) return nullptr;
+  if (std::strftime(calendar.text, sizeof calendar.text, "%F %X", &local) == 0)
+    calendar.text[0] = '\0';
+  calendar.second = second;
+  calendar.valid = true;
+  return calendar.text;
+}
+
+}  // namespace
+
+void Log::LogRecord::init(int recordLevel, const std::string& text) {
+  stamp(recordLevel);
+  message = text;
+}
+
+void Log::LogRecord::stamp(int recordLevel) {
+  level = recordLevel;
+  tid = gettid();
+  pid = getpid();
+  gettimeofday(&time, nullptr);
+}
+
+std::string Log::LogRecord::getDiagEntry() const {
+  char entry[LogLine::kBufferSize];
+  return std::string(entry, formatEntry(message, entry));
+}
+
+size_t Log::LogRecord::formatEntry(std::string_view text,
+                                   char (&entry)[LogLine::kBufferSize]) const {
+  const char* const date = calendarText(time.tv_sec);
+  if (date == nullptr) {
+    // Straight to the platform: the caller may be inside a log call already.
+    const LogLine line("ORB", kSource, "getDiagEntry", __LINE__, "Unable to obtain valid time");
+    __android_log_print(ANDROID_LOG_ERROR, getInstance()->logTag.load(), "%s", line.text());
+    return 0;
+  }
+  const int head = std::snprintf(
+      entry, sizeof entry, "%s.%03d %5d %5lu %c %s : ", date, static_cast<int>(time.tv_usec / 1000),
+      pid, static_cast<unsigned long>(tid), levelLetter(level), dmap ? "DMAP" : "ORB");
+  const size_t start = static_cast<size_t>(std::max(head, 0));
+  const size_t size = std::min(text.size(), sizeof entry - 1 - start);
+  std::memcpy(entry + start, text.data(), size);
+  entry[start + size] = '\0';
+  return start + size;
+}

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <memory>
+
+#include "ProcessHandler.h"
+#include "UniqueFd.h"
+
+// How a receiver thread reaches its handler: shared handlers through a weak reference, so that the
+// thread keeps none alive while it waits for data; others on the owner's promise to outlive the thread.
+class HandlerRef {
+ public:
+  explicit HandlerRef(const std::shared_ptr<ProcessHandler>& handler)
+      : mWeak(handler), mSemaphore(handler->threadSemaphore()) {}
+  explicit HandlerRef(ProcessHandler& handler)
+      : mBare(&handler), mSemaphore(handler.threadSemaphore()) {}
+
+  // Empty when the handler is gone.
+  std::shared_ptr<ProcessHandler> lock() const {
+    return mBare ? std::shared_ptr<ProcessHandler>(std::shared_ptr<void>(), mBare) : mWeak.lock();
+  }
+  const std::shared_ptr<Semaphore>& semaphore() const { return mSemaphore; }
+
+ private:
+  std::weak_ptr<ProcessHandler> mWeak;
+  ProcessHandler* mBare = nullptr;
+  std::shared_ptr<Semaphore> mSemaphore;
+};
+
+// Body of a receiver thread: reads frames and hands them on until the socket fails, then forgets the
+// registration, tells the handler, closes the socket and signals the handler's semaphore.
+void receiveFrames(SharedSocket socket, HandlerRef handler);
