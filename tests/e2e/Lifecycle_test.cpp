@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// Enabling and disabling with a daemon that is there: what is promised about the end of a service.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "Application.h"
+#include "RecordingPlatform.h"
+#include "orbsim/Daemon.h"
+
+using namespace application;
+
+namespace {
+
+class Lifecycle : public testing::Test {
+ protected:
+  Lifecycle() : mDaemon(options()) {}
+  static orbsim::Options options() {
+    orbsim::Options options;
+    options.reportInterval = std::chrono::milliseconds(1);
+    options.record = true;
+    return options;
+  }
+  void SetUp() override { ASSERT_TRUE(mDaemon.start()) << mDaemon.error(); }
+  void TearDown() override {
+    orb_lce_disable();
+    mDaemon.stop();
+    state().clear();
+    recording::clear();
+  }
+  void enable() {
+    ASSERT_EQ(1, orb_lce_enable(onStatus));
+    ASSERT_TRUE(state().waitFor(Event::Status, STATUS_SUCCESS));
+  }
+  void startReports() {
+    ASSERT_EQ(0, lceRegEstimationReports(onReport));
+    ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
+    ASSERT_TRUE(state().waitForAny(Event::Report, 3));
+  }
+  bool farewellArrived(size_t sessions) {
+    return mDaemon.waitForFrame([&](const orbsim::Frame& frame) {
+      const orbsim::Blob farewell{7, 0, 0, 0, 0x1A, 0x02, 0x0A, 0x00};
+      return frame.payload == farewell && frame.header.sessionId == sessions;
+    });
+  }
+  orbsim::Daemon mDaemon;
+};
+
+TEST_F(Lifecycle, DisableReachesTheDaemonBeforeTheSocketIsClosed) {
+  enable();
+  EXPECT_EQ(1, orb_lce_disable());
+  EXPECT_TRUE(farewellArrived(1));
+  EXPECT_TRUE(mDaemon.waitForSessionsClosed(1));
+  EXPECT_TRUE(recording::has("dtor"));
+  EXPECT_TRUE(recording::hasEndingWith("~Lce called"));
+}
+
+TEST_F(Lifecycle, RequestsBeforeTheConnectionStandsArriveInOrderBeforeTheFarewell) {
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  LceReportingCriteria criteria = {};
+  std::vector<int64_t> ids;
+  for (int i = 0; i < 10; ++i) {
+    ids.push_back(lceSetReportingCriteria(&criteria, onCriteria));
+    ASSERT_GT(ids.back(), 0);
+  }
+  EXPECT_EQ(1, orb_lce_disable());
+  ASSERT_TRUE(farewellArrived(1));
+  EXPECT_EQ(12u, mDaemon.frames().size());
+}
+
+TEST_F(Lifecycle, NoCallbackRunsAfterDisableHasReturned) {
+  for (int round = 0; round < 20; ++round) {
+    state().clear();
+    enable();
+    startReports();
+    ASSERT_EQ(1, orb_lce_disable());
+    const size_t before = state().total();
+    ASSERT_TRUE(mDaemon.waitForSessionsClosed(static_cast<size_t>(round) + 1));
+    EXPECT_EQ(before, state().total());
+  }
+}
+
+TEST_F(Lifecycle, DisableInsideAReportCallbackReturnsAndANewEnableWorks) {
+  enable();
+  std::atomic<int> result{-1};
+  state().inNext(Event::Report, [&] {
+    result = orb_lce_disable();
+    state().done();
+  });
+  ASSERT_EQ(0, lceRegEstimationReports(onReport));
+  ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
+  ASSERT_TRUE(state().waitDone());
+  EXPECT_EQ(1, result);
+  ASSERT_TRUE(mDaemon.waitForSessionsClosed(1));
+  EXPECT_TRUE(farewellArrived(1));
+  state().clear();
+  enable();
+  startReports();
+}
+
+TEST_F(Lifecycle, DisableAndEnableInsideAReportCallbackWork) {
+  enable();
+  state().inNext(Event::Report, [] {
+    EXPECT_EQ(1, orb_lce_disable());
+    state().clear();
+    EXPECT_EQ(1, orb_lce_enable(onStatus));
+    state().done();
+  });
+  ASSERT_EQ(0, lceRegEstimationReports(onReport));
+  ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
+  ASSERT_TRUE(state().waitDone());
+  ASSERT_TRUE(state().waitFor(Event::Status, STATUS_SUCCESS));
+  ASSERT_TRUE(mDaemon.waitForSessionsClosed(1));
+  state().clear();
+  startReports();
+}
+
+TEST_F(Lifecycle, DisableInsideAServiceDownCallbackReturnsAndANewEnableWorks) {
+  enable();
+  std::atomic<int> result{-1};
+  state().inNext(Event::Status, [&] {
+    result = orb_lce_disable();
+    state().done();
+  });
+  mDaemon.closeAll();
+  ASSERT_TRUE(state().waitDone());
+  EXPECT_EQ(1, result);
+  state().clear();
+  enable();
+}
+
+TEST_F(Lifecycle, DisableInsideTheCallbackOfAFailedConnectionReturnsAndANewEnableWorks) {
+  std::atomic<int> refused{0};
+  mDaemon.setHandshake([&](int, uint32_t) {
+    ++refused;
+    return false;
+  });
+  std::atomic<int> result{-1};
+  state().inNext(Event::Status, [&] {
+    result = orb_lce_disable();
+    state().done();
+  });
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_TRUE(state().waitDone());
+  EXPECT_EQ(1, result);
+  EXPECT_EQ(1, refused);
+  mDaemon.setHandshake({});
+  state().clear();
+  enable();
+}
+
+TEST_F(Lifecycle, EnableAndDisable200TimesGivesEverythingBack) {
+  enable();
+  ASSERT_EQ(1, orb_lce_disable());
+  ASSERT_TRUE(mDaemon.waitForSessionsClosed(1));
+  size_t fds = 0;
+  size_t tasks = 0;
+  for (size_t round = 2; round <= 201; ++round) {
+    state().clear();
+    enable();
+    ASSERT_EQ(1, orb_lce_disable());
+    ASSERT_TRUE(mDaemon.waitForSessionsClosed(round));
+    if (round == 2) {
+      fds = descriptors();
+      tasks = threads();
+    }
+  }
+  EXPECT_TRUE(comesTo([&] { return descriptors() <= fds; })) << fds << " -> " << descriptors();
+  EXPECT_TRUE(comesTo([&] { return threads() <= tasks; })) << tasks << " -> " << threads();
+}
+
+TEST_F(Lifecycle, EightThreadsMayEnableDisableAndAskAtWill) {
+  std::vector<std::thread> applications;
+  for (unsigned seed = 0; seed < 8; ++seed) {
+    applications.emplace_back([seed] {
+      LceReportingCriteria criteria = {};
+      unsigned dice = seed * 2654435761u + 1;
+      for (int i = 0; i < 200; ++i) {
+        dice = dice * 1664525u + 1013904223u;
+        switch ((dice >> 16) % 6) {
+          case 0:
+            orb_lce_enable(onStatus);
+            break;
+          case 1:
+            createLceClient(onStatusV2);
+            break;
+          case 2:
+            orb_lce_disable();
+            break;
+          case 3:
+            lceSetReportingCriteria(&criteria, onCriteria);
+            break;
+          case 4:
+            lceGetLastEstimationReport(onReport);
+            break;
+          default:
+            destroySdfClient();
+            break;
+        }
+      }
+    });
+  }
+  for (std::thread& thread : applications) thread.join();
+  orb_lce_disable();
+  state().clear();
+  enable();
+}
+
+TEST_F(Lifecycle, ARestartedDaemonIsFoundAgainByTheNextRequest) {
+  enable();
+  mDaemon.stop();
+  ASSERT_TRUE(state().waitFor(Event::Status, STATUS_SERVICE_DOWN));
+  ASSERT_TRUE(mDaemon.start());
+  ASSERT_EQ(0, lceGetLastEstimationReport(onReport));
+  EXPECT_TRUE(state().waitForAny(Event::Report, 1));
+}
+
+}  // namespace
