@@ -30,6 +30,8 @@ target_link_libraries(OrbSdlSdk PRIVATE $<BUILD_INTERFACE:orb_proto_headers> Thr
 target_link_options(OrbSdlSdk PRIVATE -Wl,--version-script=${ORB_EXPORTS} -Wl,-z,nodelete)
 # The platform's libraries satisfy the log, property and diagnostic calls; which ones is the build's choice.
 if(ORB_PLATFORM STREQUAL "host")
+  # The stand-ins are installed beside the library and found there.
+  set_target_properties(OrbSdlSdk PROPERTIES INSTALL_RPATH "$ORIGIN")
   target_link_libraries(OrbSdlSdk PRIVATE $<BUILD_INTERFACE:log> $<BUILD_INTERFACE:cutils>
     $<BUILD_INTERFACE:diag>)
 else()

@@ -193,9 +193,8 @@ typedef void (*LceEstimationReportCb)(LceEstimationReportStatus status, LceEstim
  *
  * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LCE has
  *            been disabled.
- * @return 1 queued | 0 @p cb is NULL, or the library could not be set up (then @p cb was called
- * with STATUS_INTERNAL_ERROR). A worker thread that could not be started is told to @p cb in the
- *         same way, with the result 1.
+ * @return 1 queued | 0 @p cb is NULL, or the library could not be set up, for want of memory or of
+ *         a worker thread; then @p cb was called with STATUS_INTERNAL_ERROR.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread or on the worker thread, as LceStatusIndCb says; its failure reports
@@ -225,9 +224,9 @@ ORB_API int orb_lce_disable(void);
  *
  * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LCE has
  *            been disabled.
- * @return 0 queued | -1 @p cb is NULL, or the library could not be set up (then @p cb was called
- * with STATUS_V2_INTERNAL_ERROR). A worker thread that could not be started is not told to @p cb:
- *         the result is 0, and requests are refused with -5.
+ * @return 0 queued | -1 @p cb is NULL, or the library could not be set up. For want of memory
+ *         @p cb was called with STATUS_V2_INTERNAL_ERROR; a worker thread that could not be
+ *         started shows in the result alone.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread or on the worker thread, as LceStatusIndCb says; the failure report
