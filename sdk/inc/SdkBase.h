@@ -4,6 +4,7 @@
 
 #include <orb/status.h>
 
+#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -62,9 +63,14 @@ class SdkBase {
 
  private:
   void reportNoClient();
+  std::unique_lock<std::mutex> lockSettled();
 
   std::shared_ptr<SdkClient> mClient;
-  bool mCreating = false;  // one thread is in SdkClient::getInstance(), others leave their events
+  // One thread is in SdkClient::getInstance(): others that enable leave their events, others that need
+  // the client wait, for the first answer may come before the handle is stored. The wait ends with the
+  // start of a thread and no callback is called meanwhile.
+  bool mCreating = false;
+  std::condition_variable mCreated;
   bool mLeft = false;
   std::vector<std::shared_ptr<SdkClientEvent>> mWaiting;
 };

@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -10,12 +11,17 @@
 // client, so that it outlives both; others only wait for its two moments. mMutex guards the state.
 class WorkerLife {
  public:
-  void begin() { set(State::Running); }
+  void begin() {
+    mBegun = true;
+    set(State::Running);
+  }
   void end() { set(State::Ended); }
   void awaitBegin() {
     std::unique_lock<std::mutex> lock(mMutex);
     mChanged.wait(lock, [this] { return mState != State::NotStarted; });
   }
+  // Whether the worker came as far as begin().
+  bool begun() const { return mBegun; }
   bool awaitEnd(std::chrono::milliseconds timeout) {
     std::unique_lock<std::mutex> lock(mMutex);
     return mChanged.wait_for(lock, timeout, [this] { return mState == State::Ended; });
@@ -32,4 +38,5 @@ class WorkerLife {
   std::mutex mMutex;
   std::condition_variable mChanged;
   State mState = State::NotStarted;
+  std::atomic<bool> mBegun{false};
 };

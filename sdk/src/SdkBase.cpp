@@ -35,6 +35,7 @@ SdkBase::Created SdkBase::createSdkInstance(OrbSdkClientType type, SdkClientBase
     }
     mWaiting.clear();
   }
+  mCreated.notify_all();
   if (!created) reportNoClient();
   return created ? Created::Yes : Created::No;
 }
@@ -58,13 +59,20 @@ void SdkBase::reportNoClient() {
 
 bool SdkBase::hasClient() { return client() != nullptr; }
 
+// The lock, once no creation is under way.
+std::unique_lock<std::mutex> SdkBase::lockSettled() {
+  std::unique_lock<std::mutex> lock(mLock);
+  mCreated.wait(lock, [this] { return !mCreating; });
+  return lock;
+}
+
 std::shared_ptr<SdkClient> SdkBase::client() {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const auto lock = lockSettled();
   return mClient;
 }
 
 bool SdkBase::post(std::shared_ptr<SdkClientEvent> event) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const auto lock = lockSettled();
   if (mClient) mClient->postEvent(std::move(event));
   return mClient != nullptr;
 }
@@ -95,6 +103,6 @@ void SdkBase::finishLeaving(const std::shared_ptr<SdkBase>& object,
   if (startThread(closer, "orb-closer", finish)) {
     closer.detach();
   } else {
-    SdkClient::abandonDeparture(*departure);
+    SdkClient::leaveDepartureToWorker(*departure);
   }
 }

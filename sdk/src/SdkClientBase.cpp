@@ -3,6 +3,7 @@
 #include "SdkClientBase.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "SdkLog.h"
@@ -11,7 +12,9 @@
 namespace {
 
 constexpr char kTag[] = "OrbSdk";
-const std::vector<uint8_t> kNoBlob;
+
+// Made for each call: threads may still report while the statics of the process are destroyed.
+std::vector<uint8_t> noBlob() { return {}; }
 
 size_t index(OrbSdkClientType type) {
   return std::min(static_cast<size_t>(type), kOrbSdkClientTypes - 1);
@@ -31,7 +34,11 @@ bool SdkClientBase::start(OrbSdkClientType type, std::shared_ptr<SdkClientEvent>
   auto self = weak_from_this().lock();
   std::thread worker;
   const auto body = [this, self, life = mLife, type, event]() mutable {
-    sdkThread(type, std::move(event));
+    try {
+      sdkThread(type, std::move(event));
+    } catch (const std::exception& error) {
+      SDK_LOG(kTag, "sdkThread: %s", escapePercent(error.what()).c_str());
+    }
     // Whoever waits for the end finds the worker's share of the client given back.
     self.reset();
     life->end();
@@ -39,7 +46,7 @@ bool SdkClientBase::start(OrbSdkClientType type, std::shared_ptr<SdkClientEvent>
   if (!startThread(worker, "orb-sdk", body)) return false;
   worker.detach();
   mLife->awaitBegin();
-  return true;
+  return mLife->begun();
 }
 
 void SdkClientBase::sdkThread(OrbSdkClientType, std::shared_ptr<SdkClientEvent> event) {
@@ -49,8 +56,13 @@ void SdkClientBase::sdkThread(OrbSdkClientType, std::shared_ptr<SdkClientEvent> 
   mLife->begin();
   while (mRunning) {
     SDK_LOG(kTag, "sdkThread loop");
-    mTimer->processEvents();
-    mEventManager->processEvents(mTimer);
+    try {
+      mTimer->processEvents();
+      mEventManager->processEvents(mTimer);
+    } catch (const std::exception& error) {
+      // One event is lost, not the worker with everything that is queued behind it.
+      SDK_LOG(kTag, "sdkThread: %s", escapePercent(error.what()).c_str());
+    }
   }
   SDK_LOG(kTag, "sdkThread loop END");
 }
@@ -73,8 +85,9 @@ void SdkClientBase::handleEvent(std::shared_ptr<SdkClientEvent> event) {
     SDK_LOG(kTag, "Reconnect client");
     connectOrbSdkClient(type);
   }
-  if (isConnected(type) && !sendBlobToService(type, event->blob) && !isLeaving(type)) {
-    if (const Listener listener = listenerOf(type)) listener(SendFailed, kNoBlob);
+  const bool silent = event->cleanup && event->blob.empty();  // retired without a farewell
+  if (!silent && isConnected(type) && !sendBlobToService(type, event->blob) && !isLeaving(type)) {
+    if (const Listener listener = listenerOf(type)) listener(SendFailed, noBlob());
   }
   if (event->cleanup) {
     SDK_LOG(kTag, "cleanup");
@@ -134,8 +147,9 @@ void SdkClientBase::deliverBlob(OrbSdkClientType type, bool known, const Listene
         "OrbSdkClientType %d is not registered with this client. Should never occur!", typeNumber);
     return;
   }
-  if (!listener) SDK_LOG(kTag, "second null");
-  SDK_LOG(kTag, "Send response RESPONSE %d", typeNumber);
+  constexpr char kFunction[] = "notifyReceivedBlob";
+  if (!listener) SDK_LOG_AS(kTag, __FILE__, kFunction, "second null");
+  SDK_LOG_AS(kTag, __FILE__, kFunction, "Send response RESPONSE %d", typeNumber);
   listener(BlobReceived, blob);
 }
 
@@ -146,7 +160,7 @@ void SdkClientBase::notifyServiceUp(OrbSdkClientType type) {
     const auto found = mListeners.find(type);
     if (found != mListeners.end()) listener = found->second;
   }
-  if (listener) listener(ServiceUp, kNoBlob);
+  if (listener) listener(ServiceUp, noBlob());
 }
 
 void SdkClientBase::notifyServiceDown() {
@@ -160,6 +174,6 @@ void SdkClientBase::notifyServiceDown() {
 
 void SdkClientBase::callAll(const Listeners& listeners, SdkStatus status) {
   for (const auto& [type, listener] : listeners) {
-    if (listener) listener(status, kNoBlob);
+    if (listener) listener(status, noBlob());
   }
 }

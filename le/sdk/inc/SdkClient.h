@@ -51,8 +51,9 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   // not get there in time (daemon absent, silent or not reading) is freed by closing the connection.
   // Bounded: returns well within half a second.
   static void finishDeparture(SdkDeparture& departure);
-  // Instead of the second half when nobody can wait: whatever is not connected yet never will be.
-  static void abandonDeparture(SdkDeparture& departure);
+  // Instead of the second half when nobody can wait: the worker retires the type when it gets there,
+  // and whatever is not connected yet never will be.
+  static void leaveDepartureToWorker(SdkDeparture& departure);
 
   void connectOrbSdkClient(OrbSdkClientType type) override;
   bool isConnected(OrbSdkClientType type) override;
@@ -70,7 +71,11 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   static std::shared_ptr<SdkClient> joinInstance(const std::shared_ptr<SdkClient>& instance,
                                                  OrbSdkClientType type, Listener listener,
                                                  std::shared_ptr<SdkClientEvent> event);
+  static std::shared_ptr<SdkClient> startInstance(OrbSdkClientType type, Listener listener,
+                                                  std::shared_ptr<SdkClientEvent> event);
+  static void abandonDeparture(SdkDeparture& departure);
   void addListener(OrbSdkClientType type);
+  Session sessionLeavingWith(const SdkDeparture& departure);
   Session createOrbSdkClient(ProcessId id);
   Session sessionOf(OrbSdkClientType type);
   Session sessionToConnect(OrbSdkClientType type);

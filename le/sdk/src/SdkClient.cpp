@@ -61,8 +61,8 @@ void SdkClient::connectOrbSdkClient(OrbSdkClientType type) {
   SDK_LOG(kSdkClientTag, "IsConnected: %d", session && session->isConnected() ? 1 : 0);
 }
 
-// On the worker for the result of a connect, on the receiver for the loss of the connection. A muted
-// session, one that is closed on purpose, has nothing to report.
+// On the worker for the result of a connect, on the receiver for the loss of the connection. A
+// muted session, one that is closed on purpose, has nothing to report.
 void SdkClient::handleConnectionStatus(bool connected, OrbSdkClientType type,
                                        const OrbIpcClientSession* session) {
   SDK_LOG(kSdkClientTag, "handleConnectionStatus: %d type: %d", connected ? 1 : 0,
@@ -96,7 +96,8 @@ SdkClient::Session SdkClient::createOrbSdkClient(ProcessId id) {
   entry.handler = [self, weak = std::weak_ptr(session)](const std::shared_ptr<OrbIpcMessage>& msg) {
     const auto client = std::static_pointer_cast<SdkClient>(self.lock());
     if (!client) return;
-    client->handleSendBlobMessage(std::static_pointer_cast<SendBlobMessage>(msg), weak.lock().get());
+    client->handleSendBlobMessage(std::static_pointer_cast<SendBlobMessage>(msg),
+                                  weak.lock().get());
   };
   session->registerForMessages({{SendBlobMessage::ID, entry}});
   return session;

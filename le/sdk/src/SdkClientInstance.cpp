@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <condition_variable>
+#include <new>
 #include <utility>
 
 #include "Log.h"
@@ -15,8 +16,14 @@
 
 namespace {
 
-// How long a leaving type may go on connecting and sending, then how long its retirement may take once
-// its connection is closed, then the end of its threads. Together well below half a second.
+// Lines bear the names of the client's unit and of the two operations that are spread over
+// functions.
+constexpr char kUnit[] = "le/sdk/src/SdkClient.cpp";
+constexpr char kGetInstance[] = "getInstance";
+constexpr char kDestroyInstance[] = "destroyInstance";
+
+// How long a leaving type may go on connecting and sending, then how long its retirement may take
+// once its connection is closed, then the end of its threads. Together well below half a second.
 constexpr std::chrono::milliseconds kPatience(200);
 constexpr std::chrono::milliseconds kAfterClose(100);
 constexpr std::chrono::milliseconds kThreadEnd(50);
@@ -96,22 +103,33 @@ std::shared_ptr<SdkClient> SdkClient::getInstance(OrbSdkClientType type, Listene
   return joinInstance(instance, type, std::move(listener), std::move(event));
 }
 
-std::shared_ptr<SdkClient> SdkClient::createInstance(OrbSdkClientType type, Listener listener,
-                                                     std::shared_ptr<SdkClientEvent> event) {
+std::shared_ptr<SdkClient> SdkClient::startInstance(OrbSdkClientType type, Listener listener,
+                                                    std::shared_ptr<SdkClientEvent> event) {
   initLogOnce();
   auto instance = std::make_shared<SdkClient>(std::make_unique<OrbTimer>(nullptr),
                                               std::make_unique<orb::utils::EventManager>());
   instance->activateType(type);
   instance->setClientListener(type, std::move(listener));
   const bool started = instance->hasEventFd() && instance->start(type, std::move(event));
+  return started ? instance : nullptr;
+}
+
+std::shared_ptr<SdkClient> SdkClient::createInstance(OrbSdkClientType type, Listener listener,
+                                                     std::shared_ptr<SdkClientEvent> event) {
+  std::shared_ptr<SdkClient> instance;
+  try {
+    instance = startInstance(type, std::move(listener), std::move(event));
+  } catch (const std::bad_alloc&) {
+    // No memory is no client; others must not wait for this attempt for ever.
+  }
   {
     const std::lock_guard<std::mutex> lock(state().lock);
     state().creating = false;
-    if (started) state().mInstance = instance;
+    state().mInstance = instance;
   }
   state().created.notify_all();
-  if (!started) return nullptr;
-  SDK_LOG(kSdkClientTag, "SdkClient new Instance created");
+  if (!instance) return nullptr;
+  SDK_LOG_AS(kSdkClientTag, kUnit, kGetInstance, "SdkClient new Instance created");
   instance->addListener(type);
   return instance;
 }
@@ -120,10 +138,11 @@ std::shared_ptr<SdkClient> SdkClient::joinInstance(const std::shared_ptr<SdkClie
                                                    OrbSdkClientType type, Listener listener,
                                                    std::shared_ptr<SdkClientEvent> event) {
   if (!instance->mRunning || !event) {
-    SDK_LOG(kSdkClientTag, "Instance and atomic bool miss match.");
+    SDK_LOG_AS(kSdkClientTag, kUnit, kGetInstance, "Instance and atomic bool miss match.");
     return nullptr;
   }
-  SDK_LOG(kSdkClientTag, "Instance is available and already running, post event.");
+  SDK_LOG_AS(kSdkClientTag, kUnit, kGetInstance,
+             "Instance is available and already running, post event.");
   instance->setClientListener(type, std::move(listener));
   instance->postEvent(std::move(event));
   instance->notifyServiceUp(type);
@@ -132,7 +151,8 @@ std::shared_ptr<SdkClient> SdkClient::joinInstance(const std::shared_ptr<SdkClie
 }
 
 void SdkClient::addListener(OrbSdkClientType type) {
-  SDK_LOG(kSdkClientTag, "Add listener for type %d", static_cast<int>(type));
+  SDK_LOG_AS(kSdkClientTag, kUnit, kGetInstance, "Add listener for type %d",
+             static_cast<int>(type));
 }
 
 void SdkClient::destroyInstance(OrbSdkClientType type) {
@@ -142,7 +162,7 @@ void SdkClient::destroyInstance(OrbSdkClientType type) {
     instance = state().mInstance;
   }
   if (!instance) {
-    SDK_LOG(kSdkClientTag, "instance already destroyed");
+    SDK_LOG_AS(kSdkClientTag, kUnit, kDestroyInstance, "instance already destroyed");
     return;
   }
   if (!instance->isTypeActive(type)) return;
@@ -153,8 +173,8 @@ void SdkClient::destroyInstance(OrbSdkClientType type) {
 }
 
 std::shared_ptr<SdkDeparture> SdkClient::beginDeparture(OrbSdkClientType type) {
-  auto departure = std::make_shared<SdkDeparture>(
-      type, std::static_pointer_cast<SdkClient>(shared_from_this()));
+  auto departure =
+      std::make_shared<SdkDeparture>(type, std::static_pointer_cast<SdkClient>(shared_from_this()));
   const std::lock_guard<std::mutex> lock(mLock);
   mDepartures[type].push_back(departure);
   const auto found = mOrbIpcSession.find(endpointOf(type));
@@ -175,9 +195,27 @@ void SdkClient::finishDeparture(SdkDeparture& departure) {
   if (departure.wasLast()) departure.mClient->mLife->awaitEnd(kThreadEnd);
 }
 
+void SdkClient::leaveDepartureToWorker(SdkDeparture& departure) {
+  departure.startPatience(kPatience);
+  const Session session = departure.mClient->sessionLeavingWith(departure);
+  if (session && !session->isConnected()) session->beginClose();
+}
+
 void SdkClient::abandonDeparture(SdkDeparture& departure) {
   departure.startPatience(std::chrono::milliseconds(0));
-  if (const Session session = departure.mClient->sessionOf(departure.mType)) session->beginClose();
+  if (const Session session = departure.mClient->sessionLeavingWith(departure)) {
+    session->beginClose();
+  }
+}
+
+// The connection of the type as long as it is @p departure's: once the worker has retired that one,
+// the type's connection is its successor's.
+SdkClient::Session SdkClient::sessionLeavingWith(const SdkDeparture& departure) {
+  const std::lock_guard<std::mutex> lock(mLock);
+  const auto& departures = mDepartures[departure.mType];
+  if (departures.empty() || departures.front().get() != &departure) return nullptr;
+  const auto found = mOrbIpcSession.find(endpointOf(departure.mType));
+  return found == mOrbIpcSession.end() ? nullptr : found->second;
 }
 
 bool SdkClient::isLeaving(OrbSdkClientType type) {
@@ -186,8 +224,8 @@ bool SdkClient::isLeaving(OrbSdkClientType type) {
   return found != mDepartures.end() && !found->second.empty();
 }
 
-// On the worker, after the farewell of @p type. Ends the connection and, with the last type, makes room
-// for a new instance before anybody can join this one.
+// On the worker, after the farewell of @p type. Ends the connection and, with the last type, makes
+// room for a new instance before anybody can join this one.
 bool SdkClient::retireType(OrbSdkClientType type) {
   Session session;
   std::shared_ptr<SdkDeparture> departure;
@@ -210,7 +248,7 @@ bool SdkClient::retireType(OrbSdkClientType type) {
     }
   }
   if (session) session->beginClose();
-  if (last) SDK_LOG(kSdkClientTag, "cleaning mInstance");
+  if (last) SDK_LOG_AS(kSdkClientTag, kUnit, kDestroyInstance, "cleaning mInstance");
   if (departure) departure->complete(std::move(session), last);
   return last;
 }

@@ -21,6 +21,23 @@ std::vector<uint8_t> enableMessage(bool enable) {
   return Service::serialise(message);
 }
 
+LceProto::ServiceMsg criteriaMessage(const LceReportingCriteria& criteria, uint32_t id) {
+  LceProto::ServiceMsg message;
+  message.set_event_id(LceProto::SET_REPORTING_CRITERIA);
+  message.set_transaction_id(id);
+  auto* request = message.mutable_data()->mutable_set_reporting_criteria();
+  request->set_criteria_value_1(criteria.criteriaValue1);
+  request->set_second_list_count(criteria.secondListCount);
+  request->mutable_second_list()->Add(criteria.secondList,
+                                      criteria.secondList + criteria.secondListCount);
+  request->set_first_list_count(criteria.firstListCount);
+  request->mutable_first_list()->Add(criteria.firstList,
+                                     criteria.firstList + criteria.firstListCount);
+  request->set_access_network(ClientLceUtils::clientAccessLevelToProto(criteria.accessNetworkType));
+  request->set_criteria_value_2(criteria.criteriaValue2);
+  return message;
+}
+
 // Texts of the listener. The indication's branch names the other report where it has no data.
 constexpr const char* kListener = "blobListener";
 constexpr LogPoint kStatusInd{kListener, __LINE__, "STATUS_IND"};
@@ -116,20 +133,12 @@ int64_t Lce::setReportingCriteria(const LceReportingCriteria& criteria, LceRepor
     id = getNextUniqueId();
     mPendingCriteriaCbs.emplace(id, cb);
   }
-  LceProto::ServiceMsg message;
-  message.set_event_id(LceProto::SET_REPORTING_CRITERIA);
-  message.set_transaction_id(id);
-  auto* request = message.mutable_data()->mutable_set_reporting_criteria();
-  request->set_criteria_value_1(criteria.criteriaValue1);
-  request->set_second_list_count(criteria.secondListCount);
-  request->mutable_second_list()->Add(criteria.secondList,
-                                      criteria.secondList + criteria.secondListCount);
-  request->set_first_list_count(criteria.firstListCount);
-  request->mutable_first_list()->Add(criteria.firstList,
-                                     criteria.firstList + criteria.firstListCount);
-  request->set_access_network(ClientLceUtils::clientAccessLevelToProto(criteria.accessNetworkType));
-  request->set_criteria_value_2(criteria.criteriaValue2);
-  if (this->request(message)) return id;
+  try {
+    if (request(criteriaMessage(criteria, id))) return id;
+  } catch (...) {
+    forget(id);  // a refused call leaves nothing behind
+    throw;
+  }
   forget(id);
   return kNoService;
 }
@@ -209,11 +218,10 @@ void Lce::handleReport(const Report& report, const LceEstimationReportCb& cb,
       ClientLceUtils::protoConfidenceLevelToClient(report.confidence_level());
   estimation.linkDirection = ClientLceUtils::protoLinkDirectionToClient(report.link_direction());
   estimation.queueSizeUL = report.queue_size_ul();
-  points.values.print(kSource, static_cast<int>(report.rate()),
-                      static_cast<int>(estimation.confidenceLevel),
-                      static_cast<int>(estimation.linkDirection),
-                      static_cast<int>(report.queue_size_ul()),
-                      escapePercent(report.error_string()).c_str());
+  points.values.print(
+      kSource, static_cast<int>(report.rate()), static_cast<int>(estimation.confidenceLevel),
+      static_cast<int>(estimation.linkDirection), static_cast<int>(report.queue_size_ul()),
+      escapePercent(report.error_string()).c_str());
   const auto status = ClientLceUtils::protoEstimationReportStatusToClient(report.error_string());
   log(callBack(cb, status, estimation) ? points.sent : points.noCallback);
 }

@@ -4,6 +4,7 @@
 #include <orb/lce.h>
 
 #include "ClientLceUtils.h"
+#include "Guarded.h"
 #include "Lce.h"
 
 namespace {
@@ -27,33 +28,41 @@ std::shared_ptr<Lce> lce(const char* function, int line) {
 
 extern "C" {
 
-int orb_lce_enable(LceStatusIndCb cb) { return Service::enable(Lce::kTable, cb) ? 1 : 0; }
+int orb_lce_enable(LceStatusIndCb cb) {
+  return guarded([&] { return Service::enable(Lce::kTable, cb) ? 1 : 0; }, 0);
+}
 
-int orb_lce_disable(void) { return Service::disable(Lce::kTable) ? 1 : 0; }
+int orb_lce_disable(void) {
+  return guarded([] { return Service::disable(Lce::kTable) ? 1 : 0; }, 0);
+}
 
-int createLceClient(LceStatusV2Cb cb) { return createResult(Service::create(Lce::kTable, cb)); }
+int createLceClient(LceStatusV2Cb cb) {
+  return guarded([&] { return createResult(Service::create(Lce::kTable, cb)); }, -1);
+}
 
-int destroySdfClient(void) { return createResult(Service::destroy(Lce::kTable)); }
+int destroySdfClient(void) {
+  return guarded([] { return createResult(Service::destroy(Lce::kTable)); }, -1);
+}
 
 int64_t lceSetReportingCriteria(const LceReportingCriteria* criteria, LceReportingCriteriaCb cb) {
   const auto object = lce(__func__, __LINE__);
   if (!object) return kNoService;
   if (cb == nullptr || !isValid(criteria)) return kInvalidArguments;
-  return object->setReportingCriteria(*criteria, cb);
+  return guarded([&] { return object->setReportingCriteria(*criteria, cb); }, kNoService);
 }
 
 int64_t lceGetLastEstimationReport(LceEstimationReportCb cb) {
   const auto object = lce(__func__, __LINE__);
   if (!object) return kNoService;
   if (cb == nullptr) return kInvalidArguments;
-  return object->getLastEstimationReport(cb);
+  return guarded([&] { return object->getLastEstimationReport(cb); }, kNoService);
 }
 
 int64_t lcePerformReportingAction(LceReportingAction action) {
   const auto object = lce(__func__, __LINE__);
   if (!object) return kNoService;
   if (!ClientLceUtils::isReportingActionValid(action)) return kInvalidArguments;
-  return object->performReportingAction(action);
+  return guarded([&] { return object->performReportingAction(action); }, kNoService);
 }
 
 int64_t lceRegEstimationReports(LceEstimationReportCb cb) {

@@ -68,6 +68,8 @@ bool Service::close(const ServiceTable& table, const ServiceTable::Closing& poin
   std::shared_ptr<Service> object;
   std::shared_ptr<SdkDeparture> departure;
   auto farewell = std::make_shared<SdkClientEvent>(table.type, table.enableMessage(false), true);
+  // A creation under way is waited for here, with no lock held, and not below.
+  if (const auto present = slot.get()) present->hasClient();
   {
     const std::lock_guard<std::mutex> lock(slot.lock);
     object = slot.instance;

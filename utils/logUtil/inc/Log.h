@@ -169,6 +169,9 @@ int property_get_int32(const char* key, int defaultValue);
 // consumers rely on; it takes the number instead of __LINE__.
 #define ORB_LOG_AT(level, line, ...) \
   Log::getInstance()->addLogRecord(level, "ORB", __FILE__, __func__, line, __VA_ARGS__)
+// For lines of a unit that is spread over files or helper functions: shown under the unit's own names.
+#define ORB_LOG_AS(level, file, function, ...) \
+  Log::getInstance()->addLogRecord(level, "ORB", file, function, __LINE__, __VA_ARGS__)
 #define ORB_LOGV(...) ORB_LOG_AT(2, __LINE__, __VA_ARGS__)
 #define ORB_LOGD(...) ORB_LOG_AT(3, __LINE__, __VA_ARGS__)
 #define ORB_LOGI(...) ORB_LOG_AT(4, __LINE__, __VA_ARGS__)

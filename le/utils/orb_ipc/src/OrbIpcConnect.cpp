@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Connecting a session: socket, attempts, handshake. Every step that follows another looks under the
-// lock whether the session was closed meanwhile, for shutting a socket down does not end a connect.
+// Connecting a session: socket, attempts, handshake. Every step that follows another looks under
+// the lock whether the session was closed meanwhile, for shutting a socket down does not end a
+// connect.
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
@@ -13,6 +14,12 @@
 #include "OrbIpcSession.h"
 
 namespace {
+
+// Lines bear the names of the session's unit and of the two operations that are spread over
+// functions.
+constexpr char kUnit[] = "le/utils/orb_ipc/src/OrbIpcSession.cpp";
+constexpr char kConnect[] = "handleConnectToOrbEvent";
+constexpr char kHandshake[] = "performHandshake";
 
 constexpr char kSocketPath[] = "/dev/socket/orb";
 constexpr int kAttempts = 50;
@@ -27,7 +34,7 @@ constexpr ssize_t kMaxRead = 1023;
 }  // namespace
 
 void OrbIpcSession::handleConnectToOrbEvent() {
-  const SharedSocket socket = openSocket();
+  SharedSocket socket = openSocket();
   if (!socket) return;
   const Attempt result = connectWithRetries(socket);
   bool signalEnd = false;
@@ -36,7 +43,8 @@ void OrbIpcSession::handleConnectToOrbEvent() {
     const std::lock_guard<std::mutex> lock(mStateLock);
     closed = mSocketFd != socket;
     if (closed || result != Attempt::Connected) {
-      // The closing side waits for the receiver; where none was started, this thread stands in for it.
+      // The closing side waits for the receiver; where none was started, this thread stands in for
+      // it.
       signalEnd = closed && !mReceiverStarted;
       if (!mReceiverStarted) mEndSignalled = true;
       if (!closed) mSocketFd.reset();
@@ -44,11 +52,12 @@ void OrbIpcSession::handleConnectToOrbEvent() {
   }
   if (closed) {
     if (!signalEnd) return;
-    ORB_LOGD("Connect fail: mThreadSemaphore.increase");
+    ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: mThreadSemaphore.increase");
     mThreadSemaphore->increase();
     return;
   }
   if (result != Attempt::Connected) shutdown(socket->get(), SHUT_RDWR);
+  socket.reset();  // a failed connection's descriptor is closed before anybody is told
   notifyConnectionStatus(result == Attempt::Connected);
 }
 
@@ -58,12 +67,12 @@ SharedSocket OrbIpcSession::openSocket() {
     if (mClosedForGood) return nullptr;
     if (mSocketFd) {
       lock.unlock();
-      ORB_LOGE("mSocketFd != -1; RETURNING!!!");
+      ORB_LOG_AS(6, kUnit, kConnect, "mSocketFd != -1; RETURNING!!!");
       return nullptr;
     }
   }
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  ORB_LOGD("Created socket; mSocketFd: %d", fd);
+  ORB_LOG_AS(3, kUnit, kConnect, "Created socket; mSocketFd: %d", fd);
   if (fd < 0) return nullptr;
   auto socket = std::make_shared<UniqueFd>(fd);
   const std::lock_guard<std::mutex> lock(mStateLock);
@@ -80,12 +89,12 @@ OrbIpcSession::Attempt OrbIpcSession::connectWithRetries(const SharedSocket& soc
   for (int left = kAttempts; isCurrent(socket);) {
     if (connectOnce(socket->get())) return setUpConnection(socket);
     if (--left == 0) {
-      ORB_LOGD("Connect fail: Max retry reached!!");
+      ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: Max retry reached!!");
       return Attempt::Failed;
     }
     if (!waitBeforeRetry(socket)) return Attempt::Failed;
   }
-  ORB_LOGD("Connect fail: mSocketFd is -1; break");
+  ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: mSocketFd is -1; break");
   return Attempt::Closed;
 }
 
@@ -98,23 +107,27 @@ bool OrbIpcSession::connectOnce(int fd) {
   fcntl(fd, F_SETFL, flags | O_NONBLOCK);
   const int result = ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
   fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
-  ORB_LOGD("Connect ret: %d", result);
+  ORB_LOG_AS(3, kUnit, kConnect, "Connect ret: %d", result);
   return result == 0;
 }
 
 OrbIpcSession::Attempt OrbIpcSession::setUpConnection(const SharedSocket& socket) {
-  // From here on closing the session ends the receive: the socket is connected, so shutdown() works.
+  // From here on closing the session ends the receive: the socket is connected, so shutdown()
+  // works.
   if (!isCurrent(socket)) {
-    ORB_LOGD("Connect fail: mSocketFd is -1; break");
+    ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: mSocketFd is -1; break");
     return Attempt::Closed;
   }
   if (!performHandshake(socket->get())) return Attempt::Failed;
   if (!isCurrent(socket) || !registerReceiverHandler(socket)) return Attempt::Failed;
+  bool closed = false;
   {
     const std::lock_guard<std::mutex> lock(mStateLock);
-    if (mSocketFd != socket) mConnected = false;  // closed while the receiver was starting
+    closed = mSocketFd != socket;
+    if (closed) mConnected = false;
   }
-  ORB_LOGD("Connect success: Handshake success");
+  if (closed) deregisterReceiverHandler();  // closed while the receiver was starting
+  ORB_LOG_AS(3, kUnit, kConnect, "Connect success: Handshake success");
   return Attempt::Connected;
 }
 
@@ -137,23 +150,23 @@ bool OrbIpcSession::performHandshake(int fd) {
   int32_t sessionId = 0;
   bool result = false;
   while (receiveHandshake(fd, type, sessionId)) {
-    ORB_LOGD("handshakeEvtType: %d", type);
+    ORB_LOG_AS(3, kUnit, kHandshake, "handshakeEvtType: %d", type);
     if (type == kHandshakeInit) {
       expectedSessionId = sessionId;
-      ORB_LOGD("Received HANDSHAKE_INIT; sessionId: %d", sessionId);
+      ORB_LOG_AS(3, kUnit, kHandshake, "Received HANDSHAKE_INIT; sessionId: %d", sessionId);
       answerHandshake(fd, sessionId);
       continue;
     }
     if (type == kHandshakeComplete) {
-      ORB_LOGD("HANDSHAKE_COMPLETE: receivedSessionId: %d", sessionId);
+      ORB_LOG_AS(3, kUnit, kHandshake, "HANDSHAKE_COMPLETE: receivedSessionId: %d", sessionId);
       result = sessionId == expectedSessionId;
       if (result) mSessionId = static_cast<unsigned int>(sessionId);
     } else {
-      ORB_LOGE("Unknown handshake type");
+      ORB_LOG_AS(6, kUnit, kHandshake, "Unknown handshake type");
     }
     break;
   }
-  ORB_LOGD("returning: result: %d", result ? 1 : 0);
+  ORB_LOG_AS(3, kUnit, kHandshake, "returning: result: %d", result ? 1 : 0);
   return result;
 }
 
@@ -162,16 +175,16 @@ bool OrbIpcSession::receiveHandshake(int fd, int32_t& type, int32_t& sessionId) 
   const ssize_t length = recv(fd, buffer, kMaxRead, 0);
   if (length == -1) {
     const int error = errno;
-    ORB_LOGE("recv returns error: errno: %d(%s)", error, strerror(error));
+    ORB_LOG_AS(6, kUnit, kHandshake, "recv returns error: errno: %d(%s)", error, strerror(error));
     return false;
   }
-  ORB_LOGD("recv: len: %d", static_cast<int>(length));
+  ORB_LOG_AS(3, kUnit, kHandshake, "recv: len: %d", static_cast<int>(length));
   if (length > kMaxRead) {
-    ORB_LOGE("recv: readLen is greater than max size");
+    ORB_LOG_AS(6, kUnit, kHandshake, "recv: readLen is greater than max size");
     return false;
   }
   if (static_cast<size_t>(length) != kHandshakeRecord) {
-    ORB_LOGE("Received data size does not match with expected size");
+    ORB_LOG_AS(6, kUnit, kHandshake, "Received data size does not match with expected size");
     return false;
   }
   memcpy(&type, buffer, sizeof(type));
@@ -181,7 +194,7 @@ bool OrbIpcSession::receiveHandshake(int fd, int32_t& type, int32_t& sessionId) 
 
 void OrbIpcSession::answerHandshake(int fd, int32_t sessionId) {
   const int32_t reply[] = {kHandshakeResp, sessionId, static_cast<int32_t>(mOwn)};
-  ORB_LOGD("Sending HANDSHAKE_RESP");
+  ORB_LOG_AS(3, kUnit, kHandshake, "Sending HANDSHAKE_RESP");
   // A reply that does not get out shows in the next receive.
   (void)::send(fd, reply, sizeof(reply), 0);
 }

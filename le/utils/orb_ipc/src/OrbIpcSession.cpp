@@ -165,13 +165,13 @@ void OrbIpcSession::handleSessionEnd(unsigned int sessionId) {
 }
 
 void OrbIpcSession::handleReceiverEnd(int sockFd) {
-  // The receiver speaks of a session by its id, and 0 stands for none: a session with that id learns
-  // of its end here.
+  // The receiver speaks of a session by its id, and 0 stands for none: a session with that id
+  // learns of its end here.
   endConnection(sockFd);
 }
 
-// The socket is lost. With @p lostFd only when it is still the session's own (the receiver that asks
-// holds it open, so the number is nobody else's).
+// The socket is lost. With @p lostFd only when it is still the session's own (the receiver that
+// asks holds it open, so the number is nobody else's).
 void OrbIpcSession::endConnection(int lostFd) {
   SharedSocket lost;  // the receiver closes it
   {
@@ -192,6 +192,7 @@ bool OrbIpcSession::registerReceiverHandler(const SharedSocket& socket) {
     mGlobals = globals;
     mRegisteredSocket = socket;
     mReceiverStarted = true;
+    mEndSignalled = false;
   }
   mConnected = true;
   if (registerSocket(static_cast<unsigned long>(toWire(mPeer)), mSessionId, socket,
@@ -203,6 +204,7 @@ bool OrbIpcSession::registerReceiverHandler(const SharedSocket& socket) {
   mGlobals.reset();
   mRegisteredSocket.reset();
   mReceiverStarted = false;
+  mEndSignalled = true;
   return false;
 }
 
@@ -228,7 +230,7 @@ SharedSocket OrbIpcSession::takeSocket(bool forGood) {
   }
   mStateChanged.notify_all();
   if (socket) {
-    ORB_LOGD("closing socket Fd %d", socket->get());
+    ORB_LOG_AS(3, __FILE__, "cleanup", "closing socket Fd %d", socket->get());
     // Wakes whoever is blocked in a receive or a send on it; the last holder closes the number.
     shutdown(socket->get(), SHUT_RDWR);
   }
@@ -247,7 +249,11 @@ void OrbIpcSession::cleanup() {
   deregisterReceiverHandler();
 }
 
-void OrbIpcSession::beginClose() { takeSocket(true); }
+void OrbIpcSession::beginClose() {
+  // First of all: the daemon may give the session's id away as soon as it sees the end.
+  deregisterReceiverHandler();
+  takeSocket(true);
+}
 
 void OrbIpcSession::stopRetrying() {
   {

@@ -6,6 +6,7 @@
 #include <string.h>
 #include <sys/socket.h>
 
+#include <stdexcept>
 #include <vector>
 
 #include "IpcReceiver.h"
@@ -41,9 +42,11 @@ struct ReleaseAtExit {
 bool startReceiver(Globals& globals, const Globals::Key& key, const SharedSocket& socket,
                    HandlerRef handler) {
   std::thread thread;
-  if (!startThread(thread, "orb-receiver", [socket, handler]() mutable {
-        receiveFrames(std::move(socket), std::move(handler));
-      })) {
+  // Both are moved out of the thread's function: what is left there must not keep the socket open.
+  auto body = [socket = SharedSocket(socket), handler = std::move(handler)]() mutable {
+    receiveFrames(std::move(socket), std::move(handler));
+  };
+  if (!startThread(thread, "orb-receiver", std::move(body))) {
     return false;
   }
   thread.detach();
@@ -107,7 +110,8 @@ void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* 
   const std::unique_lock<std::shared_mutex> lock(globals->mLock);
   const Globals::Key key(id, sessionId);
   const auto found = globals->mSockets.find(key);
-  const bool ours = found != globals->mSockets.end() && (only == nullptr || found->second.get() == only);
+  const bool ours =
+      found != globals->mSockets.end() && (only == nullptr || found->second.get() == only);
   if (ours) {
     last = std::move(found->second);
     globals->mSockets.erase(found);
@@ -142,6 +146,9 @@ bool sendIpc(ipcMsg_t* msg) {
 bool ProcessUtilsWrapper::sendMsg(const unsigned char* data, unsigned long len, unsigned long msgId,
                                   long subsystemId, unsigned long srcId, unsigned long dstId,
                                   unsigned int sessionId) {
+  if (len > SIZE_MAX - sizeof(ipcMsg_t)) {
+    throw std::length_error("cannot create std::vector larger than max_size()");
+  }
   std::vector<unsigned char> frame(len + sizeof(ipcMsg_t));
   auto* msg = reinterpret_cast<ipcMsg_t*>(frame.data());
   *msg = {srcId, dstId, msgId, subsystemId, sessionId, len};

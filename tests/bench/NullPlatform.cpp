@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// The platform of the benchmarks: it does for a line what any platform must do, format it, and then
+// drops it. No properties are set and nobody listens to packets. Any thread; no state.
+#include <android/log.h>
+#include <cutils/properties.h>
+#include <diag/diag.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+int __android_log_print(int, const char*, const char* fmt, ...) {
+  char text[1024];
+  va_list args;
+  va_start(args, fmt);
+  const int size = std::vsnprintf(text, sizeof text, fmt, args);
+  va_end(args);
+  asm volatile("" : : "r"(text) : "memory");  // the text counts as used
+  return size;
+}
+
+int property_get(const char*, char* value, const char* default_value) {
+  std::snprintf(value, PROPERTY_VALUE_MAX, "%s", default_value != nullptr ? default_value : "");
+  return static_cast<int>(std::strlen(value));
+}
+
+int8_t property_get_bool(const char*, int8_t default_value) { return default_value; }
+
+boolean Diag_LSM_Init(unsigned char*) { return 1; }
+void diagpkt_tbl_reg(const diagpkt_user_table_type*) {}
+boolean log_status(log_code_type) { return 0; }
+void* log_alloc(log_code_type, unsigned int) { return nullptr; }
+void log_commit(void*) {}

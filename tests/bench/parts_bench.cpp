@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// Single parts of the library: handing an item to the event loop, and one log line of each front
+// end.
+#include <android/log.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <thread>
+
+#include "BareQueue.h"
+#include "Comparison.h"
+#include "Countdown.h"
+#include "EventManager.h"
+#include "Log.h"
+#include "OrbEventHandler.h"
+#include "SdkLog.h"
+
+namespace {
+
+constexpr int kHandOvers = 2000;
+constexpr int kBurst = 100;
+constexpr int kPosts = 20000;
+constexpr int kLines = 100000;
+
+// Both ends of a hand-over post numbers; the thread at the other end counts them.
+class BareLoop {
+ public:
+  BareLoop()
+      : mThread([this] {
+          while (mQueue.take() != kEnd) handled.one();
+        }) {}
+  BareLoop(const BareLoop&) = delete;
+  BareLoop& operator=(const BareLoop&) = delete;
+  ~BareLoop() {
+    mQueue.post(kEnd);
+    mThread.join();
+  }
+  void post(int item) { mQueue.post(item); }
+
+  Countdown handled;
+
+ private:
+  static constexpr int kEnd = -1;
+  BareQueue<int> mQueue;
+  std::thread mThread;
+};
+
+class Handler : public orb::utils::OrbEventHandler<int> {
+ public:
+  Handler(orb::utils::EventManager& manager, Countdown& handled)
+      : OrbEventHandler("bench", nullptr, &manager), mHandled(handled) {}
+  void handleEvent(int) override { mHandled.one(); }
+
+ private:
+  Countdown& mHandled;
+};
+
+// The library's event loop on a thread of its own, as the SDK worker runs it.
+class EventLoop {
+ public:
+  EventLoop()
+      : mHandler(mManager, handled), mThread([this] {
+          while (mRunning) mManager.processEvents(nullptr);
+        }) {}
+  EventLoop(const EventLoop&) = delete;
+  EventLoop& operator=(const EventLoop&) = delete;
+  ~EventLoop() {
+    mRunning = false;
+    mManager.wake();
+    mThread.join();
+  }
+  void post(int item) { mHandler.postEvent(item); }
+
+  Countdown handled;
+
+ private:
+  orb::utils::EventManager mManager;
+  Handler mHandler;
+  std::atomic<bool> mRunning{true};
+  std::thread mThread;
+};
+
+template <class Loop>
+void handOver(Loop& loop, int count, int burst) {
+  for (int left = count; left > 0; left -= burst) {
+    const int now = left < burst ? left : burst;
+    loop.handled.expect(now);
+    for (int i = 0; i < now; ++i) loop.post(i);
+    loop.handled.wait();
+  }
+}
+
+void compareHandOvers(const Comparison& comparison) {
+  EventLoop loop;
+  BareLoop bare;
+  comparison.time(
+      "post to handler, one at a time", kHandOvers, [&](int count) { handOver(loop, count, 1); },
+      [&](int count) { handOver(bare, count, 1); });
+  comparison.time(
+      "post to handler, bursts of 100", kPosts, [&](int count) { handOver(loop, count, kBurst); },
+      [&](int count) { handOver(bare, count, kBurst); });
+}
+
+// The same line, made by one call of the C library and handed to the platform.
+void bareLine(int level, const char* tag, int value) {
+  char text[512];
+  std::snprintf(text, sizeof text, "|%s|%s::%s:%d value %d of %s", tag, "parts_bench", "bareLine",
+                __LINE__, value, "many");
+  __android_log_print(level, tag, "%s", text);
+}
+
+void compareLines(const Comparison& comparison) {
+  const auto baseline = [](int count) {
+    for (int i = 0; i < count; ++i) bareLine(ANDROID_LOG_DEBUG, "OrbSdk", i);
+  };
+  comparison.time(
+      "SdkLog::print, one line", kLines,
+      [](int count) {
+        for (int i = 0; i < count; ++i) SDK_LOG("OrbSdk", "value %d of %s", i, "many");
+      },
+      baseline);
+  comparison.time(
+      "Log::addLogRecord, one line", kLines,
+      [](int count) {
+        for (int i = 0; i < count; ++i) ORB_LOGD("value %d of %s", i, "many");
+      },
+      baseline);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const Comparison comparison(argc, argv);
+  compareHandOvers(comparison);
+  compareLines(comparison);
+  return 0;
+}

@@ -1,0 +1,285 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// Results, refusals and log lines of the exported LCE functions; what a lost daemon does to them.
+#include "LceFixture.h"
+
+namespace lcetest {
+namespace {
+
+class LceApi : public LceTest {};
+
+// Enough for an event manager, one too few for the SDK client's own queue.
+constexpr size_t kManagerDescriptors = 3;
+
+LceReportingCriteria criteria() {
+  LceReportingCriteria result = {};
+  result.accessNetworkType = SDL_ACCESS_NETWORK_TYPE_LTE;
+  return result;
+}
+
+TEST_F(LceApi, DisableBeforeEnableIsRefused) {
+  EXPECT_EQ(0, orb_lce_disable());
+  EXPECT_EQ(lceLines(), (LceLines{{"orb_lce_disable", "Disable"},
+                                  {"orb_lce_disable", "Failed to get SDK instance."}}));
+  EXPECT_TRUE(calls().empty());
+}
+
+TEST_F(LceApi, DestroyBeforeCreateIsRefused) {
+  EXPECT_EQ(-1, destroySdfClient());
+  EXPECT_EQ(lceLines(), (LceLines{{"destroySdfClient", "Distroy"},
+                                  {"destroySdfClient", "Failed to get SDK instance."}}));
+}
+
+TEST_F(LceApi, EnableWithoutCallbackIsRefusedBeforeAnythingIsMade) {
+  EXPECT_EQ(0, orb_lce_enable(nullptr));
+  EXPECT_EQ(lceLines(), (LceLines{{"orb_lce_enable", "Enable"},
+                                  {"orb_lce_enable", "Status ind function null"}}));
+  EXPECT_EQ(0u, daemon().totals().connections);
+}
+
+TEST_F(LceApi, CreateWithoutCallbackIsRefusedBeforeAnythingIsMade) {
+  EXPECT_EQ(-1, createLceClient(nullptr));
+  EXPECT_EQ(lceLines(),
+            (LceLines{{"createLceClient", "Create"}, {"createLceClient", "cb function null"}}));
+  EXPECT_EQ(0u, daemon().totals().connections);
+}
+
+TEST_F(LceApi, RequestsBeforeEnableAreRefusedWhateverTheirArguments) {
+  const LceReportingCriteria valid = criteria();
+  const std::string text = "Failed to get SDK instance";
+  EXPECT_EQ(-5, lceSetReportingCriteria(&valid, onCriteria));
+  EXPECT_EQ(-5, lceSetReportingCriteria(nullptr, nullptr));
+  EXPECT_EQ(-5, lceGetLastEstimationReport(onLast));
+  EXPECT_EQ(-5, lceGetLastEstimationReport(nullptr));
+  EXPECT_EQ(-5, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
+  EXPECT_EQ(-5, lcePerformReportingAction(static_cast<LceReportingAction>(0)));
+  EXPECT_EQ(-5, lceRegEstimationReports(onReport));
+  EXPECT_EQ(-5, lceRegEstimationReports(nullptr));
+  EXPECT_EQ(lceLines(), (LceLines{{"lceSetReportingCriteria", text},
+                                  {"lceSetReportingCriteria", text},
+                                  {"lceGetLastEstimationReport", text},
+                                  {"lceGetLastEstimationReport", text},
+                                  {"lcePerformReportingAction", text},
+                                  {"lcePerformReportingAction", text},
+                                  {"lceRegEstimationReports", text},
+                                  {"lceRegEstimationReports", text}}));
+}
+
+TEST_F(LceApi, EnableAndDisableSayYesAndLogTheObjectsLife) {
+  enable();
+  EXPECT_EQ(1, orb_lce_disable());
+  ASSERT_TRUE(waitForLceLine("~Lce", "~Lce called"));
+  EXPECT_EQ(lceLinesOf("orb_lce_enable"), (LceLines{{"orb_lce_enable", "Enable"}}));
+  EXPECT_EQ(lceLinesOf("orb_lce_disable"), (LceLines{{"orb_lce_disable", "Disable"}}));
+  EXPECT_EQ(lceLinesOf("Lce"), (LceLines{{"Lce", "Lce ctor"}}));
+  EXPECT_EQ(lceLinesOf("~Lce"), (LceLines{{"~Lce", "~Lce called"}}));
+  EXPECT_EQ(-5, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
+  EXPECT_EQ(0, orb_lce_disable());
+}
+
+TEST_F(LceApi, CreateAndDestroySayYesInTheirOwnNumbers) {
+  EXPECT_EQ(0, createLceClient(onV2));
+  EXPECT_EQ(0, destroySdfClient());
+  EXPECT_EQ(lceLinesOf("createLceClient"), (LceLines{{"createLceClient", "Create"}}));
+  EXPECT_EQ(lceLinesOf("destroySdfClient"), (LceLines{{"destroySdfClient", "Distroy"}}));
+  EXPECT_EQ(-1, destroySdfClient());
+}
+
+TEST_F(LceApi, EitherGenerationDisablesWhatTheOtherEnabled) {
+  EXPECT_EQ(1, orb_lce_enable(onStatus));
+  EXPECT_EQ(0, destroySdfClient());
+  EXPECT_EQ(0, createLceClient(onV2));
+  EXPECT_EQ(1, orb_lce_disable());
+}
+
+TEST_F(LceApi, InvalidArgumentsAreRefusedSilentlyAndSendNothing) {
+  enable();
+  recording::clear();
+  LceReportingCriteria bad = criteria();
+  EXPECT_EQ(-2, lceSetReportingCriteria(&bad, nullptr));
+  EXPECT_EQ(-2, lceSetReportingCriteria(nullptr, onCriteria));
+  bad.firstListCount = 21;
+  EXPECT_EQ(-2, lceSetReportingCriteria(&bad, onCriteria));
+  bad.firstListCount = 255;
+  EXPECT_EQ(-2, lceSetReportingCriteria(&bad, onCriteria));
+  bad = criteria();
+  bad.secondListCount = 21;
+  EXPECT_EQ(-2, lceSetReportingCriteria(&bad, onCriteria));
+  bad = criteria();
+  bad.accessNetworkType = static_cast<SdlAccessNetworkType>(4);
+  EXPECT_EQ(-2, lceSetReportingCriteria(&bad, onCriteria));
+  bad.accessNetworkType = static_cast<SdlAccessNetworkType>(-1);
+  EXPECT_EQ(-2, lceSetReportingCriteria(&bad, onCriteria));
+  EXPECT_EQ(-2, lceGetLastEstimationReport(nullptr));
+  EXPECT_EQ(-2, lcePerformReportingAction(static_cast<LceReportingAction>(0)));
+  EXPECT_EQ(-2, lcePerformReportingAction(static_cast<LceReportingAction>(4)));
+  EXPECT_EQ(-2, lcePerformReportingAction(static_cast<LceReportingAction>(-1)));
+  EXPECT_EQ(-2, lceRegEstimationReports(nullptr));
+  for (const char* function : {"lceSetReportingCriteria", "lceGetLastEstimationReport",
+                               "lcePerformReportingAction", "lceRegEstimationReports"}) {
+    EXPECT_TRUE(lceLinesOf(function).empty()) << function;
+  }
+  ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_STOP));
+  ASSERT_TRUE(daemon().waitForFrames(2));
+  const auto frames = daemon().frames();
+  EXPECT_EQ((Blob{0x08, 0x04, 0x1a, 0x02, 0x22, 0x00}), frames[1].blob());
+}
+
+TEST_F(LceApi, RefusedCallsLeaveTheCallbacksOfEarlierOnes) {
+  enable();
+  ASSERT_EQ(0, lceGetLastEstimationReport(onLast));
+  ASSERT_EQ(0, lceRegEstimationReports(onReport));
+  EXPECT_EQ(0, orb_lce_enable(nullptr));
+  EXPECT_EQ(-2, lceGetLastEstimationReport(nullptr));
+  EXPECT_EQ(-2, lceRegEstimationReports(nullptr));
+  send(lastReport(1, 0, 0, 0, "NONE"));
+  send(periodicReport(2, 0, 0, 0, "NONE"));
+  EXPECT_EQ(settle(), (CallList{{"last", LCE_ESTIMATION_REPORT_STATUS_SUCCESS, {1, {}, {}, 0}},
+                                {"report", LCE_ESTIMATION_REPORT_STATUS_SUCCESS, {2, {}, {}, 0}}}));
+}
+
+TEST_F(LceApi, FullAndEmptyListsAndNoNetworkAreAccepted) {
+  enable();
+  LceReportingCriteria full = {};
+  EXPECT_GT(lceSetReportingCriteria(&full, onCriteria), 0);
+  full.firstListCount = full.secondListCount = LCE_REPORTING_CRITERIA_LIST_MAX;
+  full.accessNetworkType = SDL_ACCESS_NETWORK_TYPE_NR5G;
+  EXPECT_GT(lceSetReportingCriteria(&full, onCriteria), 0);
+  EXPECT_TRUE(daemon().waitForFrames(3));
+}
+
+TEST_F(LceApi, TransactionIdsAreDifferentAndFitTheirRange) {
+  enable();
+  const LceReportingCriteria valid = criteria();
+  const int64_t first = lceSetReportingCriteria(&valid, onCriteria);
+  const int64_t second = lceSetReportingCriteria(&valid, onCriteria);
+  EXPECT_NE(first, second);
+  for (const int64_t id : {first, second}) {
+    EXPECT_GE(id, 1);
+    EXPECT_LE(id, 4294967295);
+  }
+}
+
+TEST_F(LceApi, EnableAgainReplacesTheCallbackAndAsksAgain) {
+  enable();
+  ASSERT_EQ(1, orb_lce_enable(onOtherStatus));
+  ASSERT_TRUE(daemon().waitForFrames(2));
+  EXPECT_EQ(daemon().frames()[0].blob(), daemon().frames()[1].blob());
+  EXPECT_EQ(1u, lceLinesOf("Lce").size());
+  send(statusInd(LceProto::SUCCESS));
+  EXPECT_EQ(waitForCalls(1), (CallList{{"other", STATUS_SUCCESS, {}}}));
+}
+
+TEST_F(LceApi, EnableAfterDisableStartsAfresh) {
+  enable();
+  ASSERT_EQ(0, createLceClient(onV2));
+  ASSERT_EQ(0, lceGetLastEstimationReport(onLast));
+  ASSERT_EQ(0, lceRegEstimationReports(onReport));
+  const LceReportingCriteria valid = criteria();
+  const int64_t id = lceSetReportingCriteria(&valid, onCriteria);
+  ASSERT_GT(id, 0);
+  ASSERT_EQ(1, orb_lce_disable());
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_TRUE(daemon().waitForSessions(2));
+  ASSERT_TRUE(daemon().waitForFrame([](const Frame& frame) { return frame.sessionId == 2; }));
+  mSession = 2;
+  send(lastReport(1, 0, 0, 0, "NONE"));
+  send(periodicReport(2, 0, 0, 0, "NONE"));
+  send(criteriaResult(static_cast<uint64_t>(id), true, "NONE"));
+  EXPECT_TRUE(settle().empty());
+  EXPECT_EQ(1u, calls().size()) << "the second generation's callback is forgotten";
+}
+
+TEST_F(LceApi, EnableThatGetsNoClientReportsInternalErrorBeforeItReturns) {
+  {
+    const FewDescriptors few(kManagerDescriptors);
+    EXPECT_EQ(0, orb_lce_enable(onStatus));
+    EXPECT_EQ(calls(), (CallList{{"status", STATUS_INTERNAL_ERROR, {}}}));
+  }
+  enable();  // gives the object its client, so that it goes with the test
+}
+
+TEST_F(LceApi, CreateThatGetsNoClientSaysSoInItsResultAlone) {
+  {
+    const FewDescriptors few(kManagerDescriptors);
+    EXPECT_EQ(-1, createLceClient(onV2));
+    EXPECT_TRUE(calls().empty());
+  }
+  enable();
+}
+
+TEST_F(LceApi, WithoutClientRequestsAreRefusedAndDisableReportsToBoth) {
+  {
+    const FewDescriptors few(kManagerDescriptors);
+    orb_lce_enable(onStatus);
+    createLceClient(onV2);
+  }
+  recording::clear();
+  clearCalls();
+  const LceReportingCriteria valid = criteria();
+  const std::string text = "Failed to get SDK client instance";
+  EXPECT_EQ(-5, lceSetReportingCriteria(&valid, onCriteria));
+  EXPECT_EQ(-5, lceGetLastEstimationReport(onLast));
+  EXPECT_EQ(-5, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
+  EXPECT_EQ(-5, lceRegEstimationReports(onReport));
+  EXPECT_EQ(0, orb_lce_disable());
+  EXPECT_EQ(-1, destroySdfClient());
+  EXPECT_EQ(lceLines(), (LceLines{{"lceSetReportingCriteria", text},
+                                  {"lceGetLastEstimationReport", text},
+                                  {"lcePerformReportingAction", text},
+                                  {"lceRegEstimationReports", text},
+                                  {"orb_lce_disable", "Disable"},
+                                  {"orb_lce_disable", text + "."},
+                                  {"destroySdfClient", "Distroy"},
+                                  {"destroySdfClient", text + "."}}));
+  EXPECT_EQ(calls(), (CallList{{"status", STATUS_INTERNAL_ERROR, {}},
+                               {"v2", STATUS_V2_INTERNAL_ERROR, {}},
+                               {"status", STATUS_INTERNAL_ERROR, {}},
+                               {"v2", STATUS_V2_INTERNAL_ERROR, {}}}));
+  enable();
+}
+
+TEST_F(LceApi, LostConnectionIsReportedToBothAndTheNextRequestFindsTheDaemonAgain) {
+  enableBoth();
+  recording::clear();
+  daemon().stop();
+  EXPECT_EQ(waitForCalls(2),
+            (CallList{{"status", STATUS_SERVICE_DOWN, {}}, {"v2", STATUS_V2_SERVICE_DOWN, {}}}));
+  EXPECT_EQ(lceLinesOf("blobListener"), (LceLines{{"blobListener", "Lce::blobListener"}}));
+  clearCalls();
+  daemon().setAutoAnswer(true);
+  daemon().setNextSessionId(1);
+  ASSERT_TRUE(daemon().start()) << daemon().error();
+  ASSERT_EQ(0, lceGetLastEstimationReport(onLast));
+  EXPECT_EQ(waitForCalls(1),
+            (CallList{{"last", LCE_ESTIMATION_REPORT_STATUS_CRITERIA_NOT_SET, {}}}));
+}
+
+TEST_F(LceApi, PendingCriteriaRequestSurvivesALostConnection) {
+  enable();
+  const auto id = static_cast<uint64_t>(setCriteria());
+  ASSERT_TRUE(daemon().waitForFrames(2));
+  ASSERT_TRUE(daemon().closeSession(1));
+  ASSERT_EQ(waitForCalls(1), (CallList{{"status", STATUS_SERVICE_DOWN, {}}}));
+  ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_STOP));
+  ASSERT_TRUE(daemon().waitForFrames(3));
+  mSession = 2;
+  clearCalls();
+  send(criteriaResult(id, true, "NONE"));
+  EXPECT_EQ(settle(), (CallList{{"criteria", 1, {}}}));
+}
+
+TEST_F(LceApi, RefusedHandshakeIsOneServiceDownAndTheNextRequestTriesAgain) {
+  daemon().setHandshake([](int, uint32_t) { return false; });
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  EXPECT_EQ(waitForCalls(1), (CallList{{"status", STATUS_SERVICE_DOWN, {}}}));
+  daemon().setHandshake({});
+  ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_STOP));
+  ASSERT_TRUE(daemon().waitForFrames(1));
+  EXPECT_EQ((Blob{0x08, 0x04, 0x1a, 0x02, 0x22, 0x00}), daemon().frames()[0].blob())
+      << "the enable message was dropped";
+  EXPECT_EQ(1u, calls().size());
+}
+
+}  // namespace
+}  // namespace lcetest

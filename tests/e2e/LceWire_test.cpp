@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// The bytes that the library puts on the daemon's socket, and their order in long runs.
+#include <memory>
+
+#include "LceFixture.h"
+
+namespace lcetest {
+namespace {
+
+constexpr uint8_t kLceEndpoint = 105;
+
+class LceWire : public LceTest {
+ protected:
+  Frame frame(size_t index) {
+    EXPECT_TRUE(daemon().waitForFrames(index + 1));
+    const auto frames = daemon().frames();
+    return index < frames.size() ? frames[index] : Frame{};
+  }
+};
+
+void appendWord(Blob& bytes, uint64_t word) {
+  for (int shift = 0; shift < 64; shift += 8) bytes.push_back(static_cast<uint8_t>(word >> shift));
+}
+
+// A whole frame with an LCE blob in it.
+Blob frameBytes(uint64_t session, const Blob& blob) {
+  Blob bytes;
+  for (const uint64_t word : {uint64_t{kLceEndpoint}, uint64_t{1}, uint64_t{5}, uint64_t{0},
+                              session, uint64_t{4 + blob.size()}}) {
+    appendWord(bytes, word);
+  }
+  bytes.insert(bytes.end(), {7, 0, 0, 0});
+  bytes.insert(bytes.end(), blob.begin(), blob.end());
+  return bytes;
+}
+
+Blob varint(uint64_t value) {
+  Blob bytes;
+  for (; value >= 0x80; value >>= 7) bytes.push_back(static_cast<uint8_t>(value | 0x80));
+  bytes.push_back(static_cast<uint8_t>(value));
+  return bytes;
+}
+
+Blob operator+(Blob a, const Blob& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+Blob delimited(uint8_t key, const Blob& content) {
+  return Blob{key} + varint(content.size()) + content;
+}
+
+const Blob kEnable{0x1a, 0x04, 0x0a, 0x02, 0x08, 0x01};
+const Blob kDisable{0x1a, 0x02, 0x0a, 0x00};
+const Blob kGetLast{0x08, 0x03, 0x1a, 0x02, 0x1a, 0x00};
+
+TEST_F(LceWire, HandshakeIsAnsweredWithSessionAndEndpoint) {
+  daemon().setNextSessionId(0x01020304);
+  enable();
+  const auto replies = daemon().handshakeReplies();
+  ASSERT_EQ(1u, replies.size());
+  EXPECT_EQ((Blob{2, 0, 0, 0, 0x04, 0x03, 0x02, 0x01, kLceEndpoint, 0, 0, 0}), replies[0]);
+}
+
+TEST_F(LceWire, FramesCarryTheSessionIdOfTheHandshake) {
+  daemon().setNextSessionId(0x01020304);
+  enable();
+  EXPECT_EQ(frameBytes(0x01020304, kEnable), frame(0).bytes());
+}
+
+TEST_F(LceWire, BothGenerationsEnableAndDisableWithTheSameBytes) {
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_EQ(1, orb_lce_disable());
+  ASSERT_TRUE(daemon().waitForSessionsClosed(1));
+  ASSERT_EQ(0, createLceClient(onV2));
+  ASSERT_EQ(0, destroySdfClient());
+  ASSERT_TRUE(daemon().waitForSessionsClosed(2));
+  const auto frames = daemon().frames();
+  ASSERT_EQ(4u, frames.size());
+  EXPECT_EQ(frameBytes(1, kEnable), frames[0].bytes());
+  EXPECT_EQ(frameBytes(1, kDisable), frames[1].bytes());
+  EXPECT_EQ(frameBytes(2, kEnable), frames[2].bytes());
+  EXPECT_EQ(frameBytes(2, kDisable), frames[3].bytes());
+}
+
+TEST_F(LceWire, GetLastEstimationReport) {
+  enable();
+  ASSERT_EQ(0, lceGetLastEstimationReport(onLast));
+  EXPECT_EQ(frameBytes(1, kGetLast), frame(1).bytes());
+}
+
+TEST_F(LceWire, ReportingActionsTravelAsStopStartReset) {
+  enable();
+  ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_STOP));
+  ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
+  ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_RESET));
+  EXPECT_EQ(frameBytes(1, {0x08, 0x04, 0x1a, 0x02, 0x22, 0x00}), frame(1).bytes());
+  EXPECT_EQ(frameBytes(1, {0x08, 0x04, 0x1a, 0x04, 0x22, 0x02, 0x08, 0x01}), frame(2).bytes());
+  EXPECT_EQ(frameBytes(1, {0x08, 0x04, 0x1a, 0x04, 0x22, 0x02, 0x08, 0x02}), frame(3).bytes());
+}
+
+TEST_F(LceWire, RegisteringForReportsSendsNothing) {
+  enable();
+  ASSERT_EQ(0, lceRegEstimationReports(onReport));
+  ASSERT_EQ(0, lceGetLastEstimationReport(onLast));
+  EXPECT_EQ(frameBytes(1, kGetLast), frame(1).bytes());
+}
+
+TEST_F(LceWire, CriteriaCarryUsedEntriesCountsAndTransactionId) {
+  enable();
+  LceReportingCriteria criteria = {};
+  for (uint32_t& value : criteria.firstList) value = 99;
+  for (uint32_t& value : criteria.secondList) value = 98;
+  criteria.firstList[0] = 1;
+  criteria.firstList[1] = 300;
+  criteria.firstListCount = 2;
+  criteria.secondList[0] = 4294967295;
+  criteria.secondListCount = 1;
+  criteria.criteriaValue1 = 5;
+  criteria.criteriaValue2 = 6;
+  criteria.accessNetworkType = SDL_ACCESS_NETWORK_TYPE_NR5G;
+  const int64_t id = lceSetReportingCriteria(&criteria, onCriteria);
+  ASSERT_GT(id, 0);
+  const Blob body = Blob{0x08, 5, 0x10, 1} + delimited(0x1a, varint(4294967295)) + Blob{0x20, 2} +
+                    delimited(0x2a, Blob{1} + varint(300)) + Blob{0x30, 3, 0x38, 6};
+  const Blob blob = Blob{0x08, 0x02, 0x10} + varint(static_cast<uint64_t>(id)) +
+                    delimited(0x1a, delimited(0x12, body));
+  EXPECT_EQ(frameBytes(1, blob), frame(1).bytes());
+}
+
+TEST_F(LceWire, EmptyCriteriaAreAnEmptyMember) {
+  enable();
+  const LceReportingCriteria criteria = {};
+  const int64_t id = lceSetReportingCriteria(&criteria, onCriteria);
+  ASSERT_GT(id, 0);
+  const Blob blob =
+      Blob{0x08, 0x02, 0x10} + varint(static_cast<uint64_t>(id)) + Blob{0x1a, 2, 0x12, 0};
+  EXPECT_EQ(frameBytes(1, blob), frame(1).bytes());
+}
+
+TEST_F(LceWire, FullListsKeepTheirOrder) {
+  enable();
+  LceReportingCriteria criteria = {};
+  for (uint32_t i = 0; i < LCE_REPORTING_CRITERIA_LIST_MAX; ++i) {
+    criteria.firstList[i] = 100 + i;
+    criteria.secondList[i] = 200 - i;
+  }
+  criteria.firstListCount = criteria.secondListCount = LCE_REPORTING_CRITERIA_LIST_MAX;
+  ASSERT_GT(lceSetReportingCriteria(&criteria, onCriteria), 0);
+  const Blob blob = frame(1).blob();
+  LceProto::ServiceMsg message;
+  ASSERT_TRUE(message.ParseFromArray(blob.data(), static_cast<int>(blob.size())));
+  const auto& request = message.data().set_reporting_criteria();
+  EXPECT_EQ(20u, request.first_list_count());
+  EXPECT_EQ(20u, request.second_list_count());
+  EXPECT_EQ(std::vector<uint32_t>(request.first_list().begin(), request.first_list().end()),
+            std::vector<uint32_t>(std::begin(criteria.firstList), std::end(criteria.firstList)));
+  EXPECT_EQ(std::vector<uint32_t>(request.second_list().begin(), request.second_list().end()),
+            std::vector<uint32_t>(std::begin(criteria.secondList), std::end(criteria.secondList)));
+}
+
+TEST_F(LceWire, RequestsMadeBeforeTheDaemonIsThereArriveInOrder) {
+  daemon().stop();
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_EQ(0, lceGetLastEstimationReport(onLast));
+  ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
+  ASSERT_TRUE(daemon().start()) << daemon().error();
+  EXPECT_EQ(frameBytes(1, {0x08, 0x04, 0x1a, 0x04, 0x22, 0x02, 0x08, 0x01}), frame(2).bytes());
+  EXPECT_EQ(frameBytes(1, kEnable), frame(0).bytes());
+  EXPECT_EQ(frameBytes(1, kGetLast), frame(1).bytes());
+}
+
+TEST_F(LceWire, TenThousandRequestsAreEachAnsweredOnceAndInOrder) {
+  constexpr uint32_t kRequests = 10000;
+  const auto rate = std::make_shared<uint32_t>(0);  // shared by the copies of the handler
+  daemon().setFrameHandler([rate](orbsim::Session& session, const Frame& frame) {
+    return frame.blob() == kGetLast &&
+           session.sendBlob(orbsim::kSdkTypeLce, serialise(lastReport((*rate)++, 0, 0, 0, "NONE")));
+  });
+  enable();
+  for (uint32_t i = 0; i < kRequests; ++i) ASSERT_EQ(0, lceGetLastEstimationReport(onLast));
+  ASSERT_EQ(kRequests, waitForCalls(kRequests, std::chrono::seconds(300)).size());
+  const CallList all = settle();
+  ASSERT_EQ(kRequests, all.size());
+  for (uint32_t i = 0; i < kRequests; ++i) {
+    ASSERT_EQ(all[i], (Call{"last", 1, {i, {}, {}, 0}})) << i;
+  }
+}
+
+TEST_F(LceWire, TenThousandCriteriaRequestsTravelInOrderAndAreEachAnsweredOnce) {
+  constexpr size_t kRequests = 10000;
+  daemon().setAutoAnswer(true);
+  enable();
+  ASSERT_EQ(1u, waitForCalls(1).size());
+  clearCalls();
+  std::vector<int64_t> ids;
+  for (size_t i = 0; i < kRequests; ++i) ids.push_back(setCriteria());
+  ASSERT_EQ(kRequests, waitForCalls(kRequests, std::chrono::seconds(300)).size());
+  const CallList all = settle();
+  EXPECT_EQ(CallList(kRequests, Call{"criteria", 1, {}}), all);
+  const auto frames = daemon().frames();
+  ASSERT_EQ(kRequests + 1, frames.size());
+  for (size_t i = 0; i < kRequests; ++i) {
+    const Blob blob = frames[i + 1].blob();
+    LceProto::ServiceMsg message;
+    ASSERT_TRUE(message.ParseFromArray(blob.data(), static_cast<int>(blob.size())));
+    ASSERT_EQ(static_cast<uint64_t>(ids[i]), message.transaction_id()) << i;
+  }
+}
+
+}  // namespace
+}  // namespace lcetest

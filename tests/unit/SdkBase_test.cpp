@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "SdkBase.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "RecordingPlatform.h"
+#include "SdkClient.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+// The callbacks are plain functions; all runs on the test's thread here.
+Strings gCalls;
+void onStatus(status_e status) { gCalls.push_back("status " + std::to_string(status)); }
+void onV2(status_v2_e status) { gCalls.push_back("v2 " + std::to_string(status)); }
+
+class Service : public SdkBase {
+ public:
+  void blobListener(SdkClientBase::SdkStatus, const std::vector<uint8_t>&) override {}
+  void setCallbacks(StatusCallback status, StatusV2Callback v2) {
+    mStatusIndCb = status;
+    mBaseStatusV2Cb = v2;
+  }
+};
+
+// Lets an event manager be made, but no queue for the SDK client.
+class NoClientToBeHad {
+ public:
+  NoClientToBeHad() {
+    getrlimit(RLIMIT_NOFILE, &mBefore);
+    rlimit low = mBefore;
+    low.rlim_cur = 128;
+    setrlimit(RLIMIT_NOFILE, &low);
+    for (int fd = 0; (fd = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;) mTaken.push_back(fd);
+    for (int i = 0; i < 3; ++i) giveOne();
+  }
+  NoClientToBeHad(const NoClientToBeHad&) = delete;
+  NoClientToBeHad& operator=(const NoClientToBeHad&) = delete;
+  ~NoClientToBeHad() {
+    while (!mTaken.empty()) giveOne();
+    setrlimit(RLIMIT_NOFILE, &mBefore);
+  }
+
+ private:
+  void giveOne() {
+    close(mTaken.back());
+    mTaken.pop_back();
+  }
+  rlimit mBefore{};
+  std::vector<int> mTaken;
+};
+
+class SdkBaseTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    recording::clear();
+    gCalls.clear();
+  }
+  void TearDown() override { leave(); }
+
+  // A cleanup event makes no connection, so that no daemon is needed.
+  static std::shared_ptr<SdkClientEvent> farewell() {
+    return std::make_shared<SdkClientEvent>(OrbSdkClientType::LCE, std::vector<uint8_t>(), true);
+  }
+  SdkBase::Created create() {
+    return mService->createSdkInstance(
+        OrbSdkClientType::LCE, [](SdkClientBase::SdkStatus, const std::vector<uint8_t>&) {},
+        nullptr);
+  }
+  bool leave() {
+    const auto departure = mService->beginLeaving(OrbSdkClientType::LCE, farewell());
+    if (departure) SdkBase::finishLeaving(mService, departure);
+    return departure != nullptr;
+  }
+
+  const std::shared_ptr<Service> mService = std::make_shared<Service>();
+};
+
+TEST_F(SdkBaseTest, HasNoClientAtFirst) {
+  EXPECT_FALSE(mService->hasClient());
+  EXPECT_FALSE(mService->post(farewell()));
+  EXPECT_FALSE(leave());
+}
+
+TEST_F(SdkBaseTest, ObtainsAClientAndKeepsIt) {
+  EXPECT_EQ(SdkBase::Created::Yes, create());
+  EXPECT_TRUE(mService->hasClient());
+  EXPECT_EQ(SdkBase::Created::Yes, create());
+  EXPECT_TRUE(recording::hasEndingWith(" SdkClient new Instance created"));
+  EXPECT_FALSE(recording::hasEndingWith(" Instance is available and already running, post event."));
+  EXPECT_TRUE(gCalls.empty());
+}
+
+TEST_F(SdkBaseTest, FailureGoesToTheSecondGenerationSlotFirst) {
+  const NoClientToBeHad nothing;
+  mService->setCallbacks(onStatus, onV2);
+  EXPECT_EQ(SdkBase::Created::No, create());
+  EXPECT_EQ(gCalls, Strings{"v2 -3"});
+  EXPECT_FALSE(mService->hasClient());
+}
+
+TEST_F(SdkBaseTest, FailureGoesToTheStatusCallbackWithoutSecondGenerationSlot) {
+  const NoClientToBeHad nothing;
+  mService->setCallbacks(onStatus, nullptr);
+  EXPECT_EQ(SdkBase::Created::No, create());
+  EXPECT_EQ(gCalls, Strings{"status 2"});
+}
+
+TEST_F(SdkBaseTest, FailureWithoutCallbacksIsNotReported) {
+  const NoClientToBeHad nothing;
+  EXPECT_EQ(SdkBase::Created::No, create());
+  EXPECT_TRUE(gCalls.empty());
+}
+
+TEST_F(SdkBaseTest, FailedCreationMayBeTriedAgain) {
+  {
+    const NoClientToBeHad nothing;
+    EXPECT_EQ(SdkBase::Created::No, create());
+  }
+  EXPECT_EQ(SdkBase::Created::Yes, create());
+}
+
+TEST_F(SdkBaseTest, ObjectThatHasLeftTakesNothingMore) {
+  ASSERT_EQ(SdkBase::Created::Yes, create());
+  EXPECT_TRUE(leave());
+  EXPECT_FALSE(mService->hasClient());
+  EXPECT_FALSE(mService->post(farewell()));
+  EXPECT_EQ(SdkBase::Created::Left, create());
+  EXPECT_FALSE(leave());
+}
+
+TEST_F(SdkBaseTest, LastOneOutEndsTheClient) {
+  ASSERT_EQ(SdkBase::Created::Yes, create());
+  ASSERT_TRUE(leave());
+  EXPECT_TRUE(recording::hasEndingWith(" cleaning mInstance"));
+  EXPECT_TRUE(recording::waitFor([](const recording::Line& line) {
+    return line.text.find("|OrbSdk|SdkClient::~SdkClient:") == 0;
+  }));
+}
+
+}  // namespace
