@@ -77,6 +77,13 @@ class EventManagerTest : public ::testing::Test {
     mManager->processEvents(&timer);
   }
 
+  // The removals that wait for their pass, as the manager's owner runs them.
+  void runRemovals() {
+    mManager->lockRecursiveMutex();
+    EventManager::processRemove(mManager->removeFd(), mManager.get());
+    mManager->unlockRecursiveMutex();
+  }
+
   // A descriptor that is readable from the start.
   static int readyFd() { return eventfd(1, EFD_NONBLOCK | EFD_CLOEXEC); }
   static int idleFd() { return eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); }
