@@ -15,11 +15,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "lce.pb.h"
+#include "lle.pb.h"
+#include "lli.pb.h"
 #include "orbsim/Daemon.h"
 
 namespace orbsimtest {
@@ -30,18 +34,44 @@ using orbsim::Frame;
 using orbsim::Header;
 using orbsim::Options;
 
-constexpr uint64_t kLcePid = 105;
+constexpr uint32_t kLcePid = 105;
+constexpr uint32_t kLlePid = 106;
+constexpr uint32_t kLliPid = 107;
 
-inline Blob serialize(const LceProto::ServiceMsg& message) {
+// What belongs to the requests of one service.
+template <typename Request>
+struct Wire;
+template <>
+struct Wire<LceProto::ServiceMsg> {
+  using Answer = LceProto::ClientMsg;
+  static constexpr uint32_t kSdkType = 7;
+  static constexpr uint32_t kPid = kLcePid;
+};
+template <>
+struct Wire<LleProto::ServiceMsg> {
+  using Answer = LleProto::ClientMsg;
+  static constexpr uint32_t kSdkType = 8;
+  static constexpr uint32_t kPid = kLlePid;
+};
+template <>
+struct Wire<LliProto::ServiceMsg> {
+  using Answer = LliProto::ClientMsg;
+  static constexpr uint32_t kSdkType = 9;
+  static constexpr uint32_t kPid = kLliPid;
+};
+
+template <typename Request>
+Blob serialize(const Request& message) {
   Blob blob(message.ByteSizeLong());
   message.SerializeToArray(blob.data(), static_cast<int>(blob.size()));
   return blob;
 }
 
-inline LceProto::ClientMsg parse(const Frame& frame) {
-  LceProto::ClientMsg message;
+template <typename Request = LceProto::ServiceMsg>
+typename Wire<Request>::Answer parse(const Frame& frame) {
+  typename Wire<Request>::Answer message;
   const Blob blob = frame.blob();
-  EXPECT_EQ(orbsim::kSdkTypeLce, frame.sdkType());
+  EXPECT_EQ(Wire<Request>::kSdkType, frame.sdkType());
   EXPECT_TRUE(message.ParseFromArray(blob.data(), static_cast<int>(blob.size())));
   return message;
 }
@@ -50,7 +80,8 @@ inline LceProto::ClientMsg parse(const Frame& frame) {
 // a test that runs into its time limit, one that closes shows as a short read.
 class Client {
  public:
-  explicit Client(const std::string& path) : mFd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  explicit Client(const std::string& path, uint32_t processId = kLcePid)
+      : mFd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)), mProcessId(processId) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
@@ -100,18 +131,19 @@ class Client {
     const Blob init = readOnce();
     ASSERT_EQ(8u, init.size());
     std::memcpy(&mSessionId, init.data() + 4, sizeof(mSessionId));
-    write(reply(mSessionId));
+    write(reply(mSessionId, mProcessId));
     ASSERT_EQ(8u, readOnce().size());
   }
 
-  void send(const LceProto::ServiceMsg& message) {
-    sendPayload(orbsim::encodeBlobPayload(orbsim::kSdkTypeLce, serialize(message)));
+  template <typename Request>
+  void send(const Request& message) {
+    sendPayload(orbsim::encodeBlobPayload(Wire<Request>::kSdkType, serialize(message)));
   }
   void sendPayload(const Blob& payload, uint64_t messageId = orbsim::kSendBlobMessageId) {
     write(orbsim::encodeFrame(header(messageId, payload.size()), payload));
   }
   Header header(uint64_t messageId, size_t length) const {
-    return {kLcePid, orbsim::kDaemonProcessId, messageId, 0, mSessionId, length};
+    return {mProcessId, orbsim::kDaemonProcessId, messageId, 0, mSessionId, length};
   }
 
   Frame readFrame() {
@@ -123,20 +155,23 @@ class Client {
     frame.payload = readExactly(frame.header.payloadLength);
     return frame;
   }
-  LceProto::ClientMsg answerTo(const LceProto::ServiceMsg& request) {
+  template <typename Request>
+  typename Wire<Request>::Answer answerTo(const Request& request) {
     send(request);
-    return parse(readFrame());
+    return parse<Request>(readFrame());
   }
 
  private:
   int mFd;
+  uint32_t mProcessId;
   bool mConnected = false;
   uint32_t mSessionId = 0;
 };
 
-inline LceProto::ServiceMsg enable(bool on) {
-  LceProto::ServiceMsg message;
-  message.set_event_id(LceProto::ENABLE);
+// ENABLE is 0 in every service, and so what an event that was not set reads as.
+template <typename Request = LceProto::ServiceMsg>
+Request enable(bool on) {
+  Request message;
   message.mutable_data()->mutable_enable_msg()->set_enable(on);
   return message;
 }
@@ -165,6 +200,46 @@ inline LceProto::ServiceMsg action(LceProto::ReportingAction what) {
   message.mutable_data()->mutable_perform_reporting_action()->set_action(what);
   return message;
 }
+
+inline LleProto::ServiceMsg lleCriteria(uint32_t value) {
+  LleProto::ServiceMsg message;
+  message.set_event_id(LleProto::SET_REPORTING_CRITERIA);
+  message.mutable_data()->mutable_set_reporting_criteria()->set_reporting_criteria(value);
+  return message;
+}
+
+inline LleProto::ServiceMsg lleGetLast() {
+  LleProto::ServiceMsg message;
+  message.set_event_id(LleProto::GET_LAST_ESTIMATION_REPORT);
+  message.mutable_data()->mutable_get_last_estination_report();
+  return message;
+}
+
+inline LliProto::ServiceMsg lliRegister(bool on) {
+  LliProto::ServiceMsg message;
+  message.set_event_id(LliProto::REG_LINK_INTERRUPT_IND);
+  message.mutable_data()->mutable_reg_link_interrupt_ind()->set_register_ind(on);
+  return message;
+}
+
+// Lines of a daemon's log. Made before the daemon and gone after it.
+class LogLines {
+ public:
+  std::function<void(const std::string&)> sink() {
+    return [this](const std::string& line) {
+      std::lock_guard<std::mutex> lock(mLock);
+      mLines.push_back(line);
+    };
+  }
+  std::vector<std::string> lines() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mLines;
+  }
+
+ private:
+  mutable std::mutex mLock;
+  std::vector<std::string> mLines;
+};
 
 class OrbdSimTest : public ::testing::Test {
  protected:

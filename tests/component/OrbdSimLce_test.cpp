@@ -3,8 +3,6 @@
 
 // The daemon stand-in's link capacity service, its link model and its log.
 
-#include <mutex>
-
 #include "OrbdSimClient.h"
 #include "orbsim/LinkModel.h"
 
@@ -133,6 +131,16 @@ TEST_F(OrbdSimLceTest, BlobThatCannotBeReadIsAnInvalidArgument) {
   EXPECT_EQ(LceProto::INVALID_ARG, parse(client.readFrame()).data().status_msg().status());
 }
 
+TEST_F(OrbdSimLceTest, LastReportIsAnEstimateAlsoWhenNoneWasSentYet) {
+  daemon().setReportInterval(std::chrono::milliseconds(0));
+  Client client(path());
+  client.handshake();
+  client.answerTo(criteria(1, {}, 0));
+  client.send(action(LceProto::START));
+  const auto first = client.answerTo(getLast()).data().get_last_estimation_report_resp().rate();
+  EXPECT_EQ(orbsim::LinkModel(Options{}.seed).next().rate, first);
+}
+
 TEST_F(OrbdSimLceTest, MutedServiceKeepsItsStateAndSendsNothing) {
   daemon().setAutoAnswer(false);
   Client client(path());
@@ -146,13 +154,9 @@ TEST_F(OrbdSimLceTest, MutedServiceKeepsItsStateAndSendsNothing) {
 }
 
 TEST_F(OrbdSimLceTest, LogTellsEachEventInOneLine) {
-  std::mutex lock;
-  std::vector<std::string> lines;
+  LogLines log;
   Options options;
-  options.log = [&](const std::string& line) {
-    std::lock_guard<std::mutex> guard(lock);
-    lines.push_back(line);
-  };
+  options.log = log.sink();
   startDaemon(options);
   {
     Client client(path());
@@ -167,7 +171,7 @@ TEST_F(OrbdSimLceTest, LogTellsEachEventInOneLine) {
                 "value1=0 value2=0 network=NONE",
                 "session 1 pid 105 lce: -> SET_REPORTING_CRITERIA_ASYNC_RESULT txn=12 error=NONE",
                 "session 1 pid 105 closed", "stopped"}),
-            lines);
+            log.lines());
 }
 
 TEST(LinkModelTest, SameSeedGivesSameEstimates) {

@@ -57,12 +57,6 @@ bool Daemon::waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame
   return mControl.recorder().waitForFrame(wanted, found, timeout);
 }
 
-bool Daemon::waitForLceState(uint32_t sessionId,
-                             const std::function<bool(const LceState&)>& condition,
-                             Timeout timeout) const {
-  return mControl.recorder().waitForLceState(sessionId, condition, timeout);
-}
-
 bool Daemon::sendFrame(uint32_t sessionId, const Header& header, const Blob& payload) {
   const auto session = find(sessionId, /*establishedOnly=*/true);
   return session && session->sendFrame(header, payload);

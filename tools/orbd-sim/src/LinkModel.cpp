@@ -16,30 +16,21 @@ constexpr int64_t kLoad = 40000;
 
 }  // namespace
 
-// splitmix64: small, well mixed, and independent of the standard library's distributions.
-uint32_t LinkModel::random(uint32_t bound) {
-  mState += 0x9E3779B97F4A7C15u;
-  uint64_t z = mState;
-  z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
-  z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
-  z ^= z >> 31;
-  return static_cast<uint32_t>(z % bound);
-}
-
 LinkEstimate LinkModel::next() {
   if (mStepsToTarget == 0) {
-    mTarget = kMinRate + static_cast<int64_t>(random(static_cast<uint32_t>(kMaxRate - kMinRate)));
-    mStepsToTarget = 5 + random(12);
+    mTarget =
+        kMinRate + static_cast<int64_t>(mRandom.below(static_cast<uint32_t>(kMaxRate - kMinRate)));
+    mStepsToTarget = 5 + mRandom.below(12);
   }
   --mStepsToTarget;
   if (mStepsToTurn == 0) {
     mDownlink = !mDownlink;
-    mStepsToTurn = 3 + random(5);
+    mStepsToTurn = 3 + mRandom.below(5);
   }
   --mStepsToTurn;
 
   const int64_t before = mRate;
-  mRate += (mTarget - mRate) / 5 + static_cast<int64_t>(random(2001)) - 1000;
+  mRate += (mTarget - mRate) / 5 + static_cast<int64_t>(mRandom.below(2001)) - 1000;
   mRate = std::clamp(mRate, kMinRate, kMaxRate);
   mQueue = std::clamp<int64_t>(mQueue + (kLoad - mRate) / 8, 0, 64000);
   const bool steady = std::llabs(mRate - before) < before / 16;

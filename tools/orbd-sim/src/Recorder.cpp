@@ -38,19 +38,12 @@ void Recorder::frame(const Frame& frame) {
   mChanged.notify_all();
 }
 
-void Recorder::lceState(uint32_t sessionId, const LceState& state) {
-  if (!mKeepContents) return;
-  std::lock_guard<std::mutex> lock(mLock);
-  mLceStates[sessionId] = state;
-  mChanged.notify_all();
-}
-
 void Recorder::clear() {
   std::lock_guard<std::mutex> lock(mLock);
   mTotals = Totals{};
   mFrames.clear();
   mReplies.clear();
-  mLceStates.clear();
+  mStates = {};
 }
 
 Totals Recorder::totals() const {
@@ -66,12 +59,6 @@ std::vector<Frame> Recorder::frames() const {
 std::vector<Blob> Recorder::handshakeReplies() const {
   std::lock_guard<std::mutex> lock(mLock);
   return mReplies;
-}
-
-LceState Recorder::lceState(uint32_t sessionId) const {
-  std::lock_guard<std::mutex> lock(mLock);
-  const auto found = mLceStates.find(sessionId);
-  return found == mLceStates.end() ? LceState{} : found->second;
 }
 
 bool Recorder::waitForTotals(const std::function<bool(const Totals&)>& condition,
@@ -90,15 +77,6 @@ bool Recorder::waitForFrame(const std::function<bool(const Frame&)>& wanted, Fra
       return true;
     }
     return false;
-  });
-}
-
-bool Recorder::waitForLceState(uint32_t sessionId,
-                               const std::function<bool(const LceState&)>& condition,
-                               Timeout timeout) const {
-  return waitUntil(timeout, [&] {
-    const auto found = mLceStates.find(sessionId);
-    return condition(found == mLceStates.end() ? LceState{} : found->second);
   });
 }
 

@@ -4,6 +4,8 @@
 #include "orbsim/Service.h"
 
 #include "orbsim/LceService.h"
+#include "orbsim/LleService.h"
+#include "orbsim/LliService.h"
 
 namespace orbsim {
 
@@ -21,8 +23,16 @@ const char* serviceName(uint32_t sdkType) {
 }
 
 std::unique_ptr<Service> makeService(uint32_t sdkType, Session& session, Control& control) {
-  if (sdkType == kSdkTypeLce) return std::make_unique<LceService>(session, control);
-  return nullptr;
+  switch (sdkType) {
+    case kSdkTypeLce:
+      return std::make_unique<LceService>(session, control);
+    case kSdkTypeLle:
+      return std::make_unique<LleService>(session, control);
+    case kSdkTypeLli:
+      return std::make_unique<LliService>(session, control);
+    default:
+      return nullptr;
+  }
 }
 
 }  // namespace orbsim

@@ -24,12 +24,13 @@ constexpr int kExitUsage = 2;
 
 const char kHelp[] =
     "Usage: orbd-sim [OPTIONS]\n"
-    "Play the system daemon: serve link estimates on its socket and log what clients do.\n"
+    "Play the system daemon: serve link capacity (LCE), link latency (LLE) and link interruption\n"
+    "(LLI) on its socket and log what clients do.\n"
     "\n"
     "  -s, --socket PATH    Listen on PATH. [Default: /dev/socket/orb]\n"
-    "  -i, --interval MS    Send a report every MS milliseconds while reporting is started;\n"
-    "                       0 for none. [Default: 500]\n"
-    "  -S, --seed N         Start the link model from N. [Default: 1]\n"
+    "  -i, --interval MS    Send a report, or play a step of a handoff, every MS milliseconds to\n"
+    "                       clients that asked for it; 0 for none. [Default: 500]\n"
+    "  -S, --seed N         Start the models of link and handoffs from N. [Default: 1]\n"
     "  -q, --quiet          Log nothing.\n"
     "  -h, --help           Print this text and exit.\n"
     "\n"

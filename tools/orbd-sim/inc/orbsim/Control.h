@@ -25,7 +25,7 @@ struct Options {
   std::string socketPath = "/dev/socket/orb";
   int backlog = 16;
   std::chrono::milliseconds reportInterval{500};  // 0: no periodic reports
-  uint64_t seed = 1;                              // of the link model
+  uint64_t seed = 1;                              // of the services' models
   bool record = true;  // keep frames, replies and states for tests; false: only count them
   size_t maxQueuedBytes = size_t{64} << 20;     // per session, for a client that does not read
   std::function<void(const std::string&)> log;  // one line per event, from any thread; may be empty

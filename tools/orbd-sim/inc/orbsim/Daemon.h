@@ -31,6 +31,8 @@ namespace orbsim {
 class Daemon {
  public:
   using Timeout = std::chrono::milliseconds;
+  template <typename State>
+  using StateCondition = std::function<bool(const State&)>;
   static constexpr Timeout kTimeout{10000};  // generous: waits end as soon as their condition holds
 
   explicit Daemon(Options options = {});
@@ -56,7 +58,9 @@ class Daemon {
   Totals totals() const { return mControl.recorder().totals(); }
   std::vector<Frame> frames() const { return mControl.recorder().frames(); }
   std::vector<Blob> handshakeReplies() const { return mControl.recorder().handshakeReplies(); }
-  LceState lceState(uint32_t sessionId) const { return mControl.recorder().lceState(sessionId); }
+  LceState lceState(uint32_t sessionId) const { return state<LceState>(sessionId); }
+  LleState lleState(uint32_t sessionId) const { return state<LleState>(sessionId); }
+  LliState lliState(uint32_t sessionId) const { return state<LliState>(sessionId); }
   void clearRecords() { mControl.recorder().clear(); }
 
   bool waitForConnections(size_t count, Timeout timeout = kTimeout) const;
@@ -69,8 +73,18 @@ class Daemon {
   // recorder locked: they must not call the daemon.
   bool waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found = nullptr,
                     Timeout timeout = kTimeout) const;
-  bool waitForLceState(uint32_t sessionId, const std::function<bool(const LceState&)>& condition,
-                       Timeout timeout = kTimeout) const;
+  bool waitForLceState(uint32_t sessionId, const StateCondition<LceState>& condition,
+                       Timeout timeout = kTimeout) const {
+    return mControl.recorder().waitForState(sessionId, condition, timeout);
+  }
+  bool waitForLleState(uint32_t sessionId, const StateCondition<LleState>& condition,
+                       Timeout timeout = kTimeout) const {
+    return mControl.recorder().waitForState(sessionId, condition, timeout);
+  }
+  bool waitForLliState(uint32_t sessionId, const StateCondition<LliState>& condition,
+                       Timeout timeout = kTimeout) const {
+    return mControl.recorder().waitForState(sessionId, condition, timeout);
+  }
 
   // Acting. A session is named by its id; when two have the same, the newer is meant. False when
   // there is no such open session, or when its queue is full because the client does not read.
@@ -105,6 +119,10 @@ class Daemon {
     std::thread thread;
   };
 
+  template <typename State>
+  State state(uint32_t sessionId) const {
+    return mControl.recorder().state<State>(sessionId);
+  }
   bool openListener();
   bool fail(const char* what);
   void acceptLoop();

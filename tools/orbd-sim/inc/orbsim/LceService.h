@@ -3,43 +3,35 @@
 
 #pragma once
 
-#include <cstdint>
-#include <optional>
+#include <string>
 
 #include "lce.pb.h"
+#include "orbsim/Estimator.h"
 #include "orbsim/LinkModel.h"
-#include "orbsim/Service.h"
+#include "orbsim/TypedService.h"
 
 namespace orbsim {
 
-// Link capacity estimation. Requests are answered whether or not the client has enabled the
-// service: a client that finds a restarted daemon goes on with whatever request comes next.
-// While the answers of the service are switched off it keeps its state and sends nothing.
-class LceService : public Service {
+// Link capacity estimation: reports run from START to STOP or to a disable; the criteria stay.
+// Owned by the session and used only on the session's thread, so it has no lock.
+class LceService
+    : public TypedService<LceProto::ServiceMsg, LceProto::ClientMsg, LceState, kSdkTypeLce> {
  public:
   LceService(Session& session, Control& control);
 
-  void handleBlob(const Blob& blob) override;
-  std::optional<Clock::time_point> nextDue() const override;
-  void handleDue(Clock::time_point now) override;
-
  private:
-  void handleEnable(const LceProto::ServiceMsg& request);
-  void handleSetCriteria(const LceProto::ServiceMsg& request);
-  void handleGetLastReport(const LceProto::ServiceMsg& request);
-  void handleAction(const LceProto::ServiceMsg& request);
-  void setReporting(bool on);
-  void sendStatus(LceProto::Status status);
-  bool send(const LceProto::ClientMsg& message);
-  template <typename Report>
-  void fillReport(Report& report) const;
+  bool handleRequest(const LceProto::ServiceMsg& request) override;
+  bool reporting() const override { return mState.reporting; }
+  void stopReporting() override { mState.reporting = false; }
+  bool makeReport(LceProto::ClientMsg& report) override;
+  std::string describe(const LceProto::ServiceData& data) const override;
+  std::string describe(const LceProto::ClientData& data) const override;
 
-  Session& mSession;
-  Control& mControl;
-  LinkModel mLink;
-  LinkEstimate mLast;
-  LceState mState;
-  Clock::time_point mLastReportAt;  // meaningful while reporting
+  void handleSetCriteria(const LceProto::ServiceMsg& request);
+  void handleGetLastReport();
+  void handleAction(const LceProto::ServiceMsg& request);
+
+  Estimator<LinkModel> mLink;
 };
 
 }  // namespace orbsim

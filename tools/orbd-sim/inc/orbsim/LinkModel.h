@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "orbsim/Random.h"
+
 namespace orbsim {
 
 // One estimate of the link, in the units of the service messages.
@@ -21,14 +23,12 @@ struct LinkEstimate {
 // same estimates on every machine. Owned and used by one thread.
 class LinkModel {
  public:
-  explicit LinkModel(uint64_t seed) : mState(seed) {}
+  explicit LinkModel(uint64_t seed) : mRandom(seed) {}
 
   LinkEstimate next();
 
  private:
-  uint32_t random(uint32_t bound);  // 0 to bound - 1
-
-  uint64_t mState;
+  Random mRandom;
   int64_t mRate = 48000;
   int64_t mTarget = 48000;
   int64_t mQueue = 6000;

@@ -10,19 +10,28 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <tuple>
 #include <vector>
 
 #include "orbsim/Frame.h"
 
 namespace orbsim {
 
-// What one session asked of the LCE service so far.
-struct LceState {
+// What one session asked of a service so far.
+struct ServiceState {
   bool enabled = false;
+  uint64_t reports = 0;  // periodic reports or indications sent
+};
+struct LceState : ServiceState {
   bool criteriaSet = false;
   bool reporting = false;
-  uint64_t reports = 0;  // periodic reports sent
-  Blob criteria;         // the accepted criteria message, serialised
+  Blob criteria;  // the accepted criteria message, serialised
+};
+struct LleState : ServiceState {
+  uint32_t criteria = 0;  // reports run while it is not 0
+};
+struct LliState : ServiceState {
+  bool registered = false;
 };
 
 // Totals since construction or clear(); a restart of the daemon does not reset them.
@@ -48,21 +57,43 @@ class Recorder {
   void sessionOpened();
   void handshakeReply(const Blob& bytes);
   void frame(const Frame& frame);
-  void lceState(uint32_t sessionId, const LceState& state);
+  template <typename State>
+  void setState(uint32_t sessionId, const State& state) {
+    if (!mKeepContents) return;
+    std::lock_guard<std::mutex> lock(mLock);
+    std::get<States<State>>(mStates)[sessionId] = state;
+    mChanged.notify_all();
+  }
   void clear();
 
   Totals totals() const;
   std::vector<Frame> frames() const;
   std::vector<Blob> handshakeReplies() const;
-  LceState lceState(uint32_t sessionId) const;
+  template <typename State>
+  State state(uint32_t sessionId) const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return stateLocked<State>(sessionId);
+  }
 
   bool waitForTotals(const std::function<bool(const Totals&)>& condition, Timeout timeout) const;
   bool waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found,
                     Timeout timeout) const;
-  bool waitForLceState(uint32_t sessionId, const std::function<bool(const LceState&)>& condition,
-                       Timeout timeout) const;
+  template <typename State>
+  bool waitForState(uint32_t sessionId, const std::function<bool(const State&)>& condition,
+                    Timeout timeout) const {
+    return waitUntil(timeout, [&] { return condition(stateLocked<State>(sessionId)); });
+  }
 
  private:
+  template <typename State>
+  using States = std::map<uint32_t, State>;  // by session id; a reused id starts afresh
+
+  template <typename State>
+  State stateLocked(uint32_t sessionId) const {
+    const States<State>& states = std::get<States<State>>(mStates);
+    const auto found = states.find(sessionId);
+    return found == states.end() ? State{} : found->second;
+  }
   template <typename Condition>
   bool waitUntil(Timeout timeout, Condition condition) const {
     std::unique_lock<std::mutex> lock(mLock);
@@ -75,7 +106,7 @@ class Recorder {
   Totals mTotals;
   std::vector<Frame> mFrames;
   std::vector<Blob> mReplies;
-  std::map<uint32_t, LceState> mLceStates;  // by session id; a reused id starts afresh
+  std::tuple<States<LceState>, States<LleState>, States<LliState>> mStates;
 };
 
 }  // namespace orbsim

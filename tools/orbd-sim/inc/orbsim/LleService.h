@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#pragma once
+
+#include <string>
+
+#include "lle.pb.h"
+#include "orbsim/Estimator.h"
+#include "orbsim/LatencyModel.h"
+#include "orbsim/TypedService.h"
+
+namespace orbsim {
+
+// Link latency estimation. There is no request to start or stop: reports run while the criteria are
+// not 0, whatever else their value, and a disable sets them to 0. Latencies are in microseconds,
+// variances in square microseconds, the interval in milliseconds; a report status is 1 with an
+// estimate and 0 without. Owned by the session and used only on the session's thread, so it has no
+// lock.
+class LleService
+    : public TypedService<LleProto::ServiceMsg, LleProto::ClientMsg, LleState, kSdkTypeLle> {
+ public:
+  LleService(Session& session, Control& control);
+
+ private:
+  bool handleRequest(const LleProto::ServiceMsg& request) override;
+  bool reporting() const override { return mState.criteria != 0; }
+  void stopReporting() override { mState.criteria = 0; }
+  bool makeReport(LleProto::ClientMsg& report) override;
+  std::string describe(const LleProto::ServiceData& data) const override;
+  std::string describe(const LleProto::ClientData& data) const override;
+
+  void handleSetCriteria(const LleProto::ServiceMsg& request);
+  void handleGetLastReport();
+  template <typename Report>
+  void fillReport(const LatencyEstimate& estimate, Report& report) const;
+
+  Estimator<LatencyModel> mLatency;
+};
+
+}  // namespace orbsim

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "orbsim/Service.h"
+#include "orbsim/Session.h"
+
+namespace orbsim {
+
+// Numbers that mean the same in the packages of all services.
+constexpr int kEnableEvent = 0;
+constexpr int kStatusEvent = 0;
+enum class Outcome { kSuccess = 1, kInvalidArg = 2, kNotSupported = 4 };
+
+template <typename Message>
+Blob serialize(const Message& message) {
+  Blob blob(message.ByteSizeLong());
+  message.SerializeToArray(blob.data(), static_cast<int>(blob.size()));
+  return blob;
+}
+
+// What all services do alike: read a request or refuse it, enable and disable, send periodic
+// messages at the report interval, answer, log and record. What a service does with its other
+// requests, when it reports and what its messages say in the log is its own.
+//
+// Requests are answered whether or not the client has enabled the service: a client that finds a
+// restarted daemon goes on with whatever request comes next. While the answers of the service are
+// switched off it keeps its state and sends nothing.
+template <typename Request, typename Answer, typename State, uint32_t kSdkType>
+class TypedService : public Service {
+ public:
+  void handleBlob(const Blob& blob) final {
+    Request request;
+    if (!request.ParseFromArray(blob.data(), static_cast<int>(blob.size()))) {
+      mSession.log("%s: request of %zu bytes cannot be read", name(), blob.size());
+      sendStatus(Outcome::kInvalidArg);
+      return;
+    }
+    if (mControl.logs()) mSession.log("%s: %s", name(), requestText(request).c_str());
+    const bool wasReporting = reporting();
+    if (request.event_id() == kEnableEvent) {
+      handleEnable(request);
+    } else if (!handleRequest(request)) {
+      sendStatus(Outcome::kNotSupported);
+    }
+    // The first report follows at once, the next ones an interval apart.
+    if (reporting() && !wasReporting) mLastReportAt = Clock::time_point{};
+    record();
+  }
+
+  std::optional<Clock::time_point> nextDue() const final {
+    const auto interval = mControl.reportInterval();
+    if (!reporting() || interval.count() <= 0) return std::nullopt;
+    if (mLastReportAt == Clock::time_point{}) return mLastReportAt;
+    return mLastReportAt + interval;
+  }
+
+  void handleDue(Clock::time_point now) final {
+    mLastReportAt = now;
+    // A client that does not read gets no pile of stale reports.
+    if (mSession.queuedBytes() > 0) return;
+    Answer report;
+    if (!makeReport(report) || !send(report)) return;
+    ++mState.reports;
+    record();
+  }
+
+ protected:
+  using RequestData = std::decay_t<decltype(std::declval<Request>().data())>;
+  using AnswerData = std::decay_t<decltype(std::declval<Answer>().data())>;
+
+  TypedService(Session& session, Control& control) : mControl(control), mSession(session) {
+    record();
+  }
+
+  // Any request but the one to enable. False: there is no such request.
+  virtual bool handleRequest(const Request& request) = 0;
+  // Whether periodic messages are wanted, and that they no longer are.
+  virtual bool reporting() const = 0;
+  virtual void stopReporting() = 0;
+  // The next periodic message. False: there is nothing to tell this time.
+  virtual bool makeReport(Answer& report) = 0;
+  // The service's own part of a log line, with a blank in front, or nothing.
+  virtual std::string describe(const RequestData& data) const = 0;
+  virtual std::string describe(const AnswerData& data) const = 0;
+
+  void sendStatus(Outcome outcome) {
+    using Event = decltype(std::declval<Answer>().event_id());
+    using Status = decltype(std::declval<Answer>().data().status_msg().status());
+    Answer message;
+    message.set_event_id(static_cast<Event>(kStatusEvent));
+    message.mutable_data()->mutable_status_msg()->set_status(static_cast<Status>(outcome));
+    send(message);
+  }
+
+  bool send(const Answer& message) {
+    if (!mControl.answers(kSdkType)) return false;
+    const bool sent = mSession.sendBlob(kSdkType, serialize(message));
+    if (mControl.logs()) {
+      mSession.log("%s: %s %s", name(), sent ? "->" : "not sent:", answerText(message).c_str());
+    }
+    return sent;
+  }
+
+  Control& mControl;
+  State mState;
+
+ private:
+  static const char* name() { return serviceName(kSdkType); }
+  void record() { mControl.recorder().setState(mSession.id(), mState); }
+
+  void handleEnable(const Request& request) {
+    if (!request.data().has_enable_msg()) {
+      sendStatus(Outcome::kInvalidArg);
+      return;
+    }
+    mState.enabled = request.data().enable_msg().enable();
+    if (!mState.enabled) stopReporting();
+    // After a disable the client may be gone already; nobody misses the answer then.
+    sendStatus(Outcome::kSuccess);
+  }
+
+  template <typename Message>
+  static std::string headText(const Message& message, const std::string& eventName) {
+    std::string text = eventName;
+    if (text.empty()) text = "event " + std::to_string(message.event_id());
+    if (message.transaction_id() != 0) text += " txn=" + std::to_string(message.transaction_id());
+    return text;
+  }
+  // The names of events and statuses are found in the message's own package.
+  std::string requestText(const Request& request) const {
+    std::string text = headText(request, ServiceEventId_Name(request.event_id()));
+    const RequestData& data = request.data();
+    if (data.has_enable_msg()) {
+      text += data.enable_msg().enable() ? " enable=true" : " enable=false";
+    }
+    return text + describe(data);
+  }
+  std::string answerText(const Answer& answer) const {
+    std::string text = headText(answer, ClientEventId_Name(answer.event_id()));
+    const AnswerData& data = answer.data();
+    if (data.has_status_msg()) text += " " + Status_Name(data.status_msg().status());
+    return text + describe(data);
+  }
+
+  Session& mSession;
+  Clock::time_point mLastReportAt;  // meaningful while reporting; the epoch before the first one
+};
+
+}  // namespace orbsim
