@@ -254,9 +254,9 @@ ORB_API int destroySdfClient(void);
  * comes through @p cb. Setting criteria does not start the reports.
  *
  * @param criteria  the criteria; not NULL. Counts 0 to 20, access network 0 (none) to 3 (NR5G). It
- * is copied before the function returns.
+ *                  is copied before the function returns.
  * @param cb        receives the answer to this request; not NULL. It must stay callable until it
- * has been called or LCE has been disabled.
+ *                  has been called or LCE has been disabled.
  * @return 1 to 4294967295 queued, the transaction id: unique among the unanswered requests, in no
  *         order | -2 a NULL argument, a count above 20 or an access network outside 0 to 3 |
  *         -5 LCE is not enabled. A refused call changes nothing.
@@ -272,7 +272,7 @@ ORB_API int64_t lceSetReportingCriteria(const LceReportingCriteria* criteria,
  *
  * @param cb  receives the answer; not NULL. There is one such callback: with several requests under
  *            way, the latest one gets all answers. It stays registered after the answer and must
- * stay callable until the next call replaces it or LCE has been disabled.
+ *            stay callable until the next call replaces it or LCE has been disabled.
  * @return 0 queued | -2 @p cb is NULL | -5 LCE is not enabled. A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
@@ -298,7 +298,7 @@ ORB_API int64_t lcePerformReportingAction(LceReportingAction action);
  * while reporting is started, with or without this; without, they are dropped.
  *
  * @param cb  receives each report; not NULL. It must stay callable until the next call replaces it
- * or LCE has been disabled. When replaced, one report may still reach the old callback.
+ *            or LCE has been disabled. When replaced, one report may still reach the old callback.
  * @return 0 registered | -2 @p cb is NULL | -5 LCE is not enabled. A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback. @p cb runs on the receiver thread.

@@ -2,23 +2,25 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 /*
  * libOrbSdlSdk: data-link services of the modem platform for applications. This header includes all
- * of the API; link with -lOrbSdlSdk. So far it offers
+ * of the API; link with -lOrbSdlSdk. It offers
  *
- *   LCE  link capacity estimation    <orb/lce.h>
+ *   LCE  link capacity estimation       <orb/lce.h>
+ *   LLE  link latency estimation        <orb/lle.h>
+ *   LLI  link interruption indication   <orb/lli.h>
  *
  * A service is used in four steps: enable it with a status callback, wait until that callback gets
  * STATUS_SUCCESS or STATUS_SERVICE_UP, call the requests, disable it. Nothing runs before the first
- * enable and nothing is left after the last disable. examples/lce_monitor.c is a whole program to
- * copy from.
+ * enable and nothing is left after the last disable. examples/lce_monitor.c, lle_monitor.c and
+ * lli_handoff.c are whole programs to copy from, all_services.c uses all three in one.
  *
  * What follows holds for every function and callback. Their own comments name what is particular.
  *
  * 1. Calls. Any function may be called from any thread and from inside any callback, at any time.
  *    A request checks its arguments, queues a message for the daemon and returns; it never waits
- * for the daemon. Requests accepted before the connection stands reach the daemon once it does, in
- *    the order of the calls. A connection is tried for about five seconds; when it fails, what was
- *    waiting for it is dropped, the status "service down" is reported, and the next request tries
- *    again. No request is repeated by the library.
+ *    for the daemon. Requests accepted before the connection stands reach the daemon once it does,
+ *    in the order of the calls. A connection is tried for about five seconds; when it fails, what
+ *    was waiting for it is dropped, the status "service down" is reported, and the next request
+ *    tries again. No request is repeated by the library.
  *
  * 2. Results. They differ by kind, for historical reasons, and are part of the contract:
  *
@@ -64,9 +66,9 @@
  *    transaction ids of the time before are forgotten.
  *
  * 5. Ownership. Arguments are read before the call returns and never kept, callbacks excepted; the
- *    library frees nothing that belongs to the application. What a callback gets comes by value, no
- *    pointer leads into the library. A registered callback must stay callable until it is replaced
- *    or its service has been disabled; mind plug-ins that unload.
+ *    library frees nothing that belongs to the application. What a callback gets comes by value, or
+ *    by a pointer that is valid until the callback returns. A registered callback must stay
+ *    callable until it is replaced or its service has been disabled; mind plug-ins that unload.
  *
  * 6. NULL. No argument may be NULL. A NULL pointer is an invalid argument: the call is refused with
  *    the result of point 2.
@@ -76,9 +78,9 @@
  *
  * 8. Processes. After fork() the child must not call the library before it calls an exec function:
  *    the threads are not there. Descriptors are close-on-exec. The process may end at any moment
- * and on any thread, with services enabled. The library stays mapped after dlclose(), as its
- * threads may still run. The library itself ends the process in two cases only: the descriptors of
- * its event loop cannot be created, or a frame of the daemon does not fit in memory.
+ *    and on any thread, with services enabled. The library stays mapped after dlclose(), as its
+ *    threads may still run. The library itself ends the process in two cases only: the descriptors
+ *    of its event loop cannot be created, or a frame of the daemon does not fit in memory.
  *
  * 9. Signals. The library's threads block all signals except SIGUSR1 and those that report a fault
  *    of the thread itself (SIGSEGV and the like), so handlers of the application do not run there
@@ -86,13 +88,15 @@
  *    platform's log extension (liborbalog.so) is installed: then it takes SIGUSR1.
  *
  * 10. Versions. "Since 1.0" is the library version that introduced a name. Names, values and
- * layouts do not change within the SONAME libOrbSdlSdk.so.1; later versions may add values and
- * functions, so treat a value that you do not know as "something else". Needs C99 or C++11.
+ *    layouts do not change within the SONAME libOrbSdlSdk.so.1; later versions may add values and
+ *    functions, so treat a value that you do not know as "something else". Needs C99 or C++11.
  */
 #ifndef ORB_SDL_H
 #define ORB_SDL_H
 
 #include <orb/lce.h>
+#include <orb/lle.h>
+#include <orb/lli.h>
 #include <orb/status.h>
 
 #endif /* ORB_SDL_H */

@@ -44,8 +44,8 @@ class OrbEventHandler {
 
   virtual void handleEvent(T item) = 0;
 
-  // Without a descriptor nothing posted would ever be handled.
-  bool hasEventFd() const { return mEventFd >= 0; }
+  // Without a descriptor that the loop wakes for, nothing posted would ever be handled.
+  bool canHandle() const { return mEventFd >= 0 && mEventManager->isWatched(mEventFd); }
 
   void postEvent(T item) {
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "OrbEventHandler postEvent start for fd[%d]",

@@ -18,8 +18,8 @@ class SdkDeparture;
 
 // Base of the service objects: holds the handle of the SDK client and reports when there is none.
 // Called from application threads; mLock guards the handle and what belongs to it, is held while an
-// event is posted, so that nothing is posted behind the event that retires the service, and never while
-// a callback runs or a thread is waited for.
+// event is posted, so that nothing is posted behind the event that retires the service, and never
+// while a callback runs or a thread is waited for.
 class SdkBase {
  public:
   enum class Created { Yes, No, Left };
@@ -34,8 +34,9 @@ class SdkBase {
   // What the daemon or the SDK client has to tell. On the receiver or the worker thread.
   virtual void blobListener(SdkClientBase::SdkStatus status, const std::vector<uint8_t>& blob) = 0;
 
-  // Reaches the SDK client for @p type and hands it @p event. No: there is no client, which has been
-  // reported to a status callback. Left: the object was disabled meanwhile, a new one is needed.
+  // Reaches the SDK client for @p type and hands it @p event. No: there is no client, which has
+  // been reported to a status callback. Left: the object was disabled meanwhile, a new one is
+  // needed.
   Created createSdkInstance(OrbSdkClientType type, SdkClientBase::Listener listener,
                             std::shared_ptr<SdkClientEvent> event);
 
@@ -43,12 +44,11 @@ class SdkBase {
   // Posts a request; false when there is no client (any more).
   bool post(std::shared_ptr<SdkClientEvent> event);
 
-  // First half of disable: closes the gate, posts the farewell as the last event and gives the client
-  // away. Empty when there is no client. The second half is finishLeaving().
-  std::shared_ptr<SdkDeparture> beginLeaving(OrbSdkClientType type,
-                                             std::shared_ptr<SdkClientEvent> farewell);
-  // Waits for callbacks under way and for the retirement of the type; from inside a callback it hands
-  // that to a thread of the library and returns at once.
+  // First half of disable: closes the gate, posts the farewell as the last event and gives the
+  // client away. Empty when there is no client. The second half is finishLeaving().
+  std::shared_ptr<SdkDeparture> beginLeaving(std::shared_ptr<SdkClientEvent> farewell);
+  // Waits for callbacks under way and for the retirement of the type; from inside a callback it
+  // hands that to a thread of the library and returns at once.
   static void finishLeaving(const std::shared_ptr<SdkBase>& object,
                             const std::shared_ptr<SdkDeparture>& departure);
 
@@ -66,9 +66,9 @@ class SdkBase {
   std::unique_lock<std::mutex> lockSettled();
 
   std::shared_ptr<SdkClient> mClient;
-  // One thread is in SdkClient::getInstance(): others that enable leave their events, others that need
-  // the client wait, for the first answer may come before the handle is stored. The wait ends with the
-  // start of a thread and no callback is called meanwhile.
+  // One thread is in SdkClient::getInstance(): others that enable leave their events, others that
+  // need the client wait, for the first answer may come before the handle is stored. The wait ends
+  // with the start of a thread and no callback is called meanwhile.
   bool mCreating = false;
   std::condition_variable mCreated;
   bool mLeft = false;

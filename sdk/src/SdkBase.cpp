@@ -77,14 +77,12 @@ bool SdkBase::post(std::shared_ptr<SdkClientEvent> event) {
   return mClient != nullptr;
 }
 
-std::shared_ptr<SdkDeparture> SdkBase::beginLeaving(OrbSdkClientType type,
-                                                    std::shared_ptr<SdkClientEvent> farewell) {
+std::shared_ptr<SdkDeparture> SdkBase::beginLeaving(std::shared_ptr<SdkClientEvent> farewell) {
   const std::lock_guard<std::mutex> lock(mLock);
   if (!mClient) return nullptr;
   mLeft = true;
   mGate.close();
-  auto departure = mClient->beginDeparture(type);
-  mClient->postEvent(std::move(farewell));
+  auto departure = mClient->beginDeparture(std::move(farewell));
   mClient.reset();  // the departure holds the client: ours is never the last reference
   return departure;
 }

@@ -14,8 +14,9 @@
 #include <mutex>
 #include <vector>
 
-// What an application does with plain C callbacks: state of its own behind a lock. Every callback is
-// recorded with its thread; a test may hang an action on the next one, which then runs inside it.
+// What an application does with plain C callbacks: state of its own behind a lock. Every callback
+// is recorded with its thread; a test may hang an action on the next one, which then runs inside
+// it.
 namespace application {
 
 struct Event {

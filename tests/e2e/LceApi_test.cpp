@@ -2,46 +2,19 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 // Results, refusals and log lines of the exported LCE functions; what a lost daemon does to them.
 #include "LceFixture.h"
+#include "ServiceApiSuite.h"
 
 namespace lcetest {
 namespace {
 
-class LceApi : public LceTest {};
+INSTANTIATE_TYPED_TEST_SUITE_P(Lce, ServiceApi, LceNames);
 
-// Enough for an event manager, one too few for the SDK client's own queue.
-constexpr size_t kManagerDescriptors = 3;
+class LceApi : public LceTest {};
 
 LceReportingCriteria criteria() {
   LceReportingCriteria result = {};
   result.accessNetworkType = SDL_ACCESS_NETWORK_TYPE_LTE;
   return result;
-}
-
-TEST_F(LceApi, DisableBeforeEnableIsRefused) {
-  EXPECT_EQ(0, orb_lce_disable());
-  EXPECT_EQ(lceLines(), (LceLines{{"orb_lce_disable", "Disable"},
-                                  {"orb_lce_disable", "Failed to get SDK instance."}}));
-  EXPECT_TRUE(calls().empty());
-}
-
-TEST_F(LceApi, DestroyBeforeCreateIsRefused) {
-  EXPECT_EQ(-1, destroySdfClient());
-  EXPECT_EQ(lceLines(), (LceLines{{"destroySdfClient", "Distroy"},
-                                  {"destroySdfClient", "Failed to get SDK instance."}}));
-}
-
-TEST_F(LceApi, EnableWithoutCallbackIsRefusedBeforeAnythingIsMade) {
-  EXPECT_EQ(0, orb_lce_enable(nullptr));
-  EXPECT_EQ(lceLines(), (LceLines{{"orb_lce_enable", "Enable"},
-                                  {"orb_lce_enable", "Status ind function null"}}));
-  EXPECT_EQ(0u, daemon().totals().connections);
-}
-
-TEST_F(LceApi, CreateWithoutCallbackIsRefusedBeforeAnythingIsMade) {
-  EXPECT_EQ(-1, createLceClient(nullptr));
-  EXPECT_EQ(lceLines(),
-            (LceLines{{"createLceClient", "Create"}, {"createLceClient", "cb function null"}}));
-  EXPECT_EQ(0u, daemon().totals().connections);
 }
 
 TEST_F(LceApi, RequestsBeforeEnableAreRefusedWhateverTheirArguments) {
@@ -55,41 +28,14 @@ TEST_F(LceApi, RequestsBeforeEnableAreRefusedWhateverTheirArguments) {
   EXPECT_EQ(-5, lcePerformReportingAction(static_cast<LceReportingAction>(0)));
   EXPECT_EQ(-5, lceRegEstimationReports(onReport));
   EXPECT_EQ(-5, lceRegEstimationReports(nullptr));
-  EXPECT_EQ(lceLines(), (LceLines{{"lceSetReportingCriteria", text},
-                                  {"lceSetReportingCriteria", text},
-                                  {"lceGetLastEstimationReport", text},
-                                  {"lceGetLastEstimationReport", text},
-                                  {"lcePerformReportingAction", text},
-                                  {"lcePerformReportingAction", text},
-                                  {"lceRegEstimationReports", text},
-                                  {"lceRegEstimationReports", text}}));
-}
-
-TEST_F(LceApi, EnableAndDisableSayYesAndLogTheObjectsLife) {
-  enable();
-  EXPECT_EQ(1, orb_lce_disable());
-  ASSERT_TRUE(waitForLceLine("~Lce", "~Lce called"));
-  EXPECT_EQ(lceLinesOf("orb_lce_enable"), (LceLines{{"orb_lce_enable", "Enable"}}));
-  EXPECT_EQ(lceLinesOf("orb_lce_disable"), (LceLines{{"orb_lce_disable", "Disable"}}));
-  EXPECT_EQ(lceLinesOf("Lce"), (LceLines{{"Lce", "Lce ctor"}}));
-  EXPECT_EQ(lceLinesOf("~Lce"), (LceLines{{"~Lce", "~Lce called"}}));
-  EXPECT_EQ(-5, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
-  EXPECT_EQ(0, orb_lce_disable());
-}
-
-TEST_F(LceApi, CreateAndDestroySayYesInTheirOwnNumbers) {
-  EXPECT_EQ(0, createLceClient(onV2));
-  EXPECT_EQ(0, destroySdfClient());
-  EXPECT_EQ(lceLinesOf("createLceClient"), (LceLines{{"createLceClient", "Create"}}));
-  EXPECT_EQ(lceLinesOf("destroySdfClient"), (LceLines{{"destroySdfClient", "Distroy"}}));
-  EXPECT_EQ(-1, destroySdfClient());
-}
-
-TEST_F(LceApi, EitherGenerationDisablesWhatTheOtherEnabled) {
-  EXPECT_EQ(1, orb_lce_enable(onStatus));
-  EXPECT_EQ(0, destroySdfClient());
-  EXPECT_EQ(0, createLceClient(onV2));
-  EXPECT_EQ(1, orb_lce_disable());
+  EXPECT_EQ(lines(), (LogLines{{"lceSetReportingCriteria", text},
+                               {"lceSetReportingCriteria", text},
+                               {"lceGetLastEstimationReport", text},
+                               {"lceGetLastEstimationReport", text},
+                               {"lcePerformReportingAction", text},
+                               {"lcePerformReportingAction", text},
+                               {"lceRegEstimationReports", text},
+                               {"lceRegEstimationReports", text}}));
 }
 
 TEST_F(LceApi, InvalidArgumentsAreRefusedSilentlyAndSendNothing) {
@@ -117,7 +63,7 @@ TEST_F(LceApi, InvalidArgumentsAreRefusedSilentlyAndSendNothing) {
   EXPECT_EQ(-2, lceRegEstimationReports(nullptr));
   for (const char* function : {"lceSetReportingCriteria", "lceGetLastEstimationReport",
                                "lcePerformReportingAction", "lceRegEstimationReports"}) {
-    EXPECT_TRUE(lceLinesOf(function).empty()) << function;
+    EXPECT_TRUE(linesOf(function).empty()) << function;
   }
   ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_STOP));
   ASSERT_TRUE(daemon().waitForFrames(2));
@@ -160,16 +106,6 @@ TEST_F(LceApi, TransactionIdsAreDifferentAndFitTheirRange) {
   }
 }
 
-TEST_F(LceApi, EnableAgainReplacesTheCallbackAndAsksAgain) {
-  enable();
-  ASSERT_EQ(1, orb_lce_enable(onOtherStatus));
-  ASSERT_TRUE(daemon().waitForFrames(2));
-  EXPECT_EQ(daemon().frames()[0].blob(), daemon().frames()[1].blob());
-  EXPECT_EQ(1u, lceLinesOf("Lce").size());
-  send(statusInd(LceProto::SUCCESS));
-  EXPECT_EQ(waitForCalls(1), (CallList{{"other", STATUS_SUCCESS, {}}}));
-}
-
 TEST_F(LceApi, EnableAfterDisableStartsAfresh) {
   enable();
   ASSERT_EQ(0, createLceClient(onV2));
@@ -190,62 +126,13 @@ TEST_F(LceApi, EnableAfterDisableStartsAfresh) {
   EXPECT_EQ(1u, calls().size()) << "the second generation's callback is forgotten";
 }
 
-TEST_F(LceApi, EnableThatGetsNoClientReportsInternalErrorBeforeItReturns) {
-  {
-    const FewDescriptors few(kManagerDescriptors);
-    EXPECT_EQ(0, orb_lce_enable(onStatus));
-    EXPECT_EQ(calls(), (CallList{{"status", STATUS_INTERNAL_ERROR, {}}}));
-  }
-  enable();  // gives the object its client, so that it goes with the test
-}
-
-TEST_F(LceApi, CreateThatGetsNoClientSaysSoInItsResultAlone) {
-  {
-    const FewDescriptors few(kManagerDescriptors);
-    EXPECT_EQ(-1, createLceClient(onV2));
-    EXPECT_TRUE(calls().empty());
-  }
-  enable();
-}
-
-TEST_F(LceApi, WithoutClientRequestsAreRefusedAndDisableReportsToBoth) {
-  {
-    const FewDescriptors few(kManagerDescriptors);
-    orb_lce_enable(onStatus);
-    createLceClient(onV2);
-  }
-  recording::clear();
-  clearCalls();
-  const LceReportingCriteria valid = criteria();
-  const std::string text = "Failed to get SDK client instance";
-  EXPECT_EQ(-5, lceSetReportingCriteria(&valid, onCriteria));
-  EXPECT_EQ(-5, lceGetLastEstimationReport(onLast));
-  EXPECT_EQ(-5, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
-  EXPECT_EQ(-5, lceRegEstimationReports(onReport));
-  EXPECT_EQ(0, orb_lce_disable());
-  EXPECT_EQ(-1, destroySdfClient());
-  EXPECT_EQ(lceLines(), (LceLines{{"lceSetReportingCriteria", text},
-                                  {"lceGetLastEstimationReport", text},
-                                  {"lcePerformReportingAction", text},
-                                  {"lceRegEstimationReports", text},
-                                  {"orb_lce_disable", "Disable"},
-                                  {"orb_lce_disable", text + "."},
-                                  {"destroySdfClient", "Distroy"},
-                                  {"destroySdfClient", text + "."}}));
-  EXPECT_EQ(calls(), (CallList{{"status", STATUS_INTERNAL_ERROR, {}},
-                               {"v2", STATUS_V2_INTERNAL_ERROR, {}},
-                               {"status", STATUS_INTERNAL_ERROR, {}},
-                               {"v2", STATUS_V2_INTERNAL_ERROR, {}}}));
-  enable();
-}
-
 TEST_F(LceApi, LostConnectionIsReportedToBothAndTheNextRequestFindsTheDaemonAgain) {
   enableBoth();
   recording::clear();
   daemon().stop();
   EXPECT_EQ(waitForCalls(2),
             (CallList{{"status", STATUS_SERVICE_DOWN, {}}, {"v2", STATUS_V2_SERVICE_DOWN, {}}}));
-  EXPECT_EQ(lceLinesOf("blobListener"), (LceLines{{"blobListener", "Lce::blobListener"}}));
+  EXPECT_EQ(linesOf("blobListener"), (LogLines{{"blobListener", "Lce::blobListener"}}));
   clearCalls();
   daemon().setAutoAnswer(true);
   daemon().setNextSessionId(1);

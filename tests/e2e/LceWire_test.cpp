@@ -4,85 +4,19 @@
 #include <memory>
 
 #include "LceFixture.h"
+#include "ServiceWireSuite.h"
 
 namespace lcetest {
 namespace {
 
-constexpr uint8_t kLceEndpoint = 105;
+INSTANTIATE_TYPED_TEST_SUITE_P(Lce, ServiceWire, LceNames);
 
 class LceWire : public LceTest {
  protected:
-  Frame frame(size_t index) {
-    EXPECT_TRUE(daemon().waitForFrames(index + 1));
-    const auto frames = daemon().frames();
-    return index < frames.size() ? frames[index] : Frame{};
+  static Blob frameBytes(uint64_t session, const Blob& blob) {
+    return servicetest::frameBytes<LceNames>(session, blob);
   }
 };
-
-void appendWord(Blob& bytes, uint64_t word) {
-  for (int shift = 0; shift < 64; shift += 8) bytes.push_back(static_cast<uint8_t>(word >> shift));
-}
-
-// A whole frame with an LCE blob in it.
-Blob frameBytes(uint64_t session, const Blob& blob) {
-  Blob bytes;
-  for (const uint64_t word : {uint64_t{kLceEndpoint}, uint64_t{1}, uint64_t{5}, uint64_t{0},
-                              session, uint64_t{4 + blob.size()}}) {
-    appendWord(bytes, word);
-  }
-  bytes.insert(bytes.end(), {7, 0, 0, 0});
-  bytes.insert(bytes.end(), blob.begin(), blob.end());
-  return bytes;
-}
-
-Blob varint(uint64_t value) {
-  Blob bytes;
-  for (; value >= 0x80; value >>= 7) bytes.push_back(static_cast<uint8_t>(value | 0x80));
-  bytes.push_back(static_cast<uint8_t>(value));
-  return bytes;
-}
-
-Blob operator+(Blob a, const Blob& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
-}
-
-Blob delimited(uint8_t key, const Blob& content) {
-  return Blob{key} + varint(content.size()) + content;
-}
-
-const Blob kEnable{0x1a, 0x04, 0x0a, 0x02, 0x08, 0x01};
-const Blob kDisable{0x1a, 0x02, 0x0a, 0x00};
-const Blob kGetLast{0x08, 0x03, 0x1a, 0x02, 0x1a, 0x00};
-
-TEST_F(LceWire, HandshakeIsAnsweredWithSessionAndEndpoint) {
-  daemon().setNextSessionId(0x01020304);
-  enable();
-  const auto replies = daemon().handshakeReplies();
-  ASSERT_EQ(1u, replies.size());
-  EXPECT_EQ((Blob{2, 0, 0, 0, 0x04, 0x03, 0x02, 0x01, kLceEndpoint, 0, 0, 0}), replies[0]);
-}
-
-TEST_F(LceWire, FramesCarryTheSessionIdOfTheHandshake) {
-  daemon().setNextSessionId(0x01020304);
-  enable();
-  EXPECT_EQ(frameBytes(0x01020304, kEnable), frame(0).bytes());
-}
-
-TEST_F(LceWire, BothGenerationsEnableAndDisableWithTheSameBytes) {
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
-  ASSERT_EQ(1, orb_lce_disable());
-  ASSERT_TRUE(daemon().waitForSessionsClosed(1));
-  ASSERT_EQ(0, createLceClient(onV2));
-  ASSERT_EQ(0, destroySdfClient());
-  ASSERT_TRUE(daemon().waitForSessionsClosed(2));
-  const auto frames = daemon().frames();
-  ASSERT_EQ(4u, frames.size());
-  EXPECT_EQ(frameBytes(1, kEnable), frames[0].bytes());
-  EXPECT_EQ(frameBytes(1, kDisable), frames[1].bytes());
-  EXPECT_EQ(frameBytes(2, kEnable), frames[2].bytes());
-  EXPECT_EQ(frameBytes(2, kDisable), frames[3].bytes());
-}
 
 TEST_F(LceWire, GetLastEstimationReport) {
   enable();

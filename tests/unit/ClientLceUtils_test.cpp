@@ -2,27 +2,22 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "ClientLceUtils.h"
 
-#include <android/log.h>
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <string>
-#include <vector>
-
-#include "RecordingPlatform.h"
+#include "StatusConversionSuite.h"
 
 namespace {
+
+struct Lce {
+  using Utils = ClientLceUtils;
+  using Status = LceProto::Status;
+  static constexpr const char* kName = "ClientLceUtils";
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Lce, StatusConversion, Lce);
 
 class ClientLceUtilsTest : public ::testing::Test {
  protected:
   void SetUp() override { recording::clear(); }
 
-  static int v2(int status) {
-    return ClientLceUtils::statusToStatusV2(static_cast<status_e>(status));
-  }
-  static int fromProto(int status) {
-    return ClientLceUtils::protoStatusToClient(static_cast<LceProto::Status>(status));
-  }
   static bool networkValid(int type) {
     return ClientLceUtils::isAccessNwTypeValid(static_cast<SdlAccessNetworkType>(type));
   }
@@ -50,74 +45,6 @@ class ClientLceUtilsTest : public ::testing::Test {
     return ClientLceUtils::protoReportingCriteriaStatusToClient(error);
   }
 };
-
-TEST_F(ClientLceUtilsTest, StatusV2KeepsItsIrregularOrder) {
-  EXPECT_EQ(-1, v2(-1));
-  EXPECT_EQ(0, v2(0));
-  EXPECT_EQ(-2, v2(1));
-  EXPECT_EQ(-3, v2(2));
-  EXPECT_EQ(-4, v2(3));
-  EXPECT_EQ(-5, v2(4));
-  EXPECT_EQ(-7, v2(5));
-  EXPECT_EQ(-8, v2(6));
-  EXPECT_EQ(-6, v2(8));
-  EXPECT_TRUE(recording::lines().empty());
-}
-
-TEST_F(ClientLceUtilsTest, InvalidSlotHasNoStatusV2AndIsLogged) {
-  EXPECT_EQ(-1, v2(7));
-  ASSERT_EQ(1u, recording::lines().size());
-  EXPECT_EQ("Unknown Status!", recording::lines()[0].text);
-}
-
-TEST_F(ClientLceUtilsTest, UnknownStatusGoesToThePlatformLogAsErrorWithoutTag) {
-  for (int unknown : {-2, 9, 12, INT_MAX, INT_MIN}) {
-    recording::clear();
-    EXPECT_EQ(-1, v2(unknown)) << unknown;
-    const std::vector<recording::Line> lines = recording::lines();
-    ASSERT_EQ(1u, lines.size()) << unknown;
-    EXPECT_EQ(ANDROID_LOG_ERROR, lines[0].priority);
-    EXPECT_FALSE(lines[0].hasTag);
-    EXPECT_EQ("Unknown Status!", lines[0].text);
-  }
-}
-
-TEST_F(ClientLceUtilsTest, ListedProtoStatusIsOneMoreThanTheClients) {
-  for (int status = 0; status <= 9; status++) EXPECT_EQ(status - 1, fromProto(status));
-  EXPECT_TRUE(recording::lines().empty());
-}
-
-TEST_F(ClientLceUtilsTest, EveryProtoStatusNameHasItsClientName) {
-  EXPECT_EQ(STATUS_INVALID, fromProto(LceProto::INVALID));
-  EXPECT_EQ(STATUS_SUCCESS, fromProto(LceProto::SUCCESS));
-  EXPECT_EQ(STATUS_INVALID_ARG, fromProto(LceProto::INVALID_ARG));
-  EXPECT_EQ(STATUS_INTERNAL_ERROR, fromProto(LceProto::INTERNAL_ERROR));
-  EXPECT_EQ(STATUS_NOT_SUPPORTED, fromProto(LceProto::NOT_SUPPORTED));
-  EXPECT_EQ(STATUS_INVALID_OPERATION, fromProto(LceProto::INVALID_OPERATION));
-  EXPECT_EQ(STATUS_SERVICE_UP, fromProto(LceProto::SERVICE_UP));
-  EXPECT_EQ(STATUS_SERVICE_DOWN, fromProto(LceProto::SERVICE_DOWN));
-  EXPECT_EQ(STATUS_INVALID_SLOT, fromProto(LceProto::INVALID_SLOT));
-  EXPECT_EQ(STATUS_RESERVED, fromProto(LceProto::RESERVED));
-}
-
-TEST_F(ClientLceUtilsTest, UnknownProtoStatusIsInvalidAndLoggedByTheSdkFrontEnd) {
-  for (int unknown : {-1, 10, 12, INT_MAX, INT_MIN}) {
-    recording::clear();
-    EXPECT_EQ(-1, fromProto(unknown)) << unknown;
-    const std::vector<recording::Line> lines = recording::lines();
-    ASSERT_EQ(1u, lines.size()) << unknown;
-    EXPECT_EQ(ANDROID_LOG_DEBUG, lines[0].priority);
-    EXPECT_FALSE(lines[0].hasTag);
-    const std::string head = "|OrbSdk|ClientLceUtils::protoStatusToClient:";
-    const std::string tail = " Unknown Status!";
-    const std::string& text = lines[0].text;
-    ASSERT_GT(text.size(), head.size() + tail.size()) << text;
-    EXPECT_EQ(head, text.substr(0, head.size()));
-    EXPECT_EQ(tail, text.substr(text.size() - tail.size()));
-    const std::string number = text.substr(head.size(), text.size() - head.size() - tail.size());
-    EXPECT_EQ(std::string::npos, number.find_first_not_of("0123456789")) << text;
-  }
-}
 
 TEST_F(ClientLceUtilsTest, AccessNetworkIsValidFromZeroToThree) {
   for (int type = 0; type <= 3; type++) EXPECT_TRUE(networkValid(type)) << type;

@@ -4,75 +4,26 @@
 // The LCE messages on the wire, byte by byte. Names in these tests are those of the messages.
 #include <google/protobuf/arena.h>
 #include <google/protobuf/stubs/logging.h>
-#include <gtest/gtest.h>
 
-#include <cstdint>
-#include <string>
 #include <type_traits>
-#include <vector>
 
+#include "ProtoTest.h"
 #include "lce.pb.h"
 
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
-Bytes serialize(const google::protobuf::MessageLite& message) {
-  Bytes bytes(message.ByteSizeLong());
-  EXPECT_TRUE(message.SerializeToArray(bytes.data(), static_cast<int>(bytes.size())));
-  return bytes;
-}
-
-template <typename Message>
-Message parse(const Bytes& bytes) {
-  Message message;
-  EXPECT_TRUE(message.ParseFromArray(bytes.data(), static_cast<int>(bytes.size())));
-  return message;
-}
-
-template <typename Message>
-bool parses(const Bytes& bytes) {
-  Message message;
-  return message.ParseFromArray(bytes.data(), static_cast<int>(bytes.size()));
-}
-
-// Checks number, name and back for the whole range of an enumeration: names[i] is the name of i.
-template <typename Enum>
-void expectEnum(const std::vector<std::string>& names, bool (*isValid)(int),
-                const std::string& (*name)(Enum), bool (*parseName)(const std::string&, Enum*)) {
-  const int count = static_cast<int>(names.size());
-  for (int number = 0; number < count; number++) {
-    EXPECT_TRUE(isValid(number)) << number;
-    EXPECT_EQ(names[static_cast<size_t>(number)], name(static_cast<Enum>(number)));
-    Enum value{};
-    ASSERT_TRUE(parseName(names[static_cast<size_t>(number)], &value));
-    EXPECT_EQ(number, value);
-  }
-  for (int number : {-1, count, count + 1}) {
-    EXPECT_FALSE(isValid(number)) << number;
-    EXPECT_EQ("", name(static_cast<Enum>(number)));
-  }
-}
-
-#define EXPECT_ENUM(ENUM, ...)                                                                 \
-  expectEnum<LceProto::ENUM>(                                                                  \
-      {__VA_ARGS__}, LceProto::ENUM##_IsValid,                                                 \
-      [](LceProto::ENUM value) -> const std::string& { return LceProto::ENUM##_Name(value); }, \
-      [](const std::string& text, LceProto::ENUM* value) {                                     \
-        return LceProto::ENUM##_Parse(text, value);                                            \
-      })
+using namespace prototest;
 
 TEST(LceProtoEnums, NumbersAndNamesAreFixed) {
-  EXPECT_ENUM(Status, "INVALID", "SUCCESS", "INVALID_ARG", "INTERNAL_ERROR", "NOT_SUPPORTED",
-              "INVALID_OPERATION", "SERVICE_UP", "SERVICE_DOWN", "INVALID_SLOT", "RESERVED");
-  EXPECT_ENUM(ServiceEventId, "ENABLE", "REG_ESTIMATION_REPORTS", "SET_REPORTING_CRITERIA",
-              "GET_LAST_ESTIMATION_REPORT", "PERFORM_REPORTING_ACTION");
-  EXPECT_ENUM(AccessNetwork, "NONE", "WCDMA", "LTE", "NR5G");
-  EXPECT_ENUM(ReportingAction, "STOP", "START", "RESET");
-  EXPECT_ENUM(ClientEventId, "STATUS_IND", "GET_LAST_ESTIMATION_REPORT_IND",
+  EXPECT_STATUS_ENUM(LceProto);
+  EXPECT_ENUM(LceProto, ServiceEventId, "ENABLE", "REG_ESTIMATION_REPORTS",
+              "SET_REPORTING_CRITERIA", "GET_LAST_ESTIMATION_REPORT", "PERFORM_REPORTING_ACTION");
+  EXPECT_ENUM(LceProto, AccessNetwork, "NONE", "WCDMA", "LTE", "NR5G");
+  EXPECT_ENUM(LceProto, ReportingAction, "STOP", "START", "RESET");
+  EXPECT_ENUM(LceProto, ClientEventId, "STATUS_IND", "GET_LAST_ESTIMATION_REPORT_IND",
               "ESTIMATION_REPORTS_IND", "SET_REPORTING_CRITERIA_ASYNC_RESULT");
-  EXPECT_ENUM(ConfidenceLevel, "L0", "L1", "L2", "L3", "L4", "L5", "L6", "L7");
-  EXPECT_ENUM(LinkDirection, "UP_LINK", "DOWN_LINK");
+  EXPECT_ENUM(LceProto, ConfidenceLevel, "L0", "L1", "L2", "L3", "L4", "L5", "L6", "L7");
+  EXPECT_ENUM(LceProto, LinkDirection, "UP_LINK", "DOWN_LINK");
 }
 
 TEST(LceProtoEnums, NamesAreMatchedExactly) {

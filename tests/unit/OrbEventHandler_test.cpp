@@ -60,7 +60,7 @@ class OrbEventHandlerTest : public EventManagerTest {
 };
 
 TEST_F(OrbEventHandlerTest, ConstructionRegistersADescriptorAndSaysSo) {
-  EXPECT_TRUE(mHandler->hasEventFd());
+  EXPECT_TRUE(mHandler->canHandle());
   EXPECT_EQ(1, mManager->getNumRegisteredFds());
   const Entries lines = log();
   ASSERT_GE(lines.size(), 4u);

@@ -31,6 +31,47 @@ struct ShippedReport {
   uint32_t queueSizeUL;
 };
 
+struct ShippedLatency {
+  uint8_t ulReportStatus;
+  uint64_t ulLatencyEstimation;
+  uint64_t ulVarianceEstimation;
+  uint8_t dlReportStatus;
+  uint64_t dlLatencyEstimation;
+  uint64_t dlVarianceEstimation;
+  uint32_t reportInterval;
+  int32_t rat;
+};
+
+struct ShippedInterruption {
+  int32_t handoffState;
+  int32_t sourceRat;
+  int32_t targetRat;
+  uint64_t estimatedTimeToInterruption;
+  uint64_t estimatedInterruptionDuration;
+};
+
+// A member is where it was shipped, and as wide. A build with another layout must not come to tests.
+#define ASSERT_SHIPPED(RECORD, SHIPPED, MEMBER)                             \
+  static_assert(offsetof(RECORD, MEMBER) == offsetof(SHIPPED, MEMBER), ""); \
+  static_assert(sizeof(RECORD::MEMBER) == sizeof(SHIPPED::MEMBER), "")
+#define ASSERT_LATENCY(MEMBER) ASSERT_SHIPPED(LleEstimationReport, ShippedLatency, MEMBER)
+ASSERT_LATENCY(ulReportStatus);
+ASSERT_LATENCY(ulLatencyEstimation);
+ASSERT_LATENCY(ulVarianceEstimation);
+ASSERT_LATENCY(dlReportStatus);
+ASSERT_LATENCY(dlLatencyEstimation);
+ASSERT_LATENCY(dlVarianceEstimation);
+ASSERT_LATENCY(reportInterval);
+ASSERT_LATENCY(rat);
+static_assert(sizeof(LleEstimationReport) == 56 && alignof(LleEstimationReport) == 8, "");
+#define ASSERT_INTERRUPTION(MEMBER) ASSERT_SHIPPED(LliInterruptInfo, ShippedInterruption, MEMBER)
+ASSERT_INTERRUPTION(handoffState);
+ASSERT_INTERRUPTION(sourceRat);
+ASSERT_INTERRUPTION(targetRat);
+ASSERT_INTERRUPTION(estimatedTimeToInterruption);
+ASSERT_INTERRUPTION(estimatedInterruptionDuration);
+static_assert(sizeof(LliInterruptInfo) == 32 && alignof(LliInterruptInfo) == 8, "");
+
 template <typename Enum>
 constexpr bool isInt32() {
   return std::is_same<std::underlying_type_t<Enum>, int32_t>::value;
@@ -45,6 +86,10 @@ TEST(PublicHeader, EveryEnumerationIsASigned32BitInteger) {
   EXPECT_TRUE(isInt32<LceEstimationReportStatus>());
   EXPECT_TRUE(isInt32<LceConfidenceLevel>());
   EXPECT_TRUE(isInt32<LceLinkDirection>());
+  EXPECT_TRUE(isInt32<LliHandoffIndType>());
+  EXPECT_TRUE(isInt32<LliPreHandoffState>());
+  EXPECT_TRUE(isInt32<LliHandoffState>());
+  EXPECT_TRUE(isInt32<LliRat>());
 }
 
 TEST(PublicHeader, StatusesKeepTheirNumbers) {
@@ -99,6 +144,29 @@ TEST(PublicHeader, LceValuesKeepTheirNumbers) {
   EXPECT_EQ(1, LCE_LINK_DIRECTION_DOWNLINK);
 }
 
+TEST(PublicHeader, LliValuesKeepTheirNumbers) {
+  EXPECT_EQ(0, LLI_HANDOFF_IND_TYPE_PRE_HANDOFF);
+  EXPECT_EQ(1, LLI_HANDOFF_IND_TYPE_HANDOFF);
+  EXPECT_EQ(0, LLI_PRE_HANDOFF_STATE_ENTRY);
+  EXPECT_EQ(1, LLI_PRE_HANDOFF_STATE_EXIT);
+  EXPECT_EQ(0, LLI_HANDOFF_STATE_START);
+  EXPECT_EQ(1, LLI_HANDOFF_STATE_SUCCESS);
+  EXPECT_EQ(2, LLI_HANDOFF_STATE_FAILURE);
+  EXPECT_EQ(3, LLI_HANDOFF_STATE_IMMINENT);
+  EXPECT_EQ(0, LLI_RAT_NULL_BEARER);
+  EXPECT_EQ(1, LLI_RAT_3GPP_WCDMA);
+  EXPECT_EQ(2, LLI_RAT_3GPP_GERAN);
+  EXPECT_EQ(3, LLI_RAT_3GPP_LTE);
+  EXPECT_EQ(4, LLI_RAT_3GPP_TDSCDMA);
+  EXPECT_EQ(5, LLI_RAT_3GPP_WLAN);
+  EXPECT_EQ(6, LLI_RAT_3GPP_5G);
+  EXPECT_EQ(7, LLI_RAT_3GPP_CIWLAN);
+  EXPECT_EQ(8, LLI_RAT_3GPP2_1X);
+  EXPECT_EQ(9, LLI_RAT_3GPP2_HRPD);
+  EXPECT_EQ(10, LLI_RAT_3GPP2_EHRPD);
+  EXPECT_EQ(11, LLI_RAT_3GPP2_WLAN);
+}
+
 TEST(PublicHeader, CriteriaKeepTheShippedLayout) {
   EXPECT_EQ(180u, sizeof(LceReportingCriteria));
   EXPECT_EQ(4u, alignof(LceReportingCriteria));
@@ -149,6 +217,31 @@ TEST(PublicHeader, ReportKeepsTheShippedLayout) {
   EXPECT_EQ(offsetof(ShippedReport, queueSizeUL), offsetof(LceEstimationReport, queueSizeUL));
 }
 
+// What this library fills in, an application compiled long ago reads.
+TEST(PublicHeader, RecordsOfTodayReadTheSameInAnOldApplication) {
+  LleEstimationReport report = {};
+  report.ulReportStatus = 255;
+  report.dlVarianceEstimation = UINT64_MAX - 1;
+  report.reportInterval = 1;
+  report.rat = SDL_ACCESS_NETWORK_TYPE_NR5G;
+  ShippedLatency latency;
+  std::memcpy(&latency, &report, sizeof(latency));
+  EXPECT_EQ(255, latency.ulReportStatus);
+  EXPECT_EQ(UINT64_MAX - 1, latency.dlVarianceEstimation);
+  EXPECT_EQ(1u, latency.reportInterval);
+  EXPECT_EQ(3, latency.rat);
+
+  const LliInterruptInfo info = {LLI_HANDOFF_STATE_IMMINENT, LLI_RAT_3GPP_LTE, LLI_RAT_3GPP_5G,
+                                 (uint64_t{1} << 32) + 1, UINT64_MAX};
+  ShippedInterruption interruption;
+  std::memcpy(&interruption, &info, sizeof(interruption));
+  EXPECT_EQ(3, interruption.handoffState);
+  EXPECT_EQ(3, interruption.sourceRat);
+  EXPECT_EQ(6, interruption.targetRat);
+  EXPECT_EQ((uint64_t{1} << 32) + 1, interruption.estimatedTimeToInterruption);
+  EXPECT_EQ(UINT64_MAX, interruption.estimatedInterruptionDuration);
+}
+
 // Only the types: this test is not linked to the functions.
 TEST(PublicHeader, FunctionsAndCallbacksKeepTheirSignatures) {
   using std::is_same;
@@ -167,6 +260,35 @@ TEST(PublicHeader, FunctionsAndCallbacksKeepTheirSignatures) {
       (is_same<decltype(lceGetLastEstimationReport), int64_t(LceEstimationReportCb)>::value));
   EXPECT_TRUE((is_same<decltype(lcePerformReportingAction), int64_t(LceReportingAction)>::value));
   EXPECT_TRUE((is_same<decltype(lceRegEstimationReports), int64_t(LceEstimationReportCb)>::value));
+}
+
+TEST(PublicHeader, LatencyFunctionsAndCallbacksKeepTheirSignatures) {
+  using std::is_same;
+  EXPECT_TRUE((is_same<LleStatusIndCb, void (*)(status_e)>::value));
+  EXPECT_TRUE((is_same<LleStatusV2Cb, void (*)(status_v2_e)>::value));
+  EXPECT_TRUE(
+      (is_same<LleEstimationReportCb, void (*)(int32_t, const LleEstimationReport*)>::value));
+  EXPECT_TRUE((is_same<decltype(orb_lle_enable), int(LleStatusIndCb)>::value));
+  EXPECT_TRUE((is_same<decltype(orb_lle_disable), int()>::value));
+  EXPECT_TRUE((is_same<decltype(createLleClient), int(LleStatusV2Cb)>::value));
+  EXPECT_TRUE((is_same<decltype(destroyLleClient), int()>::value));
+  EXPECT_TRUE((is_same<decltype(lleSetReportingCriteria), int64_t(uint32_t)>::value));
+  EXPECT_TRUE(
+      (is_same<decltype(lleGetLastEstimationReport), int64_t(LleEstimationReportCb)>::value));
+  EXPECT_TRUE((is_same<decltype(lleRegEstimationReports), int64_t(LleEstimationReportCb)>::value));
+}
+
+TEST(PublicHeader, InterruptionFunctionsAndCallbacksKeepTheirSignatures) {
+  using std::is_same;
+  EXPECT_TRUE((is_same<LliStatusIndCb, void (*)(status_e)>::value));
+  EXPECT_TRUE((is_same<LliStatusV2Cb, void (*)(status_v2_e)>::value));
+  EXPECT_TRUE((is_same<LliLinkInterruptIndCb, void (*)(LliHandoffIndType, LliPreHandoffState,
+                                                       const LliInterruptInfo*)>::value));
+  EXPECT_TRUE((is_same<decltype(orb_lli_enable), int(LliStatusIndCb)>::value));
+  EXPECT_TRUE((is_same<decltype(orb_lli_disable), int()>::value));
+  EXPECT_TRUE((is_same<decltype(createLliClient), int(LliStatusV2Cb)>::value));
+  EXPECT_TRUE((is_same<decltype(destroyLliClient), int()>::value));
+  EXPECT_TRUE((is_same<decltype(lliRegLinkInterruptInd), int64_t(LliLinkInterruptIndCb)>::value));
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ class SdkBaseTest : public ::testing::Test {
         nullptr);
   }
   bool leave() {
-    const auto departure = mService->beginLeaving(OrbSdkClientType::LCE, farewell());
+    const auto departure = mService->beginLeaving(farewell());
     if (departure) SdkBase::finishLeaving(mService, departure);
     return departure != nullptr;
   }

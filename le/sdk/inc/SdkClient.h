@@ -28,31 +28,34 @@ class SdkClientLoop {
 };
 
 // The process's SDK client: one session to the daemon per endpoint, blobs out and in. Held by the
-// service objects that use it, by its worker thread and, while a type is active, as the instance that
-// others join. Joining, and leaving with the question whether that was the last type, are decided under
-// one lock, the instance lock; the inherited mLock, taken after it, guards sessions and departures. No
-// lock is held while a session connects, sends or is waited for.
+// service objects that use it, by its worker thread and, while a type is active, as the instance
+// that others join. Joining, and leaving with the question whether that was the last type, are
+// decided under one lock, the instance lock; the inherited mLock, taken after it, guards sessions
+// and departures. No lock is held while a session connects, sends or is waited for.
 class SdkClient : private SdkClientLoop, public SdkClientBase {
  public:
-  SdkClient(std::unique_ptr<OrbTimer> timer, std::unique_ptr<orb::utils::EventManager> eventManager);
+  SdkClient(std::unique_ptr<OrbTimer> timer,
+            std::unique_ptr<orb::utils::EventManager> eventManager);
   ~SdkClient() override;
 
-  // Joins the running client, or creates it, for @p type. The listener is in place before @p event can
-  // have an effect. Empty when the running client cannot be joined or no thread could be started.
+  // Joins the running client, or creates it, for @p type. The listener is in place before @p event
+  // can have an effect. Empty when the running client cannot be joined or no thread could be
+  // started.
   static std::shared_ptr<SdkClient> getInstance(OrbSdkClientType type, Listener listener,
                                                 std::shared_ptr<SdkClientEvent> event);
   // Retires @p type without a farewell message and waits as finishDeparture() does.
   static void destroyInstance(OrbSdkClientType type);
 
   // Leaving in two halves. The first names the moment: what the type's connection still receives or
-  // reports from now on is dropped. The caller then posts the cleanup event.
-  std::shared_ptr<SdkDeparture> beginDeparture(OrbSdkClientType type);
-  // The second waits for the worker to send what is queued and to retire the type. A worker that does
-  // not get there in time (daemon absent, silent or not reading) is freed by closing the connection.
-  // Bounded: returns well within half a second.
+  // reports from now on is dropped. It posts @p farewell, the type's cleanup event.
+  std::shared_ptr<SdkDeparture> beginDeparture(std::shared_ptr<SdkClientEvent> farewell);
+  // The second waits for the worker to send what is queued and to retire the type. A worker that
+  // does not get there in time (daemon absent, silent or not reading, another type's connect or
+  // callback under way) is freed by closing the connection; a healthy one is told the farewell
+  // before. Bounded: returns well within half a second.
   static void finishDeparture(SdkDeparture& departure);
-  // Instead of the second half when nobody can wait: the worker retires the type when it gets there,
-  // and whatever is not connected yet never will be.
+  // Instead of the second half when nobody can wait: the worker retires the type when it gets
+  // there, and whatever is not connected yet never will be.
   static void leaveDepartureToWorker(SdkDeparture& departure);
 
   void connectOrbSdkClient(OrbSdkClientType type) override;
@@ -74,6 +77,7 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   static std::shared_ptr<SdkClient> startInstance(OrbSdkClientType type, Listener listener,
                                                   std::shared_ptr<SdkClientEvent> event);
   static void abandonDeparture(SdkDeparture& departure);
+  void bidFarewell(SdkDeparture& departure, const Session& session);
   void addListener(OrbSdkClientType type);
   Session sessionLeavingWith(const SdkDeparture& departure);
   Session createOrbSdkClient(ProcessId id);
@@ -84,7 +88,23 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   void handleConnectionStatus(bool connected, OrbSdkClientType type,
                               const OrbIpcClientSession* session);
 
+  // The type for which the worker sends at the moment, while it does.
+  class SendTurn {
+   public:
+    SendTurn(SdkClient& client, OrbSdkClientType type);
+    SendTurn(const SendTurn&) = delete;
+    SendTurn& operator=(const SendTurn&) = delete;
+    ~SendTurn();
+    // False for a type that has used up its patience: its farewell is said by others.
+    explicit operator bool() const { return mGranted; }
+
+   private:
+    SdkClient& mClient;
+    bool mGranted = false;
+  };
+
   // Guarded by mLock.
+  OrbSdkClientType mSending = OrbSdkClientType::None;
   std::map<ProcessId, Session> mOrbIpcSession;
   std::map<OrbSdkClientType, std::deque<std::shared_ptr<SdkDeparture>>> mDepartures;
 };

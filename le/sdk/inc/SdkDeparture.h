@@ -12,15 +12,16 @@
 class OrbIpcClientSession;
 class SdkClient;
 
-// One client type on its way out, from the moment its farewell is posted until the worker has retired
-// it. Made and waited for by the thread that disables, completed by the worker. mMutex guards what
-// follows it.
+// One client type on its way out, from the moment its farewell, the cleanup event, is posted until
+// the worker has retired it. Made and waited for by the thread that disables, completed by the
+// worker. mMutex guards what follows it.
 class SdkDeparture {
  public:
   using Clock = std::chrono::steady_clock;
 
-  SdkDeparture(OrbSdkClientType type, std::shared_ptr<SdkClient> client);
+  SdkDeparture(std::shared_ptr<SdkClientEvent> farewell, std::shared_ptr<SdkClient> client);
 
+  const std::shared_ptr<SdkClientEvent> mFarewell;
   const OrbSdkClientType mType;
   const std::shared_ptr<SdkClient> mClient;
 

@@ -15,7 +15,8 @@ enum class OrbSdkType : uint32_t { None = 0, LCE = 7, LLE = 8, LLI = 9 };
 OrbSdkType convertSdkTypeToIpc(OrbSdkClientType type);
 OrbSdkClientType convertSdkTypeToSdk(OrbSdkType type);
 
-// A service blob on its way to or from the daemon: the type in four bytes, host order, then the blob.
+// A service blob on its way to or from the daemon: the type in four bytes, host order, then the
+// blob.
 class SendBlobMessage : public OrbIpcMessage {
  public:
   static constexpr unsigned int ID = 5;

@@ -110,8 +110,21 @@ bool SdkClient::sendBlobToService(OrbSdkClientType type, std::vector<uint8_t> bl
             static_cast<int>(type));
     return false;
   }
-  return session->send(
-      std::make_shared<SendBlobMessage>(convertSdkTypeToIpc(type), std::move(blob)));
+  const SendTurn turn(*this, type);
+  return turn && session->send(
+                     std::make_shared<SendBlobMessage>(convertSdkTypeToIpc(type), std::move(blob)));
+}
+
+SdkClient::SendTurn::SendTurn(SdkClient& client, OrbSdkClientType type) : mClient(client) {
+  const std::lock_guard<std::mutex> lock(client.mLock);
+  const auto& departures = client.mDepartures[type];
+  mGranted = departures.empty() || !departures.front()->patienceOver();
+  if (mGranted) client.mSending = type;
+}
+
+SdkClient::SendTurn::~SendTurn() {
+  const std::lock_guard<std::mutex> lock(mClient.mLock);
+  mClient.mSending = OrbSdkClientType::None;
 }
 
 void SdkClient::handleSendBlobMessage(const std::shared_ptr<SendBlobMessage>& msg,

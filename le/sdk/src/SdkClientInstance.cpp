@@ -110,7 +110,7 @@ std::shared_ptr<SdkClient> SdkClient::startInstance(OrbSdkClientType type, Liste
                                               std::make_unique<orb::utils::EventManager>());
   instance->activateType(type);
   instance->setClientListener(type, std::move(listener));
-  const bool started = instance->hasEventFd() && instance->start(type, std::move(event));
+  const bool started = instance->canHandle() && instance->start(type, std::move(event));
   return started ? instance : nullptr;
 }
 
@@ -166,22 +166,26 @@ void SdkClient::destroyInstance(OrbSdkClientType type) {
     return;
   }
   if (!instance->isTypeActive(type)) return;
-  const auto departure = instance->beginDeparture(type);
-  instance->postEvent(std::make_shared<SdkClientEvent>(type, std::vector<uint8_t>(), true));
+  const auto departure = instance->beginDeparture(
+      std::make_shared<SdkClientEvent>(type, std::vector<uint8_t>(), true));
   instance.reset();
   finishDeparture(*departure);
 }
 
-std::shared_ptr<SdkDeparture> SdkClient::beginDeparture(OrbSdkClientType type) {
-  auto departure =
-      std::make_shared<SdkDeparture>(type, std::static_pointer_cast<SdkClient>(shared_from_this()));
-  const std::lock_guard<std::mutex> lock(mLock);
-  mDepartures[type].push_back(departure);
-  const auto found = mOrbIpcSession.find(endpointOf(type));
-  if (found != mOrbIpcSession.end() && found->second) {
-    found->second->mute();
-    found->second->stopRetrying();
+std::shared_ptr<SdkDeparture> SdkClient::beginDeparture(std::shared_ptr<SdkClientEvent> farewell) {
+  const OrbSdkClientType type = farewell->type;
+  auto departure = std::make_shared<SdkDeparture>(
+      farewell, std::static_pointer_cast<SdkClient>(shared_from_this()));
+  {
+    const std::lock_guard<std::mutex> lock(mLock);
+    mDepartures[type].push_back(departure);
+    const auto found = mOrbIpcSession.find(endpointOf(type));
+    if (found != mOrbIpcSession.end() && found->second) {
+      found->second->mute();
+      found->second->stopRetrying();
+    }
   }
+  postEvent(std::move(farewell));
   return departure;
 }
 
@@ -204,8 +208,22 @@ void SdkClient::leaveDepartureToWorker(SdkDeparture& departure) {
 void SdkClient::abandonDeparture(SdkDeparture& departure) {
   departure.startPatience(std::chrono::milliseconds(0));
   if (const Session session = departure.mClient->sessionLeavingWith(departure)) {
+    departure.mClient->bidFarewell(departure, session);
     session->beginClose();
   }
+}
+
+// In the worker's stead, when that is busy with other types: this one's connection may be as
+// healthy as ever. Not while the worker sends on it, which then does not get through.
+void SdkClient::bidFarewell(SdkDeparture& departure, const Session& session) {
+  const std::vector<uint8_t>& blob = departure.mFarewell->blob;
+  if (blob.empty()) return;
+  {
+    const std::lock_guard<std::mutex> lock(mLock);
+    if (mSending == departure.mType) return;
+  }
+  SendBlobMessage message(convertSdkTypeToIpc(departure.mType), blob);
+  session->sendAtOnce(message);
 }
 
 // The connection of the type as long as it is @p departure's: once the worker has retired that one,

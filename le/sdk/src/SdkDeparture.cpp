@@ -4,8 +4,9 @@
 
 #include <utility>
 
-SdkDeparture::SdkDeparture(OrbSdkClientType type, std::shared_ptr<SdkClient> client)
-    : mType(type), mClient(std::move(client)) {}
+SdkDeparture::SdkDeparture(std::shared_ptr<SdkClientEvent> farewell,
+                           std::shared_ptr<SdkClient> client)
+    : mFarewell(std::move(farewell)), mType(mFarewell->type), mClient(std::move(client)) {}
 
 void SdkDeparture::startPatience(std::chrono::milliseconds patience) {
   const std::lock_guard<std::mutex> lock(mMutex);

@@ -12,15 +12,11 @@
 #include "Service.h"
 #include "lce.pb.h"
 
-// The link capacity estimation service of the process. Requests come on application threads, answers on
-// the receiver thread; the base's mLock guards callbacks, used ids and pending requests.
-class Lce : public Service {
+// The link capacity estimation service of the process. Requests come on application threads,
+// answers on the receiver thread; the base's mLock guards callbacks, used ids and pending requests.
+class Lce : public ServiceOf<Lce> {
  public:
   static const ServiceTable kTable;
-  static ServiceSlot& mInstance();
-
-  Lce();
-  ~Lce() override;
 
   int64_t setReportingCriteria(const LceReportingCriteria& criteria, LceReportingCriteriaCb cb);
   int64_t getLastEstimationReport(LceEstimationReportCb cb);
@@ -33,11 +29,10 @@ class Lce : public Service {
  private:
   uint32_t getNextUniqueId();
   void forget(uint32_t id);
-  void handleStatus(const LceProto::ClientData& data);
   void handleAsyncResult(const LceProto::ClientMsg& message);
   template <class Report>
   void handleReport(const Report& report, const LceEstimationReportCb& cb,
-                    const struct ReportPoints& points);
+                    const ReportPoints& points);
 
   LceEstimationReportCb mEstimationReportInd = nullptr;
   LceEstimationReportCb mLastEstimationReportCb = nullptr;

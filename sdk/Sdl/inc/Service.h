@@ -9,12 +9,13 @@
 #include <vector>
 
 #include "LogPoint.h"
+#include "NeverDestroyed.h"
 #include "SdkBase.h"
 
 class Service;
 
-// The one place that holds a service's present object. lock guards instance and is held for look-ups
-// and changes only. Lives for ever: threads may come while the process exits.
+// The one place that holds a service's present object. lock guards instance and is held for
+// look-ups and changes only. Lives for ever: threads may come while the process exits.
 struct ServiceSlot {
   std::mutex lock;
   std::shared_ptr<Service> instance;
@@ -25,37 +26,88 @@ struct ServiceSlot {
   }
 };
 
+// Function of the lines that a service's listener writes.
+constexpr char kListener[] = "blobListener";
+
+// The lines around enable and create.
+struct OpeningPoints {
+  LogPoint entry;
+  LogPoint nullCallback;
+  LogPoint noInstance;
+
+  struct Line {
+    int number;
+    const char* text;
+  };
+  constexpr OpeningPoints(const char* function, Line entered, Line null, int instance)
+      : entry{function, entered.number, entered.text},
+        nullCallback{function, null.number, null.text},
+        noInstance{function, instance, "Failed to get SDK instance."} {}
+};
+
+// The lines around disable and destroy.
+struct ClosingPoints {
+  LogPoint entry;
+  LogPoint noInstance;
+  LogPoint noClient;
+
+  constexpr ClosingPoints(const char* function, OpeningPoints::Line entered, int instance,
+                          int client)
+      : entry{function, entered.number, entered.text},
+        noInstance{function, instance, "Failed to get SDK instance."},
+        noClient{function, client, "Failed to get SDK client instance."} {}
+};
+
+// Where a request says that it cannot be served; unlike the above, without a full stop.
+struct RequestPoints {
+  LogPoint noInstance;
+  LogPoint noClient;
+
+  constexpr RequestPoints(const char* function, int instance, int client)
+      : noInstance{function, instance, "Failed to get SDK instance"},
+        noClient{function, client, "Failed to get SDK client instance"} {}
+};
+
+// The lines of a status message.
+struct StatusPoints {
+  LogPoint entry;
+  LogPoint raw;
+  LogPoint converted;
+  LogPoint empty;
+
+  constexpr StatusPoints(int entered, int rawLine, int convertedLine, int emptyLine)
+      : entry{kListener, entered, "STATUS_IND"},
+        raw{kListener, rawLine, "status_msg %d"},
+        converted{kListener, convertedLine, "status %d"},
+        empty{kListener, emptyLine, "Status IND message data not filled"} {}
+};
+
+// The lines of a message that goes to a callback.
+struct ReportPoints {
+  LogPoint entry;
+  LogPoint values;
+  LogPoint sent;
+  LogPoint noCallback;
+  LogPoint empty;
+};
+
 // What is different between the services in everything that they share.
 struct ServiceTable {
-  struct Opening {  // enable and create
-    LogPoint entry;
-    LogPoint nullCallback;
-    LogPoint noInstance;
-  };
-  struct Closing {  // disable and destroy
-    LogPoint entry;
-    LogPoint noInstance;
-    LogPoint noClient;
-  };
   OrbSdkClientType type;
   LogSource source;
   ServiceSlot& (*slot)();
   std::shared_ptr<Service> (*make)();
   std::vector<uint8_t> (*enableMessage)(bool enable);
-  Opening enable;
-  Opening create;
-  Closing disable;
-  Closing destroy;
+  OpeningPoints enable;
+  OpeningPoints create;
+  ClosingPoints disable;
+  ClosingPoints destroy;
   LogPoint constructed;
   LogPoint destroyed;
   LogPoint blobListener;
   LogPoint unknownStatus;
-};
-
-// Where a request says that it cannot be served.
-struct RequestPoints {
-  LogPoint noInstance;
-  LogPoint noClient;
+  StatusPoints status;
+  LogPoint unknownMessage;
 };
 
 // Results of requests.
@@ -63,11 +115,11 @@ constexpr int64_t kRequestDone = 0;
 constexpr int64_t kInvalidArguments = -2;
 constexpr int64_t kNoService = -5;
 
-// A service object: the frame around enable, create, disable and destroy, the status fan-out and the
-// first half of the listener, written once for all services. Held by its slot until it is disabled and
-// by the SDK client's listener. The exported functions call it on application threads, the listener on
-// SDK threads; callbacks are guarded by the base's mLock, copied under it and called after it, through
-// the gate.
+// A service object: the frame around enable, create, disable and destroy, the status fan-out and
+// the first half of the listener, written once for all services. Held by its slot until it is
+// disabled and by the SDK client's listener. The exported functions call it on application threads,
+// the listener on SDK threads; callbacks are guarded by the base's mLock, copied under it and
+// called after it, through the gate.
 class Service : public SdkBase {
  public:
   explicit Service(const ServiceTable& table);
@@ -79,22 +131,31 @@ class Service : public SdkBase {
   static bool disable(const ServiceTable& table);
   static bool destroy(const ServiceTable& table);
 
-  // The object that a request goes to; empty, after the documented line, when there is none or it has
-  // no client.
+  // The object that a request goes to; empty, after the documented line, when there is none or it
+  // has no client.
   template <class S>
   static std::shared_ptr<S> ready(const ServiceTable& table, const RequestPoints& points) {
     return std::static_pointer_cast<S>(readyService(table, points));
   }
-  // Serialises and posts a request.
+  // Serialises and posts a request; the request function's result.
   template <class Message>
-  bool request(const Message& message) {
-    return post(std::make_shared<SdkClientEvent>(mTable.type, serialise(message)));
+  int64_t request(const Message& message) {
+    return post(std::make_shared<SdkClientEvent>(mTable.type, serialise(message))) ? kRequestDone
+                                                                                   : kNoService;
   }
   template <class Message>
   static std::vector<uint8_t> serialise(const Message& message) {
     std::vector<uint8_t> blob(message.ByteSizeLong());
     message.SerializeToArray(blob.data(), static_cast<int>(blob.size()));
     return blob;
+  }
+  // The message that enables or disables, in the service's own types.
+  template <class Message, auto EventId>
+  static std::vector<uint8_t> enableMessage(bool enable) {
+    Message message;
+    message.set_event_id(EventId);
+    message.mutable_data()->mutable_enable_msg()->set_enable(enable);
+    return serialise(message);
   }
 
   void blobListener(SdkClientBase::SdkStatus status, const std::vector<uint8_t>& blob) final;
@@ -103,13 +164,34 @@ class Service : public SdkBase {
   // A message of the service.
   virtual void handleBlob(const std::vector<uint8_t>& blob) = 0;
 
-  // Reads @p blob; one that does not parse reads as the default message, whatever came before the error.
+  // Reads @p blob; one that does not parse reads as the default message, whatever came before the
+  // error.
   template <class Message>
   static void parse(Message& message, const std::vector<uint8_t>& blob) {
     if (!message.ParseFromArray(blob.data(), static_cast<int>(blob.size()))) message.Clear();
   }
 
   void handleStatusInd(status_e status);
+  // A status message, if @p data holds one; Utils converts its value.
+  template <class Utils, class Data>
+  void handleStatus(const Data& data) {
+    handleMember(mTable.status, data.has_status_msg(), [&] {
+      mTable.status.raw.print(mTable.source, static_cast<int>(data.status_msg().status()));
+      const status_e status = Utils::protoStatusToClient(data.status_msg().status());
+      mTable.status.converted.print(mTable.source, static_cast<int>(status));
+      handleStatusInd(status);
+    });
+  }
+  // A message's name in the log, then its member, or that it is not the one present.
+  template <class Points, class Handler>
+  void handleMember(const Points& points, bool present, const Handler& handler) {
+    log(points.entry);
+    if (present) {
+      handler();
+    } else {
+      log(points.empty);
+    }
+  }
   void log(const LogPoint& point) const { point.print(mTable.source); }
 
   // Calls @p callback, a member, with @p arguments unless it is not set or the service is disabled.
@@ -133,13 +215,27 @@ class Service : public SdkBase {
 
  private:
   template <class Callback>
-  static bool open(const ServiceTable& table, const ServiceTable::Opening& points,
+  static bool open(const ServiceTable& table, const OpeningPoints& points,
                    Callback Service::*member, Callback cb);
-  static bool close(const ServiceTable& table, const ServiceTable::Closing& points);
+  static bool close(const ServiceTable& table, const ClosingPoints& points);
   static std::shared_ptr<Service> readyService(const ServiceTable& table,
                                                const RequestPoints& points);
   static std::shared_ptr<Service> obtain(const ServiceTable& table);
 
   const ServiceTable& mTable;
   StatusV2Callback mStatusV2Cb = nullptr;
+};
+
+// What a service's class has of its own by being a class: its slot, its maker and its table.
+template <class S>
+class ServiceOf : public Service {
+ public:
+  static ServiceSlot& mInstance() {
+    static NeverDestroyed<ServiceSlot> slot;
+    return slot.get();
+  }
+  static std::shared_ptr<Service> make() { return std::make_shared<S>(); }
+
+ protected:
+  ServiceOf() : Service(S::kTable) {}
 };

@@ -8,18 +8,10 @@
 #include <utility>
 
 #include "ClientLceUtils.h"
-#include "NeverDestroyed.h"
 
 namespace {
 
 constexpr LogSource kSource{"Lce", "sdk/Sdl/src/Lce.cpp"};
-
-std::vector<uint8_t> enableMessage(bool enable) {
-  LceProto::ServiceMsg message;
-  message.set_event_id(LceProto::ENABLE);
-  message.mutable_data()->mutable_enable_msg()->set_enable(enable);
-  return Service::serialise(message);
-}
 
 LceProto::ServiceMsg criteriaMessage(const LceReportingCriteria& criteria, uint32_t id) {
   LceProto::ServiceMsg message;
@@ -38,29 +30,7 @@ LceProto::ServiceMsg criteriaMessage(const LceReportingCriteria& criteria, uint3
   return message;
 }
 
-// Texts of the listener. The indication's branch names the other report where it has no data.
-constexpr const char* kListener = "blobListener";
-constexpr LogPoint kStatusInd{kListener, __LINE__, "STATUS_IND"};
-constexpr LogPoint kStatusMsg{kListener, __LINE__, "status_msg %d"};
-constexpr LogPoint kStatus{kListener, __LINE__, "status %d"};
-constexpr LogPoint kStatusEmpty{kListener, __LINE__, "Status IND message data not filled"};
-constexpr LogPoint kAsync{kListener, __LINE__, "SET_REPORTING_CRITERIA_ASYNC_RESULT"};
-constexpr LogPoint kAsyncValues{
-    kListener, __LINE__,
-    "SET_REPORTING_CRITERIA_ASYNC_RESULT transactionId: %d, success: %d, error: %s"};
-constexpr LogPoint kAsyncEmpty{kListener, __LINE__,
-                               "SET_REPORTING_CRITERIA_ASYNC_RESULT message data not filled"};
-constexpr LogPoint kNoCallback{kListener, __LINE__, "no cb found"};
-constexpr LogPoint kUnknownMessage{kListener, __LINE__, "Unknown message type"};
-
-}  // namespace
-
-struct ReportPoints {
-  LogPoint entry, values, sent, noCallback, empty;
-};
-
-namespace {
-
+// Lines of the listener. The indication's branch names the other report where it has no data.
 constexpr ReportPoints kLastReport{
     {kListener, __LINE__, "GET_LAST_ESTIMATION_REPORT_IND"},
     {kListener, __LINE__,
@@ -77,6 +47,13 @@ constexpr ReportPoints kReportInd{
     {kListener, __LINE__, "mEstimationReportInd sent"},
     {kListener, __LINE__, "mEstimationReportInd null"},
     {kListener, __LINE__, "GET_LAST_ESTIMATION_REPORT_IND message data not filled"}};
+constexpr struct {
+  LogPoint entry, values, noCallback, empty;
+} kAsync{{kListener, __LINE__, "SET_REPORTING_CRITERIA_ASYNC_RESULT"},
+         {kListener, __LINE__,
+          "SET_REPORTING_CRITERIA_ASYNC_RESULT transactionId: %d, success: %d, error: %s"},
+         {kListener, __LINE__, "no cb found"},
+         {kListener, __LINE__, "SET_REPORTING_CRITERIA_ASYNC_RESULT message data not filled"}};
 
 }  // namespace
 
@@ -84,33 +61,18 @@ const ServiceTable Lce::kTable{
     OrbSdkClientType::LCE,
     kSource,
     &Lce::mInstance,
-    [] { return std::static_pointer_cast<Service>(std::make_shared<Lce>()); },
-    &enableMessage,
-    {{"orb_lce_enable", __LINE__, "Enable"},
-     {"orb_lce_enable", __LINE__, "Status ind function null"},
-     {"orb_lce_enable", __LINE__, "Failed to get SDK instance."}},
-    {{"createLceClient", __LINE__, "Create"},
-     {"createLceClient", __LINE__, "cb function null"},
-     {"createLceClient", __LINE__, "Failed to get SDK instance."}},
-    {{"orb_lce_disable", __LINE__, "Disable"},
-     {"orb_lce_disable", __LINE__, "Failed to get SDK instance."},
-     {"orb_lce_disable", __LINE__, "Failed to get SDK client instance."}},
-    {{"destroySdfClient", __LINE__, "Distroy"},
-     {"destroySdfClient", __LINE__, "Failed to get SDK instance."},
-     {"destroySdfClient", __LINE__, "Failed to get SDK client instance."}},
+    &Lce::make,
+    &Service::enableMessage<LceProto::ServiceMsg, LceProto::ENABLE>,
+    {"orb_lce_enable", {__LINE__, "Enable"}, {__LINE__, "Status ind function null"}, __LINE__},
+    {"createLceClient", {__LINE__, "Create"}, {__LINE__, "cb function null"}, __LINE__},
+    {"orb_lce_disable", {__LINE__, "Disable"}, __LINE__, __LINE__},
+    {"destroySdfClient", {__LINE__, "Distroy"}, __LINE__, __LINE__},
     {"Lce", __LINE__, "Lce ctor"},
     {"~Lce", __LINE__, "~Lce called"},
     {kListener, __LINE__, "Lce::blobListener"},
-    {kListener, __LINE__, "unknown internal status %d"}};
-
-ServiceSlot& Lce::mInstance() {
-  static NeverDestroyed<ServiceSlot> slot;
-  return slot.get();
-}
-
-Lce::Lce() : Service(kTable) {}
-
-Lce::~Lce() = default;
+    {kListener, __LINE__, "unknown internal status %d"},
+    {__LINE__, __LINE__, __LINE__, __LINE__},
+    {kListener, __LINE__, "Unknown message type"}};
 
 uint32_t Lce::getNextUniqueId() {
   uint32_t id = 0;
@@ -134,7 +96,7 @@ int64_t Lce::setReportingCriteria(const LceReportingCriteria& criteria, LceRepor
     mPendingCriteriaCbs.emplace(id, cb);
   }
   try {
-    if (request(criteriaMessage(criteria, id))) return id;
+    if (request(criteriaMessage(criteria, id)) == kRequestDone) return id;
   } catch (...) {
     forget(id);  // a refused call leaves nothing behind
     throw;
@@ -148,7 +110,7 @@ int64_t Lce::getLastEstimationReport(LceEstimationReportCb cb) {
   message.set_event_id(LceProto::GET_LAST_ESTIMATION_REPORT);
   message.mutable_data()->mutable_get_last_estination_report();
   store(mLastEstimationReportCb, cb);
-  return request(message) ? kRequestDone : kNoService;
+  return request(message);
 }
 
 int64_t Lce::performReportingAction(LceReportingAction action) {
@@ -156,7 +118,7 @@ int64_t Lce::performReportingAction(LceReportingAction action) {
   message.set_event_id(LceProto::PERFORM_REPORTING_ACTION);
   message.mutable_data()->mutable_perform_reporting_action()->set_action(
       ClientLceUtils::clientReportingActionToProto(action));
-  return request(message) ? kRequestDone : kNoService;
+  return request(message);
 }
 
 int64_t Lce::regEstimationReports(LceEstimationReportCb cb) {
@@ -170,43 +132,26 @@ void Lce::handleBlob(const std::vector<uint8_t>& blob) {
   const LceProto::ClientData& data = message.data();
   switch (message.event_id()) {
     case LceProto::STATUS_IND:
-      handleStatus(data);
+      handleStatus<ClientLceUtils>(data);
       break;
     case LceProto::GET_LAST_ESTIMATION_REPORT_IND:
-      log(kLastReport.entry);
-      if (data.has_get_last_estimation_report_resp()) {
+      handleMember(kLastReport, data.has_get_last_estimation_report_resp(), [&] {
         handleReport(data.get_last_estimation_report_resp(), mLastEstimationReportCb, kLastReport);
-      } else {
-        log(kLastReport.empty);
-      }
+      });
       break;
     case LceProto::ESTIMATION_REPORTS_IND:
-      log(kReportInd.entry);
-      if (data.has_estimation_reports_resp()) {
+      handleMember(kReportInd, data.has_estimation_reports_resp(), [&] {
         handleReport(data.estimation_reports_resp(), mEstimationReportInd, kReportInd);
-      } else {
-        log(kReportInd.empty);
-      }
+      });
       break;
     case LceProto::SET_REPORTING_CRITERIA_ASYNC_RESULT:
-      handleAsyncResult(message);
+      handleMember(kAsync, data.has_set_reporting_criteria_resp(),
+                   [&] { handleAsyncResult(message); });
       break;
     default:
-      log(kUnknownMessage);
+      log(kTable.unknownMessage);
       break;
   }
-}
-
-void Lce::handleStatus(const LceProto::ClientData& data) {
-  log(kStatusInd);
-  if (!data.has_status_msg()) {
-    log(kStatusEmpty);
-    return;
-  }
-  kStatusMsg.print(kSource, static_cast<int>(data.status_msg().status()));
-  const status_e status = ClientLceUtils::protoStatusToClient(data.status_msg().status());
-  kStatus.print(kSource, static_cast<int>(status));
-  handleStatusInd(status);
 }
 
 template <class Report>
@@ -227,15 +172,10 @@ void Lce::handleReport(const Report& report, const LceEstimationReportCb& cb,
 }
 
 void Lce::handleAsyncResult(const LceProto::ClientMsg& message) {
-  log(kAsync);
-  if (!message.data().has_set_reporting_criteria_resp()) {
-    log(kAsyncEmpty);
-    return;
-  }
   const auto& response = message.data().set_reporting_criteria_resp();
   const auto id = static_cast<uint32_t>(message.transaction_id());
-  kAsyncValues.print(kSource, static_cast<int>(id), response.success() ? 1 : 0,
-                     escapePercent(response.error()).c_str());
+  kAsync.values.print(kSource, static_cast<int>(id), response.success() ? 1 : 0,
+                      escapePercent(response.error()).c_str());
   LceReportingCriteriaCb cb = nullptr;
   bool found = false;
   {
@@ -250,7 +190,7 @@ void Lce::handleAsyncResult(const LceProto::ClientMsg& message) {
     }
   }
   if (!found) {
-    log(kNoCallback);
+    log(kAsync.noCallback);
     return;
   }
   const CallbackGate::Pass pass(mGate);

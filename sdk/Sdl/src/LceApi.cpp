@@ -4,72 +4,53 @@
 #include <orb/lce.h>
 
 #include "ClientLceUtils.h"
-#include "Guarded.h"
 #include "Lce.h"
+#include "ServiceApi.h"
 
 namespace {
 
 constexpr uint8_t kListMax = LCE_REPORTING_CRITERIA_LIST_MAX;
-
-// How the second generation of enable and disable says yes and no.
-int createResult(bool done) { return done ? 0 : -1; }
 
 bool isValid(const LceReportingCriteria* criteria) {
   return criteria != nullptr && ClientLceUtils::isAccessNwTypeValid(criteria->accessNetworkType) &&
          criteria->firstListCount <= kListMax && criteria->secondListCount <= kListMax;
 }
 
-std::shared_ptr<Lce> lce(const char* function, int line) {
-  return Service::ready<Lce>(Lce::kTable, {{function, line, "Failed to get SDK instance"},
-                                           {function, line, "Failed to get SDK client instance"}});
-}
+// The lines of a request; both at the place that asks.
+constexpr RequestPoints at(const char* function, int line) { return {function, line, line}; }
 
 }  // namespace
 
 extern "C" {
 
-int orb_lce_enable(LceStatusIndCb cb) {
-  return guarded([&] { return Service::enable(Lce::kTable, cb) ? 1 : 0; }, 0);
-}
+int orb_lce_enable(LceStatusIndCb cb) { return serviceApi::enable(Lce::kTable, cb); }
 
-int orb_lce_disable(void) {
-  return guarded([] { return Service::disable(Lce::kTable) ? 1 : 0; }, 0);
-}
+int orb_lce_disable(void) { return serviceApi::disable(Lce::kTable); }
 
-int createLceClient(LceStatusV2Cb cb) {
-  return guarded([&] { return createResult(Service::create(Lce::kTable, cb)); }, -1);
-}
+int createLceClient(LceStatusV2Cb cb) { return serviceApi::create(Lce::kTable, cb); }
 
-int destroySdfClient(void) {
-  return guarded([] { return createResult(Service::destroy(Lce::kTable)); }, -1);
-}
+int destroySdfClient(void) { return serviceApi::destroy(Lce::kTable); }
 
 int64_t lceSetReportingCriteria(const LceReportingCriteria* criteria, LceReportingCriteriaCb cb) {
-  const auto object = lce(__func__, __LINE__);
-  if (!object) return kNoService;
-  if (cb == nullptr || !isValid(criteria)) return kInvalidArguments;
-  return guarded([&] { return object->setReportingCriteria(*criteria, cb); }, kNoService);
+  return serviceApi::request<Lce>(
+      at(__func__, __LINE__), cb != nullptr && isValid(criteria),
+      [&](Lce& lce) { return lce.setReportingCriteria(*criteria, cb); });
 }
 
 int64_t lceGetLastEstimationReport(LceEstimationReportCb cb) {
-  const auto object = lce(__func__, __LINE__);
-  if (!object) return kNoService;
-  if (cb == nullptr) return kInvalidArguments;
-  return guarded([&] { return object->getLastEstimationReport(cb); }, kNoService);
+  return serviceApi::request<Lce>(at(__func__, __LINE__), cb != nullptr,
+                                  [&](Lce& lce) { return lce.getLastEstimationReport(cb); });
 }
 
 int64_t lcePerformReportingAction(LceReportingAction action) {
-  const auto object = lce(__func__, __LINE__);
-  if (!object) return kNoService;
-  if (!ClientLceUtils::isReportingActionValid(action)) return kInvalidArguments;
-  return guarded([&] { return object->performReportingAction(action); }, kNoService);
+  return serviceApi::request<Lce>(at(__func__, __LINE__),
+                                  ClientLceUtils::isReportingActionValid(action),
+                                  [&](Lce& lce) { return lce.performReportingAction(action); });
 }
 
 int64_t lceRegEstimationReports(LceEstimationReportCb cb) {
-  const auto object = lce(__func__, __LINE__);
-  if (!object) return kNoService;
-  if (cb == nullptr) return kInvalidArguments;
-  return object->regEstimationReports(cb);
+  return serviceApi::request<Lce>(at(__func__, __LINE__), cb != nullptr,
+                                  [&](Lce& lce) { return lce.regEstimationReports(cb); });
 }
 
 }  // extern "C"

@@ -35,7 +35,7 @@ void reportFailure(void (*cb)(status_v2_e)) { cb(STATUS_V2_INTERNAL_ERROR); }
 }  // namespace
 
 template <class Callback>
-bool Service::open(const ServiceTable& table, const ServiceTable::Opening& points,
+bool Service::open(const ServiceTable& table, const OpeningPoints& points,
                    Callback Service::*member, Callback cb) {
   points.entry.print(table.source);
   if (cb == nullptr) {
@@ -62,7 +62,7 @@ bool Service::open(const ServiceTable& table, const ServiceTable::Opening& point
   }
 }
 
-bool Service::close(const ServiceTable& table, const ServiceTable::Closing& points) {
+bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
   points.entry.print(table.source);
   ServiceSlot& slot = table.slot();
   std::shared_ptr<Service> object;
@@ -73,7 +73,7 @@ bool Service::close(const ServiceTable& table, const ServiceTable::Closing& poin
   {
     const std::lock_guard<std::mutex> lock(slot.lock);
     object = slot.instance;
-    if (object) departure = object->beginLeaving(table.type, std::move(farewell));
+    if (object) departure = object->beginLeaving(std::move(farewell));
     if (departure) slot.instance.reset();
   }
   if (!object) {

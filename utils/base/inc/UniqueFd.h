@@ -14,10 +14,13 @@ class UniqueFd {
   explicit UniqueFd(int fd) : mFd(fd) {}
   UniqueFd(const UniqueFd&) = delete;
   UniqueFd& operator=(const UniqueFd&) = delete;
-  ~UniqueFd() {
-    if (mFd >= 0) ::close(mFd);
-  }
+  ~UniqueFd() { reset(); }
   int get() const { return mFd; }
+  // Closes the descriptor and owns the other one instead.
+  void reset(int fd = -1) {
+    const int former = std::exchange(mFd, fd);
+    if (former >= 0) ::close(former);
+  }
   // Gives the descriptor back to the caller, who closes it.
   int release() { return std::exchange(mFd, -1); }
 

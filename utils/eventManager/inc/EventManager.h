@@ -75,6 +75,7 @@ class EventManager {
     EventCallback callback;
     CloseCallback closeCallback;
     void* data;
+    bool watched;  // epoll has taken the descriptor
   };
 
   // Ends the process with exit(-1) when a descriptor cannot be had: the owner has no way to go on
@@ -93,6 +94,8 @@ class EventManager {
   // the same: the record is what its later removal, and with it the close, relies on.
   bool addEventHandler(int fd, EventCallback callback, void* data, CloseCallback closeCallback,
                        int events);
+  // Whether a pass of the loop will wake for `fd`: it is added and epoll has not refused it.
+  bool isWatched(int fd) const;
 
   // Requests the removal of `fd`; `closeFd` asks for its close as well, through `closeFunc` if
   // given. Calls the handler's CloseCallback before it returns. No effect for an unknown

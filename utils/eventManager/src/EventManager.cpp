@@ -103,14 +103,21 @@ bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
   epoll_event event{};
   event.events = static_cast<uint32_t>(events);
   event.data.fd = fd;
-  if (epoll_ctl(mEpollFd, EPOLL_CTL_ADD, fd, &event) == 0) {
+  const bool watched = epoll_ctl(mEpollFd, EPOLL_CTL_ADD, fd, &event) == 0;
+  if (watched) {
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Added event handler %d", fd);
   } else {
     __android_log_print(ANDROID_LOG_ERROR, nullptr, "Cannot add event handler. err:%d", errno);
   }
-  mHandlers[fd] = HandlerObject{callback, closeCallback, data};
+  mHandlers[fd] = HandlerObject{callback, closeCallback, data, watched};
   addApprovedFd(fd);
   return true;
+}
+
+bool EventManager::isWatched(int fd) const {
+  const Lock lock(mMutex);
+  const auto found = mHandlers.find(fd);
+  return found != mHandlers.end() && found->second.watched;
 }
 
 void EventManager::removeEventHandler(int fd, bool closeFd, CloseFunc closeFunc, void* closeData) {

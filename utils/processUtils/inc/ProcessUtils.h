@@ -14,9 +14,9 @@
 #include "ProcessHandler.h"
 #include "UniqueFd.h"
 
-// Registered sockets of the process and their receiver threads. One per process, made on first use and
-// kept until no thread can need it. Reached from every thread; mLock guards all fields, is held for
-// look-ups and changes only, never across a send, a receive or a callback.
+// Registered sockets of the process and their receiver threads. One per process, made on first use
+// and kept until no thread can need it. Reached from every thread; mLock guards all fields, is held
+// for look-ups and changes only, never across a send, a receive or a callback.
 struct ProcessUtilsGlobals {
   using Key = std::pair<unsigned long, unsigned long>;  // peer process id, session id
 
@@ -37,30 +37,32 @@ std::shared_ptr<ProcessUtilsGlobals> getProcessUtilsGlobals();
 
 // Registers a connected socket under (peer, session) and starts its detached receiver thread, which
 // from then on owns the descriptor's end: it closes it (the last holder of the shared socket does).
-// Refused, with a log line, are a pair that is already registered and a thread that the system cannot
-// start; descriptors 0 and below are ignored. On false the socket is still the caller's.
+// Refused, with a log line, are a pair that is already registered and a thread that the system
+// cannot start; descriptors 0 and below are ignored. On false the socket is still the caller's.
 bool registerSocket(unsigned long id, unsigned int sessionId, const SharedSocket& socket,
                     const std::shared_ptr<ProcessHandler>& handler);
-// The same for a plain descriptor and a handler that its owner keeps alive until the semaphore came.
-// The descriptor is taken over when it was registered and left alone otherwise.
+// The same for a plain descriptor and a handler that its owner keeps alive until the semaphore
+// came. The descriptor is taken over when it was registered and left alone otherwise.
 bool registerSocket(unsigned long id, unsigned int sessionId, int sockFd, ProcessHandler& handler);
 
-// Forgets the pair. The socket is neither shut down nor closed, its receiver goes on until it fails.
-// With @p only the pair is forgotten just when it still stands for that socket.
+// Forgets the pair. The socket is neither shut down nor closed, its receiver goes on until it
+// fails. With @p only the pair is forgotten just when it still stands for that socket.
 void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* only = nullptr);
 
 // True on the receiver thread that will signal @p semaphore: it must not wait for it.
 bool isReceiverThreadOf(const Semaphore* semaphore);
 
-// Sends a complete frame on the socket of its (destination, session) in one call. False when there is
-// no such socket or the call took nothing. A short count passes as success. May block in send.
-bool sendIpc(ipcMsg_t* msg);
+// Sends a complete frame on the socket of its (destination, session) in one call. False when there
+// is no such socket or the call took nothing. A short count passes as success. May block in send,
+// unless
+// @p flags for it say otherwise.
+bool sendIpc(ipcMsg_t* msg, int flags = 0);
 
 struct ProcessUtilsWrapper {
-  // Builds the frame in one buffer and sends it. May block in send.
+  // Builds the frame in one buffer and sends it as sendIpc() does.
   static bool sendMsg(const unsigned char* data, unsigned long len, unsigned long msgId,
                       long subsystemId, unsigned long srcId, unsigned long dstId,
-                      unsigned int sessionId);
+                      unsigned int sessionId, int flags = 0);
 };
 
 // One-time registration of the process under a name, for programs that take part in the IPC
@@ -70,6 +72,6 @@ void regProcess(unsigned long id, std::string name, unsigned long sessionId, std
 unsigned long getAssignedProcessId();
 std::string getAssignedProcessName();
 
-// Body of a receiver thread; returns when the socket has failed, which it then closes. For a handler
-// that its owner keeps alive.
+// Body of a receiver thread; returns when the socket has failed, which it then closes. For a
+// handler that its owner keeps alive.
 void ipcReceiver(int sockFd, ProcessHandler& handler);

@@ -23,18 +23,20 @@ struct IpcMsgConstructorHandlerPair_t {
 };
 
 // One connection to the daemon: socket, handshake, receiver, dispatch, sending. Must be owned by a
-// shared_ptr. Connecting and sending run on the thread that posts (the SDK worker), incoming frames and
-// the end of the connection on the receiver thread; beginClose(), stopRetrying(), awaitReceiver() and
-// cleanup() may come from any thread. mStateLock guards the state of the connection and is never held
-// across a system call that blocks, a wait for a thread or a call of a handler. The registry and the raw
-// handler are filled before the first connect and constant after it.
+// shared_ptr. Connecting and sending run on the thread that posts (the SDK worker), incoming frames
+// and the end of the connection on the receiver thread; beginClose(), stopRetrying(),
+// awaitReceiver() and cleanup() may come from any thread. mStateLock guards the state of the
+// connection and is never held across a system call that blocks, a wait for a thread or a call of a
+// handler. The registry and the raw handler are filled before the first connect and constant after
+// it.
 class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
                       public std::enable_shared_from_this<OrbIpcSession> {
  public:
   using RawMessageHandler =
       std::function<void(unsigned int, unsigned int, std::vector<unsigned char>)>;
 
-  // With @p ownThread messages are handled on a thread of the session's own, else where they are posted.
+  // With @p ownThread messages are handled on a thread of the session's own, else where they are
+  // posted.
   OrbIpcSession(int sockFd, unsigned int sessionId, ProcessId own, ProcessId peer, bool ownThread);
   ~OrbIpcSession() override;
 
@@ -42,8 +44,13 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   bool send(std::shared_ptr<OrbIpcMessage> msg);
   bool send(unsigned int subsystemId, unsigned int msgId, std::vector<unsigned char> payload);
 
+  // Sends on the calling thread, ahead of what others post, and does not wait for room in the
+  // socket. The caller sees to it that nobody else sends meanwhile.
+  bool sendAtOnce(OrbIpcMessage& msg);
+
   // An id that is already there keeps its entry.
-  void registerForMessages(std::unordered_map<unsigned int, IpcMsgConstructorHandlerPair_t> entries);
+  void registerForMessages(
+      std::unordered_map<unsigned int, IpcMsgConstructorHandlerPair_t> entries);
   void registerForRawMessage(RawMessageHandler handler);
 
   void handleMsg(ipcMsg_t* frame) override;
@@ -54,8 +61,8 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   bool isConnected() const { return mConnected; }
   unsigned int sessionId() const { return mSessionId; }
 
-  // Closes the connection, ends a connect in progress and waits until the receiver thread has ended;
-  // on that thread itself it does not wait. The session may connect again afterwards.
+  // Closes the connection, ends a connect in progress and waits until the receiver thread has
+  // ended; on that thread itself it does not wait. The session may connect again afterwards.
   void cleanup();
   // Starts what cleanup() does, for good, without waiting: the session never connects again.
   void beginClose();
@@ -89,7 +96,8 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   void handleOrbIpcIncomingRawMessage(const std::shared_ptr<OrbIpcIncomingRawMessage>& msg);
   void handleSendMessage(const std::shared_ptr<OrbIpcMessage>& msg);
   void handleOrbIpcRawMessage(const std::shared_ptr<OrbIpcRawMessage>& msg);
-  void sendFrame(const std::vector<unsigned char>& payload, unsigned int msgId, long subsystemId);
+  bool sendFrame(const std::vector<unsigned char>& payload, unsigned int msgId, long subsystemId,
+                 int flags = 0);
   void endConnection(int lostFd);
   SharedSocket takeSocket(bool forGood);
 
@@ -106,11 +114,11 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
 
   std::mutex mStateLock;
   std::condition_variable mStateChanged;
-  SharedSocket mSocketFd;        // empty when there is no socket
-  bool mClosedForGood = false;   // beginClose() came: no connect any more
-  bool mStopRetrying = false;    // a connect ends with its first failure
-  bool mEndSignalled = true;     // no thread is left that would signal the present semaphore
-  bool mReceiverStarted = false; // the present socket's semaphore is the receiver's to signal
+  SharedSocket mSocketFd;         // empty when there is no socket
+  bool mClosedForGood = false;    // beginClose() came: no connect any more
+  bool mStopRetrying = false;     // a connect ends with its first failure
+  bool mEndSignalled = true;      // no thread is left that would signal the present semaphore
+  bool mReceiverStarted = false;  // the present socket's semaphore is the receiver's to signal
   std::shared_ptr<ProcessUtilsGlobals> mGlobals;  // held while the socket is registered
   std::shared_ptr<UniqueFd> mRegisteredSocket;    // which socket that is
 };

@@ -152,11 +152,16 @@ void OrbIpcSession::handleOrbIpcRawMessage(const std::shared_ptr<OrbIpcRawMessag
   sendFrame(msg->mPayload, msg->mMsgId, static_cast<long>(msg->mSubsystemId));
 }
 
-void OrbIpcSession::sendFrame(const std::vector<unsigned char>& payload, unsigned int msgId,
-                              long subsystemId) {
-  ProcessUtilsWrapper::sendMsg(payload.data(), payload.size(), msgId, subsystemId,
-                               static_cast<unsigned long>(toWire(mOwn)),
-                               static_cast<unsigned long>(toWire(mPeer)), mSessionId);
+bool OrbIpcSession::sendFrame(const std::vector<unsigned char>& payload, unsigned int msgId,
+                              long subsystemId, int flags) {
+  return ProcessUtilsWrapper::sendMsg(payload.data(), payload.size(), msgId, subsystemId,
+                                      static_cast<unsigned long>(toWire(mOwn)),
+                                      static_cast<unsigned long>(toWire(mPeer)), mSessionId, flags);
+}
+
+bool OrbIpcSession::sendAtOnce(OrbIpcMessage& msg) {
+  // The thread may be the application's: a connection that is gone must not raise a signal there.
+  return mConnected && sendFrame(msg.serialize(), msg.id(), 0, MSG_DONTWAIT | MSG_NOSIGNAL);
 }
 
 void OrbIpcSession::handleSessionEnd(unsigned int sessionId) {

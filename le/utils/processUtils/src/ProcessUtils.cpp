@@ -121,7 +121,7 @@ void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* 
   ORB_LOGD("deregisterSocket: EXIT");
 }
 
-bool sendIpc(ipcMsg_t* msg) {
+bool sendIpc(ipcMsg_t* msg, int flags) {
   if (msg == nullptr) {
     ORB_LOGE("data null");
     return false;
@@ -137,7 +137,7 @@ bool sendIpc(ipcMsg_t* msg) {
     socket = found->second;
   }
   ORB_LOGD("send: length: %ld", static_cast<long>(msg->payloadLength));
-  if (::send(socket->get(), msg, sizeof(ipcMsg_t) + msg->payloadLength, 0) > 0) return true;
+  if (::send(socket->get(), msg, sizeof(ipcMsg_t) + msg->payloadLength, flags) > 0) return true;
   const int error = errno;
   ORB_LOGE("send: failure, errno: %d(%s)", error, strerror(error));
   return false;
@@ -145,7 +145,7 @@ bool sendIpc(ipcMsg_t* msg) {
 
 bool ProcessUtilsWrapper::sendMsg(const unsigned char* data, unsigned long len, unsigned long msgId,
                                   long subsystemId, unsigned long srcId, unsigned long dstId,
-                                  unsigned int sessionId) {
+                                  unsigned int sessionId, int flags) {
   if (len > SIZE_MAX - sizeof(ipcMsg_t)) {
     throw std::length_error("cannot create std::vector larger than max_size()");
   }
@@ -153,7 +153,7 @@ bool ProcessUtilsWrapper::sendMsg(const unsigned char* data, unsigned long len, 
   auto* msg = reinterpret_cast<ipcMsg_t*>(frame.data());
   *msg = {srcId, dstId, msgId, subsystemId, sessionId, len};
   if (len != 0) memcpy(msg->payload(), data, len);
-  return sendIpc(msg);
+  return sendIpc(msg, flags);
 }
 
 void regProcess(unsigned long id, std::string name, unsigned long sessionId, std::string,

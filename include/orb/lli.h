@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+/*
+ * LLI, link interruption indication: when a handoff to another cell or technology will interrupt
+ * the radio link, and for how long.
+ *
+ * The usual order: createLliClient(), lliRegLinkInterruptInd(), indications, destroyLliClient().
+ *
+ * <orb/sdl.h> states the rules for threads, results, ownership, NULL, fork and signals; they hold
+ * for everything here. "LLI is enabled" means: between a successful orb_lli_enable() or
+ * createLliClient() and the next orb_lli_disable() or destroyLliClient().
+ */
+#ifndef ORB_LLI_H
+#define ORB_LLI_H
+
+#include <orb/status.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** What kind of indication this is; also stands in for unknown values. Since 1.0. */
+typedef enum LliHandoffIndType ORB_ENUM_INT32 {
+  /** A handoff may come or has been called off: LliPreHandoffState says which. */
+  LLI_HANDOFF_IND_TYPE_PRE_HANDOFF = 0,
+  /** A handoff is under way: LliHandoffState says how far. */
+  LLI_HANDOFF_IND_TYPE_HANDOFF = 1,
+  ORB_ENUM_FORCE_INT32(LLI_HANDOFF_IND_TYPE)
+} LliHandoffIndType;
+
+/** The phase before a handoff. Has a meaning with LLI_HANDOFF_IND_TYPE_PRE_HANDOFF. Since 1.0. */
+typedef enum LliPreHandoffState ORB_ENUM_INT32 {
+  /** The phase has begun; also a state that this version does not know. */
+  LLI_PRE_HANDOFF_STATE_ENTRY = 0,
+  /** The phase is over. */
+  LLI_PRE_HANDOFF_STATE_EXIT = 1,
+  ORB_ENUM_FORCE_INT32(LLI_PRE_HANDOFF_STATE)
+} LliPreHandoffState;
+
+/** The stage of a handoff. Has a meaning with LLI_HANDOFF_IND_TYPE_HANDOFF. Since 1.0. */
+typedef enum LliHandoffState ORB_ENUM_INT32 {
+  /** The handoff has begun; also what an indication before the handoff carries. */
+  LLI_HANDOFF_STATE_START = 0,
+  /** The link stands on the target. */
+  LLI_HANDOFF_STATE_SUCCESS = 1,
+  /** The handoff was given up. */
+  LLI_HANDOFF_STATE_FAILURE = 2,
+  /** The handoff is about to begin. */
+  LLI_HANDOFF_STATE_IMMINENT = 3,
+  ORB_ENUM_FORCE_INT32(LLI_HANDOFF_STATE)
+} LliHandoffState;
+
+/** The radio access technology of a bearer. Since 1.0. */
+typedef enum LliRat ORB_ENUM_INT32 {
+  LLI_RAT_NULL_BEARER = 0,  /**< No bearer; also a technology that this version does not know. */
+  LLI_RAT_3GPP_WCDMA = 1,   /**< 3G: WCDMA. */
+  LLI_RAT_3GPP_GERAN = 2,   /**< 2G: GSM and EDGE. */
+  LLI_RAT_3GPP_LTE = 3,     /**< 4G: LTE. */
+  LLI_RAT_3GPP_TDSCDMA = 4, /**< 3G: TD-SCDMA. */
+  LLI_RAT_3GPP_WLAN = 5,    /**< Wireless LAN into a 3GPP core. */
+  LLI_RAT_3GPP_5G = 6,      /**< 5G: New Radio. */
+  LLI_RAT_3GPP_CIWLAN = 7,  /**< Wireless LAN over cellular data. */
+  LLI_RAT_3GPP2_1X = 8,     /**< CDMA2000 1x. */
+  LLI_RAT_3GPP2_HRPD = 9,   /**< CDMA2000 high rate packet data. */
+  LLI_RAT_3GPP2_EHRPD = 10, /**< Its evolved form. */
+  LLI_RAT_3GPP2_WLAN = 11,  /**< Wireless LAN into a 3GPP2 core. */
+  ORB_ENUM_FORCE_INT32(LLI_RAT)
+} LliRat;
+
+/**
+ * One phase of a handoff. The layout is fixed: 32 bytes with natural alignment of 64-bit members
+ * to 8. Since 1.0.
+ */
+typedef struct LliInterruptInfo {
+  /** The stage of the handoff. */
+  LliHandoffState handoffState;
+  /** The bearer being left. */
+  LliRat sourceRat;
+  /** The bearer being entered. */
+  LliRat targetRat;
+  /** Estimated time until the link is interrupted, in the daemon's unit. */
+  uint64_t estimatedTimeToInterruption;
+  /** Estimated length of the interruption, in the daemon's unit. */
+  uint64_t estimatedInterruptionDuration;
+} LliInterruptInfo;
+
+/**
+ * Told about LLI's status by the first generation of the API, orb_lli_enable().
+ *
+ * @param status  what happened, and on which thread this is called:
+ *   STATUS_INTERNAL_ERROR
+ *       the daemon sent it: runs on the receiver thread. A request could not be sent: runs on the
+ *       worker thread. The library could not start or had no connection object when LLI was enabled
+ *       or disabled: runs on the caller's thread before the function returns.
+ *   STATUS_SERVICE_UP
+ *       the daemon sent it; runs on the receiver thread. That the connection stands is not
+ *       reported by itself.
+ *   STATUS_SERVICE_DOWN
+ *       the daemon sent it, or the connection was lost: runs on the receiver thread. The daemon
+ *       could not be reached or turned the connection down: runs on the worker thread. LLI stays
+ *       enabled; the next request connects again, but the daemon must then be told everything anew.
+ *   any other status
+ *       the daemon sent it, as a rule for the latest request; runs on the receiver thread. Treat a
+ *       value that you do not know as "something else".
+ *
+ * Statuses do not say which request they belong to. There is no user-data pointer, see point 7 of
+ * <orb/sdl.h>. No library lock is held: the callback may call any function of the library,
+ * orb_lli_disable() included. Since 1.0.
+ */
+typedef void (*LliStatusIndCb)(status_e status);
+
+/**
+ * Told about LLI's status by the second generation of the API, createLliClient(). Called for the
+ * same reasons and on the same threads as LliStatusIndCb, with the difference that a library that
+ * could not reach its worker thread in createLliClient() reports nothing here (the first
+ * generation's callback, if one is registered, is told instead).
+ *
+ * @param status  the value named STATUS_V2_X where LliStatusIndCb gets STATUS_X;
+ *                STATUS_INVALID_SLOT arrives as STATUS_V2_INVALID.
+ *
+ * If both generations are in use at once, both callbacks are called: first LliStatusIndCb, then
+ * this. No library lock is held: it may call any function of the library, destroyLliClient()
+ * included. Since 1.0.
+ */
+typedef void (*LliStatusV2Cb)(status_v2_e status);
+
+/**
+ * Gets link interruption indications.
+ *
+ * @param type      whether the indication is about a handoff or about the phase before one.
+ * @param preState  the state of that phase; without meaning for LLI_HANDOFF_IND_TYPE_HANDOFF.
+ * @param info      the rest; not NULL. It is valid until the callback returns: copy what is needed
+ *                  later. Its handoffState is without meaning for LLI_HANDOFF_IND_TYPE_PRE_HANDOFF.
+ *
+ * Threads: runs on the receiver thread. No library lock is held: it may call any function of the
+ * library, orb_lli_disable() included. Since 1.0.
+ */
+typedef void (*LliLinkInterruptIndCb)(LliHandoffIndType type, LliPreHandoffState preState,
+                                      const LliInterruptInfo* info);
+
+/**
+ * Enables LLI: starts the library if need be and asks the daemon to enable the service for this
+ * application. Returns at once; the outcome comes through @p cb. When LLI is enabled already, @p cb
+ * replaces the callback of the earlier call and the daemon is asked again.
+ *
+ * orb_lli_enable() and createLliClient() are two generations of one call: they send the same
+ * message and differ in the numbers of their statuses and results. Pair each with its own
+ * counterpart.
+ *
+ * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LLI has
+ *            been disabled.
+ * @return 1 queued | 0 @p cb is NULL, or the library could not be set up, for want of memory or of
+ *         a worker thread; then @p cb was called with STATUS_INTERNAL_ERROR.
+ *
+ * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
+ * runs on the receiver thread or on the worker thread, as LliStatusIndCb says; its failure reports
+ * of this very call run on the caller's thread before the function returns. Since 1.0.
+ */
+ORB_API int orb_lli_enable(LliStatusIndCb cb);
+
+/**
+ * Disables LLI: tells the daemon if the connection stands, closes the connection, and ends the
+ * library's threads if no other service is enabled. Callbacks of both generations are forgotten,
+ * unanswered requests are dropped.
+ *
+ * @return 1 done | 0 LLI is not enabled, or its connection object was never made (then the status
+ *         callbacks were called with STATUS_INTERNAL_ERROR).
+ *
+ * Threads: call it from any thread and from any callback. On a thread of the application it returns
+ * within 500 ms, absent or silent daemon included, plus the time that a running callback of LLI
+ * still takes; after that no callback of LLI runs any more. Inside a callback it returns at once
+ * and the library finishes the rest after the callback. Do not hold a lock that a callback of LLI
+ * takes. A failure report runs on the caller's thread before the function returns. Since 1.0.
+ */
+ORB_API int orb_lli_disable(void);
+
+/**
+ * Enables LLI with a status callback of the second generation; otherwise as orb_lli_enable(), which
+ * also says why there are two.
+ *
+ * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LLI has
+ *            been disabled.
+ * @return 0 queued | -1 @p cb is NULL, or the library could not be set up. For want of memory
+ *         @p cb was called with STATUS_V2_INTERNAL_ERROR; a worker thread that could not be
+ *         started shows in the result alone.
+ *
+ * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
+ * runs on the receiver thread or on the worker thread, as LliStatusIndCb says; the failure report
+ * of this very call runs on the caller's thread before the function returns. Since 1.0.
+ */
+ORB_API int createLliClient(LliStatusV2Cb cb);
+
+/**
+ * Disables LLI: the counterpart of createLliClient(), in everything but its results the same as
+ * orb_lli_disable().
+ *
+ * @return 0 done | -1 LLI is not enabled, or its connection object was never made (then the status
+ *         callbacks were called with their value of internal error).
+ *
+ * Threads: as orb_lli_disable(): from any thread and from any callback; within 500 ms plus a
+ * running callback's time on a thread of the application, at once inside a callback. Do not hold a
+ * lock that a callback of LLI takes. Since 1.0.
+ */
+ORB_API int destroyLliClient(void);
+
+/**
+ * Registers for link interruption indications: stores the callback and tells the daemon. Returns at
+ * once; the daemon may answer with a status.
+ *
+ * @param cb  receives each indication; not NULL. It must stay callable until the next call replaces
+ *            it or LLI has been disabled. When replaced, one indication may still reach the old
+ *            callback.
+ * @return 0 queued | -2 @p cb is NULL | -5 LLI is not enabled. A refused call changes nothing.
+ *
+ * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
+ * runs on the receiver thread. Since 1.0.
+ */
+ORB_API int64_t lliRegLinkInterruptInd(LliLinkInterruptIndCb cb);
+
+#ifdef __cplusplus
+}
+#endif
+
+#ifdef ORB_STATIC_ASSERT
+#define ORB_LLI_ASSERT_INT32(TYPE)                            \
+  ORB_STATIC_ASSERT(sizeof(TYPE) == 4, #TYPE " has 32 bits"); \
+  ORB_STATIC_ASSERT((TYPE)-1 < (TYPE)0, #TYPE " is signed")
+ORB_LLI_ASSERT_INT32(LliHandoffIndType);
+ORB_LLI_ASSERT_INT32(LliPreHandoffState);
+ORB_LLI_ASSERT_INT32(LliHandoffState);
+ORB_LLI_ASSERT_INT32(LliRat);
+#undef ORB_LLI_ASSERT_INT32
+/* Where 64-bit members are aligned to 8, as on the platform's AArch64, the layout is this one. */
+#if UINTPTR_MAX > 0xffffffffu
+#define ORB_LLI_ASSERT_OFFSET(FIELD, OFFSET)                       \
+  ORB_STATIC_ASSERT(offsetof(LliInterruptInfo, FIELD) == (OFFSET), \
+                    "LliInterruptInfo." #FIELD " is at " #OFFSET)
+ORB_STATIC_ASSERT(sizeof(LliInterruptInfo) == 32, "LliInterruptInfo has 32 bytes");
+ORB_LLI_ASSERT_OFFSET(handoffState, 0);
+ORB_LLI_ASSERT_OFFSET(sourceRat, 4);
+ORB_LLI_ASSERT_OFFSET(targetRat, 8);
+ORB_LLI_ASSERT_OFFSET(estimatedTimeToInterruption, 16);
+ORB_LLI_ASSERT_OFFSET(estimatedInterruptionDuration, 24);
+#undef ORB_LLI_ASSERT_OFFSET
+#endif
+#endif
+
+#endif /* ORB_LLI_H */

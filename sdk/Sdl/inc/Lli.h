@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <orb/lli.h>
+
+#include <vector>
+
+#include "Service.h"
+#include "lli.pb.h"
+
+// The link interruption indication service of the process. Requests come on application threads,
+// indications on the receiver thread; the base's mLock guards the callback.
+class Lli : public ServiceOf<Lli> {
+ public:
+  static const ServiceTable kTable;
+
+  int64_t regLinkInterruptInd(LliLinkInterruptIndCb cb);
+
+ protected:
+  void handleBlob(const std::vector<uint8_t>& blob) override;
+
+ private:
+  void handleIndication(const LliProto::LliIndResp& indication);
+
+  LliLinkInterruptIndCb mLinkInterruptInd = nullptr;
+};

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// Disabling one service while the worker, which all share, is busy with another.
+#include <poll.h>
+
+#include <future>
+
+#include "AllServicesFixture.h"
+
+namespace allservices {
+namespace {
+
+using std::chrono::milliseconds;
+
+// The promise is 500 ms; sanitizers and a loaded machine get a wide margin on top.
+constexpr milliseconds kDisableBound(2000);
+
+class AllServicesDisable : public AllServicesTest {
+ protected:
+  static void disableInTime(const ServiceOps& service) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(1, service.disable()) << service.name;
+    const auto took = std::chrono::steady_clock::now() - start;
+    EXPECT_LT(std::chrono::duration_cast<milliseconds>(took).count(), kDisableBound.count());
+  }
+  // From now on whoever connects is left waiting for the first record of the handshake.
+  void leaveTheHandshakeOut() {
+    daemon().setHandshake([](int fd, uint32_t) {
+      pollfd hangUp = {fd, POLLRDHUP, 0};
+      poll(&hangUp, 1, -1);  // says nothing until the client goes
+      return false;
+    });
+  }
+  template <class S>
+  bool farewellArrived(const ServiceOps& service) {
+    const Blob expected = frameBytes<S>(static_cast<uint8_t>(mSessions[service.name]), kDisable);
+    return daemon().waitForFrame([&](const Frame& frame) { return frame.bytes() == expected; });
+  }
+};
+
+TEST_F(AllServicesDisable, HealthyConnectionGetsTheFarewellWhileTheWorkerConnectsAnother) {
+  enable(kLce);
+  leaveTheHandshakeOut();
+  ASSERT_EQ(1, kLle.enable());
+  ASSERT_TRUE(daemon().waitForConnections(2));
+
+  disableInTime(kLce);
+  EXPECT_TRUE(farewellArrived<LceNames>(kLce));
+  EXPECT_TRUE(daemon().waitForSessionsClosed(1));
+  EXPECT_TRUE(kLle.waitForCalls(0).empty());
+  expectDisabled(kLce);
+
+  disableInTime(kLle);
+  EXPECT_TRUE(workerAndReceiversEnd());
+}
+
+TEST_F(AllServicesDisable, HealthyConnectionGetsTheFarewellWhileTheWorkerIsInACallback) {
+  static std::promise<void>* entered = nullptr;
+  static std::shared_future<void> left;
+  std::promise<void> hasEntered;
+  std::promise<void> mayLeave;
+  entered = &hasEntered;
+  left = mayLeave.get_future().share();
+  enable(kLli);
+  daemon().setHandshake([](int, uint32_t) { return false; });
+  ASSERT_EQ(1, orb_lle_enable([](status_e) {
+              entered->set_value();
+              left.wait();
+            }));
+  hasEntered.get_future().wait();
+
+  disableInTime(kLli);
+  EXPECT_TRUE(farewellArrived<LliNames>(kLli));
+  EXPECT_TRUE(daemon().waitForSessionsClosed(1));
+  mayLeave.set_value();
+}
+
+TEST_F(AllServicesDisable, SilentConnectionOfOneDoesNotHoldUpTheOthersForLonger) {
+  enable(kLce);
+  enable(kLli);
+  leaveTheHandshakeOut();
+  ASSERT_EQ(1, kLle.enable());
+  ASSERT_TRUE(daemon().waitForConnections(3));
+  disableInTime(kLle);
+  // The worker is free again: requests of the others get through.
+  for (const ServiceOps& service : {kLce, kLli}) expectHearsJustThis(service);
+  ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_STOP));
+  EXPECT_TRUE(daemon().waitForFrame([](const Frame& frame) {
+    return frame.bytes() == frameBytes<LceNames>(1, {0x08, 0x04, 0x1a, 0x02, 0x22, 0x00});
+  }));
+}
+
+}  // namespace
+}  // namespace allservices
