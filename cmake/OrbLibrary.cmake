@@ -12,7 +12,7 @@ target_include_directories(orb_objects PUBLIC
   ${PROJECT_SOURCE_DIR}/utils/processUtils/inc ${PROJECT_SOURCE_DIR}/le/utils/orb_ipc/inc
   ${PROJECT_SOURCE_DIR}/sdk/inc ${PROJECT_SOURCE_DIR}/le/sdk/inc ${PROJECT_SOURCE_DIR}/sdk/Sdl/inc)
 target_link_libraries(orb_objects PRIVATE orb_flags
-  PUBLIC orb_proto_headers Threads::Threads ${CMAKE_DL_LIBS})
+  PUBLIC orb_proto_headers OpenSSL::Crypto Threads::Threads ${CMAKE_DL_LIBS})
 foreach(room utils/base utils/logUtil utils/eventManager utils/processUtils le/utils/processUtils
         le/utils/orb_ipc sdk le/sdk sdk/Sdl)
   add_subdirectory(${room})
@@ -25,7 +25,8 @@ set_target_properties(OrbSdlSdk PROPERTIES VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${ORB_EXPORTS} LINKER_LANGUAGE CXX)
 target_include_directories(OrbSdlSdk PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_link_libraries(OrbSdlSdk PRIVATE $<BUILD_INTERFACE:orb_proto_headers> Threads::Threads ${CMAKE_DL_LIBS})
+target_link_libraries(OrbSdlSdk PRIVATE $<BUILD_INTERFACE:orb_proto_headers>
+  $<BUILD_INTERFACE:OpenSSL::Crypto> Threads::Threads ${CMAKE_DL_LIBS})
 # nodelete: dlclose must never unmap code that one of the library's threads still runs.
 target_link_options(OrbSdlSdk PRIVATE -Wl,--version-script=${ORB_EXPORTS} -Wl,-z,nodelete)
 # The platform's libraries satisfy the log, property and diagnostic calls; which ones is the build's choice.
