@@ -25,13 +25,13 @@ extern "C" {
  * members to 8. Since 1.0.
  */
 typedef struct LleEstimationReport {
-  /** The daemon's status of the uplink values. */
+  /** The daemon's status of the uplink values, the low 8 bits of it. */
   uint8_t ulReportStatus;
   /** The estimated uplink latency, in the daemon's unit. */
   uint64_t ulLatencyEstimation;
   /** The variance of the uplink latency, in the daemon's unit. */
   uint64_t ulVarianceEstimation;
-  /** The daemon's status of the downlink values. */
+  /** The daemon's status of the downlink values, the low 8 bits of it. */
   uint8_t dlReportStatus;
   /** The estimated downlink latency, in the daemon's unit. */
   uint64_t dlLatencyEstimation;
@@ -39,7 +39,7 @@ typedef struct LleEstimationReport {
   uint64_t dlVarianceEstimation;
   /** 1 when the daemon reports at an interval, 0 when it does not; never the interval itself. */
   uint32_t reportInterval;
-  /** The access network that the estimate is about. */
+  /** The access network of the estimate; none for one that this version does not know. */
   SdlAccessNetworkType rat;
 } LleEstimationReport;
 
@@ -90,7 +90,7 @@ typedef void (*LleStatusV2Cb)(status_v2_e status);
  * @param result  of an answer: 0 the report is valid, 1 it is not. Of a periodic report: always 0,
  *                whether the daemon calls the report valid or not.
  * @param report  the estimate; not NULL. It is valid until the callback returns: copy what is
- * needed later.
+ *                needed later.
  *
  * Threads: runs on the receiver thread. No library lock is held: it may call any function of the
  * library, orb_lle_disable() included. Since 1.0.

@@ -11,7 +11,7 @@
  * A service is used in four steps: enable it with a status callback, wait until that callback gets
  * STATUS_SUCCESS or STATUS_SERVICE_UP, call the requests, disable it. Nothing runs before the first
  * enable and nothing is left after the last disable. examples/lce_monitor.c, lle_monitor.c and
- * lli_handoff.c are whole programs to copy from, all_services.c uses all three in one.
+ * lli_handoff.c are programs to copy from, all_services.c uses all three in one.
  *
  * What follows holds for every function and callback. Their own comments name what is particular.
  *

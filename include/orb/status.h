@@ -39,8 +39,9 @@
 #endif
 
 /**
- * What a status callback of the first generation (LceStatusIndCb) is given: the outcome of a
- * request that has no callback of its own, or a change of the service's availability. Since 1.0.
+ * What a status callback of the first generation (LceStatusIndCb and its like) is given: the
+ * outcome of a request that has no callback of its own, or a change of the service's availability.
+ * Since 1.0.
  */
 typedef enum status_e ORB_ENUM_INT32 {
   /** The daemon sent no valid status, or one that this version of the library does not know. */
@@ -67,9 +68,9 @@ typedef enum status_e ORB_ENUM_INT32 {
 } status_e;
 
 /**
- * What a status callback of the second generation (LceStatusV2Cb) is given. The events are those of
- * status_e; only the numbers differ, and their order is irregular. STATUS_INVALID_SLOT has no
- * number of its own here: it arrives as STATUS_V2_INVALID. Since 1.0.
+ * What a status callback of the second generation (LceStatusV2Cb and its like) is given. The events
+ * are those of status_e; only the numbers differ, and their order is irregular. STATUS_INVALID_SLOT
+ * has no number of its own here: it arrives as STATUS_V2_INVALID. Since 1.0.
  */
 typedef enum status_v2_e ORB_ENUM_INT32 {
   /** As STATUS_SUCCESS. */

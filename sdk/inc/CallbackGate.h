@@ -7,11 +7,12 @@
 
 // Every callback into the application goes through its service's gate. Once the gate is closed none
 // begins any more, and drain() waits for those under way: together they keep the promise that no
-// callback of a service runs after its disable has returned. mMutex guards state and count and is free
-// while a callback runs.
+// callback of a service runs after its disable has returned. mMutex guards state and count and is
+// free while a callback runs.
 class CallbackGate {
  public:
-  // Held for the length of one callback; false when the gate is closed and the callback must not run.
+  // Held for the length of one callback; false when the gate is closed and the callback must not
+  // run.
   class Pass {
    public:
     explicit Pass(CallbackGate& gate);
@@ -29,7 +30,8 @@ class CallbackGate {
   // Waits until no callback runs. Not to be called from inside a callback.
   void drain();
 
-  // Whether the calling thread is inside a callback of any service: it must not wait for anything then.
+  // Whether the calling thread is inside a callback of any service: it must not wait for anything
+  // then.
   static bool insideCallback();
 
  private:

@@ -6,8 +6,8 @@
 #include <memory>
 #include <mutex>
 
-// Registry of event handlers by number. Declared for the processes of the platform that use it; this
-// library itself neither adds to it nor reads it. sOrbEHMutex guards mOrbServices.
+// Registry of event handlers by number. Declared for the processes of the platform that use it;
+// this library itself neither adds to it nor reads it. sOrbEHMutex guards mOrbServices.
 class IThreadEventHandler {
  public:
   virtual ~IThreadEventHandler() = default;

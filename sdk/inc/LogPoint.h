@@ -10,8 +10,8 @@ struct LogSource {
   const char* file;
 };
 
-// A fixed line of the log: log consumers know it by its function, its number and its text, so none of
-// them follows the position in the source.
+// A fixed line of the log: log consumers know it by its function, its number and its text, so none
+// of them follows the position in the source.
 struct LogPoint {
   const char* function;
   int line;

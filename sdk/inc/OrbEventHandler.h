@@ -19,10 +19,11 @@
 
 namespace orb::utils {
 
-// A queue whose items wake an event loop: any thread posts, the thread that runs the event manager's
-// loop hands each item to handleEvent(). The eventfd counts exactly the items in the queue. mQueueLock
-// guards the queue and keeps append and count together; it is free while an item is handled. The event
-// manager must outlive the handler, which takes its descriptor out of it at the end.
+// A queue whose items wake an event loop: any thread posts, the thread that runs the event
+// manager's loop hands each item to handleEvent(). The eventfd counts exactly the items in the
+// queue. mQueueLock guards the queue and keeps append and count together; it is free while an item
+// is handled. The event manager must outlive the handler, which takes its descriptor out of it at
+// the end.
 template <class T>
 class OrbEventHandler {
  public:
@@ -32,8 +33,9 @@ class OrbEventHandler {
         mEventFd(eventfd(0, EFD_SEMAPHORE | EFD_NONBLOCK | EFD_CLOEXEC)) {
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "OrbEventHandler ctor");
     mEventManager->addEventHandler(mEventFd, cb, this, nullptr, EPOLLIN);
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "OrbEventHandler: ctor fd[%d] name[%s] addr[%p]",
-                        mEventFd, name, static_cast<void*>(this));
+    __android_log_print(ANDROID_LOG_DEBUG, nullptr,
+                        "OrbEventHandler: ctor fd[%d] name[%s] addr[%p]", mEventFd, name,
+                        static_cast<void*>(this));
   }
   OrbEventHandler(const OrbEventHandler&) = delete;
   OrbEventHandler& operator=(const OrbEventHandler&) = delete;
@@ -57,7 +59,8 @@ class OrbEventHandler {
     const uint64_t one = 1;
     const ssize_t written = write(mEventFd, &one, sizeof(one));
     if (written != static_cast<ssize_t>(sizeof(one))) {
-      __android_log_print(ANDROID_LOG_ERROR, nullptr, "Error in writing rv: %d, error: %s, for fd[%d]",
+      __android_log_print(ANDROID_LOG_ERROR, nullptr,
+                          "Error in writing rv: %d, error: %s, for fd[%d]",
                           static_cast<int>(written), strerror(errno), mEventFd);
     }
   }
@@ -84,9 +87,9 @@ class OrbEventHandler {
       lock.unlock();
       if (error != EAGAIN) {
         // The order of the two values is that of the line's consumers, not that of its labels.
-        __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                            "CB thread woken, but fd read failed. SHOULD NEVER HAPPEN. fd=%d err=%d",
-                            error, fd);
+        __android_log_print(
+            ANDROID_LOG_ERROR, nullptr,
+            "CB thread woken, but fd read failed. SHOULD NEVER HAPPEN. fd=%d err=%d", error, fd);
       }
       return false;
     }

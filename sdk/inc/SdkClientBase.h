@@ -14,10 +14,11 @@
 #include "SdkClientEvent.h"
 #include "WorkerLife.h"
 
-// Core of the SDK client: one worker thread for all client types, a listener per type and the dispatch
-// of events. handleEvent() and the pure operations run on the worker, the notify functions on the
-// thread that has the news. mLock guards listeners, active types and registrations; it is never held
-// while a listener runs. The worker's thread holds a reference to the client for as long as it runs.
+// Core of the SDK client: one worker thread for all client types, a listener per type and the
+// dispatch of events. handleEvent() and the pure operations run on the worker, the notify functions
+// on the thread that has the news. mLock guards listeners, active types and registrations; it is
+// never held while a listener runs. The worker's thread holds a reference to the client for as long
+// as it runs.
 class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClientEvent>>,
                       public std::enable_shared_from_this<SdkClientBase> {
  public:
@@ -53,8 +54,8 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
 
  protected:
   void sdkThread(OrbSdkClientType type, std::shared_ptr<SdkClientEvent> event);
-  // The cleanup event of @p type has been handled; returns true when no type is active any more, which
-  // ends the worker after its present pass.
+  // The cleanup event of @p type has been handled; returns true when no type is active any more,
+  // which ends the worker after its present pass.
   virtual bool retireType(OrbSdkClientType type);
   // Whether a failure to send for @p type is still anybody's business.
   virtual bool isLeaving(OrbSdkClientType) { return false; }

@@ -8,13 +8,14 @@
 
 #include "OrbEventBase.h"
 
-// Kinds of SDK clients. This library serves LCE, LLE and LLI; 4 to 8 are other clients' and only known
-// to the conversions.
+// Kinds of SDK clients. This library serves LCE, LLE and LLI; 4 to 8 are other clients' and only
+// known to the conversions.
 enum class OrbSdkClientType : uint32_t { None = 0, LCE = 9, LLE = 10, LLI = 11 };
 
 constexpr size_t kOrbSdkClientTypes = 14;
 
-// Unit of work for the SDK worker. Made by the service objects, handled once, in the order of posting.
+// Unit of work for the SDK worker. Made by the service objects, handled once, in the order of
+// posting.
 class SdkClientEvent : public OrbEventBase {
  public:
   SdkClientEvent(OrbSdkClientType clientType, std::vector<uint8_t> message)

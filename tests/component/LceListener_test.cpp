@@ -15,8 +15,8 @@ struct ObjectOf<lcetest::LceNames> {
 namespace lcetest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lce, ServiceListener, LceNames);
-INSTANTIATE_TYPED_TEST_SUITE_P(Lce, BareServiceObject, LceNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lce, ServiceListener, LceNames, ServiceName);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lce, BareServiceObject, LceNames, ServiceName);
 
 class LceListener : public ServiceListener<LceNames> {};
 

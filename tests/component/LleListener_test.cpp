@@ -16,8 +16,8 @@ struct ObjectOf<lletest::LleNames> {
 namespace lletest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lle, ServiceListener, LleNames);
-INSTANTIATE_TYPED_TEST_SUITE_P(Lle, BareServiceObject, LleNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lle, ServiceListener, LleNames, ServiceName);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lle, BareServiceObject, LleNames, ServiceName);
 
 using LleLines = LineSources<LleNames>;
 

@@ -16,8 +16,8 @@ struct ObjectOf<llitest::LliNames> {
 namespace llitest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lli, ServiceListener, LliNames);
-INSTANTIATE_TYPED_TEST_SUITE_P(Lli, BareServiceObject, LliNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lli, ServiceListener, LliNames, ServiceName);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lli, BareServiceObject, LliNames, ServiceName);
 
 using LliLines = LineSources<LliNames>;
 

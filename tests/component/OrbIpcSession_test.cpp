@@ -157,6 +157,29 @@ TEST_F(OrbIpcSessionTest, SendWithoutConnectionIsRefusedSilently) {
   EXPECT_TRUE(logged().empty());
 }
 
+TEST_F(OrbIpcSessionTest, MessageMayBeSentAtOnceByAnyThread) {
+  const auto note = makeNote({1, 2});
+  EXPECT_FALSE(mSession->sendAtOnce(*note));  // not connected
+  connectAndExpectSuccess();
+  std::thread other([&] { EXPECT_TRUE(mSession->sendAtOnce(*note)); });
+  other.join();
+  ASSERT_TRUE(mDaemon.waitForFrames(1));
+  const auto frames = mDaemon.frames();
+  EXPECT_EQ((Bytes{1, 2}), frames[0].payload);
+  EXPECT_EQ(note->id(), frames[0].header.messageId);
+}
+
+TEST_F(OrbIpcSessionTest, SendingAtOnceDoesNotWaitForADaemonThatDoesNotRead) {
+  connectAndExpectSuccess();
+  mDaemon.setReading(false);
+  const auto note = makeNote(Bytes(16384));
+  int sent = 0;
+  while (sent < 10000 && mSession->sendAtOnce(*note)) ++sent;
+  EXPECT_LT(0, sent);
+  EXPECT_GT(10000, sent);  // the socket's room was used up, and nobody waited for more
+  mDaemon.setReading(true);
+}
+
 TEST_F(OrbIpcSessionTest, QueuedMessageWithoutConnectionIsDropped) {
   recording::clear();
   mSession->handleEvent(makeNote({1}));

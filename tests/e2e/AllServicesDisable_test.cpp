@@ -75,6 +75,18 @@ TEST_F(AllServicesDisable, HealthyConnectionGetsTheFarewellWhileTheWorkerIsInACa
   mayLeave.set_value();
 }
 
+TEST_F(AllServicesDisable, DeepQueueOfItsOwnDoesNotCostTheFarewellNorRepeatIt) {
+  enable(kLle);
+  for (uint32_t i = 0; i < 50000; ++i) ASSERT_EQ(0, lleSetReportingCriteria(1));
+  disableInTime(kLle);
+  EXPECT_TRUE(farewellArrived<LleNames>(kLle));
+  ASSERT_TRUE(daemon().waitForSessionsClosed(1));
+  const auto frames = daemon().frames();
+  EXPECT_EQ(1, std::count_if(frames.begin(), frames.end(),
+                             [](const Frame& frame) { return frame.blob() == kDisable; }));
+  EXPECT_EQ(kDisable, frames.back().blob());
+}
+
 TEST_F(AllServicesDisable, SilentConnectionOfOneDoesNotHoldUpTheOthersForLonger) {
   enable(kLce);
   enable(kLli);

@@ -72,6 +72,10 @@ inline size_t threadsNamed(const std::string& start) {
   closedir(tasks);
   return count;
 }
+// A thread bears the name of the one that made it until it has given itself its own.
+inline bool comeToBe(size_t count, const std::string& start) {
+  return application::comesTo([&] { return threadsNamed(start) == count; });
+}
 const char* const kWorker = "orb-sdk";
 const char* const kReceiver = "orb-receiver";
 

@@ -14,8 +14,8 @@ class AllServices : public AllServicesTest {};
 TEST_F(AllServices, ShareOneWorkerAndHaveASocketEach) {
   const size_t fds = application::descriptors();
   enableAll();
-  EXPECT_EQ(1u, threadsNamed(kWorker));
-  EXPECT_EQ(3u, threadsNamed(kReceiver));
+  EXPECT_TRUE(comeToBe(1, kWorker));
+  EXPECT_TRUE(comeToBe(3, kReceiver));
   EXPECT_EQ(3u, daemon().sessionCount());
   EXPECT_LT(fds, application::descriptors());
   const auto replies = daemon().handshakeReplies();
@@ -93,7 +93,7 @@ TEST_F(AllServices, OneMayBeEnabledAgainWhileTheOthersRun) {
     disable(service);
     enable(service);
     for (const ServiceOps& each : kServices) expectHearsJustThis(each);
-    EXPECT_EQ(1u, threadsNamed(kWorker));
+    EXPECT_TRUE(comeToBe(1, kWorker));
   }
 }
 
@@ -153,7 +153,7 @@ TEST_P(DisablingInOrder, LeavesTheOthersAloneAndTheLastEndsTheWorker) {
     for (size_t i = 0; i <= step; ++i) expectDisabled(kServices[GetParam()[i]]);
     for (size_t i = step + 1; i < 3; ++i) expectHearsJustThis(kServices[GetParam()[i]]);
     if (step < 2) {
-      EXPECT_EQ(1u, threadsNamed(kWorker));
+      EXPECT_TRUE(comeToBe(1, kWorker));
     }
     EXPECT_EQ(2 - step, daemon().sessionCount());
   }
@@ -164,7 +164,7 @@ TEST_P(DisablingInOrder, LeavesTheOthersAloneAndTheLastEndsTheWorker) {
       << fds << " -> " << application::descriptors();
 
   ASSERT_NO_FATAL_FAILURE(enableAll());
-  EXPECT_EQ(1u, threadsNamed(kWorker));
+  EXPECT_TRUE(comeToBe(1, kWorker));
   for (const ServiceOps& service : kServices) expectHearsJustThis(service);
 }
 

@@ -7,7 +7,7 @@
 namespace lcetest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lce, ServiceAnswers, LceNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lce, ServiceAnswers, LceNames, ServiceName);
 
 class LceAnswers : public LceTest {};
 

@@ -7,7 +7,7 @@
 namespace lcetest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lce, ServiceApi, LceNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lce, ServiceApi, LceNames, ServiceName);
 
 class LceApi : public LceTest {};
 

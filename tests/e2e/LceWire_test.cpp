@@ -9,7 +9,7 @@
 namespace lcetest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lce, ServiceWire, LceNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lce, ServiceWire, LceNames, ServiceName);
 
 class LceWire : public LceTest {
  protected:

@@ -7,7 +7,7 @@
 namespace lletest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lle, ServiceAnswers, LleNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lle, ServiceAnswers, LleNames, ServiceName);
 
 constexpr uint64_t kAbove32Bits = (uint64_t{1} << 32) + 5;
 constexpr uint64_t kLargest = UINT64_MAX;

@@ -7,7 +7,7 @@
 namespace lletest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lle, ServiceApi, LleNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lle, ServiceApi, LleNames, ServiceName);
 
 class LleApi : public LleTest {};
 

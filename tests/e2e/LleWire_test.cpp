@@ -7,7 +7,7 @@
 namespace lletest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lle, ServiceWire, LleNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lle, ServiceWire, LleNames, ServiceName);
 
 class LleWire : public LleTest {
  protected:

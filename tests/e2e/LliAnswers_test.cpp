@@ -7,7 +7,7 @@
 namespace llitest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lli, ServiceAnswers, LliNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lli, ServiceAnswers, LliNames, ServiceName);
 
 // The daemon's indication, what the callback gets, and how often the conversions complain.
 struct IndicationRow {

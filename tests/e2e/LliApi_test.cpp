@@ -7,7 +7,7 @@
 namespace llitest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lli, ServiceApi, LliNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lli, ServiceApi, LliNames, ServiceName);
 
 class LliApi : public LliTest {};
 

@@ -7,7 +7,7 @@
 namespace llitest {
 namespace {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lli, ServiceWire, LliNames);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lli, ServiceWire, LliNames, ServiceName);
 
 class LliWire : public LliTest {
  protected:

@@ -26,6 +26,14 @@ using orbsim::Frame;
 // Function of the lines that a service's listener writes.
 const char* const kBlobListener = "blobListener";
 
+// Names the instances of the shared suites.
+struct ServiceName {
+  template <class S>
+  static std::string GetName(int) {
+    return S::kName;
+  }
+};
+
 // A request function of a service, with what a valid call and one without callback look like.
 struct Request {
   const char* function;

@@ -365,8 +365,8 @@ TEST_F(EventManagerRemovalTest, ThreadsMayRegisterAndRemoveWhileTheLoopRuns) {
   stop = true;
   mManager->wake();
   loop.join();
-  // What was requested after the loop's last look. A pass of the loop need not get to it: it looks at
-  // four descriptors at a time, and hundreds may be ready.
+  // What was requested after the loop's last look. A pass of the loop need not get to it: it looks
+  // at four descriptors at a time, and hundreds may be ready.
   runRemovals();
   EXPECT_EQ(0, mManager->getNumRegisteredFds());
 }

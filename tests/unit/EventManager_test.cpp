@@ -119,12 +119,23 @@ TEST_F(EventManagerTest, RegistrationThatEpollRefusesIsRecordedAllTheSame) {
                      {6, text("Cannot add event handler. err:%d", EPERM)}}),
             log());
   EXPECT_EQ(1, mManager->getNumRegisteredFds());
+  EXPECT_FALSE(mManager->isWatched(fd));
   mManager->removeEventHandler(fd, true, nullptr, nullptr);
   EXPECT_EQ(std::vector<int>{fd}, calls.closes);
   pass();
   EXPECT_TRUE(logged(6, text("Cannot remove event handler errno %d", EPERM)));
   EXPECT_TRUE(logged(3, text("Closed %d", fd)));
   EXPECT_FALSE(isOpen(fd));
+}
+
+TEST_F(EventManagerTest, WatchesWhatIsAddedUntilItIsRemoved) {
+  const int fd = idleFd();
+  EXPECT_FALSE(mManager->isWatched(fd));
+  mManager->addEventHandler(fd, Calls::onEvent, nullptr, nullptr, EPOLLIN);
+  EXPECT_TRUE(mManager->isWatched(fd));
+  mManager->removeEventHandler(fd, true, nullptr, nullptr);
+  EXPECT_FALSE(mManager->isWatched(fd));
+  pass();
 }
 
 TEST_F(EventManagerTest, CountListsApprovedDescriptorsInAscendingOrder) {

@@ -50,7 +50,8 @@ struct ShippedInterruption {
   uint64_t estimatedInterruptionDuration;
 };
 
-// A member is where it was shipped, and as wide. A build with another layout must not come to tests.
+// A member is where it was shipped, and as wide. A build with another layout must not come to
+// tests.
 #define ASSERT_SHIPPED(RECORD, SHIPPED, MEMBER)                             \
   static_assert(offsetof(RECORD, MEMBER) == offsetof(SHIPPED, MEMBER), ""); \
   static_assert(sizeof(RECORD::MEMBER) == sizeof(SHIPPED::MEMBER), "")

@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <condition_variable>
 #include <deque>
 #include <map>
 #include <memory>
@@ -77,6 +78,7 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   static std::shared_ptr<SdkClient> startInstance(OrbSdkClientType type, Listener listener,
                                                   std::shared_ptr<SdkClientEvent> event);
   static void abandonDeparture(SdkDeparture& departure);
+  bool mayBidFarewell(SdkDeparture& departure);
   void bidFarewell(SdkDeparture& departure, const Session& session);
   void addListener(OrbSdkClientType type);
   Session sessionLeavingWith(const SdkDeparture& departure);
@@ -88,10 +90,10 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   void handleConnectionStatus(bool connected, OrbSdkClientType type,
                               const OrbIpcClientSession* session);
 
-  // The type for which the worker sends at the moment, while it does.
+  // The worker's turn to send for a type; one at a time.
   class SendTurn {
    public:
-    SendTurn(SdkClient& client, OrbSdkClientType type);
+    SendTurn(SdkClient& client, OrbSdkClientType type, const std::vector<uint8_t>& blob);
     SendTurn(const SendTurn&) = delete;
     SendTurn& operator=(const SendTurn&) = delete;
     ~SendTurn();
@@ -104,7 +106,8 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   };
 
   // Guarded by mLock.
-  OrbSdkClientType mSending = OrbSdkClientType::None;
+  OrbSdkClientType mSending = OrbSdkClientType::None;  // whose turn it is
+  std::condition_variable mTurnEnded;
   std::map<ProcessId, Session> mOrbIpcSession;
   std::map<OrbSdkClientType, std::deque<std::shared_ptr<SdkDeparture>>> mDepartures;
 };

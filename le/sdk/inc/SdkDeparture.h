@@ -23,6 +23,7 @@ class SdkDeparture {
 
   const std::shared_ptr<SdkClientEvent> mFarewell;
   const OrbSdkClientType mType;
+  bool mFarewellSaid = false;  // guarded by the client's mLock
   const std::shared_ptr<SdkClient> mClient;
 
   // From now on the type may still connect and send for the length of @p patience.

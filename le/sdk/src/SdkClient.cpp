@@ -110,21 +110,29 @@ bool SdkClient::sendBlobToService(OrbSdkClientType type, std::vector<uint8_t> bl
             static_cast<int>(type));
     return false;
   }
-  const SendTurn turn(*this, type);
+  const SendTurn turn(*this, type, blob);
   return turn && session->send(
                      std::make_shared<SendBlobMessage>(convertSdkTypeToIpc(type), std::move(blob)));
 }
 
-SdkClient::SendTurn::SendTurn(SdkClient& client, OrbSdkClientType type) : mClient(client) {
+SdkClient::SendTurn::SendTurn(SdkClient& client, OrbSdkClientType type,
+                              const std::vector<uint8_t>& blob)
+    : mClient(client) {
   const std::lock_guard<std::mutex> lock(client.mLock);
   const auto& departures = client.mDepartures[type];
-  mGranted = departures.empty() || !departures.front()->patienceOver();
-  if (mGranted) client.mSending = type;
+  const auto departure = departures.empty() ? nullptr : departures.front();
+  mGranted = !departure || !departure->patienceOver();
+  if (!mGranted) return;
+  client.mSending = type;
+  if (departure && blob == departure->mFarewell->blob) departure->mFarewellSaid = true;
 }
 
 SdkClient::SendTurn::~SendTurn() {
-  const std::lock_guard<std::mutex> lock(mClient.mLock);
-  mClient.mSending = OrbSdkClientType::None;
+  {
+    const std::lock_guard<std::mutex> lock(mClient.mLock);
+    mClient.mSending = OrbSdkClientType::None;
+  }
+  mClient.mTurnEnded.notify_all();
 }
 
 void SdkClient::handleSendBlobMessage(const std::shared_ptr<SendBlobMessage>& msg,

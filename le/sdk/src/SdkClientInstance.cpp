@@ -22,9 +22,11 @@ constexpr char kUnit[] = "le/sdk/src/SdkClient.cpp";
 constexpr char kGetInstance[] = "getInstance";
 constexpr char kDestroyInstance[] = "destroyInstance";
 
-// How long a leaving type may go on connecting and sending, then how long its retirement may take
-// once its connection is closed, then the end of its threads. Together well below half a second.
+// How long a leaving type may go on connecting and sending, then how long a send under way may take
+// to its end, then the retirement once the connection is closed, then the end of its threads.
+// Together well below half a second.
 constexpr std::chrono::milliseconds kPatience(200);
+constexpr std::chrono::milliseconds kTurnEnd(30);
 constexpr std::chrono::milliseconds kAfterClose(100);
 constexpr std::chrono::milliseconds kThreadEnd(50);
 
@@ -199,11 +201,7 @@ void SdkClient::finishDeparture(SdkDeparture& departure) {
   if (departure.wasLast()) departure.mClient->mLife->awaitEnd(kThreadEnd);
 }
 
-void SdkClient::leaveDepartureToWorker(SdkDeparture& departure) {
-  departure.startPatience(kPatience);
-  const Session session = departure.mClient->sessionLeavingWith(departure);
-  if (session && !session->isConnected()) session->beginClose();
-}
+void SdkClient::leaveDepartureToWorker(SdkDeparture& departure) { abandonDeparture(departure); }
 
 void SdkClient::abandonDeparture(SdkDeparture& departure) {
   departure.startPatience(std::chrono::milliseconds(0));
@@ -213,17 +211,25 @@ void SdkClient::abandonDeparture(SdkDeparture& departure) {
   }
 }
 
-// In the worker's stead, when that is busy with other types: this one's connection may be as
-// healthy as ever. Not while the worker sends on it, which then does not get through.
+// Whether the farewell is still to be said. The worker gets no further turn for a type without
+// patience; a turn under way is waited for, unless it does not come to its end.
+bool SdkClient::mayBidFarewell(SdkDeparture& departure) {
+  if (departure.mFarewell->blob.empty()) return false;
+  std::unique_lock<std::mutex> lock(mLock);
+  const bool free =
+      mTurnEnded.wait_for(lock, kTurnEnd, [&] { return mSending != departure.mType; });
+  return free && !std::exchange(departure.mFarewellSaid, true);
+}
+
+// In the worker's stead, when that is busy: the type's connection may be as healthy as ever.
 void SdkClient::bidFarewell(SdkDeparture& departure, const Session& session) {
-  const std::vector<uint8_t>& blob = departure.mFarewell->blob;
-  if (blob.empty()) return;
-  {
-    const std::lock_guard<std::mutex> lock(mLock);
-    if (mSending == departure.mType) return;
+  try {
+    if (!mayBidFarewell(departure)) return;
+    SendBlobMessage message(convertSdkTypeToIpc(departure.mType), departure.mFarewell->blob);
+    session->sendAtOnce(message);
+  } catch (const std::bad_alloc&) {
+    // The connection is closed all the same.
   }
-  SendBlobMessage message(convertSdkTypeToIpc(departure.mType), blob);
-  session->sendAtOnce(message);
 }
 
 // The connection of the type as long as it is @p departure's: once the worker has retired that one,

@@ -14,6 +14,8 @@
 class Lle : public ServiceOf<Lle> {
  public:
   static const ServiceTable kTable;
+  // Where lleSetReportingCriteria says that it cannot be served; log consumers know the numbers.
+  static constexpr RequestPoints kSetReportingCriteria{"lleSetReportingCriteria", 165, 170};
 
   int64_t setReportingCriteria(uint32_t criteria);
   int64_t getLastEstimationReport(LleEstimationReportCb cb);

@@ -14,6 +14,8 @@
 class Lli : public ServiceOf<Lli> {
  public:
   static const ServiceTable kTable;
+  // Where lliRegLinkInterruptInd says that it cannot be served; log consumers know the numbers.
+  static constexpr RequestPoints kRegLinkInterruptInd{"lliRegLinkInterruptInd", 145, 150};
 
   int64_t regLinkInterruptInd(LliLinkInterruptIndCb cb);
 

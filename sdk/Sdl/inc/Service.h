@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 #include "LogPoint.h"
@@ -143,6 +144,39 @@ class Service : public SdkBase {
     return post(std::make_shared<SdkClientEvent>(mTable.type, serialise(message))) ? kRequestDone
                                                                                    : kNoService;
   }
+  // The same, and a request that cannot be made or posted leaves nothing behind: @p undo takes back
+  // what was stored for it.
+  template <class Message, class Undo>
+  int64_t request(const Message& message, const Undo& undo) {
+    try {
+      if (request(message) == kRequestDone) return kRequestDone;
+    } catch (...) {
+      undo();
+      throw;
+    }
+    undo();
+    return kNoService;
+  }
+  // Stores @p cb, for the answers, and makes the request.
+  template <class Callback, class Message>
+  int64_t requestFor(Callback& member, Callback cb, const Message& message) {
+    const Callback former = store(member, cb);
+    return request(message, [&] { store(member, former); });
+  }
+  // The request for the latest report, in the service's own types.
+  template <class Message, auto EventId, class Callback>
+  int64_t requestLastReport(Callback& member, Callback cb) {
+    Message message;
+    message.set_event_id(EventId);
+    message.mutable_data()->mutable_get_last_estination_report();
+    return requestFor(member, cb, message);
+  }
+  // Stores @p cb for reports that come by themselves; nothing is sent.
+  template <class Callback>
+  int64_t registerFor(Callback& member, Callback cb) {
+    store(member, cb);
+    return kRequestDone;
+  }
   template <class Message>
   static std::vector<uint8_t> serialise(const Message& message) {
     std::vector<uint8_t> blob(message.ByteSizeLong());
@@ -208,9 +242,9 @@ class Service : public SdkBase {
     return member;
   }
   template <class Member>
-  void store(Member& member, Member value) {
+  Member store(Member& member, Member value) {
     const std::lock_guard<std::mutex> lock(mLock);
-    member = value;
+    return std::exchange(member, value);
   }
 
  private:

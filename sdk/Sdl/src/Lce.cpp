@@ -95,22 +95,13 @@ int64_t Lce::setReportingCriteria(const LceReportingCriteria& criteria, LceRepor
     id = getNextUniqueId();
     mPendingCriteriaCbs.emplace(id, cb);
   }
-  try {
-    if (request(criteriaMessage(criteria, id)) == kRequestDone) return id;
-  } catch (...) {
-    forget(id);  // a refused call leaves nothing behind
-    throw;
-  }
-  forget(id);
-  return kNoService;
+  const int64_t result = request(criteriaMessage(criteria, id), [&] { forget(id); });
+  return result == kRequestDone ? id : result;
 }
 
 int64_t Lce::getLastEstimationReport(LceEstimationReportCb cb) {
-  LceProto::ServiceMsg message;
-  message.set_event_id(LceProto::GET_LAST_ESTIMATION_REPORT);
-  message.mutable_data()->mutable_get_last_estination_report();
-  store(mLastEstimationReportCb, cb);
-  return request(message);
+  return requestLastReport<LceProto::ServiceMsg, LceProto::GET_LAST_ESTIMATION_REPORT>(
+      mLastEstimationReportCb, cb);
 }
 
 int64_t Lce::performReportingAction(LceReportingAction action) {
@@ -122,8 +113,7 @@ int64_t Lce::performReportingAction(LceReportingAction action) {
 }
 
 int64_t Lce::regEstimationReports(LceEstimationReportCb cb) {
-  store(mEstimationReportInd, cb);
-  return kRequestDone;
+  return registerFor(mEstimationReportInd, cb);
 }
 
 void Lce::handleBlob(const std::vector<uint8_t>& blob) {

@@ -70,16 +70,12 @@ int64_t Lle::setReportingCriteria(uint32_t criteria) {
 }
 
 int64_t Lle::getLastEstimationReport(LleEstimationReportCb cb) {
-  LleProto::ServiceMsg message;
-  message.set_event_id(LleProto::GET_LAST_ESTIMATION_REPORT);
-  message.mutable_data()->mutable_get_last_estination_report();
-  store(mLastEstimationReportCb, cb);
-  return request(message);
+  return requestLastReport<LleProto::ServiceMsg, LleProto::GET_LAST_ESTIMATION_REPORT>(
+      mLastEstimationReportCb, cb);
 }
 
 int64_t Lle::regEstimationReports(LleEstimationReportCb cb) {
-  store(mEstimationReportInd, cb);
-  return kRequestDone;
+  return registerFor(mEstimationReportInd, cb);
 }
 
 void Lle::handleBlob(const std::vector<uint8_t>& blob) {

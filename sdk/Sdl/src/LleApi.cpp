@@ -17,7 +17,7 @@ int createLleClient(LleStatusV2Cb cb) { return serviceApi::create(Lle::kTable, c
 int destroyLleClient(void) { return serviceApi::destroy(Lle::kTable); }
 
 int64_t lleSetReportingCriteria(uint32_t criteria) {
-  return serviceApi::request<Lle>({__func__, 165, 170}, true,
+  return serviceApi::request<Lle>(Lle::kSetReportingCriteria, true,
                                   [&](Lle& lle) { return lle.setReportingCriteria(criteria); });
 }
 

@@ -42,8 +42,7 @@ int64_t Lli::regLinkInterruptInd(LliLinkInterruptIndCb cb) {
   LliProto::ServiceMsg message;
   message.set_event_id(LliProto::REG_LINK_INTERRUPT_IND);
   message.mutable_data()->mutable_reg_link_interrupt_ind()->set_register_ind(true);
-  store(mLinkInterruptInd, cb);
-  return request(message);
+  return requestFor(mLinkInterruptInd, cb, message);
 }
 
 void Lli::handleBlob(const std::vector<uint8_t>& blob) {

@@ -17,7 +17,7 @@ int createLliClient(LliStatusV2Cb cb) { return serviceApi::create(Lli::kTable, c
 int destroyLliClient(void) { return serviceApi::destroy(Lli::kTable); }
 
 int64_t lliRegLinkInterruptInd(LliLinkInterruptIndCb cb) {
-  return serviceApi::request<Lli>({__func__, 145, 150}, cb != nullptr,
+  return serviceApi::request<Lli>(Lli::kRegLinkInterruptInd, cb != nullptr,
                                   [&](Lli& lli) { return lli.regLinkInterruptInd(cb); });
 }
 

@@ -6,7 +6,7 @@
 #include <thread>
 
 // Starts a library thread: named (15 characters at most), with every signal blocked except the
-// synchronous ones and SIGUSR1, so that no handler of the application runs on it and a closed socket
-// cannot raise SIGPIPE there. An exception that reaches the end of @p body is logged and swallowed.
-// Returns false, with @p out untouched, when the system has no thread to give.
+// synchronous ones and SIGUSR1, so that no handler of the application runs on it and a closed
+// socket cannot raise SIGPIPE there. An exception that reaches the end of @p body is logged and
+// swallowed. Returns false, with @p out untouched, when the system has no thread to give.
 bool startThread(std::thread& out, const char* name, std::function<void()> body);

@@ -8,7 +8,8 @@
 #include "UniqueFd.h"
 
 // How a receiver thread reaches its handler: shared handlers through a weak reference, so that the
-// thread keeps none alive while it waits for data; others on the owner's promise to outlive the thread.
+// thread keeps none alive while it waits for data; others on the owner's promise to outlive the
+// thread.
 class HandlerRef {
  public:
   explicit HandlerRef(const std::shared_ptr<ProcessHandler>& handler)
@@ -28,6 +29,6 @@ class HandlerRef {
   std::shared_ptr<Semaphore> mSemaphore;
 };
 
-// Body of a receiver thread: reads frames and hands them on until the socket fails, then forgets the
-// registration, tells the handler, closes the socket and signals the handler's semaphore.
+// Body of a receiver thread: reads frames and hands them on until the socket fails, then forgets
+// the registration, tells the handler, closes the socket and signals the handler's semaphore.
 void receiveFrames(SharedSocket socket, HandlerRef handler);

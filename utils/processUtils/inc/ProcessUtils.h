@@ -54,8 +54,7 @@ bool isReceiverThreadOf(const Semaphore* semaphore);
 
 // Sends a complete frame on the socket of its (destination, session) in one call. False when there
 // is no such socket or the call took nothing. A short count passes as success. May block in send,
-// unless
-// @p flags for it say otherwise.
+// unless @p flags for it say otherwise.
 bool sendIpc(ipcMsg_t* msg, int flags = 0);
 
 struct ProcessUtilsWrapper {

@@ -11,9 +11,10 @@
 #include "ProcessHandler.h"
 #include "Semaphore.h"
 
-// A message queue with an event loop. Without a running loop a message is handled at once on the thread
-// that posts it, which is how every client session works. mHandlerMutex makes the test of mRunning in
-// postToSelf() and its change in stop() one step each; no lock is held while a message is handled.
+// A message queue with an event loop. Without a running loop a message is handled at once on the
+// thread that posts it, which is how every client session works. mHandlerMutex makes the test of
+// mRunning in postToSelf() and its change in stop() one step each; no lock is held while a message
+// is handled.
 template <class T>
 class IpcHandler : public ProcessHandler {
  public:
@@ -36,7 +37,8 @@ class IpcHandler : public ProcessHandler {
     handleEvent(std::move(msg));
   }
 
-  // The event loop; runs on the calling thread until stop(). One wake-up may stand for many messages.
+  // The event loop; runs on the calling thread until stop(). One wake-up may stand for many
+  // messages.
   void start() {
     ORB_LOGD("running infinite loop");
     while (mRunning) {

@@ -8,9 +8,9 @@
 
 #include "OrbIpcSession.h"
 
-// The session of an SDK client: its peer is the daemon, and every change of the connection goes to one
-// callback. The callback runs on the thread that asked to connect for the result, on the receiver
-// thread for the loss, with no lock held. mCallbackLock guards the callback.
+// The session of an SDK client: its peer is the daemon, and every change of the connection goes to
+// one callback. The callback runs on the thread that asked to connect for the result, on the
+// receiver thread for the loss, with no lock held. mCallbackLock guards the callback.
 class OrbIpcClientSession : public OrbIpcSession {
  public:
   using ConnectionCallback = std::function<void(bool connected)>;

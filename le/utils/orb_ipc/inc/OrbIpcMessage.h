@@ -10,8 +10,9 @@
 
 class OrbIpcSession;
 
-// A message of an IPC session. The id selects what the session does with it: 1 to 4 are the session's
-// own, every other id is sent as the payload of a frame with that id. Always held by shared_ptr.
+// A message of an IPC session. The id selects what the session does with it: 1 to 4 are the
+// session's own, every other id is sent as the payload of a frame with that id. Always held by
+// shared_ptr.
 class OrbIpcMessage {
  public:
   OrbIpcMessage(std::string name, unsigned int id) : mName(std::move(name)), mId(id) {}
