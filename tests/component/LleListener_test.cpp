@@ -24,8 +24,8 @@ using LleLines = LineSources<LleNames>;
 const Estimate kValid{true, 1, 2, 3, 4, 5, 6, 0, LleProto::NR5G};
 const Estimate kInvalid{false, 257, 4294967295, 4294967296, 511, 4294967298, 2147483648, 1000, 3};
 
-void wantLast(Lle& lle) { lle.getLastEstimationReport(onLast); }
-void wantReports(Lle& lle) { lle.regEstimationReports(onReport); }
+void wantLast() { EXPECT_EQ(0, lleGetLastEstimationReport(onLast)); }
+void wantReports() { EXPECT_EQ(0, lleRegEstimationReports(onReport)); }
 
 TEST_F(LleLines, ApiLinesAreFixed) {
   expectLines({

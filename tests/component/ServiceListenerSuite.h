@@ -192,11 +192,17 @@ class LineSources : public BareServiceObject<S> {
   static Function told(int status) {
     return [status] { Object().blobListener(static_cast<Status>(status), {}); };
   }
-  static Function receives(const Blob& blob, std::function<void(Object&)> prepare = {}) {
+  static Function receives(const Blob& blob) {
+    return [blob] { Object().blobListener(Status::BlobReceived, blob); };
+  }
+  // The same once the enabled service has got the request that @p prepare makes.
+  static Function receives(const Blob& blob, const std::function<void()>& prepare) {
     return [blob, prepare] {
-      Object object;
-      if (prepare) prepare(object);
-      object.blobListener(Status::BlobReceived, blob);
+      S::enable(BareServiceObject<S>::onStatus);
+      prepare();
+      const auto object = Object::mInstance().get();
+      object->blobListener(Status::BlobReceived, blob);
+      S::disable();
     };
   }
   static void enableWithoutCallback() { S::enable(nullptr); }

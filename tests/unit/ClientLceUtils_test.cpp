@@ -12,7 +12,7 @@ struct Lce {
   static constexpr const char* kName = "ClientLceUtils";
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lce, StatusConversion, Lce);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lce, StatusConversion, Lce, UtilsName);
 
 class ClientLceUtilsTest : public ::testing::Test {
  protected:

@@ -12,7 +12,7 @@ struct Lle {
   static constexpr const char* kName = "ClientLleUtils";
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lle, StatusConversion, Lle);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lle, StatusConversion, Lle, UtilsName);
 
 int network(int rat) {
   return ClientLleUtils::protoAccessNetworkToClient(static_cast<LleProto::RatType>(rat));

@@ -12,7 +12,7 @@ struct Lli {
   static constexpr const char* kName = "ClientLliUtils";
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Lli, StatusConversion, Lli);
+INSTANTIATE_TYPED_TEST_SUITE_P(Lli, StatusConversion, Lli, UtilsName);
 
 // One conversion: results[i] is what the number i gives, or unknown for one that logs and gives 0.
 struct Conversion {

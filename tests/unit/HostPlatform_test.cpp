@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
 // The desktop stand-ins of the platform's libraries, opened as the shared libraries they are.
+#include <diag/diag.h>
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -72,7 +73,8 @@ class HostPlatformTest : public testing::Test {
     for (const char* name : kVariables) unsetenv(name);
   }
 
-  static constexpr const char* kVariables[] = {"ORB_LOG_LEVEL", "NO_COLOR", "ORB_DIAG_FILE",
+  static constexpr const char* kVariables[] = {"ORB_LOG_LEVEL",       "NO_COLOR",
+                                               "ORB_DIAG_FILE",       "ORB_DIAG_SOCKET",
                                                "ORB_PROPERTIES_FILE", "a_b_c"};
   void* const mLibrary;  // stays open: the libraries stay for the life of a process
 };
@@ -284,7 +286,7 @@ TEST_F(HostDiagTest, RegistrationIsTaken) {
   using Init = unsigned char (*)(unsigned char*);
   using Register = void (*)(const void*);
   EXPECT_EQ(1, find<Init>(mLibrary, "Diag_LSM_Init")(nullptr));
-  static const int kTable = 0;
+  static const diagpkt_user_table_type kTable = {0, 0xFF, 0x12, 0, 0, nullptr};
   find<Register>(mLibrary, "diagpkt_tbl_reg")(&kTable);
 }
 

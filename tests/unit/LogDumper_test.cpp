@@ -14,6 +14,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
+// As the library is loaded, before any test.
+const milliseconds kShippedInterval = LogTestPeer::timerInterval();
+
 bool isCompletion(const recording::Line& line, const std::string& request) {
   const std::string head =
       "|ORB|Log::dumper:142 Dump completed, request type: " + request + ", elapsed time = ";
@@ -140,9 +143,12 @@ TEST_F(LogDumperTest, StopRequestsAddUpUnlessLatched) {
   EXPECT_EQ(1u, LogTestPeer::stopRequests());
 }
 
-TEST_F(LogDumperTest, ManyWritersAndDumpsLoseNothing) {
-  constexpr int kThreads = 4, kLines = 1000;
+// A hundred thousand records of ten threads, with dumps that they, the full queue and the timer ask
+// for meanwhile.
+TEST_F(LogDumperTest, EachRecordOfManyWritersReachesTheChannelOnceAndInOrder) {
+  constexpr int kThreads = 10, kLines = 10000;
   recording::setProperty(kLoggingProperty, "1");
+  LogTestPeer::setTimerInterval(milliseconds(3));
   log.init("app");
   recording::setDiagListening(true);
   std::vector<std::thread> threads;
@@ -156,17 +162,40 @@ TEST_F(LogDumperTest, ManyWritersAndDumpsLoseNothing) {
   }
   for (std::thread& thread : threads) thread.join();
   log.addDumpRequest(Log::CRASH_DETECTED);
-  ASSERT_TRUE(waitForDump("CRASH_DETECTED"));
+  log.release();  // after the requests that were there before
+  EXPECT_GT(completedDumps("USER_COMMAND"), 0u);
   std::map<std::string, int> next;  // per writer: the number that must come next
   for (const recording::Packet& packet : recording::packets()) {
     const std::string text = packetText(packet);
     const size_t at = text.find("|W|File::f:");
     if (at == std::string::npos) continue;
     const size_t blank = text.find(' ', at);
-    EXPECT_EQ(std::to_string(next[text.substr(at, blank - at)]++), text.substr(blank + 1));
+    ASSERT_EQ(std::to_string(next[text.substr(at, blank - at)]++), text.substr(blank + 1));
   }
   ASSERT_EQ(size_t{kThreads}, next.size());
   for (const auto& writer : next) EXPECT_EQ(kLines, writer.second) << writer.first;
+}
+
+TEST_F(LogDumperTest, TimerIsSetToThirtySeconds) {
+  EXPECT_EQ(milliseconds(30000), kShippedInterval);
+}
+
+TEST_F(LogDumperTest, WakeUpWithoutAStopRequestNeitherEndsTheTimerNorRequestsADump) {
+  log.init("app");
+  for (int i = 0; i < 100; ++i) LogTestPeer::wakeTimer();
+  log.release();
+  EXPECT_EQ(0u, completedDumps("LOGGING_TIMER_EXPIRED"));
+  LogTestPeer::setTimerInterval(milliseconds(5));
+  log.init("app");
+  LogTestPeer::wakeTimer();
+  EXPECT_TRUE(waitForDump("LOGGING_TIMER_EXPIRED"));
+}
+
+TEST_F(LogDumperTest, LatchedStopRequestEndsTheTimer) {
+  LogTestPeer::setStopLatched(true);
+  log.init("app");
+  log.release();
+  EXPECT_EQ(0u, LogTestPeer::stopRequests());
 }
 
 TEST_F(LogDumperTest, ForkedChildEndsWithoutWaitingForThreadsItDoesNotHave) {

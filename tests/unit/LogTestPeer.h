@@ -7,7 +7,10 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -20,7 +23,11 @@ struct LogTestPeer {
 
   static size_t queuedRecords() { return log().records.size(); }
   static size_t queuedRequests() { return log().dumpRequests.size(); }
-  static void queueRecord(const std::string& message) { log().queueRecord(3, message); }
+  static void queueRecord(const std::string& message) {
+    Log::LogRecord record;
+    record.stamp(3);
+    log().queueRecord(record, message);
+  }
   static void queueRecord(std::shared_ptr<Log::LogRecord> record) {
     log().records.push(std::move(record));
   }
@@ -45,6 +52,24 @@ struct LogTestPeer {
   static void* hookLibrary() { return Log::_libalog_handle; }
   static bool hasGetPersistSetting() { return Log::orbGetPersistSetting != nullptr; }
   static bool hasDecodeBuffer() { return Log::orbDecodeBuffer != nullptr; }
+  static bool encryptionEnabled() {
+    std::lock_guard<std::mutex> lock(log().mutex);
+    return log().encryptionEnabled;
+  }
+  static uint64_t recordsPerFile() { return log().recordsPerFile; }
+  static int maxFiles() { return log().maxFiles; }
+  static int fileIndex() { return log().fileIndex; }
+  // Where to go on after files of these ages in seconds, with so many files kept.
+  static int reviewExistingFiles(uint8_t maxFiles, const std::map<int64_t, std::string>& files) {
+    std::lock_guard<std::mutex> lock(log().mutex);
+    log().maxFiles = maxFiles;
+    log().reviewExistingFiles(files);
+    return log().fileIndex;
+  }
+  // The mutex that every record takes, for a thread that is to be inside a log call for long.
+  static std::mutex& mutex() { return log().mutex; }
+  static std::chrono::milliseconds timerInterval() { return log().timerInterval; }
+  static void wakeTimer() { log().timerWake.notify_all(); }
   static Log::DumpRequestType takeRequest() {
     Log::DumpRequestType request = Log::SHUTDOWN;
     EXPECT_TRUE(log().dumpRequests.tryPop(request));
@@ -54,6 +79,7 @@ struct LogTestPeer {
   // As if the library had just been loaded.
   static void reset() {
     log().release();
+    resetEncryption();
     std::shared_ptr<Log::LogRecord> record;
     while (log().records.tryPop(record)) {
     }
@@ -72,6 +98,18 @@ struct LogTestPeer {
     if (Log::_libalog_handle != nullptr) dlclose(Log::_libalog_handle);
     Log::_libalog_handle = nullptr;
     signal(SIGUSR1, SIG_DFL);
+  }
+
+ private:
+  static void resetEncryption() {
+    log().stopEncryption();
+    std::lock_guard<std::mutex> lock(log().mutex);
+    log().wrappedKey.clear();
+    log().recordsPerFile = 0;
+    log().maxFiles = 0;
+    log().recordsInFile = log().fileIndex = 0;
+    log().fileTag.clear();
+    log().currentLogFile.clear();
   }
 };
 

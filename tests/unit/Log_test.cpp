@@ -190,6 +190,40 @@ TEST_F(LogTest, PropertyValue4SuppressesAllDmap) {
   EXPECT_TRUE(recording::packets().empty());
 }
 
+TEST_F(LogTest, EachBitOfThePropertyCountsByItself) {
+  const struct {
+    const char* value;
+    bool deferred, debug, others;  // queued until the next dump; which lines of the data path come
+  } kCases[] = {
+      {"0", false, true, true},   {"1", true, true, true},    {"2", false, false, true},
+      {"3", true, false, true},   {"4", false, false, false}, {"5", true, false, false},
+      {"6", false, false, false}, {"7", true, false, false},  {"8", false, true, true},
+      {"0x3", true, false, true}, {"-1", true, false, false}, {"none", false, true, true},
+  };
+  for (const auto& c : kCases) {
+    LogTestPeer::reset();
+    recording::setProperty(kLoggingProperty, c.value);
+    log.init("app");
+    recording::clear();
+    recording::setDiagListening(true);
+    log.dMapLog(3, "debug");
+    EXPECT_EQ(size_t{c.debug}, recording::packets().size()) << c.value;
+    log.dMapLog(6, "error");
+    EXPECT_EQ(size_t{c.debug} + size_t{c.others}, recording::packets().size()) << c.value;
+    const size_t queued = LogTestPeer::queuedRecords();
+    log.printVersion();
+    EXPECT_EQ(queued + size_t{c.deferred}, LogTestPeer::queuedRecords()) << c.value;
+    recording::setDiagListening(false);
+  }
+}
+
+TEST_F(LogTest, LongDmapLineIsCutWithItsHeadTo511Characters) {
+  recording::setDiagListening(true);
+  log.dMapLog(6, std::string(600, 'x'));
+  ASSERT_EQ(1u, recording::packets().size());
+  EXPECT_EQ(511u, packetText(recording::packets()[0]).size());
+}
+
 TEST_F(LogTest, DmapGoesToTheDiagnosticChannelOnlyDeferredOrNot) {
   recording::setProperty(kLoggingProperty, "1");
   log.init("app");
@@ -217,6 +251,16 @@ TEST_F(LogTest, ModuleDebugLinesHaveTheirOwnShape) {
   EXPECT_EQ("| orbLog | value 5", recording::texts().at(0));
   EXPECT_EQ(3, recording::lines()[0].priority);
   EXPECT_EQ(0u, LogTestPeer::queuedRecords());
+}
+
+TEST_F(LogTest, ModuleDebugLineIsCutTo511Characters) {
+  log.logModuleDebug("%s", std::string(600, 'x').c_str());
+  EXPECT_EQ("| orbLog | " + std::string(500, 'x'), recording::texts().at(0));
+}
+
+TEST_F(LogTest, PrintToAdbLineIsCutTo511Characters) {
+  log.printToAdb(6, "TAG", "File.cpp", "f", 1, "%s", std::string(600, 'x').c_str());
+  EXPECT_EQ(511u, recording::texts().at(0).size());
 }
 
 TEST_F(LogTest, FullQueueFilesARequestBeforeTheNextRecord) {

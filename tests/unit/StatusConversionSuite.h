@@ -25,6 +25,14 @@ class StatusConversion : public ::testing::Test {
   }
 };
 
+// Names the instances of the suite.
+struct UtilsName {
+  template <class U>
+  static std::string GetName(int) {
+    return U::kName;
+  }
+};
+
 // Checks that a conversion wrote exactly one line, through the SDK's front end under the names of
 // class and function.
 inline void expectOneSdkLine(const std::string& unit, const std::string& function,

@@ -10,6 +10,7 @@
 #include <condition_variable>
 #include <cstdarg>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -17,23 +18,28 @@
 #include <thread>
 #include <vector>
 
+#include "GcmCipher.h"
+#include "LogFile.h"
 #include "LogLine.h"
 #include "ThreadSafeQueue.h"
 
 // The log of the process, front end of the IPC and process layers: every line goes to the platform
 // log (or to the hook library's log function), and a record of it to the diagnostic channel, at
-// once or, in deferred mode, in batches written by the dumper thread.
+// once or, in deferred mode, in batches written by the dumper thread. When a configuration file
+// gives a public key, every record is also written, encrypted, to files that only the holder of the
+// private key can read.
 //
 // There is one object, built when the library is loaded and never destroyed: threads that still run
 // while the process exits may log, only its own two threads are stopped then. Any thread may log at
 // any time, before init() and after release() too; errno is left as it was.
 //
-// `mutex` makes addLogRecord, printVersion and dMapLog one at a time. It is held over the hook call
-// and the diagnostic write, so that lines and records come out in the same order; the hook must not
-// log through this class. printToAdb, logModuleDebug and the signal handler take no lock; the
-// queues have their own. `timerMutex` guards the stop requests of the timer thread,
-// `lifecycleMutex` the two flags that decide which of several init() and release() calls does the
-// work; neither is held while waiting for a thread.
+// `mutex` makes addLogRecord, printVersion and dMapLog one at a time and guards the state of
+// encrypted logging. It is held over the hook call, the encryption and the diagnostic write, so
+// that lines and records come out in the same order; the hook must not log through this class.
+// printToAdb, logModuleDebug and the signal handler take no lock; the queues have their own.
+// `timerMutex` guards the stop requests of the timer thread, `lifecycleMutex` the two flags that
+// decide which of several init() and release() calls does the work; neither is held while waiting
+// for a thread.
 class Log {
  public:
   // What a line leaves behind until it is written out.
@@ -50,7 +56,7 @@ class Log {
     std::string getDiagEntry() const;
 
     // The parts of the two above: all but the message, and the line of a message kept elsewhere.
-    void stamp(int recordLevel);
+    void stamp(int recordLevel, bool isDmap = false);
     size_t formatEntry(std::string_view text, char (&entry)[LogLine::kBufferSize]) const;
   };
 
@@ -96,7 +102,17 @@ class Log {
   bool getPersistSetting(unsigned char& setting, std::vector<unsigned char>& out);
 
  private:
-  class Writer;
+  // Holds the log for one record and marks the thread as being inside it.
+  class Writer {
+   public:
+    explicit Writer(std::mutex& mutex);
+    Writer(const Writer&) = delete;
+    Writer& operator=(const Writer&) = delete;
+    ~Writer();
+
+   private:
+    const std::lock_guard<std::mutex> mLock;
+  };
   friend struct LogTestPeer;  // tests look inside and start over; nothing of it is in the library
 
   // The source all lines of this class are shown under, whichever file they come from.
@@ -117,8 +133,25 @@ class Log {
 
   void writeRecord(int level, const LogLine& line);
   void requestDumpWhenFull();
-  void queueRecord(int level, std::string_view message);
-  static void sendRecord(int level, std::string_view message, bool dmap);
+  void queueRecord(const LogRecord& stamped, std::string_view message);
+
+  void initLogEncryption();
+  bool startEncryption(const std::vector<uint8_t>& aesKey, std::vector<uint8_t> wrapped,
+                       uint64_t recordLimit, uint8_t fileLimit);
+  void stopEncryption();
+  void stopBeforeExit();
+  void encryptLogMsg(std::string_view entry);
+  void nextLogFile();
+  void startLogFile();
+  std::string logFileName(int index) const;
+  bool createNewlogFileName();
+  void writeToFile(const uint8_t* bytes, size_t size, const std::string& path);
+  void applyLogPerms() const;
+  std::string getLogFilePath() const;
+  std::string getFileTag() const;
+  // By age in seconds, youngest first.
+  void checkExistingFiles();
+  void reviewExistingFiles(const std::map<int64_t, std::string>& files);
 
   void dumper();
   void timerLoop();
@@ -144,6 +177,20 @@ class Log {
 
   std::mutex mutex;
   static thread_local bool writing;  // this thread holds `mutex`
+
+  // Encrypted logging.
+  std::atomic<pid_t> encryptingProcess{0};
+  bool encryptionEnabled = false;
+  GcmCipher recordCipher;           // holds the session key
+  std::vector<uint8_t> wrappedKey;  // the same for whoever has the private key; begins every file
+  uint64_t recordsPerFile = 0;
+  uint8_t maxFiles = 0;
+  int recordsInFile = 0;
+  int fileIndex = 0;
+  std::string fileTag;
+  std::string currentLogFile;
+  LogFile logFile;
+
   ThreadSafeQueue<std::shared_ptr<LogRecord>> records;
   ThreadSafeQueue<DumpRequestType> dumpRequests;
 
@@ -169,7 +216,8 @@ int property_get_int32(const char* key, int defaultValue);
 // consumers rely on; it takes the number instead of __LINE__.
 #define ORB_LOG_AT(level, line, ...) \
   Log::getInstance()->addLogRecord(level, "ORB", __FILE__, __func__, line, __VA_ARGS__)
-// For lines of a unit that is spread over files or helper functions: shown under the unit's own names.
+// For lines of a unit that is spread over files or helper functions: shown under the unit's own
+// names.
 #define ORB_LOG_AS(level, file, function, ...) \
   Log::getInstance()->addLogRecord(level, "ORB", file, function, __LINE__, __VA_ARGS__)
 #define ORB_LOGV(...) ORB_LOG_AT(2, __LINE__, __VA_ARGS__)

@@ -23,6 +23,7 @@ std::string escapePercent(const std::string& text);
 // consumers rely on; it takes the number instead of __LINE__.
 #define SDK_LOG_AT(tag, line, ...) SdkLog::print(3, tag, __FILE__, __func__, line, __VA_ARGS__)
 #define SDK_LOG(tag, ...) SDK_LOG_AT(tag, __LINE__, __VA_ARGS__)
-// For lines of a unit that is spread over files or helper functions: shown under the unit's own names.
+// For lines of a unit that is spread over files or helper functions: shown under the unit's own
+// names.
 #define SDK_LOG_AS(tag, file, function, ...) \
   SdkLog::print(3, tag, file, function, __LINE__, __VA_ARGS__)

@@ -26,17 +26,9 @@ constexpr size_t kPersistSettingSize = 50;
 
 thread_local bool Log::writing = false;
 
-// Holds the log for one record and marks the thread as being inside it.
-class Log::Writer {
- public:
-  explicit Writer(std::mutex& mutex) : mLock(mutex) { writing = true; }
-  Writer(const Writer&) = delete;
-  Writer& operator=(const Writer&) = delete;
-  ~Writer() { writing = false; }
+Log::Writer::Writer(std::mutex& mutex) : mLock(mutex) { writing = true; }
 
- private:
-  const std::lock_guard<std::mutex> mLock;
-};
+Log::Writer::~Writer() { writing = false; }
 
 void Log::addLogRecord(int level, const char* tag, const char* file, const char* function, int line,
                        const char* format, ...) {
@@ -58,11 +50,19 @@ void Log::writeRecord(int level, const LogLine& line) {
     __android_log_print(level, platformTag, "%s", line.text());
   }
   requestDumpWhenFull();
-  if (deferredLogging.load()) {
-    queueRecord(level, line.view());
-  } else {
-    sendRecord(level, line.view(), false);
+  const bool deferred = deferredLogging.load();
+  const bool sends = !deferred && DiagCmdProcessor::isListening();
+  if (!encryptionEnabled && !deferred && !sends) return;  // nobody wants the record
+
+  LogRecord record;
+  record.stamp(level);
+  if (encryptionEnabled || sends) {
+    char entry[LogLine::kBufferSize];
+    const size_t size = record.formatEntry(line.view(), entry);
+    if (encryptionEnabled) encryptLogMsg({entry, size});
+    if (sends && size > 0) DiagCmdProcessor::writeToDiag({entry, size});
   }
+  if (deferred) queueRecord(record, line.view());
 }
 
 void Log::printToAdb(int level, const char* tag, const char* file, const char* function, int line,
@@ -74,7 +74,9 @@ void Log::printToAdb(int level, const char* tag, const char* file, const char* f
   va_end(args);
   __android_log_print(level, logTag.load(), "%s", text.text());
   requestDumpWhenFull();
-  queueRecord(level, text.view());
+  LogRecord record;
+  record.stamp(level);
+  queueRecord(record, text.view());
 }
 
 void Log::logModuleDebug(const char* format, ...) {
@@ -101,7 +103,17 @@ void Log::dMapLog(int level, const std::string& message) {
   const AlogFunction alog = orb_alog_fn.load();
   if (alog != nullptr) alog(level, "DMAP", "%s", message.c_str());
   requestDumpWhenFull();
-  sendRecord(level, message, true);
+  if (!encryptionEnabled && !DiagCmdProcessor::isListening()) return;
+  LogRecord record;
+  record.stamp(level, true);
+  char entry[LogLine::kBufferSize];
+  const size_t size = record.formatEntry(message, entry);
+  // Unlike a line's, an encrypted record of the data path does not go out in the clear as well.
+  if (encryptionEnabled) {
+    encryptLogMsg({entry, size});
+  } else if (size > 0) {
+    DiagCmdProcessor::writeToDiag({entry, size});
+  }
 }
 
 void Log::requestDumpWhenFull() {
@@ -113,25 +125,14 @@ void Log::requestDumpWhenFull() {
   }
 }
 
-void Log::queueRecord(int level, std::string_view message) {
+void Log::queueRecord(const LogRecord& stamped, std::string_view message) {
   try {
-    auto record = std::make_shared<LogRecord>();
-    record->init(level, std::string(message));
+    auto record = std::make_shared<LogRecord>(stamped);
+    record->message = message;
     records.push(std::move(record));
   } catch (const std::bad_alloc&) {
     // Without memory the line is in the platform log only; logging never fails its caller.
   }
-}
-
-// A record that is written at once needs no object of its own, and no text while nobody listens.
-void Log::sendRecord(int level, std::string_view message, bool dmap) {
-  if (!DiagCmdProcessor::isListening()) return;
-  LogRecord record;
-  record.stamp(level);
-  record.dmap = dmap;
-  char entry[LogLine::kBufferSize];
-  const size_t size = record.formatEntry(message, entry);
-  if (size > 0) DiagCmdProcessor::writeToDiag({entry, size});
 }
 
 void Log::addDumpRequest(DumpRequestType type) { dumpRequests.push(type); }

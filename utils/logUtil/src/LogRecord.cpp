@@ -52,8 +52,9 @@ void Log::LogRecord::init(int recordLevel, const std::string& text) {
   message = text;
 }
 
-void Log::LogRecord::stamp(int recordLevel) {
+void Log::LogRecord::stamp(int recordLevel, bool isDmap) {
   level = recordLevel;
+  dmap = isDmap;
   tid = gettid();
   pid = getpid();
   gettimeofday(&time, nullptr);

@@ -68,6 +68,7 @@ void Log::init(const char* tag) {
   registerDiagCommand();
   loadHook();
   setTag(tag);
+  initLogEncryption();
   startThreads();
   {
     std::lock_guard<std::mutex> lock(lifecycleMutex);

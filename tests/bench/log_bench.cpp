@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// What a record costs for each sink: the platform's log alone, the diagnostic channel, the queue of
+// the deferred mode, encrypted files. The baseline formats the same line once; for encrypted files
+// it seals a text of the record's length as well.
+#include <android/log.h>
+#include <fcntl.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/rand.h>
+#include <openssl/rsa.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "Comparison.h"
+#include "Log.h"
+#include "NullPlatform.h"
+
+namespace {
+
+constexpr int kRecords = 50000;
+constexpr char kConfigFile[] = "/data/vendor/orb_logs/config/orb_log_config";
+
+// A line as the transport writes it, of about 100 characters.
+constexpr char kFormat[] = "handling a message of the daemon, number %d of %d, session %d, kind %s";
+
+void records(int count) {
+  for (int i = 0; i < count; ++i) ORB_LOGD(kFormat, i, count, 7, "report");
+}
+
+int bareLine(char (&text)[512], int i, int count) {
+  return std::snprintf(text, sizeof text,
+                       "|%s|%s::%s:%d handling a message of the daemon, number %d "
+                       "of %d, session %d, kind %s",
+                       "ORB", "log_bench", "bareLine", __LINE__, i, count, 7, "report");
+}
+
+void bareLines(int count) {
+  for (int i = 0; i < count; ++i) {
+    char text[512];
+    bareLine(text, i, count);
+    __android_log_print(ANDROID_LOG_DEBUG, "log_bench", "%s", text);
+  }
+}
+
+// One key and one context for all texts; each gets random bytes of its own as IV.
+class BareSeal {
+ public:
+  BareSeal() {
+    unsigned char key[32];
+    RAND_bytes(key, sizeof key);
+    EVP_EncryptInit_ex(mContext, EVP_aes_256_gcm(), nullptr, key, nullptr);
+  }
+  BareSeal(const BareSeal&) = delete;
+  BareSeal& operator=(const BareSeal&) = delete;
+  ~BareSeal() { EVP_CIPHER_CTX_free(mContext); }
+
+  void lines(int count) {
+    for (int i = 0; i < count; ++i) {
+      char text[512];
+      const int size = bareLine(text, i, count) + kStampSize;
+      __android_log_print(ANDROID_LOG_DEBUG, "log_bench", "%s", text);
+      unsigned char iv[12], tag[16], sealed[512];
+      int done = 0;
+      RAND_bytes(iv, sizeof iv);
+      EVP_EncryptInit_ex(mContext, nullptr, nullptr, nullptr, iv);
+      EVP_EncryptUpdate(mContext, sealed, &done, reinterpret_cast<unsigned char*>(text), size);
+      EVP_EncryptFinal_ex(mContext, sealed + done, &done);
+      EVP_CIPHER_CTX_ctrl(mContext, EVP_CTRL_GCM_GET_TAG, sizeof tag, tag);
+    }
+  }
+
+ private:
+  static constexpr int kStampSize = 45;  // date, process, thread, level and tag of a record
+  EVP_CIPHER_CTX* const mContext = EVP_CIPHER_CTX_new();
+};
+
+bool writeConfig() {
+  std::FILE* const file = std::fopen(kConfigFile, "wb");
+  EVP_PKEY* const key = EVP_RSA_gen(2048);
+  const unsigned char head[9] = {0x30, 0x75, 0, 0, 0, 0, 0, 0, 3};  // 30000 records in a file
+  const bool done = file != nullptr && key != nullptr &&
+                    std::fwrite(head, sizeof head, 1, file) == 1 &&
+                    PEM_write_PUBKEY(file, key) == 1;
+  EVP_PKEY_free(key);
+  return file != nullptr && std::fclose(file) == 0 && done;
+}
+
+void setUpAgain(const char* logging, bool listening) {
+  Log::getInstance()->release();
+  nullplatform::setLogging(logging);
+  nullplatform::setListening(listening);
+  Log::getInstance()->init("log_bench");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const Comparison comparison(argc, argv);
+  setUpAgain("0", false);
+  comparison.time("record, platform log only", kRecords, records, bareLines);
+  setUpAgain("0", true);
+  comparison.time("record, diagnostic channel", kRecords, records, bareLines);
+  setUpAgain("1", false);
+  comparison.time("record, deferred", kRecords, records, bareLines);
+  if (!writeConfig()) {
+    std::fprintf(stderr, "log_bench: cannot write %s; run in scripts/sandbox\n", kConfigFile);
+    return EXIT_FAILURE;
+  }
+  setUpAgain("0", false);
+  BareSeal seal;
+  comparison.time("record, encrypted file", kRecords, records,
+                  [&](int count) { seal.lines(count); });
+  return EXIT_SUCCESS;
+}

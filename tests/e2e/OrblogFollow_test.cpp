@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include <gtest/gtest.h>
+
+#include "OrblogFiles.h"
+#include "OrblogRun.h"
+
+using namespace orblogtest;
+
+namespace {
+
+// Every test adds something only after it has seen what was there before, and ends the program when
+// it has seen the rest.
+class OrblogFollow : public testing::Test {
+ protected:
+  OrblogFollow() {
+    fs::create_directories(logs / "main");
+    writeFile(file, header);
+    add(file, "first");
+  }
+  void add(const fs::path& path, const std::string& text, Sealer* with = nullptr) {
+    const Bytes record = (with == nullptr ? sealer : *with).record(text);
+    appendFile(path, record);
+  }
+  std::vector<std::string> arguments(const std::string& what, std::vector<std::string> more = {}) {
+    more.insert(more.begin(), {"decrypt", "--follow", "--key", keyPair().path(), what});
+    return more;
+  }
+  void expectEnd(Orblog& program, const std::string& out, const std::string& err = "") {
+    program.signal(SIGINT);
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_EQ(program.out(), out);
+    EXPECT_EQ(program.err(), err);
+  }
+
+  TemporaryDirectory logs;
+  const Bytes header = keyPair().header(keyOf(1));
+  Sealer sealer{keyOf(1)};
+  const fs::path file = logs / "main/orb_log_p0_00";
+};
+
+TEST_F(OrblogFollow, NewRecordsArePrinted) {
+  Orblog program(arguments(logs.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  add(file, "second");
+  ASSERT_TRUE(program.waitForOut("second\n"));
+  add(file, "third");
+  ASSERT_TRUE(program.waitForOut("third\n"));
+  expectEnd(program, "first\nsecond\nthird\n");
+}
+
+TEST_F(OrblogFollow, SigtermEndsItToo) {
+  Orblog program(arguments(logs.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  program.signal(SIGTERM);
+  EXPECT_EQ(program.wait(), 0);
+}
+
+TEST_F(OrblogFollow, HalfARecordIsWaitedFor) {
+  Orblog program(arguments(logs.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  const Bytes record = sealer.record("halved");
+  appendFile(file, Bytes(record.begin(), record.begin() + 20));
+  // Another file's record shows that the half was there for a whole round of reading.
+  writeFile(logs / "orb_log_p0_01", header);
+  add(logs / "orb_log_p0_01", "elsewhere");
+  ASSERT_TRUE(program.waitForOut("elsewhere\n"));
+  appendFile(file, Bytes(record.begin() + 20, record.end()));
+  ASSERT_TRUE(program.waitForOut("halved\n"));
+  expectEnd(program, "first\nelsewhere\nhalved\n");
+}
+
+TEST_F(OrblogFollow, HalfARecordAtTheEndIsNoFault) {
+  const Bytes record = sealer.record("halved");
+  appendFile(file, Bytes(record.begin(), record.begin() + 20));
+  Orblog program(arguments(logs.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  expectEnd(program, "first\n");
+}
+
+TEST_F(OrblogFollow, RotationIsFollowedInTheOrderOfWriting) {
+  Orblog program(arguments(logs.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  const fs::path next = logs / "main/orb_log_p0_01";
+  writeFile(next, header);
+  add(file, "last of the old file");
+  add(next, "first of the new file");
+  fs::remove(file);
+  ASSERT_TRUE(program.waitForOut("first of the new file\n"));
+  // The number comes round again, perhaps with the old file's inode.
+  writeFile(file, header);
+  add(next, "last of the second");
+  add(file, "round again");
+  ASSERT_TRUE(program.waitForOut("round again\n"));
+  expectEnd(program,
+            "first\nlast of the old file\nfirst of the new file\nlast of the second\nround "
+            "again\n");
+}
+
+TEST_F(OrblogFollow, FileOfTheSameNameIsReadFromItsStart) {
+  Orblog program(arguments(file.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  fs::remove(file);
+  writeFile(file, header);
+  add(file, "anew");
+  ASSERT_TRUE(program.waitForOut("anew\n"));
+  expectEnd(program, "first\nanew\n");
+}
+
+TEST_F(OrblogFollow, FileThatWasCutShortIsReadFromItsStart) {
+  Orblog program(arguments(logs.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  fs::resize_file(file, 512);
+  // The shorter file is seen for what it is when it is looked at in this state: a record elsewhere
+  // shows that it was.
+  writeFile(logs / "orb_log_p0_01", header);
+  add(logs / "orb_log_p0_01", "elsewhere");
+  ASSERT_TRUE(program.waitForOut("elsewhere\n"));
+  add(file, "x");
+  ASSERT_TRUE(program.waitForOut("x\n"));
+  expectEnd(program, "first\nelsewhere\nx\n");
+}
+
+TEST_F(OrblogFollow, DirectoryThatAppearsLaterIsFollowed) {
+  Orblog program(arguments(logs.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  fs::create_directories(logs / "other");
+  writeFile(logs / "other/orb_log_app_00", header);
+  add(logs / "other/orb_log_app_00", "another program");
+  ASSERT_TRUE(program.waitForOut("another program\n"));
+  expectEnd(program, "first\nanother program\n");
+}
+
+TEST_F(OrblogFollow, FileRemovedUnderWayAndMadeAnewIsReadWithoutItsHeader) {
+  Orblog program(arguments(logs.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  fs::remove(file);
+  add(file, "headless");
+  ASSERT_TRUE(program.waitForOut("headless\n"));
+  expectEnd(program, "first\nheadless\n",
+            "orblog: " + file.string() +
+                ": offset 0: no header, the file was removed while it was written and made anew; "
+                "read with the session key of " +
+                file.string() + "\n");
+}
+
+TEST_F(OrblogFollow, UnreadableRecordsAreReportedWhenReadingGoesOn) {
+  Orblog program(arguments(logs.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  const size_t offset = fs::file_size(file);
+  Sealer other(keyOf(2), 1);
+  add(file, "not for us", &other);
+  add(file, "second");
+  ASSERT_TRUE(program.waitForOut("second\n"));
+  expectEnd(program, "first\nsecond\n",
+            "orblog: " + file.string() + ": offset " + std::to_string(offset) +
+                ": a record of 40 bytes fails authentication; readable again at offset " +
+                std::to_string(offset + 40) + "\n");
+}
+
+TEST_F(OrblogFollow, SelectionHoldsForNewLines) {
+  Orblog program(arguments(logs.string(), {"--level", "E"}));
+  add(file, lineAt("10:00:01.000", "quiet", 'D'));
+  add(file, lineAt("10:00:02.000", "loud", 'E'));
+  ASSERT_TRUE(program.waitForOut("loud\n"));
+  expectEnd(program, "first\n" + lineAt("10:00:02.000", "loud", 'E') + "\n");
+}
+
+}  // namespace

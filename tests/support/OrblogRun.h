@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace orblogtest {
+
+// The program, running, with both its outputs in pipes.
+class Orblog {
+ public:
+  explicit Orblog(const std::vector<std::string>& arguments) {
+    std::array<int, 2> out = {}, err = {};
+    if (pipe(out.data()) != 0 || pipe(err.data()) != 0) std::abort();
+    std::vector<std::string> words = {ORBLOG_PROGRAM};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    mProcess = fork();
+    if (mProcess == 0) {
+      dup2(out[1], STDOUT_FILENO);
+      dup2(err[1], STDERR_FILENO);
+      for (const int fd : {out[0], out[1], err[0], err[1]}) close(fd);
+      execv(ORBLOG_PROGRAM, argv.data());
+      _exit(127);
+    }
+    close(out[1]);
+    close(err[1]);
+    mOut.fd = out[0];
+    mErr.fd = err[0];
+  }
+  Orblog(const Orblog&) = delete;
+  Orblog& operator=(const Orblog&) = delete;
+  ~Orblog() {
+    if (mProcess > 0) kill(mProcess, SIGKILL);
+    (void)wait();
+    close(mOut.fd);
+    close(mErr.fd);
+  }
+
+  // Reads until the text has come to an output; false when it will not come any more.
+  bool waitForOut(const std::string& text) { return waitFor(mOut, text); }
+  bool waitForErr(const std::string& text) { return waitFor(mErr, text); }
+  void signal(int number) const { kill(mProcess, number); }
+  // Reads both outputs to their ends. The exit status, or -1 when a signal ended it.
+  int wait() {
+    while (mOut.open || mErr.open) {
+      if (!readOne()) break;
+    }
+    if (mProcess > 0) {
+      int status = 0;
+      while (waitpid(mProcess, &status, 0) < 0 && errno == EINTR) {
+      }
+      mProcess = 0;
+      mStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    return mStatus;
+  }
+  const std::string& out() const { return mOut.text; }
+  const std::string& err() const { return mErr.text; }
+
+ private:
+  struct Output {
+    int fd = -1;
+    bool open = true;
+    std::string text;
+  };
+  static constexpr int kPatienceMs = 60000;
+
+  bool waitFor(Output& output, const std::string& text) {
+    while (output.text.find(text) == std::string::npos) {
+      if (!output.open || !readOne()) return false;
+    }
+    return true;
+  }
+  bool readOne() {
+    std::array<pollfd, 2> waited = {
+        {{mOut.open ? mOut.fd : -1, POLLIN, 0}, {mErr.open ? mErr.fd : -1, POLLIN, 0}}};
+    if (poll(waited.data(), waited.size(), kPatienceMs) <= 0) return false;
+    for (Output* output : {&mOut, &mErr}) {
+      if (waited[output == &mOut ? 0 : 1].revents == 0) continue;
+      std::array<char, 65536> bytes;
+      const ssize_t size = read(output->fd, bytes.data(), bytes.size());
+      if (size > 0) output->text.append(bytes.data(), static_cast<size_t>(size));
+      output->open = size > 0;
+    }
+    return true;
+  }
+
+  pid_t mProcess = 0;
+  int mStatus = -1;
+  Output mOut, mErr;
+};
+
+struct Result {
+  int status;
+  std::string out, err;
+};
+
+inline Result runOrblog(const std::vector<std::string>& arguments) {
+  Orblog program(arguments);
+  const int status = program.wait();
+  return {status, program.out(), program.err()};
+}
+
+}  // namespace orblogtest

@@ -1,0 +1,88 @@
+#!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+#
+# A whole run with encrypted logging: keys from orblog, an application beside the daemon stand-in,
+# and then orblog must print exactly what the diagnostic channel got. Run by ctest inside the
+# sandbox: encrypted_run.sh ORBLOG ORBD_SIM ALL_SERVICES
+set -euo pipefail
+
+orblog=$1 simulator=$2 application=$3
+logs=/data/vendor/orb_logs
+work=$(mktemp -d)
+
+fail() {
+  echo "FAILED: $1" >&2
+  exit 1
+}
+
+serve() {
+  "$simulator" --quiet --interval "$1" &
+  daemon=$!
+  until [[ -S /dev/socket/orb ]]; do
+    kill -0 "$daemon" || fail "the daemon stand-in has ended"
+  done
+}
+stop_serving() {
+  kill "$daemon"
+  wait "$daemon"
+}
+# What the diagnostic channel gets goes to standard error, one line for a packet.
+application() {
+  ORB_LOG_LEVEL=S ORB_DIAG_FILE=- "$application" "$@" 2>"$work/packets" >"$work/output"
+}
+# Encryption begins with the line that names the version; what is said before goes to the channel only.
+packets() { sed -n 's/^1E15 //p' "$work/packets" | sed -n '/|ORB|Log::printVersion:155 /,$p'; }
+decrypt() {
+  "$orblog" decrypt --key "$work/keys/orb_log_private.pem" "$logs/other" >"$1"
+}
+start_over() { rm -f "$logs"/other/*; }
+
+"$orblog" keygen --out "$work/keys" --bits 2048 --records 3000 --files 3
+cp "$work/keys/orb_log_config" "$logs/config/orb_log_config"
+
+echo "one run, then another: both are there, one after the other"
+serve 100
+application --seconds 2 || fail "the application failed"
+packets >"$work/sent"
+application --seconds 1 || fail "the application failed when it was restarted"
+packets >>"$work/sent"
+stop_serving
+decrypt "$work/read" || fail "orblog found something wrong"
+[[ -s $work/sent ]] || fail "nothing was logged"
+cmp "$work/sent" "$work/read" || fail "orblog does not print what was logged"
+echo "  $(wc -l <"$work/read") lines"
+
+echo "so many records that the files rotate: the latest are there, without a gap"
+start_over
+serve 1
+application --seconds 5 || fail "the application failed with many reports"
+packets >"$work/sent"
+stop_serving
+decrypt "$work/read" || fail "orblog found something wrong in rotated files"
+kept=$(wc -l <"$work/read")
+((kept >= 6000)) || fail "only $kept lines of rotated files"
+(($(wc -l <"$work/sent") > kept)) || fail "nothing was rotated away"
+tail -n "$kept" "$work/sent" | cmp - "$work/read" || fail "rotated files do not hold the latest lines"
+echo "  $kept of $(wc -l <"$work/sent") lines"
+
+for ((round = 1; round <= 5; ++round)); do
+  start_over
+  serve 100
+  # At a random moment the process is gone; the last record may not have come to the diagnostic
+  # channel any more, which gets it after the file.
+  ORB_LOG_LEVEL=S ORB_DIAG_FILE=- "$application" --seconds 60 2>"$work/packets" >"$work/output" &
+  running=$!
+  milliseconds=$((RANDOM % 1500 + 300))
+  sleep "$((milliseconds / 1000)).$(printf '%03d' $((milliseconds % 1000)))"
+  kill -KILL "$running" || fail "the application had ended by itself"
+  wait "$running" 2>/dev/null || true
+  stop_serving
+  packets >"$work/sent"
+  decrypt "$work/read" || echo "  (the last record is cut)"
+  lines=$(wc -l <"$work/sent")
+  head -n "$lines" "$work/read" | cmp - "$work/sent" || fail "killed after $milliseconds ms: lines differ"
+  (($(wc -l <"$work/read") <= lines + 1)) || fail "killed after $milliseconds ms: lines too many"
+  echo "killed after $milliseconds ms: $lines lines"
+done
+rm -rf "$work"

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// CryptoUtil and GcmCipher when libcrypto fails. This program's functions of libcrypto's names come
+// before the real ones.
+#define OPENSSL_SUPPRESS_DEPRECATED
+
+#include <dlfcn.h>
+#include <openssl/crypto.h>
+#include <openssl/err.h>
+#include <openssl/rand.h>
+#include <openssl/rsa.h>
+
+#include <array>
+#include <optional>
+
+#include "CryptoUtil.h"
+#include "GcmCipher.h"
+#include "LogTestPeer.h"
+#include "TestKeys.h"
+
+namespace {
+
+bool randomFails = false;
+std::optional<int> wrapResult;
+size_t wipedBytes = 0;
+
+template <typename Function>
+Function* real(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+int RAND_bytes(unsigned char* buffer, int size) {
+  if (randomFails) {
+    ERR_raise(ERR_LIB_RAND, 1);
+    return 0;
+  }
+  return real<int(unsigned char*, int)>("RAND_bytes")(buffer, size);
+}
+
+int RSA_public_encrypt(int size, const unsigned char* from, unsigned char* to, RSA* key,
+                       int padding) {
+  if (wrapResult) {
+    ERR_raise(ERR_LIB_RSA, 1);
+    return *wrapResult;
+  }
+  return real<int(int, const unsigned char*, unsigned char*, RSA*, int)>("RSA_public_encrypt")(
+      size, from, to, key, padding);
+}
+
+void OPENSSL_cleanse(void* data, size_t size) {
+  wipedBytes += size;
+  real<void(void*, size_t)>("OPENSSL_cleanse")(data, size);
+}
+
+namespace {
+
+using Bytes = CryptoUtil::Bytes;
+
+class CryptoUtilFailureTest : public LogFixture {
+ protected:
+  CryptoUtilFailureTest() { ERR_clear_error(); }
+  ~CryptoUtilFailureTest() override {
+    randomFails = false;
+    wrapResult.reset();
+    EXPECT_EQ(0u, ERR_peek_error());
+  }
+
+  std::string pem = testkeys::rsaKey(2048).publicPem;
+  Bytes session, wrapped;
+  CryptoUtil crypto;
+};
+
+TEST_F(CryptoUtilFailureTest, WithoutRandomBytesThereIsNoKeyAndNoIv) {
+  randomFails = true;
+  Bytes out;
+  EXPECT_FALSE(crypto.genAESKey(out));
+  EXPECT_FALSE(crypto.genAESIV(out));
+}
+
+TEST_F(CryptoUtilFailureTest, RandomBytesAreSaidToBeThereAllTheSame) {
+  randomFails = true;
+  Bytes out(4, 0x5A);
+  EXPECT_TRUE(crypto.getRandomBytes(out));
+  EXPECT_EQ(Bytes(4, 0x5A), out);
+}
+
+TEST_F(CryptoUtilFailureTest, NothingIsSealedWithoutARandomIv) {
+  randomFails = true;
+  Bytes cipher(5, 1), iv, tag;
+  EXPECT_TRUE(crypto.encryptMsg2(Bytes(5, 2), Bytes(32), cipher, iv, tag));
+  EXPECT_TRUE(cipher.empty());
+}
+
+TEST_F(CryptoUtilFailureTest, CipherDrawsNoIvUntilThereAreRandomBytesAgain) {
+  GcmCipher cipher;
+  std::array<uint8_t, GcmCipher::kIvSize> iv{};
+  const Bytes key(32, 1);
+  ASSERT_TRUE(cipher.setKey(key.data()));
+  ASSERT_TRUE(cipher.newIv(iv.data()));
+  randomFails = true;
+  int drawn = 1;  // what was drawn in advance is still good
+  while (cipher.newIv(iv.data())) ++drawn;
+  EXPECT_EQ(85, drawn);
+  EXPECT_FALSE(cipher.newIv(iv.data()));
+  randomFails = false;
+  EXPECT_TRUE(cipher.newIv(iv.data()));
+}
+
+TEST_F(CryptoUtilFailureTest, SetUpFailsWithoutASessionKey) {
+  randomFails = true;
+  EXPECT_FALSE(crypto.initializeRsaEncryption(session, wrapped, pem));
+  EXPECT_TRUE(session.empty());
+  EXPECT_TRUE(wrapped.empty());
+  EXPECT_EQ(1u, recording::lines().size());
+}
+
+TEST_F(CryptoUtilFailureTest, SetUpFailsWhenWrappingGivesZero) {
+  wrapResult = 0;
+  EXPECT_FALSE(crypto.initializeRsaEncryption(session, wrapped, pem));
+  EXPECT_TRUE(session.empty());
+  EXPECT_TRUE(wrapped.empty());
+  ASSERT_EQ(2u, recording::lines().size());
+  const recording::Line line = recording::lines()[1];
+  EXPECT_EQ(6, line.priority);
+  EXPECT_EQ(0u, line.text.find("|ORB|CryptoUtil::initializeRsaEncryption:"));
+  EXPECT_TRUE(endsWith(line.text, " encryptWithRSAPubKey failed"));
+}
+
+TEST_F(CryptoUtilFailureTest, AnyOtherResultOfWrappingIsASuccess) {
+  for (const int result : {-1, 1, 256}) {
+    wrapResult = result;
+    recording::clear();
+    EXPECT_TRUE(crypto.initializeRsaEncryption(session, wrapped, pem)) << result;
+    EXPECT_EQ(32u, session.size());
+    EXPECT_EQ(Bytes(512), wrapped);
+    EXPECT_EQ(1u, recording::lines().size());
+  }
+}
+
+TEST_F(CryptoUtilFailureTest, SecretsAreOverwritten) {
+  Bytes secret(32, 1);
+  wipedBytes = 0;
+  wipe(secret);
+  EXPECT_EQ(32u, wipedBytes);
+
+  wrapResult = 0;
+  wipedBytes = 0;
+  crypto.initializeRsaEncryption(session, wrapped, pem);
+  EXPECT_GE(wipedBytes, 32u);
+
+  Bytes plain;
+  wipedBytes = 0;
+  EXPECT_FALSE(crypto.decryptMsg(Bytes(500), Bytes(32), Bytes(12), Bytes(16), plain));
+  EXPECT_GE(wipedBytes, 500u);
+
+  GcmCipher cipher;
+  wipedBytes = 0;
+  cipher.clear();
+  EXPECT_GE(wipedBytes, 85u * 12u);  // IVs that were drawn in advance
+}
+
+}  // namespace

@@ -1,0 +1,344 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// The control socket of the desktop's libdiag, within one process.
+#include <sched.h>
+#include <signal.h>
+#include <sys/syscall.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <future>
+#include <vector>
+
+#include "HostDiagSupport.h"
+
+namespace {
+
+struct Received {
+  std::vector<std::vector<uint8_t>> requests;
+  pid_t thread = 0;
+  sigset_t blocked = {};
+  std::promise<void>* entered = nullptr;
+  std::promise<void>* released = nullptr;
+};
+Received received;
+
+void* takeCommand(void* request, uint16_t length) {
+  const auto* const bytes = static_cast<const uint8_t*>(request);
+  received.requests.emplace_back(bytes, bytes + length);
+  received.thread = static_cast<pid_t>(syscall(SYS_gettid));
+  pthread_sigmask(SIG_BLOCK, nullptr, &received.blocked);
+  if (received.entered != nullptr) {
+    received.entered->set_value();
+    received.released->get_future().wait();
+  }
+  return nullptr;
+}
+
+const diagpkt_user_table_entry_type kEntries[] = {{0x89, 0x89, takeCommand},
+                                                  {0xA0, 0xA3, takeCommand}};
+const diagpkt_user_table_type kTable = {0, 0xFF, 0x12, 2, 0, kEntries};
+const diagpkt_user_table_type kOtherTable = {0, 0xFF, 0x13, 1, 0, kEntries + 1};
+
+std::string own(const std::string& entry) { return "/proc/self/" + entry; }
+
+std::vector<std::string> listDirectory(const std::string& path) {
+  std::vector<std::string> names;
+  DIR* const entries = opendir(path.c_str());
+  while (const dirent* const entry = readdir(entries))
+    if (entry->d_name[0] != '.') names.push_back(entry->d_name);
+  closedir(entries);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+size_t controlThreads() {
+  const auto threads = listDirectory(own("task"));
+  return static_cast<size_t>(std::count_if(threads.begin(), threads.end(), [](const auto& id) {
+    return readFile(own("task/" + id + "/comm")) == "orb-diag\n";
+  }));
+}
+
+class HostDiagControlTest : public testing::Test {
+ protected:
+  HostDiagControlTest() {
+    unsetenv("ORB_DIAG_FILE");
+    setenv("ORB_DIAG_SOCKET", socket.c_str(), 1);
+    received = {};
+    diag.init(nullptr);
+  }
+  ~HostDiagControlTest() override {
+    diag.deinit();
+    unsetenv("ORB_DIAG_FILE");
+    unsetenv("ORB_DIAG_SOCKET");
+  }
+  // What arrives on standard error meanwhile.
+  template <typename Action>
+  static std::string printed(const Action& action) {
+    testing::internal::CaptureStderr();
+    action();
+    return testing::internal::GetCapturedStderr();
+  }
+
+  const TempDirectory directory;
+  const std::string socket = directory / "control";
+  const std::string file = directory / "packets";
+  const HostDiag diag;
+};
+
+// ---- packets
+
+// First in this program: nothing has been switched yet.
+TEST_F(HostDiagControlTest, AFileIsEnoughForPacketsToBeWanted) {
+  EXPECT_EQ(0, diag.status(0x1E15));
+  EXPECT_EQ("ok off, to nowhere: 0 written, 0 dropped", ask(socket, "status"));
+  setenv("ORB_DIAG_FILE", file.c_str(), 1);
+  EXPECT_EQ(1, diag.status(0x1E15));
+  EXPECT_EQ("ok on, to " + file + ": 0 written, 0 dropped", ask(socket, "status"));
+  setenv("ORB_DIAG_FILE", "-", 1);
+  EXPECT_EQ(1, diag.status(0x1E15));
+  EXPECT_EQ("ok on, to standard error: 0 written, 0 dropped", ask(socket, "status"));
+}
+
+TEST_F(HostDiagControlTest, PacketsAreLinesOnATerminal) {
+  setenv("ORB_DIAG_FILE", "-", 1);
+  EXPECT_EQ("1E15 first line\n00AB tab? escape?[31m\n", printed([&] {
+              diag.put("first line");
+              diag.put("tab\t escape\033[31m", 0xAB);
+            }));
+}
+
+TEST_F(HostDiagControlTest, TextThatFillsItsPacketIsShownWhole) {
+  setenv("ORB_DIAG_FILE", "-", 1);
+  const std::string text(512, 'x');
+  EXPECT_EQ("1E15 " + text + "\n", printed([&] { diag.put(text); }));
+}
+
+TEST_F(HostDiagControlTest, PacketWithoutTextIsAnEmptyLine) {
+  setenv("ORB_DIAG_FILE", "-", 1);
+  EXPECT_EQ("1E15 \n", printed([&] { diag.commit(diag.alloc(0x1E15, 12)); }));
+}
+
+TEST_F(HostDiagControlTest, SwitchDecidesWhateverTheFileSays) {
+  setenv("ORB_DIAG_FILE", file.c_str(), 1);
+  EXPECT_EQ(0u, ask(socket, "off").find("ok off, to " + file));
+  EXPECT_EQ(0, diag.status(0x1E15));
+  EXPECT_EQ(0u, ask(socket, "on").find("ok on, to " + file));
+  EXPECT_EQ(1, diag.status(0x1E15));
+  diag.put("text");
+  EXPECT_EQ(528u, readFile(file).size());
+}
+
+TEST_F(HostDiagControlTest, PacketsSwitchedOnWithoutAFileGoToTheTerminal) {
+  EXPECT_EQ(0u, ask(socket, "on").find("ok on, to standard error: "));
+  EXPECT_EQ(1, diag.status(0x1E15));
+  EXPECT_EQ("1E15 text\n", printed([&] { diag.put("text"); }));
+}
+
+TEST_F(HostDiagControlTest, StatusCountsWhatWasWrittenAndDropped) {
+  const auto counts = [&] {
+    const std::string reply = ask(socket, "status");
+    unsigned long written = 0;
+    unsigned long dropped = 0;
+    EXPECT_EQ(2, std::sscanf(reply.substr(reply.find(": ")).c_str(), ": %lu written, %lu dropped",
+                             &written, &dropped));
+    return std::make_pair(written, dropped);
+  };
+  const auto before = counts();
+  setenv("ORB_DIAG_FILE", file.c_str(), 1);
+  diag.put("one");
+  diag.put("two");
+  setenv("ORB_DIAG_FILE", "/nonexistent/file", 1);
+  diag.put("three");
+  EXPECT_EQ(std::make_pair(before.first + 2, before.second + 1), counts());
+}
+
+// ---- commands
+
+TEST_F(HostDiagControlTest, CommandReachesItsHandlerOnTheControlThread) {
+  diag.registerTable(&kTable);
+  EXPECT_EQ("ok command delivered, 3 bytes", ask(socket, "command ff 12 89 0102FF"));
+  ASSERT_EQ(1u, received.requests.size());
+  EXPECT_EQ((std::vector<uint8_t>{0x01, 0x02, 0xFF}), received.requests[0]);
+  EXPECT_EQ("orb-diag\n", readFile(own("task/" + std::to_string(received.thread) + "/comm")));
+  for (const int number : {SIGINT, SIGTERM, SIGPIPE, SIGUSR1, SIGCHLD})
+    EXPECT_EQ(1, sigismember(&received.blocked, number)) << number;
+}
+
+TEST_F(HostDiagControlTest, PayloadMayBeEmptyOrAsLongAsALengthCanSay) {
+  diag.registerTable(&kTable);
+  EXPECT_EQ("ok command delivered, 0 bytes", ask(socket, "command ff 12 89"));
+  EXPECT_EQ("ok command delivered, 0 bytes", ask(socket, "command ff 12 89 "));
+  EXPECT_EQ("ok command delivered, 65535 bytes",
+            ask(socket, "command ff 12 89 " + std::string(2 * 65535, 'a')));
+  ASSERT_EQ(3u, received.requests.size());
+  EXPECT_TRUE(received.requests[0].empty());
+  EXPECT_TRUE(received.requests[1].empty());
+  EXPECT_EQ(std::vector<uint8_t>(65535, 0xAA), received.requests[2]);
+}
+
+TEST_F(HostDiagControlTest, EveryNumberOfARangeIsDelivered) {
+  diag.registerTable(&kTable);
+  diag.registerTable(&kTable);
+  diag.registerTable(&kOtherTable);
+  for (const char* id : {"ff 12 a0", "ff 12 a3", "ff 13 a1"})
+    EXPECT_EQ("ok command delivered, 1 bytes", ask(socket, std::string("command ") + id + " 00"));
+  EXPECT_EQ(3u, received.requests.size());
+}
+
+TEST_F(HostDiagControlTest, CommandOutsideEveryRangeIsRefused) {
+  diag.registerTable(&kTable);
+  diag.registerTable(&kOtherTable);
+  for (const char* id : {"fe 12 89", "ff 11 89", "ff 12 88", "ff 12 8a", "ff 12 9f", "ff 12 a4",
+                         "ff 13 89", "1ff 12 89"}) {
+    EXPECT_EQ("error no such command is registered",
+              ask(socket, std::string("command ") + id + " 00"))
+        << id;
+  }
+  EXPECT_TRUE(received.requests.empty());
+}
+
+TEST_F(HostDiagControlTest, MalformedRequestsAreRefused) {
+  diag.registerTable(&kTable);
+  for (const char* request :
+       {"command", "command ff", "command ff 12", "command ff 12 89 1", "command ff 12 89 0g",
+        "command ff 12 89 01 02", "command 10000 12 89", "command -1 12 89 00",
+        "command ff 12 0x89 00"}) {
+    EXPECT_EQ("error not a command: code, subsystem, number and payload in hexadecimal",
+              ask(socket, request))
+        << request;
+  }
+  for (const char* request : {"On", "on off", "status x", "x", " "})
+    EXPECT_EQ("error unknown request", ask(socket, request)) << request;
+  EXPECT_EQ("error the request is too long", ask(socket, std::string(140000, 'x')));
+  EXPECT_TRUE(received.requests.empty());
+}
+
+TEST_F(HostDiagControlTest, ClientThatLeavesWithoutAWordHarmsNobody) {
+  { const ControlClient silent(socket); }
+  {
+    const ControlClient impatient(socket);
+    impatient.ask("status");
+  }
+  EXPECT_EQ(0u, ask(socket, "status").find("ok "));
+}
+
+// ---- the socket and the thread
+
+TEST_F(HostDiagControlTest, OneThreadServesHoweverOftenInitIsCalled) {
+  ask(socket, "status");  // the thread has its name by now
+  EXPECT_EQ(1u, controlThreads());
+  diag.init(nullptr);
+  ask(socket, "status");
+  EXPECT_EQ(1u, controlThreads());
+}
+
+TEST_F(HostDiagControlTest, EndGivesBackThreadDescriptorsAndSocket) {
+  diag.deinit();
+  const auto threads = listDirectory(own("task"));
+  const auto descriptors = listDirectory(own("fd"));
+  for (int i = 0; i < 100; ++i) {
+    diag.init(nullptr);
+    ASSERT_EQ(0u, ask(socket, "status").find("ok "));
+    diag.deinit();
+  }
+  EXPECT_EQ(threads, listDirectory(own("task")));
+  EXPECT_EQ(descriptors, listDirectory(own("fd")));
+  EXPECT_FALSE(exists(socket));
+  diag.deinit();
+}
+
+TEST_F(HostDiagControlTest, EndWaitsForACommandThatRuns) {
+  diag.registerTable(&kTable);
+  std::promise<void> entered;
+  std::promise<void> released;
+  received.entered = &entered;
+  received.released = &released;
+  const ControlClient client(socket);
+  client.ask("command ff 12 89 01");
+  entered.get_future().wait();
+  std::future<void> ended = std::async(std::launch::async, [&] { diag.deinit(); });
+  while (exists(socket)) sched_yield();
+  released.set_value();
+  ended.wait();
+  EXPECT_EQ("ok command delivered, 1 bytes", client.reply());
+}
+
+TEST_F(HostDiagControlTest, OnlyTheUserMayConnect) {
+  diag.deinit();
+  const mode_t mask = umask(0);
+  diag.init(nullptr);
+  umask(mask);
+  struct stat status = {};
+  ASSERT_EQ(0, stat(socket.c_str(), &status));
+  EXPECT_EQ(static_cast<mode_t>(S_IFSOCK | 0600), status.st_mode);
+}
+
+TEST_F(HostDiagControlTest, DescriptorsAreCloseOnExec) {
+  const ControlClient client(socket);  // the thread has accepted it or will
+  for (const std::string& name : listDirectory(own("fd"))) {
+    const int fd = std::stoi(name);
+    char target[256] = "";
+    if (fd <= STDERR_FILENO || readlink(own("fd/" + name).c_str(), target, sizeof target - 1) < 0)
+      continue;
+    if (std::strstr(target, "socket:") == nullptr && std::strstr(target, "eventfd") == nullptr)
+      continue;
+    EXPECT_EQ(FD_CLOEXEC, fcntl(fd, F_GETFD)) << target;
+  }
+}
+
+TEST_F(HostDiagControlTest, ProcessIdStandsInForItsMark) {
+  diag.deinit();
+  setenv("ORB_DIAG_SOCKET", (directory / "%p.%p").c_str(), 1);
+  diag.init(nullptr);
+  const std::string pid = std::to_string(getpid());
+  EXPECT_EQ(0u, ask(directory / (pid + "." + pid), "status").find("ok "));
+}
+
+TEST_F(HostDiagControlTest, SocketThatAProcessLeftBehindIsTakenOver) {
+  diag.deinit();
+  {
+    const UniqueFd dead(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    socket.copy(address.sun_path, sizeof address.sun_path - 1);
+    const auto* const name = reinterpret_cast<const sockaddr*>(&address);
+    ASSERT_EQ(0, bind(dead.get(), name, sizeof address));
+  }
+  ASSERT_TRUE(exists(socket));
+  diag.init(nullptr);
+  EXPECT_EQ(0u, ask(socket, "status").find("ok "));
+}
+
+TEST_F(HostDiagControlTest, FileInTheWayStays) {
+  diag.deinit();
+  std::ofstream(socket) << "text";
+  EXPECT_EQ("libdiag: cannot serve " + socket + ": Address already in use\n",
+            printed([&] { diag.init(nullptr); }));
+  EXPECT_EQ("text", readFile(socket));
+  EXPECT_EQ(0u, controlThreads());
+}
+
+TEST_F(HostDiagControlTest, PathThatCannotBeServedIsToldAndDoneWithout) {
+  diag.deinit();
+  for (const auto& [path, reason] :
+       {std::make_pair(std::string("/nonexistent/socket"), "No such file or directory"),
+        std::make_pair("/" + std::string(200, 'x'), "File name too long")}) {
+    setenv("ORB_DIAG_SOCKET", path.c_str(), 1);
+    EXPECT_EQ("libdiag: cannot serve " + path + ": " + reason + "\n",
+              printed([&] { EXPECT_EQ(1, diag.init(nullptr)); }));
+  }
+  EXPECT_EQ(0u, controlThreads());
+}
+
+TEST_F(HostDiagControlTest, NothingIsServedWithoutAPath) {
+  diag.deinit();
+  for (const char* path : {"", static_cast<const char*>(nullptr)}) {
+    path != nullptr ? setenv("ORB_DIAG_SOCKET", path, 1) : unsetenv("ORB_DIAG_SOCKET");
+    EXPECT_EQ("", printed([&] { EXPECT_EQ(1, diag.init(nullptr)); }));
+    EXPECT_EQ(0u, controlThreads());
+  }
+}
+
+}  // namespace

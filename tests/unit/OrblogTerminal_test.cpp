@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "OrblogFiles.h"
+
+using namespace orblogtest;
+
+namespace {
+
+class OrblogTerminal : public testing::Test {
+ protected:
+  void write(const std::vector<std::string>& lines) {
+    Bytes bytes = keyPair().header(keyOf(1));
+    Sealer sealer(keyOf(1));
+    for (const std::string& line : lines) bytes += sealer.record(line);
+    writeFile(file, bytes);
+  }
+  // What `orblog decrypt` writes to one output when that is a terminal.
+  std::string decryptOnTerminal(int output) const {
+    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) std::abort();
+    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+    const std::string key = keyPair().path(), path = file.string();
+    const pid_t program = fork();
+    if (program == 0) {
+      dup2(null, output == STDOUT_FILENO ? STDERR_FILENO : STDOUT_FILENO);
+      dup2(terminal, output);
+      execl(ORBLOG_PROGRAM, ORBLOG_PROGRAM, "decrypt", "--key", key.c_str(), path.c_str(), nullptr);
+      _exit(127);
+    }
+    close(terminal);
+    close(null);
+    std::string text;
+    std::array<char, 4096> bytes;
+    ssize_t size = 0;
+    // Fails when the last one that has the terminal open is gone.
+    while ((size = read(master, bytes.data(), bytes.size())) > 0)
+      text.append(bytes.data(), static_cast<size_t>(size));
+    close(master);
+    int status = 0;
+    waitpid(program, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    return text;
+  }
+
+  TemporaryDirectory directory;
+  const fs::path file = directory / "orb_log_p0_00";
+};
+
+TEST_F(OrblogTerminal, GetsNoControlCharacters) {
+  write({lineAt("10:00:01.000", "a\x1b]0;title\x07z\tb")});
+  EXPECT_EQ(decryptOnTerminal(STDOUT_FILENO),
+            lineAt("10:00:01.000", "a\\x1b]0;title\\x07z\tb") + "\r\n");
+}
+
+TEST_F(OrblogTerminal, SeesTheProgressOfALongRead) {
+  write(std::vector<std::string>(12000, lineAt("10:00:01.000", std::string(400, 'x'))));
+  const std::string text = decryptOnTerminal(STDERR_FILENO);
+  EXPECT_NE(text.find("\rorblog: reading,  50 % of 5 MB"), std::string::npos) << text;
+  EXPECT_EQ(text.substr(text.size() - 4), "\r\033[K");
+}
+
+TEST_F(OrblogTerminal, SeesNothingOfAShortRead) {
+  write({lineAt("10:00:01.000", "short")});
+  EXPECT_EQ(decryptOnTerminal(STDERR_FILENO), "");
+}
+
+}  // namespace

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "orblog/Console.h"
+#include "orblog/LinePrinter.h"
+#include "orblog/LogFiles.h"
+#include "orblog/Merge.h"
+
+namespace orblog {
+
+// Reads a set of log files and prints their lines in the order of time; once, or on and on as they
+// grow. Used by one thread.
+class Decryption {
+ public:
+  // All three must outlive it.
+  Decryption(const PrivateKey& key, LinePrinter& printer, Console& console);
+
+  // Reads what the arguments name up to its present end and prints it. Unless it is read on, what
+  // lacks its end is reported.
+  void readAll(const std::vector<std::string>& arguments, bool readsOn);
+  // What was added since, and files that came since. False when the output is full.
+  bool readNew(const std::vector<std::string>& arguments);
+  // Ends the reading on. A record that lacks its end is no fault then: it is being written.
+  void finish();
+
+ private:
+  struct Source {
+    std::unique_ptr<LogSource> file;
+    bool retired = false;  // its name belongs to another file, or to none
+  };
+  void open(const std::vector<std::string>& paths);
+  void openNew(const std::vector<std::string>& arguments);
+  Batch read(Source& source);
+  void print(std::vector<Batch>& batches);
+
+  LinePrinter& mPrinter;
+  Console& mConsole;
+  KeyRing mRing;
+  KeyFinder mFinder;
+  std::vector<Source> mSources;            // in the order of their age, as far as it is known
+  std::vector<std::string> mFailedToOpen;  // told once
+};
+
+// Reads on whenever something changes, until SIGINT or SIGTERM; those must be blocked. False when
+// the output failed.
+bool follow(Decryption& decryption, const std::vector<std::string>& arguments);
+
+}  // namespace orblog

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace orblog {
+
+// Something about a log file that its reader should know, and where it is.
+struct Finding {
+  enum class Kind {
+    HeaderZero,        // the session key could not be wrapped when the file was made
+    HeaderUnreadable,  // no session key comes out of the header with the private key
+    HeaderCut,         // less than a header
+    NoHeader,          // records from the first byte on
+    SecondHeader,      // a header where a record should be
+    FailedRecords,     // whole records that no known key opens
+    FailedBytes,       // the same, and their lengths lead nowhere
+    WrongLength,       // no record can have the length that stands here
+    CutRecord,         // the last record lacks its end
+    ReadableAgain,     // after a fault that has been reported already
+  };
+  Kind kind = Kind::HeaderZero;
+  uint64_t offset = 0;   // where it begins
+  uint64_t end = 0;      // the first byte after it
+  uint64_t value = 0;    // the number of records, the length, or the bytes that there should be
+  bool resumed = false;  // records are read again from `end` on
+  bool gaveUp = false;   // the search for more ended before the end of the file
+  std::string origin;    // NoHeader: the file whose session key fits
+
+  // False for what only explains itself: nothing was lost by it.
+  bool isProblem() const;
+  // One sentence without the file's name, beginning with the offset.
+  std::string text() const;
+};
+
+}  // namespace orblog

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// The layout of an encrypted log file, written down here a second time on purpose: the reader takes
+// nothing from the writer's code, so that each checks the other.
+//
+//   file:   header (512 bytes), records back to back
+//   header: the session key wrapped with RSA-OAEP, as long as the RSA key, then zeros
+//   record: N (2 bytes, little-endian), IV (12), tag (16), ciphertext (N - 28), no additional data
+namespace orblog {
+
+constexpr size_t kHeaderSize = 512;
+constexpr int kLargestKeyBits = 4096;  // what a header field can hold
+constexpr int kSmallestKeyBits = 2048;
+constexpr size_t kLengthSize = 2;
+constexpr size_t kIvSize = 12;
+constexpr size_t kTagSize = 16;
+constexpr size_t kSealSize = kIvSize + kTagSize;  // least value of N
+// A line is made in a buffer of 512 bytes, so no record is longer. Longer ones are read all the same
+// wherever a length leads to them; only the search for lost records goes by this.
+constexpr size_t kLongestSeal = kSealSize + 511;
+
+inline size_t readLength(const uint8_t* bytes) {
+  return static_cast<size_t>(bytes[0]) | static_cast<size_t>(bytes[1]) << 8;
+}
+
+}  // namespace orblog

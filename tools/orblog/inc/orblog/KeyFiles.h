@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace orblog {
+
+// Limits that the library puts on what the configuration file says.
+constexpr uint64_t kLeastRecords = 3000;
+constexpr uint64_t kMostRecords = 30000;
+constexpr unsigned kLeastFiles = 3;
+constexpr unsigned kMostFiles = 10;
+
+struct KeyFilesRequest {
+  std::string directory;
+  int bits = 3072;
+  uint64_t records = 10000;
+  uint8_t files = 5;
+  bool force = false;
+  std::string passphraseFile;  // empty: the private key is not encrypted
+};
+
+// Where a key pair and its configuration file are.
+struct KeyFiles {
+  explicit KeyFiles(const std::string& directory);
+  std::string privateKey, publicKey, configuration;
+};
+
+// The configuration file's bytes: records per file (8, little-endian), files (1), public key in PEM.
+std::vector<uint8_t> makeConfiguration(uint64_t records, uint8_t files,
+                                       const std::string& publicKey);
+
+// Makes a key pair and writes the three files, or none of them. False on failure, with a sentence.
+bool makeKeyFiles(const KeyFilesRequest& request, std::string& error);
+
+}  // namespace orblog

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "orblog/ByteView.h"
+#include "orblog/Finding.h"
+#include "orblog/KeyRing.h"
+
+namespace orblog {
+
+// A record's text and where in the file it stands.
+struct Record {
+  uint64_t offset = 0;
+  std::string text;
+};
+
+struct Parsed {
+  std::vector<Record> records;
+  std::vector<Finding> findings;
+};
+
+// Takes the session key out of a header of 512 bytes, adds it to the ring and gives its number.
+using HeaderOpener = std::function<std::optional<size_t>(ByteView header)>;
+
+// Turns the bytes of one encrypted log file into records and findings. Does no input or output: it
+// is fed what there is, in any pieces, and told when no more will come. Whatever the bytes are, its
+// time is bounded: looking for records behind a damaged place has a budget, and when that is used
+// up only the lengths are followed. Not for two threads at a time; the ring must outlive it.
+class LogParser {
+ public:
+  LogParser(KeyRing& keys, HeaderOpener opener);
+
+  // Appends to `out` what the bytes complete. A record that is not all there waits for the rest.
+  void feed(ByteView bytes, Parsed& out);
+  // No more bytes will come: what waited is reported. Call it once.
+  void finish(Parsed& out);
+
+  // How many more bytes of records the search may try, counted per key.
+  void setSearchBudget(uint64_t bytes) { mBudget = bytes; }
+
+ private:
+  enum class Outcome { Opened, Failed, Short, WrongLength };
+  // A stretch that could not be read, from the first fault to the next record that opens.
+  struct Gap {
+    uint64_t start = 0;
+    Outcome fault = Outcome::Failed;  // at `start`
+    uint64_t length = 0;              // the length that stands at `start`
+    uint64_t next = 0;                // the search has come this far
+    uint64_t declared = 0;            // where the lengths say that the next record begins
+    uint64_t records = 0;             // whole records from `start` to `declared`
+    uint64_t cut = 0;                 // where the lengths lead to a record that lacks its end
+    uint64_t cutSize = 0;             // the size it should have; 0 when not even that is there
+    bool silent = false;              // the header's finding has said it
+    bool gaveUp = false;
+  };
+
+  uint64_t end() const { return mBase + mBuffer.size(); }
+  ByteView view(uint64_t from, size_t size) const {
+    return {mBuffer.data() + (from - mBase), size};
+  }
+  uint64_t sizeAt(uint64_t at) const;  // a record's size by its length field
+
+  void process(bool final, Parsed& out);
+  bool readHeader(bool final, Parsed& out);
+  void takeUnreadableHeader(bool zero, Parsed& out);
+  bool readRecord(bool final, Parsed& out);
+  bool search(bool final, Parsed& out);
+  bool step(bool final);
+  void openGap(Outcome fault);
+  void closeGap(uint64_t at, bool resumed, Parsed& out);
+  Outcome attempt(uint64_t at);
+  bool isPlausible(uint64_t at) const;
+  bool takeHeader(uint64_t at);
+  void emit(uint64_t at, Parsed& out);
+  void dropRead();
+
+  KeyRing& mKeys;
+  const HeaderOpener mOpener;
+  std::vector<uint8_t> mBuffer;  // what is not dealt with yet
+  uint64_t mBase = 0;            // the offset of the buffer's first byte
+  uint64_t mPosition = 0;        // the offset at which reading goes on
+  bool mHeaderRead = false;
+  size_t mKey = 0;  // the key that opened the last record
+  std::optional<Gap> mGap;
+  std::string mText;  // of the record that the last attempt opened
+  uint64_t mBudget;
+  uint64_t mLongBudget;  // for records longer than a writer makes them
+  int mHeaderAttempts;
+};
+
+}  // namespace orblog

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "orblog/ByteView.h"
+#include "orblog/KeyRing.h"
+#include "orblog/OpenSsl.h"
+
+namespace orblog {
+
+// An RSA private key from a PEM file, which alone opens the headers of log files.
+class PrivateKey {
+ public:
+  // An encrypted file needs its passphrase: the first line of `passphraseFile`, or what the user
+  // types when that is empty. None on failure, with a sentence in `error`.
+  static std::optional<PrivateKey> load(const std::string& path, const std::string& passphraseFile,
+                                        std::string& error);
+  int bits() const;
+  size_t size() const;  // of what it decrypts, in bytes
+  // The session key of a header, when it was wrapped for this key.
+  std::optional<SessionKey> unwrap(ByteView header) const;
+
+ private:
+  explicit PrivateKey(OpenSslPtr<EVP_PKEY> key) : mKey(std::move(key)) {}
+  OpenSslPtr<EVP_PKEY> mKey;
+};
+
+// The first line of a file, wiped when it goes.
+class Passphrase {
+ public:
+  Passphrase() = default;
+  Passphrase(const Passphrase&) = delete;
+  Passphrase& operator=(const Passphrase&) = delete;
+  ~Passphrase();
+  bool load(const std::string& path, std::string& error);
+  const std::string& text() const { return mText; }
+
+ private:
+  std::string mText;
+};
+
+// Opens headers with the private key and puts what it finds on the ring. All files of one run of a
+// process have the same header, so it remembers: the private operation is what takes time.
+class KeyFinder {
+ public:
+  KeyFinder(const PrivateKey& key, KeyRing& ring) : mKey(key), mRing(ring) {}
+  std::optional<size_t> open(ByteView header, const std::string& origin);
+
+ private:
+  const PrivateKey& mKey;
+  KeyRing& mRing;
+  std::map<std::string, std::optional<size_t>> mKnown;
+};
+
+}  // namespace orblog

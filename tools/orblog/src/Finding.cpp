@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "orblog/Finding.h"
+
+#include "orblog/Format.h"
+
+namespace orblog {
+namespace {
+
+std::string number(uint64_t value) { return std::to_string(value); }
+
+std::string bytes(uint64_t count) { return number(count) + (count == 1 ? " byte" : " bytes"); }
+
+}  // namespace
+
+bool Finding::isProblem() const {
+  return kind != Kind::NoHeader && kind != Kind::SecondHeader && kind != Kind::ReadableAgain;
+}
+
+std::string Finding::text() const {
+  const std::string present = bytes(end - offset);
+  std::string after = "; nothing readable follows";
+  if (resumed) {
+    after = "; readable again at offset " + number(end);
+  } else if (gaveUp) {
+    after = "; the search for readable records was given up";
+  }
+  std::string what;
+  switch (kind) {
+    case Kind::HeaderZero:
+      what =
+          "the header is all zeros: the session key could not be wrapped when the file was made, "
+          "so this file's records cannot be read";
+      break;
+    case Kind::HeaderUnreadable:
+      what =
+          "no session key comes out of the header with this private key: another key, a damaged "
+          "header, or not an encrypted log file";
+      break;
+    case Kind::HeaderCut:
+      what = "the header is cut off: " + bytes(kHeaderSize) + " expected, " + number(end - offset) +
+             " present";
+      break;
+    case Kind::NoHeader:
+      what =
+          "no header, the file was removed while it was written and made anew; read with the "
+          "session key of " +
+          origin;
+      break;
+    case Kind::SecondHeader:
+      what = "another header begins here; reading on with its session key";
+      break;
+    case Kind::FailedRecords:
+      what = value == 1 ? "a record of " + present + " fails authentication"
+                        : number(value) + " records (" + present + ") fail authentication";
+      what += after;
+      break;
+    case Kind::FailedBytes:
+      what = "a record fails authentication and its length leads to no other (" + present + ")" +
+             after;
+      break;
+    case Kind::WrongLength:
+      what = "record length " + number(value) + " cannot be right (" + present + ")" + after;
+      break;
+    case Kind::CutRecord:
+      what = "the last record is cut off: ";
+      what += value == 0 ? present + " present"
+                         : bytes(value) + " expected, " + number(end - offset) + " present";
+      break;
+    case Kind::ReadableAgain:
+      what = "readable from here on";
+      break;
+  }
+  return "offset " + number(offset) + ": " + what;
+}
+
+}  // namespace orblog

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "orblog/KeyRing.h"
+
+#include <openssl/crypto.h>
+
+#include "orblog/Format.h"
+
+namespace orblog {
+
+SessionKey::~SessionKey() { OPENSSL_cleanse(bytes.data(), bytes.size()); }
+
+size_t KeyRing::add(const SessionKey& key, const std::string& origin) {
+  for (size_t i = 0; i < mEntries.size(); ++i) {
+    if (CRYPTO_memcmp(mEntries[i].key.bytes.data(), key.bytes.data(), SessionKey::kSize) == 0)
+      return i;
+  }
+  OpenSslPtr<EVP_CIPHER_CTX> context(EVP_CIPHER_CTX_new());
+  // 12 bytes of IV are this cipher's default.
+  if (context != nullptr &&
+      EVP_DecryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.bytes.data(), nullptr) != 1)
+    context.reset();
+  mEntries.push_back({key, origin, std::move(context)});
+  return mEntries.size() - 1;
+}
+
+bool KeyRing::openWith(const Entry& entry, ByteView sealed, std::string& text) {
+  EVP_CIPHER_CTX* const context = entry.context.get();
+  if (context == nullptr) return false;
+  const ByteView cipher = sealed.from(kSealSize);
+  text.resize(cipher.size);
+  uint8_t* const plain = reinterpret_cast<uint8_t*>(text.data());
+  uint8_t tag[kTagSize];
+  for (size_t i = 0; i < kTagSize; ++i) tag[i] = sealed.data[kIvSize + i];
+  int size = 0;
+  if (EVP_DecryptInit_ex(context, nullptr, nullptr, nullptr, sealed.data) != 1) return false;
+  if (cipher.size > 0 &&
+      EVP_DecryptUpdate(context, plain, &size, cipher.data, static_cast<int>(cipher.size)) != 1)
+    return false;
+  return EVP_CIPHER_CTX_ctrl(context, EVP_CTRL_AEAD_SET_TAG, kTagSize, tag) == 1 &&
+         EVP_DecryptFinal_ex(context, plain + size, &size) == 1;
+}
+
+std::optional<size_t> KeyRing::open(ByteView sealed, size_t likely, std::string& text) {
+  if (sealed.size >= kSealSize) {
+    if (likely < mEntries.size() && openWith(mEntries[likely], sealed, text)) return likely;
+    for (size_t i = 0; i < mEntries.size(); ++i) {
+      if (i != likely && openWith(mEntries[i], sealed, text)) return i;
+    }
+  }
+  text.clear();  // whatever came out of it is not authentic
+  return std::nullopt;
+}
+
+}  // namespace orblog

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "orblog/LogLine.h"
+
+#include <cstring>
+
+namespace orblog {
+namespace {
+
+constexpr size_t kDateSize = 10;   // 2025-05-24
+constexpr size_t kStampSize = 23;  // 2025-05-24 13:02:07.045
+
+// Reads a text from its front; every function leaves it alone when what it wants does not stand
+// there.
+class Scanner {
+ public:
+  explicit Scanner(std::string_view text) : mText(text) {}
+  bool take(char wanted) {
+    if (mText.empty() || mText.front() != wanted) return false;
+    mText.remove_prefix(1);
+    return true;
+  }
+  // A number of exactly so many digits within limits.
+  bool takeField(size_t digits, int least, int greatest, int& value) {
+    if (mText.size() < digits) return false;
+    int number = 0;
+    for (size_t i = 0; i < digits; ++i) {
+      if (mText[i] < '0' || mText[i] > '9') return false;
+      number = number * 10 + (mText[i] - '0');
+    }
+    if (number < least || number > greatest) return false;
+    value = number;
+    mText.remove_prefix(digits);
+    return true;
+  }
+  bool takeNumber(uint64_t& value) {
+    constexpr size_t kMostDigits = 19;
+    size_t digits = 0;
+    uint64_t number = 0;
+    while (digits < mText.size() && mText[digits] >= '0' && mText[digits] <= '9') {
+      if (digits == kMostDigits) return false;
+      number = number * 10 + static_cast<uint64_t>(mText[digits++] - '0');
+    }
+    if (digits == 0) return false;
+    value = number;
+    mText.remove_prefix(digits);
+    return true;
+  }
+  bool takeBlanks() {
+    if (!take(' ')) return false;
+    while (take(' ')) {
+    }
+    return true;
+  }
+  bool atEnd() const { return mText.empty(); }
+  std::string_view rest() const { return mText; }
+
+ private:
+  std::string_view mText;
+};
+
+struct Fields {
+  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, millisecond = 0;
+
+  Stamp stamp() const {
+    Stamp value = Stamp{year} * 12 + month - 1;
+    value = value * 31 + day - 1;
+    value = value * 24 + hour;
+    value = value * 60 + minute;
+    value = value * 61 + second;  // a leap second is the 61st
+    return value * 1000 + millisecond;
+  }
+};
+
+int daysOf(int year, int month) {
+  if (month == 2) return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0) ? 29 : 28;
+  return month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31;
+}
+
+bool takeDate(Scanner& in, Fields& fields) {
+  return in.takeField(4, 0, 9999, fields.year) && in.take('-') &&
+         in.takeField(2, 1, 12, fields.month) && in.take('-') &&
+         in.takeField(2, 1, daysOf(fields.year, fields.month), fields.day);
+}
+
+// HH:MM, and as much of :SS.mmm as there is.
+bool takeTime(Scanner& in, Fields& fields) {
+  if (!in.takeField(2, 0, 23, fields.hour) || !in.take(':') ||
+      !in.takeField(2, 0, 59, fields.minute))
+    return false;
+  if (!in.take(':')) return true;
+  if (!in.takeField(2, 0, 60, fields.second)) return false;
+  return !in.take('.') || in.takeField(3, 0, 999, fields.millisecond);
+}
+
+}  // namespace
+
+int levelRank(char letter) {
+  constexpr char kLetters[] = "XVDIWEF";
+  const char* const found = letter == '\0' ? nullptr : std::strchr(kLetters, letter);
+  return found == nullptr ? -1 : static_cast<int>(found - kLetters);
+}
+
+std::optional<LogLine> parseLine(std::string_view text) {
+  if (text.size() < kStampSize) return std::nullopt;
+  LogLine line;
+  line.time = text.substr(0, kStampSize);
+  Fields fields;
+  Scanner stamp(line.time);
+  // All of it must be there, which its size and its end together say.
+  if (!takeDate(stamp, fields) || !stamp.take(' ') || !takeTime(stamp, fields) || !stamp.atEnd())
+    return std::nullopt;
+  line.stamp = fields.stamp();
+
+  Scanner in(text.substr(kStampSize));
+  uint64_t pid = 0;
+  if (!in.takeBlanks() || !in.takeNumber(pid) || !in.takeBlanks() || !in.takeNumber(line.tid) ||
+      !in.takeBlanks() || in.atEnd())
+    return std::nullopt;
+  line.pid = static_cast<int64_t>(pid);
+  line.level = in.rest().front();
+  if (levelRank(line.level) < 0 || !in.take(line.level) || !in.takeBlanks()) return std::nullopt;
+  const size_t colon = in.rest().find(" : ");
+  if (colon == std::string_view::npos) return std::nullopt;
+  line.tag = in.rest().substr(0, colon);
+  line.message = in.rest().substr(colon + 3);
+  return line;
+}
+
+std::optional<Stamp> parseMoment(std::string_view text, const tm& today, bool latest) {
+  Fields fields;
+  if (latest) {
+    fields.hour = 23;
+    fields.minute = 59;
+    fields.second = 60;
+    fields.millisecond = 999;
+  }
+  Scanner in(text);
+  if (text.size() >= kDateSize && text[4] == '-') {
+    if (!takeDate(in, fields)) return std::nullopt;
+    if (in.atEnd()) return fields.stamp();
+    if (!in.take(' ') && !in.take('T')) return std::nullopt;
+  } else {
+    fields.year = today.tm_year + 1900;
+    fields.month = today.tm_mon + 1;
+    fields.day = today.tm_mday;
+  }
+  if (!takeTime(in, fields) || !in.atEnd()) return std::nullopt;
+  return fields.stamp();
+}
+
+}  // namespace orblog

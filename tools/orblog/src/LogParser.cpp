@@ -1,0 +1,282 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "orblog/LogParser.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "orblog/Format.h"
+
+namespace orblog {
+namespace {
+
+constexpr uint64_t kNowhere = std::numeric_limits<uint64_t>::max();
+// About a second's work. Random bytes look like a record's length once in a hundred places, so an
+// honest file never comes near it.
+constexpr uint64_t kSearchBudget = uint64_t{512} << 20;
+// Lengths that no writer gives are believed only so often: each wrong one costs 64 KiB.
+constexpr uint64_t kLongBudget = uint64_t{256} << 20;
+constexpr uint64_t kAttemptCost = 256;  // an attempt costs as much as so many bytes, and its bytes
+// Each costs a private key operation, so a file gets only a few beyond its own.
+constexpr int kHeaderAttempts = 8;
+
+}  // namespace
+
+LogParser::LogParser(KeyRing& keys, HeaderOpener opener)
+    : mKeys(keys),
+      mOpener(std::move(opener)),
+      mBudget(kSearchBudget),
+      mLongBudget(kLongBudget),
+      mHeaderAttempts(kHeaderAttempts) {}
+
+void LogParser::feed(ByteView bytes, Parsed& out) {
+  mBuffer.insert(mBuffer.end(), bytes.data, bytes.data + bytes.size);
+  process(false, out);
+}
+
+void LogParser::finish(Parsed& out) { process(true, out); }
+
+void LogParser::process(bool final, Parsed& out) {
+  if (mHeaderRead || readHeader(final, out)) {
+    while (mGap ? search(final, out) : readRecord(final, out)) {
+    }
+  }
+  dropRead();
+}
+
+void LogParser::dropRead() {
+  const uint64_t done = std::min(mGap ? mGap->next : mPosition, end());
+  mBuffer.erase(mBuffer.begin(), mBuffer.begin() + static_cast<std::ptrdiff_t>(done - mBase));
+  mBase = done;
+}
+
+// True when reading goes on behind the header, or from offset 0 where there is none.
+bool LogParser::readHeader(bool final, Parsed& out) {
+  const size_t size = mBuffer.size();
+  if (size >= kHeaderSize) {
+    const ByteView field = view(0, kHeaderSize);
+    const bool zero =
+        std::all_of(field.data, field.data + kHeaderSize, [](uint8_t byte) { return byte == 0; });
+    const std::optional<size_t> key = zero || !mOpener ? std::nullopt : mOpener(field);
+    if (key) {
+      mKey = *key;
+      mPosition = kHeaderSize;
+      return mHeaderRead = true;
+    }
+    const Outcome outcome = zero ? Outcome::Failed : attempt(0);
+    // The first record of a file without header may be longer than a header.
+    if (outcome == Outcome::Short && isPlausible(0) && !final) return false;
+    if (outcome != Outcome::Opened) {
+      mHeaderRead = true;
+      takeUnreadableHeader(zero, out);
+      return true;
+    }
+  } else if (attempt(0) != Outcome::Opened) {
+    if (!final) return false;
+    mPosition = end();
+    if (size > 0) {
+      Finding finding;
+      finding.kind = Finding::Kind::HeaderCut;
+      finding.end = size;
+      out.findings.push_back(finding);
+    }
+    return mHeaderRead = true;
+  }
+  Finding finding;
+  finding.kind = Finding::Kind::NoHeader;
+  finding.origin = mKeys.origin(mKey);
+  out.findings.push_back(finding);
+  return mHeaderRead = true;
+}
+
+// The records behind such a header may still be those of another file's session key. Nothing more
+// is said when they are not.
+void LogParser::takeUnreadableHeader(bool zero, Parsed& out) {
+  Finding finding;
+  finding.kind = zero ? Finding::Kind::HeaderZero : Finding::Kind::HeaderUnreadable;
+  finding.end = kHeaderSize;
+  out.findings.push_back(finding);
+  Gap gap;
+  gap.silent = true;
+  gap.declared = kHeaderSize;
+  gap.next = zero ? kHeaderSize : 1;
+  mGap = gap;
+}
+
+uint64_t LogParser::sizeAt(uint64_t at) const {
+  return kLengthSize + readLength(view(at, kLengthSize).data);
+}
+
+LogParser::Outcome LogParser::attempt(uint64_t at) {
+  if (end() - at < kLengthSize) return Outcome::Short;
+  const uint64_t size = sizeAt(at);
+  const size_t sealed = static_cast<size_t>(size - kLengthSize);
+  if (sealed < kSealSize) return Outcome::WrongLength;
+  if (end() - at < size) return Outcome::Short;
+  uint64_t& budget = sealed > kLongestSeal ? mLongBudget : mBudget;
+  if (sealed > kLongestSeal && budget == 0) return Outcome::Failed;
+  const std::optional<size_t> key = mKeys.open(view(at + kLengthSize, sealed), mKey, mText);
+  if (key) {
+    mKey = *key;
+    return Outcome::Opened;
+  }
+  budget -= std::min<uint64_t>(budget, mKeys.size() * (size + kAttemptCost));
+  return Outcome::Failed;
+}
+
+void LogParser::emit(uint64_t at, Parsed& out) {
+  mPosition = at + sizeAt(at);
+  out.records.push_back({at, std::move(mText)});
+  mText.clear();
+}
+
+bool LogParser::readRecord(bool final, Parsed& out) {
+  const uint64_t at = mPosition;
+  if (at == end()) return false;
+  const Outcome outcome = attempt(at);
+  if (outcome == Outcome::Opened) {
+    emit(at, out);
+    return true;
+  }
+  // A length that no writer gives is not waited for.
+  const bool waits = outcome == Outcome::Short &&
+                     (end() - at < kLengthSize || sizeAt(at) <= kLengthSize + kLongestSeal);
+  if (waits && !final) return false;
+  openGap(outcome);
+  return true;
+}
+
+void LogParser::openGap(Outcome fault) {
+  Gap gap;
+  gap.start = mPosition;
+  gap.next = gap.start;
+  gap.declared = gap.start;
+  gap.fault = fault;
+  gap.length = end() - gap.start < kLengthSize ? 0 : sizeAt(gap.start) - kLengthSize;
+  mGap = gap;
+}
+
+bool LogParser::isPlausible(uint64_t at) const {
+  if (end() - at < kLengthSize) return true;
+  const uint64_t size = sizeAt(at);
+  return size >= kLengthSize + kSealSize && size <= kLengthSize + kLongestSeal;
+}
+
+bool LogParser::takeHeader(uint64_t at) {
+  if (!mOpener || mHeaderAttempts == 0 || end() - at < kHeaderSize) return false;
+  --mHeaderAttempts;
+  const std::optional<size_t> key = mOpener(view(at, kHeaderSize));
+  if (key) mKey = *key;
+  return key.has_value();
+}
+
+// Every place is tried at which a record may begin: the length of the one that failed may be what is
+// damaged, and to trust it could mean to skip good records. True when reading goes on; false when
+// there is nothing more for now.
+bool LogParser::search(bool final, Parsed& out) {
+  uint64_t incomplete = kNowhere;  // the first place that more bytes may make a record
+  while (mGap->next < end()) {
+    const uint64_t at = mGap->next;
+    const bool declared = at == mGap->declared;
+    if (declared || (mBudget > 0 && isPlausible(at))) {
+      const Outcome outcome = attempt(at);
+      if (outcome == Outcome::Opened) {
+        closeGap(at, true, out);
+        emit(at, out);
+        return true;
+      }
+      if (declared && takeHeader(at)) {
+        if (at > mGap->start) closeGap(at, true, out);
+        mGap.reset();
+        Finding finding;
+        finding.kind = Finding::Kind::SecondHeader;
+        finding.offset = at;
+        finding.end = at + kHeaderSize;
+        out.findings.push_back(finding);
+        mPosition = finding.end;
+        return true;
+      }
+      if (outcome == Outcome::Short && isPlausible(at) && !final) {
+        incomplete = std::min(incomplete, at);
+        // It may be none, and good records may stand behind it.
+        ++mGap->next;
+        continue;
+      }
+    }
+    if (!step(final)) break;
+  }
+  if (!final) {
+    mGap->next = std::min(mGap->next, incomplete);
+    return false;
+  }
+  closeGap(end(), false, out);
+  mPosition = end();
+  return false;
+}
+
+// Moves the search on by a byte, or by a record when the budget is used up, and keeps account of
+// where the lengths lead. False when it has nowhere to go.
+bool LogParser::step(bool final) {
+  Gap& gap = *mGap;
+  if (gap.next == gap.declared) {
+    const uint64_t left = end() - gap.next;
+    const uint64_t size = left < kLengthSize ? 0 : sizeAt(gap.next);
+    if (left < kLengthSize || (final && size > left)) {
+      gap.cut = gap.next;
+      gap.cutSize = size;
+      gap.declared = kNowhere;
+    } else if (size < kLengthSize + kSealSize) {
+      gap.declared = kNowhere;
+    } else {
+      gap.declared += size;
+      ++gap.records;
+    }
+  }
+  if (mBudget > 0 && !mKeys.empty()) {
+    ++gap.next;
+    return true;
+  }
+  gap.gaveUp = true;
+  if (gap.declared < gap.next) return false;  // it is incomplete
+  gap.next = std::min(gap.declared, end());
+  return gap.declared != kNowhere;
+}
+
+void LogParser::closeGap(uint64_t at, bool resumed, Parsed& out) {
+  const Gap gap = *std::exchange(mGap, std::nullopt);
+  Finding finding;
+  finding.offset = gap.start;
+  finding.end = at;
+  finding.resumed = resumed;
+  finding.gaveUp = gap.gaveUp;
+  if (gap.silent) {
+    if (!resumed || at == kHeaderSize) return;
+    finding.kind = Finding::Kind::ReadableAgain;
+    finding.offset = at;
+    out.findings.push_back(finding);
+    return;
+  }
+  const bool cut = gap.cut != 0 && !resumed;
+  if (gap.fault == Outcome::Failed) {
+    const bool whole = gap.records > 0 && (cut || gap.declared == at);
+    finding.kind = whole ? Finding::Kind::FailedRecords : Finding::Kind::FailedBytes;
+    finding.value = gap.records;
+    if (cut) finding.end = gap.cut;
+    if (!whole) finding.end = at;
+    out.findings.push_back(finding);
+    if (!whole || !cut) return;
+  } else if (!cut || gap.cut != gap.start) {
+    finding.kind = Finding::Kind::WrongLength;
+    finding.value = gap.length;
+    out.findings.push_back(finding);
+    return;
+  }
+  finding.kind = Finding::Kind::CutRecord;
+  finding.offset = gap.cut;
+  finding.end = at;
+  finding.value = gap.cutSize;
+  out.findings.push_back(finding);
+}
+
+}  // namespace orblog

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <openssl/types.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// Cryptographic operations over libcrypto. Objects are short-lived, one per use, and belong to one
+// thread; nothing is shared between them. All results are plain values; what held key material is
+// wiped before it is freed. Errors that libcrypto queues for the thread are removed again, so that
+// they never turn up in the application's own use of it.
+class CryptoUtil {
+ public:
+  using Bytes = std::vector<uint8_t>;
+
+  static constexpr size_t kAesKeySize = 32;
+  static constexpr size_t kGcmIvSize = 12;
+  static constexpr size_t kGcmTagSize = 16;
+  static constexpr size_t kWrappedKeySize = 512;  // room of a 4096-bit key
+
+  CryptoUtil() = default;
+  CryptoUtil(const CryptoUtil&) = delete;
+  CryptoUtil& operator=(const CryptoUtil&) = delete;
+  virtual ~CryptoUtil();
+
+  // Takes the key in the PEM text: with isPublic a SubjectPublicKeyInfo block, else a private key.
+  // False, with libcrypto's errors on standard error, when there is none, or when a public key
+  // cannot wrap a session key: with too little room in it, or with more than kWrappedKeySize.
+  bool createRSA(std::string& pem, int isPublic);
+  // RSA with OAEP padding. `out` has the size that the caller gives it and must hold a block of the
+  // key's size. The result is libcrypto's, the length written or -1; 0 without a key or without
+  // room.
+  int encryptWithRSAPubKey(const Bytes& in, Bytes& out);
+  int decryptWithRSAPrivKey(const Bytes& in, Bytes& out);
+
+  // A random AES-256 key, a random GCM initialization vector; the vectors are sized.
+  bool genAESKey(Bytes& key);
+  bool genAESIV(Bytes& iv);
+
+  // AES-256-GCM without additional data. encryptMsg2 draws the IV; it always says true and leaves
+  // `cipher` empty when sealing failed. decryptMsg is false, with `plain` empty, when the message
+  // is not authentic.
+  bool encryptMsg2(const Bytes& plain, const Bytes& key, Bytes& cipher, Bytes& iv, Bytes& tag);
+  bool encryptMsg(const Bytes& plain, const Bytes& key, const Bytes& iv, Bytes& cipher, Bytes& tag);
+  bool decryptMsg(const Bytes& cipher, const Bytes& key, const Bytes& iv, const Bytes& tag,
+                  Bytes& plain);
+
+  bool sha256(const Bytes& in, Bytes& out);
+
+  // Key agreement on a named curve, given by libcrypto's NID: makes and holds a key pair and gives
+  // its public point, uncompressed; then the shared secret with a peer's point, the x coordinate.
+  bool generateEccPublicKey(Bytes& out, int curve);
+  bool generateEccSharedKey(const Bytes& peerPublic, Bytes& out);
+
+  // Fills `buf` as it is sized; always true.
+  bool getRandomBytes(Bytes& buf);
+
+  // What an encrypted log starts with: a new session key and the same wrapped with the public key,
+  // in a field of kWrappedKeySize that ends in zeros. On failure both are empty.
+  bool initializeRsaEncryption(Bytes& aesKey, Bytes& wrappedKey, std::string& publicKeyPem);
+  // The line that it begins with.
+  static void logKeySize(size_t size);
+
+ private:
+  // Slots of the layout; never used.
+  void* mReserved1 = nullptr;
+  void* mReserved2 = nullptr;
+  RSA* mRsa = nullptr;
+  EVP_PKEY* mEccKey = nullptr;
+};
+
+// Overwrites a secret and empties its vector.
+void wipe(std::vector<uint8_t>& secret);

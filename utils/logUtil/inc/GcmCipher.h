@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <openssl/types.h>
+#include <sys/types.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+// AES-256-GCM under one key that is set once, for many messages: setting up a context and drawing a
+// few random bytes cost more than sealing a log line. Belongs to one thread at a time; the log
+// keeps one under its mutex. The key stays in libcrypto's context, which wipes it.
+class GcmCipher {
+ public:
+  static constexpr size_t kKeySize = 32;
+  static constexpr size_t kIvSize = 12;
+  static constexpr size_t kTagSize = 16;
+
+  GcmCipher() = default;
+  GcmCipher(const GcmCipher&) = delete;
+  GcmCipher& operator=(const GcmCipher&) = delete;
+  ~GcmCipher();
+
+  // `key` has kKeySize bytes.
+  bool setKey(const uint8_t* key);
+  void clear();
+
+  // Draws an IV that no message of this key, in this process or in one forked from it, had before.
+  bool newIv(uint8_t* iv);
+  // Seals under the given IV: `cipher` gets as many bytes as `plain` has, `tag` kTagSize.
+  bool seal(std::string_view plain, const uint8_t* iv, uint8_t* cipher, uint8_t* tag);
+  // Opens what seal() made; false when it is not authentic, `plain` is then not to be used.
+  bool open(std::string_view cipher, const uint8_t* iv, const uint8_t* tag, uint8_t* plain);
+
+ private:
+  bool prepare();
+
+  EVP_CIPHER_CTX* mContext = nullptr;
+  // Random bytes drawn in advance. Another process, a forked child, has the same ones and must not
+  // use them: the pool belongs to the process that drew it.
+  std::array<uint8_t, 85 * kIvSize> mPool{};
+  size_t mPoolUsed = sizeof(mPool);
+  pid_t mPoolOwner = 0;
+};
