@@ -5,6 +5,9 @@ add_library(orb_objects OBJECT)
 set_target_properties(orb_objects PROPERTIES CXX_VISIBILITY_PRESET hidden
   VISIBILITY_INLINES_HIDDEN ON)
 target_compile_definitions(orb_objects PRIVATE _GNU_SOURCE)
+# Clang checks what the library says about its locks (utils/base/inc/Mutex.h).
+target_compile_options(orb_objects PRIVATE
+  $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety>)
 target_include_directories(orb_objects PUBLIC
   ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/platform/include
   ${PROJECT_SOURCE_DIR}/utils/base/inc ${PROJECT_SOURCE_DIR}/utils/logUtil/inc

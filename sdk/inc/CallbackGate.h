@@ -2,8 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
+#include "Mutex.h"
 
 // Every callback into the application goes through its service's gate. Once the gate is closed none
 // begins any more, and drain() waits for those under way: together they keep the promise that no
@@ -37,8 +36,8 @@ class CallbackGate {
  private:
   bool enter();
 
-  std::mutex mMutex;
-  std::condition_variable mDrained;
-  bool mClosed = false;
-  unsigned mRunning = 0;
+  Mutex mMutex;
+  Condition mDrained;
+  bool mClosed ORB_GUARDED_BY(mMutex) = false;
+  unsigned mRunning ORB_GUARDED_BY(mMutex) = 0;
 };

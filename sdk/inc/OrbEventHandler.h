@@ -11,10 +11,10 @@
 
 #include <cstdint>
 #include <deque>
-#include <mutex>
 #include <utility>
 
 #include "EventManager.h"
+#include "Mutex.h"
 #include "OrbTimer.h"
 
 namespace orb::utils {
@@ -54,7 +54,7 @@ class OrbEventHandler {
                         mEventFd);
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Wakelock evt start %p %p",
                         static_cast<void*>(this), address(item));
-    const std::lock_guard<std::mutex> lock(mQueueLock);
+    const LockGuard lock(mQueueLock);
     mQueue.push_back(std::move(item));
     const uint64_t one = 1;
     const ssize_t written = write(mEventFd, &one, sizeof(one));
@@ -80,7 +80,7 @@ class OrbEventHandler {
   }
 
   bool handleNext(int fd) {
-    std::unique_lock<std::mutex> lock(mQueueLock);
+    UniqueLock lock(mQueueLock);
     uint64_t unit = 0;
     if (read(fd, &unit, sizeof(unit)) < 0) {
       const int error = errno;
@@ -116,8 +116,8 @@ class OrbEventHandler {
   static void* address(...) { return nullptr; }
 
   const int mEventFd;
-  std::mutex mQueueLock;
-  std::deque<T> mQueue;
+  Mutex mQueueLock;
+  std::deque<T> mQueue ORB_GUARDED_BY(mQueueLock);
 };
 
 }  // namespace orb::utils

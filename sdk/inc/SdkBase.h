@@ -4,13 +4,12 @@
 
 #include <orb/status.h>
 
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "CallbackGate.h"
+#include "Mutex.h"
 #include "SdkClientBase.h"
 
 class SdkClient;
@@ -55,22 +54,23 @@ class SdkBase {
  protected:
   std::shared_ptr<SdkClient> client();
   // The status callbacks, guarded by mLock like every callback of a service.
-  StatusCallback mStatusIndCb = nullptr;
-  StatusV2Callback mBaseStatusV2Cb = nullptr;
+  StatusCallback mStatusIndCb ORB_GUARDED_BY(mLock) = nullptr;
+  StatusV2Callback mBaseStatusV2Cb ORB_GUARDED_BY(mLock) = nullptr;
 
-  std::mutex mLock;
+  Mutex mLock;
   CallbackGate mGate;
 
  private:
   void reportNoClient();
-  std::unique_lock<std::mutex> lockSettled();
+  // Waits until no creation is under way.
+  void awaitSettled(UniqueLock& lock) ORB_REQUIRES(mLock);
 
-  std::shared_ptr<SdkClient> mClient;
+  std::shared_ptr<SdkClient> mClient ORB_GUARDED_BY(mLock);
   // One thread is in SdkClient::getInstance(): others that enable leave their events, others that
   // need the client wait, for the first answer may come before the handle is stored. The wait ends
   // with the start of a thread and no callback is called meanwhile.
-  bool mCreating = false;
-  std::condition_variable mCreated;
-  bool mLeft = false;
-  std::vector<std::shared_ptr<SdkClientEvent>> mWaiting;
+  bool mCreating ORB_GUARDED_BY(mLock) = false;
+  Condition mCreated;
+  bool mLeft ORB_GUARDED_BY(mLock) = false;
+  std::vector<std::shared_ptr<SdkClientEvent>> mWaiting ORB_GUARDED_BY(mLock);
 };

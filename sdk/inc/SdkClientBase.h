@@ -7,9 +7,9 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <vector>
 
+#include "Mutex.h"
 #include "OrbEventHandler.h"
 #include "SdkClientEvent.h"
 #include "WorkerLife.h"
@@ -69,8 +69,8 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   const std::shared_ptr<WorkerLife> mLife = std::make_shared<WorkerLife>();
   std::atomic<bool> mRunning{false};
 
-  std::mutex mLock;
-  std::vector<bool> mActiveTypes;
-  std::array<unsigned, kOrbSdkClientTypes> mRegistrations{};
-  Listeners mListeners;
+  Mutex mLock;
+  std::vector<bool> mActiveTypes ORB_GUARDED_BY(mLock);
+  std::array<unsigned, kOrbSdkClientTypes> mRegistrations ORB_GUARDED_BY(mLock){};
+  Listeners mListeners ORB_GUARDED_BY(mLock);
 };

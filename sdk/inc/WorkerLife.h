@@ -4,8 +4,8 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
+
+#include "Mutex.h"
 
 // The thread lock: held by the worker from begin() to end(). Shared by the worker's thread and the
 // client, so that it outlives both; others only wait for its two moments. mMutex guards the state.
@@ -17,26 +17,27 @@ class WorkerLife {
   }
   void end() { set(State::Ended); }
   void awaitBegin() {
-    std::unique_lock<std::mutex> lock(mMutex);
-    mChanged.wait(lock, [this] { return mState != State::NotStarted; });
+    UniqueLock lock(mMutex);
+    mChanged.wait(lock, [this]() ORB_REQUIRES(mMutex) { return mState != State::NotStarted; });
   }
   // Whether the worker came as far as begin().
   bool begun() const { return mBegun; }
   bool awaitEnd(std::chrono::milliseconds timeout) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    return mChanged.wait_for(lock, timeout, [this] { return mState == State::Ended; });
+    UniqueLock lock(mMutex);
+    return mChanged.wait_for(lock, timeout,
+                             [this]() ORB_REQUIRES(mMutex) { return mState == State::Ended; });
   }
 
  private:
   enum class State { NotStarted, Running, Ended };
   void set(State state) {
-    const std::lock_guard<std::mutex> lock(mMutex);
+    const LockGuard lock(mMutex);
     mState = state;
     mChanged.notify_all();
   }
 
-  std::mutex mMutex;
-  std::condition_variable mChanged;
-  State mState = State::NotStarted;
+  Mutex mMutex;
+  Condition mChanged;
+  State mState ORB_GUARDED_BY(mMutex) = State::NotStarted;
   std::atomic<bool> mBegun{false};
 };

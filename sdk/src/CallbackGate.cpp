@@ -15,24 +15,24 @@ CallbackGate::Pass::Pass(CallbackGate& gate) : mGate(gate), mOpen(gate.enter()) 
 CallbackGate::Pass::~Pass() {
   if (!mOpen) return;
   --tCallbackDepth;
-  const std::lock_guard<std::mutex> lock(mGate.mMutex);
+  const LockGuard lock(mGate.mMutex);
   if (--mGate.mRunning == 0) mGate.mDrained.notify_all();
 }
 
 bool CallbackGate::enter() {
-  const std::lock_guard<std::mutex> lock(mMutex);
+  const LockGuard lock(mMutex);
   if (!mClosed) ++mRunning;
   return !mClosed;
 }
 
 void CallbackGate::close() {
-  const std::lock_guard<std::mutex> lock(mMutex);
+  const LockGuard lock(mMutex);
   mClosed = true;
 }
 
 void CallbackGate::drain() {
-  std::unique_lock<std::mutex> lock(mMutex);
-  mDrained.wait(lock, [this] { return mRunning == 0; });
+  UniqueLock lock(mMutex);
+  mDrained.wait(lock, [this]() ORB_REQUIRES(mMutex) { return mRunning == 0; });
 }
 
 bool CallbackGate::insideCallback() { return tCallbackDepth > 0; }

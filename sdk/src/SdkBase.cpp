@@ -12,7 +12,7 @@ SdkBase::~SdkBase() = default;
 SdkBase::Created SdkBase::createSdkInstance(OrbSdkClientType type, SdkClientBase::Listener listener,
                                             std::shared_ptr<SdkClientEvent> event) {
   {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     if (mLeft) return Created::Left;
     if (mClient) {
       if (event) mClient->postEvent(std::move(event));
@@ -27,7 +27,7 @@ SdkBase::Created SdkBase::createSdkInstance(OrbSdkClientType type, SdkClientBase
   auto client = SdkClient::getInstance(type, std::move(listener), std::move(event));
   const bool created = client != nullptr;
   {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     mCreating = false;
     mClient = std::move(client);
     for (auto& waiting : mWaiting) {
@@ -44,7 +44,7 @@ void SdkBase::reportNoClient() {
   StatusCallback status = nullptr;
   StatusV2Callback statusV2 = nullptr;
   {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     status = mStatusIndCb;
     statusV2 = mBaseStatusV2Cb;
   }
@@ -59,26 +59,25 @@ void SdkBase::reportNoClient() {
 
 bool SdkBase::hasClient() { return client() != nullptr; }
 
-// The lock, once no creation is under way.
-std::unique_lock<std::mutex> SdkBase::lockSettled() {
-  std::unique_lock<std::mutex> lock(mLock);
-  mCreated.wait(lock, [this] { return !mCreating; });
-  return lock;
+void SdkBase::awaitSettled(UniqueLock& lock) {
+  mCreated.wait(lock, [this]() ORB_REQUIRES(mLock) { return !mCreating; });
 }
 
 std::shared_ptr<SdkClient> SdkBase::client() {
-  const auto lock = lockSettled();
+  UniqueLock lock(mLock);
+  awaitSettled(lock);
   return mClient;
 }
 
 bool SdkBase::post(std::shared_ptr<SdkClientEvent> event) {
-  const auto lock = lockSettled();
+  UniqueLock lock(mLock);
+  awaitSettled(lock);
   if (mClient) mClient->postEvent(std::move(event));
   return mClient != nullptr;
 }
 
 std::shared_ptr<SdkDeparture> SdkBase::beginLeaving(std::shared_ptr<SdkClientEvent> farewell) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   if (!mClient) return nullptr;
   mLeft = true;
   mGate.close();

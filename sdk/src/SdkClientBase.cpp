@@ -96,7 +96,7 @@ void SdkClientBase::handleEvent(std::shared_ptr<SdkClientEvent> event) {
 }
 
 bool SdkClientBase::retireType(OrbSdkClientType type) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   unsigned& registrations = mRegistrations[index(type)];
   if (registrations > 0) --registrations;
   if (registrations == 0) mActiveTypes[index(type)] = false;
@@ -106,23 +106,23 @@ bool SdkClientBase::retireType(OrbSdkClientType type) {
 }
 
 void SdkClientBase::activateType(OrbSdkClientType type) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   ++mRegistrations[index(type)];
   mActiveTypes[index(type)] = true;
 }
 
 bool SdkClientBase::isTypeActive(OrbSdkClientType type) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   return mActiveTypes[index(type)];
 }
 
 void SdkClientBase::setClientListener(OrbSdkClientType type, Listener listener) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   mListeners[type].swap(listener);  // the former listener goes with the argument, after the lock
 }
 
 SdkClientBase::Listener SdkClientBase::listenerOf(OrbSdkClientType type) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   return mListeners[type];
 }
 
@@ -130,7 +130,7 @@ void SdkClientBase::notifyReceivedBlob(OrbSdkClientType type, const std::vector<
   Listener listener;
   bool known = false;
   {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     const auto found = mListeners.find(type);
     known = found != mListeners.end();
     if (known) listener = found->second;
@@ -156,7 +156,7 @@ void SdkClientBase::deliverBlob(OrbSdkClientType type, bool known, const Listene
 void SdkClientBase::notifyServiceUp(OrbSdkClientType type) {
   Listener listener;
   {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     const auto found = mListeners.find(type);
     if (found != mListeners.end()) listener = found->second;
   }
@@ -166,7 +166,7 @@ void SdkClientBase::notifyServiceUp(OrbSdkClientType type) {
 void SdkClientBase::notifyServiceDown() {
   Listeners listeners;
   {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     listeners = mListeners;
   }
   callAll(listeners, ServiceDown);

@@ -245,7 +245,7 @@ TEST_F(LogEncryptionFaultsTest, ForkedChildExitsWhateverAnotherThreadWasLogging)
   log.init("orb");
   std::promise<void> entered, leave;
   std::thread inside([&entered, &leave] {
-    const std::lock_guard<std::mutex> lock(LogTestPeer::mutex());
+    const LockGuard lock(LogTestPeer::mutex());
     entered.set_value();
     leave.get_future().wait();
   });

@@ -181,11 +181,11 @@ class LineSources : public BareServiceObject<S> {
     return [function] {
       {
         ServiceSlot& slot = Object::mInstance();
-        const std::lock_guard<std::mutex> lock(slot.lock);
+        const LockGuard lock(slot.lock);
         slot.instance = std::make_shared<Object>();
       }
       function();
-      const std::lock_guard<std::mutex> lock(Object::mInstance().lock);
+      const LockGuard lock(Object::mInstance().lock);
       Object::mInstance().instance.reset();
     };
   }

@@ -74,7 +74,7 @@ class SessionTest : public ::testing::Test {
 
   static bool noneRegistered() {
     const auto globals = getProcessUtilsGlobals();
-    const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+    const ScopedLock<SharedMutex> lock(globals->mLock);
     return globals->mSockets.empty() && globals->mReceiverThreads.empty();
   }
 

@@ -89,7 +89,7 @@ inline size_t openDescriptors() {
 
 inline bool isRegistered(unsigned long peer, unsigned long session) {
   const auto globals = getProcessUtilsGlobals();
-  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  const ScopedLock<SharedMutex> lock(globals->mLock);
   const bool socket = globals->mSockets.count({peer, session}) > 0;
   const bool thread = globals->mReceiverThreads.count({peer, session}) > 0;
   return socket || thread;

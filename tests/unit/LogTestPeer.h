@@ -35,16 +35,16 @@ struct LogTestPeer {
     log().timerInterval = interval;
   }
   static void setStopLatched(bool latched) {
-    std::lock_guard<std::mutex> lock(log().timerMutex);
+    LockGuard lock(log().timerMutex);
     log().stopLatched = latched;
   }
   static unsigned stopRequests() {
-    std::lock_guard<std::mutex> lock(log().timerMutex);
+    LockGuard lock(log().timerMutex);
     return log().stopRequests;
   }
   static void requestTimerStop() { log().requestTimerStop(); }
   static bool initialised() {
-    std::lock_guard<std::mutex> lock(log().lifecycleMutex);
+    LockGuard lock(log().lifecycleMutex);
     return log().initialised;
   }
   static bool logPermsEnabled() { return log().logPermsEnabled; }
@@ -53,7 +53,7 @@ struct LogTestPeer {
   static bool hasGetPersistSetting() { return Log::orbGetPersistSetting != nullptr; }
   static bool hasDecodeBuffer() { return Log::orbDecodeBuffer != nullptr; }
   static bool encryptionEnabled() {
-    std::lock_guard<std::mutex> lock(log().mutex);
+    LockGuard lock(log().mutex);
     return log().encryptionEnabled;
   }
   static uint64_t recordsPerFile() { return log().recordsPerFile; }
@@ -61,13 +61,13 @@ struct LogTestPeer {
   static int fileIndex() { return log().fileIndex; }
   // Where to go on after files of these ages in seconds, with so many files kept.
   static int reviewExistingFiles(uint8_t maxFiles, const std::map<int64_t, std::string>& files) {
-    std::lock_guard<std::mutex> lock(log().mutex);
+    LockGuard lock(log().mutex);
     log().maxFiles = maxFiles;
     log().reviewExistingFiles(files);
     return log().fileIndex;
   }
   // The mutex that every record takes, for a thread that is to be inside a log call for long.
-  static std::mutex& mutex() { return log().mutex; }
+  static Mutex& mutex() { return log().mutex; }
   static std::chrono::milliseconds timerInterval() { return log().timerInterval; }
   static void wakeTimer() { log().timerWake.notify_all(); }
   static Log::DumpRequestType takeRequest() {
@@ -103,7 +103,7 @@ struct LogTestPeer {
  private:
   static void resetEncryption() {
     log().stopEncryption();
-    std::lock_guard<std::mutex> lock(log().mutex);
+    LockGuard lock(log().mutex);
     log().wrappedKey.clear();
     log().recordsPerFile = 0;
     log().maxFiles = 0;

@@ -30,7 +30,7 @@ class ProcessUtilsTest : public ::testing::Test {
   // In the table without a receiver, so that the test alone decides what happens to the socket.
   static void store(unsigned int sessionId, int fd) {
     const auto globals = getProcessUtilsGlobals();
-    const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+    const ScopedLock<SharedMutex> lock(globals->mLock);
     globals->mSockets[{kPeer, sessionId}] = std::make_shared<UniqueFd>(fd);
   }
 

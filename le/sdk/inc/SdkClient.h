@@ -2,13 +2,12 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <condition_variable>
 #include <deque>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <vector>
 
+#include "Mutex.h"
 #include "OrbIpcClientSession.h"
 #include "SdkClientBase.h"
 #include "SdkDeparture.h"
@@ -106,8 +105,9 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   };
 
   // Guarded by mLock.
-  OrbSdkClientType mSending = OrbSdkClientType::None;  // whose turn it is
-  std::condition_variable mTurnEnded;
-  std::map<ProcessId, Session> mOrbIpcSession;
-  std::map<OrbSdkClientType, std::deque<std::shared_ptr<SdkDeparture>>> mDepartures;
+  OrbSdkClientType mSending ORB_GUARDED_BY(mLock) = OrbSdkClientType::None;  // whose turn it is
+  Condition mTurnEnded;
+  std::map<ProcessId, Session> mOrbIpcSession ORB_GUARDED_BY(mLock);
+  std::map<OrbSdkClientType, std::deque<std::shared_ptr<SdkDeparture>>> mDepartures
+      ORB_GUARDED_BY(mLock);
 };

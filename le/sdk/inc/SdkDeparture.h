@@ -3,10 +3,9 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 
+#include "Mutex.h"
 #include "SdkClientEvent.h"
 
 class OrbIpcClientSession;
@@ -23,7 +22,7 @@ class SdkDeparture {
 
   const std::shared_ptr<SdkClientEvent> mFarewell;
   const OrbSdkClientType mType;
-  bool mFarewellSaid = false;  // guarded by the client's mLock
+  bool mFarewellSaid = false;  // guarded by the lock of mClient
   const std::shared_ptr<SdkClient> mClient;
 
   // From now on the type may still connect and send for the length of @p patience.
@@ -37,10 +36,10 @@ class SdkDeparture {
   bool wasLast() const;
 
  private:
-  mutable std::mutex mMutex;
-  std::condition_variable mCompleted;
-  Clock::time_point mPatienceEnd = Clock::time_point::max();
-  bool mDone = false;
-  bool mLast = false;
-  std::shared_ptr<OrbIpcClientSession> mSession;
+  mutable Mutex mMutex;
+  Condition mCompleted;
+  Clock::time_point mPatienceEnd ORB_GUARDED_BY(mMutex) = Clock::time_point::max();
+  bool mDone ORB_GUARDED_BY(mMutex) = false;
+  bool mLast ORB_GUARDED_BY(mMutex) = false;
+  std::shared_ptr<OrbIpcClientSession> mSession ORB_GUARDED_BY(mMutex);
 };

@@ -22,7 +22,7 @@ SdkClient::~SdkClient() {
 }
 
 SdkClient::Session SdkClient::sessionOf(OrbSdkClientType type) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   const auto found = mOrbIpcSession.find(endpointOf(type));
   return found == mOrbIpcSession.end() ? nullptr : found->second;
 }
@@ -37,7 +37,7 @@ bool SdkClient::isConnected(OrbSdkClientType type) {
 SdkClient::Session SdkClient::sessionToConnect(OrbSdkClientType type) {
   Session session = sessionOf(type);
   if (!session) session = createOrbSdkClient(endpointOf(type));
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   const auto& departures = mDepartures[type];
   if (!departures.empty()) {
     if (departures.front()->patienceOver()) return nullptr;
@@ -70,7 +70,7 @@ void SdkClient::handleConnectionStatus(bool connected, OrbSdkClientType type,
   Listeners listeners;
   {
     // Under one lock with mute(): a listener that comes after it is not told about this connection.
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     if (session && session->muted()) return;
     if (connected) {
       const auto found = mListeners.find(type);
@@ -118,7 +118,7 @@ bool SdkClient::sendBlobToService(OrbSdkClientType type, std::vector<uint8_t> bl
 SdkClient::SendTurn::SendTurn(SdkClient& client, OrbSdkClientType type,
                               const std::vector<uint8_t>& blob)
     : mClient(client) {
-  const std::lock_guard<std::mutex> lock(client.mLock);
+  const LockGuard lock(client.mLock);
   const auto& departures = client.mDepartures[type];
   const auto departure = departures.empty() ? nullptr : departures.front();
   mGranted = !departure || !departure->patienceOver();
@@ -129,7 +129,7 @@ SdkClient::SendTurn::SendTurn(SdkClient& client, OrbSdkClientType type,
 
 SdkClient::SendTurn::~SendTurn() {
   {
-    const std::lock_guard<std::mutex> lock(mClient.mLock);
+    const LockGuard lock(mClient.mLock);
     mClient.mSending = OrbSdkClientType::None;
   }
   mClient.mTurnEnded.notify_all();
@@ -143,7 +143,7 @@ void SdkClient::handleSendBlobMessage(const std::shared_ptr<SendBlobMessage>& ms
   Listener listener;
   bool known = false;
   {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     if (session && session->muted()) return;
     const auto found = mListeners.find(type);
     known = found != mListeners.end();

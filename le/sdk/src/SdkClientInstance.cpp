@@ -4,7 +4,6 @@
 #include <errno.h>
 #include <unistd.h>
 
-#include <condition_variable>
 #include <new>
 #include <utility>
 
@@ -33,10 +32,10 @@ constexpr std::chrono::milliseconds kThreadEnd(50);
 // The joint decision of joining and leaving threads. Never destroyed: threads may leave while the
 // process exits.
 struct InstanceState {
-  std::mutex lock;
-  std::condition_variable created;
-  bool creating = false;
-  std::shared_ptr<SdkClient> mInstance;
+  Mutex lock;
+  Condition created;
+  bool creating ORB_GUARDED_BY(lock) = false;
+  std::shared_ptr<SdkClient> mInstance ORB_GUARDED_BY(lock);
 };
 
 InstanceState& state() {
@@ -92,8 +91,8 @@ std::shared_ptr<SdkClient> SdkClient::getInstance(OrbSdkClientType type, Listene
                                                   std::shared_ptr<SdkClientEvent> event) {
   std::shared_ptr<SdkClient> instance;
   {
-    std::unique_lock<std::mutex> lock(state().lock);
-    state().created.wait(lock, [] { return !state().creating; });
+    UniqueLock lock(state().lock);
+    state().created.wait(lock, []() ORB_REQUIRES(state().lock) { return !state().creating; });
     instance = state().mInstance;
     if (!instance) {
       state().creating = true;
@@ -125,7 +124,7 @@ std::shared_ptr<SdkClient> SdkClient::createInstance(OrbSdkClientType type, List
     // No memory is no client; others must not wait for this attempt for ever.
   }
   {
-    const std::lock_guard<std::mutex> lock(state().lock);
+    const LockGuard lock(state().lock);
     state().creating = false;
     state().mInstance = instance;
   }
@@ -160,7 +159,7 @@ void SdkClient::addListener(OrbSdkClientType type) {
 void SdkClient::destroyInstance(OrbSdkClientType type) {
   std::shared_ptr<SdkClient> instance;
   {
-    const std::lock_guard<std::mutex> lock(state().lock);
+    const LockGuard lock(state().lock);
     instance = state().mInstance;
   }
   if (!instance) {
@@ -179,7 +178,7 @@ std::shared_ptr<SdkDeparture> SdkClient::beginDeparture(std::shared_ptr<SdkClien
   auto departure = std::make_shared<SdkDeparture>(
       farewell, std::static_pointer_cast<SdkClient>(shared_from_this()));
   {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     mDepartures[type].push_back(departure);
     const auto found = mOrbIpcSession.find(endpointOf(type));
     if (found != mOrbIpcSession.end() && found->second) {
@@ -215,9 +214,9 @@ void SdkClient::abandonDeparture(SdkDeparture& departure) {
 // patience; a turn under way is waited for, unless it does not come to its end.
 bool SdkClient::mayBidFarewell(SdkDeparture& departure) {
   if (departure.mFarewell->blob.empty()) return false;
-  std::unique_lock<std::mutex> lock(mLock);
-  const bool free =
-      mTurnEnded.wait_for(lock, kTurnEnd, [&] { return mSending != departure.mType; });
+  UniqueLock lock(mLock);
+  const bool free = mTurnEnded.wait_for(
+      lock, kTurnEnd, [&]() ORB_REQUIRES(mLock) { return mSending != departure.mType; });
   return free && !std::exchange(departure.mFarewellSaid, true);
 }
 
@@ -235,7 +234,7 @@ void SdkClient::bidFarewell(SdkDeparture& departure, const Session& session) {
 // The connection of the type as long as it is @p departure's: once the worker has retired that one,
 // the type's connection is its successor's.
 SdkClient::Session SdkClient::sessionLeavingWith(const SdkDeparture& departure) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   const auto& departures = mDepartures[departure.mType];
   if (departures.empty() || departures.front().get() != &departure) return nullptr;
   const auto found = mOrbIpcSession.find(endpointOf(departure.mType));
@@ -243,7 +242,7 @@ SdkClient::Session SdkClient::sessionLeavingWith(const SdkDeparture& departure) 
 }
 
 bool SdkClient::isLeaving(OrbSdkClientType type) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   const auto found = mDepartures.find(type);
   return found != mDepartures.end() && !found->second.empty();
 }
@@ -256,10 +255,10 @@ bool SdkClient::retireType(OrbSdkClientType type) {
   std::shared_ptr<SdkClient> former;
   bool last = false;
   {
-    const std::lock_guard<std::mutex> instanceLock(state().lock);
+    const LockGuard instanceLock(state().lock);
     last = SdkClientBase::retireType(type);
     if (last && state().mInstance.get() == this) former.swap(state().mInstance);
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     const auto found = mOrbIpcSession.find(endpointOf(type));
     if (found != mOrbIpcSession.end()) {
       session.swap(found->second);

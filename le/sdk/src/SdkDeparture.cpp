@@ -9,17 +9,17 @@ SdkDeparture::SdkDeparture(std::shared_ptr<SdkClientEvent> farewell,
     : mFarewell(std::move(farewell)), mType(mFarewell->type), mClient(std::move(client)) {}
 
 void SdkDeparture::startPatience(std::chrono::milliseconds patience) {
-  const std::lock_guard<std::mutex> lock(mMutex);
+  const LockGuard lock(mMutex);
   mPatienceEnd = Clock::now() + patience;
 }
 
 bool SdkDeparture::patienceOver() const {
-  const std::lock_guard<std::mutex> lock(mMutex);
+  const LockGuard lock(mMutex);
   return Clock::now() >= mPatienceEnd;
 }
 
 void SdkDeparture::complete(std::shared_ptr<OrbIpcClientSession> session, bool last) {
-  const std::lock_guard<std::mutex> lock(mMutex);
+  const LockGuard lock(mMutex);
   mSession = std::move(session);
   mLast = last;
   mDone = true;
@@ -27,16 +27,16 @@ void SdkDeparture::complete(std::shared_ptr<OrbIpcClientSession> session, bool l
 }
 
 bool SdkDeparture::await(std::chrono::milliseconds timeout) {
-  std::unique_lock<std::mutex> lock(mMutex);
-  return mCompleted.wait_for(lock, timeout, [this] { return mDone; });
+  UniqueLock lock(mMutex);
+  return mCompleted.wait_for(lock, timeout, [this]() ORB_REQUIRES(mMutex) { return mDone; });
 }
 
 std::shared_ptr<OrbIpcClientSession> SdkDeparture::session() const {
-  const std::lock_guard<std::mutex> lock(mMutex);
+  const LockGuard lock(mMutex);
   return mSession;
 }
 
 bool SdkDeparture::wasLast() const {
-  const std::lock_guard<std::mutex> lock(mMutex);
+  const LockGuard lock(mMutex);
   return mLast;
 }

@@ -5,11 +5,11 @@
 #include <orb/status.h>
 
 #include <memory>
-#include <mutex>
 #include <utility>
 #include <vector>
 
 #include "LogPoint.h"
+#include "Mutex.h"
 #include "NeverDestroyed.h"
 #include "SdkBase.h"
 
@@ -18,11 +18,11 @@ class Service;
 // The one place that holds a service's present object. lock guards instance and is held for
 // look-ups and changes only. Lives for ever: threads may come while the process exits.
 struct ServiceSlot {
-  std::mutex lock;
-  std::shared_ptr<Service> instance;
+  Mutex lock;
+  std::shared_ptr<Service> instance ORB_GUARDED_BY(lock);
 
   std::shared_ptr<Service> get() {
-    const std::lock_guard<std::mutex> guard(lock);
+    const LockGuard guard(lock);
     return instance;
   }
 };
@@ -238,12 +238,12 @@ class Service : public SdkBase {
   }
   template <class Member>
   Member read(const Member& member) {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     return member;
   }
   template <class Member>
   Member store(Member& member, Member value) {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     return std::exchange(member, value);
   }
 

@@ -83,7 +83,7 @@ uint32_t Lce::getNextUniqueId() {
 }
 
 void Lce::forget(uint32_t id) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   mPendingCriteriaCbs.erase(id);
   mUsedIds.erase(id);
 }
@@ -91,7 +91,7 @@ void Lce::forget(uint32_t id) {
 int64_t Lce::setReportingCriteria(const LceReportingCriteria& criteria, LceReportingCriteriaCb cb) {
   uint32_t id = 0;
   {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     id = getNextUniqueId();
     mPendingCriteriaCbs.emplace(id, cb);
   }
@@ -169,7 +169,7 @@ void Lce::handleAsyncResult(const LceProto::ClientMsg& message) {
   LceReportingCriteriaCb cb = nullptr;
   bool found = false;
   {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     const auto pending = mPendingCriteriaCbs.find(id);
     found = pending != mPendingCriteriaCbs.end();
     if (found) {

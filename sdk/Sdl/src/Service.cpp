@@ -18,7 +18,7 @@ Service::~Service() {
 
 std::shared_ptr<Service> Service::obtain(const ServiceTable& table) {
   ServiceSlot& slot = table.slot();
-  const std::lock_guard<std::mutex> lock(slot.lock);
+  const LockGuard lock(slot.lock);
   try {
     if (!slot.instance) slot.instance = table.make();
   } catch (const std::bad_alloc&) {
@@ -71,7 +71,7 @@ bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
   // A creation under way is waited for here, with no lock held, and not below.
   if (const auto present = slot.get()) present->hasClient();
   {
-    const std::lock_guard<std::mutex> lock(slot.lock);
+    const LockGuard lock(slot.lock);
     object = slot.instance;
     if (object) departure = object->beginLeaving(std::move(farewell));
     if (departure) slot.instance.reset();
@@ -113,7 +113,8 @@ std::shared_ptr<Service> Service::readyService(const ServiceTable& table,
   return object;
 }
 
-void Service::handleStatusInd(status_e status) {
+// Not analysed: read() locks around the members that it is handed.
+void Service::handleStatusInd(status_e status) ORB_NO_THREAD_ANALYSIS {
   callBack(mStatusIndCb, status);
   if (read(mStatusV2Cb)) callBack(mStatusV2Cb, orb::utils::statusToStatusV2(status));
 }

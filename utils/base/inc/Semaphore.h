@@ -3,9 +3,9 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
+
+#include "Mutex.h"
 
 // Counting semaphore whose count saturates at 1 unless it was built otherwise. Any thread; mMutex
 // guards the count.
@@ -14,29 +14,30 @@ class Semaphore {
   explicit Semaphore(bool singleCount = true) : mSingleCount(singleCount) {}
 
   void increase() {
-    const std::lock_guard<std::mutex> lock(mMutex);
+    const LockGuard lock(mMutex);
     mCount = mSingleCount ? 1 : mCount + 1;
     // Under the lock: the waiter may destroy this object as soon as it can run.
     mCondition.notify_one();
   }
 
   void decrease() {
-    std::unique_lock<std::mutex> lock(mMutex);
-    mCondition.wait(lock, [this] { return mCount > 0; });
+    UniqueLock lock(mMutex);
+    mCondition.wait(lock, [this]() ORB_REQUIRES(mMutex) { return mCount > 0; });
     --mCount;
   }
 
   // As decrease(), but gives up after @p timeout and then returns false.
   bool decreaseFor(std::chrono::milliseconds timeout) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    if (!mCondition.wait_for(lock, timeout, [this] { return mCount > 0; })) return false;
+    UniqueLock lock(mMutex);
+    if (!mCondition.wait_for(lock, timeout, [this]() ORB_REQUIRES(mMutex) { return mCount > 0; }))
+      return false;
     --mCount;
     return true;
   }
 
  private:
   const bool mSingleCount;
-  int64_t mCount = 0;
-  std::mutex mMutex;
-  std::condition_variable_any mCondition;
+  Mutex mMutex;
+  int64_t mCount ORB_GUARDED_BY(mMutex) = 0;
+  Condition mCondition;
 };

@@ -4,10 +4,10 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string_view>
 #include <vector>
 
+#include "Mutex.h"
 #include "NeverDestroyed.h"
 
 // The library's end of the diagnostic service: log records go out as packets, one command comes in.
@@ -41,6 +41,6 @@ class DiagCmdProcessor {
 
   static NeverDestroyed<std::shared_ptr<DiagCmdProcessor>> mSelf;
 
-  std::mutex mMutex;
-  Handler handler;
+  Mutex mMutex;
+  Handler handler ORB_GUARDED_BY(mMutex);
 };

@@ -7,12 +7,10 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdarg>
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -21,6 +19,7 @@
 #include "GcmCipher.h"
 #include "LogFile.h"
 #include "LogLine.h"
+#include "Mutex.h"
 #include "ThreadSafeQueue.h"
 
 // The log of the process, front end of the IPC and process layers: every line goes to the platform
@@ -103,15 +102,15 @@ class Log {
 
  private:
   // Holds the log for one record and marks the thread as being inside it.
-  class Writer {
+  class ORB_SCOPED_CAPABILITY Writer {
    public:
-    explicit Writer(std::mutex& mutex);
+    explicit Writer(Mutex& mutex) ORB_ACQUIRE(mutex);
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
-    ~Writer();
+    ~Writer() ORB_RELEASE();
 
    private:
-    const std::lock_guard<std::mutex> mLock;
+    Mutex& mMutex;
   };
   friend struct LogTestPeer;  // tests look inside and start over; nothing of it is in the library
 
@@ -140,18 +139,18 @@ class Log {
                        uint64_t recordLimit, uint8_t fileLimit);
   void stopEncryption();
   void stopBeforeExit();
-  void encryptLogMsg(std::string_view entry);
-  void nextLogFile();
-  void startLogFile();
-  std::string logFileName(int index) const;
-  bool createNewlogFileName();
-  void writeToFile(const uint8_t* bytes, size_t size, const std::string& path);
+  void encryptLogMsg(std::string_view entry) ORB_REQUIRES(mutex);
+  void nextLogFile() ORB_REQUIRES(mutex);
+  void startLogFile() ORB_REQUIRES(mutex);
+  std::string logFileName(int index) const ORB_REQUIRES(mutex);
+  bool createNewlogFileName() ORB_REQUIRES(mutex);
+  void writeToFile(const uint8_t* bytes, size_t size, const std::string& path) ORB_REQUIRES(mutex);
   void applyLogPerms() const;
   std::string getLogFilePath() const;
   std::string getFileTag() const;
   // By age in seconds, youngest first.
-  void checkExistingFiles();
-  void reviewExistingFiles(const std::map<int64_t, std::string>& files);
+  void checkExistingFiles() ORB_REQUIRES(mutex);
+  void reviewExistingFiles(const std::map<int64_t, std::string>& files) ORB_REQUIRES(mutex);
 
   void dumper();
   void timerLoop();
@@ -175,36 +174,38 @@ class Log {
   std::atomic<bool> dmapSuppressed{false};
   std::atomic<bool> logPermsEnabled{false};
 
-  std::mutex mutex;
+  Mutex mutex;
   static thread_local bool writing;  // this thread holds `mutex`
 
   // Encrypted logging.
   std::atomic<pid_t> encryptingProcess{0};
-  bool encryptionEnabled = false;
-  GcmCipher recordCipher;           // holds the session key
-  std::vector<uint8_t> wrappedKey;  // the same for whoever has the private key; begins every file
-  uint64_t recordsPerFile = 0;
-  uint8_t maxFiles = 0;
-  int recordsInFile = 0;
-  int fileIndex = 0;
-  std::string fileTag;
-  std::string currentLogFile;
-  LogFile logFile;
+  bool encryptionEnabled ORB_GUARDED_BY(mutex) = false;
+  GcmCipher recordCipher ORB_GUARDED_BY(mutex);  // holds the session key
+  std::vector<uint8_t> wrappedKey
+      ORB_GUARDED_BY(mutex);  // the same for whoever has the private key; begins every file
+  uint64_t recordsPerFile ORB_GUARDED_BY(mutex) = 0;
+  uint8_t maxFiles ORB_GUARDED_BY(mutex) = 0;
+  int recordsInFile ORB_GUARDED_BY(mutex) = 0;
+  int fileIndex ORB_GUARDED_BY(mutex) = 0;
+  std::string fileTag ORB_GUARDED_BY(mutex);
+  std::string currentLogFile ORB_GUARDED_BY(mutex);
+  LogFile logFile ORB_GUARDED_BY(mutex);
 
   ThreadSafeQueue<std::shared_ptr<LogRecord>> records;
   ThreadSafeQueue<DumpRequestType> dumpRequests;
 
-  std::mutex lifecycleMutex;
-  bool initialised = false;
-  bool changing = false;  // an init() or release() is under way and owns the thread members
+  Mutex lifecycleMutex;
+  bool initialised ORB_GUARDED_BY(lifecycleMutex) = false;
+  bool changing ORB_GUARDED_BY(lifecycleMutex) =
+      false;  // an init() or release() is under way and owns the thread members
   std::unique_ptr<std::thread> dumperThread;
   std::unique_ptr<std::thread> timerThread;
   std::atomic<pid_t> threadsProcess{0};  // the process they run in; a forked child has none
 
-  std::mutex timerMutex;
-  std::condition_variable timerWake;
-  unsigned stopRequests = 0;
-  bool stopLatched = false;
+  Mutex timerMutex;
+  Condition timerWake;
+  unsigned stopRequests ORB_GUARDED_BY(timerMutex) = 0;
+  bool stopLatched ORB_GUARDED_BY(timerMutex) = false;
   std::atomic<std::chrono::milliseconds> timerInterval{std::chrono::seconds(30)};
 };
 

@@ -2,11 +2,11 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
-#include <mutex>
 #include <utility>
+
+#include "Mutex.h"
 
 // First-in first-out queue between threads. Any thread may push and pop; the owner keeps it alive
 // until all of them are done. mMutex guards mItems and is held for one deque operation at a time.
@@ -15,22 +15,22 @@ class ThreadSafeQueue {
  public:
   // Appends and wakes one waiter.
   void push(T item) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    LockGuard lock(mMutex);
     mItems.push_back(std::move(item));
     mNotEmpty.notify_one();
   }
 
   // Waits until there is an item and takes the oldest.
   void waitAndPop(T& item) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    mNotEmpty.wait(lock, [this] { return !mItems.empty(); });
+    UniqueLock lock(mMutex);
+    mNotEmpty.wait(lock, [this]() ORB_REQUIRES(mMutex) { return !mItems.empty(); });
     item = std::move(mItems.front());
     mItems.pop_front();
   }
 
   // Takes the oldest item; false when there is none.
   bool tryPop(T& item) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    LockGuard lock(mMutex);
     if (mItems.empty()) return false;
     item = std::move(mItems.front());
     mItems.pop_front();
@@ -38,12 +38,12 @@ class ThreadSafeQueue {
   }
 
   size_t size() const {
-    std::lock_guard<std::mutex> lock(mMutex);
+    LockGuard lock(mMutex);
     return mItems.size();
   }
 
  private:
-  mutable std::mutex mMutex;
-  std::condition_variable mNotEmpty;
-  std::deque<T> mItems;
+  mutable Mutex mMutex;
+  Condition mNotEmpty;
+  std::deque<T> mItems ORB_GUARDED_BY(mMutex);
 };

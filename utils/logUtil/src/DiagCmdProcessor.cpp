@@ -39,7 +39,7 @@ std::shared_ptr<DiagCmdProcessor> DiagCmdProcessor::getInstance() {
 
 void DiagCmdProcessor::initialize(Handler newHandler) {
   {
-    std::lock_guard<std::mutex> lock(mMutex);
+    LockGuard lock(mMutex);
     handler.swap(newHandler);
   }
   Diag_LSM_Init(nullptr);
@@ -51,7 +51,7 @@ void* DiagCmdProcessor::diagCmdHandler(void* request, unsigned short length) {
   const std::shared_ptr<DiagCmdProcessor> self = getInstance();
   Handler current;
   {
-    std::lock_guard<std::mutex> lock(self->mMutex);
+    LockGuard lock(self->mMutex);
     current = self->handler;
   }
   std::vector<unsigned char> response;

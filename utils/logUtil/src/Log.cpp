@@ -26,9 +26,15 @@ constexpr size_t kPersistSettingSize = 50;
 
 thread_local bool Log::writing = false;
 
-Log::Writer::Writer(std::mutex& mutex) : mLock(mutex) { writing = true; }
+Log::Writer::Writer(Mutex& mutex) : mMutex(mutex) {
+  mutex.lock();
+  writing = true;
+}
 
-Log::Writer::~Writer() { writing = false; }
+Log::Writer::~Writer() {
+  writing = false;
+  mMutex.unlock();
+}
 
 void Log::addLogRecord(int level, const char* tag, const char* file, const char* function, int line,
                        const char* format, ...) {

@@ -58,7 +58,7 @@ void Log::timerLoop() {
     const auto deadline = std::chrono::system_clock::now() + timerInterval.load();
     std::cv_status status = std::cv_status::no_timeout;
     while (status == std::cv_status::no_timeout) {
-      std::unique_lock<std::mutex> lock(timerMutex);
+      UniqueLock lock(timerMutex);
       if (stopRequests != 0) {
         --stopRequests;
         return;
@@ -70,7 +70,7 @@ void Log::timerLoop() {
 }
 
 void Log::requestTimerStop() {
-  std::lock_guard<std::mutex> lock(timerMutex);
+  LockGuard lock(timerMutex);
   stopRequests = stopLatched ? 1 : stopRequests + 1;
   timerWake.notify_all();
 }

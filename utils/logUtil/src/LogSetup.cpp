@@ -60,7 +60,7 @@ const LoadedLog loadedLog;
 void Log::init(const char* tag) {
   setTag(tag);
   {
-    std::lock_guard<std::mutex> lock(lifecycleMutex);
+    LockGuard lock(lifecycleMutex);
     if (initialised || changing) return;
     changing = true;
   }
@@ -71,7 +71,7 @@ void Log::init(const char* tag) {
   initLogEncryption();
   startThreads();
   {
-    std::lock_guard<std::mutex> lock(lifecycleMutex);
+    LockGuard lock(lifecycleMutex);
     initialised = true;
     changing = false;
   }
@@ -81,7 +81,7 @@ void Log::init(const char* tag) {
 void Log::release() {
   if (threadsProcess != 0 && threadsProcess != getpid()) return;
   {
-    std::lock_guard<std::mutex> lock(lifecycleMutex);
+    LockGuard lock(lifecycleMutex);
     if (!initialised || changing) return;
     changing = true;
   }
@@ -90,7 +90,7 @@ void Log::release() {
   stop(timerThread, false);
   // The dumper logs, so it may be waiting for the very call that the caller is in.
   stop(dumperThread, writing);
-  std::lock_guard<std::mutex> lock(lifecycleMutex);
+  LockGuard lock(lifecycleMutex);
   initialised = false;
   changing = false;
 }
@@ -108,7 +108,7 @@ void Log::stop(std::unique_ptr<std::thread>& thread, bool waitsForCaller) {
 // Lines read the tag without a lock, so no text that was ever a tag goes away. They are few.
 void Log::setTag(const char* tag) {
   static std::set<std::string>* const tags = new std::set<std::string>;
-  std::lock_guard<std::mutex> lock(lifecycleMutex);
+  LockGuard lock(lifecycleMutex);
   logTag = tags->insert(tag != nullptr ? tag : "").first->c_str();
 }
 

@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <shared_mutex>
 #include <string>
 #include <thread>
 #include <utility>
 
 #include "IpcFrame.h"
+#include "Mutex.h"
 #include "ProcessHandler.h"
 #include "UniqueFd.h"
 
@@ -25,12 +25,13 @@ struct ProcessUtilsGlobals {
   ProcessUtilsGlobals& operator=(const ProcessUtilsGlobals&) = delete;
   ~ProcessUtilsGlobals();
 
-  std::shared_mutex mLock;
-  bool mRegistrationOpen = true;
-  std::string mProcessName = "UNKNOWN";
-  uint64_t mProcessId = ~uint64_t{0};
-  std::map<Key, std::thread> mReceiverThreads;  // every stored thread is detached
-  std::map<Key, SharedSocket> mSockets;
+  SharedMutex mLock;
+  bool mRegistrationOpen ORB_GUARDED_BY(mLock) = true;
+  std::string mProcessName ORB_GUARDED_BY(mLock) = "UNKNOWN";
+  uint64_t mProcessId ORB_GUARDED_BY(mLock) = ~uint64_t{0};
+  std::map<Key, std::thread> mReceiverThreads
+      ORB_GUARDED_BY(mLock);  // every stored thread is detached
+  std::map<Key, SharedSocket> mSockets ORB_GUARDED_BY(mLock);
 };
 
 std::shared_ptr<ProcessUtilsGlobals> getProcessUtilsGlobals();

@@ -3,30 +3,31 @@
 #pragma once
 
 #include <deque>
-#include <mutex>
 #include <utility>
+
+#include "Mutex.h"
 
 // First in, first out between threads. mMutex guards the queue for the length of one operation.
 template <class T>
 class AtomicQueue {
  public:
   void push(T item) {
-    const std::lock_guard<std::mutex> lock(mMutex);
+    const LockGuard lock(mMutex);
     mQueue.push_back(std::move(item));
   }
   // The caller has seen that the queue is not empty and is the only one to take from it.
   T pop() {
-    const std::lock_guard<std::mutex> lock(mMutex);
+    const LockGuard lock(mMutex);
     T item = std::move(mQueue.front());
     mQueue.pop_front();
     return item;
   }
   bool empty() const {
-    const std::lock_guard<std::mutex> lock(mMutex);
+    const LockGuard lock(mMutex);
     return mQueue.empty();
   }
 
  private:
-  std::deque<T> mQueue;
-  mutable std::mutex mMutex;
+  std::deque<T> mQueue ORB_GUARDED_BY(mMutex);
+  mutable Mutex mMutex;
 };

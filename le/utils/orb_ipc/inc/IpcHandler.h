@@ -3,11 +3,11 @@
 #pragma once
 
 #include <atomic>
-#include <mutex>
 #include <utility>
 
 #include "AtomicQueue.h"
 #include "Log.h"
+#include "Mutex.h"
 #include "ProcessHandler.h"
 #include "Semaphore.h"
 
@@ -27,7 +27,7 @@ class IpcHandler : public ProcessHandler {
 
   void postToSelf(T msg) {
     {
-      const std::lock_guard<std::mutex> lock(mHandlerMutex);
+      const LockGuard lock(mHandlerMutex);
       if (mRunning) {
         mQueue.push(std::move(msg));
         mQueueSemaphore.increase();
@@ -50,7 +50,7 @@ class IpcHandler : public ProcessHandler {
   // Ends the loop; messages still queued are not handled. Does not wait.
   void stop() {
     ORB_LOGD("IpcHandler stop called");
-    const std::lock_guard<std::mutex> lock(mHandlerMutex);
+    const LockGuard lock(mHandlerMutex);
     if (!mRunning) return;
     mRunning = false;
     mQueueSemaphore.increase();
@@ -58,12 +58,12 @@ class IpcHandler : public ProcessHandler {
 
  protected:
   void setRunning() {
-    const std::lock_guard<std::mutex> lock(mHandlerMutex);
+    const LockGuard lock(mHandlerMutex);
     mRunning = true;
   }
 
  private:
-  std::mutex mHandlerMutex;
+  Mutex mHandlerMutex;
   Semaphore mQueueSemaphore;
   AtomicQueue<T> mQueue;
   std::atomic<bool> mRunning{false};

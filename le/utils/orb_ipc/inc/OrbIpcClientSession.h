@@ -4,8 +4,8 @@
 
 #include <atomic>
 #include <functional>
-#include <mutex>
 
+#include "Mutex.h"
 #include "OrbIpcSession.h"
 
 // The session of an SDK client: its peer is the daemon, and every change of the connection goes to
@@ -31,6 +31,6 @@ class OrbIpcClientSession : public OrbIpcSession {
 
  private:
   std::atomic<bool> mMuted{false};
-  std::mutex mCallbackLock;
-  ConnectionCallback mCallback;
+  Mutex mCallbackLock;
+  ConnectionCallback mCallback ORB_GUARDED_BY(mCallbackLock);
 };

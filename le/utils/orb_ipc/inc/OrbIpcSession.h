@@ -4,15 +4,14 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <unordered_map>
 #include <vector>
 
 #include "IpcHandler.h"
+#include "Mutex.h"
 #include "OrbIpcMessage.h"
 #include "ProcessUtils.h"
 
@@ -112,13 +111,16 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   std::atomic<bool> mConnected{false};
   std::atomic<unsigned int> mSessionId;
 
-  std::mutex mStateLock;
-  std::condition_variable mStateChanged;
-  SharedSocket mSocketFd;         // empty when there is no socket
-  bool mClosedForGood = false;    // beginClose() came: no connect any more
-  bool mStopRetrying = false;     // a connect ends with its first failure
-  bool mEndSignalled = true;      // no thread is left that would signal the present semaphore
-  bool mReceiverStarted = false;  // the present socket's semaphore is the receiver's to signal
-  std::shared_ptr<ProcessUtilsGlobals> mGlobals;  // held while the socket is registered
-  std::shared_ptr<UniqueFd> mRegisteredSocket;    // which socket that is
+  Mutex mStateLock;
+  Condition mStateChanged;
+  SharedSocket mSocketFd ORB_GUARDED_BY(mStateLock);       // empty when there is no socket
+  bool mClosedForGood ORB_GUARDED_BY(mStateLock) = false;  // beginClose() came: no connect any more
+  bool mStopRetrying ORB_GUARDED_BY(mStateLock) = false;   // a connect ends with its first failure
+  bool mEndSignalled ORB_GUARDED_BY(mStateLock) =
+      true;  // no thread is left that would signal the present semaphore
+  bool mReceiverStarted ORB_GUARDED_BY(mStateLock) =
+      false;  // the present socket's semaphore is the receiver's to signal
+  std::shared_ptr<ProcessUtilsGlobals> mGlobals
+      ORB_GUARDED_BY(mStateLock);  // held while the socket is registered
+  std::shared_ptr<UniqueFd> mRegisteredSocket ORB_GUARDED_BY(mStateLock);  // which socket that is
 };

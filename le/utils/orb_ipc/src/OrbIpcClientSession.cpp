@@ -23,7 +23,7 @@ OrbIpcClientSession::~OrbIpcClientSession() {
   ORB_LOGI("dtor: ENTER[ %x]", shortAddress(this));
   ConnectionCallback dropped;
   {
-    const std::lock_guard<std::mutex> lock(mCallbackLock);
+    const LockGuard lock(mCallbackLock);
     dropped.swap(mCallback);
   }
   stopHandlerThread();
@@ -33,7 +33,7 @@ OrbIpcClientSession::~OrbIpcClientSession() {
 
 void OrbIpcClientSession::connectToServer(ConnectionCallback callback) {
   {
-    const std::lock_guard<std::mutex> lock(mCallbackLock);
+    const LockGuard lock(mCallbackLock);
     mCallback.swap(callback);
   }
   callback = nullptr;  // the former one goes outside the lock
@@ -44,7 +44,7 @@ void OrbIpcClientSession::notifyConnectionStatus(bool connected) {
   ORB_LOGI("notifyConnectionStatus: %d", connected ? 1 : 0);
   ConnectionCallback callback;
   {
-    const std::lock_guard<std::mutex> lock(mCallbackLock);
+    const LockGuard lock(mCallbackLock);
     callback = mCallback;
   }
   if (callback) callback(connected);

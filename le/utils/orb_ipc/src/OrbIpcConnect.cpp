@@ -40,7 +40,7 @@ void OrbIpcSession::handleConnectToOrbEvent() {
   bool signalEnd = false;
   bool closed = false;
   {
-    const std::lock_guard<std::mutex> lock(mStateLock);
+    const LockGuard lock(mStateLock);
     closed = mSocketFd != socket;
     if (closed || result != Attempt::Connected) {
       // The closing side waits for the receiver; where none was started, this thread stands in for
@@ -63,7 +63,7 @@ void OrbIpcSession::handleConnectToOrbEvent() {
 
 SharedSocket OrbIpcSession::openSocket() {
   {
-    std::unique_lock<std::mutex> lock(mStateLock);
+    UniqueLock lock(mStateLock);
     if (mClosedForGood) return nullptr;
     if (mSocketFd) {
       lock.unlock();
@@ -75,7 +75,7 @@ SharedSocket OrbIpcSession::openSocket() {
   ORB_LOG_AS(3, kUnit, kConnect, "Created socket; mSocketFd: %d", fd);
   if (fd < 0) return nullptr;
   auto socket = std::make_shared<UniqueFd>(fd);
-  const std::lock_guard<std::mutex> lock(mStateLock);
+  const LockGuard lock(mStateLock);
   if (mClosedForGood) return nullptr;
   mSocketFd = socket;
   mConnected = false;
@@ -122,7 +122,7 @@ OrbIpcSession::Attempt OrbIpcSession::setUpConnection(const SharedSocket& socket
   if (!isCurrent(socket) || !registerReceiverHandler(socket)) return Attempt::Failed;
   bool closed = false;
   {
-    const std::lock_guard<std::mutex> lock(mStateLock);
+    const LockGuard lock(mStateLock);
     closed = mSocketFd != socket;
     if (closed) mConnected = false;
   }
@@ -132,15 +132,16 @@ OrbIpcSession::Attempt OrbIpcSession::setUpConnection(const SharedSocket& socket
 }
 
 bool OrbIpcSession::isCurrent(const SharedSocket& socket) {
-  const std::lock_guard<std::mutex> lock(mStateLock);
+  const LockGuard lock(mStateLock);
   return mSocketFd == socket;
 }
 
 // False when no further attempt is wanted; true also when the session was closed.
 bool OrbIpcSession::waitBeforeRetry(const SharedSocket& socket) {
-  std::unique_lock<std::mutex> lock(mStateLock);
-  mStateChanged.wait_for(lock, kBetweenAttempts,
-                         [&] { return mStopRetrying || mSocketFd != socket; });
+  UniqueLock lock(mStateLock);
+  mStateChanged.wait_for(lock, kBetweenAttempts, [&]() ORB_REQUIRES(mStateLock) {
+    return mStopRetrying || mSocketFd != socket;
+  });
   return !mStopRetrying || mSocketFd != socket;
 }
 

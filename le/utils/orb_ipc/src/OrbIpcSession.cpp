@@ -180,7 +180,7 @@ void OrbIpcSession::handleReceiverEnd(int sockFd) {
 void OrbIpcSession::endConnection(int lostFd) {
   SharedSocket lost;  // the receiver closes it
   {
-    const std::lock_guard<std::mutex> lock(mStateLock);
+    const LockGuard lock(mStateLock);
     if (lostFd >= 0 && (!mSocketFd || mSocketFd->get() != lostFd)) return;
     mConnected = false;
     mGlobals.reset();
@@ -193,7 +193,7 @@ void OrbIpcSession::endConnection(int lostFd) {
 bool OrbIpcSession::registerReceiverHandler(const SharedSocket& socket) {
   const auto globals = getProcessUtilsGlobals();
   {
-    const std::lock_guard<std::mutex> lock(mStateLock);
+    const LockGuard lock(mStateLock);
     mGlobals = globals;
     mRegisteredSocket = socket;
     mReceiverStarted = true;
@@ -204,7 +204,7 @@ bool OrbIpcSession::registerReceiverHandler(const SharedSocket& socket) {
                      std::static_pointer_cast<ProcessHandler>(shared_from_this()))) {
     return true;
   }
-  const std::lock_guard<std::mutex> lock(mStateLock);
+  const LockGuard lock(mStateLock);
   mConnected = false;
   mGlobals.reset();
   mRegisteredSocket.reset();
@@ -217,7 +217,7 @@ void OrbIpcSession::deregisterReceiverHandler() {
   std::shared_ptr<ProcessUtilsGlobals> globals;
   SharedSocket registered;
   {
-    const std::lock_guard<std::mutex> lock(mStateLock);
+    const LockGuard lock(mStateLock);
     globals.swap(mGlobals);
     registered.swap(mRegisteredSocket);
   }
@@ -228,7 +228,7 @@ void OrbIpcSession::deregisterReceiverHandler() {
 SharedSocket OrbIpcSession::takeSocket(bool forGood) {
   SharedSocket socket;
   {
-    const std::lock_guard<std::mutex> lock(mStateLock);
+    const LockGuard lock(mStateLock);
     if (forGood) mClosedForGood = true;
     mConnected = false;
     socket.swap(mSocketFd);
@@ -246,7 +246,7 @@ void OrbIpcSession::cleanup() {
   if (takeSocket(false)) {
     std::shared_ptr<Semaphore> ended;
     {
-      const std::lock_guard<std::mutex> lock(mStateLock);
+      const LockGuard lock(mStateLock);
       if (!mEndSignalled) ended = mThreadSemaphore;
     }
     if (ended && !isReceiverThreadOf(ended.get())) ended->decrease();
@@ -262,7 +262,7 @@ void OrbIpcSession::beginClose() {
 
 void OrbIpcSession::stopRetrying() {
   {
-    const std::lock_guard<std::mutex> lock(mStateLock);
+    const LockGuard lock(mStateLock);
     mStopRetrying = true;
   }
   mStateChanged.notify_all();
@@ -271,7 +271,7 @@ void OrbIpcSession::stopRetrying() {
 bool OrbIpcSession::awaitReceiver(std::chrono::milliseconds timeout) {
   std::shared_ptr<Semaphore> ended;
   {
-    const std::lock_guard<std::mutex> lock(mStateLock);
+    const LockGuard lock(mStateLock);
     if (!mReceiverStarted) return true;
     ended = mThreadSemaphore;
   }

@@ -85,7 +85,7 @@ bool receiveFrame(int fd, const HandlerRef& handlerRef) {
 unsigned int forgetSocket(const SharedSocket& socket) {
   const auto globals = getProcessUtilsGlobals();
   SharedSocket last;  // closed after the lock
-  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  const ScopedLock<SharedMutex> lock(globals->mLock);
   auto& sockets = globals->mSockets;
   const auto found = std::find_if(sockets.begin(), sockets.end(),
                                   [&](const auto& entry) { return entry.second == socket; });

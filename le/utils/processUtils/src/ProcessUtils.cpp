@@ -21,8 +21,8 @@ using Globals = ProcessUtilsGlobals;
 // Receiver threads outlive static destruction, so what they reach is never destroyed: the holder's
 // storage stays for good, and at exit it lets the globals go only as far as nobody else holds them.
 struct GlobalsHolder {
-  std::mutex lock;
-  std::shared_ptr<Globals> globals;
+  Mutex lock;
+  std::shared_ptr<Globals> globals ORB_GUARDED_BY(lock);
 };
 
 GlobalsHolder& holder() {
@@ -33,14 +33,14 @@ GlobalsHolder& holder() {
 struct ReleaseAtExit {
   ~ReleaseAtExit() {
     std::shared_ptr<Globals> last;
-    const std::lock_guard<std::mutex> lock(holder().lock);
+    const LockGuard lock(holder().lock);
     last.swap(holder().globals);
     if (last.use_count() > 1) holder().globals = std::move(last);
   }
 };
 
 bool startReceiver(Globals& globals, const Globals::Key& key, const SharedSocket& socket,
-                   HandlerRef handler) {
+                   HandlerRef handler) ORB_REQUIRES(globals.mLock) {
   std::thread thread;
   // Both are moved out of the thread's function: what is left there must not keep the socket open.
   auto body = [socket = SharedSocket(socket), handler = std::move(handler)]() mutable {
@@ -55,7 +55,7 @@ bool startReceiver(Globals& globals, const Globals::Key& key, const SharedSocket
 }
 
 bool registerLocked(Globals& globals, const Globals::Key& key, const SharedSocket& socket,
-                    HandlerRef handler) {
+                    HandlerRef handler) ORB_REQUIRES(globals.mLock) {
   if (!globals.mSockets.emplace(key, socket).second) {
     ORB_LOGE("id: 0x%lx, sessionId: %d is already registered", key.first,
              static_cast<int>(key.second));
@@ -73,7 +73,7 @@ bool registerLocked(Globals& globals, const Globals::Key& key, const SharedSocke
 bool registerSocket(unsigned long id, unsigned int sessionId, const SharedSocket& socket,
                     HandlerRef handler) {
   const auto globals = getProcessUtilsGlobals();
-  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  const ScopedLock<SharedMutex> lock(globals->mLock);
   ORB_LOGD("id: 0x%lx, sessionId: %d, sockFd: %d", id, static_cast<int>(sessionId), socket->get());
   // Stricter than regProcess(): a session's socket is never descriptor 0.
   if (socket->get() <= 0) return false;
@@ -85,7 +85,7 @@ bool registerSocket(unsigned long id, unsigned int sessionId, const SharedSocket
 ProcessUtilsGlobals::~ProcessUtilsGlobals() { ORB_LOGD("ProcessUtilsGlobals dtor"); }
 
 std::shared_ptr<ProcessUtilsGlobals> getProcessUtilsGlobals() {
-  const std::lock_guard<std::mutex> lock(holder().lock);
+  const LockGuard lock(holder().lock);
   static const ReleaseAtExit atExit;
   if (!holder().globals) holder().globals = std::make_shared<Globals>();
   return holder().globals;
@@ -107,7 +107,7 @@ void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* 
   ORB_LOGD("deregisterSocket: ENTER");
   const auto globals = getProcessUtilsGlobals();
   SharedSocket last;  // a descriptor that ends here is closed after the lock
-  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  const ScopedLock<SharedMutex> lock(globals->mLock);
   const Globals::Key key(id, sessionId);
   const auto found = globals->mSockets.find(key);
   const bool ours =
@@ -131,7 +131,7 @@ bool sendIpc(ipcMsg_t* msg, int flags) {
   SharedSocket socket;
   {
     const auto globals = getProcessUtilsGlobals();
-    const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+    const ScopedLock<SharedMutex> lock(globals->mLock);
     const auto found = globals->mSockets.find({msg->dstProcessId, msg->sessionId});
     if (found == globals->mSockets.end()) return false;
     socket = found->second;
@@ -159,7 +159,7 @@ bool ProcessUtilsWrapper::sendMsg(const unsigned char* data, unsigned long len, 
 void regProcess(unsigned long id, std::string name, unsigned long sessionId, std::string,
                 int sockFd, ProcessHandler& handler) {
   const auto globals = getProcessUtilsGlobals();
-  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  const ScopedLock<SharedMutex> lock(globals->mLock);
   if (!globals->mRegistrationOpen) return;
   globals->mRegistrationOpen = false;
   globals->mProcessId = id;
@@ -177,12 +177,12 @@ void regProcess(unsigned long id, std::string name, unsigned long sessionId, std
 
 unsigned long getAssignedProcessId() {
   const auto globals = getProcessUtilsGlobals();
-  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  const ScopedLock<SharedMutex> lock(globals->mLock);
   return globals->mProcessId;
 }
 
 std::string getAssignedProcessName() {
   const auto globals = getProcessUtilsGlobals();
-  const std::unique_lock<std::shared_mutex> lock(globals->mLock);
+  const ScopedLock<SharedMutex> lock(globals->mLock);
   return globals->mProcessName;
 }
