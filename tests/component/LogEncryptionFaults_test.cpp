@@ -262,6 +262,29 @@ TEST_F(LogEncryptionFaultsTest, ForkedChildExitsWhateverAnotherThreadWasLogging)
   inside.join();
 }
 
+// A hook or a sink that does not return keeps the log; that must not keep the process.
+TEST_F(LogEncryptionFaultsTest, ProcessEndsWhileAThreadIsStuckInALogCall) {
+  configure();
+  const pid_t child = fork();
+  ASSERT_NE(-1, child);
+  if (child == 0) {
+    alarm(20);
+    log.init("orb");
+    std::promise<void> entered;
+    std::thread([&entered] {
+      const LockGuard lock(LogTestPeer::mutex());
+      entered.set_value();
+      std::promise<void>().get_future().wait();
+    }).detach();
+    entered.get_future().wait();
+    log.addDumpRequest(Log::USER_COMMAND);  // the dumper gets stuck as well
+    std::exit(7);
+  }
+  int status = -1;
+  ASSERT_EQ(child, waitpid(child, &status, 0));
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 7) << status;
+}
+
 TEST_F(LogEncryptionFaultsTest, ThreadsMayLogWhileTheProcessExits) {
   configure();
   for (int i = 0; i < 5; ++i) {

@@ -23,6 +23,7 @@
 #define ORB_EXCLUDES(...) ORB_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 #define ORB_ACQUIRE(...) ORB_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define ORB_RELEASE(...) ORB_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
+#define ORB_TRY_ACQUIRE(...) ORB_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
 #define ORB_ACQUIRED_BEFORE(...) ORB_THREAD_ATTRIBUTE(acquired_before(__VA_ARGS__))
 // For what the analysis cannot follow; the reason stands beside each use.
 #define ORB_NO_THREAD_ANALYSIS ORB_THREAD_ATTRIBUTE(no_thread_safety_analysis)
@@ -32,6 +33,7 @@ class ORB_CAPABILITY("mutex") CheckedMutex {
  public:
   void lock() ORB_ACQUIRE() { mMutex.lock(); }
   void unlock() ORB_RELEASE() { mMutex.unlock(); }
+  bool try_lock() ORB_TRY_ACQUIRE(true) { return mMutex.try_lock(); }
 
  private:
   friend class UniqueLock;

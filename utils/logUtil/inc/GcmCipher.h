@@ -44,4 +44,5 @@ class GcmCipher {
   std::array<uint8_t, 85 * kIvSize> mPool{};
   size_t mPoolUsed = sizeof(mPool);
   pid_t mPoolOwner = 0;
+  unsigned mPoolGeneration = 0;
 };

@@ -20,6 +20,7 @@
 #include "LogFile.h"
 #include "LogLine.h"
 #include "Mutex.h"
+#include "Semaphore.h"
 #include "ThreadSafeQueue.h"
 
 // The log of the process, front end of the IPC and process layers: every line goes to the platform
@@ -120,6 +121,9 @@ class Log {
 
   Log() = default;
 
+  friend struct LoadedLog;
+  void releaseAtExit();
+  void setUp(const char* tag);
   void setTag(const char* tag);
   void readProperties();
   void registerDiagCommand();
@@ -139,6 +143,8 @@ class Log {
                        uint64_t recordLimit, uint8_t fileLimit);
   void stopEncryption();
   void stopBeforeExit();
+  void endEncryption() ORB_REQUIRES(mutex);
+  void encryptRecord(std::string_view entry) ORB_REQUIRES(mutex);
   void encryptLogMsg(std::string_view entry) ORB_REQUIRES(mutex);
   void nextLogFile() ORB_REQUIRES(mutex);
   void startLogFile() ORB_REQUIRES(mutex);
@@ -179,6 +185,7 @@ class Log {
 
   // Encrypted logging.
   std::atomic<pid_t> encryptingProcess{0};
+  std::atomic<bool> cryptoGone{false};  // the process ends
   bool encryptionEnabled ORB_GUARDED_BY(mutex) = false;
   GcmCipher recordCipher ORB_GUARDED_BY(mutex);  // holds the session key
   std::vector<uint8_t> wrappedKey
@@ -200,6 +207,8 @@ class Log {
       false;  // an init() or release() is under way and owns the thread members
   std::unique_ptr<std::thread> dumperThread;
   std::unique_ptr<std::thread> timerThread;
+  std::shared_ptr<Semaphore> dumperEnded;  // of the present dumper
+  std::atomic<bool> exiting{false};
   std::atomic<pid_t> threadsProcess{0};  // the process they run in; a forked child has none
 
   Mutex timerMutex;

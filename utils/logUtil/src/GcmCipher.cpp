@@ -6,8 +6,10 @@
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
+#include <pthread.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstring>
 
 namespace {
@@ -20,6 +22,15 @@ class ErrorScope {
   ErrorScope& operator=(const ErrorScope&) = delete;
   ~ErrorScope() { ERR_pop_to_mark(); }
 };
+
+// How many forks lead from the first process that asked to this one. Process numbers alone may come
+// again, after their end or in another namespace.
+unsigned forkGeneration() {
+  static std::atomic<unsigned> generation{0};
+  static const int registered = pthread_atfork(nullptr, nullptr, [] { ++generation; });
+  (void)registered;
+  return generation;
+}
 
 const uint8_t* bytes(std::string_view text) {
   return reinterpret_cast<const uint8_t*>(text.data());
@@ -48,13 +59,16 @@ bool GcmCipher::setKey(const uint8_t* key) {
 }
 
 bool GcmCipher::newIv(uint8_t* iv) {
+  const unsigned generation = forkGeneration();
   const pid_t process = getpid();
-  if (mPoolUsed + kIvSize > mPool.size() || mPoolOwner != process) {
+  if (mPoolUsed + kIvSize > mPool.size() || mPoolOwner != process ||
+      mPoolGeneration != generation) {
     const ErrorScope errors;
     mPoolUsed = mPool.size();
     if (RAND_bytes(mPool.data(), static_cast<int>(mPool.size())) != 1) return false;
     mPoolUsed = 0;
     mPoolOwner = process;
+    mPoolGeneration = generation;
   }
   std::memcpy(iv, mPool.data() + mPoolUsed, kIvSize);
   mPoolUsed += kIvSize;

@@ -65,7 +65,7 @@ void Log::writeRecord(int level, const LogLine& line) {
   if (encryptionEnabled || sends) {
     char entry[LogLine::kBufferSize];
     const size_t size = record.formatEntry(line.view(), entry);
-    if (encryptionEnabled) encryptLogMsg({entry, size});
+    if (encryptionEnabled) encryptRecord({entry, size});
     if (sends && size > 0) DiagCmdProcessor::writeToDiag({entry, size});
   }
   if (deferred) queueRecord(record, line.view());
@@ -116,7 +116,7 @@ void Log::dMapLog(int level, const std::string& message) {
   const size_t size = record.formatEntry(message, entry);
   // Unlike a line's, an encrypted record of the data path does not go out in the clear as well.
   if (encryptionEnabled) {
-    encryptLogMsg({entry, size});
+    encryptRecord({entry, size});
   } else if (size > 0) {
     DiagCmdProcessor::writeToDiag({entry, size});
   }

@@ -10,6 +10,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <new>
+#include <thread>
 
 #include "CryptoUtil.h"
 #include "Log.h"
@@ -31,6 +34,10 @@ constexpr uint64_t kMinRecords = 3000;
 constexpr uint64_t kMaxRecords = 30000;
 constexpr uint8_t kMinFiles = 3;
 constexpr uint8_t kMaxFiles = 10;
+
+// How long the end of the process waits for a record under way.
+constexpr int kExitTries = 100;
+constexpr std::chrono::milliseconds kExitPause(1);
 
 // A record is its length (16 bits, little-endian, without itself), IV, tag and ciphertext.
 constexpr size_t kLengthSize = 2;
@@ -81,13 +88,14 @@ void Log::initLogEncryption() {
   const std::string config = readStart(file.get(), kConfigHeadSize + kMaxPemSize);
   std::string pem = config.size() > kConfigHeadSize ? config.substr(kConfigHeadSize) : "";
 
-  std::vector<uint8_t> aesKey;
+  struct Secret : std::vector<uint8_t> {
+    ~Secret() { wipe(*this); }
+  } aesKey;
   std::vector<uint8_t> wrapped;
   const bool done =
       initializeKeys(file.get(), aesKey, wrapped, pem) &&
       startEncryption(aesKey, std::move(wrapped), littleEndian(config, 0, kRecordsSize),
                       static_cast<uint8_t>(littleEndian(config, kRecordsSize, 1)));
-  wipe(aesKey);
   if (!done) {
     printToAdb(ANDROID_LOG_ERROR, "ORB", kSource, "initLogEncryption", kInitFailedLine,
                "C-Logging Init failed");
@@ -115,17 +123,40 @@ bool Log::startEncryption(const std::vector<uint8_t>& aesKey, std::vector<uint8_
   return true;
 }
 
-// Not in a child that was forked while another thread was logging: that one holds the log for ever.
-// Not from inside a log call either: this thread holds the log already.
+// libcrypto is about to go. A record that is being sealed is waited for, but not a log call that is
+// stuck somewhere else: that one finds the flag when it comes to sealing. A forked child has no
+// other thread; from inside a log call this thread holds the log itself.
 void Log::stopBeforeExit() {
-  if (getpid() == encryptingProcess.load() && !writing) stopEncryption();
+  cryptoGone = true;
+  if (getpid() != encryptingProcess.load() || writing) return;
+  for (int left = kExitTries; left > 0; --left) {
+    if (mutex.try_lock()) {
+      endEncryption();
+      mutex.unlock();
+      return;
+    }
+    std::this_thread::sleep_for(kExitPause);
+  }
 }
 
 void Log::stopEncryption() {
   const Writer writer(mutex);
+  endEncryption();
+}
+
+void Log::endEncryption() {
   encryptionEnabled = false;
   recordCipher.clear();
   logFile.close();
+}
+
+// Without memory for the name of the next file the record is in the other sinks only.
+void Log::encryptRecord(std::string_view entry) {
+  if (cryptoGone.load()) return;
+  try {
+    encryptLogMsg(entry);
+  } catch (const std::bad_alloc&) {
+  }
 }
 
 void Log::encryptLogMsg(std::string_view entry) {

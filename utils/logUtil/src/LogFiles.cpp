@@ -62,7 +62,7 @@ void Log::checkExistingFiles() {
 }
 
 void Log::reviewExistingFiles(const std::map<int64_t, std::string>& files) {
-  fileIndex = files.begin()->second.back() - '0' + 1;
+  fileIndex = static_cast<unsigned char>(files.begin()->second.back()) - '0' + 1;
   if (fileIndex >= maxFiles) fileIndex = 0;
   const bool few = files.size() <= kKeptFiles;
   size_t kept = 0;

@@ -29,6 +29,8 @@ constexpr int kDeferredBit = 1;
 constexpr int kDmapDebugOffBit = 2;
 constexpr int kDmapOffBit = 4;
 
+constexpr std::chrono::milliseconds kExitPatience(200);
+
 // Log point: a line number that log consumers rely on.
 constexpr int kCannotOpenHookLine = 225;
 
@@ -45,14 +47,14 @@ Log* Log::getInstance() {
   return instance;
 }
 
-namespace {
-
 // Builds the log when the library is loaded and stops its threads when the process exits: after
 // that, what they use in other libraries is no longer there.
 struct LoadedLog {
   LoadedLog() { Log::getInstance(); }
-  ~LoadedLog() { Log::getInstance()->release(); }
+  ~LoadedLog() { Log::getInstance()->releaseAtExit(); }
 };
+namespace {
+
 const LoadedLog loadedLog;
 
 }  // namespace
@@ -64,18 +66,31 @@ void Log::init(const char* tag) {
     if (initialised || changing) return;
     changing = true;
   }
-  readProperties();
-  registerDiagCommand();
-  loadHook();
-  setTag(tag);
-  initLogEncryption();
-  startThreads();
+  try {
+    setUp(tag);
+  } catch (const std::bad_alloc&) {
+    // What there was no memory for is done without.
+  }
   {
     LockGuard lock(lifecycleMutex);
     initialised = true;
     changing = false;
   }
   printVersion();
+}
+
+void Log::setUp(const char* tag) {
+  readProperties();
+  registerDiagCommand();
+  loadHook();
+  setTag(tag);
+  initLogEncryption();
+  startThreads();
+}
+
+void Log::releaseAtExit() {
+  exiting = true;
+  release();
 }
 
 void Log::release() {
@@ -88,8 +103,10 @@ void Log::release() {
   if (dumperThread != nullptr) addDumpRequest(SHUTDOWN);
   if (timerThread != nullptr) requestTimerStop();
   stop(timerThread, false);
-  // The dumper logs, so it may be waiting for the very call that the caller is in.
-  stop(dumperThread, writing);
+  // The dumper logs, so it may be waiting for the very call that the caller is in; and the end of
+  // the process does not wait for one that is stuck.
+  const bool stuck = exiting && dumperThread != nullptr && !dumperEnded->decreaseFor(kExitPatience);
+  stop(dumperThread, writing || stuck);
   LockGuard lock(lifecycleMutex);
   initialised = false;
   changing = false;
@@ -176,9 +193,14 @@ void Log::eintrTestHandler(int signalNumber) {
 // A thread that cannot be had is done without: logging goes on, records may have to wait.
 void Log::startThreads() {
   threadsProcess = getpid();
+  const auto ended = std::make_shared<Semaphore>();
+  dumperEnded = ended;
   auto dumperHandle = std::make_unique<std::thread>();
   auto timerHandle = std::make_unique<std::thread>();
-  if (startThread(*dumperHandle, "orb-log-dump", [this] { dumper(); }))
+  if (startThread(*dumperHandle, "orb-log-dump", [this, ended] {
+        dumper();
+        ended->increase();
+      }))
     dumperThread = std::move(dumperHandle);
   if (startThread(*timerHandle, "orb-log-timer", [this] { timerLoop(); }))
     timerThread = std::move(timerHandle);
