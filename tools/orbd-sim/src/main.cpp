@@ -16,6 +16,7 @@
 #include <string>
 
 #include "orbsim/Daemon.h"
+#include "orbsim/Faults.h"
 
 namespace {
 
@@ -31,15 +32,21 @@ const char kHelp[] =
     "  -i, --interval MS    Send a report, or play a step of a handoff, every MS milliseconds to\n"
     "                       clients that asked for it; 0 for none. [Default: 500]\n"
     "  -S, --seed N         Start the models of link and handoffs from N. [Default: 1]\n"
+    "  -f, --faults LIST    Misbehave as the words of LIST say, separated by commas; see below.\n"
     "  -q, --quiet          Log nothing.\n"
     "  -h, --help           Print this text and exit.\n"
     "\n"
+    "Faults, for an application's error paths; any may be combined:\n";
+const char kHelpEnd[] =
+    "\n"
     "SIGINT and SIGTERM end it.\n"
     "Exit status: 0 ended by a signal, 1 the socket cannot be served, 2 wrong arguments.\n"
-    "Example: orbd-sim --interval 100 --seed 7\n";
+    "Examples: orbd-sim --interval 100 --seed 7\n"
+    "          orbd-sim --faults silent,connections=1\n";
 
 struct Arguments {
   orbsim::Options options;
+  orbsim::Faults faults;
   bool quiet = false;
 };
 
@@ -53,13 +60,16 @@ bool parseNumber(const char* text, unsigned long long limit, unsigned long long&
 
 // The exit status when the program is to end now, -1 when it is to go on.
 int parseArguments(int argc, char** argv, Arguments& arguments) {
-  static const option kOptions[] = {
-      {"socket", required_argument, nullptr, 's'}, {"interval", required_argument, nullptr, 'i'},
-      {"seed", required_argument, nullptr, 'S'},   {"quiet", no_argument, nullptr, 'q'},
-      {"help", no_argument, nullptr, 'h'},         {nullptr, 0, nullptr, 0}};
+  static const option kOptions[] = {{"socket", required_argument, nullptr, 's'},
+                                    {"interval", required_argument, nullptr, 'i'},
+                                    {"seed", required_argument, nullptr, 'S'},
+                                    {"faults", required_argument, nullptr, 'f'},
+                                    {"quiet", no_argument, nullptr, 'q'},
+                                    {"help", no_argument, nullptr, 'h'},
+                                    {nullptr, 0, nullptr, 0}};
   unsigned long long number = 0;
   int choice = 0;
-  while ((choice = getopt_long(argc, argv, "s:i:S:qh", kOptions, nullptr)) != -1) {
+  while ((choice = getopt_long(argc, argv, "s:i:S:f:qh", kOptions, nullptr)) != -1) {
     switch (choice) {
       case 's':
         arguments.options.socketPath = optarg;
@@ -78,11 +88,19 @@ int parseArguments(int argc, char** argv, Arguments& arguments) {
         }
         arguments.options.seed = number;
         break;
+      case 'f': {
+        std::string error;
+        if (!arguments.faults.parse(optarg, error)) {
+          std::fprintf(stderr, "orbd-sim: --faults: %s\n", error.c_str());
+          return kExitUsage;
+        }
+        break;
+      }
       case 'q':
         arguments.quiet = true;
         break;
       case 'h':
-        std::fputs(kHelp, stdout);
+        std::printf("%s%s%s", kHelp, orbsim::Faults::kHelp, kHelpEnd);
         return EXIT_SUCCESS;
       default:
         return kExitUsage;  // getopt_long has said why
@@ -125,10 +143,12 @@ int main(int argc, char** argv) {
   signal(SIGPIPE, SIG_IGN);
 
   orbsim::Daemon daemon(arguments.options);
+  arguments.faults.prepare(daemon);
   if (!daemon.start()) {
     std::fprintf(stderr, "orbd-sim: %s\n", daemon.error().c_str());
     return kExitFailed;
   }
+  arguments.faults.apply(daemon);
   int signal = 0;
   while (sigwait(&ending, &signal) != 0) {
   }

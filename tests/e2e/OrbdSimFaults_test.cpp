@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// The daemon stand-in that misbehaves on purpose, as an application sees it through the library.
+#include <gtest/gtest.h>
+
+#include "Application.h"
+#include "RecordingPlatform.h"
+#include "orbsim/Daemon.h"
+#include "orbsim/Faults.h"
+
+using namespace application;
+
+namespace {
+
+class OrbdSimFaults : public testing::Test {
+ protected:
+  void TearDown() override {
+    orb_lce_disable();
+    mDaemon.stop();
+    state().clear();
+    recording::clear();
+  }
+  void startWith(const std::string& list) {
+    orbsim::Faults faults;
+    std::string error;
+    ASSERT_TRUE(faults.parse(list, error)) << error;
+    faults.prepare(mDaemon);
+    ASSERT_TRUE(mDaemon.start()) << mDaemon.error();
+    faults.apply(mDaemon);
+  }
+  static bool waitForLine(const std::string& tail) {
+    return recording::waitFor(
+        [&](const recording::Line& line) { return line.text.find(tail) != std::string::npos; });
+  }
+  void expectDownThenUp() {
+    EXPECT_TRUE(state().waitFor(Event::Status, STATUS_SERVICE_DOWN));
+    ASSERT_EQ(1, orb_lce_enable(onStatus));
+    EXPECT_TRUE(state().waitFor(Event::Status, STATUS_SUCCESS));
+  }
+  orbsim::Daemon mDaemon;
+};
+
+class OrbdSimHandshakeFaults : public OrbdSimFaults,
+                               public testing::WithParamInterface<const char*> {};
+
+TEST_P(OrbdSimHandshakeFaults, EndInServiceDownAndTheNextConnectionWorks) {
+  startWith(std::string(GetParam()) + ",connections=1");
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  expectDownThenUp();
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, OrbdSimHandshakeFaults,
+                         testing::Values("half-record", "wrong-id", "die-after-init",
+                                         "die-after-response"),
+                         [](const auto& fault) {
+                           std::string name;
+                           for (const char* c = fault.param; *c != '\0'; ++c) {
+                             if (*c != '-') name += *c;
+                           }
+                           return name;
+                         });
+
+TEST_F(OrbdSimFaults, SilentDaemonSaysNothing) {
+  startWith("silent");
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_TRUE(mDaemon.waitForConnections(1));
+  EXPECT_EQ(1, orb_lce_disable());
+  EXPECT_TRUE(mDaemon.waitForConnectionsClosed(1));
+  EXPECT_EQ(0u, state().total());
+}
+
+TEST_F(OrbdSimFaults, StopAfterInitGetsTheAnswerAndNothingFollows) {
+  startWith("stop-after-init");
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  EXPECT_TRUE(waitForLine("Sending HANDSHAKE_RESP"));
+  EXPECT_EQ(1, orb_lce_disable());
+  EXPECT_TRUE(mDaemon.waitForConnectionsClosed(1));
+}
+
+TEST_F(OrbdSimFaults, RefusedConnectionsAreTriedAgain) {
+  startWith("refuse");
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  EXPECT_TRUE(waitForLine("Connect ret: -1"));
+}
+
+TEST_F(OrbdSimFaults, ConnectionsThatAreNotAcceptedStayInTheBacklog) {
+  startWith("no-accept");
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  EXPECT_TRUE(waitForLine("Connect ret: 0"));
+  EXPECT_EQ(0u, mDaemon.totals().connections);
+}
+
+TEST_F(OrbdSimFaults, NothingIsRead) {
+  startWith("no-read");
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_TRUE(mDaemon.waitForSessions(1));
+  EXPECT_TRUE(waitForLine("send: length: "));
+  EXPECT_EQ(0u, mDaemon.totals().frames);
+}
+
+TEST_F(OrbdSimFaults, NoAnswerComes) {
+  startWith("no-answer");
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  EXPECT_TRUE(mDaemon.waitForFrames(1));
+  EXPECT_EQ(0u, state().total());
+}
+
+TEST_F(OrbdSimFaults, GarbageReadsAsAStatusWithoutData) {
+  startWith("garbage");
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  EXPECT_TRUE(waitForLine("Status IND message data not filled"));
+}
+
+TEST_F(OrbdSimFaults, CutFrameEndsTheConnection) {
+  startWith("cut-frame,connections=1");
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  expectDownThenUp();
+}
+
+TEST_F(OrbdSimFaults, ConnectionIsClosedAfterSoManyFrames) {
+  startWith("close-after=2,connections=1");
+  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_TRUE(state().waitFor(Event::Status, STATUS_SUCCESS));
+  state().clear();
+  ASSERT_EQ(0, lceGetLastEstimationReport(onReport));
+  expectDownThenUp();
+}
+
+TEST(OrbdSimFaultList, WrongWordsAreNamedAndChangeNothing) {
+  orbsim::Faults faults;
+  std::string error;
+  EXPECT_FALSE(faults.parse("silent,loud", error));
+  EXPECT_EQ("no such fault: loud", error);
+  EXPECT_FALSE(faults.parse("", error));
+  EXPECT_FALSE(faults.parse("close-after", error));
+  EXPECT_EQ("not a number from 1: close-after", error);
+  EXPECT_FALSE(faults.parse("close-after=0", error));
+  EXPECT_FALSE(faults.parse("close-after=-1", error));
+  EXPECT_FALSE(faults.parse("silent=1", error));
+  EXPECT_EQ("takes no number: silent=1", error);
+  EXPECT_TRUE(faults.parse("silent,connections=3", error));
+}
+
+}  // namespace

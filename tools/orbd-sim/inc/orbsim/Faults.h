@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "orbsim/Daemon.h"
+
+namespace orbsim {
+
+// A daemon that misbehaves as a list of words says, for developers who want to see their error
+// paths run. The words are independent of each other; kHelp lists them. Set up once by the owner of
+// a daemon and then not needed any more: the daemon keeps what it was told.
+class Faults {
+ public:
+  static const char kHelp[];
+
+  // Reads "word[=number],...". False with a message when a word is unknown or its number is
+  // missing, superfluous or out of range; nothing is changed then.
+  bool parse(const std::string& list, std::string& error);
+  // Before start(): a daemon with these faults.
+  void prepare(Daemon& daemon) const;
+  // After start(): what only a running daemon can do.
+  void apply(Daemon& daemon) const;
+
+ private:
+  enum class Handshake {
+    kProper,
+    kSilent,
+    kStopAfterInit,
+    kHalfRecord,
+    kWrongId,
+    kDieAfterInit,
+    kDieAfterResponse
+  };
+  enum class Answers { kProper, kNone, kGarbage, kCut };
+  struct Word;
+
+  static const Word kWords[];
+
+  static bool misbehave(Handshake how, int fd, uint32_t sessionId);
+
+  Handshake mHandshake = Handshake::kProper;
+  Answers mAnswers = Answers::kProper;
+  bool mRefuse = false;
+  bool mNoAccept = false;
+  bool mNoRead = false;
+  uint32_t mCloseAfter = 0;   // frames of a connection; 0 for never
+  uint32_t mConnections = 0;  // that the faults are for; 0 for all
+};
+
+}  // namespace orbsim

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#include "orbsim/Faults.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <mutex>
+
+#include "orbsim/Handshake.h"
+
+namespace orbsim {
+
+const char Faults::kHelp[] =
+    "  refuse               Nobody listens on the socket any more.\n"
+    "  no-accept            Connections are never accepted.\n"
+    "  silent               No handshake: nothing is said.\n"
+    "  stop-after-init      Nothing more after the first record of the handshake.\n"
+    "  half-record          Half of the first record, then the connection is closed.\n"
+    "  wrong-id             The last record names another session.\n"
+    "  die-after-init       Closed after the first record.\n"
+    "  die-after-response   Closed when the client has answered.\n"
+    "  no-read              What clients send is not read.\n"
+    "  no-answer            Requests are read, but not answered.\n"
+    "  garbage              Every request is answered with bytes that are no message.\n"
+    "  cut-frame            Every request is answered with a part of a frame, then the\n"
+    "                       connection is closed.\n"
+    "  close-after=N        A connection is closed after N frames.\n"
+    "  connections=N        The faults of a connection hit the first N only; later ones are\n"
+    "                       served properly.\n";
+
+struct Faults::Word {
+  const char* name;
+  bool takesNumber;
+  void (*set)(Faults& faults, uint32_t number);
+};
+
+const Faults::Word Faults::kWords[] = {
+    {"refuse", false, [](Faults& f, uint32_t) { f.mRefuse = true; }},
+    {"no-accept", false, [](Faults& f, uint32_t) { f.mNoAccept = true; }},
+    {"silent", false, [](Faults& f, uint32_t) { f.mHandshake = Handshake::kSilent; }},
+    {"stop-after-init", false,
+     [](Faults& f, uint32_t) { f.mHandshake = Handshake::kStopAfterInit; }},
+    {"half-record", false, [](Faults& f, uint32_t) { f.mHandshake = Handshake::kHalfRecord; }},
+    {"wrong-id", false, [](Faults& f, uint32_t) { f.mHandshake = Handshake::kWrongId; }},
+    {"die-after-init", false, [](Faults& f, uint32_t) { f.mHandshake = Handshake::kDieAfterInit; }},
+    {"die-after-response", false,
+     [](Faults& f, uint32_t) { f.mHandshake = Handshake::kDieAfterResponse; }},
+    {"no-read", false, [](Faults& f, uint32_t) { f.mNoRead = true; }},
+    {"no-answer", false, [](Faults& f, uint32_t) { f.mAnswers = Answers::kNone; }},
+    {"garbage", false, [](Faults& f, uint32_t) { f.mAnswers = Answers::kGarbage; }},
+    {"cut-frame", false, [](Faults& f, uint32_t) { f.mAnswers = Answers::kCut; }},
+    {"close-after", true, [](Faults& f, uint32_t number) { f.mCloseAfter = number; }},
+    {"connections", true, [](Faults& f, uint32_t number) { f.mConnections = number; }},
+};
+
+namespace {
+
+bool parseNumber(const std::string& text, uint32_t& number) {
+  if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos) return false;
+  errno = 0;
+  const unsigned long value = std::strtoul(text.c_str(), nullptr, 10);
+  if (errno != 0 || value == 0 || value > 1000000000) return false;
+  number = static_cast<uint32_t>(value);
+  return true;
+}
+
+// Says nothing until the client goes.
+void waitForHangUp(int fd) {
+  pollfd hangUp = {fd, POLLRDHUP, 0};
+  while (poll(&hangUp, 1, -1) < 0 && errno == EINTR) {
+  }
+}
+
+// Counts what happened on each session; shared by the copies of a hook.
+class Counter {
+ public:
+  uint32_t next(uint32_t key) {
+    const std::lock_guard<std::mutex> lock(mLock);
+    return ++mCounts[key];
+  }
+
+ private:
+  std::mutex mLock;
+  std::map<uint32_t, uint32_t> mCounts;
+};
+
+}  // namespace
+
+bool Faults::parse(const std::string& list, std::string& error) {
+  Faults read;
+  for (size_t start = 0; start <= list.size();) {
+    const size_t comma = std::min(list.find(',', start), list.size());
+    const std::string item = list.substr(start, comma - start);
+    start = comma + 1;
+    const size_t equals = std::min(item.find('='), item.size());
+    const std::string name = item.substr(0, equals);
+    const Word* found = nullptr;
+    for (const Word& word : kWords) {
+      if (name == word.name) found = &word;
+    }
+    if (found == nullptr) {
+      error = "no such fault: " + item;
+      return false;
+    }
+    uint32_t number = 0;
+    const bool hasNumber = equals < item.size();
+    if (hasNumber != found->takesNumber ||
+        (hasNumber && !parseNumber(item.substr(equals + 1), number))) {
+      error = (found->takesNumber ? "not a number from 1: " : "takes no number: ") + item;
+      return false;
+    }
+    found->set(read, number);
+  }
+  *this = read;
+  return true;
+}
+
+bool Faults::misbehave(Handshake how, int fd, uint32_t sessionId) {
+  HandshakeReply reply;
+  switch (how) {
+    case Handshake::kProper:
+      return performHandshake(fd, sessionId, reply);
+    case Handshake::kSilent:
+      waitForHangUp(fd);
+      return false;
+    case Handshake::kStopAfterInit:
+      sendHandshakeRecord(fd, kHandshakeInit, sessionId);
+      waitForHangUp(fd);
+      return false;
+    case Handshake::kHalfRecord:
+      (void)::send(fd, &kHandshakeInit, sizeof kHandshakeInit, MSG_NOSIGNAL);
+      return false;
+    case Handshake::kWrongId:
+      if (sendHandshakeRecord(fd, kHandshakeInit, sessionId) && readHandshakeReply(fd, reply)) {
+        sendHandshakeRecord(fd, kHandshakeComplete, sessionId + 1);
+        waitForHangUp(fd);
+      }
+      return false;
+    case Handshake::kDieAfterInit:
+      sendHandshakeRecord(fd, kHandshakeInit, sessionId);
+      return false;
+    case Handshake::kDieAfterResponse:
+      if (sendHandshakeRecord(fd, kHandshakeInit, sessionId)) readHandshakeReply(fd, reply);
+      return false;
+  }
+  return false;
+}
+
+void Faults::prepare(Daemon& daemon) const {
+  if (mNoAccept) daemon.setAccepting(false);
+  if (mNoRead) daemon.setReading(false);
+  const uint32_t affected = mConnections;
+  if (mHandshake != Handshake::kProper) {
+    const auto connections = std::make_shared<std::atomic<uint32_t>>(0);
+    daemon.setHandshake([=, how = mHandshake](int fd, uint32_t sessionId) {
+      const uint32_t number = ++*connections;
+      return misbehave(affected == 0 || number <= affected ? how : Handshake::kProper, fd,
+                       sessionId);
+    });
+  }
+  if (mAnswers == Answers::kProper && mCloseAfter == 0) return;
+  const auto frames = std::make_shared<Counter>();
+  daemon.setFrameHandler(
+      [=, answers = mAnswers, last = mCloseAfter](Session& session, const Frame& frame) {
+        // Sessions are numbered in the order of their connections.
+        if (affected != 0 && session.id() > affected) return false;
+        const uint32_t number = frames->next(session.id());
+        const Blob garbage(16, 0xff);
+        if (answers == Answers::kGarbage) session.sendBlob(frame.sdkType(), garbage);
+        if (answers == Answers::kCut) session.send(Blob(20, 0));
+        if (answers == Answers::kCut || (last != 0 && number >= last)) session.close();
+        return answers != Answers::kProper || (last != 0 && number >= last);
+      });
+}
+
+void Faults::apply(Daemon& daemon) const {
+  if (mRefuse) daemon.killListener();
+}
+
+}  // namespace orbsim
