@@ -30,6 +30,13 @@ int RAND_bytes(unsigned char* buffer, int size) {
   return randomFails ? 0 : real(buffer, size);
 }
 
+int EVP_RAND_generate(EVP_RAND_CTX* context, unsigned char* out, size_t size, unsigned strength,
+                      int resistance, const unsigned char* more, size_t moreSize) {
+  static const auto real =
+      reinterpret_cast<decltype(&EVP_RAND_generate)>(dlsym(RTLD_NEXT, "EVP_RAND_generate"));
+  return randomFails ? 0 : real(context, out, size, strength, resistance, more, moreSize);
+}
+
 int RSA_public_encrypt(int size, const unsigned char* from, unsigned char* to, RSA* key,
                        int padding) {
   using Function = int (*)(int, const unsigned char*, unsigned char*, RSA*, int);

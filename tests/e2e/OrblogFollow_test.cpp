@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "OrblogFiles.h"
 #include "OrblogRun.h"
@@ -68,6 +69,66 @@ TEST_F(OrblogFollow, HalfARecordIsWaitedFor) {
   appendFile(file, Bytes(record.begin() + 20, record.end()));
   ASSERT_TRUE(program.waitForOut("halved\n"));
   expectEnd(program, "first\nelsewhere\nhalved\n");
+}
+
+// What the library does on a full disk.
+TEST_F(OrblogFollow, RecordThatItsWriterTookBackIsForgotten) {
+  Orblog program(arguments(logs.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  const uintmax_t whole = fs::file_size(file);
+  Bytes record = sealer.record("taken back");
+  record.resize(20);
+  appendFile(file, record);
+  writeFile(logs / "orb_log_p0_01", header);
+  add(logs / "orb_log_p0_01", "half was seen");
+  ASSERT_TRUE(program.waitForOut("half was seen\n"));
+  fs::resize_file(file, whole);
+  add(logs / "orb_log_p0_01", "none was seen");
+  ASSERT_TRUE(program.waitForOut("none was seen\n"));
+  add(file, "second");
+  ASSERT_TRUE(program.waitForOut("second\n"));
+  expectEnd(program, "first\nhalf was seen\nnone was seen\nsecond\n");
+}
+
+TEST_F(OrblogFollow, RecordInThePlaceOfOneThatWasTakenBackIsRead) {
+  Orblog program(arguments(logs.string()));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  const uintmax_t whole = fs::file_size(file);
+  Bytes record = sealer.record("taken back");
+  record.resize(20);
+  appendFile(file, record);
+  writeFile(logs / "orb_log_p0_01", header);
+  add(logs / "orb_log_p0_01", "half was seen");
+  ASSERT_TRUE(program.waitForOut("half was seen\n"));
+  // It sees both at once.
+  program.signal(SIGSTOP);
+  fs::resize_file(file, whole);
+  add(file, "second");
+  program.signal(SIGCONT);
+  ASSERT_TRUE(program.waitForOut("second\n"));
+  expectEnd(program, "first\nhalf was seen\nsecond\n");
+}
+
+TEST_F(OrblogFollow, SignalEndsItWhenThereAreNoDescriptorsLeft) {
+  fs::create_directories(logs / "other");
+  for (int i = 10; i < 60; ++i) {
+    const fs::path more = logs / ("other/orb_log_p0_" + std::to_string(i));
+    writeFile(more, header);
+    add(more, "more");
+  }
+  rlimit before = {};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  rlimit few = before;
+  few.rlim_cur = 40;
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  Orblog program(arguments(logs.string()));
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+  ASSERT_TRUE(program.waitForErr("Too many open files\n"));
+  ASSERT_TRUE(program.waitForOut("first\n"));
+  add(file, "second");
+  ASSERT_TRUE(program.waitForOut("second\n"));
+  program.signal(SIGINT);
+  EXPECT_EQ(program.wait(), 0);
 }
 
 TEST_F(OrblogFollow, HalfARecordAtTheEndIsNoFault) {

@@ -83,6 +83,38 @@ TEST_F(OrblogKeygen, FailureLeavesNothingBehind) {
   EXPECT_FALSE(fs::exists(directory / "keys/orb_log_public.pem"));
 }
 
+TEST_F(OrblogKeygen, FailureHalfWayLeavesTheFormerFiles) {
+  fs::create_directories(directory / "keys/orb_log_config");
+  const auto expectFailure = [this] {
+    const Result result = keygen({"--bits", "2048", "--force"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "orblog: " + path("keys/orb_log_config") + ": Is a directory\n");
+  };
+  const auto names = [this] {
+    std::vector<std::string> all;
+    for (const auto& entry : fs::directory_iterator(directory / "keys"))
+      all.push_back(entry.path().filename());
+    std::sort(all.begin(), all.end());
+    return all;
+  };
+  expectFailure();
+  EXPECT_EQ(names(), std::vector<std::string>{"orb_log_config"});
+  writeFile(directory / "keys/orb_log_private.pem", {'o', 'l', 'd'});
+  writeFile(directory / "keys/orb_log_public.pem", {'p', 'u', 'b'});
+  expectFailure();
+  EXPECT_EQ(names(), (std::vector<std::string>{"orb_log_config", "orb_log_private.pem",
+                                               "orb_log_public.pem"}));
+  EXPECT_EQ(readFile(directory / "keys/orb_log_private.pem"), (Bytes{'o', 'l', 'd'}));
+  EXPECT_EQ(readFile(directory / "keys/orb_log_public.pem"), (Bytes{'p', 'u', 'b'}));
+}
+
+TEST_F(OrblogKeygen, ForceLeavesNothingOfTheFormerFiles) {
+  ASSERT_EQ(keygen().status, 0);
+  ASSERT_EQ(keygen({"--bits", "2048", "--force"}).status, 0);
+  const fs::directory_iterator entries(directory / "keys");
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 3);
+}
+
 TEST_F(OrblogKeygen, PrivateKeyCanBeEncrypted) {
   writeFile(directory / "pass", {'s', 'e', 's', 'a', 'm', 'e', '\n'});
   ASSERT_EQ(keygen({"--bits", "2048", "-p", path("pass")}).status, 0);

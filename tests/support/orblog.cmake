@@ -1,9 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 # What the tests of orblog have beyond other tests: the reader's library, the program, its man page,
-# and for writing log files an AES-GCM that is not the reader's own.
-find_package(PkgConfig REQUIRED)
-pkg_check_modules(GCRYPT REQUIRED IMPORTED_TARGET libgcrypt)
+# and for writing log files an AES-GCM that is not the reader's own. Where reference.cmake does without
+# that, there are none of these tests.
+if(NOT TARGET PkgConfig::GCRYPT)
+  return()
+endif()
 
 file(GLOB ORBLOG_TESTS ${CMAKE_CURRENT_LIST_DIR}/../unit/Orblog*_test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/../e2e/Orblog*_test.cpp)

@@ -32,6 +32,13 @@ Function* real(const char* name) {
 
 }  // namespace
 
+int EVP_RAND_generate(EVP_RAND_CTX* context, unsigned char* out, size_t size, unsigned strength,
+                      int resistance, const unsigned char* more, size_t moreSize) {
+  if (randomFails) return 0;
+  return real<decltype(EVP_RAND_generate)>("EVP_RAND_generate")(context, out, size, strength,
+                                                                resistance, more, moreSize);
+}
+
 int RAND_bytes(unsigned char* buffer, int size) {
   if (randomFails) {
     ERR_raise(ERR_LIB_RAND, 1);

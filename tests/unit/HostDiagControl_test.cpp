@@ -101,6 +101,27 @@ TEST_F(HostDiagControlTest, AFileIsEnoughForPacketsToBeWanted) {
   EXPECT_EQ("ok on, to standard error: 0 written, 0 dropped", ask(socket, "status"));
 }
 
+TEST_F(HostDiagControlTest, NothingInAPacketSteersATerminal) {
+  setenv("ORB_DIAG_FILE", "-", 1);
+  EXPECT_EQ("1E15 a?31m b?31m c??? gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x9B\xB0 ?\n",
+            printed([&] {
+              diag.put(
+                  "a\xC2\x9B"
+                  "31m b\x9B"
+                  "31m c\xE0\x82\x9B"
+                  " gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x9B\xB0 \xC3");
+            }));
+}
+
+TEST_F(HostDiagControlTest, NothingInAReplySteersATerminal) {
+  const std::string odd = directory / "\033[31m\xC2\x9B\x9B\x7F\xC3\xBC";
+  setenv("ORB_DIAG_FILE", odd.c_str(), 1);
+  EXPECT_NE(std::string::npos, ask(socket, "status").find(odd));
+  ASSERT_EQ(0, std::system((ORBDIAG " status >'" + file + "'").c_str()));
+  const std::string reply = readFile(file);
+  EXPECT_NE(std::string::npos, reply.find(directory / "?[31m???\xC3\xBC: ")) << reply;
+}
+
 TEST_F(HostDiagControlTest, PacketsAreLinesOnATerminal) {
   setenv("ORB_DIAG_FILE", "-", 1);
   EXPECT_EQ("1E15 first line\n00AB tab? escape?[31m\n", printed([&] {

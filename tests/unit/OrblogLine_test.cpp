@@ -126,6 +126,14 @@ TEST(OrblogText, C1ControlsAndBrokenUtf8AreEscaped) {
   EXPECT_EQ(terminalSafe("\xF4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");  // beyond the last
 }
 
+TEST(OrblogText, JsonHoldsNoControlCharacters) {
+  std::string out;
+  appendJson(out,
+             "\x7f\xC2\x80\xC2\x9B"
+             "31m\xC2\x9F\xC2\xA0");
+  EXPECT_EQ(out, "\"\\u007f\\u0080\\u009b31m\\u009f\xC2\xA0\"");
+}
+
 TEST(OrblogText, JsonStringsAreWellFormed) {
   std::string out;
   appendJson(out, "a\"b\\c\n\x7f\xC3\xBC\xFF");

@@ -102,6 +102,20 @@ TEST_F(OrblogParser, LengthBeyondTheFileIsSearchedPast) {
                               "readable again at offset 872"});
 }
 
+TEST_F(OrblogParser, LengthThatCannotBeIsNoCutRecordAtTheEndEither) {
+  for (const uint8_t length : {uint8_t{5}, uint8_t{255}}) {
+    Bytes file = headerOf(keyOf(1));
+    file += Bytes{length, length == 5 ? uint8_t{0} : uint8_t{255}, 0};
+    for (const size_t piece : {1u, 4096u}) {
+      out = {};
+      parse(file, piece);
+      EXPECT_EQ(findings(),
+                Texts{std::string("offset 512: record length ") + (length == 5 ? "5" : "65535") +
+                      " cannot be right (3 bytes); nothing readable follows"});
+    }
+  }
+}
+
 TEST_F(OrblogParser, LengthThatCoversTheNextRecordDoesNotHideIt) {
   Bytes file = threeRecords();
   file += sealer.record("fourth");
@@ -235,6 +249,40 @@ TEST_F(OrblogParser, SecondHeaderInAFileIsFollowed) {
   EXPECT_FALSE(hasProblem());
 }
 
+TEST_F(OrblogParser, SecondHeaderIsFollowedHoweverItComesInPieces) {
+  Bytes file = headerOf(keyOf(1));
+  file += sealer.record("mine");
+  const size_t offset = file.size();
+  file += headerOf(keyOf(2));
+  file += other.record("theirs");
+  for (const size_t piece : {1u, 300u, 511u}) {
+    ring = KeyRing();
+    out = {};
+    parse(file, piece);
+    EXPECT_EQ(texts(), (Texts{"mine", "theirs"})) << piece;
+    EXPECT_EQ(findings(), Texts{"offset " + std::to_string(offset) +
+                                ": another header begins here; reading on with its session key"})
+        << piece;
+  }
+}
+
+TEST_F(OrblogParser, WhatMayBecomeAHeaderDoesNotHoldUpGoodRecords) {
+  const size_t foreign = sizeof "foreign" - 1 + 30;
+  Bytes file = headerOf(keyOf(1));
+  file += other.record("foreign");
+  file += sealer.record("good");
+  for (const size_t piece : {1ul, 512 + foreign, file.size()}) {
+    out = {};
+    LogParser parser(ring, opener());
+    for (size_t at = 0; at < file.size(); at += piece)
+      parser.feed({file.data() + at, std::min(piece, file.size() - at)}, out);
+    EXPECT_EQ(texts(), Texts{"good"}) << piece;
+    EXPECT_EQ(findings(), Texts{"offset 512: a record of 37 bytes fails authentication; readable "
+                                "again at offset 549"})
+        << piece;
+  }
+}
+
 TEST_F(OrblogParser, RecordThatIsStillBeingWrittenIsWaitedFor) {
   const Bytes file = threeRecords();
   LogParser parser(ring, opener());
@@ -243,6 +291,36 @@ TEST_F(OrblogParser, RecordThatIsStillBeingWrittenIsWaitedFor) {
   parser.feed({file.data() + 1201, 1}, out);
   EXPECT_EQ(texts(), (Texts{first, second, third}));
   parser.finish(out);
+  EXPECT_TRUE(findings().empty());
+}
+
+TEST_F(OrblogParser, RecordInThePlaceOfOneThatWasTakenBackIsRead) {
+  const Bytes file = threeRecords();
+  LogParser parser(ring, opener());
+  parser.feed({file.data(), 1000}, out);
+  EXPECT_TRUE(parser.goBack(872));
+  EXPECT_EQ(parser.restart(), 872u);
+  const Bytes anew = sealer.record("anew");
+  parser.feed({anew.data(), anew.size()}, out);
+  parser.finish(out);
+  EXPECT_EQ(texts(), (Texts{first, second, "anew"}));
+  EXPECT_TRUE(findings().empty());
+  EXPECT_FALSE(parser.goBack(871));
+}
+
+TEST_F(OrblogParser, UnreadableBytesThatWereTakenBackAreForgotten) {
+  Bytes file = headerOf(keyOf(1));
+  file += sealer.record(first);
+  file += Bytes(1000, 0xFF);
+  LogParser parser(ring, opener());
+  parser.feed({file.data(), file.size()}, out);
+  EXPECT_GT(parser.restart(), 700u);
+  EXPECT_TRUE(parser.goBack(700));
+  EXPECT_EQ(parser.restart(), 642u);
+  const Bytes anew = sealer.record("anew");
+  parser.feed({anew.data(), anew.size()}, out);
+  parser.finish(out);
+  EXPECT_EQ(texts(), (Texts{first, "anew"}));
   EXPECT_TRUE(findings().empty());
 }
 
@@ -278,6 +356,47 @@ TEST_F(OrblogParser, WithoutSearchBudgetALengthThatCannotBeEndsTheReading) {
   EXPECT_EQ(texts(), Texts{first});
   EXPECT_EQ(findings(), Texts{"offset 642: record length 1 cannot be right (560 bytes); the search "
                               "for readable records was given up"});
+}
+
+TEST_F(OrblogParser, TrialsOfKeysThatDoNotFitAreChargedToTheBudget) {
+  Bytes file = headerOf(keyOf(1));
+  Texts all;
+  for (uint8_t key = 1; key <= 4; ++key) addKey(keyOf(key), "another file");
+  Sealer sealers[] = {Sealer(keyOf(1), 1), Sealer(keyOf(2), 2), Sealer(keyOf(3), 3),
+                      Sealer(keyOf(4), 4)};
+  for (size_t i = 0; i < 400; ++i) {
+    all.push_back(std::to_string(i));
+    file += sealers[i % 4].record(all.back());
+  }
+  parse(file);
+  EXPECT_EQ(texts(), all);
+  EXPECT_TRUE(findings().empty());
+
+  out = {};
+  LogParser parser(ring, opener());
+  parser.setSearchBudget(10000);
+  parser.feed({file.data(), file.size()}, out);
+  parser.finish(out);
+  EXPECT_GT(out.records.size(), 10u);
+  EXPECT_LT(out.records.size(), 300u);
+  EXPECT_TRUE(hasProblem());
+}
+
+TEST_F(OrblogParser, WithoutSearchBudgetTwoWritersInAFileAreRead) {
+  for (uint8_t key = 3; key <= 9; ++key) addKey(keyOf(key), "another file");
+  addKey(keyOf(2), "another file");
+  Bytes file = headerOf(keyOf(1));
+  Texts all;
+  for (size_t i = 0; i < 100; ++i) {
+    all.push_back(std::to_string(i));
+    file += (i % 2 == 0 ? sealer : other).record(all.back());
+  }
+  LogParser parser(ring, opener());
+  parser.setSearchBudget(3000);  // enough to find the second writer's key, once
+  parser.feed({file.data(), file.size()}, out);
+  parser.finish(out);
+  EXPECT_EQ(texts(), all);
+  EXPECT_TRUE(findings().empty());
 }
 
 TEST_F(OrblogParser, AHundredThousandRecordsAreRead) {

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "DiagText.h"
 #include "UniqueFd.h"
 
 namespace diaghost {
@@ -50,9 +51,10 @@ bool showOnTerminal(const uint8_t* packet, size_t size) {
   char head[8];
   std::snprintf(head, sizeof head, "%04X ", static_cast<unsigned>(packet[2] | packet[3] << 8));
   std::string line(head);
-  for (size_t i = kPacketHeaderSize + kReservedSize; i < size && packet[i] != '\0'; ++i) {
-    const bool control = packet[i] < ' ' || packet[i] == 0x7F;
-    line += control ? '?' : static_cast<char>(packet[i]);
+  constexpr size_t kStart = kPacketHeaderSize + kReservedSize;
+  if (size > kStart) {
+    const auto* const text = reinterpret_cast<const char*>(packet + kStart);
+    line += maskControls({text, strnlen(text, size - kStart)});
   }
   line += '\n';
   return writeWhole(STDERR_FILENO, line.data(), line.size());

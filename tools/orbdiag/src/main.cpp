@@ -16,6 +16,7 @@
 #include <cstring>
 #include <string>
 
+#include "DiagText.h"
 #include "UniqueFd.h"
 
 namespace {
@@ -138,6 +139,7 @@ int main(int argc, char** argv) {
   }
   const bool done = reply.compare(0, 3, "ok ") == 0;
   const std::string text = reply.substr(std::min(reply.find(' '), reply.size() - 1) + 1);
-  std::fprintf(done ? stdout : stderr, "%s%s\n", done ? "" : "orbdiag: ", text.c_str());
+  std::fprintf(done ? stdout : stderr, "%s%s\n",
+               done ? "" : "orbdiag: ", diaghost::maskControls(text).c_str());
   return done ? EXIT_SUCCESS : kExitFailed;
 }

@@ -54,9 +54,11 @@ Batch Decryption::read(Source& source) {
   Parsed parsed;
   const bool failedBefore = source.file->failed();
   uint64_t position = source.file->position();
-  while (source.file->readSome(parsed)) {
-    mConsole.advance(source.file->position() - position);
-    position = source.file->position();
+  bool more = true;
+  while (more) {
+    more = source.file->readSome(parsed);
+    const uint64_t former = std::exchange(position, source.file->position());
+    if (position > former) mConsole.advance(position - former);
   }
   if (!failedBefore && source.file->failed())
     mConsole.problem(source.file->path() + ": offset " + std::to_string(position) +

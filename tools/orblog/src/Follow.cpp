@@ -9,6 +9,7 @@
 
 #include <array>
 #include <csignal>
+#include <ctime>
 #include <filesystem>
 #include <system_error>
 
@@ -54,6 +55,12 @@ void takeEvents(int notifier) {
   }
 }
 
+// Whether one of these blocked signals has come, without a descriptor for them.
+bool hasCome(const sigset_t& signals) {
+  const timespec now = {0, 0};
+  return sigtimedwait(&signals, nullptr, &now) > 0;
+}
+
 }  // namespace
 
 bool follow(Decryption& decryption, const std::vector<std::string>& arguments) {
@@ -64,14 +71,17 @@ bool follow(Decryption& decryption, const std::vector<std::string>& arguments) {
   const UniqueFd signals(signalfd(-1, &ending, SFD_CLOEXEC));
   const UniqueFd notifier(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
   const bool blind = notifier.get() < 0;
+  // Many files may have taken all the descriptors that there are.
+  const bool deaf = signals.get() < 0;
   // poll passes over a descriptor that is -1.
   std::array<pollfd, 2> waited = {{{signals.get(), POLLIN, 0}, {notifier.get(), POLLIN, 0}}};
   while (true) {
     // First the watches, then the reading: what comes in between is seen by one of them.
     if (!blind) watchAll(notifier.get(), arguments);
     if (!decryption.readNew(arguments)) return false;
-    (void)poll(waited.data(), waited.size(), blind ? kLookIntervalBlindMs : kLookIntervalMs);
-    if (waited[0].revents != 0) break;
+    (void)poll(waited.data(), waited.size(),
+               blind || deaf ? kLookIntervalBlindMs : kLookIntervalMs);
+    if (waited[0].revents != 0 || (deaf && hasCome(ending))) break;
     if (waited[1].revents != 0) takeEvents(notifier.get());
   }
   decryption.finish();

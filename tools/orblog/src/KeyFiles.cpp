@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -34,10 +35,12 @@ ByteView contents(BIO* memory) {
   return {reinterpret_cast<const uint8_t*>(data), size < 0 ? 0 : static_cast<size_t>(size)};
 }
 
-// A file that takes its name only when it is complete; until then it goes when this goes.
+// A file that takes its name only when it is complete; until then it goes when this goes. The file
+// that had the name is kept until it is clear that all goes well.
 class NewFile {
  public:
-  NewFile(std::string path, mode_t mode) : mPath(std::move(path)), mPart(mPath + ".part") {
+  NewFile(std::string path, mode_t mode)
+      : mPath(std::move(path)), mPart(mPath + ".part"), mFormer(mPath + ".former") {
     (void)unlink(mPart.c_str());  // of a run that was killed
     mFd.reset(open(mPart.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
     mIsThere = note(mFd.get() >= 0);
@@ -56,9 +59,31 @@ class NewFile {
     return mIsThere && note(fsync(mFd.get()) == 0);
   }
   bool keep() {
-    if (!note(rename(mPart.c_str(), mPath.c_str()) == 0)) return false;
+    struct stat status = {};
+    const bool replaces = lstat(mPath.c_str(), &status) == 0;
+    if (replaces && S_ISDIR(status.st_mode)) {
+      mError = EISDIR;
+      return false;
+    }
+    if (replaces && !note(rename(mPath.c_str(), mFormer.c_str()) == 0)) return false;
+    mHasFormer = replaces;
+    if (!note(rename(mPart.c_str(), mPath.c_str()) == 0)) {
+      undo();
+      return false;
+    }
     mIsThere = false;
+    mIsKept = true;
     return true;
+  }
+  // As it was before keep().
+  void undo() {
+    if (mIsKept) (void)unlink(mPath.c_str());
+    if (mHasFormer) (void)rename(mFormer.c_str(), mPath.c_str());
+    mIsKept = mHasFormer = false;
+  }
+  void forgetFormer() {
+    if (mHasFormer) (void)unlink(mFormer.c_str());
+    mHasFormer = false;
   }
   std::string error() const { return mPath + ": " + std::strerror(mError); }
 
@@ -68,9 +93,11 @@ class NewFile {
     if (!succeeded) mError = errno;
     return succeeded;
   }
-  const std::string mPath, mPart;
+  const std::string mPath, mPart, mFormer;
   UniqueFd mFd;
   bool mIsThere = false;
+  bool mIsKept = false;
+  bool mHasFormer = false;
   int mError = 0;
 };
 
@@ -154,9 +181,11 @@ bool makeKeyFiles(const KeyFilesRequest& request, std::string& error) {
     failed = &configurationFile;
   } else {
     // The private key first: there is never a configuration for a key that nobody has.
-    for (NewFile* file : {&privateFile, &publicFile, &configurationFile}) {
+    const std::array<NewFile*, 3> files = {&privateFile, &publicFile, &configurationFile};
+    for (NewFile* file : files) {
       if (failed == nullptr && !file->keep()) failed = file;
     }
+    for (NewFile* file : files) failed == nullptr ? file->forgetFormer() : file->undo();
   }
   if (failed != nullptr) error = failed->error();
   return failed == nullptr;

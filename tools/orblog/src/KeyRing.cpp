@@ -41,15 +41,10 @@ bool KeyRing::openWith(const Entry& entry, ByteView sealed, std::string& text) {
          EVP_DecryptFinal_ex(context, plain + size, &size) == 1;
 }
 
-std::optional<size_t> KeyRing::open(ByteView sealed, size_t likely, std::string& text) {
-  if (sealed.size >= kSealSize) {
-    if (likely < mEntries.size() && openWith(mEntries[likely], sealed, text)) return likely;
-    for (size_t i = 0; i < mEntries.size(); ++i) {
-      if (i != likely && openWith(mEntries[i], sealed, text)) return i;
-    }
-  }
+bool KeyRing::opens(size_t number, ByteView sealed, std::string& text) const {
+  if (sealed.size >= kSealSize && openWith(mEntries[number], sealed, text)) return true;
   text.clear();  // whatever came out of it is not authentic
-  return std::nullopt;
+  return false;
 }
 
 }  // namespace orblog

@@ -120,23 +120,27 @@ void LogSource::primeKey() {
 
 bool LogSource::readSome(Parsed& out) {
   if (mFailed) return false;
+  mPosition = mParser.restart();
   std::array<uint8_t, kPieceSize> piece;
-  ssize_t size = 0;
-  do {
-    size = pread(mFd.get(), piece.data(), piece.size(), static_cast<off_t>(mPosition));
-  } while (size < 0 && errno == EINTR);
+  size_t filled = 0;
+  ssize_t size = 1;
+  while (filled < piece.size() && size > 0) {
+    size = pread(mFd.get(), piece.data() + filled, piece.size() - filled,
+                 static_cast<off_t>(mPosition + filled));
+    if (size > 0) filled += static_cast<size_t>(size);
+    if (size < 0 && errno == EINTR) size = 1;
+  }
   mFailed = size < 0;
-  if (size <= 0) return false;
-  mPosition += static_cast<uint64_t>(size);
-  mParser.feed({piece.data(), static_cast<size_t>(size)}, out);
-  return true;
+  mPosition += filled;
+  mParser.feed({piece.data(), filled}, out);
+  return filled == piece.size();
 }
 
-bool LogSource::isCurrent() const {
+bool LogSource::isCurrent() {
   struct stat named = {};
   const struct stat held = status();
   return stat(mPath.c_str(), &named) == 0 && named.st_dev == held.st_dev &&
-         named.st_ino == held.st_ino && static_cast<uint64_t>(held.st_size) >= mPosition;
+         named.st_ino == held.st_ino && mParser.goBack(static_cast<uint64_t>(held.st_size));
 }
 
 }  // namespace orblog

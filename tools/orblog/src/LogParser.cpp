@@ -18,6 +18,9 @@ constexpr uint64_t kSearchBudget = uint64_t{512} << 20;
 // Lengths that no writer gives are believed only so often: each wrong one costs 64 KiB.
 constexpr uint64_t kLongBudget = uint64_t{256} << 20;
 constexpr uint64_t kAttemptCost = 256;  // an attempt costs as much as so many bytes, and its bytes
+// So many keys are tried with every record, whatever is left of the budget: two processes may take
+// turns in a file.
+constexpr size_t kFreeTrials = 2;
 // Each costs a private key operation, so a file gets only a few beyond its own.
 constexpr int kHeaderAttempts = 8;
 
@@ -36,6 +39,22 @@ void LogParser::feed(ByteView bytes, Parsed& out) {
 }
 
 void LogParser::finish(Parsed& out) { process(true, out); }
+
+uint64_t LogParser::restart() {
+  mBuffer.clear();
+  return mBase;
+}
+
+bool LogParser::goBack(uint64_t size) {
+  if (size >= mBase) return true;
+  if (!mGap || size < mGap->first) return false;
+  mBuffer.clear();
+  mBase = mGap->first;
+  const bool silent = mGap->silent;
+  mGap.reset();
+  if (silent) openSilentGap(mBase);
+  return true;
+}
 
 void LogParser::process(bool final, Parsed& out) {
   if (mHeaderRead || readHeader(final, out)) {
@@ -60,7 +79,7 @@ bool LogParser::readHeader(bool final, Parsed& out) {
         std::all_of(field.data, field.data + kHeaderSize, [](uint8_t byte) { return byte == 0; });
     const std::optional<size_t> key = zero || !mOpener ? std::nullopt : mOpener(field);
     if (key) {
-      mKey = *key;
+      prefer(*key);
       mPosition = kHeaderSize;
       return mHeaderRead = true;
     }
@@ -85,7 +104,7 @@ bool LogParser::readHeader(bool final, Parsed& out) {
   }
   Finding finding;
   finding.kind = Finding::Kind::NoHeader;
-  finding.origin = mKeys.origin(mKey);
+  finding.origin = mKeys.origin(mOrder.front());
   out.findings.push_back(finding);
   return mHeaderRead = true;
 }
@@ -97,10 +116,15 @@ void LogParser::takeUnreadableHeader(bool zero, Parsed& out) {
   finding.kind = zero ? Finding::Kind::HeaderZero : Finding::Kind::HeaderUnreadable;
   finding.end = kHeaderSize;
   out.findings.push_back(finding);
+  openSilentGap(zero ? kHeaderSize : 1);
+}
+
+void LogParser::openSilentGap(uint64_t first) {
   Gap gap;
   gap.silent = true;
   gap.declared = kHeaderSize;
-  gap.next = zero ? kHeaderSize : 1;
+  gap.first = first;
+  gap.next = first;
   mGap = gap;
 }
 
@@ -116,13 +140,26 @@ LogParser::Outcome LogParser::attempt(uint64_t at) {
   if (end() - at < size) return Outcome::Short;
   uint64_t& budget = sealed > kLongestSeal ? mLongBudget : mBudget;
   if (sealed > kLongestSeal && budget == 0) return Outcome::Failed;
-  const std::optional<size_t> key = mKeys.open(view(at + kLengthSize, sealed), mKey, mText);
-  if (key) {
-    mKey = *key;
-    return Outcome::Opened;
+  learnKeys();
+  for (size_t i = 0; i < mOrder.size() && (i < kFreeTrials || budget > 0); ++i) {
+    if (mKeys.opens(mOrder[i], view(at + kLengthSize, sealed), mText)) {
+      prefer(mOrder[i]);
+      return Outcome::Opened;
+    }
+    budget -= std::min<uint64_t>(budget, size + kAttemptCost);
   }
-  budget -= std::min<uint64_t>(budget, mKeys.size() * (size + kAttemptCost));
   return Outcome::Failed;
+}
+
+// The ring grows with the headers of this file and of others.
+void LogParser::learnKeys() {
+  while (mOrder.size() < mKeys.size()) mOrder.push_back(mOrder.size());
+}
+
+void LogParser::prefer(size_t key) {
+  learnKeys();
+  const auto place = std::find(mOrder.begin(), mOrder.end(), key);
+  std::rotate(mOrder.begin(), place, place + 1);
 }
 
 void LogParser::emit(uint64_t at, Parsed& out) {
@@ -150,6 +187,7 @@ bool LogParser::readRecord(bool final, Parsed& out) {
 void LogParser::openGap(Outcome fault) {
   Gap gap;
   gap.start = mPosition;
+  gap.first = gap.start;
   gap.next = gap.start;
   gap.declared = gap.start;
   gap.fault = fault;
@@ -163,32 +201,35 @@ bool LogParser::isPlausible(uint64_t at) const {
   return size >= kLengthSize + kSealSize && size <= kLengthSize + kLongestSeal;
 }
 
+bool LogParser::mayBeHeader(uint64_t at) const {
+  return mOpener && mHeaderAttempts > 0 && at == mGap->declared && at != mGap->noHeader;
+}
+
 bool LogParser::takeHeader(uint64_t at) {
-  if (!mOpener || mHeaderAttempts == 0 || end() - at < kHeaderSize) return false;
+  if (!mayBeHeader(at) || end() - at < kHeaderSize) return false;
   --mHeaderAttempts;
+  mGap->noHeader = at;
   const std::optional<size_t> key = mOpener(view(at, kHeaderSize));
-  if (key) mKey = *key;
+  if (key) prefer(*key);
   return key.has_value();
 }
 
-// Every place is tried at which a record may begin: the length of the one that failed may be what is
-// damaged, and to trust it could mean to skip good records. True when reading goes on; false when
-// there is nothing more for now.
+// Every place is tried at which a record may begin: the length of the one that failed may be what
+// is damaged, and to trust it could mean to skip good records. True when reading goes on; false
+// when there is nothing more for now.
 bool LogParser::search(bool final, Parsed& out) {
-  uint64_t incomplete = kNowhere;  // the first place that more bytes may make a record
+  uint64_t incomplete = kNowhere;  // the first place that more bytes may make a record or a header
   while (mGap->next < end()) {
     const uint64_t at = mGap->next;
-    const bool declared = at == mGap->declared;
-    if (declared || (mBudget > 0 && isPlausible(at))) {
+    if (at == mGap->declared || (mBudget > 0 && isPlausible(at))) {
       const Outcome outcome = attempt(at);
       if (outcome == Outcome::Opened) {
         closeGap(at, true, out);
         emit(at, out);
         return true;
       }
-      if (declared && takeHeader(at)) {
-        if (at > mGap->start) closeGap(at, true, out);
-        mGap.reset();
+      if (takeHeader(at)) {
+        closeGap(at, true, out);
         Finding finding;
         finding.kind = Finding::Kind::SecondHeader;
         finding.offset = at;
@@ -197,7 +238,8 @@ bool LogParser::search(bool final, Parsed& out) {
         mPosition = finding.end;
         return true;
       }
-      if (outcome == Outcome::Short && isPlausible(at) && !final) {
+      const bool partOfRecord = outcome == Outcome::Short && isPlausible(at);
+      if (!final && (partOfRecord || mayBeHeader(at))) {
         incomplete = std::min(incomplete, at);
         // It may be none, and good records may stand behind it.
         ++mGap->next;
@@ -215,24 +257,30 @@ bool LogParser::search(bool final, Parsed& out) {
   return false;
 }
 
-// Moves the search on by a byte, or by a record when the budget is used up, and keeps account of
-// where the lengths lead. False when it has nowhere to go.
+// Keeps account of where the lengths lead.
+void LogParser::followLength(bool final) {
+  Gap& gap = *mGap;
+  const uint64_t left = end() - gap.declared;
+  const uint64_t size = left < kLengthSize ? 0 : sizeAt(gap.declared);
+  const bool lacksEnd = final && size > left;
+  // A length that no writer gives shows no record that was cut.
+  if (left < kLengthSize || (lacksEnd && isPlausible(gap.declared))) {
+    gap.cut = gap.declared;
+    gap.cutSize = size;
+    gap.declared = kNowhere;
+  } else if (lacksEnd || size < kLengthSize + kSealSize) {
+    gap.declared = kNowhere;
+  } else {
+    gap.declared += size;
+    ++gap.records;
+  }
+}
+
+// Moves the search on by a byte, or by a record when the budget is used up. False when it has
+// nowhere to go.
 bool LogParser::step(bool final) {
   Gap& gap = *mGap;
-  if (gap.next == gap.declared) {
-    const uint64_t left = end() - gap.next;
-    const uint64_t size = left < kLengthSize ? 0 : sizeAt(gap.next);
-    if (left < kLengthSize || (final && size > left)) {
-      gap.cut = gap.next;
-      gap.cutSize = size;
-      gap.declared = kNowhere;
-    } else if (size < kLengthSize + kSealSize) {
-      gap.declared = kNowhere;
-    } else {
-      gap.declared += size;
-      ++gap.records;
-    }
-  }
+  if (gap.next == gap.declared) followLength(final);
   if (mBudget > 0 && !mKeys.empty()) {
     ++gap.next;
     return true;
@@ -244,7 +292,10 @@ bool LogParser::step(bool final) {
 }
 
 void LogParser::closeGap(uint64_t at, bool resumed, Parsed& out) {
+  // The search went past places that were waiting for more bytes without following their lengths.
+  while (resumed && mGap->declared < at) followLength(false);
   const Gap gap = *std::exchange(mGap, std::nullopt);
+  if (at == gap.start) return;  // another record stands here by now, or a header
   Finding finding;
   finding.offset = gap.start;
   finding.end = at;

@@ -34,6 +34,11 @@ char32_t firstCharacter(std::string_view text, size_t& size) {
   return character;
 }
 
+// Of ASCII and of C1, which steers terminals as well.
+bool isControl(char32_t character) {
+  return character < 0x20 || (character >= 0x7F && character < 0xA0);
+}
+
 void appendEscape(std::string& out, const char* format, unsigned value) {
   char escape[8];
   std::snprintf(escape, sizeof escape, format, value);
@@ -48,8 +53,7 @@ std::string terminalSafe(std::string_view text) {
   while (!text.empty()) {
     size_t size = 0;
     const char32_t character = firstCharacter(text, size);
-    const bool control = character < 0x20 || (character >= 0x7F && character < 0xA0);
-    if (character != kInvalid && (!control || character == '\t')) {
+    if (character != kInvalid && (!isControl(character) || character == '\t')) {
       out += text.substr(0, size);
     } else {
       for (size_t i = 0; i < size; ++i) appendEscape(out, "\\x%02x", byteAt(text, i));
@@ -69,7 +73,7 @@ void appendJson(std::string& out, std::string_view text) {
     } else if (character == '"' || character == '\\') {
       out += '\\';
       out += text[0];
-    } else if (character < 0x20 || character == 0x7F) {
+    } else if (isControl(character)) {
       appendEscape(out, "\\u%04x", static_cast<unsigned>(character));
     } else {
       out += text.substr(0, size);

@@ -36,9 +36,14 @@ class GcmCipher {
   bool open(std::string_view cipher, const uint8_t* iv, const uint8_t* tag, uint8_t* plain);
 
  private:
+  static constexpr unsigned kStrength = 256;
+
   bool prepare();
+  bool prepareRandom();
+  bool fillPool();
 
   EVP_CIPHER_CTX* mContext = nullptr;
+  EVP_RAND_CTX* mRandom = nullptr;
   // Random bytes drawn in advance. Another process, a forked child, has the same ones and must not
   // use them: the pool belongs to the process that drew it.
   std::array<uint8_t, 85 * kIvSize> mPool{};

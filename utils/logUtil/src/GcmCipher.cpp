@@ -2,9 +2,11 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "GcmCipher.h"
 
+#include <openssl/core_names.h>
 #include <openssl/crypto.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
+#include <openssl/params.h>
 #include <openssl/rand.h>
 #include <pthread.h>
 #include <unistd.h>
@@ -43,6 +45,8 @@ GcmCipher::~GcmCipher() { clear(); }
 void GcmCipher::clear() {
   EVP_CIPHER_CTX_free(mContext);
   mContext = nullptr;
+  EVP_RAND_CTX_free(mRandom);
+  mRandom = nullptr;
   OPENSSL_cleanse(mPool.data(), mPool.size());
   mPoolUsed = mPool.size();
 }
@@ -58,18 +62,49 @@ bool GcmCipher::setKey(const uint8_t* key) {
   return prepare() && EVP_EncryptInit_ex(mContext, EVP_aes_256_gcm(), nullptr, key, nullptr) == 1;
 }
 
+// A generator of its own, seeded by libcrypto's. RAND_bytes() would make one for every thread that
+// logs, and leave it behind where the process ends before the thread does.
+bool GcmCipher::prepareRandom() {
+  if (mRandom != nullptr) return true;
+  EVP_RAND* const kind = EVP_RAND_fetch(nullptr, "CTR-DRBG", nullptr);
+  mRandom = EVP_RAND_CTX_new(kind, RAND_get0_primary(nullptr));
+  EVP_RAND_free(kind);
+  char cipher[] = "AES-256-CTR";
+  const OSSL_PARAM parameters[] = {
+      OSSL_PARAM_construct_utf8_string(OSSL_DRBG_PARAM_CIPHER, cipher, 0),
+      OSSL_PARAM_construct_end()};
+  if (mRandom != nullptr &&
+      EVP_RAND_instantiate(mRandom, kStrength, 0, nullptr, 0, parameters) == 1) {
+    return true;
+  }
+  EVP_RAND_CTX_free(mRandom);
+  mRandom = nullptr;
+  return false;
+}
+
+bool GcmCipher::fillPool() {
+  const ErrorScope errors;
+  mPoolUsed = mPool.size();
+  if (!prepareRandom() ||
+      EVP_RAND_generate(mRandom, mPool.data(), mPool.size(), kStrength, 0, nullptr, 0) != 1) {
+    return false;
+  }
+  mPoolUsed = 0;
+  return true;
+}
+
 bool GcmCipher::newIv(uint8_t* iv) {
   const unsigned generation = forkGeneration();
   const pid_t process = getpid();
-  if (mPoolUsed + kIvSize > mPool.size() || mPoolOwner != process ||
-      mPoolGeneration != generation) {
-    const ErrorScope errors;
+  if (mPoolOwner != process || mPoolGeneration != generation) {
+    // The generator is the parent's as well: a new one is seeded anew.
+    EVP_RAND_CTX_free(mRandom);
+    mRandom = nullptr;
     mPoolUsed = mPool.size();
-    if (RAND_bytes(mPool.data(), static_cast<int>(mPool.size())) != 1) return false;
-    mPoolUsed = 0;
     mPoolOwner = process;
     mPoolGeneration = generation;
   }
+  if (mPoolUsed + kIvSize > mPool.size() && !fillPool()) return false;
   std::memcpy(iv, mPool.data() + mPoolUsed, kIvSize);
   mPoolUsed += kIvSize;
   return true;

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,9 +35,9 @@ class KeyRing {
   // The file whose header gave the key.
   const std::string& origin(size_t number) const { return mEntries[number].origin; }
 
-  // Opens a sealed record (IV, tag, ciphertext) with key `likely` or else any other and puts its
-  // text into `text`. The number of the key that fits, or none; `text` is empty then.
-  std::optional<size_t> open(ByteView sealed, size_t likely, std::string& text);
+  // Opens a sealed record (IV, tag, ciphertext) with the key of this number and puts its text into
+  // `text`. False when the key does not fit; `text` is empty then.
+  bool opens(size_t number, ByteView sealed, std::string& text) const;
 
  private:
   struct Entry {

@@ -42,13 +42,15 @@ class LogSource {
   // Puts the key of the header on the ring before anything is read, so that files read earlier can
   // be tried with it.
   void primeKey();
-  // Reads the next piece; false at the file's present end, and when it cannot be read.
+  // Reads the next piece, from the end of the last whole record on: what followed that may have
+  // been taken back by its writer meanwhile. False when it came to the file's present end, and when
+  // that cannot be read.
   bool readSome(Parsed& out);
   void finish(Parsed& out) { mParser.finish(out); }
   uint64_t position() const { return mPosition; }
   bool failed() const { return mFailed; }
-  // False when its name belongs to another file by now, or it was cut short.
-  bool isCurrent() const;
+  // False when its name belongs to another file by now, or records that were read are cut off.
+  bool isCurrent();
 
  private:
   std::optional<size_t> openHeader(ByteView header) const {

@@ -30,8 +30,9 @@ using HeaderOpener = std::function<std::optional<size_t>(ByteView header)>;
 
 // Turns the bytes of one encrypted log file into records and findings. Does no input or output: it
 // is fed what there is, in any pieces, and told when no more will come. Whatever the bytes are, its
-// time is bounded: looking for records behind a damaged place has a budget, and when that is used
-// up only the lengths are followed. Not for two threads at a time; the ring must outlive it.
+// time is bounded: looking for records behind a damaged place, and for the key of a record, has a
+// budget, and when that is used up only the lengths are followed and the latest keys tried. Not for
+// two threads at a time; the ring must outlive it.
 class LogParser {
  public:
   LogParser(KeyRing& keys, HeaderOpener opener);
@@ -41,7 +42,14 @@ class LogParser {
   // No more bytes will come: what waited is reported. Call it once.
   void finish(Parsed& out);
 
-  // How many more bytes of records the search may try, counted per key.
+  // Forgets what waits for its rest; feeding goes on at the offset that is returned. A writer takes
+  // back what does not fit on the disk, so those bytes may be others by now.
+  uint64_t restart();
+  // The file has this size now. False when bytes are gone that have been dealt with; the rest goes
+  // on with restart().
+  bool goBack(uint64_t size);
+
+  // How many more bytes of records may be tried in vain, counted per key.
   void setSearchBudget(uint64_t bytes) { mBudget = bytes; }
 
  private:
@@ -51,11 +59,13 @@ class LogParser {
     uint64_t start = 0;
     Outcome fault = Outcome::Failed;  // at `start`
     uint64_t length = 0;              // the length that stands at `start`
-    uint64_t next = 0;                // the search has come this far
+    uint64_t first = 0;               // the search began here
+    uint64_t next = 0;                // and has come this far
     uint64_t declared = 0;            // where the lengths say that the next record begins
     uint64_t records = 0;             // whole records from `start` to `declared`
     uint64_t cut = 0;                 // where the lengths lead to a record that lacks its end
     uint64_t cutSize = 0;             // the size it should have; 0 when not even that is there
+    uint64_t noHeader = UINT64_MAX;   // no header begins here, that was tried
     bool silent = false;              // the header's finding has said it
     bool gaveUp = false;
   };
@@ -71,11 +81,16 @@ class LogParser {
   void takeUnreadableHeader(bool zero, Parsed& out);
   bool readRecord(bool final, Parsed& out);
   bool search(bool final, Parsed& out);
+  void followLength(bool final);
   bool step(bool final);
   void openGap(Outcome fault);
+  void openSilentGap(uint64_t first);
   void closeGap(uint64_t at, bool resumed, Parsed& out);
   Outcome attempt(uint64_t at);
+  void learnKeys();
+  void prefer(size_t key);
   bool isPlausible(uint64_t at) const;
+  bool mayBeHeader(uint64_t at) const;
   bool takeHeader(uint64_t at);
   void emit(uint64_t at, Parsed& out);
   void dropRead();
@@ -86,7 +101,7 @@ class LogParser {
   uint64_t mBase = 0;            // the offset of the buffer's first byte
   uint64_t mPosition = 0;        // the offset at which reading goes on
   bool mHeaderRead = false;
-  size_t mKey = 0;  // the key that opened the last record
+  std::vector<size_t> mOrder;  // of keys: the ones that opened a record last come first
   std::optional<Gap> mGap;
   std::string mText;  // of the record that the last attempt opened
   uint64_t mBudget;
