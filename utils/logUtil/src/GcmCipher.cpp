@@ -16,7 +16,9 @@
 
 namespace {
 
-// What libcrypto queues about a failed call is not left behind for the application.
+// What libcrypto queues about a failed call is not left behind for the application. Not around what
+// is done for every record: the mark alone makes a queue for the thread that logs, which stays
+// behind where the process ends before the thread does.
 class ErrorScope {
  public:
   ErrorScope() { ERR_set_mark(); }
@@ -83,7 +85,6 @@ bool GcmCipher::prepareRandom() {
 }
 
 bool GcmCipher::fillPool() {
-  const ErrorScope errors;
   mPoolUsed = mPool.size();
   if (!prepareRandom() ||
       EVP_RAND_generate(mRandom, mPool.data(), mPool.size(), kStrength, 0, nullptr, 0) != 1) {
@@ -111,7 +112,6 @@ bool GcmCipher::newIv(uint8_t* iv) {
 }
 
 bool GcmCipher::seal(std::string_view plain, const uint8_t* iv, uint8_t* cipher, uint8_t* tag) {
-  const ErrorScope errors;
   int size = 0;
   int rest = 0;
   return mContext != nullptr && EVP_EncryptInit_ex(mContext, nullptr, nullptr, nullptr, iv) == 1 &&
