@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// What is done often must not add up: memory, descriptors and threads stay where they were.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+
+#include "../e2e/LceFixture.h"
+#include "../e2e/LleFixture.h"
+#include "../e2e/LliFixture.h"
+#include "Functions.h"
+#include "Torture.h"
+#include "orbsim/Daemon.h"
+
+namespace torture {
+namespace {
+
+using orbsim::Blob;
+using servicetest::serialise;
+
+// What the allocator may keep for threads that come and go.
+constexpr size_t kSlack = size_t{1} << 20;
+
+// Callbacks so far. Never destroyed: callbacks may come while the process exits. mMutex guards
+// both.
+class Count {
+ public:
+  static Count& get() {
+    static Count* const count = new Count;
+    return *count;
+  }
+  void status() { add(mStatuses); }
+  void indication() { add(mIndications); }
+  void waitForStatuses(uint64_t count) { wait(mStatuses, count); }
+  void waitForIndications(uint64_t count) { wait(mIndications, count); }
+  uint64_t statuses() { return read(mStatuses); }
+  uint64_t indications() { return read(mIndications); }
+
+ private:
+  void add(uint64_t& number) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    ++number;
+    mChanged.notify_all();
+  }
+  uint64_t read(const uint64_t& number) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return number;
+  }
+  void wait(const uint64_t& number, uint64_t count) {
+    std::unique_lock<std::mutex> lock(mMutex);
+    mChanged.wait(lock, [&] { return number >= count; });
+  }
+  std::mutex mMutex;
+  std::condition_variable mChanged;
+  uint64_t mStatuses = 0;
+  uint64_t mIndications = 0;
+};
+
+const Callbacks& counting() {
+  static const auto status = [](auto) { Count::get().status(); };
+  static const auto report = [](auto...) { Count::get().indication(); };
+  static const Callbacks callbacks{status, status, status, report, report, status,
+                                   status, report, report, status, status, report};
+  return callbacks;
+}
+
+orbsim::Options options() {
+  orbsim::Options options;
+  options.reportInterval = std::chrono::milliseconds(0);
+  options.record = false;
+  return options;
+}
+
+// What the process holds after the warm-up, against what it holds at the end.
+class Level {
+ public:
+  void mark() {
+    mCensus = Census();
+    mBytes = residentBytes();
+  }
+  void expectTheSame(const char* what, uint64_t times) {
+    const size_t now = residentBytes();
+    const Census census;
+    printf(
+        "endurance: %llu %s: resident %zu -> %zu KiB, descriptors %zu -> %zu, threads %zu -> "
+        "%zu\n",
+        static_cast<unsigned long long>(times), what, mBytes / 1024, now / 1024,
+        mCensus.descriptors, census.descriptors, mCensus.threads, census.threads);
+    EXPECT_TRUE(comesBackTo(mCensus));
+    EXPECT_TRUE(kChecked || now <= mBytes + kSlack);
+  }
+
+ private:
+  Census mCensus;
+  size_t mBytes = 0;
+};
+
+class Endurance : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(mDaemon.start()) << mDaemon.error(); }
+  void TearDown() override {
+    for (const Service service : {kLce, kLle, kLli}) disable(service);
+    Watchdog::stop();
+  }
+  orbsim::Daemon mDaemon{options()};
+  uint64_t mStatuses = Count::get().statuses();
+};
+
+class EnduranceOfCycles : public Endurance {
+ protected:
+  void cycle() {
+    Watchdog::step("cycle %llu", static_cast<unsigned long long>(mCycles));
+    const bool second = mCycles % 2 == 1;
+    for (const Service service : {kLce, kLle, kLli}) {
+      ASSERT_EQ(second ? 0 : 1, second ? create(counting(), service) : enable(counting(), service));
+    }
+    Count::get().waitForStatuses(mStatuses += kServices);
+    for (const Service service : {kLce, kLle, kLli}) {
+      ASSERT_EQ(second ? 0 : 1, second ? destroy(service) : disable(service));
+    }
+    ++mCycles;
+    ASSERT_TRUE(mDaemon.waitForSessionsClosed(mCycles * kServices));
+  }
+  uint64_t mCycles = 0;
+};
+
+TEST_F(EnduranceOfCycles, EnableAndDisableLeaveNothing) {
+  const uint64_t cycles = countOr(300);
+  const uint64_t warmUp = std::max<uint64_t>(100, cycles / 10);
+  Level level;
+  while (mCycles < warmUp) ASSERT_NO_FATAL_FAILURE(cycle());
+  ASSERT_TRUE(libraryThreadsEnd());
+  level.mark();
+  while (mCycles < warmUp + cycles) ASSERT_NO_FATAL_FAILURE(cycle());
+  ASSERT_TRUE(libraryThreadsEnd());
+  level.expectTheSame("cycles of three services", cycles);
+}
+
+class EnduranceOfIndications : public Endurance {
+ protected:
+  static constexpr uint64_t kBatch = 999;  // what may be under way; a third for each service
+
+  void enableAll() {
+    for (const Service service : {kLce, kLle, kLli}) {
+      ASSERT_EQ(1, enable(counting(), service));
+      Count::get().waitForStatuses(mStatuses += 1);
+    }
+    ASSERT_EQ(0, lceRegEstimationReports(counting().lceReport));
+    ASSERT_EQ(0, lleRegEstimationReports(counting().lleReport));
+    ASSERT_EQ(0, lliRegLinkInterruptInd(counting().lliInterrupt));
+    mDaemon.setAutoAnswer(false);
+    mSessions = mDaemon.sessionIds();
+    ASSERT_EQ(3u, mSessions.size());
+    mBlobs[kLce] = serialise(lcetest::periodicReport(1, 1, 1, 1, "NONE"));
+    mBlobs[kLle] = serialise(lletest::periodicReport({true, 1, 1, 1, 1, 1, 1, 1, 2}));
+    mBlobs[kLli] = serialise(llitest::indication({1, 0, 3, 6, 1, 1}));
+  }
+  void send(uint64_t count) {
+    constexpr uint32_t kTypes[] = {orbsim::kSdkTypeLce, orbsim::kSdkTypeLle, orbsim::kSdkTypeLli};
+    while (count > 0) {
+      Watchdog::step("indication %llu", static_cast<unsigned long long>(mSent));
+      for (uint64_t i = 0; i < kBatch && count > 0; ++i, --count, ++mSent) {
+        const auto service = static_cast<size_t>(mSent % kServices);
+        ASSERT_TRUE(mDaemon.sendBlob(mSessions[service], kTypes[service], mBlobs[service]));
+      }
+      Count::get().waitForIndications(mSent);
+    }
+  }
+  std::vector<uint32_t> mSessions;
+  Blob mBlobs[kServices];
+  uint64_t mSent = 0;
+};
+
+TEST_F(EnduranceOfIndications, TheyAllArriveAndLeaveNothing) {
+  const uint64_t indications = setting("ORB_TORTURE_INDICATIONS", 100000);
+  ASSERT_NO_FATAL_FAILURE(enableAll());
+  Level level;
+  ASSERT_NO_FATAL_FAILURE(send(10000));
+  level.mark();
+  ASSERT_NO_FATAL_FAILURE(send(indications));
+  level.expectTheSame("indications", indications);
+  EXPECT_EQ(mSent, Count::get().indications());
+}
+
+}  // namespace
+}  // namespace torture

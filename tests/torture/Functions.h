@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <orb/sdl.h>
+
+#include <vector>
+
+namespace torture {
+
+// The three services, as numbers.
+enum Service { kLce, kLle, kLli, kServices };
+inline const char* nameOf(Service service) {
+  constexpr const char* kNames[] = {"Lce", "Lle", "Lli"};
+  return kNames[service];
+}
+
+// One callback of each kind.
+struct Callbacks {
+  LceStatusIndCb lceStatus;
+  LceStatusV2Cb lceStatusV2;
+  LceReportingCriteriaCb lceCriteria;
+  LceEstimationReportCb lceLast;
+  LceEstimationReportCb lceReport;
+  LleStatusIndCb lleStatus;
+  LleStatusV2Cb lleStatusV2;
+  LleEstimationReportCb lleLast;
+  LleEstimationReportCb lleReport;
+  LliStatusIndCb lliStatus;
+  LliStatusV2Cb lliStatusV2;
+  LliLinkInterruptIndCb lliInterrupt;
+};
+
+// One exported function, called with valid arguments.
+struct Function {
+  const char* name;
+  int64_t (*call)(const Callbacks& callbacks);
+};
+
+inline int64_t setCriteria(LceReportingCriteriaCb cb) {
+  const LceReportingCriteria criteria = {};
+  return lceSetReportingCriteria(&criteria, cb);
+}
+
+// All that the library exports. Never destroyed: threads may call while the process ends.
+inline const std::vector<Function>& functions() {
+  using C = const Callbacks&;
+  static const auto& all = *new std::vector<Function>{
+      {"orb_lce_enable", [](C c) -> int64_t { return orb_lce_enable(c.lceStatus); }},
+      {"orb_lce_disable", [](C) -> int64_t { return orb_lce_disable(); }},
+      {"createLceClient", [](C c) -> int64_t { return createLceClient(c.lceStatusV2); }},
+      {"destroySdfClient", [](C) -> int64_t { return destroySdfClient(); }},
+      {"lceSetReportingCriteria", [](C c) { return setCriteria(c.lceCriteria); }},
+      {"lceGetLastEstimationReport", [](C c) { return lceGetLastEstimationReport(c.lceLast); }},
+      {"lcePerformReportingAction",
+       [](C) { return lcePerformReportingAction(LCE_REPORTING_ACTION_START); }},
+      {"lceRegEstimationReports", [](C c) { return lceRegEstimationReports(c.lceReport); }},
+      {"orb_lle_enable", [](C c) -> int64_t { return orb_lle_enable(c.lleStatus); }},
+      {"orb_lle_disable", [](C) -> int64_t { return orb_lle_disable(); }},
+      {"createLleClient", [](C c) -> int64_t { return createLleClient(c.lleStatusV2); }},
+      {"destroyLleClient", [](C) -> int64_t { return destroyLleClient(); }},
+      {"lleSetReportingCriteria", [](C) { return lleSetReportingCriteria(1); }},
+      {"lleGetLastEstimationReport", [](C c) { return lleGetLastEstimationReport(c.lleLast); }},
+      {"lleRegEstimationReports", [](C c) { return lleRegEstimationReports(c.lleReport); }},
+      {"orb_lli_enable", [](C c) -> int64_t { return orb_lli_enable(c.lliStatus); }},
+      {"orb_lli_disable", [](C) -> int64_t { return orb_lli_disable(); }},
+      {"createLliClient", [](C c) -> int64_t { return createLliClient(c.lliStatusV2); }},
+      {"destroyLliClient", [](C) -> int64_t { return destroyLliClient(); }},
+      {"lliRegLinkInterruptInd", [](C c) { return lliRegLinkInterruptInd(c.lliInterrupt); }}};
+  return all;
+}
+
+inline int enable(const Callbacks& callbacks, Service service) {
+  switch (service) {
+    case kLce:
+      return orb_lce_enable(callbacks.lceStatus);
+    case kLle:
+      return orb_lle_enable(callbacks.lleStatus);
+    default:
+      return orb_lli_enable(callbacks.lliStatus);
+  }
+}
+inline int create(const Callbacks& callbacks, Service service) {
+  switch (service) {
+    case kLce:
+      return createLceClient(callbacks.lceStatusV2);
+    case kLle:
+      return createLleClient(callbacks.lleStatusV2);
+    default:
+      return createLliClient(callbacks.lliStatusV2);
+  }
+}
+inline int disable(Service service) {
+  int (*const kDisable[])() = {orb_lce_disable, orb_lle_disable, orb_lli_disable};
+  return kDisable[service]();
+}
+inline int destroy(Service service) {
+  int (*const kDestroy[])() = {destroySdfClient, destroyLleClient, destroyLliClient};
+  return kDestroy[service]();
+}
+// A request of the service that goes to the daemon.
+inline int64_t request(const Callbacks& callbacks, Service service) {
+  switch (service) {
+    case kLce:
+      return lcePerformReportingAction(LCE_REPORTING_ACTION_STOP);
+    case kLle:
+      return lleSetReportingCriteria(0x7fffffff);
+    default:
+      return lliRegLinkInterruptInd(callbacks.lliInterrupt);
+  }
+}
+
+}  // namespace torture

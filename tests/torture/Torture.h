@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <dirent.h>
+#include <sched.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <random>
+#include <string>
+
+// What the torture tests share: how long they run, the watchdog that ends a run which hangs, and
+// what the process holds.
+namespace torture {
+
+// A number from the environment; scripts/torture sets them for the long runs.
+inline uint64_t setting(const char* name, uint64_t otherwise) {
+  const char* const text = getenv(name);
+  return text != nullptr && *text != '\0' ? strtoull(text, nullptr, 10) : otherwise;
+}
+// How often the thing under test is done.
+inline uint64_t countOr(uint64_t otherwise) { return setting("ORB_TORTURE_COUNT", otherwise); }
+
+// The checkers keep freed memory, and threads of their own.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kChecked = true;
+#else
+constexpr bool kChecked = false;
+#endif
+
+// Ends the process with a message when a step takes longer than any step may. The signal goes to an
+// application thread, for the library's threads block it. Time is counted in pieces, so that a
+// process that was stopped for a while does not count as one that hangs.
+class Watchdog {
+ public:
+  static void step(const char* format, ...) __attribute__((format(printf, 1, 2))) {
+    static const bool installed = signal(SIGALRM, tick) != SIG_ERR;
+    if (!installed) abort();
+    va_list arguments;
+    va_start(arguments, format);
+    vsnprintf(sText, sizeof(sText), format, arguments);
+    va_end(arguments);
+    sPieces = 0;
+    alarm(kPiece);
+  }
+  static void stop() { alarm(0); }
+
+ private:
+  static constexpr unsigned kPiece = 15;  // seconds
+  static constexpr int kPieces = 6;
+
+  static void say(const char* words) {
+    if (write(STDERR_FILENO, words, strlen(words)) < 0) abort();
+  }
+  static void tick(int) {
+    sPieces = sPieces + 1;
+    alarm(kPiece);
+    if (sPieces < kPieces) return;
+    say("watchdog: no end of: ");
+    say(sText);
+    say("\n");
+    abort();
+  }
+  static inline char sText[256];
+  static inline std::atomic<int> sPieces{0};
+};
+
+inline size_t entriesOf(const char* directory) {
+  size_t count = 0;
+  DIR* const entries = opendir(directory);
+  while (entries != nullptr && readdir(entries) != nullptr) ++count;
+  if (entries != nullptr) closedir(entries);
+  return count;
+}
+
+// How many threads of this process have this name.
+inline size_t threadsNamed(const char* wanted) {
+  size_t count = 0;
+  DIR* const tasks = opendir("/proc/self/task");
+  if (tasks == nullptr) return 0;
+  while (const dirent* const task = readdir(tasks)) {
+    std::ifstream file("/proc/self/task/" + std::string(task->d_name) + "/comm");
+    std::string name;
+    if (std::getline(file, name) && name == wanted) ++count;
+  }
+  closedir(tasks);
+  return count;
+}
+
+// Descriptors and threads of this process.
+struct Census {
+  size_t descriptors = entriesOf("/proc/self/fd");
+  size_t threads = entriesOf("/proc/self/task");
+};
+
+// A thread that has done its last step still stands in the process's list for a moment, and nothing
+// signals the end of that.
+inline bool comesTo(const std::function<bool()>& condition) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    sched_yield();
+  }
+  return true;
+}
+inline bool comesBackTo(const Census& before) {
+  return comesTo([&] {
+    const Census now;
+    return now.descriptors <= before.descriptors && now.threads <= before.threads;
+  });
+}
+// Worker, receivers and closers of the library have ended.
+inline bool libraryThreadsEnd() {
+  return comesTo([] {
+    return threadsNamed("orb-sdk") + threadsNamed("orb-receiver") + threadsNamed("orb-closer") == 0;
+  });
+}
+
+// Resident memory in bytes.
+inline size_t residentBytes() {
+  std::ifstream file("/proc/self/statm");
+  size_t pages = 0;
+  size_t resident = 0;
+  file >> pages >> resident;
+  return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// Where the choices of a run come from: printed, and the same again with ORB_TORTURE_SEED.
+inline uint64_t seedOfRun() {
+  static const uint64_t seed = setting("ORB_TORTURE_SEED", std::random_device()());
+  return seed;
+}
+
+}  // namespace torture

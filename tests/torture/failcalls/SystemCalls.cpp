@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// The system calls and library functions that can fail. Each is defined under its assembler name
+// only: the headers' declarations differ between C libraries in what they promise.
+#include <dirent.h>
+#include <pthread.h>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdint>
+#include <cstring>
+#include <ctime>
+
+#include "Interposer.h"
+
+#define ORB_CALLER __builtin_return_address(0)
+#define ORB_NAMED(name) __asm__(name)
+
+using failcalls::Call;
+using failcalls::decide;
+using failcalls::Failure;
+using failcalls::Kind;
+using failcalls::next;
+
+namespace {
+
+const char* redirection = nullptr;
+
+// What a transfer of @p size bytes is cut to; @p size when it is not.
+size_t cut(const Failure& failure, size_t size) {
+  if (failure.kind == Kind::One) return size < 1 ? size : 1;
+  return failure.kind == Kind::Half ? (size + 1) / 2 : size;
+}
+
+bool cuts(const Failure& failure) {
+  return failure.kind == Kind::One || failure.kind == Kind::Half;
+}
+
+// A call without a shorter form: fails as told, or is made first.
+template <typename Result, typename Make>
+Result failing(const Failure& failure, Result failed, const Make& make) {
+  if (failure.kind == Kind::DoneError) (void)make();
+  errno = failure.error;
+  return failed;
+}
+
+// A transfer of bytes.
+template <typename Make>
+ssize_t transfer(const Failure* failure, size_t size, const Make& make) {
+  if (failure == nullptr) return make(size);
+  if (failure->kind == Kind::End) return 0;
+  if (cuts(*failure)) return make(cut(*failure, size));
+  return failing<ssize_t>(*failure, -1, [&] { return make(size); });
+}
+
+// Everything else that returns -1 for a failure.
+template <typename Make>
+int plain(const Failure* failure, const Make& make) {
+  return failure == nullptr ? make() : failing(*failure, -1, make);
+}
+
+}  // namespace
+
+void failcalls::redirectTo(const char* socketPath) { redirection = socketPath; }
+
+extern "C" {
+
+int orbTestSocket(int domain, int type, int protocol) ORB_NAMED("socket");
+int orbTestSocket(int domain, int type, int protocol) {
+  static const auto real = next<int (*)(int, int, int)>("socket");
+  return plain(decide(Call::Socket, ORB_CALLER), [&] { return real(domain, type, protocol); });
+}
+
+int orbTestConnect(int fd, const sockaddr* address, socklen_t size) ORB_NAMED("connect");
+int orbTestConnect(int fd, const sockaddr* address, socklen_t size) {
+  static const auto real = next<int (*)(int, const sockaddr*, socklen_t)>("connect");
+  const void* const caller = ORB_CALLER;
+  const Failure* const failure = decide(Call::Connect, caller);
+  sockaddr_un elsewhere = {};
+  if (redirection != nullptr && failcalls::inLibrary(reinterpret_cast<uintptr_t>(caller))) {
+    elsewhere.sun_family = AF_UNIX;
+    std::strncpy(elsewhere.sun_path, redirection, sizeof elsewhere.sun_path - 1);
+    address = reinterpret_cast<const sockaddr*>(&elsewhere);
+    size = sizeof elsewhere;
+  }
+  return plain(failure, [&] { return real(fd, address, size); });
+}
+
+ssize_t orbTestSend(int fd, const void* data, size_t size, int flags) ORB_NAMED("send");
+ssize_t orbTestSend(int fd, const void* data, size_t size, int flags) {
+  static const auto real = next<ssize_t (*)(int, const void*, size_t, int)>("send");
+  return transfer(decide(Call::Send, ORB_CALLER), size,
+                  [&](size_t part) { return real(fd, data, part, flags); });
+}
+
+ssize_t orbTestRecv(int fd, void* data, size_t size, int flags) ORB_NAMED("recv");
+ssize_t orbTestRecv(int fd, void* data, size_t size, int flags) {
+  static const auto real = next<ssize_t (*)(int, void*, size_t, int)>("recv");
+  return transfer(decide(Call::Recv, ORB_CALLER), size,
+                  [&](size_t part) { return real(fd, data, part, flags); });
+}
+
+int orbTestShutdown(int fd, int how) ORB_NAMED("shutdown");
+int orbTestShutdown(int fd, int how) {
+  static const auto real = next<int (*)(int, int)>("shutdown");
+  return plain(decide(Call::Shutdown, ORB_CALLER), [&] { return real(fd, how); });
+}
+
+int orbTestClose(int fd) ORB_NAMED("close");
+int orbTestClose(int fd) {
+  static const auto real = next<int (*)(int)>("close");
+  return plain(decide(Call::Close, ORB_CALLER), [&] { return real(fd); });
+}
+
+int orbTestEventfd(unsigned count, int flags) ORB_NAMED("eventfd");
+int orbTestEventfd(unsigned count, int flags) {
+  static const auto real = next<int (*)(unsigned, int)>("eventfd");
+  return plain(decide(Call::Eventfd, ORB_CALLER), [&] { return real(count, flags); });
+}
+
+int orbTestEpollCreate1(int flags) ORB_NAMED("epoll_create1");
+int orbTestEpollCreate1(int flags) {
+  static const auto real = next<int (*)(int)>("epoll_create1");
+  return plain(decide(Call::EpollCreate1, ORB_CALLER), [&] { return real(flags); });
+}
+
+int orbTestEpollCtl(int epoll, int operation, int fd, epoll_event* event) ORB_NAMED("epoll_ctl");
+int orbTestEpollCtl(int epoll, int operation, int fd, epoll_event* event) {
+  static const auto real = next<int (*)(int, int, int, epoll_event*)>("epoll_ctl");
+  return plain(decide(Call::EpollCtl, ORB_CALLER),
+               [&] { return real(epoll, operation, fd, event); });
+}
+
+int orbTestEpollWait(int epoll, epoll_event* events, int max, int timeout) ORB_NAMED("epoll_wait");
+int orbTestEpollWait(int epoll, epoll_event* events, int max, int timeout) {
+  static const auto real = next<int (*)(int, epoll_event*, int, int)>("epoll_wait");
+  return plain(decide(Call::EpollWait, ORB_CALLER),
+               [&] { return real(epoll, events, max, timeout); });
+}
+
+ssize_t orbTestRead(int fd, void* data, size_t size) ORB_NAMED("read");
+ssize_t orbTestRead(int fd, void* data, size_t size) {
+  static const auto real = next<ssize_t (*)(int, void*, size_t)>("read");
+  return transfer(decide(Call::Read, ORB_CALLER, false, size), size,
+                  [&](size_t part) { return real(fd, data, part); });
+}
+
+ssize_t orbTestWrite(int fd, const void* data, size_t size) ORB_NAMED("write");
+ssize_t orbTestWrite(int fd, const void* data, size_t size) {
+  static const auto real = next<ssize_t (*)(int, const void*, size_t)>("write");
+  return transfer(decide(Call::Write, ORB_CALLER, false, size), size,
+                  [&](size_t part) { return real(fd, data, part); });
+}
+
+// Calls that the library makes itself: the C++ runtime's clocks have no way to tell of a failure.
+int orbTestClockGettime(clockid_t clock, timespec* time) ORB_NAMED("clock_gettime");
+int orbTestClockGettime(clockid_t clock, timespec* time) {
+  static const auto real = next<int (*)(clockid_t, timespec*)>("clock_gettime");
+  return plain(decide(Call::ClockGettime, ORB_CALLER), [&] { return real(clock, time); });
+}
+
+// Returns the error, unlike the others.
+int orbTestPthreadCreate(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
+                         void* data) ORB_NAMED("pthread_create");
+int orbTestPthreadCreate(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
+                         void* data) {
+  static const auto real =
+      next<int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)>("pthread_create");
+  const Failure* const failure = decide(Call::PthreadCreate, ORB_CALLER, true);
+  return failure != nullptr ? failure->error : real(thread, attributes, body, data);
+}
+
+int orbTestOpen(const char* path, int flags, ...) ORB_NAMED("open");
+int orbTestOpen(const char* path, int flags, ...) {
+  static const auto real = next<int (*)(const char*, int, ...)>("open");
+  va_list more;
+  va_start(more, flags);
+  const mode_t mode = (flags & 0100) != 0 ? va_arg(more, mode_t) : 0;  // O_CREAT
+  va_end(more);
+  return plain(decide(Call::Open, ORB_CALLER), [&] { return real(path, flags, mode); });
+}
+
+void* orbTestDlopen(const char* file, int mode) ORB_NAMED("dlopen");
+void* orbTestDlopen(const char* file, int mode) {
+  static const auto real = next<void* (*)(const char*, int)>("dlopen");
+  const Failure* const failure = decide(Call::Dlopen, ORB_CALLER);
+  return failure != nullptr ? nullptr : real(file, mode);
+}
+
+DIR* orbTestOpendir(const char* path) ORB_NAMED("opendir");
+DIR* orbTestOpendir(const char* path) {
+  static const auto real = next<DIR* (*)(const char*)>("opendir");
+  const Failure* const failure = decide(Call::Opendir, ORB_CALLER);
+  if (failure == nullptr) return real(path);
+  errno = failure->error;
+  return nullptr;
+}
+
+int orbTestStat(const char* path, struct stat* status) ORB_NAMED("stat");
+int orbTestStat(const char* path, struct stat* status) {
+  static const auto real = next<int (*)(const char*, struct stat*)>("stat");
+  return plain(decide(Call::Stat, ORB_CALLER), [&] { return real(path, status); });
+}
+
+int orbTestUnlink(const char* path) ORB_NAMED("unlink");
+int orbTestUnlink(const char* path) {
+  static const auto real = next<int (*)(const char*)>("unlink");
+  return plain(decide(Call::Unlink, ORB_CALLER), [&] { return real(path); });
+}
+
+}  // extern "C"

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// Ends, in the way that its argument names, while all services are enabled and traffic is under
+// way. Without argument it lists the ways.
+#include "process_end.h"
+
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+#include "../e2e/FewDescriptors.h"
+#include "Functions.h"
+#include "ReentryProbe.h"
+#include "WorkerAllocation.h"
+
+using namespace torture;
+using process_end::breakConnections;
+using process_end::kExpected;
+using process_end::Traffic;
+
+namespace {
+
+// Bytes of lleSetReportingCriteria(0x7fffffff)'s message.
+constexpr size_t kRequestBytes = 12;
+constexpr size_t kManagerDescriptors = 3;  // too few for the client
+
+const Callbacks& quiet() {
+  static const auto add = [](auto...) { Traffic::get().add(); };
+  static const Callbacks callbacks{add, add, add, add, add, add, add, add, add, add, add, add};
+  return callbacks;
+}
+
+void enableAll(const Callbacks& callbacks) {
+  for (const Service service : {kLce, kLle, kLli}) {
+    if (enable(callbacks, service) != 1 || create(callbacks, service) != 0) _exit(1);
+  }
+}
+void askAll(const Callbacks& callbacks) {
+  for (const Function& function : functions()) {
+    if (strstr(function.name, "Report") != nullptr || strstr(function.name, "lliReg") != nullptr) {
+      function.call(callbacks);
+    }
+  }
+}
+void startTraffic() {
+  enableAll(quiet());
+  askAll(quiet());
+  Traffic::get().awaitMore(process_end::kTraffic);
+}
+void disableAll() {
+  for (const Service service : {kLce, kLle, kLli}) disable(service);
+}
+// Threads that ask on and on, also while the process ends.
+void keepAsking(bool comeAndGo) {
+  static std::atomic<int> running{0};
+  for (int i = 0; i < 2; ++i) {
+    std::thread([comeAndGo] {
+      ++running;
+      for (;;) {
+        askAll(quiet());
+        if (!comeAndGo) continue;
+        disableAll();
+        enableAll(quiet());
+      }
+    }).detach();
+  }
+  while (running < 2) std::this_thread::yield();
+}
+
+// exit() inside the callback of this kind.
+[[noreturn]] void exitInside(Slot slot, int value, void (*provoke)()) {
+  Probe::get().arm(slot, value, [] { exit(kExpected); });
+  enableAll(probing());
+  if (provoke != nullptr) provoke();
+  askAll(probing());
+  for (;;) pause();
+}
+constexpr int kAny = Probe::kAnyValue;
+
+int returnFromMain() {
+  startTraffic();
+  return kExpected;
+}
+int returnWhileOthersAsk() {
+  startTraffic();
+  keepAsking(false);
+  return kExpected;
+}
+int returnWhileOthersComeAndGo() {
+  startTraffic();
+  keepAsking(true);
+  return kExpected;
+}
+int exitOnAThread() {
+  startTraffic();
+  std::thread([] { exit(kExpected); }).join();
+  return 1;
+}
+int endAtOnce() {
+  startTraffic();
+  _exit(kExpected);
+}
+int endByQuickExit() {
+  startTraffic();
+  quick_exit(kExpected);
+}
+int terminated() {
+  startTraffic();
+  kill(getpid(), SIGTERM);
+  for (;;) pause();
+}
+int disableInAtexit() {
+  atexit(disableAll);
+  startTraffic();
+  return kExpected;
+}
+int disableInEarlierStatic() {
+  // Made before anything of the library, so it goes after that.
+  static const struct Last {
+    ~Last() { disableAll(); }
+  } last;
+  startTraffic();
+  return kExpected;
+}
+int connecting() {
+  for (const Service service : {kLce, kLle, kLli}) enable(quiet(), service);
+  return kExpected;
+}
+int exitInCriteria() { exitInside(kLceCriteria, kAny, nullptr); }
+int exitInLceLast() { exitInside(kLceLast, kAny, nullptr); }
+int exitInLceReport() { exitInside(kLceReport, kAny, nullptr); }
+int exitInLleLast() { exitInside(kLleLast, kAny, nullptr); }
+int exitInLleReport() { exitInside(kLleReport, kAny, nullptr); }
+int exitInLliIndication() { exitInside(kLliInterrupt, kAny, nullptr); }
+int exitInStatus() { exitInside(slotOf(kStatus, kLle), STATUS_SUCCESS, nullptr); }
+int exitInStatusV2() { exitInside(slotOf(kStatusV2, kLli), STATUS_V2_SUCCESS, nullptr); }
+int exitInDownOnReceiver() {
+  startTraffic();
+  exitInside(slotOf(kStatus, kLce), STATUS_SERVICE_DOWN, breakConnections);
+}
+// The daemon turns this scenario's connections down.
+int exitInDownOnWorker() { exitInside(slotOf(kStatus, kLli), STATUS_SERVICE_DOWN, nullptr); }
+int exitInSendFailure() {
+  startTraffic();
+  exitInside(slotOf(kStatus, kLle), STATUS_INTERNAL_ERROR, [] {
+    static const WorkerAllocation moment(kRequestBytes, [] {
+      breakConnections();
+      // Each service's loss is told to all.
+      Probe::get().waitFor(slotOf(kStatus, kLle), STATUS_SERVICE_DOWN, kServices);
+    });
+    // The callbacks are replaced on the way to the daemon's first answer.
+    lleSetReportingCriteria(0x7fffffff);
+  });
+}
+// A checker needs descriptors itself for what it has not seen before.
+void wholeCycle() {
+  startTraffic();
+  disableAll();
+}
+int exitInFailedEnable() {
+  wholeCycle();
+  const FewDescriptors few(kManagerDescriptors);
+  Probe::get().arm(slotOf(kStatus, kLce), STATUS_INTERNAL_ERROR, [] { exit(kExpected); });
+  enable(probing(), kLce);
+  return 1;
+}
+int exitInFailedDisable() {
+  wholeCycle();
+  const FewDescriptors few(kManagerDescriptors);
+  enable(probing(), kLce);
+  Probe::get().arm(slotOf(kStatus, kLce), STATUS_INTERNAL_ERROR, [] { exit(kExpected); });
+  disable(kLce);
+  return 1;
+}
+
+const char* gProgram = nullptr;
+
+int forkAndExec() {
+  startTraffic();
+  const pid_t child = fork();
+  if (child == 0) {
+    execl(gProgram, gProgram, "lookAtDescriptors", nullptr);
+    _exit(1);
+  }
+  int status = 0;
+  if (waitpid(child, &status, 0) != child || !WIFEXITED(status)) return 1;
+  if (WEXITSTATUS(status) != kExpected) return 2;
+  Traffic::get().awaitMore(process_end::kTraffic);  // the parent's life goes on
+  disableAll();
+  return kExpected;
+}
+// In the child: nothing of the library's is open.
+int lookAtDescriptors() {
+  for (int fd = 3; fd < 256; ++fd) {
+    char link[64];
+    char target[128] = "";
+    snprintf(link, sizeof(link), "/proc/self/fd/%d", fd);
+    if (readlink(link, target, sizeof(target) - 1) < 0) continue;
+    if (process_end::isConnection(fd) || strncmp(target, "anon_inode:[event", 17) == 0) return 1;
+  }
+  return kExpected;
+}
+
+struct Way {
+  const char* name;
+  int (*end)();
+};
+const Way kWays[] = {{"returnFromMain", returnFromMain},
+                     {"returnWhileOthersAsk", returnWhileOthersAsk},
+                     {"returnWhileOthersComeAndGo", returnWhileOthersComeAndGo},
+                     {"returnWhileConnecting", connecting},
+                     {"exitOnAThread", exitOnAThread},
+                     {"endAtOnce", endAtOnce},
+                     {"endByQuickExit", endByQuickExit},
+                     {"terminated", terminated},
+                     {"disableInAtexit", disableInAtexit},
+                     {"disableInEarlierStatic", disableInEarlierStatic},
+                     {"exitInCriteria", exitInCriteria},
+                     {"exitInLceLast", exitInLceLast},
+                     {"exitInLceReport", exitInLceReport},
+                     {"exitInLleLast", exitInLleLast},
+                     {"exitInLleReport", exitInLleReport},
+                     {"exitInLliIndication", exitInLliIndication},
+                     {"exitInStatus", exitInStatus},
+                     {"exitInStatusV2", exitInStatusV2},
+                     {"exitInDownOnReceiver", exitInDownOnReceiver},
+                     {"exitInDownOnWorker", exitInDownOnWorker},
+                     {"exitInSendFailure", exitInSendFailure},
+                     {"exitInFailedEnable", exitInFailedEnable},
+                     {"exitInFailedDisable", exitInFailedDisable},
+                     {"forkAndExec", forkAndExec}};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  gProgram = argv[0];
+  alarm(process_end::kAlarmSeconds);
+  if (argc > 1 && strcmp(argv[1], "lookAtDescriptors") == 0) return lookAtDescriptors();
+  for (const Way& way : kWays) {
+    if (argc < 2) puts(way.name);
+    if (argc > 1 && strcmp(argv[1], way.name) == 0) return way.end();
+  }
+  return argc < 2 ? 0 : 2;
+}
