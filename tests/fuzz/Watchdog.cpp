@@ -15,8 +15,7 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds kPatience(60);
+constexpr int kPatience = 60;  // seconds
 
 // The steps under way and the thread that looks after them. Never destroyed: the thread goes on
 // until the process ends.
@@ -28,7 +27,7 @@ class Kennel {
 
   void enter(const void* step, const char* name) {
     const std::lock_guard<std::mutex> lock(mMutex);
-    mSteps[step] = {name, pthread_self(), Clock::now() + kPatience};
+    mSteps[step] = {name, pthread_self(), kPatience};
   }
   void leave(const void* step) {
     const std::lock_guard<std::mutex> lock(mMutex);
@@ -39,21 +38,22 @@ class Kennel {
   struct Entry {
     const char* name;
     pthread_t thread;
-    Clock::time_point deadline;
+    int secondsLeft;
   };
 
   void watch() {
     std::unique_lock<std::mutex> lock(mMutex);
     for (;;) {
-      for (const auto& [step, entry] : mSteps) {
-        if (Clock::now() < entry.deadline) continue;
+      // Seconds in which this thread ran: somebody may stop the process for a time.
+      mWake.wait_for(lock, std::chrono::seconds(1));
+      for (auto& [step, entry] : mSteps) {
+        if (--entry.secondsLeft > 0) continue;
         std::fprintf(stderr, "hangs: %s\n", entry.name);
-        pthread_kill(entry.thread,
-                     SIGABRT);  // there, for what is shown is the stack of that thread
-        mWake.wait_for(lock, kPatience);
+        // There, because what is shown is the stack of the thread that ends the process.
+        pthread_kill(entry.thread, SIGABRT);
+        mWake.wait_for(lock, std::chrono::seconds(kPatience));
         std::abort();
       }
-      mWake.wait_for(lock, std::chrono::seconds(1));
     }
   }
 

@@ -164,7 +164,7 @@ void Application::hear(Service service, Heard what) {
 
 void Application::hearStatus(Service service, int status) {
   if (status == STATUS_INTERNAL_ERROR) ++mRun->report.errors;
-  if (status == STATUS_SERVICE_DOWN) ++mRun->report.downs;
+  if (status == STATUS_SERVICE_DOWN && !mExpectsDown) ++mRun->report.downs;
   if (status == STATUS_SUCCESS) hear(service, Heard::Success);
   if (status == STATUS_INTERNAL_ERROR) hear(service, Heard::InternalError);
   if (status == STATUS_SERVICE_DOWN) hear(service, Heard::Down);

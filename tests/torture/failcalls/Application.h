@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -46,6 +47,9 @@ class Application {
   // Waits for that; false, with the action forgotten, when it does not come.
   bool awaitAction();
 
+  // The loss of a connection is no news for the time being.
+  void expectDown(bool expected) { mExpectsDown = expected; }
+
   // For callbacks.
   void hear(Service service, Heard what);
   void hearStatus(Service service, int status);
@@ -56,6 +60,7 @@ class Application {
   bool waitFor(std::unique_lock<std::mutex>& lock, const std::function<bool()>& condition);
 
   Run* mRun = nullptr;
+  std::atomic<bool> mExpectsDown{false};
   bool mEnabled[kServices] = {};  // the scenario's thread, and the one callback that disables
 
   std::mutex mLock;

@@ -21,7 +21,7 @@ struct Report {
   bool logStopped;     // the log's threads were missing when nothing failed any more
   unsigned refused;    // functions that returned a failure
   unsigned errors;     // status "internal error"
-  unsigned downs;      // status "service down"
+  unsigned downs;      // status "service down" that the scenario did not bring about
   unsigned lost;       // what was due and did not come
   unsigned late;       // callbacks of a service whose disable had returned
   unsigned slowest;    // milliseconds of the slowest function

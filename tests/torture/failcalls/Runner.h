@@ -38,7 +38,6 @@ inline bool isAllowed(Outcome outcome) { return outcome <= Outcome::End; }
 // What a scenario does and says when nothing fails.
 struct Baseline {
   std::vector<unsigned> reached = std::vector<unsigned>(kCalls);
-  unsigned downs = 0;
   std::set<std::string> lines;
 };
 

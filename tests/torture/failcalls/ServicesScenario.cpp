@@ -164,11 +164,13 @@ class Services {
   void loseConnection() {
     phase("lost connection");
     const uint32_t id = sessionOf(Lce);
+    mApp.expectDown(id != 0);
     if (id != 0 && mDaemon.closeSession(id)) {
       for (const Service service : {Lce, Lle, Lli}) {
         if (mApp.isEnabled(service)) mApp.await(service, Heard::Down);
       }
     }
+    mApp.expectDown(false);
     phase("reconnect");
     if (askForLast()) mApp.await(Lce, Heard::Last);
   }
