@@ -19,15 +19,17 @@ namespace torture {
 // Callbacks by kind; those of a status are followed by those of the other services.
 enum Slot {
   kStatus,
-  kStatusV2 = kStatus + kServices,
-  kLceCriteria = kStatusV2 + kServices,
+  kStatusV2 = kStatus + int{kServices},
+  kLceCriteria = kStatusV2 + int{kServices},
   kLceLast,
   kLceReport,
   kLleLast,
   kLleReport,
   kLliInterrupt
 };
-inline Slot slotOf(Slot first, Service service) { return static_cast<Slot>(first + service); }
+inline Slot slotOf(Slot first, Service service) {
+  return static_cast<Slot>(int{first} + int{service});
+}
 
 // Stands behind all callbacks and runs, once, an action inside the one that it is armed for. Never
 // destroyed: callbacks may come while the process exits. mMutex guards all; it is free while the
@@ -116,17 +118,17 @@ void onLleReport(int32_t result, const LleEstimationReport*) {
 // The probe's callbacks.
 inline const Callbacks& probing() {
   static const Callbacks callbacks{
-      onStatusOf<static_cast<Slot>(kStatus + kLce)>,
-      onStatusV2Of<static_cast<Slot>(kStatusV2 + kLce)>,
+      onStatusOf<static_cast<Slot>(int{kStatus} + int{kLce})>,
+      onStatusV2Of<static_cast<Slot>(int{kStatusV2} + int{kLce})>,
       [](LceReportingCriteriaStatus status) { Probe::get().called(kLceCriteria, status); },
       onLceReport<kLceLast>,
       onLceReport<kLceReport>,
-      onStatusOf<static_cast<Slot>(kStatus + kLle)>,
-      onStatusV2Of<static_cast<Slot>(kStatusV2 + kLle)>,
+      onStatusOf<static_cast<Slot>(int{kStatus} + int{kLle})>,
+      onStatusV2Of<static_cast<Slot>(int{kStatusV2} + int{kLle})>,
       onLleReport<kLleLast>,
       onLleReport<kLleReport>,
-      onStatusOf<static_cast<Slot>(kStatus + kLli)>,
-      onStatusV2Of<static_cast<Slot>(kStatusV2 + kLli)>,
+      onStatusOf<static_cast<Slot>(int{kStatus} + int{kLli})>,
+      onStatusV2Of<static_cast<Slot>(int{kStatusV2} + int{kLli})>,
       [](LliHandoffIndType type, LliPreHandoffState, const LliInterruptInfo*) {
         Probe::get().called(kLliInterrupt, type);
       }};
