@@ -54,8 +54,8 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   // callback under way) is freed by closing the connection; a healthy one is told the farewell
   // before. Bounded: returns well within half a second.
   static void finishDeparture(SdkDeparture& departure);
-  // Instead of the second half when nobody can wait: the worker retires the type when it gets
-  // there, and whatever is not connected yet never will be.
+  // Instead of the second half when nobody can wait for the worker, which retires the type when it
+  // gets there: a connection that stands gets the farewell and is closed here and now.
   static void leaveDepartureToWorker(SdkDeparture& departure);
 
   void connectOrbSdkClient(OrbSdkClientType type) override;

@@ -9,8 +9,8 @@
 #include <utility>
 
 // Mutexes and locks that clang checks at compile time (-Wthread-safety): a field that names its
-// lock with ORB_GUARDED_BY cannot be touched without it, and a function that says ORB_REQUIRES or
-// ORB_EXCLUDES is called accordingly. Other compilers see the plain standard types.
+// lock with ORB_GUARDED_BY cannot be touched without it, and a function that says ORB_REQUIRES is
+// called with it held only. Other compilers see none of this.
 #if defined(__clang__)
 #define ORB_THREAD_ATTRIBUTE(x) __attribute__((x))
 #else
@@ -20,11 +20,9 @@
 #define ORB_SCOPED_CAPABILITY ORB_THREAD_ATTRIBUTE(scoped_lockable)
 #define ORB_GUARDED_BY(lock) ORB_THREAD_ATTRIBUTE(guarded_by(lock))
 #define ORB_REQUIRES(...) ORB_THREAD_ATTRIBUTE(requires_capability(__VA_ARGS__))
-#define ORB_EXCLUDES(...) ORB_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 #define ORB_ACQUIRE(...) ORB_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define ORB_RELEASE(...) ORB_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
 #define ORB_TRY_ACQUIRE(...) ORB_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
-#define ORB_ACQUIRED_BEFORE(...) ORB_THREAD_ATTRIBUTE(acquired_before(__VA_ARGS__))
 // For what the analysis cannot follow; the reason stands beside each use.
 #define ORB_NO_THREAD_ANALYSIS ORB_THREAD_ATTRIBUTE(no_thread_safety_analysis)
 
