@@ -16,6 +16,7 @@
 #include <thread>
 
 #include "LogEncryptionFixture.h"
+#include "QuietThreads.h"
 
 namespace {
 
@@ -257,6 +258,7 @@ TEST_F(LogEncryptionFaultsTest, ForkedChildExitsWhateverAnotherThreadWasLogging)
     leave.get_future().wait();
   });
   entered.get_future().wait();
+  quiet::awaitThreads();
   const pid_t child = fork();
   if (child == 0) {
     alarm(10);

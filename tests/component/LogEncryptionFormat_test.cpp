@@ -6,6 +6,7 @@
 #include <set>
 
 #include "LogEncryptionFixture.h"
+#include "QuietThreads.h"
 
 namespace logtest {
 namespace {
@@ -110,6 +111,7 @@ TEST_F(LogEncryptionFormatTest, ForkedChildWritesUnderIvsOfItsOwn) {
   configure(30000, 3);
   log.init("orb");
   say("before");
+  quiet::awaitThreads();
   const pid_t child = fork();
   ASSERT_NE(-1, child);
   if (child == 0) {

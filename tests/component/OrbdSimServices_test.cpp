@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "OrbdSimClient.h"
+#include "QuietThreads.h"
 #include "orbsim/HandoffModel.h"
 #include "orbsim/LatencyModel.h"
 #include "orbsim/LinkModel.h"
@@ -85,10 +86,11 @@ TEST_F(OrbdSimServicesTest, ClientsOfAllServicesAreServedAtOnce) {
 
 TEST_F(OrbdSimServicesTest, ClientProcessesOfAllServicesAreServedAtOnce) {
   daemon().setReportInterval(std::chrono::milliseconds(1));
-  // Nobody connects before all are there: then the daemon's threads are idle at every fork.
+  // Nobody connects before all are there, so that the daemon's threads stay idle.
   int gate[2] = {-1, -1};
   ASSERT_EQ(0, ::pipe2(gate, O_CLOEXEC));
   std::vector<pid_t> children;
+  quiet::awaitThreads();
   for (int i = 0; i < 2; ++i) {
     for (bool (*hear)(const std::string&) : {hearCapacity, hearLatency, hearInterruptions}) {
       const pid_t child = ::fork();

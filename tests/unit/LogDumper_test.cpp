@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "LogTestPeer.h"
+#include "QuietThreads.h"
 
 namespace {
 
@@ -200,6 +201,7 @@ TEST_F(LogDumperTest, LatchedStopRequestEndsTheTimer) {
 
 TEST_F(LogDumperTest, ForkedChildEndsWithoutWaitingForThreadsItDoesNotHave) {
   log.init("app");
+  quiet::awaitThreads();
   const pid_t child = fork();
   if (child == 0) {
     alarm(10);
