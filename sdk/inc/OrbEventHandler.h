@@ -10,29 +10,35 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <utility>
 
 #include "EventManager.h"
 #include "Mutex.h"
 #include "OrbTimer.h"
+#include "UniqueFd.h"
 
 namespace orb::utils {
 
 // A queue whose items wake an event loop: any thread posts, the thread that runs the event
-// manager's loop hands each item to handleEvent(). The eventfd counts exactly the items in the
-// queue. mQueueLock guards the queue and keeps append and count together; it is free while an item
-// is handled. The event manager must outlive the handler, which takes its descriptor out of it at
-// the end.
+// manager's loop hands each item to handleEvent(). The eventfd counts the items in the queue, less
+// those whose count could not be written. mQueueLock guards both and keeps append and count
+// together; it is free while an item is handled. The event manager must outlive the handler, which
+// takes its descriptor out of it at the end.
 template <class T>
 class OrbEventHandler {
  public:
+  // An item with the memory that posting it takes.
+  using Posting = std::list<T>;
+
   OrbEventHandler(const char* name, OrbTimer* timer, EventManager* eventManager)
       : mTimer(timer),
         mEventManager(eventManager),
         mEventFd(eventfd(0, EFD_SEMAPHORE | EFD_NONBLOCK | EFD_CLOEXEC)) {
+    UniqueFd ownUntilAdded(mEventFd);  // then the manager closes it
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "OrbEventHandler ctor");
     mEventManager->addEventHandler(mEventFd, cb, this, nullptr, EPOLLIN);
+    ownUntilAdded.release();
     __android_log_print(ANDROID_LOG_DEBUG, nullptr,
                         "OrbEventHandler: ctor fd[%d] name[%s] addr[%p]", mEventFd, name,
                         static_cast<void*>(this));
@@ -49,20 +55,36 @@ class OrbEventHandler {
   // Without a descriptor that the loop wakes for, nothing posted would ever be handled.
   bool canHandle() const { return mEventFd >= 0 && mEventManager->isWatched(mEventFd); }
 
-  void postEvent(T item) {
+  void postEvent(T item) { post(prepare(std::move(item))); }
+
+  // The two halves of postEvent(): only the first one can fail for want of memory.
+  static Posting prepare(T item) {
+    Posting posting;
+    posting.push_back(std::move(item));
+    return posting;
+  }
+  void post(Posting posting) {
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "OrbEventHandler postEvent start for fd[%d]",
                         mEventFd);
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Wakelock evt start %p %p",
-                        static_cast<void*>(this), address(item));
+                        static_cast<void*>(this), address(posting.front()));
     const LockGuard lock(mQueueLock);
-    mQueue.push_back(std::move(item));
-    const uint64_t one = 1;
-    const ssize_t written = write(mEventFd, &one, sizeof(one));
-    if (written != static_cast<ssize_t>(sizeof(one))) {
-      __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                          "Error in writing rv: %d, error: %s, for fd[%d]",
-                          static_cast<int>(written), strerror(errno), mEventFd);
+    mQueue.splice(mQueue.end(), posting);
+    const ssize_t written = count(1 + mUncounted);
+    if (written == static_cast<ssize_t>(sizeof(uint64_t))) {
+      mUncounted = 0;
+      return;
     }
+    ++mUncounted;
+    __android_log_print(ANDROID_LOG_ERROR, nullptr,
+                        "Error in writing rv: %d, error: %s, for fd[%d]", static_cast<int>(written),
+                        strerror(errno), mEventFd);
+  }
+
+  // Wakes the loop for items whose post could not do so, if there are any.
+  void wakeForUncounted() {
+    const LockGuard lock(mQueueLock);
+    if (mUncounted > 0 && count(mUncounted) > 0) mUncounted = 0;
   }
 
  protected:
@@ -80,33 +102,49 @@ class OrbEventHandler {
   }
 
   bool handleNext(int fd) {
-    UniqueLock lock(mQueueLock);
-    uint64_t unit = 0;
-    if (read(fd, &unit, sizeof(unit)) < 0) {
-      const int error = errno;
-      lock.unlock();
-      if (error != EAGAIN) {
-        // The order of the two values is that of the line's consumers, not that of its labels.
-        __android_log_print(
-            ANDROID_LOG_ERROR, nullptr,
-            "CB thread woken, but fd read failed. SHOULD NEVER HAPPEN. fd=%d err=%d", error, fd);
-      }
+    Posting taken;
+    const int error = take(fd, taken);
+    if (taken.empty()) {
+      reportNothingTaken(fd, error);
       return false;
     }
-    if (mQueue.empty()) {
-      lock.unlock();
-      __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                          "More fd reads than queue events. SHOULD NEVER HAPPEN. fd=%d", fd);
-      return false;
-    }
-    T item = std::move(mQueue.front());
-    mQueue.pop_front();
-    lock.unlock();
-    void* const itemAddress = address(item);
-    handleEvent(std::move(item));
+    void* const itemAddress = address(taken.front());
+    handleEvent(std::move(taken.front()));
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Wakelock evt end %p %p",
                         static_cast<void*>(this), itemAddress);
     return true;
+  }
+
+  // Moves the first item to @p taken, if there is one. The result is the descriptor's error, or 0.
+  int take(int fd, Posting& taken) {
+    const LockGuard lock(mQueueLock);
+    uint64_t unit = 0;
+    const int error = read(fd, &unit, sizeof(unit)) < 0 ? errno : 0;
+    if (error != 0 && error != EAGAIN) return error;
+    // With all that is counted taken, what is left is not counted.
+    if (error == EAGAIN) mUncounted = mQueue.empty() ? 0 : mQueue.size() - 1;
+    if (!mQueue.empty()) taken.splice(taken.end(), mQueue, mQueue.begin());
+    return error;
+  }
+
+  static void reportNothingTaken(int fd, int error) {
+    if (error == 0) {
+      __android_log_print(ANDROID_LOG_ERROR, nullptr,
+                          "More fd reads than queue events. SHOULD NEVER HAPPEN. fd=%d", fd);
+    } else if (error != EAGAIN) {
+      // The order of the two values is that of the line's consumers, not that of its labels.
+      __android_log_print(ANDROID_LOG_ERROR, nullptr,
+                          "CB thread woken, but fd read failed. SHOULD NEVER HAPPEN. fd=%d err=%d",
+                          error, fd);
+    }
+  }
+
+  ssize_t count(uint64_t items) ORB_REQUIRES(mQueueLock) {
+    ssize_t written = 0;
+    do {
+      written = write(mEventFd, &items, sizeof(items));
+    } while (written < 0 && errno == EINTR);
+    return written;
   }
 
   template <class P>
@@ -117,7 +155,8 @@ class OrbEventHandler {
 
   const int mEventFd;
   Mutex mQueueLock;
-  std::deque<T> mQueue ORB_GUARDED_BY(mQueueLock);
+  std::list<T> mQueue ORB_GUARDED_BY(mQueueLock);
+  uint64_t mUncounted ORB_GUARDED_BY(mQueueLock) = 0;
 };
 
 }  // namespace orb::utils

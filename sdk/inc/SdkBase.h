@@ -66,11 +66,10 @@ class SdkBase {
   void awaitSettled(UniqueLock& lock) ORB_REQUIRES(mLock);
 
   std::shared_ptr<SdkClient> mClient ORB_GUARDED_BY(mLock);
-  // One thread is in SdkClient::getInstance(): others that enable leave their events, others that
-  // need the client wait, for the first answer may come before the handle is stored. The wait ends
-  // with the start of a thread and no callback is called meanwhile.
+  // One thread is in SdkClient::getInstance(): others wait for what comes of it, for the first
+  // answer may come before the handle is stored. The wait ends with the start of a thread and no
+  // callback is called meanwhile.
   bool mCreating ORB_GUARDED_BY(mLock) = false;
   Condition mCreated;
   bool mLeft ORB_GUARDED_BY(mLock) = false;
-  std::vector<std::shared_ptr<SdkClientEvent>> mWaiting ORB_GUARDED_BY(mLock);
 };

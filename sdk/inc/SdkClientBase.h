@@ -5,7 +5,6 @@
 #include <array>
 #include <atomic>
 #include <functional>
-#include <map>
 #include <memory>
 #include <vector>
 
@@ -41,7 +40,7 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   virtual bool isConnected(OrbSdkClientType type) = 0;
   virtual bool sendBlobToService(OrbSdkClientType type, std::vector<uint8_t> blob) = 0;
 
-  // Stores or replaces the listener of @p type.
+  // Stores or replaces the listener of @p type; unknown types have none.
   void setClientListener(OrbSdkClientType type, Listener listener);
   // One more user of @p type, until its cleanup event has been handled.
   void activateType(OrbSdkClientType type);
@@ -60,11 +59,21 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   // Whether a failure to send for @p type is still anybody's business.
   virtual bool isLeaving(OrbSdkClientType) { return false; }
 
-  using Listeners = std::map<OrbSdkClientType, Listener>;
-  Listener listenerOf(OrbSdkClientType type);
-  void deliverBlob(OrbSdkClientType type, bool known, const Listener& listener,
+  // Shared, because a copy would need memory at moments that must not fail. Empty for a type that
+  // has never registered.
+  using ListenerRef = std::shared_ptr<const Listener>;
+  using Listeners = std::array<ListenerRef, kOrbSdkClientTypes>;  // by type
+  ListenerRef knownListener(OrbSdkClientType type) ORB_REQUIRES(mLock);
+  // The same, and the type counts as registered from now on, with an empty listener if need be.
+  ListenerRef listenerOf(OrbSdkClientType type);
+  void deliverBlob(OrbSdkClientType type, const ListenerRef& listener,
                    const std::vector<uint8_t>& blob);
+  static void call(const ListenerRef& listener, SdkStatus status);
   static void callAll(const Listeners& listeners, SdkStatus status);
+
+  // Connects when that is needed, then sends. False when the blob did not go out; a connection
+  // that could not be had has been reported by then.
+  bool deliver(const SdkClientEvent& event);
 
   const std::shared_ptr<WorkerLife> mLife = std::make_shared<WorkerLife>();
   std::atomic<bool> mRunning{false};
@@ -73,4 +82,5 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   std::vector<bool> mActiveTypes ORB_GUARDED_BY(mLock);
   std::array<unsigned, kOrbSdkClientTypes> mRegistrations ORB_GUARDED_BY(mLock){};
   Listeners mListeners ORB_GUARDED_BY(mLock);
+  const ListenerRef mNoListener = std::make_shared<const Listener>();
 };

@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "SdkBase.h"
 
+#include <new>
 #include <utility>
 
 #include "SdkClient.h"
@@ -12,14 +13,11 @@ SdkBase::~SdkBase() = default;
 SdkBase::Created SdkBase::createSdkInstance(OrbSdkClientType type, SdkClientBase::Listener listener,
                                             std::shared_ptr<SdkClientEvent> event) {
   {
-    const LockGuard lock(mLock);
+    UniqueLock lock(mLock);
+    awaitSettled(lock);
     if (mLeft) return Created::Left;
     if (mClient) {
       if (event) mClient->postEvent(std::move(event));
-      return Created::Yes;
-    }
-    if (mCreating) {
-      if (event) mWaiting.push_back(std::move(event));
       return Created::Yes;
     }
     mCreating = true;
@@ -30,10 +28,6 @@ SdkBase::Created SdkBase::createSdkInstance(OrbSdkClientType type, SdkClientBase
     const LockGuard lock(mLock);
     mCreating = false;
     mClient = std::move(client);
-    for (auto& waiting : mWaiting) {
-      if (mClient) mClient->postEvent(std::move(waiting));
-    }
-    mWaiting.clear();
   }
   mCreated.notify_all();
   if (!created) reportNoClient();
@@ -79,9 +73,10 @@ bool SdkBase::post(std::shared_ptr<SdkClientEvent> event) {
 std::shared_ptr<SdkDeparture> SdkBase::beginLeaving(std::shared_ptr<SdkClientEvent> farewell) {
   const LockGuard lock(mLock);
   if (!mClient) return nullptr;
+  auto departure =
+      mClient->beginDeparture(std::move(farewell));  // nothing has changed if it throws
   mLeft = true;
   mGate.close();
-  auto departure = mClient->beginDeparture(std::move(farewell));
   mClient.reset();  // the departure holds the client: ours is never the last reference
   return departure;
 }
@@ -100,6 +95,6 @@ void SdkBase::finishLeaving(const std::shared_ptr<SdkBase>& object,
   if (startThread(closer, "orb-closer", finish)) {
     closer.detach();
   } else {
-    SdkClient::leaveDepartureToWorker(*departure);
+    SdkClient::abandonDeparture(*departure);
   }
 }

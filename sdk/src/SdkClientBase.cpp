@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "SdkLog.h"
@@ -12,6 +13,7 @@
 namespace {
 
 constexpr char kTag[] = "OrbSdk";
+constexpr char kHandleEvent[] = "handleEvent";  // the function of its lines, wherever they are
 
 // Made for each call: threads may still report while the statics of the process are destroyed.
 std::vector<uint8_t> noBlob() { return {}; }
@@ -75,23 +77,30 @@ void SdkClientBase::handleEvent(std::shared_ptr<SdkClientEvent> event) {
   }
   const OrbSdkClientType type = event->type;
   if (event->inbound) {
-    if (const Listener listener = listenerOf(type)) {
+    const ListenerRef listener = listenerOf(type);
+    if (listener && *listener) {
       SDK_LOG(kTag, "sendClient");
-      listener(BlobReceived, event->blob);
+      (*listener)(BlobReceived, event->blob);
       return;
     }
   }
-  if (!isConnected(type) && !event->cleanup) {
-    SDK_LOG(kTag, "Reconnect client");
-    connectOrbSdkClient(type);
-  }
-  const bool silent = event->cleanup && event->blob.empty();  // retired without a farewell
-  if (!silent && isConnected(type) && !sendBlobToService(type, event->blob) && !isLeaving(type)) {
-    if (const Listener listener = listenerOf(type)) listener(SendFailed, noBlob());
-  }
+  if (!deliver(*event) && !isLeaving(type)) call(listenerOf(type), SendFailed);
   if (event->cleanup) {
     SDK_LOG(kTag, "cleanup");
     retireType(type);
+  }
+}
+
+bool SdkClientBase::deliver(const SdkClientEvent& event) {
+  try {
+    if (!isConnected(event.type) && !event.cleanup) {
+      SDK_LOG_AS(kTag, __FILE__, kHandleEvent, "Reconnect client");
+      connectOrbSdkClient(event.type);
+    }
+    const bool silent = event.cleanup && event.blob.empty();  // retired without a farewell
+    return silent || !isConnected(event.type) || sendBlobToService(event.type, event.blob);
+  } catch (const std::bad_alloc&) {
+    return false;
   }
 }
 
@@ -117,50 +126,56 @@ bool SdkClientBase::isTypeActive(OrbSdkClientType type) {
 }
 
 void SdkClientBase::setClientListener(OrbSdkClientType type, Listener listener) {
+  const size_t number = static_cast<size_t>(type);
+  if (number >= kOrbSdkClientTypes) return;
+  ListenerRef exchanged = std::make_shared<const Listener>(std::move(listener));
   const LockGuard lock(mLock);
-  mListeners[type].swap(listener);  // the former listener goes with the argument, after the lock
+  mListeners[number].swap(exchanged);  // the former one goes after the lock
 }
 
-SdkClientBase::Listener SdkClientBase::listenerOf(OrbSdkClientType type) {
+SdkClientBase::ListenerRef SdkClientBase::knownListener(OrbSdkClientType type) {
+  const size_t number = static_cast<size_t>(type);
+  return number < kOrbSdkClientTypes ? mListeners[number] : nullptr;
+}
+
+SdkClientBase::ListenerRef SdkClientBase::listenerOf(OrbSdkClientType type) {
+  const size_t number = static_cast<size_t>(type);
   const LockGuard lock(mLock);
-  return mListeners[type];
+  if (number < kOrbSdkClientTypes && !mListeners[number]) mListeners[number] = mNoListener;
+  return knownListener(type);
 }
 
 void SdkClientBase::notifyReceivedBlob(OrbSdkClientType type, const std::vector<uint8_t>& blob) {
-  Listener listener;
-  bool known = false;
+  ListenerRef listener;
   {
     const LockGuard lock(mLock);
-    const auto found = mListeners.find(type);
-    known = found != mListeners.end();
-    if (known) listener = found->second;
+    listener = knownListener(type);
   }
-  deliverBlob(type, known, listener, blob);
+  deliverBlob(type, listener, blob);
 }
 
-void SdkClientBase::deliverBlob(OrbSdkClientType type, bool known, const Listener& listener,
+void SdkClientBase::deliverBlob(OrbSdkClientType type, const ListenerRef& listener,
                                 const std::vector<uint8_t>& blob) {
   const int typeNumber = static_cast<int>(type);
-  if (!known) {
+  if (!listener) {
     __android_log_print(
         ANDROID_LOG_ERROR, nullptr,
         "OrbSdkClientType %d is not registered with this client. Should never occur!", typeNumber);
     return;
   }
   constexpr char kFunction[] = "notifyReceivedBlob";
-  if (!listener) SDK_LOG_AS(kTag, __FILE__, kFunction, "second null");
+  if (!*listener) SDK_LOG_AS(kTag, __FILE__, kFunction, "second null");
   SDK_LOG_AS(kTag, __FILE__, kFunction, "Send response RESPONSE %d", typeNumber);
-  listener(BlobReceived, blob);
+  (*listener)(BlobReceived, blob);
 }
 
 void SdkClientBase::notifyServiceUp(OrbSdkClientType type) {
-  Listener listener;
+  ListenerRef listener;
   {
     const LockGuard lock(mLock);
-    const auto found = mListeners.find(type);
-    if (found != mListeners.end()) listener = found->second;
+    listener = knownListener(type);
   }
-  if (listener) listener(ServiceUp, noBlob());
+  call(listener, ServiceUp);
 }
 
 void SdkClientBase::notifyServiceDown() {
@@ -173,7 +188,9 @@ void SdkClientBase::notifyServiceDown() {
 }
 
 void SdkClientBase::callAll(const Listeners& listeners, SdkStatus status) {
-  for (const auto& [type, listener] : listeners) {
-    if (listener) listener(status, noBlob());
-  }
+  for (const ListenerRef& listener : listeners) call(listener, status);
+}
+
+void SdkClientBase::call(const ListenerRef& listener, SdkStatus status) {
+  if (listener && *listener) (*listener)(status, noBlob());
 }

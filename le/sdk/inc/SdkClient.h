@@ -2,7 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <deque>
+#include <list>
 #include <map>
 #include <memory>
 #include <vector>
@@ -13,18 +13,24 @@
 #include "SdkDeparture.h"
 #include "SendBlobMessage.h"
 
+// Deletes an event manager whose loop runs no more: removals that wait for the next pass get it
+// here, and the manager's own two descriptors, which it leaves open, are closed after it.
+struct EventManagerCloser {
+  void operator()(orb::utils::EventManager* manager) const;
+};
+using OwnedEventManager = std::unique_ptr<orb::utils::EventManager, EventManagerCloser>;
+
 // Timer queue and event manager of an SDK client. A base of its own so that both outlive the event
 // handler, which takes its descriptor out of the manager when it is destroyed.
 class SdkClientLoop {
  protected:
-  SdkClientLoop(std::unique_ptr<OrbTimer> timer,
-                std::unique_ptr<orb::utils::EventManager> eventManager);
+  SdkClientLoop(std::unique_ptr<OrbTimer> timer, OwnedEventManager eventManager)
+      : mOwnedTimer(std::move(timer)), mOwnedEventManager(std::move(eventManager)) {}
   SdkClientLoop(const SdkClientLoop&) = delete;
   SdkClientLoop& operator=(const SdkClientLoop&) = delete;
-  ~SdkClientLoop();
 
   const std::unique_ptr<OrbTimer> mOwnedTimer;
-  std::unique_ptr<orb::utils::EventManager> mOwnedEventManager;
+  const OwnedEventManager mOwnedEventManager;
 };
 
 // The process's SDK client: one session to the daemon per endpoint, blobs out and in. Held by the
@@ -34,20 +40,20 @@ class SdkClientLoop {
 // and departures. No lock is held while a session connects, sends or is waited for.
 class SdkClient : private SdkClientLoop, public SdkClientBase {
  public:
-  SdkClient(std::unique_ptr<OrbTimer> timer,
-            std::unique_ptr<orb::utils::EventManager> eventManager);
+  SdkClient(std::unique_ptr<OrbTimer> timer, OwnedEventManager eventManager);
   ~SdkClient() override;
 
   // Joins the running client, or creates it, for @p type. The listener is in place before @p event
-  // can have an effect. Empty when the running client cannot be joined or no thread could be
-  // started.
+  // can have an effect. Empty when the running client cannot be joined or there was no thread or
+  // memory to be had; nothing has changed then.
   static std::shared_ptr<SdkClient> getInstance(OrbSdkClientType type, Listener listener,
                                                 std::shared_ptr<SdkClientEvent> event);
   // Retires @p type without a farewell message and waits as finishDeparture() does.
   static void destroyInstance(OrbSdkClientType type);
 
   // Leaving in two halves. The first names the moment: what the type's connection still receives or
-  // reports from now on is dropped. It posts @p farewell, the type's cleanup event.
+  // reports from now on is dropped. It posts @p farewell, the type's cleanup event. Throws for want
+  // of memory, with nothing changed; from then on leaving cannot fail.
   std::shared_ptr<SdkDeparture> beginDeparture(std::shared_ptr<SdkClientEvent> farewell);
   // The second waits for the worker to send what is queued and to retire the type. A worker that
   // does not get there in time (daemon absent, silent or not reading, another type's connect or
@@ -56,7 +62,7 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   static void finishDeparture(SdkDeparture& departure);
   // Instead of the second half when nobody can wait for the worker, which retires the type when it
   // gets there: a connection that stands gets the farewell and is closed here and now.
-  static void leaveDepartureToWorker(SdkDeparture& departure);
+  static void abandonDeparture(SdkDeparture& departure);
 
   void connectOrbSdkClient(OrbSdkClientType type) override;
   bool isConnected(OrbSdkClientType type) override;
@@ -76,11 +82,13 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
                                                  std::shared_ptr<SdkClientEvent> event);
   static std::shared_ptr<SdkClient> startInstance(OrbSdkClientType type, Listener listener,
                                                   std::shared_ptr<SdkClientEvent> event);
-  static void abandonDeparture(SdkDeparture& departure);
+  void cancelJoining(OrbSdkClientType type);
   bool mayBidFarewell(SdkDeparture& departure);
   void bidFarewell(SdkDeparture& departure, const Session& session);
   void addListener(OrbSdkClientType type);
   Session sessionLeavingWith(const SdkDeparture& departure);
+  // The oldest departure of @p type, or empty.
+  std::shared_ptr<SdkDeparture> firstDeparture(OrbSdkClientType type) const ORB_REQUIRES(mLock);
   Session createOrbSdkClient(ProcessId id);
   Session sessionOf(OrbSdkClientType type);
   Session sessionToConnect(OrbSdkClientType type);
@@ -108,6 +116,6 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   OrbSdkClientType mSending ORB_GUARDED_BY(mLock) = OrbSdkClientType::None;  // whose turn it is
   Condition mTurnEnded;
   std::map<ProcessId, Session> mOrbIpcSession ORB_GUARDED_BY(mLock);
-  std::map<OrbSdkClientType, std::deque<std::shared_ptr<SdkDeparture>>> mDepartures
-      ORB_GUARDED_BY(mLock);
+  using Departures = std::list<std::shared_ptr<SdkDeparture>>;
+  Departures mDepartures ORB_GUARDED_BY(mLock);  // of all types, oldest first
 };

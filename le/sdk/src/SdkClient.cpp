@@ -9,8 +9,7 @@
 #include "SdkClientEndpoint.h"
 #include "SdkLog.h"
 
-SdkClient::SdkClient(std::unique_ptr<OrbTimer> timer,
-                     std::unique_ptr<orb::utils::EventManager> eventManager)
+SdkClient::SdkClient(std::unique_ptr<OrbTimer> timer, OwnedEventManager eventManager)
     : SdkClientLoop(std::move(timer), std::move(eventManager)),
       SdkClientBase(mOwnedTimer.get(), mOwnedEventManager.get()) {}
 
@@ -38,9 +37,8 @@ SdkClient::Session SdkClient::sessionToConnect(OrbSdkClientType type) {
   Session session = sessionOf(type);
   if (!session) session = createOrbSdkClient(endpointOf(type));
   const LockGuard lock(mLock);
-  const auto& departures = mDepartures[type];
-  if (!departures.empty()) {
-    if (departures.front()->patienceOver()) return nullptr;
+  if (const auto departure = firstDeparture(type)) {
+    if (departure->patienceOver()) return nullptr;
     session->mute();
     session->stopRetrying();
   }
@@ -73,8 +71,7 @@ void SdkClient::handleConnectionStatus(bool connected, OrbSdkClientType type,
     const LockGuard lock(mLock);
     if (session && session->muted()) return;
     if (connected) {
-      const auto found = mListeners.find(type);
-      if (found != mListeners.end()) listeners.insert(*found);
+      listeners[0] = knownListener(type);
     } else {
       listeners = mListeners;
     }
@@ -119,8 +116,7 @@ SdkClient::SendTurn::SendTurn(SdkClient& client, OrbSdkClientType type,
                               const std::vector<uint8_t>& blob)
     : mClient(client) {
   const LockGuard lock(client.mLock);
-  const auto& departures = client.mDepartures[type];
-  const auto departure = departures.empty() ? nullptr : departures.front();
+  const auto departure = client.firstDeparture(type);
   mGranted = !departure || !departure->patienceOver();
   if (!mGranted) return;
   client.mSending = type;
@@ -140,14 +136,11 @@ void SdkClient::handleSendBlobMessage(const std::shared_ptr<SendBlobMessage>& ms
   SDK_LOG(kSdkClientTag, "handleSendBlobMessage");
   if (!msg) return;
   const OrbSdkClientType type = convertSdkTypeToSdk(msg->type());
-  Listener listener;
-  bool known = false;
+  ListenerRef listener;
   {
     const LockGuard lock(mLock);
     if (session && session->muted()) return;
-    const auto found = mListeners.find(type);
-    known = found != mListeners.end();
-    if (known) listener = found->second;
+    listener = knownListener(type);
   }
-  deliverBlob(type, known, listener, msg->blob());
+  deliverBlob(type, listener, msg->blob());
 }

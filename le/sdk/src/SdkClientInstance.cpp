@@ -4,6 +4,7 @@
 #include <errno.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -69,22 +70,13 @@ ProcessId endpointOf(OrbSdkClientType type) {
   }
 }
 
-SdkClientLoop::SdkClientLoop(std::unique_ptr<OrbTimer> timer,
-                             std::unique_ptr<orb::utils::EventManager> eventManager)
-    : mOwnedTimer(std::move(timer)), mOwnedEventManager(std::move(eventManager)) {}
-
-// The worker has ended, so the removals that wait for its next pass get that pass here. The manager
-// leaves its own two descriptors open; they are closed once nothing refers to them.
-SdkClientLoop::~SdkClientLoop() {
-  orb::utils::EventManager& manager = *mOwnedEventManager;
-  const int wakeFd = manager.wakeFd();
-  const int removeFd = manager.removeFd();
-  manager.lockRecursiveMutex();
-  orb::utils::EventManager::processRemove(removeFd, &manager);
-  manager.unlockRecursiveMutex();
-  mOwnedEventManager.reset();
-  close(wakeFd);
-  close(removeFd);
+void EventManagerCloser::operator()(orb::utils::EventManager* manager) const {
+  const UniqueFd wakeFd(manager->wakeFd());
+  const UniqueFd removeFd(manager->removeFd());
+  manager->lockRecursiveMutex();
+  orb::utils::EventManager::processRemove(removeFd.get(), manager);
+  manager->unlockRecursiveMutex();
+  delete manager;
 }
 
 std::shared_ptr<SdkClient> SdkClient::getInstance(OrbSdkClientType type, Listener listener,
@@ -107,8 +99,9 @@ std::shared_ptr<SdkClient> SdkClient::getInstance(OrbSdkClientType type, Listene
 std::shared_ptr<SdkClient> SdkClient::startInstance(OrbSdkClientType type, Listener listener,
                                                     std::shared_ptr<SdkClientEvent> event) {
   initLogOnce();
-  auto instance = std::make_shared<SdkClient>(std::make_unique<OrbTimer>(nullptr),
-                                              std::make_unique<orb::utils::EventManager>());
+  auto timer = std::make_unique<OrbTimer>(nullptr);
+  OwnedEventManager eventManager(new orb::utils::EventManager);
+  auto instance = std::make_shared<SdkClient>(std::move(timer), std::move(eventManager));
   instance->activateType(type);
   instance->setClientListener(type, std::move(listener));
   const bool started = instance->canHandle() && instance->start(type, std::move(event));
@@ -144,11 +137,29 @@ std::shared_ptr<SdkClient> SdkClient::joinInstance(const std::shared_ptr<SdkClie
   }
   SDK_LOG_AS(kSdkClientTag, kUnit, kGetInstance,
              "Instance is available and already running, post event.");
-  instance->setClientListener(type, std::move(listener));
-  instance->postEvent(std::move(event));
+  try {
+    auto posting = prepare(std::move(event));
+    instance->setClientListener(type, std::move(listener));
+    instance->post(std::move(posting));
+  } catch (const std::bad_alloc&) {
+    instance->cancelJoining(type);
+    return nullptr;
+  }
   instance->notifyServiceUp(type);
   instance->addListener(type);
   return instance;
+}
+
+// Nothing was posted for this user of @p type, so no event will retire it.
+void SdkClient::cancelJoining(OrbSdkClientType type) {
+  std::shared_ptr<SdkClient> former;
+  bool last = false;
+  {
+    const LockGuard lock(state().lock);
+    last = SdkClientBase::retireType(type);
+    if (last && state().mInstance.get() == this) former.swap(state().mInstance);
+  }
+  if (last) mEventManager->wake();  // the others left meanwhile: the worker has to notice
 }
 
 void SdkClient::addListener(OrbSdkClientType type) {
@@ -177,16 +188,18 @@ std::shared_ptr<SdkDeparture> SdkClient::beginDeparture(std::shared_ptr<SdkClien
   const OrbSdkClientType type = farewell->type;
   auto departure = std::make_shared<SdkDeparture>(
       farewell, std::static_pointer_cast<SdkClient>(shared_from_this()));
+  Departures entry{departure};
+  auto posting = prepare(std::move(farewell));
   {
     const LockGuard lock(mLock);
-    mDepartures[type].push_back(departure);
+    mDepartures.splice(mDepartures.end(), entry);
     const auto found = mOrbIpcSession.find(endpointOf(type));
     if (found != mOrbIpcSession.end() && found->second) {
       found->second->mute();
       found->second->stopRetrying();
     }
   }
-  postEvent(std::move(farewell));
+  post(std::move(posting));
   return departure;
 }
 
@@ -200,10 +213,9 @@ void SdkClient::finishDeparture(SdkDeparture& departure) {
   if (departure.wasLast()) departure.mClient->mLife->awaitEnd(kThreadEnd);
 }
 
-void SdkClient::leaveDepartureToWorker(SdkDeparture& departure) { abandonDeparture(departure); }
-
 void SdkClient::abandonDeparture(SdkDeparture& departure) {
   departure.startPatience(std::chrono::milliseconds(0));
+  departure.mClient->wakeForUncounted();  // lest the worker does not know of the farewell
   if (const Session session = departure.mClient->sessionLeavingWith(departure)) {
     departure.mClient->bidFarewell(departure, session);
     session->beginClose();
@@ -235,16 +247,20 @@ void SdkClient::bidFarewell(SdkDeparture& departure, const Session& session) {
 // the type's connection is its successor's.
 SdkClient::Session SdkClient::sessionLeavingWith(const SdkDeparture& departure) {
   const LockGuard lock(mLock);
-  const auto& departures = mDepartures[departure.mType];
-  if (departures.empty() || departures.front().get() != &departure) return nullptr;
+  if (firstDeparture(departure.mType).get() != &departure) return nullptr;
   const auto found = mOrbIpcSession.find(endpointOf(departure.mType));
   return found == mOrbIpcSession.end() ? nullptr : found->second;
 }
 
 bool SdkClient::isLeaving(OrbSdkClientType type) {
   const LockGuard lock(mLock);
-  const auto found = mDepartures.find(type);
-  return found != mDepartures.end() && !found->second.empty();
+  return firstDeparture(type) != nullptr;
+}
+
+std::shared_ptr<SdkDeparture> SdkClient::firstDeparture(OrbSdkClientType type) const {
+  const auto found = std::find_if(mDepartures.begin(), mDepartures.end(),
+                                  [type](const auto& each) { return each->mType == type; });
+  return found == mDepartures.end() ? nullptr : *found;
 }
 
 // On the worker, after the farewell of @p type. Ends the connection and, with the last type, makes
@@ -264,11 +280,8 @@ bool SdkClient::retireType(OrbSdkClientType type) {
       session.swap(found->second);
       mOrbIpcSession.erase(found);
     }
-    auto& departures = mDepartures[type];
-    if (!departures.empty()) {
-      departure = std::move(departures.front());
-      departures.pop_front();
-    }
+    departure = firstDeparture(type);
+    mDepartures.remove(departure);
   }
   if (session) session->beginClose();
   if (last) SDK_LOG_AS(kSdkClientTag, kUnit, kDestroyInstance, "cleaning mInstance");

@@ -93,7 +93,12 @@ int64_t Lce::setReportingCriteria(const LceReportingCriteria& criteria, LceRepor
   {
     const LockGuard lock(mLock);
     id = getNextUniqueId();
-    mPendingCriteriaCbs.emplace(id, cb);
+    try {
+      mPendingCriteriaCbs.emplace(id, cb);
+    } catch (...) {
+      mUsedIds.erase(id);
+      throw;
+    }
   }
   const int64_t result = request(criteriaMessage(criteria, id), [&] { forget(id); });
   return result == kRequestDone ? id : result;

@@ -42,6 +42,17 @@ bool Service::open(const ServiceTable& table, const OpeningPoints& points,
     points.nullCallback.print(table.source);
     return false;
   }
+  try {
+    return join(table, points, member, cb);
+  } catch (const std::bad_alloc&) {
+    reportFailure(cb);
+    return false;
+  }
+}
+
+template <class Callback>
+bool Service::join(const ServiceTable& table, const OpeningPoints& points,
+                   Callback Service::*member, Callback cb) {
   for (;;) {
     const std::shared_ptr<Service> object = obtain(table);
     if (!object) {

@@ -3,10 +3,27 @@
 #pragma once
 
 #include <functional>
+#include <new>
 #include <thread>
+#include <utility>
+
+namespace orb::utils {
+
+// startThread() for a body that is ready.
+bool startThreadWith(std::thread& out, const char* name, std::function<void()> body);
+
+}  // namespace orb::utils
 
 // Starts a library thread: named (15 characters at most), with every signal blocked except the
 // synchronous ones and SIGUSR1, so that no handler of the application runs on it and a closed
 // socket cannot raise SIGPIPE there. An exception that reaches the end of @p body is logged and
-// swallowed. Returns false, with @p out untouched, when the system has no thread to give.
-bool startThread(std::thread& out, const char* name, std::function<void()> body);
+// swallowed. Returns false, with @p out untouched, when the system has no thread or no memory to
+// give; it never throws.
+template <class Body>
+bool startThread(std::thread& out, const char* name, Body&& body) {
+  try {
+    return orb::utils::startThreadWith(out, name, std::forward<Body>(body));
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}

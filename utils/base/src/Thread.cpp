@@ -46,7 +46,7 @@ void runBody(const std::string& name, const std::function<void()>& body) noexcep
 
 }  // namespace
 
-bool startThread(std::thread& out, const char* name, std::function<void()> body) {
+bool orb::utils::startThreadWith(std::thread& out, const char* name, std::function<void()> body) {
   const BlockedSignals inherited;  // the new thread starts with the mask of its creator
   try {
     std::string shortName = std::string(name).substr(0, 15);

@@ -14,6 +14,8 @@
 #include <set>
 #include <string>
 
+#include "UniqueFd.h"
+
 class OrbTimer;
 
 namespace orb::utils {
@@ -22,8 +24,8 @@ using EventCallback = void (*)(int fd, void* data);  // the descriptor is readab
 using CloseCallback = void (*)(int fd, void* data);  // the handler has been removed
 using CloseFunc = void (*)(void* data);              // called in place of close(fd)
 
-// One removal that waits for the loop thread. Shared by the manager's table and the removal pass
-// that is working it off; never changed once made, so it needs no lock of its own.
+// One removal that waits for the loop thread. Made with the registration, so that no removal ever
+// lacks the memory for it, filled when it is queued and constant from then on.
 struct EventManagerUpdate {
   int fd;
   bool closeFd;  // the pass also closes the descriptor, or calls `closeFunc` to do so
@@ -70,12 +72,15 @@ class RecursiveMutex {
 // Logs straight to the platform log, without a tag.
 class EventManager {
  public:
+  using Updates = std::map<int, std::shared_ptr<EventManagerUpdate>>;
+
   // One per registered descriptor. `data` is the registrar's and goes to both callbacks.
   struct HandlerObject {
     EventCallback callback;
     CloseCallback closeCallback;
     void* data;
     bool watched;  // epoll has taken the descriptor
+    Updates::node_type removal;
   };
 
   // Ends the process with exit(-1) when a descriptor cannot be had: the owner has no way to go on
@@ -145,20 +150,22 @@ class EventManager {
 
  private:
   using Lock = std::unique_lock<RecursiveMutex>;
-  using Updates = std::map<int, std::shared_ptr<EventManagerUpdate>>;
 
   static constexpr int kMaxEvents = 4;
 
   void dispatch(int index, int fd, uint32_t events);
   void dispatchReadable(int fd, Lock lock);
-  void queueUpdate(int fd, bool closeFd, CloseFunc closeFunc, void* closeData);  // mutex held
-  HandlerObject takeHandler(int fd);  // mutex held, `fd` has a handler
+  // The mutex is held for all four.
+  HandlerObject& record(int fd);
+  static Updates::node_type newUpdate(int fd);
+  void queueUpdate(Updates::node_type queued, const EventManagerUpdate& update);
+  HandlerObject takeHandler(int fd);  // `fd` has a handler
   void runUpdates(const Updates& updates) const;
 
   mutable RecursiveMutex mMutex;
 
   // Set by the constructor, constant from then on.
-  int mEpollFd = -1;
+  UniqueFd mEpollFd;
   int mWakeFd = -1;
   int mRemoveFd = -1;
 

@@ -8,10 +8,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
+#include "HardStop.h"
 #include "OrbTimer.h"
 
 namespace orb::utils {
@@ -33,12 +33,6 @@ constexpr EventName kEventNames[] = {
     {EPOLLOUT, "EPOLLOUT "}, {EPOLLPRI, "EPOLLPRI "}, {EPOLLERR, "EPOLLERR "},
     {EPOLLHUP, "EPOLLHUP "}, {EPOLLET, "EPOLLET "},
 };
-
-// The manager cannot work without its descriptors, nor can its owner without the manager.
-[[noreturn]] void failConstruction(const char* message) {
-  __android_log_print(ANDROID_LOG_ERROR, nullptr, "%s", message);
-  exit(-1);
-}
 
 // Adds one to an eventfd; returns what write() does.
 ssize_t addOne(int eventFd) {
@@ -64,21 +58,24 @@ void RecursiveMutex::unlock() { pthread_mutex_unlock(&mMutex); }
 
 EventManager::EventManager() {
   __android_log_print(ANDROID_LOG_DEBUG, nullptr, "EventManager: ctor");
-  mEpollFd = epoll_create1(EPOLL_CLOEXEC);
-  if (mEpollFd == -1) {
-    failConstruction("Cannot create epoll instance");
+  mEpollFd.reset(epoll_create1(EPOLL_CLOEXEC));
+  if (mEpollFd.get() == -1) {
+    hardStop("Cannot create epoll instance");
   }
-  mWakeFd = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
-  if (mWakeFd == -1) {
-    failConstruction("Cannot create eventfd instance");
+  UniqueFd wakeFd(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
+  if (wakeFd.get() == -1) {
+    hardStop("Cannot create eventfd instance");
   }
-  addEventHandler(mWakeFd, clearRead, nullptr, nullptr, kInternalEvents);
-  mRemoveFd = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
-  if (mRemoveFd == -1) {
-    failConstruction("Cannot create removeFd instance");
+  addEventHandler(wakeFd.get(), clearRead, nullptr, nullptr, kInternalEvents);
+  UniqueFd removeFd(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
+  if (removeFd.get() == -1) {
+    hardStop("Cannot create removeFd instance");
   }
-  addEventHandler(mRemoveFd, processRemove, nullptr, nullptr, kInternalEvents);
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "EventManager is ready. epollFd:%d", mEpollFd);
+  addEventHandler(removeFd.get(), processRemove, nullptr, nullptr, kInternalEvents);
+  mWakeFd = wakeFd.release();
+  mRemoveFd = removeFd.release();
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "EventManager is ready. epollFd:%d",
+                      mEpollFd.get());
 }
 
 EventManager::~EventManager() {
@@ -86,7 +83,6 @@ EventManager::~EventManager() {
   // Queues both for a pass that will not come: see wakeFd() for who closes them.
   immediatelyRemoveEventHandler(mWakeFd);
   immediatelyRemoveEventHandler(mRemoveFd);
-  close(mEpollFd);
 }
 
 bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
@@ -100,18 +96,40 @@ bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
     __android_log_print(ANDROID_LOG_WARN, nullptr, "fd=%d is already in handlers", fd);
     return false;
   }
+  HandlerObject& handler = record(fd);
   epoll_event event{};
   event.events = static_cast<uint32_t>(events);
   event.data.fd = fd;
-  const bool watched = epoll_ctl(mEpollFd, EPOLL_CTL_ADD, fd, &event) == 0;
+  const bool watched = epoll_ctl(mEpollFd.get(), EPOLL_CTL_ADD, fd, &event) == 0;
   if (watched) {
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Added event handler %d", fd);
   } else {
     __android_log_print(ANDROID_LOG_ERROR, nullptr, "Cannot add event handler. err:%d", errno);
   }
-  mHandlers[fd] = HandlerObject{callback, closeCallback, data, watched};
-  addApprovedFd(fd);
+  handler.callback = callback;
+  handler.closeCallback = closeCallback;
+  handler.data = data;
+  handler.watched = watched;
   return true;
+}
+
+// Everything that a registration and its later removal need memory for, or nothing.
+EventManager::HandlerObject& EventManager::record(int fd) {
+  HandlerObject handler{};
+  handler.removal = newUpdate(fd);
+  addApprovedFd(fd);
+  try {
+    return mHandlers.emplace(fd, std::move(handler)).first->second;
+  } catch (...) {
+    remApprovedFd(fd);
+    throw;
+  }
+}
+
+EventManager::Updates::node_type EventManager::newUpdate(int fd) {
+  Updates one;
+  one.emplace(fd, std::make_shared<EventManagerUpdate>());
+  return one.extract(fd);
 }
 
 bool EventManager::isWatched(int fd) const {
@@ -126,9 +144,9 @@ void EventManager::removeEventHandler(int fd, bool closeFd, CloseFunc closeFunc,
   if (mHandlers.count(fd) == 0) {
     return;
   }
-  const HandlerObject handler = takeHandler(fd);
+  HandlerObject handler = takeHandler(fd);
   remApprovedFd(fd);
-  queueUpdate(fd, closeFd, closeFunc, closeData);
+  queueUpdate(std::move(handler.removal), {fd, closeFd, closeFunc, closeData});
   lock.unlock();
   if (handler.closeCallback != nullptr) {
     handler.closeCallback(fd, handler.data);
@@ -140,8 +158,11 @@ void EventManager::immediatelyRemoveEventHandler(int fd) {
   __android_log_print(ANDROID_LOG_DEBUG, nullptr, "immediatelyRemoveEventHandler(int fd: %d) EX",
                       fd);
   remApprovedFd(fd);
-  queueUpdate(fd, /*closeFd=*/true, nullptr, nullptr);
-  if (mHandlers.count(fd) == 0) {
+  const auto found = mHandlers.find(fd);
+  const bool known = found != mHandlers.end();
+  queueUpdate(known ? std::move(found->second.removal) : newUpdate(fd),
+              {fd, /*closeFd=*/true, nullptr, nullptr});
+  if (!known) {
     return;
   }
   const HandlerObject handler = takeHandler(fd);
@@ -152,7 +173,7 @@ void EventManager::immediatelyRemoveEventHandler(int fd) {
 }
 
 EventManager::HandlerObject EventManager::takeHandler(int fd) {
-  const HandlerObject handler = mHandlers.at(fd);
+  HandlerObject handler = std::move(mHandlers.at(fd));
   const size_t erased = mHandlers.erase(fd);
   if (erased != 1) {
     __android_log_print(ANDROID_LOG_ERROR, nullptr, "handlers.erase for fd %d returned %ld!", fd,
@@ -161,9 +182,10 @@ EventManager::HandlerObject EventManager::takeHandler(int fd) {
   return handler;
 }
 
-void EventManager::queueUpdate(int fd, bool closeFd, CloseFunc closeFunc, void* closeData) {
-  mUpdates[fd] =
-      std::make_shared<EventManagerUpdate>(EventManagerUpdate{fd, closeFd, closeFunc, closeData});
+void EventManager::queueUpdate(Updates::node_type queued, const EventManagerUpdate& update) {
+  *queued.mapped() = update;
+  mUpdates.erase(update.fd);
+  mUpdates.insert(std::move(queued));
   const ssize_t result = addOne(mRemoveFd);
   if (result != static_cast<ssize_t>(sizeof(uint64_t))) {
     __android_log_print(ANDROID_LOG_ERROR, nullptr,
@@ -174,7 +196,7 @@ void EventManager::queueUpdate(int fd, bool closeFd, CloseFunc closeFunc, void* 
 
 void EventManager::processEvents(OrbTimer* timer) {
   const int timeout = timer != nullptr ? timer->timeUntilNextEvent() : kWaitForever;
-  const int count = epoll_wait(mEpollFd, mEvents.data(), kMaxEvents, timeout);
+  const int count = epoll_wait(mEpollFd.get(), mEvents.data(), kMaxEvents, timeout);
   if (count == -1) {
     __android_log_print(ANDROID_LOG_ERROR, nullptr, "epoll_wait error");
     return;
@@ -235,11 +257,12 @@ void EventManager::dispatchReadable(int fd, Lock lock) {
     immediatelyRemoveEventHandler(fd);
     return;
   }
-  const HandlerObject handler = found->second;
+  const EventCallback callback = found->second.callback;
+  void* const data = found->second.data;
   __android_log_print(ANDROID_LOG_DEBUG, nullptr,
                       "file descriptor '%d' is processing events [callback:%p, data:%p]", fd,
-                      reinterpret_cast<void*>(handler.callback), handler.data);
-  if (handler.callback == nullptr) {
+                      reinterpret_cast<void*>(callback), data);
+  if (callback == nullptr) {
     __android_log_print(ANDROID_LOG_ERROR, nullptr,
                         "no callback registered fd:%d. SHOULD NOT HAPPEN.", fd);
     lock.unlock();
@@ -247,7 +270,7 @@ void EventManager::dispatchReadable(int fd, Lock lock) {
     return;
   }
   lock.unlock();
-  handler.callback(fd, handler.data);
+  callback(fd, data);
 }
 
 std::string EventManager::eventNames(uint32_t events) {
@@ -265,13 +288,14 @@ void EventManager::processRemove(int fd, void* manager) {
   __android_log_print(ANDROID_LOG_DEBUG, nullptr, "processRemove enter");
   for (;;) {
     Lock lock(self.mMutex);
-    const Updates updates = self.mUpdates;
+    Updates updates;
+    updates.swap(self.mUpdates);
     lock.unlock();
     self.runUpdates(updates);
     lock.lock();
     for (const auto& update : updates) {
       __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Clearing local update FD:%d", update.first);
-      self.mUpdates.erase(update.first);
+      self.mUpdates.erase(update.first);  // asked for again meanwhile: this pass was for that, too
     }
     if (self.mUpdates.empty()) {
       clearRead(fd, nullptr);
@@ -287,7 +311,7 @@ void EventManager::processRemove(int fd, void* manager) {
 void EventManager::runUpdates(const Updates& updates) const {
   for (const auto& [fd, update] : updates) {
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "removing %d from epollFd", fd);
-    if (epoll_ctl(mEpollFd, EPOLL_CTL_DEL, fd, nullptr) == -1) {
+    if (epoll_ctl(mEpollFd.get(), EPOLL_CTL_DEL, fd, nullptr) == -1) {
       __android_log_print(ANDROID_LOG_ERROR, nullptr, "Cannot remove event handler errno %d",
                           errno);
     }

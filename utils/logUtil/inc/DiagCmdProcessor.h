@@ -16,7 +16,8 @@
 // written on the thread that logs. mMutex guards the handler and is not held while it runs.
 class DiagCmdProcessor {
  public:
-  // Gets the command's payload, fills the response and tells whether it could be decoded.
+  // Gets the command's payload, fills the response and tells whether it could be decoded. Throws
+  // nothing: its caller is the diagnostic service, which is no C++.
   using Handler = std::function<bool(unsigned char* request, unsigned short length,
                                      std::vector<unsigned char>& response)>;
 
@@ -42,5 +43,6 @@ class DiagCmdProcessor {
   static NeverDestroyed<std::shared_ptr<DiagCmdProcessor>> mSelf;
 
   Mutex mMutex;
-  Handler handler ORB_GUARDED_BY(mMutex);
+  // Shared, because a copy would need memory when the command comes.
+  std::shared_ptr<const Handler> handler ORB_GUARDED_BY(mMutex) = std::make_shared<const Handler>();
 };

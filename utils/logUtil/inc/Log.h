@@ -139,6 +139,7 @@ class Log {
   void queueRecord(const LogRecord& stamped, std::string_view message);
 
   void initLogEncryption();
+  bool configureEncryption(int fd);
   bool startEncryption(const std::vector<uint8_t>& aesKey, std::vector<uint8_t> wrapped,
                        uint64_t recordLimit, uint8_t fileLimit);
   void stopEncryption();

@@ -20,12 +20,26 @@ class ThreadSafeQueue {
     mNotEmpty.notify_one();
   }
 
-  // Waits until there is an item and takes the oldest.
-  void waitAndPop(T& item) {
+  // Waits until there is an item and takes the oldest; false when there is none and the queue has
+  // been ended.
+  bool waitAndPop(T& item) {
     UniqueLock lock(mMutex);
-    mNotEmpty.wait(lock, [this]() ORB_REQUIRES(mMutex) { return !mItems.empty(); });
+    mNotEmpty.wait(lock, [this]() ORB_REQUIRES(mMutex) { return mEnded || !mItems.empty(); });
+    if (mItems.empty()) return false;
     item = std::move(mItems.front());
     mItems.pop_front();
+    return true;
+  }
+
+  // Nobody waits any more, until begin().
+  void end() {
+    LockGuard lock(mMutex);
+    mEnded = true;
+    mNotEmpty.notify_all();
+  }
+  void begin() {
+    LockGuard lock(mMutex);
+    mEnded = false;
   }
 
   // Takes the oldest item; false when there is none.
@@ -46,4 +60,5 @@ class ThreadSafeQueue {
   mutable Mutex mMutex;
   Condition mNotEmpty;
   std::deque<T> mItems ORB_GUARDED_BY(mMutex);
+  bool mEnded ORB_GUARDED_BY(mMutex) = false;
 };

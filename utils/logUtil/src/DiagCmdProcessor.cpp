@@ -38,9 +38,10 @@ std::shared_ptr<DiagCmdProcessor> DiagCmdProcessor::getInstance() {
 }
 
 void DiagCmdProcessor::initialize(Handler newHandler) {
+  auto exchanged = std::make_shared<const Handler>(std::move(newHandler));
   {
     LockGuard lock(mMutex);
-    handler.swap(newHandler);
+    handler.swap(exchanged);
   }
   Diag_LSM_Init(nullptr);
   diagpkt_tbl_reg(&kCommandTable);
@@ -49,7 +50,7 @@ void DiagCmdProcessor::initialize(Handler newHandler) {
 void* DiagCmdProcessor::diagCmdHandler(void* request, unsigned short length) {
   if (request == nullptr || length == 0) return nullptr;
   const std::shared_ptr<DiagCmdProcessor> self = getInstance();
-  Handler current;
+  std::shared_ptr<const Handler> current;
   {
     LockGuard lock(self->mMutex);
     current = self->handler;
@@ -57,7 +58,7 @@ void* DiagCmdProcessor::diagCmdHandler(void* request, unsigned short length) {
   std::vector<unsigned char> response;
   // Without a handler this throws: registering the command before initialize() is a programming
   // error.
-  const bool ok = current(static_cast<unsigned char*>(request), length, response);
+  const bool ok = (*current)(static_cast<unsigned char*>(request), length, response);
   __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Orb-Diag: retVal: %d, size: %d", ok ? 1 : 0,
                       static_cast<int>(response.size()));
   return nullptr;

@@ -123,12 +123,7 @@ void Log::dMapLog(int level, const std::string& message) {
 }
 
 void Log::requestDumpWhenFull() {
-  if (records.size() < kFullQueue) return;
-  try {
-    addDumpRequest(BUFFER_IS_FULL);
-  } catch (const std::bad_alloc&) {
-    // The next record asks again.
-  }
+  if (records.size() >= kFullQueue) addDumpRequest(BUFFER_IS_FULL);
 }
 
 void Log::queueRecord(const LogRecord& stamped, std::string_view message) {
@@ -141,7 +136,14 @@ void Log::queueRecord(const LogRecord& stamped, std::string_view message) {
   }
 }
 
-void Log::addDumpRequest(DumpRequestType type) { dumpRequests.push(type); }
+void Log::addDumpRequest(DumpRequestType type) {
+  try {
+    dumpRequests.push(type);
+  } catch (const std::bad_alloc&) {
+    // Other reasons to dump come again.
+    if (type == SHUTDOWN) dumpRequests.end();
+  }
+}
 
 void Log::writeToDiag(const std::string& entry) { DiagCmdProcessor::writeToDiag(entry); }
 

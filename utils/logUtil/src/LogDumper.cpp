@@ -4,6 +4,7 @@
 // The two threads of Log.
 #include <android/log.h>
 
+#include "DiagCmdProcessor.h"
 #include "Log.h"
 
 namespace {
@@ -30,12 +31,8 @@ const char* requestName(Log::DumpRequestType type) {
 }  // namespace
 
 void Log::dumper() {
-  for (;;) {
-    DumpRequestType request = SHUTDOWN;
-    dumpRequests.waitAndPop(request);
-    if (request == SHUTDOWN) return;
-    dump(request);
-  }
+  DumpRequestType request = SHUTDOWN;
+  while (dumpRequests.waitAndPop(request) && request != SHUTDOWN) dump(request);
 }
 
 // Empties the record queue. Its lock is held for one record at a time, so writers go on meanwhile.
@@ -44,8 +41,9 @@ void Log::dump(DumpRequestType type) {
   const Clock::time_point start = Clock::now();
   std::shared_ptr<LogRecord> record;
   while (records.tryPop(record)) {
-    const std::string entry = record->getDiagEntry();
-    if (!entry.empty()) writeToDiag(entry);
+    char entry[LogLine::kBufferSize];
+    const size_t size = record->formatEntry(record->message, entry);
+    if (size > 0) DiagCmdProcessor::writeToDiag({entry, size});
   }
   const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
   addLogRecord(ANDROID_LOG_DEBUG, "ORB", kSource, "dumper", kDumpCompletedLine,

@@ -85,21 +85,28 @@ void Log::initLogEncryption() {
   // Not waiting for a writer, should the name be a pipe's.
   const UniqueFd file(open(kConfigFile, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.get() < 0) return;
-  const std::string config = readStart(file.get(), kConfigHeadSize + kMaxPemSize);
+  bool done = false;
+  try {
+    done = configureEncryption(file.get());
+  } catch (const std::bad_alloc&) {
+  }
+  if (done) return;
+  stopEncryption();
+  printToAdb(ANDROID_LOG_ERROR, "ORB", kSource, "initLogEncryption", kInitFailedLine,
+             "C-Logging Init failed");
+}
+
+bool Log::configureEncryption(int fd) {
+  const std::string config = readStart(fd, kConfigHeadSize + kMaxPemSize);
   std::string pem = config.size() > kConfigHeadSize ? config.substr(kConfigHeadSize) : "";
 
   struct Secret : std::vector<uint8_t> {
     ~Secret() { wipe(*this); }
   } aesKey;
   std::vector<uint8_t> wrapped;
-  const bool done =
-      initializeKeys(file.get(), aesKey, wrapped, pem) &&
-      startEncryption(aesKey, std::move(wrapped), littleEndian(config, 0, kRecordsSize),
-                      static_cast<uint8_t>(littleEndian(config, kRecordsSize, 1)));
-  if (!done) {
-    printToAdb(ANDROID_LOG_ERROR, "ORB", kSource, "initLogEncryption", kInitFailedLine,
-               "C-Logging Init failed");
-  }
+  return initializeKeys(fd, aesKey, wrapped, pem) &&
+         startEncryption(aesKey, std::move(wrapped), littleEndian(config, 0, kRecordsSize),
+                         static_cast<uint8_t>(littleEndian(config, kRecordsSize, 1)));
 }
 
 bool Log::startEncryption(const std::vector<uint8_t>& aesKey, std::vector<uint8_t> wrapped,

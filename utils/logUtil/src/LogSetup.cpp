@@ -34,6 +34,15 @@ constexpr std::chrono::milliseconds kExitPatience(200);
 // Log point: a line number that log consumers rely on.
 constexpr int kCannotOpenHookLine = 225;
 
+// Logging never fails its caller: a step for which there is no memory is done without.
+template <class Step>
+void ifMemoryAllows(const Step& step) {
+  try {
+    step();
+  } catch (const std::bad_alloc&) {
+  }
+}
+
 }  // namespace
 
 std::atomic<Log::AlogFunction> Log::orb_alog_fn{nullptr};
@@ -60,17 +69,13 @@ const LoadedLog loadedLog;
 }  // namespace
 
 void Log::init(const char* tag) {
-  setTag(tag);
+  ifMemoryAllows([&] { setTag(tag); });
   {
     LockGuard lock(lifecycleMutex);
     if (initialised || changing) return;
     changing = true;
   }
-  try {
-    setUp(tag);
-  } catch (const std::bad_alloc&) {
-    // What there was no memory for is done without.
-  }
+  setUp(tag);
   {
     LockGuard lock(lifecycleMutex);
     initialised = true;
@@ -81,11 +86,11 @@ void Log::init(const char* tag) {
 
 void Log::setUp(const char* tag) {
   readProperties();
-  registerDiagCommand();
-  loadHook();
-  setTag(tag);
-  initLogEncryption();
-  startThreads();
+  ifMemoryAllows([&] { registerDiagCommand(); });
+  ifMemoryAllows([&] { loadHook(); });
+  ifMemoryAllows([&] { setTag(tag); });
+  ifMemoryAllows([&] { initLogEncryption(); });
+  ifMemoryAllows([&] { startThreads(); });
 }
 
 void Log::releaseAtExit() {
@@ -141,7 +146,8 @@ void Log::registerDiagCommand() {
   DiagCmdProcessor::getInstance()->initialize(
       [](unsigned char* request, unsigned short length, std::vector<unsigned char>& response) {
         Log* const log = Log::getInstance();
-        const bool ok = log->decodeBuff(request, length, response);
+        bool ok = false;
+        ifMemoryAllows([&] { ok = log->decodeBuff(request, length, response); });
         log->addDumpRequest(USER_COMMAND);
         return ok;
       });
@@ -193,6 +199,7 @@ void Log::eintrTestHandler(int signalNumber) {
 // A thread that cannot be had is done without: logging goes on, records may have to wait.
 void Log::startThreads() {
   threadsProcess = getpid();
+  dumpRequests.begin();
   const auto ended = std::make_shared<Semaphore>();
   dumperEnded = ended;
   auto dumperHandle = std::make_unique<std::thread>();

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 
 #include "Mutex.h"
 #include "OrbIpcSession.h"
@@ -32,5 +33,6 @@ class OrbIpcClientSession : public OrbIpcSession {
  private:
   std::atomic<bool> mMuted{false};
   Mutex mCallbackLock;
-  ConnectionCallback mCallback ORB_GUARDED_BY(mCallbackLock);
+  // Shared, because a copy would need memory when the connection is lost.
+  std::shared_ptr<const ConnectionCallback> mCallback ORB_GUARDED_BY(mCallbackLock);
 };

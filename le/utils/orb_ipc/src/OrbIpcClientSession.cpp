@@ -21,7 +21,7 @@ OrbIpcClientSession::OrbIpcClientSession(ProcessId own, bool ownThread)
 
 OrbIpcClientSession::~OrbIpcClientSession() {
   ORB_LOGI("dtor: ENTER[ %x]", shortAddress(this));
-  ConnectionCallback dropped;
+  std::shared_ptr<const ConnectionCallback> dropped;
   {
     const LockGuard lock(mCallbackLock);
     dropped.swap(mCallback);
@@ -32,20 +32,21 @@ OrbIpcClientSession::~OrbIpcClientSession() {
 }
 
 void OrbIpcClientSession::connectToServer(ConnectionCallback callback) {
+  auto exchanged = std::make_shared<const ConnectionCallback>(std::move(callback));
   {
     const LockGuard lock(mCallbackLock);
-    mCallback.swap(callback);
+    mCallback.swap(exchanged);
   }
-  callback = nullptr;  // the former one goes outside the lock
+  exchanged.reset();  // the former one goes outside the lock
   postToSelf(std::make_shared<OrbIpcConnectToServerMessage>());
 }
 
 void OrbIpcClientSession::notifyConnectionStatus(bool connected) {
   ORB_LOGI("notifyConnectionStatus: %d", connected ? 1 : 0);
-  ConnectionCallback callback;
+  std::shared_ptr<const ConnectionCallback> callback;
   {
     const LockGuard lock(mCallbackLock);
     callback = mCallback;
   }
-  if (callback) callback(connected);
+  if (callback && *callback) (*callback)(connected);
 }

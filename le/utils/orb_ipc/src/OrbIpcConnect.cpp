@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <new>
 #include <utility>
 
 #include "OrbIpcSession.h"
@@ -36,7 +37,12 @@ constexpr ssize_t kMaxRead = 1023;
 void OrbIpcSession::handleConnectToOrbEvent() {
   SharedSocket socket = openSocket();
   if (!socket) return;
-  const Attempt result = connectWithRetries(socket);
+  Attempt result = Attempt::Failed;
+  try {
+    result = connectWithRetries(socket);
+  } catch (const std::bad_alloc&) {
+    // An attempt like any other that has failed.
+  }
   bool signalEnd = false;
   bool closed = false;
   {
@@ -71,17 +77,18 @@ SharedSocket OrbIpcSession::openSocket() {
       return nullptr;
     }
   }
-  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  ORB_LOG_AS(3, kUnit, kConnect, "Created socket; mSocketFd: %d", fd);
-  if (fd < 0) return nullptr;
-  auto socket = std::make_shared<UniqueFd>(fd);
+  auto socket = std::make_shared<UniqueFd>();
+  auto ended = std::make_shared<Semaphore>();
+  socket->reset(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  ORB_LOG_AS(3, kUnit, kConnect, "Created socket; mSocketFd: %d", socket->get());
+  if (socket->get() < 0) return nullptr;
   const LockGuard lock(mStateLock);
   if (mClosedForGood) return nullptr;
   mSocketFd = socket;
   mConnected = false;
   mReceiverStarted = false;
   mEndSignalled = false;
-  mThreadSemaphore = std::make_shared<Semaphore>();
+  mThreadSemaphore = std::move(ended);
   return socket;
 }
 

@@ -6,6 +6,7 @@
 
 #include <sys/socket.h>
 
+#include <new>
 #include <utility>
 
 #include "Thread.h"
@@ -166,7 +167,14 @@ bool OrbIpcSession::sendAtOnce(OrbIpcMessage& msg) {
 
 void OrbIpcSession::handleSessionEnd(unsigned int sessionId) {
   ORB_LOGD("handleSessionEnd for session %u", sessionId);
-  postToSelf(std::make_shared<OrbIpcSessionEndMessage>(sessionId));
+  std::shared_ptr<OrbIpcMessage> message;
+  try {
+    message = std::make_shared<OrbIpcSessionEndMessage>(sessionId);
+  } catch (const std::bad_alloc&) {
+    endConnection(-1);  // on this thread then: the end of a connection is never missed
+    return;
+  }
+  postToSelf(std::move(message));
 }
 
 void OrbIpcSession::handleReceiverEnd(int sockFd) {

@@ -2,7 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "IpcReceiver.h"
 
-#include <android/log.h>
 #include <errno.h>
 #include <stdlib.h>
 #include <string.h>
@@ -10,6 +9,7 @@
 
 #include <algorithm>
 
+#include "HardStop.h"
 #include "Log.h"
 #include "ProcessUtils.h"
 
@@ -33,10 +33,7 @@ FrameBuffer allocateFrame(const ipcMsg_t& header) {
   void* memory = header.payloadLength <= room
                      ? calloc(1, static_cast<size_t>(header.payloadLength) + sizeof(ipcMsg_t))
                      : nullptr;
-  if (memory == nullptr) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr, "malloc failed");
-    exit(-1);
-  }
+  if (memory == nullptr) hardStop("malloc failed");
   memcpy(memory, &header, sizeof(header));
   return FrameBuffer(static_cast<ipcMsg_t*>(memory));
 }
@@ -109,6 +106,10 @@ void endSession(const SharedSocket& socket, const HandlerRef& handlerRef) {
   handler->handleReceiverEnd(socket->get());
 }
 
+void reportException(int fd) {
+  ORB_LOG_AS(6, kUnit, kReceiver, "receiver of socket %d ended by an exception", fd);
+}
+
 }  // namespace
 
 bool isReceiverThreadOf(const Semaphore* semaphore) {
@@ -119,15 +120,18 @@ void receiveFrames(SharedSocket socket, HandlerRef handler) {
   const auto semaphore = handler.semaphore();
   tSemaphoreOfThisReceiver = semaphore.get();
   const int fd = socket->get();
+  // What a handler throws ends this connection, never the thread without its last steps.
   try {
     while (receiveFrame(fd, handler)) {
     }
     ORB_LOG_AS(3, kUnit, kReceiver, "ipc recv error: %d for socket %d", errno, fd);
+  } catch (...) {
+    reportException(fd);
+  }
+  try {
     endSession(socket, handler);
   } catch (...) {
-    // What a handler threw ends this connection, never the thread without its last steps.
-    ORB_LOG_AS(6, kUnit, kReceiver, "receiver of socket %d ended by an exception", fd);
-    endSession(socket, handler);
+    reportException(fd);
   }
   // The peer sees the end even if a sender still holds the socket for a moment.
   shutdown(fd, SHUT_RDWR);

@@ -6,6 +6,7 @@
 #include <string.h>
 #include <sys/socket.h>
 
+#include <new>
 #include <stdexcept>
 #include <vector>
 
@@ -39,9 +40,7 @@ struct ReleaseAtExit {
   }
 };
 
-bool startReceiver(Globals& globals, const Globals::Key& key, const SharedSocket& socket,
-                   HandlerRef handler) ORB_REQUIRES(globals.mLock) {
-  std::thread thread;
+bool startReceiver(std::thread& thread, const SharedSocket& socket, HandlerRef handler) {
   // Both are moved out of the thread's function: what is left there must not keep the socket open.
   auto body = [socket = SharedSocket(socket), handler = std::move(handler)]() mutable {
     receiveFrames(std::move(socket), std::move(handler));
@@ -50,24 +49,30 @@ bool startReceiver(Globals& globals, const Globals::Key& key, const SharedSocket
     return false;
   }
   thread.detach();
-  globals.mReceiverThreads[key] = std::move(thread);
   return true;
 }
 
 bool registerLocked(Globals& globals, const Globals::Key& key, const SharedSocket& socket,
                     HandlerRef handler) ORB_REQUIRES(globals.mLock) {
-  if (!globals.mSockets.emplace(key, socket).second) {
+  if (globals.mSockets.count(key) != 0) {
     ORB_LOGE("id: 0x%lx, sessionId: %d is already registered", key.first,
              static_cast<int>(key.second));
     return false;
   }
-  if (!startReceiver(globals, key, socket, std::move(handler))) {
+  bool started = false;
+  try {
+    globals.mSockets.emplace(key, socket);
+    started = startReceiver(globals.mReceiverThreads[key], socket, std::move(handler));
+  } catch (const std::bad_alloc&) {
+    // No place to note it in: no thread has been started.
+  }
+  if (!started) {
     globals.mSockets.erase(key);
+    globals.mReceiverThreads.erase(key);
     ORB_LOGE("id: 0x%lx, sessionId: %d: no thread to receive on", key.first,
              static_cast<int>(key.second));
-    return false;
   }
-  return true;
+  return started;
 }
 
 bool registerSocket(unsigned long id, unsigned int sessionId, const SharedSocket& socket,
