@@ -36,6 +36,8 @@ class DiagCmdProcessor {
   // Sends one packet with the text, cut to 512 bytes; nothing when nobody listens or no packet is
   // to be had.
   static void writeToDiag(std::string_view entry);
+  // The same for a caller who has just asked whether anybody listens.
+  static void sendPacket(std::string_view entry);
 
  private:
   DiagCmdProcessor() = default;

@@ -7,6 +7,7 @@
 #define OPENSSL_SUPPRESS_DEPRECATED
 
 #include <openssl/bio.h>
+#include <openssl/bn.h>
 #include <openssl/err.h>
 #include <openssl/pem.h>
 #include <openssl/rsa.h>
@@ -21,9 +22,12 @@ namespace {
 // What OAEP with SHA-1 takes of a block.
 constexpr int kOaepOverhead = 42;
 
+// An exponent of 1 would leave the session key as it is.
 bool canWrapSessionKey(const RSA* key) {
   const int size = RSA_size(key);
-  return size >= static_cast<int>(CryptoUtil::kAesKeySize) + kOaepOverhead &&
+  const BIGNUM* const exponent = RSA_get0_e(key);
+  return BN_is_odd(exponent) == 1 && BN_is_one(exponent) == 0 &&
+         size >= static_cast<int>(CryptoUtil::kAesKeySize) + kOaepOverhead &&
          size <= static_cast<int>(CryptoUtil::kWrappedKeySize);
 }
 

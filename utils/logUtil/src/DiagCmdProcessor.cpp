@@ -67,7 +67,10 @@ void* DiagCmdProcessor::diagCmdHandler(void* request, unsigned short length) {
 bool DiagCmdProcessor::isListening() { return log_status(kLogCode) != 0; }
 
 void DiagCmdProcessor::writeToDiag(std::string_view entry) {
-  if (!isListening()) return;
+  if (isListening()) sendPacket(entry);
+}
+
+void DiagCmdProcessor::sendPacket(std::string_view entry) {
   PacketBody body{};
   std::memcpy(body.text, entry.data(), std::min(entry.size(), kTextSize));
   void* const packet = log_alloc(kLogCode, kHeaderSize + sizeof body);

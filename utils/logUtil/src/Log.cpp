@@ -66,7 +66,7 @@ void Log::writeRecord(int level, const LogLine& line) {
     char entry[LogLine::kBufferSize];
     const size_t size = record.formatEntry(line.view(), entry);
     if (encryptionEnabled) encryptRecord({entry, size});
-    if (sends && size > 0) DiagCmdProcessor::writeToDiag({entry, size});
+    if (sends && size > 0) DiagCmdProcessor::sendPacket({entry, size});
   }
   if (deferred) queueRecord(record, line.view());
 }
@@ -118,7 +118,7 @@ void Log::dMapLog(int level, const std::string& message) {
   if (encryptionEnabled) {
     encryptRecord({entry, size});
   } else if (size > 0) {
-    DiagCmdProcessor::writeToDiag({entry, size});
+    DiagCmdProcessor::sendPacket({entry, size});
   }
 }
 
