@@ -14,14 +14,20 @@ ssize_t __real_recv(int fd, void* buffer, size_t size, int flags);
 ssize_t __wrap_recv(int fd, void* buffer, size_t size, int flags);
 }
 
+// A receiver thread waits for a header and then, if that has a length, for so many bytes.
+static thread_local bool payloadIsNext = false;
+
 ssize_t __wrap_recv(int fd, void* buffer, size_t size, int flags) {
   const ssize_t got = __real_recv(fd, buffer, size, flags);
-  // Only a header is waited for in this size. One that is cut short is zero behind the cut.
-  if (got > 0 && size == sizeof(ipcMsg_t) && (flags & MSG_WAITALL) != 0) {
-    ipcMsg_t header;
+  if ((flags & MSG_WAITALL) == 0) return got;
+  if (payloadIsNext) {
+    payloadIsNext = false;
+  } else if (got > 0) {
+    ipcMsg_t header;  // one that is cut short is zero behind the cut
     std::memcpy(&header, buffer, sizeof header);
     if (header.payloadLength > kLargestPayload) header.payloadLength = kLargestPayload;
     std::memcpy(buffer, &header, sizeof header);
+    payloadIsNext = header.payloadLength != 0;
   }
   return got;
 }

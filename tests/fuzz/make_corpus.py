@@ -133,6 +133,7 @@ FRAMES = {
     "id_beyond_32_bits": frame(carried(7), 2**32 + 5),
     "header_cut": frame(b"")[:30],
     "length_cut": frame(b"")[:41],
+    "payload_like_a_header": frame(b"\xff" * 48),
     "payload_cut": frame(carried(7, b"abc"), length=100),
     "huge_length": frame(b"abc", length=2**64 - 1),
     "wrapping_length": frame(b"abc", length=2**64 - 48),
