@@ -167,6 +167,12 @@ TEST_F(CryptoUtilRsaTest, OnlySizesThatCanWrapASessionKeyAreTaken) {
   EXPECT_FALSE(takes(testkeys::madeUpPublicPem(16384), kPublic));
 }
 
+TEST_F(CryptoUtilRsaTest, ExponentThatHidesNothingIsRefused) {
+  EXPECT_FALSE(takes(testkeys::madeUpPublicPem(2048, "1"), kPublic));
+  EXPECT_FALSE(takes(testkeys::madeUpPublicPem(2048, "10000"), kPublic));
+  EXPECT_TRUE(takes(testkeys::madeUpPublicPem(2048, "3"), kPublic));
+}
+
 TEST_F(CryptoUtilRsaTest, RefusalIsPrintedWithItsReason) {
   CryptoUtil crypto;
   std::string printed;
@@ -175,6 +181,15 @@ TEST_F(CryptoUtilRsaTest, RefusalIsPrintedWithItsReason) {
   EXPECT_NE(std::string::npos, printed.find(":Expecting: PUBLIC KEY"));
   load(crypto, testkeys::madeUpPublicPem(512), kPublic, &printed);
   EXPECT_EQ("RSA key of 512 bits cannot wrap a session key\n", printed);
+}
+
+TEST_F(CryptoUtilRsaTest, OnlyItsLastReasonIsPrintedBehindErrorsOfTheApplication) {
+  ERR_raise(ERR_LIB_USER, 77);
+  CryptoUtil crypto;
+  std::string printed;
+  load(crypto, "no key", kPublic, &printed);
+  EXPECT_EQ("error:0480006C:PEM routines::no start line\n", printed);
+  EXPECT_EQ(77, ERR_GET_REASON(ERR_get_error()));
 }
 
 TEST_F(CryptoUtilRsaTest, RefusedKeyTakesTheFormerWithIt) {
