@@ -31,7 +31,8 @@
  *                       transaction id    -5 the service is not enabled
  *
  *    errno is not used. A call refused with 0, -1, -2 or -5 changes nothing: earlier callbacks stay
- *    registered and nothing is sent. A good result says that the request was queued, not that
+ *    registered and nothing is sent. (An enable or create that failed for want of resources has
+ *    registered its status callback all the same, until the next one of its generation.) A good result says that the request was queued, not that
  *    the daemon did it; that is for the callbacks to tell.
  *
  * 3. Threads of the callbacks. The library runs callbacks on threads of its own, and each comment

@@ -29,7 +29,9 @@ struct ServiceOps {
   uint8_t endpoint;
   uint8_t sdkType;
   int (*enable)();
+  int (*enableWith)(void (*cb)(status_e));
   int (*disable)();
+  int (*create)();
   std::vector<Request> (*requests)();
   std::vector<int> (*waitForCalls)(size_t count);  // what the callbacks got first, of all calls
   void (*clearCalls)();
@@ -39,12 +41,15 @@ template <class S>
 ServiceOps opsOf() {
   struct Tools : ServiceTools<S> {
     using ServiceTools<S>::onStatus;
+    using ServiceTools<S>::onV2;
   };
   return {S::kName,
           S::kEndpoint,
           S::kSdkType,
           [] { return S::enable(Tools::onStatus); },
+          [](void (*cb)(status_e)) { return S::enable(cb); },
           S::disable,
+          [] { return S::create(Tools::onV2); },
           S::requests,
           [](size_t count) {
             std::vector<int> result;

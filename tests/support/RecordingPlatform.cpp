@@ -41,6 +41,15 @@ State& state() {
 
 using Lock = std::unique_lock<std::mutex>;
 
+thread_local unsigned workDepth = 0;
+
+struct Work {
+  Work() { ++workDepth; }
+  Work(const Work&) = delete;
+  Work& operator=(const Work&) = delete;
+  ~Work() { --workDepth; }
+};
+
 std::string formatText(const char* format, va_list args) {
   va_list again;
   va_copy(again, args);
@@ -169,11 +178,14 @@ int callDiagCommand(const std::vector<uint8_t>& request) {
   return handler(data, static_cast<uint16_t>(copy.size())) == nullptr ? 0 : 1;
 }
 
+bool isWorking() { return workDepth > 0; }
+
 }  // namespace recording
 
 extern "C" {
 
 int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
+  const Work work;
   va_list args;
   va_start(args, fmt);
   recording::Line line{prio, tag != nullptr, tag != nullptr ? tag : "", formatText(fmt, args),
@@ -188,6 +200,7 @@ int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
 }
 
 int property_get(const char* key, char* value, const char* default_value) {
+  const Work work;
   Lock lock(state().mutex);
   const auto found = state().properties.find(key);
   const std::string text = found != state().properties.end() ? found->second
@@ -197,6 +210,7 @@ int property_get(const char* key, char* value, const char* default_value) {
 }
 
 int8_t property_get_bool(const char* key, int8_t default_value) {
+  const Work work;
   char value[PROPERTY_VALUE_MAX];
   property_get(key, value, "");
   const std::string text(value);
@@ -236,6 +250,7 @@ void* log_alloc(log_code_type code, unsigned int length) {
 }
 
 void log_commit(void* packet) {
+  const Work work;
   PendingPacket header;
   std::memcpy(&header, packet, sizeof header);
   const uint8_t* const body = static_cast<const uint8_t*>(packet) + sizeof header;

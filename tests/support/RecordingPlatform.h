@@ -64,4 +64,8 @@ size_t diagInitCalls();
 // a response, -1 when none is registered. An empty request is passed as a null pointer.
 int callDiagCommand(const std::vector<uint8_t>& request);
 
+// Whether this thread is inside one of the platform's functions, where it may allocate for the
+// record.
+bool isWorking();
+
 }  // namespace recording

@@ -47,6 +47,8 @@ struct LogTestPeer {
     LockGuard lock(log().lifecycleMutex);
     return log().initialised;
   }
+  static bool hasDumper() { return log().dumperThread != nullptr; }
+  static bool hasTimer() { return log().timerThread != nullptr; }
   static bool logPermsEnabled() { return log().logPermsEnabled; }
   static void setDeferred(bool deferred) { log().deferredLogging = deferred; }
   static void* hookLibrary() { return Log::_libalog_handle; }

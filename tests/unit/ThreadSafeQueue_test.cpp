@@ -75,4 +75,47 @@ TEST(ThreadSafeQueueTest, EveryItemOfManyWritersIsTakenOnce) {
   EXPECT_EQ(std::vector<int>(kItems, 1), times);
 }
 
+TEST(ThreadSafeQueueTest, EndedQueueGivesWhatItHasAndThenNothing) {
+  ThreadSafeQueue<int> queue;
+  queue.push(1);
+  queue.push(2);
+  queue.end();
+  int item = 0;
+  EXPECT_TRUE(queue.waitAndPop(item));
+  EXPECT_EQ(1, item);
+  EXPECT_TRUE(queue.waitAndPop(item));
+  EXPECT_EQ(2, item);
+  EXPECT_FALSE(queue.waitAndPop(item));
+  EXPECT_EQ(2, item);
+  EXPECT_FALSE(queue.waitAndPop(item)) << "it stays ended";
+}
+
+TEST(ThreadSafeQueueTest, EndWakesEverybodyWhoWaits) {
+  ThreadSafeQueue<int> queue;
+  std::vector<std::thread> waiters;
+  std::vector<int> results(3, 1);
+  for (int& result : results) {
+    waiters.emplace_back([&queue, &result] {
+      int item = -1;
+      result = queue.waitAndPop(item) ? 1 : 0;
+    });
+  }
+  queue.end();
+  for (std::thread& waiter : waiters) waiter.join();
+  EXPECT_EQ(std::vector<int>(3, 0), results);
+}
+
+TEST(ThreadSafeQueueTest, QueueThatBeginsAgainWaitsAgain) {
+  ThreadSafeQueue<int> queue;
+  queue.end();
+  queue.begin();
+  int item = 0;
+  bool taken = false;
+  std::thread waiter([&] { taken = queue.waitAndPop(item); });
+  queue.push(5);
+  waiter.join();
+  EXPECT_TRUE(taken);
+  EXPECT_EQ(5, item);
+}
+
 }  // namespace

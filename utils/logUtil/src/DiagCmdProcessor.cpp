@@ -32,8 +32,9 @@ const diagpkt_user_table_type kCommandTable = {0, 0x00FF, 0x0012, 1, 0, kCommand
 NeverDestroyed<std::shared_ptr<DiagCmdProcessor>> DiagCmdProcessor::mSelf;
 
 std::shared_ptr<DiagCmdProcessor> DiagCmdProcessor::getInstance() {
-  static std::once_flag created;
-  std::call_once(created, [] { mSelf.get().reset(new DiagCmdProcessor); });
+  // Not std::call_once, whose C function underneath need not let an exception through.
+  static const bool created = (mSelf.get().reset(new DiagCmdProcessor), true);
+  (void)created;
   return mSelf.get();
 }
 

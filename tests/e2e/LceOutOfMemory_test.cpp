@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// Requests when the library's memory runs out, at one allocation after the other.
+#include <cstdio>
+
+#include "FailingNew.h"
+#include "LceFixture.h"
+
+namespace lcetest {
+namespace {
+
+class LceOutOfMemory : public LceTest {
+ protected:
+  static constexpr int64_t kRefused = -5;
+
+  // Makes @p request with its first allocation failing, then with its second, until there are no
+  // more. All but the last are refused, with @p look at what that has left; returns the last one's
+  // result.
+  template <class Request, class Look>
+  static int64_t failEach(const Request& request, const Look& look) {
+    int64_t result = 0;
+    const size_t failed = memory::failEach(
+        memory::Caller::Library, [&] { result = request(); },
+        [&](size_t allocation) {
+          EXPECT_EQ(kRefused, result) << "allocation " << allocation;
+          look();
+        });
+    std::printf("%zu allocations failed\n", failed);
+    EXPECT_GT(failed, 0u);
+    return result;
+  }
+  template <class Request>
+  static int64_t failEach(const Request& request) {
+    return failEach(request, [] {});
+  }
+};
+
+TEST_F(LceOutOfMemory, RefusedRequestIsNotSentAndTheNextOneIs) {
+  enableQuietly();
+  LceReportingCriteria criteria = {};
+  criteria.firstListCount = LCE_REPORTING_CRITERIA_LIST_MAX;
+  const int64_t id = failEach([&] { return lceSetReportingCriteria(&criteria, onCriteria); });
+  EXPECT_GT(id, 0);
+  EXPECT_EQ(0, failEach([] { return lcePerformReportingAction(LCE_REPORTING_ACTION_START); }));
+  EXPECT_EQ(0, failEach([] { return lceGetLastEstimationReport(onLast); }));
+  send(criteriaResult(static_cast<uint64_t>(id), true, "NONE"));
+  EXPECT_EQ(settle(), CallList({{"criteria", LCE_REPORTING_CRITERIA_STATUS_SUCCESS, {}}}));
+  ASSERT_TRUE(daemon().waitForFrames(4));
+  orb_lce_disable();
+  ASSERT_TRUE(daemon().waitForSessionsClosed(1));
+  EXPECT_EQ(5u, daemon().frames().size()) << "enable, three requests, disable";
+}
+
+TEST_F(LceOutOfMemory, RefusedRequestLeavesTheFormerCallbackInItsPlace) {
+  enableQuietly();
+  ASSERT_EQ(0, lceGetLastEstimationReport(onLast));
+  failEach([] { return lceGetLastEstimationReport(onOtherLast); },
+           [this] {
+             clearCalls();
+             send(lastReport(1, 0, 0, 0, "NONE"));
+             EXPECT_EQ(settle(), CallList({{"last", 1, {1, {}, {}, 0}}}));
+           });
+}
+
+}  // namespace
+}  // namespace lcetest

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// The library's own threads when memory runs out on them, at one allocation after the other: they
+// go on, and whoever loses something by it is told.
+#include <algorithm>
+
+#include "OutOfMemoryFixture.h"
+
+namespace allservices {
+namespace {
+
+using memory::Caller;
+
+class OutOfMemoryThreads : public OutOfMemoryTest {
+ protected:
+  // Waits until the daemon has got something more or the application has been told why not.
+  void awaitSentOrTold(const ServiceOps& service, size_t frames) {
+    EXPECT_TRUE(application::comesTo([&] {
+      return daemon().frames().size() > frames || !service.waitForCalls(0).empty();
+    })) << service.name
+        << ": lost in silence";
+    for (const int told : service.waitForCalls(0)) {
+      EXPECT_TRUE(told == STATUS_INTERNAL_ERROR || told == STATUS_SERVICE_DOWN) << told;
+    }
+  }
+  // Whatever failed for it, the service is left by one disable.
+  void wholeLife(const ServiceOps& service) {
+    service.clearCalls();
+    size_t frames = daemon().frames().size();
+    const int enabled = service.enable();
+    if (enabled == 1) {
+      awaitSentOrTold(service, frames);
+      service.clearCalls();
+      frames = daemon().frames().size();
+      EXPECT_LE(0, service.requests().front().valid());
+      awaitSentOrTold(service, frames);
+    } else {
+      EXPECT_EQ(service.waitForCalls(1), Statuses{STATUS_INTERNAL_ERROR});
+    }
+    EXPECT_EQ(enabled, service.disable());
+  }
+  // The service works as ever, and so does its next life.
+  void expectNextLifeWorks(const ServiceOps& service) {
+    service.clearCalls();
+    forgetSessions(service);
+    ASSERT_NO_FATAL_FAILURE(enable(service));
+    expectEnabled(service);
+    disable(service);
+    expectNothingLeft();
+  }
+  // No connection so far is taken for the next.
+  void forgetSessions(const ServiceOps& service) {
+    for (const Frame& frame : daemon().frames()) {
+      if (frame.header.source != service.endpoint) continue;
+      uint32_t& last = mSessions[service.name];
+      last = std::max(last, frame.sessionId);
+    }
+  }
+};
+
+TEST_F(OutOfMemoryThreads, WorkerLosesNothingInSilenceAndRetiresItsTypes) {
+  for (const ServiceOps& service : kServices) {
+    size_t nth = 0;
+    for (bool failed = true; failed; ++nth) {
+      SCOPED_TRACE(nth);
+      {
+        const memory::FailingNew failing(nth, Caller::Library, kWorker);
+        wholeLife(service);
+        expectNothingLeft();
+        failed = failing.failed();
+      }
+      if (failed) expectNextLifeWorks(service);
+      if (HasFailure()) return;
+    }
+    print("worker", service, nth - 1);
+  }
+}
+
+// The others' connections and lives are no business of the one that fails.
+TEST_F(OutOfMemoryThreads, WorkerThatFailsForOneServesTheOthers) {
+  ASSERT_NO_FATAL_FAILURE(enable(kLce));
+  size_t nth = 0;
+  for (bool failed = true; failed; ++nth) {
+    SCOPED_TRACE(nth);
+    {
+      const memory::FailingNew failing(nth, Caller::Library, kWorker);
+      wholeLife(kLle);
+      failed = failing.failed();
+    }
+    expectEnabled(kLce);
+    if (HasFailure()) return;
+  }
+  print("worker of two", kLle, nth - 1);
+}
+
+TEST_F(OutOfMemoryThreads, ReceiverThatCannotDeliverEndsItsConnectionWithServiceDown) {
+  for (const ServiceOps& service : kServices) {
+    size_t nth = 0;
+    for (bool failed = true; failed; ++nth) {
+      SCOPED_TRACE(nth);
+      ASSERT_NO_FATAL_FAILURE(enable(service));
+      service.clearCalls();
+      Statuses calls;
+      {
+        const memory::FailingNew failing(nth, Caller::Library, kReceiver);
+        send(service, status(4));
+        calls = service.waitForCalls(1);
+        failed = failing.failed();
+      }
+      EXPECT_EQ(calls, Statuses{failed ? STATUS_SERVICE_DOWN : STATUS_NOT_SUPPORTED});
+      if (failed) {
+        EXPECT_LE(0, service.requests().front().valid());
+        awaitSession(service);
+        expectEnabled(service);
+      }
+      disable(service);
+      expectNothingLeft();
+      if (HasFailure()) return;
+    }
+    print("receiver", service, nth - 1);
+  }
+}
+
+TEST_F(OutOfMemoryThreads, LostConnectionIsToldWhateverTheReceiverLacks) {
+  for (const ServiceOps& service : kServices) {
+    size_t nth = 0;
+    for (bool failed = true; failed; ++nth) {
+      SCOPED_TRACE(nth);
+      ASSERT_NO_FATAL_FAILURE(enable(service));
+      ASSERT_TRUE(comeToBe(1, kReceiver));
+      service.clearCalls();
+      {
+        const memory::FailingNew failing(nth, Caller::Library, kReceiver);
+        ASSERT_TRUE(daemon().closeSession(mSessions[service.name]));
+        EXPECT_EQ(service.waitForCalls(1), Statuses{STATUS_SERVICE_DOWN});
+        EXPECT_TRUE(comeToBe(0, kReceiver));
+        failed = failing.failed();
+      }
+      EXPECT_LE(0, service.requests().front().valid());
+      awaitSession(service);
+      expectEnabled(service);
+      disable(service);
+      expectNothingLeft();
+      if (HasFailure()) return;
+    }
+    print("receiver that ends", service, nth - 1);
+  }
+}
+
+}  // namespace
+}  // namespace allservices

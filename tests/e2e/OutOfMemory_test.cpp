@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// Enabling and disabling when the library's memory runs out, at one allocation of the calling
+// thread after the other.
+#include <ostream>
+
+#include "OutOfMemoryFixture.h"
+
+namespace allservices {
+namespace {
+
+using application::state;
+using memory::Caller;
+
+// How a service is opened, and next to which other one.
+struct Opening {
+  const ServiceOps& service;
+  bool secondGeneration;
+  const ServiceOps* beside;
+
+  int open() const { return secondGeneration ? service.create() : service.enable(); }
+  int opened() const { return secondGeneration ? 0 : 1; }
+  int refused() const { return secondGeneration ? -1 : 0; }
+  std::string name() const {
+    return std::string(secondGeneration ? "create" : "enable") + service.name +
+           (beside != nullptr ? "Beside" + std::string(beside->name) : "Alone");
+  }
+  friend std::ostream& operator<<(std::ostream& out, const Opening& opening) {
+    return out << opening.name();
+  }
+};
+
+std::vector<Opening> openings() {
+  std::vector<Opening> all;
+  for (const bool secondGeneration : {false, true}) {
+    for (const ServiceOps& service : {std::cref(kLce), std::cref(kLle), std::cref(kLli)}) {
+      const ServiceOps& other = &service == &kLce ? kLle : kLce;
+      all.push_back({service, secondGeneration, nullptr});
+      all.push_back({service, secondGeneration, &other});
+    }
+  }
+  return all;
+}
+
+class OpeningOutOfMemory : public OutOfMemoryTest, public ::testing::WithParamInterface<Opening> {
+ protected:
+  // A refused enable is told to its callback; a refused create only when the client was not even
+  // asked for.
+  void expectTold() {
+    const ServiceOps& service = GetParam().service;
+    if (!GetParam().secondGeneration) {
+      EXPECT_EQ(service.waitForCalls(1), Statuses{STATUS_INTERNAL_ERROR});
+    } else if (!service.waitForCalls(0).empty()) {
+      EXPECT_EQ(service.waitForCalls(1), Statuses{STATUS_V2_INTERNAL_ERROR});
+    }
+    service.clearCalls();
+  }
+  void expectHears() {
+    const ServiceOps& service = GetParam().service;
+    service.clearCalls();
+    send(service, status(4));
+    const int value =
+        GetParam().secondGeneration ? int{STATUS_V2_NOT_SUPPORTED} : int{STATUS_NOT_SUPPORTED};
+    EXPECT_EQ(service.waitForCalls(1), Statuses{value});
+  }
+};
+
+TEST_P(OpeningOutOfMemory, IsRefusedWithoutATraceUntilItWorks) {
+  const Opening& opening = GetParam();
+  if (opening.beside != nullptr) {
+    ASSERT_NO_FATAL_FAILURE(enable(*opening.beside));
+  }
+  int result = -100;
+  const size_t failed = memory::failEach(
+      Caller::Library, [&] { result = opening.open(); },
+      [&](size_t nth) {
+        SCOPED_TRACE(nth);
+        EXPECT_EQ(opening.refused(), result);
+        expectTold();
+        EXPECT_EQ(-5, opening.service.requests().front().valid());
+        if (opening.beside != nullptr) {
+          expectHearsJustThis(*opening.beside);
+        } else {
+          expectNothingLeft();
+        }
+      });
+  print(opening.name().c_str(), opening.service, failed);
+  EXPECT_EQ(opening.opened(), result);
+  awaitSession(opening.service);
+  expectSent(opening.service);
+  expectHears();
+  if (opening.beside != nullptr) {
+    expectEnabled(*opening.beside);
+    disable(*opening.beside);
+  }
+  disable(opening.service);
+  expectNothingLeft();
+}
+
+INSTANTIATE_TEST_SUITE_P(All, OpeningOutOfMemory, ::testing::ValuesIn(openings()),
+                         [](const auto& opening) { return opening.param.name(); });
+
+class OutOfMemory : public OutOfMemoryTest {};
+
+TEST_F(OutOfMemory, DisableThatIsRefusedHasChangedNothing) {
+  for (const ServiceOps& service : kServices) {
+    ASSERT_NO_FATAL_FAILURE(enable(service));
+    int result = -100;
+    size_t refused = 0;
+    const size_t failed = memory::failEach(
+        Caller::Library, [&] { result = service.disable(); },
+        [&](size_t nth) {
+          SCOPED_TRACE(nth);
+          EXPECT_TRUE(result == 0 || result == 1) << result;
+          if (result == 0) {
+            ++refused;
+            expectEnabled(service);
+          } else {
+            expectNothingLeft();
+            expectDisabled(service);
+            service.clearCalls();
+            enable(service);
+          }
+        });
+    print("disable", service, failed);
+    std::printf("%zu of them refused it\n", refused);
+    EXPECT_EQ(1, result);
+    expectNothingLeft();
+  }
+}
+
+TEST_F(OutOfMemory, DisableOfOneBesideOthersLeavesThoseAlone) {
+  ASSERT_NO_FATAL_FAILURE(enableAll());
+  int result = -100;
+  const size_t failed = memory::failEach(
+      Caller::Library, [&] { result = kLle.disable(); },
+      [&](size_t nth) {
+        SCOPED_TRACE(nth);
+        if (result == 1) enable(kLle);
+        for (const ServiceOps& service : kServices) expectEnabled(service);
+      });
+  print("disable beside others", kLle, failed);
+  EXPECT_EQ(1, result);
+  expectHearsJustThis(kLce);
+  expectHearsJustThis(kLli);
+}
+
+TEST_F(OutOfMemory, DisableInsideACallbackHasChangedNothingOrIsFinishedByTheLibrary) {
+  for (const ServiceOps& service : kServices) {
+    size_t nth = 0;
+    size_t refused = 0;
+    for (bool failed = true; failed; ++nth) {
+      SCOPED_TRACE(nth);
+      state().clear();
+      ASSERT_EQ(1, service.enableWith(application::onStatus));
+      awaitSession(service);
+      int result = -100;
+      state().inNext(application::Event::Status, [&] {
+        {
+          const memory::FailingNew failing(nth, Caller::Library);
+          result = service.disable();
+          failed = failing.failed();
+        }
+        state().done();
+      });
+      send(service, status(1));
+      ASSERT_TRUE(state().waitDone());
+      ASSERT_TRUE(result == 0 || result == 1) << result;
+      if (result == 0) {
+        ++refused;
+        expectSent(service);
+        send(service, status(4));
+        EXPECT_TRUE(state().waitFor(application::Event::Status, STATUS_NOT_SUPPORTED));
+        EXPECT_EQ(1, service.disable());
+      }
+      expectNothingLeft();
+      EXPECT_EQ(0, service.disable());
+      if (HasFailure()) return;
+    }
+    print("disable inside a callback", service, nth - 1);
+    std::printf("%zu of them refused it\n", refused);
+  }
+}
+
+}  // namespace
+}  // namespace allservices

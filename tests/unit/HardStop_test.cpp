@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "HardStop.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+#include "RecordingPlatform.h"
+
+namespace {
+
+constexpr int kStatus = 255;  // what the system makes of exit(-1)
+
+// In the child: what an application's exit handler might do, with the lines so far on stderr.
+void printLines() {
+  for (const recording::Line& line : recording::lines()) {
+    std::fprintf(stderr, "%d/%s/%s\n", line.priority, line.hasTag ? "tag" : "no tag",
+                 line.text.c_str());
+  }
+}
+
+bool waitForLine(const char* text) {
+  return recording::waitFor([text](const recording::Line& line) { return line.text == text; });
+}
+
+// The child starts afresh and must not outlive a test that it hangs in.
+class HardStopDeathTest : public testing::Test {
+ protected:
+  HardStopDeathTest() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+
+  static void prepareChild() {
+    alarm(30);
+    recording::clear();
+  }
+};
+
+TEST_F(HardStopDeathTest, LeavesItsLineAndEndsTheProcess) {
+  EXPECT_EXIT(
+      {
+        prepareChild();
+        atexit(printLines);
+        hardStop("a reason, 100% of it");
+      },
+      testing::ExitedWithCode(kStatus), "^6/no tag/a reason, 100% of it\n$");
+}
+
+// The handlers run one after the other on the thread that was first, however many stop meanwhile.
+TEST_F(HardStopDeathTest, OfTwoThreadsOneEndsTheProcess) {
+  static pid_t exiting = 0;
+  const auto child = [] {
+    prepareChild();
+    atexit([] { std::fprintf(stderr, gettid() == exiting ? "once\n" : "twice\n"); });
+    atexit([] {
+      exiting = gettid();
+      if (!waitForLine("first") || !waitForLine("second")) _exit(1);
+      printLines();
+    });
+    std::thread([] { hardStop("second"); }).detach();
+    hardStop("first");
+  };
+  EXPECT_EXIT(child(), testing::ExitedWithCode(kStatus),
+              "^(6/no tag/first\n6/no tag/second\n|6/no tag/second\n6/no tag/first\n)once\n$");
+}
+
+TEST_F(HardStopDeathTest, StopInsideAnExitHandlerEndsTheProcessAtOnce) {
+  const auto child = [] {
+    prepareChild();
+    atexit([] { std::fprintf(stderr, "not reached\n"); });
+    atexit([] { hardStop("second"); });
+    hardStop("first");
+  };
+  EXPECT_EXIT(child(), testing::ExitedWithCode(kStatus), "^$");
+}
+
+// One that stops while the exit goes on waits for its end, however long it takes.
+TEST_F(HardStopDeathTest, StopOfAThreadThatAnExitHandlerStartsLeavesTheEndToTheFirst) {
+  const auto child = [] {
+    prepareChild();
+    atexit([] {
+      std::thread([] { hardStop("second"); }).detach();
+      if (!waitForLine("second")) _exit(1);
+      printLines();
+    });
+    hardStop("first");
+  };
+  EXPECT_EXIT(child(), testing::ExitedWithCode(kStatus), "^6/no tag/first\n6/no tag/second\n$");
+}
+
+}  // namespace

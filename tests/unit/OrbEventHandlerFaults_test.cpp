@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// Posting when the count cannot be written: no item is lost, none comes out of order, and none has
+// to wait for a post that may never come.
+#include <dlfcn.h>
+#include <errno.h>
+#include <string.h>
+
+#include "OrbEventHandlerFixture.h"
+
+namespace {
+
+// What happens to the next writes to one descriptor.
+struct FailingWrites {
+  int fd = -1;
+  int error = 0;
+  int left = 0;   // so many fail
+  int calls = 0;  // so many were made
+} failing;
+
+}  // namespace
+
+// Comes before the C library's own.
+extern "C" ssize_t write(int fd, const void* data, size_t size) {
+  static const auto real = reinterpret_cast<decltype(&write)>(dlsym(RTLD_NEXT, "write"));
+  if (fd == failing.fd) {
+    ++failing.calls;
+    if (failing.left > 0) {
+      --failing.left;
+      errno = failing.error;
+      return -1;
+    }
+  }
+  return real(fd, data, size);
+}
+
+namespace {
+
+using Numbers = std::vector<int>;
+
+class OrbEventHandlerFaults : public OrbEventHandlerTest {
+ protected:
+  void TearDown() override {
+    failing = FailingWrites();
+    OrbEventHandlerTest::TearDown();
+  }
+  void failWrites(int times, int error) { failing = {mFd, error, times, 0}; }
+  void postUncounted(int number) {
+    failWrites(1, EBADF);
+    recording::clear();
+    post(number);
+    EXPECT_EQ(1, failing.calls);
+    EXPECT_EQ(fatalLines(), (Entries{{6, text("Error in writing rv: -1, error: %s, for fd[%d]",
+                                              strerror(EBADF), mFd)}}));
+    recording::clear();
+  }
+  // One pass: what it hands over, without a line about what should never happen.
+  Numbers handledByOnePass() {
+    recording::clear();
+    mHandler->handled.clear();
+    pass();
+    EXPECT_EQ(fatalLines(), Entries{});
+    return mHandler->handled;
+  }
+};
+
+TEST_F(OrbEventHandlerFaults, InterruptedWriteOfAPostIsRepeated) {
+  failWrites(3, EINTR);
+  recording::clear();
+  post(1);
+  EXPECT_EQ(4, failing.calls);
+  EXPECT_EQ(fatalLines(), Entries{});
+  EXPECT_EQ(handledByOnePass(), Numbers{1});
+}
+
+TEST_F(OrbEventHandlerFaults, UncountedItemIsHandledWithTheNextCountedOne) {
+  postUncounted(1);
+  EXPECT_EQ(handledByOnePass(), Numbers{}) << "nothing has woken the loop";
+  post(2);
+  EXPECT_EQ(handledByOnePass(), (Numbers{1, 2}));
+}
+
+TEST_F(OrbEventHandlerFaults, ManyUncountedItemsKeepTheirOrder) {
+  for (int number = 1; number <= 5; ++number) postUncounted(number);
+  post(6);
+  EXPECT_EQ(handledByOnePass(), (Numbers{1, 2, 3, 4, 5, 6}));
+}
+
+TEST_F(OrbEventHandlerFaults, NothingLagsOnceItemsHaveBeenCaughtUpWith) {
+  for (int round = 0; round < 3; ++round) {
+    postUncounted(1);
+    post(2);
+    EXPECT_EQ(handledByOnePass(), (Numbers{1, 2}));
+    post(3);
+    EXPECT_EQ(handledByOnePass(), Numbers{3});
+    EXPECT_EQ(handledByOnePass(), Numbers{});
+  }
+}
+
+TEST_F(OrbEventHandlerFaults, UncountedItemBehindACountedOneIsHandledInTheSamePass) {
+  post(1);
+  postUncounted(2);
+  EXPECT_EQ(handledByOnePass(), (Numbers{1, 2}));
+  post(3);
+  EXPECT_EQ(handledByOnePass(), Numbers{3}) << "it is not counted as well";
+  EXPECT_EQ(handledByOnePass(), Numbers{});
+}
+
+TEST_F(OrbEventHandlerFaults, ItemThatTheHandlerPostsUncountedIsHandledInTheSamePass) {
+  mHandler->onItem = [this](int number) {
+    if (number < 4) {
+      failWrites(1, EBADF);
+      post(number + 1);
+    }
+  };
+  post(1);
+  pass();
+  EXPECT_EQ(mHandler->handled, (Numbers{1, 2, 3, 4}));
+  EXPECT_EQ(handledByOnePass(), Numbers{});
+}
+
+TEST_F(OrbEventHandlerFaults, LoopCanBeWokenForUncountedItems) {
+  postUncounted(1);
+  postUncounted(2);
+  mHandler->wakeForUncounted();
+  EXPECT_EQ(handledByOnePass(), (Numbers{1, 2}));
+  post(3);
+  EXPECT_EQ(handledByOnePass(), Numbers{3});
+}
+
+TEST_F(OrbEventHandlerFaults, InterruptedWakeUpForUncountedItemsIsRepeated) {
+  postUncounted(1);
+  failWrites(2, EINTR);
+  mHandler->wakeForUncounted();
+  EXPECT_EQ(3, failing.calls);
+  EXPECT_EQ(handledByOnePass(), Numbers{1});
+}
+
+TEST_F(OrbEventHandlerFaults, UncountedItemsStayUncountedWhenTheirWakeUpFails) {
+  postUncounted(1);
+  failWrites(1, EBADF);
+  mHandler->wakeForUncounted();
+  EXPECT_EQ(handledByOnePass(), Numbers{});
+  mHandler->wakeForUncounted();
+  EXPECT_EQ(handledByOnePass(), Numbers{1});
+}
+
+TEST_F(OrbEventHandlerFaults, LoopIsNotWokenWithoutUncountedItems) {
+  post(1);
+  failWrites(0, 0);
+  mHandler->wakeForUncounted();
+  EXPECT_EQ(0, failing.calls);
+  EXPECT_EQ(handledByOnePass(), Numbers{1});
+  mHandler->wakeForUncounted();
+  EXPECT_EQ(0, failing.calls);
+}
+
+TEST_F(OrbEventHandlerFaults, PreparedItemIsPostedLikeAnyOther) {
+  Handler::Posting first = Handler::prepare(std::make_shared<int>(1));
+  Handler::Posting second = Handler::prepare(std::make_shared<int>(2));
+  EXPECT_EQ(handledByOnePass(), Numbers{}) << "nothing is posted yet";
+  mHandler->post(std::move(second));
+  mHandler->post(std::move(first));
+  EXPECT_EQ(handledByOnePass(), (Numbers{2, 1}));
+}
+
+}  // namespace
