@@ -87,8 +87,6 @@ class HostDiagControlTest : public testing::Test {
   const HostDiag diag;
 };
 
-// ---- packets
-
 // First in this program: nothing has been switched yet.
 TEST_F(HostDiagControlTest, AFileIsEnoughForPacketsToBeWanted) {
   EXPECT_EQ(0, diag.status(0x1E15));
@@ -175,8 +173,6 @@ TEST_F(HostDiagControlTest, StatusCountsWhatWasWrittenAndDropped) {
   EXPECT_EQ(std::make_pair(before.first + 2, before.second + 1), counts());
 }
 
-// ---- commands
-
 TEST_F(HostDiagControlTest, CommandReachesItsHandlerOnTheControlThread) {
   diag.registerTable(&kTable);
   EXPECT_EQ("ok command delivered, 3 bytes", ask(socket, "command ff 12 89 0102FF"));
@@ -244,8 +240,6 @@ TEST_F(HostDiagControlTest, ClientThatLeavesWithoutAWordHarmsNobody) {
   }
   EXPECT_EQ(0u, ask(socket, "status").find("ok "));
 }
-
-// ---- the socket and the thread
 
 TEST_F(HostDiagControlTest, OneThreadServesHoweverOftenInitIsCalled) {
   ask(socket, "status");  // the thread has its name by now

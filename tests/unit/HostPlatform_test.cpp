@@ -79,8 +79,6 @@ class HostPlatformTest : public testing::Test {
   void* const mLibrary;  // stays open: the libraries stay for the life of a process
 };
 
-// ---- liblog
-
 class HostLogTest : public HostPlatformTest {
  protected:
   HostLogTest() : HostPlatformTest(HOST_LIBLOG) {}
@@ -167,8 +165,6 @@ TEST_F(HostLogTest, TerminalGetsColorUnlessNoColorIsSet) {
   close(master);
 }
 
-// ---- libcutils
-
 class HostPropertiesTest : public HostPlatformTest {
  protected:
   HostPropertiesTest() : HostPlatformTest(HOST_LIBCUTILS) {}
@@ -229,8 +225,6 @@ TEST_F(HostPropertiesTest, TruthHasFiveSpellings) {
     EXPECT_EQ(0, propertyGetBool("a.b.c", 0)) << text;
   }
 }
-
-// ---- libdiag
 
 class HostDiagTest : public HostPlatformTest {
  protected:
