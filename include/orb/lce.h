@@ -224,9 +224,9 @@ ORB_API int orb_lce_disable(void);
  *
  * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LCE has
  *            been disabled.
- * @return 0 queued | -1 @p cb is NULL, or the library could not be set up. For want of memory
- *         @p cb was called with STATUS_V2_INTERNAL_ERROR; a worker thread that could not be
- *         started shows in the result alone.
+ * @return 0 queued | -1 @p cb is NULL, or the library could not be set up, for want of
+ *         memory or of a worker thread. @p cb may have been called with STATUS_V2_INTERNAL_ERROR,
+ *         but rely on the result: not every such failure is reported.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread or on the worker thread, as LceStatusIndCb says; the failure report

@@ -28,12 +28,14 @@
  *      enable, disable  1                 0
  *      create, destroy  0                 -1
  *      other requests   0 or a positive   -2 invalid argument
- *                       transaction id    -5 the service is not enabled
+ *                       transaction id    -5 the service is not enabled, or memory ran out
  *
  *    errno is not used. A call refused with 0, -1, -2 or -5 changes nothing: earlier callbacks stay
- *    registered and nothing is sent. (An enable or create that failed for want of resources has
- *    registered its status callback all the same, until the next one of its generation.) A good result says that the request was queued, not that
- *    the daemon did it; that is for the callbacks to tell.
+ *    registered and nothing is sent. (One exception: where the first enable or create of a service
+ *    could not set the library up, its status callback stays, to be told by the next attempt.) A
+ *    good result says that the request was queued, not that the daemon did it; that is for the
+ *    callbacks to tell. Disable and destroy need no memory: they are refused only for a service
+ *    that is not enabled.
  *
  * 3. Threads of the callbacks. The library runs callbacks on threads of its own, and each comment
  *    says which:
@@ -53,7 +55,8 @@
  *
  * 4. Disable and destroy. The two names belong to two generations of one call, see each service.
  *      - They return within 500 ms even when the daemon is absent, silent, or not reading. On a
- *        healthy connection the daemon gets the disable message before the connection is closed.
+ *        healthy connection the daemon gets the disable message before the connection is closed;
+ *        should memory run out at that moment, the daemon sees the connection end.
  *      - Called on an application's thread: a callback of the service that is running is waited for
  *        (the bound of 500 ms is then as long as the callback takes), and after the return no
  *        callback of this service runs any more, status callbacks included. What the callbacks use

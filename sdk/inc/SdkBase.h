@@ -33,11 +33,13 @@ class SdkBase {
   // What the daemon or the SDK client has to tell. On the receiver or the worker thread.
   virtual void blobListener(SdkClientBase::SdkStatus status, const std::vector<uint8_t>& blob) = 0;
 
-  // Reaches the SDK client for @p type and hands it @p event. No: there is no client, which has
-  // been reported to a status callback. Left: the object was disabled meanwhile, a new one is
-  // needed.
+  // Reaches the SDK client for @p type and hands it @p event; @p farewell is the cleanup event that
+  // will be posted last. No: there is no client, which has been reported to a status callback.
+  // Left: the object was disabled meanwhile, a new one is needed. Throws for want of memory, with
+  // nothing changed.
   Created createSdkInstance(OrbSdkClientType type, SdkClientBase::Listener listener,
-                            std::shared_ptr<SdkClientEvent> event);
+                            std::shared_ptr<SdkClientEvent> event,
+                            std::shared_ptr<SdkClientEvent> farewell);
 
   bool hasClient();
   // Posts a request; false when there is no client (any more).
@@ -45,7 +47,7 @@ class SdkBase {
 
   // First half of disable: closes the gate, posts the farewell as the last event and gives the
   // client away. Empty when there is no client. The second half is finishLeaving().
-  std::shared_ptr<SdkDeparture> beginLeaving(std::shared_ptr<SdkClientEvent> farewell);
+  std::shared_ptr<SdkDeparture> beginLeaving();
   // Waits for callbacks under way and for the retirement of the type; from inside a callback it
   // hands that to a thread of the library and returns at once.
   static void finishLeaving(const std::shared_ptr<SdkBase>& object,
@@ -62,10 +64,12 @@ class SdkBase {
 
  private:
   void reportNoClient();
-  // Waits until no creation is under way.
+  // Waits until no creation is under way, or until there is no more point in that.
   void awaitSettled(UniqueLock& lock) ORB_REQUIRES(mLock);
 
   std::shared_ptr<SdkClient> mClient ORB_GUARDED_BY(mLock);
+  // With the client comes what leaving it takes.
+  std::shared_ptr<SdkDeparture> mDeparture ORB_GUARDED_BY(mLock);
   // One thread is in SdkClient::getInstance(): others wait for what comes of it, for the first
   // answer may come before the handle is stored. The wait ends with the start of a thread and no
   // callback is called meanwhile.

@@ -5,17 +5,29 @@
 #include <new>
 #include <utility>
 
+#include "HardStop.h"
 #include "SdkClient.h"
 #include "Thread.h"
+
+namespace {
+
+// A creation that ends the process is never over.
+constexpr std::chrono::milliseconds kLookAfter(20);
+
+}  // namespace
 
 SdkBase::~SdkBase() = default;
 
 SdkBase::Created SdkBase::createSdkInstance(OrbSdkClientType type, SdkClientBase::Listener listener,
-                                            std::shared_ptr<SdkClientEvent> event) {
+                                            std::shared_ptr<SdkClientEvent> event,
+                                            std::shared_ptr<SdkClientEvent> farewell) {
+  auto departure = std::make_shared<SdkDeparture>(std::move(farewell));
   {
     UniqueLock lock(mLock);
     awaitSettled(lock);
     if (mLeft) return Created::Left;
+    if (mCreating) return Created::No;  // by a thread that is ending the process
+    if (!mDeparture) mDeparture = std::move(departure);
     if (mClient) {
       if (event) mClient->postEvent(std::move(event));
       return Created::Yes;
@@ -54,7 +66,9 @@ void SdkBase::reportNoClient() {
 bool SdkBase::hasClient() { return client() != nullptr; }
 
 void SdkBase::awaitSettled(UniqueLock& lock) {
-  mCreated.wait(lock, [this]() ORB_REQUIRES(mLock) { return !mCreating; });
+  const auto settled = [this]() ORB_REQUIRES(mLock) { return !mCreating; };
+  while (!mCreated.wait_for(lock, kLookAfter, settled) && !processStops()) {
+  }
 }
 
 std::shared_ptr<SdkClient> SdkBase::client() {
@@ -70,13 +84,13 @@ bool SdkBase::post(std::shared_ptr<SdkClientEvent> event) {
   return mClient != nullptr;
 }
 
-std::shared_ptr<SdkDeparture> SdkBase::beginLeaving(std::shared_ptr<SdkClientEvent> farewell) {
+std::shared_ptr<SdkDeparture> SdkBase::beginLeaving() {
   const LockGuard lock(mLock);
   if (!mClient) return nullptr;
-  auto departure =
-      mClient->beginDeparture(std::move(farewell));  // nothing has changed if it throws
   mLeft = true;
   mGate.close();
+  auto departure = std::move(mDeparture);
+  mClient->beginDeparture(departure);
   mClient.reset();  // the departure holds the client: ours is never the last reference
   return departure;
 }

@@ -18,6 +18,14 @@ constexpr char kHandleEvent[] = "handleEvent";  // the function of its lines, wh
 // Made for each call: threads may still report while the statics of the process are destroyed.
 std::vector<uint8_t> noBlob() { return {}; }
 
+void reportException(const std::exception& error) {
+  try {
+    SDK_LOG_AS(kTag, __FILE__, "sdkThread", "sdkThread: %s", escapePercent(error.what()).c_str());
+  } catch (const std::bad_alloc&) {
+    // No line then, but the thread goes on.
+  }
+}
+
 size_t index(OrbSdkClientType type) {
   return std::min(static_cast<size_t>(type), kOrbSdkClientTypes - 1);
 }
@@ -39,7 +47,7 @@ bool SdkClientBase::start(OrbSdkClientType type, std::shared_ptr<SdkClientEvent>
     try {
       sdkThread(type, std::move(event));
     } catch (const std::exception& error) {
-      SDK_LOG(kTag, "sdkThread: %s", escapePercent(error.what()).c_str());
+      reportException(error);
     }
     // Whoever waits for the end finds the worker's share of the client given back.
     self.reset();
@@ -63,7 +71,7 @@ void SdkClientBase::sdkThread(OrbSdkClientType, std::shared_ptr<SdkClientEvent> 
       mEventManager->processEvents(mTimer);
     } catch (const std::exception& error) {
       // One event is lost, not the worker with everything that is queued behind it.
-      SDK_LOG(kTag, "sdkThread: %s", escapePercent(error.what()).c_str());
+      reportException(error);
     }
   }
   SDK_LOG(kTag, "sdkThread loop END");

@@ -71,6 +71,17 @@ inline std::vector<Record> recordsOf(const Bytes& content, size_t offset = kHead
   return records;
 }
 
+// Where the last whole record ends.
+inline size_t endOfRecords(const Bytes& content) {
+  size_t end = kHeaderSize;
+  while (content.size() >= end + 2) {
+    const size_t size = 2 + static_cast<size_t>(content[end] | content[end + 1] << 8);
+    if (content.size() - end < size) break;
+    end += size;
+  }
+  return end;
+}
+
 // The session key at the beginning of a file, as the openssl program unwraps it.
 inline Bytes sessionKeyOf(const Bytes& content, const testkeys::RsaKey& key) {
   const fs::path directory = "/tmp/unwrap";

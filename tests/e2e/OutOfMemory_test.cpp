@@ -102,53 +102,33 @@ INSTANTIATE_TEST_SUITE_P(All, OpeningOutOfMemory, ::testing::ValuesIn(openings()
 
 class OutOfMemory : public OutOfMemoryTest {};
 
-TEST_F(OutOfMemory, DisableThatIsRefusedHasChangedNothing) {
+// Without any memory for the library, on this thread.
+int disableWithoutMemory(const ServiceOps& service) {
+  const memory::FailingNew failing(0, Caller::Library);
+  const int result = service.disable();
+  EXPECT_FALSE(failing.failed());
+  return result;
+}
+
+TEST_F(OutOfMemory, DisableNeedsNone) {
   for (const ServiceOps& service : kServices) {
     ASSERT_NO_FATAL_FAILURE(enable(service));
-    int result = -100;
-    size_t refused = 0;
-    const size_t failed = memory::failEach(
-        Caller::Library, [&] { result = service.disable(); },
-        [&](size_t nth) {
-          SCOPED_TRACE(nth);
-          EXPECT_TRUE(result == 0 || result == 1) << result;
-          if (result == 0) {
-            ++refused;
-            expectEnabled(service);
-          } else {
-            expectNothingLeft();
-            expectDisabled(service);
-            service.clearCalls();
-            enable(service);
-          }
-        });
-    print("disable", service, failed);
-    std::printf("%zu of them refused it\n", refused);
-    EXPECT_EQ(1, result);
+    EXPECT_EQ(1, disableWithoutMemory(service));
     expectNothingLeft();
+    expectDisabled(service);
   }
 }
 
-TEST_F(OutOfMemory, DisableOfOneBesideOthersLeavesThoseAlone) {
+TEST_F(OutOfMemory, DisableOfOneLeavesTheOthersAlone) {
   ASSERT_NO_FATAL_FAILURE(enableAll());
-  int result = -100;
-  const size_t failed = memory::failEach(
-      Caller::Library, [&] { result = kLle.disable(); },
-      [&](size_t nth) {
-        SCOPED_TRACE(nth);
-        if (result == 1) enable(kLle);
-        for (const ServiceOps& service : kServices) expectEnabled(service);
-      });
-  print("disable beside others", kLle, failed);
-  EXPECT_EQ(1, result);
+  EXPECT_EQ(1, disableWithoutMemory(kLle));
   expectHearsJustThis(kLce);
   expectHearsJustThis(kLli);
 }
 
-TEST_F(OutOfMemory, DisableInsideACallbackHasChangedNothingOrIsFinishedByTheLibrary) {
+TEST_F(OutOfMemory, DisableInsideACallbackIsFinishedByTheLibrary) {
   for (const ServiceOps& service : kServices) {
     size_t nth = 0;
-    size_t refused = 0;
     for (bool failed = true; failed; ++nth) {
       SCOPED_TRACE(nth);
       state().clear();
@@ -165,20 +145,12 @@ TEST_F(OutOfMemory, DisableInsideACallbackHasChangedNothingOrIsFinishedByTheLibr
       });
       send(service, status(1));
       ASSERT_TRUE(state().waitDone());
-      ASSERT_TRUE(result == 0 || result == 1) << result;
-      if (result == 0) {
-        ++refused;
-        expectSent(service);
-        send(service, status(4));
-        EXPECT_TRUE(state().waitFor(application::Event::Status, STATUS_NOT_SUPPORTED));
-        EXPECT_EQ(1, service.disable());
-      }
+      ASSERT_EQ(1, result);
       expectNothingLeft();
       EXPECT_EQ(0, service.disable());
       if (HasFailure()) return;
     }
     print("disable inside a callback", service, nth - 1);
-    std::printf("%zu of them refused it\n", refused);
   }
 }
 

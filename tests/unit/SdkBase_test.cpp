@@ -72,10 +72,10 @@ class SdkBaseTest : public ::testing::Test {
   SdkBase::Created create() {
     return mService->createSdkInstance(
         OrbSdkClientType::LCE, [](SdkClientBase::SdkStatus, const std::vector<uint8_t>&) {},
-        nullptr);
+        nullptr, farewell());
   }
   bool leave() {
-    const auto departure = mService->beginLeaving(farewell());
+    const auto departure = mService->beginLeaving();
     if (departure) SdkBase::finishLeaving(mService, departure);
     return departure != nullptr;
   }

@@ -52,9 +52,8 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   static void destroyInstance(OrbSdkClientType type);
 
   // Leaving in two halves. The first names the moment: what the type's connection still receives or
-  // reports from now on is dropped. It posts @p farewell, the type's cleanup event. Throws for want
-  // of memory, with nothing changed; from then on leaving cannot fail.
-  std::shared_ptr<SdkDeparture> beginDeparture(std::shared_ptr<SdkClientEvent> farewell);
+  // reports from now on is dropped. It posts the farewell, the type's cleanup event. Cannot fail.
+  void beginDeparture(const std::shared_ptr<SdkDeparture>& departure);
   // The second waits for the worker to send what is queued and to retire the type. A worker that
   // does not get there in time (daemon absent, silent or not reading, another type's connect or
   // callback under way) is freed by closing the connection; a healthy one is told the farewell

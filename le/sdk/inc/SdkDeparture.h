@@ -3,27 +3,33 @@
 #pragma once
 
 #include <chrono>
+#include <list>
 #include <memory>
 
 #include "Mutex.h"
-#include "SdkClientEvent.h"
+#include "SdkClientBase.h"
 
 class OrbIpcClientSession;
 class SdkClient;
 
 // One client type on its way out, from the moment its farewell, the cleanup event, is posted until
-// the worker has retired it. Made and waited for by the thread that disables, completed by the
-// worker. mMutex guards what follows it.
+// the worker has retired it. Made when the type joins, with all the memory that leaving takes,
+// begun and waited for by the thread that disables, completed by the worker. mMutex guards what
+// follows it.
 class SdkDeparture {
  public:
   using Clock = std::chrono::steady_clock;
 
-  SdkDeparture(std::shared_ptr<SdkClientEvent> farewell, std::shared_ptr<SdkClient> client);
+  explicit SdkDeparture(std::shared_ptr<SdkClientEvent> farewell);
 
   const std::shared_ptr<SdkClientEvent> mFarewell;
   const OrbSdkClientType mType;
   bool mFarewellSaid = false;  // guarded by the lock of mClient
-  const std::shared_ptr<SdkClient> mClient;
+
+  // Used up by SdkClient::beginDeparture(), which names the client.
+  std::shared_ptr<SdkClient> mClient;
+  std::list<std::shared_ptr<SdkDeparture>> mPlace;
+  SdkClientBase::Posting mPosting;
 
   // From now on the type may still connect and send for the length of @p patience.
   void startPatience(std::chrono::milliseconds patience);

@@ -8,6 +8,7 @@
 #include <new>
 #include <utility>
 
+#include "HardStop.h"
 #include "Log.h"
 #include "NeverDestroyed.h"
 #include "SdkClient.h"
@@ -29,6 +30,9 @@ constexpr std::chrono::milliseconds kPatience(200);
 constexpr std::chrono::milliseconds kTurnEnd(30);
 constexpr std::chrono::milliseconds kAfterClose(100);
 constexpr std::chrono::milliseconds kThreadEnd(50);
+
+// A creation that ends the process is never over.
+constexpr std::chrono::milliseconds kLookAfter(20);
 
 // The joint decision of joining and leaving threads. Never destroyed: threads may leave while the
 // process exits.
@@ -84,7 +88,10 @@ std::shared_ptr<SdkClient> SdkClient::getInstance(OrbSdkClientType type, Listene
   std::shared_ptr<SdkClient> instance;
   {
     UniqueLock lock(state().lock);
-    state().created.wait(lock, []() ORB_REQUIRES(state().lock) { return !state().creating; });
+    const auto settled = []() ORB_REQUIRES(state().lock) { return !state().creating; };
+    while (!state().created.wait_for(lock, kLookAfter, settled)) {
+      if (processStops()) return nullptr;
+    }
     instance = state().mInstance;
     if (!instance) {
       state().creating = true;
@@ -113,7 +120,7 @@ std::shared_ptr<SdkClient> SdkClient::createInstance(OrbSdkClientType type, List
   std::shared_ptr<SdkClient> instance;
   try {
     instance = startInstance(type, std::move(listener), std::move(event));
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) {
     // No memory is no client; others must not wait for this attempt for ever.
   }
   {
@@ -159,7 +166,9 @@ void SdkClient::cancelJoining(OrbSdkClientType type) {
     last = SdkClientBase::retireType(type);
     if (last && state().mInstance.get() == this) former.swap(state().mInstance);
   }
-  if (last) mEventManager->wake();  // the others left meanwhile: the worker has to notice
+  if (!last) return;
+  mEventManager->wake();  // the others left meanwhile: the worker has to notice
+  SDK_LOG_AS(kSdkClientTag, kUnit, kDestroyInstance, "cleaning mInstance");
 }
 
 void SdkClient::addListener(OrbSdkClientType type) {
@@ -178,29 +187,26 @@ void SdkClient::destroyInstance(OrbSdkClientType type) {
     return;
   }
   if (!instance->isTypeActive(type)) return;
-  const auto departure = instance->beginDeparture(
+  const auto departure = std::make_shared<SdkDeparture>(
       std::make_shared<SdkClientEvent>(type, std::vector<uint8_t>(), true));
+  instance->beginDeparture(departure);
   instance.reset();
   finishDeparture(*departure);
 }
 
-std::shared_ptr<SdkDeparture> SdkClient::beginDeparture(std::shared_ptr<SdkClientEvent> farewell) {
-  const OrbSdkClientType type = farewell->type;
-  auto departure = std::make_shared<SdkDeparture>(
-      farewell, std::static_pointer_cast<SdkClient>(shared_from_this()));
-  Departures entry{departure};
-  auto posting = prepare(std::move(farewell));
+void SdkClient::beginDeparture(const std::shared_ptr<SdkDeparture>& departure) {
+  departure->mClient = std::static_pointer_cast<SdkClient>(shared_from_this());
+  departure->mPlace.front() = departure;
   {
     const LockGuard lock(mLock);
-    mDepartures.splice(mDepartures.end(), entry);
-    const auto found = mOrbIpcSession.find(endpointOf(type));
+    mDepartures.splice(mDepartures.end(), departure->mPlace);
+    const auto found = mOrbIpcSession.find(endpointOf(departure->mType));
     if (found != mOrbIpcSession.end() && found->second) {
       found->second->mute();
       found->second->stopRetrying();
     }
   }
-  post(std::move(posting));
-  return departure;
+  post(std::move(departure->mPosting));
 }
 
 void SdkClient::finishDeparture(SdkDeparture& departure) {

@@ -4,9 +4,11 @@
 
 #include <utility>
 
-SdkDeparture::SdkDeparture(std::shared_ptr<SdkClientEvent> farewell,
-                           std::shared_ptr<SdkClient> client)
-    : mFarewell(std::move(farewell)), mType(mFarewell->type), mClient(std::move(client)) {}
+SdkDeparture::SdkDeparture(std::shared_ptr<SdkClientEvent> farewell)
+    : mFarewell(std::move(farewell)),
+      mType(mFarewell->type),
+      mPlace(1),
+      mPosting(SdkClientBase::prepare(mFarewell)) {}
 
 void SdkDeparture::startPatience(std::chrono::milliseconds patience) {
   const LockGuard lock(mMutex);

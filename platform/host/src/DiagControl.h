@@ -16,7 +16,8 @@ namespace diaghost {
 void startControl();
 
 // Removes the socket and gives the thread back. A command that runs is waited for, but not for
-// ever: a process must be able to end. In a forked child, which has no such thread, it does nothing.
+// ever: a process must be able to end. In a forked child, which has no such thread, it does
+// nothing.
 void stopControl();
 
 }  // namespace diaghost

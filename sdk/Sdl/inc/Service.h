@@ -251,9 +251,7 @@ class Service : public SdkBase {
   template <class Callback>
   static bool open(const ServiceTable& table, const OpeningPoints& points,
                    Callback Service::*member, Callback cb);
-  template <class Callback>
-  static bool join(const ServiceTable& table, const OpeningPoints& points,
-                   Callback Service::*member, Callback cb);
+  static Created joinClient(const std::shared_ptr<Service>& object);
   static bool close(const ServiceTable& table, const ClosingPoints& points);
   static std::shared_ptr<Service> readyService(const ServiceTable& table,
                                                const RequestPoints& points);

@@ -42,17 +42,6 @@ bool Service::open(const ServiceTable& table, const OpeningPoints& points,
     points.nullCallback.print(table.source);
     return false;
   }
-  try {
-    return join(table, points, member, cb);
-  } catch (const std::bad_alloc&) {
-    reportFailure(cb);
-    return false;
-  }
-}
-
-template <class Callback>
-bool Service::join(const ServiceTable& table, const OpeningPoints& points,
-                   Callback Service::*member, Callback cb) {
   for (;;) {
     const std::shared_ptr<Service> object = obtain(table);
     if (!object) {
@@ -60,17 +49,29 @@ bool Service::join(const ServiceTable& table, const OpeningPoints& points,
       reportFailure(cb);
       return false;
     }
-    object->store(*object.*member, cb);
-    const auto listener = [object](SdkClientBase::SdkStatus status,
-                                   const std::vector<uint8_t>& blob) {
-      object->blobListener(status, blob);
-    };
-    const auto created = object->createSdkInstance(
-        table.type, listener,
-        std::make_shared<SdkClientEvent>(table.type, table.enableMessage(true)));
-    // An object that another thread has just disabled is out of its slot: the next one is new.
-    if (created != Created::Left) return created == Created::Yes;
+    const Callback former = object->store(*object.*member, cb);
+    try {
+      const Created created = joinClient(object);
+      // An object that another thread has just disabled is out of its slot: the next one is new.
+      if (created != Created::Left) return created == Created::Yes;
+    } catch (const std::bad_alloc&) {
+      object->store(*object.*member, former);
+      const CallbackGate::Pass pass(object->mGate);
+      if (pass) reportFailure(cb);
+      return false;
+    }
   }
+}
+
+SdkBase::Created Service::joinClient(const std::shared_ptr<Service>& object) {
+  const ServiceTable& table = object->mTable;
+  const auto listener = [object](SdkClientBase::SdkStatus status,
+                                 const std::vector<uint8_t>& blob) {
+    object->blobListener(status, blob);
+  };
+  return object->createSdkInstance(
+      table.type, listener, std::make_shared<SdkClientEvent>(table.type, table.enableMessage(true)),
+      std::make_shared<SdkClientEvent>(table.type, table.enableMessage(false), true));
 }
 
 bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
@@ -78,13 +79,12 @@ bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
   ServiceSlot& slot = table.slot();
   std::shared_ptr<Service> object;
   std::shared_ptr<SdkDeparture> departure;
-  auto farewell = std::make_shared<SdkClientEvent>(table.type, table.enableMessage(false), true);
   // A creation under way is waited for here, with no lock held, and not below.
   if (const auto present = slot.get()) present->hasClient();
   {
     const LockGuard lock(slot.lock);
     object = slot.instance;
-    if (object) departure = object->beginLeaving(std::move(farewell));
+    if (object) departure = object->beginLeaving();
     if (departure) slot.instance.reset();
   }
   if (!object) {

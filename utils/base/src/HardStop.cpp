@@ -15,14 +15,22 @@ constexpr int kStatus = -1;
 std::atomic<bool> stopping{false};
 thread_local bool stoppingHere = false;
 
+// Whether this thread is the first one.
+bool beginStop() {
+  const bool first = !stopping.exchange(true);
+  if (first) stoppingHere = true;
+  return first;
+}
+
 }  // namespace
 
 void hardStop(const char* message) {
   __android_log_print(ANDROID_LOG_ERROR, nullptr, "%s", message);
-  if (stoppingHere) _exit(kStatus);  // again, from something that exit() called
-  if (!stopping.exchange(true)) {
-    stoppingHere = true;
-    exit(kStatus);
-  }
+  if (stoppingHere) _exit(kStatus);  // from something that exit() called
+  if (beginStop()) exit(kStatus);
   for (;;) pause();
 }
+
+void noteProcessExit() { beginStop(); }
+
+bool processStops() { return stopping; }

@@ -15,6 +15,7 @@
 #include <set>
 
 #include "DiagCmdProcessor.h"
+#include "HardStop.h"
 #include "Log.h"
 #include "Thread.h"
 
@@ -60,7 +61,10 @@ Log* Log::getInstance() {
 // that, what they use in other libraries is no longer there.
 struct LoadedLog {
   LoadedLog() { Log::getInstance(); }
-  ~LoadedLog() { Log::getInstance()->releaseAtExit(); }
+  ~LoadedLog() {
+    noteProcessExit();
+    Log::getInstance()->releaseAtExit();
+  }
 };
 namespace {
 

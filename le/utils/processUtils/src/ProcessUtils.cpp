@@ -102,6 +102,7 @@ bool registerSocket(unsigned long id, unsigned int sessionId, const SharedSocket
 }
 
 bool registerSocket(unsigned long id, unsigned int sessionId, int sockFd, ProcessHandler& handler) {
+  const auto globals = getProcessUtilsGlobals();  // here, as long as nothing owns the descriptor
   const auto socket = std::make_shared<UniqueFd>(sockFd);
   if (registerSocket(id, sessionId, socket, HandlerRef(handler))) return true;
   socket->release();
@@ -166,11 +167,12 @@ void regProcess(unsigned long id, std::string name, unsigned long sessionId, std
   const auto globals = getProcessUtilsGlobals();
   const ScopedLock<SharedMutex> lock(globals->mLock);
   if (!globals->mRegistrationOpen) return;
+  const auto socket = std::make_shared<UniqueFd>();
   globals->mRegistrationOpen = false;
   globals->mProcessId = id;
   globals->mProcessName = std::move(name);
   if (sockFd >= 0) {
-    const auto socket = std::make_shared<UniqueFd>(sockFd);
+    socket->reset(sockFd);
     if (registerLocked(*globals, {id, sessionId}, socket, HandlerRef(handler))) {
       ORB_LOGD("child listening to sock: %d", sockFd);
     } else {

@@ -29,7 +29,8 @@ struct KeyFiles {
   std::string privateKey, publicKey, configuration;
 };
 
-// The configuration file's bytes: records per file (8, little-endian), files (1), public key in PEM.
+// The configuration file's bytes: records per file (8, little-endian), files (1), public key in
+// PEM.
 std::vector<uint8_t> makeConfiguration(uint64_t records, uint8_t files,
                                        const std::string& publicKey);
 
