@@ -303,6 +303,8 @@ ORBLOG = {
     "second_header": b"\1" + HEADER + good(b"a") + HEADER + good(b"b"),
     "damaged_record": b"\1" + HEADER + good(b"a") + good(b"b") + DAMAGE + good(b"c"),
     "lost_bytes": b"\1" + HEADER + good(b"a") + plain(b"\xff\xff") + good(b"b"),
+    "sealed_elsewhere": b"\1" + HEADER + good(b"a") + plain(
+        bytes.fromhex("1c00" "010100000000000000000000" "0cb4d2813ddd42f2224801d65c315e95")),
     "no_budget": b"\3" + HEADER + good(b"a") + plain(b"\x1d\0" * 20) + good(b"b"),
     "cut_record": b"\1" + HEADER + good(b"a") + plain(b"\x40\0abc"),
     "header_cut": b"\0" + b"\xab" * 100,
