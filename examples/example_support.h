@@ -29,7 +29,7 @@ typedef struct ExampleService {
 } ExampleService;
 
 /*
- * The whole of main(): reads "[--seconds N]" (0: no limit), makes SIGINT and SIGTERM end the waits
+ * The whole of main(): reads "[--seconds N]" (without it: no limit), makes SIGINT and SIGTERM end the waits
  * below, and calls `run`. The result is the exit status: 0 `run` gave true, 1 it did not or could
  * not be called, 2 wrong arguments. `name` is the program's name for messages.
  */

@@ -132,7 +132,8 @@ typedef struct LceEstimationReport {
  *   STATUS_SERVICE_DOWN
  *       the daemon sent it, or the connection was lost: runs on the receiver thread. The daemon
  *       could not be reached or turned the connection down: runs on the worker thread. LCE stays
- *       enabled; the next request connects again, but the daemon must then be told everything anew.
+ *       enabled and the next request connects again, but the daemon has to be told everything anew:
+ *       call orb_lce_enable() or createLceClient() once more, then the rest.
  *   Treat any other value as "something else".
  *
  * Statuses do not say which request they belong to; criteria and reports have callbacks of their
@@ -207,8 +208,8 @@ ORB_API int orb_lce_enable(LceStatusIndCb cb);
  * library's threads if no other service is enabled. Status and report callbacks of both generations
  * are forgotten, unanswered requests are dropped.
  *
- * @return 1 done | 0 LCE is not enabled, or its connection object was never made (then the status
- *         callbacks were called with STATUS_INTERNAL_ERROR).
+ * @return 1 done | 0 LCE is not enabled. Callbacks of an enable or create that could not set the
+ *         library up are told STATUS_INTERNAL_ERROR and stay registered.
  *
  * Threads: call it from any thread and from any callback. On a thread of the application it returns
  * within 500 ms, absent or silent daemon included, plus the time that a running callback of LCE
@@ -238,8 +239,8 @@ ORB_API int createLceClient(LceStatusV2Cb cb);
  * Disables LCE: the counterpart of createLceClient(), in everything but its results the same as
  * orb_lce_disable(). (The name does not mention LCE; it has been in use so for long and stays.)
  *
- * @return 0 done | -1 LCE is not enabled, or its connection object was never made (then the status
- *         callbacks were called with their value of internal error).
+ * @return 0 done | -1 LCE is not enabled. Callbacks of an enable or create that could not set the
+ *         library up are told their value of internal error and stay registered.
  *
  * Threads: call it from any thread and from any callback. On a thread of the application it returns
  * within 500 ms, absent or silent daemon included, plus the time that a running callback of LCE
@@ -259,7 +260,7 @@ ORB_API int destroySdfClient(void);
  *                  has been called or LCE has been disabled.
  * @return 1 to 4294967295 queued, the transaction id: unique among the unanswered requests, in no
  *         order | -2 a NULL argument, a count above 20 or an access network outside 0 to 3 |
- *         -5 LCE is not enabled. A refused call changes nothing.
+ *         -5 LCE is not enabled, or no memory. A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread. Since 1.0.
@@ -273,7 +274,8 @@ ORB_API int64_t lceSetReportingCriteria(const LceReportingCriteria* criteria,
  * @param cb  receives the answer; not NULL. There is one such callback: with several requests under
  *            way, the latest one gets all answers. It stays registered after the answer and must
  *            stay callable until the next call replaces it or LCE has been disabled.
- * @return 0 queued | -2 @p cb is NULL | -5 LCE is not enabled. A refused call changes nothing.
+ * @return 0 queued | -2 @p cb is NULL | -5 LCE is not enabled, or no memory.
+ *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread. Since 1.0.
@@ -285,8 +287,8 @@ ORB_API int64_t lceGetLastEstimationReport(LceEstimationReportCb cb);
  * with a status. Register for the reports with lceRegEstimationReports() before starting them.
  *
  * @param action  LCE_REPORTING_ACTION_STOP, _START or _RESET.
- * @return 0 queued | -2 @p action is none of them | -5 LCE is not enabled. A refused call changes
- *         nothing.
+ * @return 0 queued | -2 @p action is none of them | -5 LCE is not enabled, or no memory.
+ *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. Reports
  * that are under way may still arrive after a stop. Since 1.0.
@@ -299,7 +301,8 @@ ORB_API int64_t lcePerformReportingAction(LceReportingAction action);
  *
  * @param cb  receives each report; not NULL. It must stay callable until the next call replaces it
  *            or LCE has been disabled. When replaced, one report may still reach the old callback.
- * @return 0 registered | -2 @p cb is NULL | -5 LCE is not enabled. A refused call changes nothing.
+ * @return 0 registered | -2 @p cb is NULL | -5 LCE is not enabled, or no memory.
+ *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback. @p cb runs on the receiver thread.
  * Since 1.0.

@@ -57,7 +57,8 @@ typedef struct LleEstimationReport {
  *   STATUS_SERVICE_DOWN
  *       the daemon sent it, or the connection was lost: runs on the receiver thread. The daemon
  *       could not be reached or turned the connection down: runs on the worker thread. LLE stays
- *       enabled; the next request connects again, but the daemon must then be told everything anew.
+ *       enabled and the next request connects again, but the daemon has to be told everything anew:
+ *       call orb_lle_enable() or createLleClient() once more, then the rest.
  *   any other status
  *       the daemon sent it, as a rule for the latest request; runs on the receiver thread. Treat a
  *       value that you do not know as "something else".
@@ -122,8 +123,8 @@ ORB_API int orb_lle_enable(LleStatusIndCb cb);
  * library's threads if no other service is enabled. Callbacks of both generations are forgotten,
  * unanswered requests are dropped.
  *
- * @return 1 done | 0 LLE is not enabled, or its connection object was never made (then the status
- *         callbacks were called with STATUS_INTERNAL_ERROR).
+ * @return 1 done | 0 LLE is not enabled. Callbacks of an enable or create that could not set the
+ *         library up are told STATUS_INTERNAL_ERROR and stay registered.
  *
  * Threads: call it from any thread and from any callback. On a thread of the application it returns
  * within 500 ms, absent or silent daemon included, plus the time that a running callback of LLE
@@ -153,8 +154,8 @@ ORB_API int createLleClient(LleStatusV2Cb cb);
  * Disables LLE: the counterpart of createLleClient(), in everything but its results the same as
  * orb_lle_disable().
  *
- * @return 0 done | -1 LLE is not enabled, or its connection object was never made (then the status
- *         callbacks were called with their value of internal error).
+ * @return 0 done | -1 LLE is not enabled. Callbacks of an enable or create that could not set the
+ *         library up are told their value of internal error and stay registered.
  *
  * Threads: as orb_lle_disable(): from any thread and from any callback; within 500 ms plus a
  * running callback's time on a thread of the application, at once inside a callback. Do not hold a
@@ -168,7 +169,7 @@ ORB_API int destroyLleClient(void);
  *
  * @param criteria  handed on as it is: what it means, and in which unit, is the daemon's to define
  *                  for the platform at hand. Every value is accepted.
- * @return 0 queued | -5 LLE is not enabled. A refused call changes nothing.
+ * @return 0 queued | -5 LLE is not enabled, or no memory. A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon.
  * Since 1.0.
@@ -181,7 +182,8 @@ ORB_API int64_t lleSetReportingCriteria(uint32_t criteria);
  * @param cb  receives the answer; not NULL. There is one such callback: with several requests under
  *            way, the latest one gets all answers. It stays registered after the answer and must
  *            stay callable until the next call replaces it or LLE has been disabled.
- * @return 0 queued | -2 @p cb is NULL | -5 LLE is not enabled. A refused call changes nothing.
+ * @return 0 queued | -2 @p cb is NULL | -5 LLE is not enabled, or no memory.
+ *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread. Since 1.0.
@@ -194,7 +196,8 @@ ORB_API int64_t lleGetLastEstimationReport(LleEstimationReportCb cb);
  *
  * @param cb  receives each report; not NULL. It must stay callable until the next call replaces it
  *            or LLE has been disabled. When replaced, one report may still reach the old callback.
- * @return 0 registered | -2 @p cb is NULL | -5 LLE is not enabled. A refused call changes nothing.
+ * @return 0 registered | -2 @p cb is NULL | -5 LLE is not enabled, or no memory.
+ *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback. @p cb runs on the receiver thread.
  * Since 1.0.

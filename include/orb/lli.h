@@ -98,7 +98,8 @@ typedef struct LliInterruptInfo {
  *   STATUS_SERVICE_DOWN
  *       the daemon sent it, or the connection was lost: runs on the receiver thread. The daemon
  *       could not be reached or turned the connection down: runs on the worker thread. LLI stays
- *       enabled; the next request connects again, but the daemon must then be told everything anew.
+ *       enabled and the next request connects again, but the daemon has to be told everything anew:
+ *       call orb_lli_enable() or createLliClient() once more, then the rest.
  *   any other status
  *       the daemon sent it, as a rule for the latest request; runs on the receiver thread. Treat a
  *       value that you do not know as "something else".
@@ -163,8 +164,8 @@ ORB_API int orb_lli_enable(LliStatusIndCb cb);
  * library's threads if no other service is enabled. Callbacks of both generations are forgotten,
  * unanswered requests are dropped.
  *
- * @return 1 done | 0 LLI is not enabled, or its connection object was never made (then the status
- *         callbacks were called with STATUS_INTERNAL_ERROR).
+ * @return 1 done | 0 LLI is not enabled. Callbacks of an enable or create that could not set the
+ *         library up are told STATUS_INTERNAL_ERROR and stay registered.
  *
  * Threads: call it from any thread and from any callback. On a thread of the application it returns
  * within 500 ms, absent or silent daemon included, plus the time that a running callback of LLI
@@ -194,8 +195,8 @@ ORB_API int createLliClient(LliStatusV2Cb cb);
  * Disables LLI: the counterpart of createLliClient(), in everything but its results the same as
  * orb_lli_disable().
  *
- * @return 0 done | -1 LLI is not enabled, or its connection object was never made (then the status
- *         callbacks were called with their value of internal error).
+ * @return 0 done | -1 LLI is not enabled. Callbacks of an enable or create that could not set the
+ *         library up are told their value of internal error and stay registered.
  *
  * Threads: as orb_lli_disable(): from any thread and from any callback; within 500 ms plus a
  * running callback's time on a thread of the application, at once inside a callback. Do not hold a
@@ -210,7 +211,8 @@ ORB_API int destroyLliClient(void);
  * @param cb  receives each indication; not NULL. It must stay callable until the next call replaces
  *            it or LLI has been disabled. When replaced, one indication may still reach the old
  *            callback.
- * @return 0 queued | -2 @p cb is NULL | -5 LLI is not enabled. A refused call changes nothing.
+ * @return 0 queued | -2 @p cb is NULL | -5 LLI is not enabled, or no memory.
+ *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread. Since 1.0.

@@ -8,19 +8,25 @@
  *   LLE  link latency estimation        <orb/lle.h>
  *   LLI  link interruption indication   <orb/lli.h>
  *
- * A service is used in four steps: enable it with a status callback, wait until that callback gets
- * STATUS_SUCCESS or STATUS_SERVICE_UP, call the requests, disable it. Nothing runs before the first
- * enable and nothing is left after the last disable. examples/lce_monitor.c, lle_monitor.c and
- * lli_handoff.c are programs to copy from, all_services.c uses all three in one.
+ * A service is used in three steps: enable it with a status callback, call the requests, disable
+ * it. The first STATUS_SUCCESS or STATUS_SERVICE_UP tells that the service works; requests made
+ * before are queued. Nothing runs before the first enable and nothing is left after the last
+ * disable. examples/lce_monitor.c, lle_monitor.c and lli_handoff.c are programs to copy from,
+ * all_services.c uses all three in one.
  *
  * What follows holds for every function and callback. Their own comments name what is particular.
  *
  * 1. Calls. Any function may be called from any thread and from inside any callback, at any time.
  *    A request checks its arguments, queues a message for the daemon and returns; it never waits
  *    for the daemon. Requests accepted before the connection stands reach the daemon once it does,
- *    in the order of the calls. A connection is tried for about five seconds; when it fails, what
- *    was waiting for it is dropped, the status "service down" is reported, and the next request
- *    tries again. No request is repeated by the library.
+ *    in the order of the calls. Without a daemon each waiting request in turn tries to connect, for
+ *    about five seconds; when that fails, this request is dropped and one "service down" reported,
+ *    so many waiting requests give as many reports, one after the other. A daemon that turns the
+ *    connection down gives them at once: do not make requests anew from that callback without a
+ *    pause. Disable ends all attempts. No request is repeated by the library.
+ *    There is no time limit once a daemon has accepted the connection. While it stays silent in the
+ *    handshake, or does not read, no status comes, and the requests of the other services wait as
+ *    well, until this service is disabled: limit the wait for the first status.
  *
  * 2. Results. They differ by kind, for historical reasons, and are part of the contract:
  *
@@ -61,10 +67,14 @@
  *        (the bound of 500 ms is then as long as the callback takes), and after the return no
  *        callback of this service runs any more, status callbacks included. What the callbacks use
  *        may then be freed.
- *      - Called from inside a callback: they return at once. The library finishes the rest on its
- *        own thread after the callback has returned.
+ *      - Called from inside a callback, of this or another service: they return at once, and no new
+ *        callback of the service begins. The library finishes the rest on a thread of its own after
+ *        the callback has returned. One that is running on another thread goes on: do not free what
+ *        it uses. If the service is enabled again meanwhile, the old callback may still be running
+ *        beside new ones.
  *      - Never hold a lock, while calling them, that one of the service's callbacks takes: the call
- *        waits for the callback and the callback for the lock.
+ *        waits for the callback and the callback for the lock. The same goes for enable and create
+ *        and the status callbacks, which they may call themselves.
  *      - Other enabled services notice nothing.
  *    A service may be enabled again at once. It starts afresh: callbacks, criteria requests and
  *    transaction ids of the time before are forgotten.
@@ -82,9 +92,11 @@
  *
  * 8. Processes. After fork() the child must not call the library before it calls an exec function:
  *    the threads are not there. Descriptors are close-on-exec. The process may end at any moment
- *    and on any thread, with services enabled. The library stays mapped after dlclose(), as its
- *    threads may still run. The library itself ends the process in two cases only: the descriptors
- *    of its event loop cannot be created, or a frame of the daemon does not fit in memory.
+ *    and on any thread, with services enabled; exit handlers may call the library. It stays mapped
+ *    after dlclose(), as its threads may still run. The library itself ends the process in two
+ *    cases only, by exit(-1) on the thread that finds out: the descriptors of its event loop cannot
+ *    be created, or a frame of the daemon does not fit in memory. Where the platform's setting for
+ *    the permissions of encrypted logs is on, it sets the umask of the process.
  *
  * 9. Signals. The library's threads block all signals except SIGUSR1 and those that report a fault
  *    of the thread itself (SIGSEGV and the like), so handlers of the application do not run there

@@ -13,6 +13,7 @@
 namespace orbsim {
 
 // Link capacity estimation: reports run from START to STOP or to a disable; the criteria stay.
+// Rates are in kbit/s, the queue in bytes.
 // Owned by the session and used only on the session's thread, so it has no lock.
 class LceService
     : public TypedService<LceProto::ServiceMsg, LceProto::ClientMsg, LceState, kSdkTypeLce> {
