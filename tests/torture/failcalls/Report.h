@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <string>
@@ -14,18 +15,19 @@ namespace failcalls {
 // process ended, however that was, is known. Texts are cut to their room.
 struct Report {
   Probe probe;
-  char phase[40];      // what the scenario was doing last
-  bool finished;       // it came to its end; only the end of the process follows
-  bool terminated;     // std::terminate
-  Stack terminator;    // who called it
-  bool logStopped;     // the log's threads were missing when nothing failed any more
-  unsigned refused;    // functions that returned a failure
-  unsigned errors;     // status "internal error"
-  unsigned downs;      // status "service down" that the scenario did not bring about
-  unsigned lost;       // what was due and did not come
-  unsigned late;       // callbacks of a service whose disable had returned
-  unsigned slowest;    // milliseconds of the slowest function
-  char firstLost[64];  // what that was
+  char phase[40];    // what the scenario was doing last
+  bool finished;     // it came to its end; only the end of the process follows
+  bool terminated;   // std::terminate
+  Stack terminator;  // who called it
+  bool logStopped;   // the log's threads were missing when nothing failed any more
+  // Counted by any thread, and without a lock.
+  std::atomic<unsigned> refused;  // functions that returned a failure
+  std::atomic<unsigned> errors;   // status "internal error"
+  std::atomic<unsigned> downs;    // status "service down" that the scenario did not bring about
+  unsigned lost;                  // what was due and did not come
+  unsigned late;                  // callbacks of a service whose disable had returned
+  unsigned slowest;               // milliseconds of the slowest function
+  char firstLost[64];             // what that was
   char firstLate[64];
   char slowestName[40];
   char broken[160];       // a rule of the lifecycle contract that did not hold

@@ -204,7 +204,8 @@ bool Runner::learn() {
                    "%s: does not get through without failures: status %#x in \"%s\", lost %u (%s), "
                    "refused %u, late %u (%s), broken: %s\n",
                    mScenario.name, static_cast<unsigned>(slot.status), report.phase, report.lost,
-                   report.firstLost, report.refused, report.late, report.firstLate, report.broken);
+                   report.firstLost, report.refused.load(), report.late, report.firstLate,
+                   report.broken);
       return false;
     }
     for (size_t call = 0; call < kCalls; ++call) {
