@@ -102,6 +102,24 @@ INSTANTIATE_TEST_SUITE_P(All, OpeningOutOfMemory, ::testing::ValuesIn(openings()
 
 class OutOfMemory : public OutOfMemoryTest {};
 
+TEST_F(OutOfMemory, RefusedEnableLeavesTheFormerCallbackInItsPlace) {
+  for (const ServiceOps& service : kServices) {
+    ASSERT_NO_FATAL_FAILURE(enable(service));
+    int result = -100;
+    const size_t failed = memory::failEach(
+        Caller::Library, [&] { result = service.enableWith(application::onStatus); },
+        [&](size_t nth) {
+          SCOPED_TRACE(nth);
+          EXPECT_EQ(0, result);
+          EXPECT_TRUE(state().waitFor(application::Event::Status, STATUS_INTERNAL_ERROR));
+          expectHearsJustThis(service);
+        });
+    print("enable with another callback", service, failed);
+    EXPECT_EQ(1, result);
+    disable(service);
+  }
+}
+
 // Without any memory for the library, on this thread.
 int disableWithoutMemory(const ServiceOps& service) {
   const memory::FailingNew failing(0, Caller::Library);
