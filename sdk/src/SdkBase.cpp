@@ -2,19 +2,11 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "SdkBase.h"
 
-#include <new>
 #include <utility>
 
 #include "HardStop.h"
 #include "SdkClient.h"
 #include "Thread.h"
-
-namespace {
-
-// A creation that ends the process is never over.
-constexpr std::chrono::milliseconds kLookAfter(20);
-
-}  // namespace
 
 SdkBase::~SdkBase() = default;
 
@@ -66,9 +58,7 @@ void SdkBase::reportNoClient() {
 bool SdkBase::hasClient() { return client() != nullptr; }
 
 void SdkBase::awaitSettled(UniqueLock& lock) {
-  const auto settled = [this]() ORB_REQUIRES(mLock) { return !mCreating; };
-  while (!mCreated.wait_for(lock, kLookAfter, settled) && !processStops()) {
-  }
+  awaitUnlessStopped(mCreated, lock, [this]() ORB_REQUIRES(mLock) { return !mCreating; });
 }
 
 std::shared_ptr<SdkClient> SdkBase::client() {

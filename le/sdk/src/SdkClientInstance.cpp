@@ -2,7 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 // Life of the SDK client: who joins, who leaves, and what happens when the last one has left.
 #include <errno.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <new>
@@ -30,9 +29,6 @@ constexpr std::chrono::milliseconds kPatience(200);
 constexpr std::chrono::milliseconds kTurnEnd(30);
 constexpr std::chrono::milliseconds kAfterClose(100);
 constexpr std::chrono::milliseconds kThreadEnd(50);
-
-// A creation that ends the process is never over.
-constexpr std::chrono::milliseconds kLookAfter(20);
 
 // The joint decision of joining and leaving threads. Never destroyed: threads may leave while the
 // process exits.
@@ -89,9 +85,7 @@ std::shared_ptr<SdkClient> SdkClient::getInstance(OrbSdkClientType type, Listene
   {
     UniqueLock lock(state().lock);
     const auto settled = []() ORB_REQUIRES(state().lock) { return !state().creating; };
-    while (!state().created.wait_for(lock, kLookAfter, settled)) {
-      if (processStops()) return nullptr;
-    }
+    if (!awaitUnlessStopped(state().created, lock, settled)) return nullptr;
     instance = state().mInstance;
     if (!instance) {
       state().creating = true;
