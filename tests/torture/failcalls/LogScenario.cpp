@@ -10,6 +10,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 
 #include "Accounts.h"
 #include "Application.h"
@@ -54,6 +55,7 @@ class Logging {
   explicit Logging(Run& run)
       : mRun(run), mName(fs::path(run.socketPath).filename()), mDaemon(optionsOf(run)) {
     mApp.begin(run);
+    mRun.stopDaemon = [this] { stopDaemon(); };
   }
 
   void run() {
@@ -73,7 +75,7 @@ class Logging {
     disarm();
     if (mApp.isEnabled(Lce) && !mApp.disable(Lce)) breaks("cannot disable");
     again();
-    mDaemon.stop();
+    stopDaemon();
     const std::string missing = notGivenBack(before);
     if (!missing.empty()) breaks("not given back:" + missing);
   }
@@ -84,6 +86,9 @@ class Logging {
     options.socketPath = run.socketPath;
     options.reportInterval = std::chrono::milliseconds(0);
     return options;
+  }
+  void stopDaemon() {
+    std::call_once(mDaemonStop, [this] { mDaemon.stop(); });
   }
   void phase(const std::string& name) {
     put(mRun.report.phase, name);
@@ -134,6 +139,7 @@ class Logging {
   std::string mName;
   Application& mApp = Application::get();
   orbsim::Daemon mDaemon;
+  std::once_flag mDaemonStop;
 };
 
 }  // namespace

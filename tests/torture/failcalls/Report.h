@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <functional>
 #include <string>
 
 #include "Fault.h"
@@ -45,6 +46,9 @@ struct Run {
   Fault fault;
   std::string socketPath;
   std::chrono::milliseconds patience;  // for what may not come any more once a call has failed
+  // Stops the scenario's daemon, once, from any thread: the library can end the process while the
+  // scenario is under way, and then nobody has joined the threads of sessions that are over.
+  std::function<void()> stopDaemon;
 };
 
 }  // namespace failcalls

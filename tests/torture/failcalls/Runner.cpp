@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -100,7 +101,8 @@ std::set<std::string> linesIn(const Report& report) {
 }
 
 // In the run's process.
-Report* ownReport = nullptr;
+Run* ownRun = nullptr;
+std::atomic<bool> ending{false};  // by the scenario's end or by the library, which is there first
 
 void noteLines() {
   std::set<std::string> kinds;
@@ -109,13 +111,20 @@ void noteLines() {
   }
   std::string all;
   for (const std::string& kind : kinds) all += kind + '\n';
-  put(ownReport->lines, all);
+  put(ownRun->report.lines, all);
+}
+
+void noteEnd() {
+  noteLines();
+  if (ending.exchange(true)) return;
+  disarm();
+  ownRun->stopDaemon();
 }
 
 [[noreturn]] void noteTerminate() {
   disarm();
-  ownReport->terminated = true;
-  note(ownReport->terminator);
+  ownRun->report.terminated = true;
+  note(ownRun->report.terminator);
   _exit(kTerminateStatus);
 }
 
@@ -161,18 +170,21 @@ void Runner::start(Slot& slot, const Fault& fault, bool patient) {
   if (slot.process < 0) std::abort();
   if (slot.process != 0) return;
 
-  ownReport = slot.report;
+  const auto patience = fault.call == Call::Connect ? kConnectPatience : kPatience;
+  Run run{*slot.report, fault, slot.socketPath, patient ? kLongPatience : patience, {}};
+  ownRun = &run;
 #ifndef ORB_SLOW_CHECKER
   // What other libraries have to say about a failure; a checker's words count.
   if (std::freopen("/dev/null", "w", stderr) == nullptr) std::abort();
 #endif
   std::set_terminate(noteTerminate);
-  std::atexit(noteLines);
+  std::atexit(noteEnd);
   alarm(patient ? 3 * kWatchdog : kWatchdog);  // by default it ends the process
   redirectTo(slot.socketPath.c_str());
-  const auto patience = fault.call == Call::Connect ? kConnectPatience : kPatience;
-  Run run{*slot.report, fault, slot.socketPath, patient ? kLongPatience : patience};
   mScenario.run(run);
+  if (ending.exchange(true)) {
+    for (;;) pause();  // another thread is in exit() already
+  }
   slot.report->finished = true;
   put(slot.report->phase, "exit");
   std::exit(0);

@@ -2,6 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include <orb/sdl.h>
 
+#include <mutex>
+
 #include "Accounts.h"
 #include "Application.h"
 #include "Interposer.h"
@@ -70,7 +72,10 @@ orbsim::Blob indicationOf(Service service) {
 // The parts of the scenario, in their order.
 class Services {
  public:
-  explicit Services(Run& run) : mRun(run), mDaemon(optionsOf(run)) { mApp.begin(run); }
+  explicit Services(Run& run) : mRun(run), mDaemon(optionsOf(run)) {
+    mApp.begin(run);
+    mRun.stopDaemon = [this] { stopDaemon(); };
+  }
 
   void run() {
     const std::set<std::string> before = descriptors();
@@ -85,12 +90,15 @@ class Services {
     disarm();
     again();
     phase("accounts");
-    mDaemon.stop();
+    stopDaemon();
     const std::string missing = notGivenBack(before);
     if (!missing.empty()) breaks("not given back:" + missing);
   }
 
  private:
+  void stopDaemon() {
+    std::call_once(mDaemonStop, [this] { mDaemon.stop(); });
+  }
   void phase(const char* name) {
     put(mRun.report.phase, name);
     mApp.listen();
@@ -224,6 +232,7 @@ class Services {
   Run& mRun;
   Application& mApp = Application::get();
   orbsim::Daemon mDaemon;
+  std::once_flag mDaemonStop;
 };
 
 }  // namespace
