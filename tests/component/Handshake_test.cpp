@@ -203,7 +203,7 @@ TEST_F(HandshakeTest, SocketIsClosedBeforeTheFailureIsReported) {
     return recv(fd, &byte, 1, 0) > 0;  // opens and closes nothing before the client has closed
   });
   bool open = true;
-  mSession->connectToServer([&](bool) { open = isOpen(lastSocket()); });
+  mSession->connectToServer([&](bool) { open = !isClosed(lastSocket()); });
   EXPECT_FALSE(open);
 }
 

@@ -8,6 +8,7 @@
 #include <future>
 #include <thread>
 
+#include "Descriptors.h"
 #include "OrbdSimClient.h"
 #include "orbsim/Handshake.h"
 
@@ -322,13 +323,7 @@ TEST_F(OrbdSimTest, ManySessionsAreServedAtOnce) {
 }
 
 TEST_F(OrbdSimTest, EndedSessionsLeaveNoDescriptorsBehind) {
-  const auto descriptors = [] {
-    size_t count = 0;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
-      ++count;
-    return count;
-  };
-  const size_t before = descriptors();
+  const size_t before = openDescriptors();
   for (size_t i = 1; i <= 50; ++i) {
     {
       Client client(path());
@@ -336,7 +331,7 @@ TEST_F(OrbdSimTest, EndedSessionsLeaveNoDescriptorsBehind) {
     }
     ASSERT_TRUE(daemon().waitForConnectionsClosed(i));
   }
-  EXPECT_EQ(before, descriptors());
+  EXPECT_EQ(before, openDescriptors());
 }
 
 TEST_F(OrbdSimTest, RefusedFrameLengthEndsTheSession) {

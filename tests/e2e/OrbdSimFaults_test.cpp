@@ -28,6 +28,10 @@ class OrbdSimFaults : public testing::Test {
     ASSERT_TRUE(mDaemon.start()) << mDaemon.error();
     faults.apply(mDaemon);
   }
+  void enableWith(const std::string& list) {
+    ASSERT_NO_FATAL_FAILURE(startWith(list));
+    ASSERT_EQ(1, orb_lce_enable(onStatus));
+  }
   static bool waitForLine(const std::string& tail) {
     return recording::waitFor(
         [&](const recording::Line& line) { return line.text.find(tail) != std::string::npos; });
@@ -44,8 +48,7 @@ class OrbdSimHandshakeFaults : public OrbdSimFaults,
                                public testing::WithParamInterface<const char*> {};
 
 TEST_P(OrbdSimHandshakeFaults, EndInServiceDownAndTheNextConnectionWorks) {
-  startWith(std::string(GetParam()) + ",connections=1");
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_NO_FATAL_FAILURE(enableWith(std::string(GetParam()) + ",connections=1"));
   expectDownThenUp();
 }
 
@@ -61,8 +64,7 @@ INSTANTIATE_TEST_SUITE_P(Each, OrbdSimHandshakeFaults,
                          });
 
 TEST_F(OrbdSimFaults, SilentDaemonSaysNothing) {
-  startWith("silent");
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_NO_FATAL_FAILURE(enableWith("silent"));
   ASSERT_TRUE(mDaemon.waitForConnections(1));
   EXPECT_EQ(1, orb_lce_disable());
   EXPECT_TRUE(mDaemon.waitForConnectionsClosed(1));
@@ -70,56 +72,48 @@ TEST_F(OrbdSimFaults, SilentDaemonSaysNothing) {
 }
 
 TEST_F(OrbdSimFaults, StopAfterInitGetsTheAnswerAndNothingFollows) {
-  startWith("stop-after-init");
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_NO_FATAL_FAILURE(enableWith("stop-after-init"));
   EXPECT_TRUE(waitForLine("Sending HANDSHAKE_RESP"));
   EXPECT_EQ(1, orb_lce_disable());
   EXPECT_TRUE(mDaemon.waitForConnectionsClosed(1));
 }
 
 TEST_F(OrbdSimFaults, RefusedConnectionsAreTriedAgain) {
-  startWith("refuse");
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_NO_FATAL_FAILURE(enableWith("refuse"));
   EXPECT_TRUE(waitForLine("Connect ret: -1"));
 }
 
 TEST_F(OrbdSimFaults, ConnectionsThatAreNotAcceptedStayInTheBacklog) {
-  startWith("no-accept");
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_NO_FATAL_FAILURE(enableWith("no-accept"));
   EXPECT_TRUE(waitForLine("Connect ret: 0"));
   EXPECT_EQ(0u, mDaemon.totals().connections);
 }
 
 TEST_F(OrbdSimFaults, NothingIsRead) {
-  startWith("no-read");
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_NO_FATAL_FAILURE(enableWith("no-read"));
   ASSERT_TRUE(mDaemon.waitForSessions(1));
   EXPECT_TRUE(waitForLine("send: length: "));
   EXPECT_EQ(0u, mDaemon.totals().frames);
 }
 
 TEST_F(OrbdSimFaults, NoAnswerComes) {
-  startWith("no-answer");
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_NO_FATAL_FAILURE(enableWith("no-answer"));
   EXPECT_TRUE(mDaemon.waitForFrames(1));
   EXPECT_EQ(0u, state().total());
 }
 
 TEST_F(OrbdSimFaults, GarbageReadsAsAStatusWithoutData) {
-  startWith("garbage");
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_NO_FATAL_FAILURE(enableWith("garbage"));
   EXPECT_TRUE(waitForLine("Status IND message data not filled"));
 }
 
 TEST_F(OrbdSimFaults, CutFrameEndsTheConnection) {
-  startWith("cut-frame,connections=1");
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_NO_FATAL_FAILURE(enableWith("cut-frame,connections=1"));
   expectDownThenUp();
 }
 
 TEST_F(OrbdSimFaults, ConnectionIsClosedAfterSoManyFrames) {
-  startWith("close-after=2,connections=1");
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
+  ASSERT_NO_FATAL_FAILURE(enableWith("close-after=2,connections=1"));
   ASSERT_TRUE(state().waitFor(Event::Status, STATUS_SUCCESS));
   state().clear();
   ASSERT_EQ(0, lceGetLastEstimationReport(onReport));

@@ -27,6 +27,18 @@ class OrblogFollow : public testing::Test {
     more.insert(more.begin(), {"decrypt", "--follow", "--key", keyPair().path(), what});
     return more;
   }
+  // Also the first record of a file that nobody has written to before.
+  void addElsewhere(const std::string& text) {
+    const fs::path elsewhere = logs / "orb_log_p0_01";
+    if (!fs::exists(elsewhere)) writeFile(elsewhere, header);
+    add(elsewhere, text);
+  }
+  // The first bytes of a record, and the rest of it.
+  Bytes addHalf(const std::string& text) {
+    const Bytes record = sealer.record(text);
+    appendFile(file, Bytes(record.begin(), record.begin() + 20));
+    return Bytes(record.begin() + 20, record.end());
+  }
   void expectEnd(Orblog& program, const std::string& out, const std::string& err = "") {
     program.signal(SIGINT);
     EXPECT_EQ(program.wait(), 0);
@@ -60,13 +72,11 @@ TEST_F(OrblogFollow, SigtermEndsItToo) {
 TEST_F(OrblogFollow, HalfARecordIsWaitedFor) {
   Orblog program(arguments(logs.string()));
   ASSERT_TRUE(program.waitForOut("first\n"));
-  const Bytes record = sealer.record("halved");
-  appendFile(file, Bytes(record.begin(), record.begin() + 20));
+  const Bytes rest = addHalf("halved");
   // Another file's record shows that the half was there for a whole round of reading.
-  writeFile(logs / "orb_log_p0_01", header);
-  add(logs / "orb_log_p0_01", "elsewhere");
+  addElsewhere("elsewhere");
   ASSERT_TRUE(program.waitForOut("elsewhere\n"));
-  appendFile(file, Bytes(record.begin() + 20, record.end()));
+  appendFile(file, rest);
   ASSERT_TRUE(program.waitForOut("halved\n"));
   expectEnd(program, "first\nelsewhere\nhalved\n");
 }
@@ -76,14 +86,11 @@ TEST_F(OrblogFollow, RecordThatItsWriterTookBackIsForgotten) {
   Orblog program(arguments(logs.string()));
   ASSERT_TRUE(program.waitForOut("first\n"));
   const uintmax_t whole = fs::file_size(file);
-  Bytes record = sealer.record("taken back");
-  record.resize(20);
-  appendFile(file, record);
-  writeFile(logs / "orb_log_p0_01", header);
-  add(logs / "orb_log_p0_01", "half was seen");
+  addHalf("taken back");
+  addElsewhere("half was seen");
   ASSERT_TRUE(program.waitForOut("half was seen\n"));
   fs::resize_file(file, whole);
-  add(logs / "orb_log_p0_01", "none was seen");
+  addElsewhere("none was seen");
   ASSERT_TRUE(program.waitForOut("none was seen\n"));
   add(file, "second");
   ASSERT_TRUE(program.waitForOut("second\n"));
@@ -94,11 +101,8 @@ TEST_F(OrblogFollow, RecordInThePlaceOfOneThatWasTakenBackIsRead) {
   Orblog program(arguments(logs.string()));
   ASSERT_TRUE(program.waitForOut("first\n"));
   const uintmax_t whole = fs::file_size(file);
-  Bytes record = sealer.record("taken back");
-  record.resize(20);
-  appendFile(file, record);
-  writeFile(logs / "orb_log_p0_01", header);
-  add(logs / "orb_log_p0_01", "half was seen");
+  addHalf("taken back");
+  addElsewhere("half was seen");
   ASSERT_TRUE(program.waitForOut("half was seen\n"));
   // It sees both at once.
   program.signal(SIGSTOP);
@@ -132,8 +136,7 @@ TEST_F(OrblogFollow, SignalEndsItWhenThereAreNoDescriptorsLeft) {
 }
 
 TEST_F(OrblogFollow, HalfARecordAtTheEndIsNoFault) {
-  const Bytes record = sealer.record("halved");
-  appendFile(file, Bytes(record.begin(), record.begin() + 20));
+  addHalf("halved");
   Orblog program(arguments(logs.string()));
   ASSERT_TRUE(program.waitForOut("first\n"));
   expectEnd(program, "first\n");
@@ -174,8 +177,7 @@ TEST_F(OrblogFollow, FileThatWasCutShortIsReadFromItsStart) {
   fs::resize_file(file, 512);
   // The shorter file is seen for what it is when it is looked at in this state: a record elsewhere
   // shows that it was.
-  writeFile(logs / "orb_log_p0_01", header);
-  add(logs / "orb_log_p0_01", "elsewhere");
+  addElsewhere("elsewhere");
   ASSERT_TRUE(program.waitForOut("elsewhere\n"));
   add(file, "x");
   ASSERT_TRUE(program.waitForOut("x\n"));

@@ -48,6 +48,28 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
     disable(service);
     expectNothingLeft();
   }
+  // Whether an allocation failed while @p act ran.
+  template <typename Act>
+  static bool failing(size_t nth, const char* thread, Act act) {
+    const memory::FailingNew fails(nth, Caller::Library, thread);
+    act();
+    return fails.failed();
+  }
+  bool wholeLifeFails(const ServiceOps& service, size_t nth) {
+    return failing(nth, kWorker, [&] { wholeLife(service); });
+  }
+  // Runs @p round with the first allocation of the thread failing, with the second, and so on,
+  // until one comes to its end without a failure. Each round tells whether one failed.
+  template <typename Round>
+  void failEach(const char* what, const ServiceOps& service, Round round) {
+    size_t nth = 0;
+    for (bool failed = true; failed; ++nth) {
+      SCOPED_TRACE(nth);
+      failed = round(nth);
+      if (HasFailure()) return;
+    }
+    print(what, service, nth - 1);
+  }
   // No connection so far is taken for the next.
   void forgetSessions(const ServiceOps& service) {
     for (const Frame& frame : daemon().frames()) {
@@ -60,53 +82,36 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
 
 TEST_F(OutOfMemoryThreads, WorkerLosesNothingInSilenceAndRetiresItsTypes) {
   for (const ServiceOps& service : kServices) {
-    size_t nth = 0;
-    for (bool failed = true; failed; ++nth) {
-      SCOPED_TRACE(nth);
-      {
-        const memory::FailingNew failing(nth, Caller::Library, kWorker);
-        wholeLife(service);
-        expectNothingLeft();
-        failed = failing.failed();
-      }
+    failEach("worker", service, [&](size_t nth) {
+      const bool failed = wholeLifeFails(service, nth);
+      expectNothingLeft();
       if (failed) expectNextLifeWorks(service);
-      if (HasFailure()) return;
-    }
-    print("worker", service, nth - 1);
+      return failed;
+    });
   }
 }
 
 // The others' connections and lives are no business of the one that fails.
 TEST_F(OutOfMemoryThreads, WorkerThatFailsForOneServesTheOthers) {
   ASSERT_NO_FATAL_FAILURE(enable(kLce));
-  size_t nth = 0;
-  for (bool failed = true; failed; ++nth) {
-    SCOPED_TRACE(nth);
-    {
-      const memory::FailingNew failing(nth, Caller::Library, kWorker);
-      wholeLife(kLle);
-      failed = failing.failed();
-    }
+  failEach("worker of two", kLle, [&](size_t nth) {
+    const bool failed = wholeLifeFails(kLle, nth);
     expectEnabled(kLce);
-    if (HasFailure()) return;
-  }
-  print("worker of two", kLle, nth - 1);
+    return failed;
+  });
 }
 
 TEST_F(OutOfMemoryThreads, ReceiverThatCannotDeliverEndsItsConnectionWithServiceDown) {
   for (const ServiceOps& service : kServices) {
-    size_t nth = 0;
-    for (bool failed = true; failed; ++nth) {
-      SCOPED_TRACE(nth);
-      ASSERT_NO_FATAL_FAILURE(enable(service));
+    failEach("receiver", service, [&](size_t nth) {
+      enable(service);
+      if (HasFatalFailure()) return false;
       service.clearCalls();
       Statuses calls;
-      {
-        const memory::FailingNew failing(nth, Caller::Library, kReceiver);
+      const bool failed = failing(nth, kReceiver, [&] {
         send(service, status(4));
         calls = service.waitForCalls(1);
-        failed = failing.failed();
-      }
+      });
       EXPECT_EQ(calls, Statuses{failed ? STATUS_SERVICE_DOWN : STATUS_NOT_SUPPORTED});
       if (failed) {
         EXPECT_LE(0, service.requests().front().valid());
@@ -115,35 +120,30 @@ TEST_F(OutOfMemoryThreads, ReceiverThatCannotDeliverEndsItsConnectionWithService
       }
       disable(service);
       expectNothingLeft();
-      if (HasFailure()) return;
-    }
-    print("receiver", service, nth - 1);
+      return failed;
+    });
   }
 }
 
 TEST_F(OutOfMemoryThreads, LostConnectionIsToldWhateverTheReceiverLacks) {
   for (const ServiceOps& service : kServices) {
-    size_t nth = 0;
-    for (bool failed = true; failed; ++nth) {
-      SCOPED_TRACE(nth);
-      ASSERT_NO_FATAL_FAILURE(enable(service));
-      ASSERT_TRUE(comeToBe(1, kReceiver));
+    failEach("receiver that ends", service, [&](size_t nth) {
+      enable(service);
+      if (HasFatalFailure()) return false;
+      EXPECT_TRUE(comeToBe(1, kReceiver));
       service.clearCalls();
-      {
-        const memory::FailingNew failing(nth, Caller::Library, kReceiver);
-        ASSERT_TRUE(daemon().closeSession(mSessions[service.name]));
+      const bool failed = failing(nth, kReceiver, [&] {
+        EXPECT_TRUE(daemon().closeSession(mSessions[service.name]));
         EXPECT_EQ(service.waitForCalls(1), Statuses{STATUS_SERVICE_DOWN});
         EXPECT_TRUE(comeToBe(0, kReceiver));
-        failed = failing.failed();
-      }
+      });
       EXPECT_LE(0, service.requests().front().valid());
       awaitSession(service);
       expectEnabled(service);
       disable(service);
       expectNothingLeft();
-      if (HasFailure()) return;
-    }
-    print("receiver that ends", service, nth - 1);
+      return failed;
+    });
   }
 }
 

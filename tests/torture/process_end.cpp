@@ -13,7 +13,7 @@
 #include <cstdlib>
 #include <thread>
 
-#include "../e2e/FewDescriptors.h"
+#include "../support/FewDescriptors.h"
 #include "Functions.h"
 #include "ReentryProbe.h"
 #include "WorkerAllocation.h"

@@ -2,8 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -16,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "Descriptors.h"
 #include "EventManager.h"
 #include "OrbTimer.h"
 #include "RecordingPlatform.h"
@@ -87,20 +86,11 @@ class EventManagerTest : public ::testing::Test {
   // A descriptor that is readable from the start.
   static int readyFd() { return eventfd(1, EFD_NONBLOCK | EFD_CLOEXEC); }
   static int idleFd() { return eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); }
-  static bool isOpen(int fd) { return fcntl(fd, F_GETFD) != -1; }
 
   // Leaves an eventfd readable, but with no room for one more.
   static void fillUp(int eventFd) {
     const uint64_t most = 0xFFFFFFFFFFFFFFFE;
     ASSERT_EQ(static_cast<ssize_t>(sizeof most), write(eventFd, &most, sizeof most));
-  }
-
-  static size_t openDescriptors() {
-    DIR* const dir = opendir("/proc/self/fd");
-    size_t count = 0;
-    while (readdir(dir) != nullptr) ++count;
-    closedir(dir);
-    return count;
   }
 
   // All lines since the last clear; every one without a tag, as the manager writes them.

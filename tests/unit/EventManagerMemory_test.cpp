@@ -82,7 +82,7 @@ TEST_F(EventManagerMemory, DescriptorThatCannotBeAddedIsNowhere) {
   mManager->removeEventHandler(fd, true, nullptr, nullptr);
   pass();
   EXPECT_EQ(std::vector<int>{fd}, calls.closes);
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
 }
 
 TEST_F(EventManagerMemory, RemovalNeedsNoMemory) {
@@ -95,7 +95,7 @@ TEST_F(EventManagerMemory, RemovalNeedsNoMemory) {
     runRemovals();
   }
   EXPECT_EQ(0, mManager->getNumRegisteredFds());
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
   EXPECT_TRUE(logged(3, text("Closed %d", fd)));
 }
 
@@ -107,7 +107,7 @@ TEST_F(EventManagerMemory, ImmediateRemovalOfAKnownDescriptorNeedsNoMemory) {
     mManager->immediatelyRemoveEventHandler(fd);
     runRemovals();
   }
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
 }
 
 TEST_F(EventManagerMemory, PassNeedsNoMemoryToCallAHandlerThatRemovesItself) {
@@ -128,7 +128,7 @@ TEST_F(EventManagerMemory, PassNeedsNoMemoryToCallAHandlerThatRemovesItself) {
     mManager->processEvents(nullptr);
   }
   EXPECT_EQ(1, self.calls);
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
 }
 
 TEST_F(EventManagerMemory, DestructionNeedsNoMemory) {
@@ -140,7 +140,7 @@ TEST_F(EventManagerMemory, DestructionNeedsNoMemory) {
     runRemovals();
     destroyManager();
   }
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
 }
 
 TEST_F(EventManagerMemory, EventHandlerThatCannotBeMadeGivesItsDescriptorBack) {
@@ -194,7 +194,7 @@ TEST_F(EventHandlerMemory, DestructionNeedsNoMemory) {
     runRemovals();
   }
   EXPECT_EQ(0, mManager->getNumRegisteredFds());
-  EXPECT_FALSE(isOpen(mFd));
+  EXPECT_TRUE(isClosed(mFd));
 }
 
 }  // namespace

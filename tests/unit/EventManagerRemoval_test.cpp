@@ -48,7 +48,7 @@ TEST_F(EventManagerRemovalTest, ImmediateRemovalOfAnUnknownDescriptorClosesItInT
                      clearing(fd),
                      {3, "processRemove exit"}}),
             log());
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
 }
 
 TEST_F(EventManagerRemovalTest, RemovalIsFinishedByTheNextPass) {
@@ -69,7 +69,7 @@ TEST_F(EventManagerRemovalTest, RemovalIsFinishedByTheNextPass) {
                      clearing(fd),
                      {3, "processRemove exit"}}),
             log());
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
   recording::clear();
   pass();  // the removal descriptor has been drained
   EXPECT_TRUE(log().empty());
@@ -169,7 +169,7 @@ TEST_F(EventManagerRemovalTest, LaterRemovalReplacesAPendingOne) {
   pass();
   EXPECT_EQ(1u, recording::count(removing(fd).second));
   EXPECT_EQ(1u, recording::count(clearing(fd).second));
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
 }
 
 TEST_F(EventManagerRemovalTest, EventOfADescriptorBeingRemovedIsRefused) {
@@ -181,7 +181,7 @@ TEST_F(EventManagerRemovalTest, EventOfADescriptorBeingRemovedIsRefused) {
   EXPECT_TRUE(
       logged(6, text("file descriptor %d is not on the approved list, cannot process event", fd)));
   EXPECT_TRUE(calls.events.empty());
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
 }
 
 // Two ready descriptors, each of whose callbacks removes the other.
@@ -219,7 +219,7 @@ TEST_F(EventManagerRemovalTest, RegistrationBeforeThePassIsTakenDownWithTheOldOn
   EXPECT_TRUE(mManager->addEventHandler(fd, Calls::onEvent, &second, Calls::onClose, EPOLLIN));
   EXPECT_TRUE(logged(6, text("Cannot add event handler. err:%d", EEXIST)));
   pass();  // goes by the number: out of epoll and closed, though the new handler stays recorded
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
   EXPECT_TRUE(first.events.empty());
   EXPECT_TRUE(second.closes.empty());
   EXPECT_EQ(1, mManager->getNumRegisteredFds());
@@ -274,7 +274,7 @@ TEST_F(EventManagerRemovalTest, FailedNotificationIsLoggedAndTheRemovalStillHand
                               mManager->removeFd())}}),
             log());
   mManager->processEvents(nullptr);
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
 }
 
 struct ChainedClose {
@@ -317,7 +317,7 @@ TEST_F(EventManagerRemovalTest, OwnerCanRunThePassItself) {
   mManager->addEventHandler(fd, Calls::onEvent, nullptr, nullptr, EPOLLIN);
   mManager->removeEventHandler(fd, true, nullptr, nullptr);
   runRemovals();
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
   recording::clear();
   pass();
   EXPECT_TRUE(log().empty());
@@ -335,7 +335,7 @@ TEST_F(EventManagerRemovalTest, DestructionDropsPendingRemovalsAndLeavesDescript
                      {3, text("immediatelyRemoveEventHandler(int fd: %d) EX", wakeFd)},
                      {3, text("immediatelyRemoveEventHandler(int fd: %d) EX", removeFd)}}),
             log());
-  EXPECT_FALSE(isOpen(mEpollFd));
+  EXPECT_TRUE(isClosed(mEpollFd));
   EXPECT_TRUE(isOpen(fd));
   close(fd);
 }

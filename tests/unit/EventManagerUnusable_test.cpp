@@ -24,7 +24,7 @@ class UnusableEventTest : public EventManagerTest {
     EXPECT_EQ(std::vector<int>{fd}, calls.closes);
     EXPECT_EQ(0, mManager->getNumRegisteredFds());
     pass();
-    EXPECT_FALSE(isOpen(fd));
+    EXPECT_TRUE(isClosed(fd));
   }
 
   static Entry processing(int fd, int events) {
@@ -82,7 +82,7 @@ TEST_F(UnusableEventTest, MissingCallbackRemovesTheDescriptor) {
             log());
   EXPECT_EQ(std::vector<int>{fd}, calls.closes);
   pass();
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
 }
 
 TEST_F(EventManagerTest, ApprovedDescriptorWithoutHandlerIsRemoved) {
@@ -98,7 +98,7 @@ TEST_F(EventManagerTest, ApprovedDescriptorWithoutHandlerIsRemoved) {
       6, text("file descriptor '%d' does not have an event handler registered. SHOULD NOT HAPPEN",
               fd)));
   EXPECT_TRUE(logged(3, text("immediatelyRemoveEventHandler(int fd: %d) EX", fd)));
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
 }
 
 TEST_F(EventManagerTest, EventNamesComeInFixedOrderEachWithABlank) {

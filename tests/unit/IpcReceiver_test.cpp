@@ -78,7 +78,7 @@ class IpcReceiverTest : public ::testing::Test {
   }
   void expectEnded(unsigned int sessionId) {
     ASSERT_TRUE(mHandler.waitForEnd());
-    EXPECT_FALSE(isOpen(mOurs));
+    EXPECT_TRUE(isClosed(mOurs));
     EXPECT_FALSE(isRegistered(kPeer, sessionId));
     EXPECT_FALSE(mHandler.threadSemaphore()->decreaseFor(std::chrono::milliseconds(0)));
   }
@@ -260,7 +260,7 @@ TEST_F(IpcReceiverTest, FirstReceiveErrorEndsTheSession) {
   const int fd = eventfd(0, EFD_CLOEXEC);
   ASSERT_TRUE(registerSocket(kPeer, 8, fd, mHandler));
   ASSERT_TRUE(mHandler.waitForEnd());
-  EXPECT_FALSE(isOpen(fd));
+  EXPECT_TRUE(isClosed(fd));
   EXPECT_TRUE(hasLogged(kDebug, "recv: len: -1"));
   EXPECT_TRUE(hasLogged(kError, "Error 1st recv"));
   EXPECT_TRUE(hasLogged(
@@ -274,7 +274,7 @@ TEST_F(IpcReceiverTest, RunsOnTheCallersThreadWhenCalledDirectly) {
   mPair.closePeer();
   ipcReceiver(mPair.ours, mHandler);
   EXPECT_EQ(1u, mHandler.frames().size());
-  EXPECT_FALSE(isOpen(mPair.ours));
+  EXPECT_TRUE(isClosed(mPair.ours));
   EXPECT_TRUE(mHandler.threadSemaphore()->decreaseFor(std::chrono::milliseconds(0)));
   EXPECT_FALSE(isReceiverThreadOf(mHandler.threadSemaphore().get()));  // any more
 }
@@ -287,7 +287,7 @@ TEST_F(IpcReceiverTest, ThrowingHandlerEndsItsConnectionOnly) {
   ASSERT_TRUE(registerSocket(kPeer, 7, mPair.ours, handler));
   sendFrame(header(0));
   ASSERT_TRUE(handler.waitForEnd());
-  EXPECT_FALSE(isOpen(mOurs));
+  EXPECT_TRUE(isClosed(mOurs));
   EXPECT_FALSE(isRegistered(kPeer, 7));
   EXPECT_EQ((Calls{"session 7", receiverEnd(mOurs)}), handler.calls());
 }
@@ -302,7 +302,7 @@ TEST_F(IpcReceiverTest, ReceiverOfAHandlerThatIsGoneStillGivesEverythingBack) {
   EXPECT_TRUE(watched.expired());  // the waiting receiver keeps none alive
   sendFrame(header(0));
   ASSERT_TRUE(ended->decreaseFor(kPatience));
-  EXPECT_FALSE(isOpen(mOurs));
+  EXPECT_TRUE(isClosed(mOurs));
   EXPECT_FALSE(isRegistered(kPeer, 7));
 }
 

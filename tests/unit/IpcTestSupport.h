@@ -5,8 +5,6 @@
 // What the tests of the IPC layers share: its log lines without their head, and a few descriptors.
 
 #include <android/log.h>
-#include <dirent.h>
-#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -18,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "Descriptors.h"
 #include "ProcessUtils.h"
 #include "RecordingPlatform.h"
 
@@ -75,16 +74,6 @@ inline bool waitLogged(int level, const std::string& message) {
     Entry entry;
     return messageOf(line, entry) && entry == Entry(level, message);
   });
-}
-
-inline bool isOpen(int fd) { return fcntl(fd, F_GETFD) != -1; }
-
-inline size_t openDescriptors() {
-  size_t count = 0;
-  DIR* directory = opendir("/proc/self/fd");
-  while (directory != nullptr && readdir(directory) != nullptr) ++count;
-  if (directory != nullptr) closedir(directory);
-  return count;
 }
 
 inline bool isRegistered(unsigned long peer, unsigned long session) {

@@ -17,6 +17,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "Descriptors.h"
+
 namespace {
 
 // What the next calls do: an error, or no more than so many bytes.
@@ -76,10 +78,6 @@ class LogFileTest : public testing::Test {
   static std::string content(const fs::path& name) {
     std::ifstream stream(name, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(stream), {});
-  }
-  static size_t openDescriptors() {
-    return static_cast<size_t>(
-        std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
   }
 
   fs::path directory, path;

@@ -138,7 +138,7 @@ TEST_F(OrbEventHandlerTest, DestructionDropsWhatIsQueuedAndClosesTheDescriptor) 
   EXPECT_EQ(0, mManager->getNumRegisteredFds());
   pass();
   EXPECT_EQ(0, handled);
-  EXPECT_FALSE(isOpen(mFd));
+  EXPECT_TRUE(isClosed(mFd));
 }
 
 TEST(SdkClientEvent, CarriesWhatItWasMadeWith) {

@@ -58,7 +58,7 @@ TEST_F(ProcessUtilsTest, RegProcessTakesDescriptorZero) {
   EXPECT_TRUE(mHandler.waitForFrames(1));
   pair.closePeer();
   ASSERT_TRUE(mHandler.waitForEnd());
-  EXPECT_FALSE(isOpen(0));
+  EXPECT_TRUE(isClosed(0));
   ASSERT_EQ(0, open("/dev/null", O_RDONLY));
   EXPECT_EQ((std::vector<std::string>{"session 3", "receiver 0"}), mHandler.calls());
 }
@@ -176,7 +176,7 @@ TEST_F(ProcessUtilsTest, SendFailureNamesTheError) {
                                   strerror(EPIPE) + ")"}}),
             logged());
   deregisterSocket(kPeer, 7);
-  EXPECT_FALSE(isOpen(pair.ours));  // nobody else held it
+  EXPECT_TRUE(isClosed(pair.ours));  // nobody else held it
 }
 
 TEST_F(ProcessUtilsTest, PartialSendPassesAsSuccess) {
@@ -246,7 +246,7 @@ TEST_F(ProcessUtilsTest, BlockedSendDoesNotHoldUpRegistration) {
   EXPECT_EQ(payload.size() + 48, slow.read(payload.size() + 48).size());
   sender.join();
   EXPECT_TRUE(sent);
-  EXPECT_FALSE(isOpen(slow.ours));
+  EXPECT_TRUE(isClosed(slow.ours));
 }
 
 TEST_F(ProcessUtilsTest, GlobalsSayWhenTheyGo) {

@@ -2,13 +2,11 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "SdkBase.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include <string>
 
+#include "FewDescriptors.h"
 #include "RecordingPlatform.h"
 #include "SdkClient.h"
 
@@ -31,30 +29,8 @@ class Service : public SdkBase {
 };
 
 // Lets an event manager be made, but no queue for the SDK client.
-class NoClientToBeHad {
- public:
-  NoClientToBeHad() {
-    getrlimit(RLIMIT_NOFILE, &mBefore);
-    rlimit low = mBefore;
-    low.rlim_cur = 128;
-    setrlimit(RLIMIT_NOFILE, &low);
-    for (int fd = 0; (fd = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;) mTaken.push_back(fd);
-    for (int i = 0; i < 3; ++i) giveOne();
-  }
-  NoClientToBeHad(const NoClientToBeHad&) = delete;
-  NoClientToBeHad& operator=(const NoClientToBeHad&) = delete;
-  ~NoClientToBeHad() {
-    while (!mTaken.empty()) giveOne();
-    setrlimit(RLIMIT_NOFILE, &mBefore);
-  }
-
- private:
-  void giveOne() {
-    close(mTaken.back());
-    mTaken.pop_back();
-  }
-  rlimit mBefore{};
-  std::vector<int> mTaken;
+struct NoClientToBeHad {
+  const FewDescriptors few{3};
 };
 
 class SdkBaseTest : public ::testing::Test {

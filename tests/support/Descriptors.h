@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <dirent.h>
+#include <fcntl.h>
+
+#include <cstddef>
+
+#include "QuietThreads.h"
+
+// The descriptors of this process. A sanitizer looks at a type that is new to it through a pipe, on
+// whatever thread meets the type, and so takes free numbers for a moment: what is to be gone is
+// judged when the other threads have gone to sleep.
+
+inline bool isOpen(int fd) { return fcntl(fd, F_GETFD) != -1; }
+
+inline bool isClosed(int fd) {
+  if (!isOpen(fd)) return true;
+  quiet::awaitThreads();
+  return !isOpen(fd);
+}
+
+inline size_t openDescriptors() {
+  quiet::awaitThreads();
+  size_t count = 0;
+  DIR* const directory = opendir("/proc/self/fd");
+  while (directory != nullptr && readdir(directory) != nullptr) ++count;
+  if (directory != nullptr) closedir(directory);
+  return count;
+}
