@@ -130,10 +130,11 @@ typedef struct LceEstimationReport {
  *       the daemon sent it; runs on the receiver thread. That the connection stands is not
  *       reported by itself.
  *   STATUS_SERVICE_DOWN
- *       the daemon sent it, or the connection was lost: runs on the receiver thread. The daemon
- *       could not be reached or turned the connection down: runs on the worker thread. LCE stays
- *       enabled and the next request connects again, but the daemon has to be told everything anew:
- *       call orb_lce_enable() or createLceClient() once more, then the rest.
+ *       the daemon sent it, or a connection was lost, LCE's or that of another enabled service:
+ *       runs on the receiver thread of the service that it befell. The daemon could not be reached
+ *       or turned a connection down: runs on the worker thread. LCE stays enabled and the next
+ *       request connects again if need be, but a daemon that was gone has to be told everything
+ *       anew: call orb_lce_enable() or createLceClient() once more, then the rest.
  *   Treat any other value as "something else".
  *
  * Statuses do not say which request they belong to; criteria and reports have callbacks of their
@@ -205,7 +206,7 @@ ORB_API int orb_lce_enable(LceStatusIndCb cb);
 
 /**
  * Disables LCE: tells the daemon if the connection stands, closes the connection, and ends the
- * library's threads if no other service is enabled. Status and report callbacks of both generations
+ * worker thread if no other service is enabled. Status and report callbacks of both generations
  * are forgotten, unanswered requests are dropped.
  *
  * @return 1 done | 0 LCE is not enabled. Callbacks of an enable or create that could not set the

@@ -96,10 +96,11 @@ typedef struct LliInterruptInfo {
  *       the daemon sent it; runs on the receiver thread. That the connection stands is not
  *       reported by itself.
  *   STATUS_SERVICE_DOWN
- *       the daemon sent it, or the connection was lost: runs on the receiver thread. The daemon
- *       could not be reached or turned the connection down: runs on the worker thread. LLI stays
- *       enabled and the next request connects again, but the daemon has to be told everything anew:
- *       call orb_lli_enable() or createLliClient() once more, then the rest.
+ *       the daemon sent it, or a connection was lost, LLI's or that of another enabled service:
+ *       runs on the receiver thread of the service that it befell. The daemon could not be reached
+ *       or turned a connection down: runs on the worker thread. LLI stays enabled and the next
+ *       request connects again if need be, but a daemon that was gone has to be told everything
+ *       anew: call orb_lli_enable() or createLliClient() once more, then the rest.
  *   any other status
  *       the daemon sent it, as a rule for the latest request; runs on the receiver thread. Treat a
  *       value that you do not know as "something else".
@@ -161,7 +162,7 @@ ORB_API int orb_lli_enable(LliStatusIndCb cb);
 
 /**
  * Disables LLI: tells the daemon if the connection stands, closes the connection, and ends the
- * library's threads if no other service is enabled. Callbacks of both generations are forgotten,
+ * worker thread if no other service is enabled. Callbacks of both generations are forgotten,
  * unanswered requests are dropped.
  *
  * @return 1 done | 0 LLI is not enabled. Callbacks of an enable or create that could not set the

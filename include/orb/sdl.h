@@ -10,8 +10,9 @@
  *
  * A service is used in three steps: enable it with a status callback, call the requests, disable
  * it. The first STATUS_SUCCESS or STATUS_SERVICE_UP tells that the service works; requests made
- * before are queued. Nothing runs before the first enable and nothing is left after the last
- * disable. examples/lce_monitor.c, lle_monitor.c and lli_handoff.c are programs to copy from,
+ * before are queued. Nothing runs before the first enable, and nothing is left after the last
+ * disable but two idle threads of the log, which stay until the process ends.
+ * examples/lce_monitor.c, lle_monitor.c and lli_handoff.c are programs to copy from,
  * all_services.c uses all three in one.
  *
  * What follows holds for every function and callback. Their own comments name what is particular.
@@ -20,10 +21,15 @@
  *    A request checks its arguments, queues a message for the daemon and returns; it never waits
  *    for the daemon. Requests accepted before the connection stands reach the daemon once it does,
  *    in the order of the calls. Without a daemon each waiting request in turn tries to connect, for
- *    about five seconds; when that fails, this request is dropped and one "service down" reported,
- *    so many waiting requests give as many reports, one after the other. A daemon that turns the
+ *    about five seconds; when that fails, this request is dropped and "service down" reported, so
+ *    many waiting requests give as many reports, one after the other. A daemon that turns the
  *    connection down gives them at once: do not make requests anew from that callback without a
- *    pause. Disable ends all attempts. No request is repeated by the library.
+ *    pause. Disable ends all attempts. No request is repeated by the library. (A process that has
+ *    no descriptor left for the connection loses the request with a line in the log alone.)
+ *    A connection that fails or is lost is told to every enabled service, whichever it belongs to:
+ *    "service down" says that the daemon is in trouble. When the daemon ends, each service so hears
+ *    it once for each connection. A service whose own connection still stands works on; enabling it
+ *    again does no harm.
  *    There is no time limit once a daemon has accepted the connection. While it stays silent in the
  *    handshake, or does not read, no status comes, and the requests of the other services wait as
  *    well, until this service is disabled: limit the wait for the first status.
@@ -37,27 +43,30 @@
  *                       transaction id    -5 the service is not enabled, or memory ran out
  *
  *    errno is not used. A call refused with 0, -1, -2 or -5 changes nothing: earlier callbacks stay
- *    registered and nothing is sent. (One exception: where the first enable or create of a service
- *    could not set the library up, its status callback stays, to be told by the next attempt.) A
- *    good result says that the request was queued, not that the daemon did it; that is for the
- *    callbacks to tell. Disable and destroy need no memory: they are refused only for a service
- *    that is not enabled.
+ *    registered and nothing is sent. (One exception: where an enable or create could not set the
+ *    library up, its status callback stays, to be told by the next attempt; only a later enable
+ *    followed by disable takes it out again.) A good result says that the request was queued, not
+ *    that the daemon did it; that is for the callbacks to tell. Disable and destroy need no memory:
+ *    they are refused only for a service that is not enabled.
  *
  * 3. Threads of the callbacks. The library runs callbacks on threads of its own, and each comment
  *    says which:
  *
- *      "runs on the receiver thread"  answers and reports of the daemon and the loss of the
- *          connection. Each enabled service has one receiver thread; its callbacks come one after
- *          the other, in the order in which the daemon sent them. A callback that takes long delays
- *          the ones behind it.
+ *      "runs on the receiver thread"  answers and reports of the daemon and the loss of a
+ *          connection. Each connected service has one receiver thread; what the daemon sends to the
+ *          service comes one after the other, in the order of sending. A callback that takes long
+ *          delays the ones behind it. The loss of a connection is told to all services on the
+ *          receiver thread of the service that has lost it.
  *      "runs on the worker thread"    failures to connect or to send. One thread for all services.
  *      "runs on the caller's thread before the function returns"    the failure reports of enable,
  *          create, disable and destroy themselves.
  *
- *    So status callbacks may run on two threads at the same time. A callback may run before the
- *    function that asked for it has returned. The library holds no lock while a callback runs: a
- *    callback may call any function of this API, the disable function of its service included. An
- *    exception or a longjmp must not leave a callback.
+ *    So a status callback may run on several threads at the same time, one for each enabled service
+ *    and the worker thread; all other callbacks of a service run on its receiver thread alone. A
+ *    callback may run before the function that asked for it has returned. The library holds no lock
+ *    while a callback runs: a callback may call any function of this API, the disable function of
+ *    its service included. An exception or a longjmp must not leave a callback. Its stack is what
+ *    the platform gives to a thread: 128 KiB with musl, unless the program is linked otherwise.
  *
  * 4. Disable and destroy. The two names belong to two generations of one call, see each service.
  *      - They return within 500 ms even when the daemon is absent, silent, or not reading. On a
@@ -66,7 +75,8 @@
  *      - Called on an application's thread: a callback of the service that is running is waited for
  *        (the bound of 500 ms is then as long as the callback takes), and after the return no
  *        callback of this service runs any more, status callbacks included. What the callbacks use
- *        may then be freed.
+ *        may then be freed. This is the word of the call that was not refused: another one that
+ *        finds the service gone says so at once, while the first may still be waiting.
  *      - Called from inside a callback, of this or another service: they return at once, and no new
  *        callback of the service begins. The library finishes the rest on a thread of its own after
  *        the callback has returned. One that is running on another thread goes on: do not free what
@@ -98,10 +108,12 @@
  *    be created, or a frame of the daemon does not fit in memory. Where the platform's setting for
  *    the permissions of encrypted logs is on, it sets the umask of the process.
  *
- * 9. Signals. The library's threads block all signals except SIGUSR1 and those that report a fault
- *    of the thread itself (SIGSEGV and the like), so handlers of the application do not run there
- *    and a closed connection raises no SIGPIPE. The library sets no signal handler, unless the
- *    platform's log extension (liborbalog.so) is installed: then it takes SIGUSR1.
+ * 9. Signals and cancellation. The library's threads block all signals except those that report a
+ *    fault of the thread itself (SIGSEGV and the like), so handlers of the application do not run
+ *    there, signals that it waits for stay its own, and a closed connection raises no SIGPIPE. The
+ *    library sets no signal handler, unless the platform's log extension (liborbalog.so) is
+ *    installed: then it takes SIGUSR1, on its threads too. A thread that is cancelled
+ *    (pthread_cancel) finishes its call first.
  *
  * 10. Versions. "Since 1.0" is the library version that introduced a name. Names, values and
  *    layouts do not change within the SONAME libOrbSdlSdk.so.1; later versions may add values and

@@ -28,4 +28,5 @@ class SdkClientEvent : public OrbEventBase {
   const OrbSdkClientType type;
   const std::vector<uint8_t> blob;
   bool inbound = false;  // came from the service and goes to the listener
+  bool silent = false;   // retires the type without a word to the service
 };

@@ -18,9 +18,16 @@ constexpr char kHandleEvent[] = "handleEvent";  // the function of its lines, wh
 // Made for each call: threads may still report while the statics of the process are destroyed.
 std::vector<uint8_t> noBlob() { return {}; }
 
-void reportException(const std::exception& error) {
+// For a handler of exceptions: tells of the one that it has caught.
+void reportException() {
   try {
-    SDK_LOG_AS(kTag, __FILE__, "sdkThread", "sdkThread: %s", escapePercent(error.what()).c_str());
+    try {
+      throw;
+    } catch (const std::exception& error) {
+      SDK_LOG_AS(kTag, __FILE__, "sdkThread", "sdkThread: %s", escapePercent(error.what()).c_str());
+    } catch (...) {
+      SDK_LOG_AS(kTag, __FILE__, "sdkThread", "sdkThread: an exception");
+    }
   } catch (const std::bad_alloc&) {
     // No line then, but the thread goes on.
   }
@@ -46,8 +53,8 @@ bool SdkClientBase::start(OrbSdkClientType type, std::shared_ptr<SdkClientEvent>
   const auto body = [this, self, life = mLife, type, event]() mutable {
     try {
       sdkThread(type, std::move(event));
-    } catch (const std::exception& error) {
-      reportException(error);
+    } catch (...) {
+      reportException();
     }
     // Whoever waits for the end finds the worker's share of the client given back.
     self.reset();
@@ -69,9 +76,9 @@ void SdkClientBase::sdkThread(OrbSdkClientType, std::shared_ptr<SdkClientEvent> 
     try {
       mTimer->processEvents();
       mEventManager->processEvents(mTimer);
-    } catch (const std::exception& error) {
+    } catch (...) {
       // One event is lost, not the worker with everything that is queued behind it.
-      reportException(error);
+      reportException();
     }
   }
   SDK_LOG(kTag, "sdkThread loop END");
@@ -105,8 +112,7 @@ bool SdkClientBase::deliver(const SdkClientEvent& event) {
       SDK_LOG_AS(kTag, __FILE__, kHandleEvent, "Reconnect client");
       connectOrbSdkClient(event.type);
     }
-    const bool silent = event.cleanup && event.blob.empty();  // retired without a farewell
-    return silent || !isConnected(event.type) || sendBlobToService(event.type, event.blob);
+    return event.silent || !isConnected(event.type) || sendBlobToService(event.type, event.blob);
   } catch (const std::bad_alloc&) {
     return false;
   }

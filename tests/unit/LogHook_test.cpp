@@ -11,8 +11,10 @@
 #include <filesystem>
 #include <fstream>
 #include <mutex>
+#include <thread>
 
 #include "LogTestPeer.h"
+#include "Thread.h"
 #include "hooks/hook.h"
 
 namespace {
@@ -153,6 +155,16 @@ TEST_F(LogHookTest, MissingDecodeBufferKeepsWhatWasFound) {
   EXPECT_FALSE(LogTestPeer::hasDecodeBuffer());
   EXPECT_FALSE(handlesSignal());
   EXPECT_TRUE(endsWith(takeHookLines().at(0).text, " cannot find debug cmd function"));
+}
+
+TEST_F(LogHookTest, ThreadsLetTheSignalThroughThatTheHookIsFor) {
+  initWith("complete");
+  sigset_t inside;
+  std::thread thread;
+  ASSERT_TRUE(
+      startThread(thread, "orb-test", [&] { pthread_sigmask(SIG_BLOCK, nullptr, &inside); }));
+  thread.join();
+  EXPECT_EQ(0, sigismember(&inside, SIGUSR1));
 }
 
 TEST_F(LogHookTest, SignalIsLoggedEvenInsideALogCallAndKeepsErrno) {

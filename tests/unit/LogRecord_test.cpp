@@ -84,6 +84,13 @@ TEST_F(LogRecordTest, ImpossibleTimeGivesNoEntryAndAnErrorLine) {
   EXPECT_TRUE(endsWith(line.text, " Unable to obtain valid time"));
 }
 
+TEST_F(LogRecordTest, InitLeavesTheTag) {
+  Log::LogRecord tagged;
+  tagged.dmap = true;
+  tagged.init(4, "text");
+  EXPECT_NE(std::string::npos, tagged.getDiagEntry().find(" I DMAP : text"));
+}
+
 TEST_F(LogRecordTest, InitTakesIdsAndTimeOfTheWriter) {
   const time_t before = time(nullptr);
   Log::LogRecord fresh;

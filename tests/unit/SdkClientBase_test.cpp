@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "SdkClientBase.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <stdexcept>
 #include <string>
@@ -201,6 +202,19 @@ TEST_F(SdkClientBaseTest, CleanupOfAConnectedTypeSendsItsBlobFirst) {
   EXPECT_FALSE(mClient->isTypeActive(Type::LCE));
 }
 
+TEST_F(SdkClientBaseTest, CleanupSendsAnEmptyBlobTooUnlessItIsSilent) {
+  mClient->setRunning(true);
+  mClient->connected = true;
+  mClient->activateType(Type::LLE);
+  handle(Type::LCE, {}, true);
+  EXPECT_EQ(mClient->notes(), Strings{"send 9 0"});
+  const auto silent = std::make_shared<SdkClientEvent>(Type::LCE, Blob{}, true);
+  silent->silent = true;
+  mClient->setRunning(true);
+  mClient->handleEvent(silent);
+  EXPECT_EQ(mClient->notes(), Strings{"send 9 0"});
+}
+
 TEST_F(SdkClientBaseTest, OneOfTwoTypesKeepsTheWorkerRunning) {
   mClient->setRunning(true);
   mClient->activateType(Type::LCE);
@@ -301,6 +315,27 @@ TEST_F(SdkClientBaseTest, WorkerStartsWithoutAnEvent) {
   mClient->postEvent(std::make_shared<SdkClientEvent>(Type::LCE, Blob{}, true));
   ASSERT_TRUE(mClient->awaitEnd());
   EXPECT_TRUE(mClient->notes().empty());
+}
+
+TEST_F(SdkClientBaseTest, WorkerOutlivesWhateverAListenerThrows) {
+  mClient->connected = true;
+  mClient->sendable = false;  // told to the listener
+  mClient->activateType(Type::LCE);
+  mClient->setClientListener(Type::LCE, [this](SdkClientBase::SdkStatus, const Blob&) {
+    mClient->note("throws");
+    throw 42;
+  });
+  ASSERT_TRUE(mClient->start(Type::LCE, nullptr));
+  mClient->postEvent(std::make_shared<SdkClientEvent>(Type::LCE, Blob(1)));
+  mClient->postEvent(std::make_shared<SdkClientEvent>(Type::LCE, Blob(2)));
+  ASSERT_TRUE(mClient->waitForNotes(4));
+  EXPECT_EQ(mClient->notes(), (Strings{"send 9 1", "throws", "send 9 2", "throws"}));
+  EXPECT_TRUE(mClient->isRunning());
+  mClient->setClientListener(Type::LCE, nullptr);
+  mClient->postEvent(std::make_shared<SdkClientEvent>(Type::LCE, Blob{}, true));
+  ASSERT_TRUE(mClient->awaitEnd());
+  const Strings lines = sdkLines();
+  EXPECT_EQ(2, std::count(lines.begin(), lines.end(), "sdkThread: an exception"));
 }
 
 TEST_F(SdkClientBaseTest, EventsBehindTheLastCleanupAreDropped) {

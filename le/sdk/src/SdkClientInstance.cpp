@@ -181,8 +181,9 @@ void SdkClient::destroyInstance(OrbSdkClientType type) {
     return;
   }
   if (!instance->isTypeActive(type)) return;
-  const auto departure = std::make_shared<SdkDeparture>(
-      std::make_shared<SdkClientEvent>(type, std::vector<uint8_t>(), true));
+  auto retirement = std::make_shared<SdkClientEvent>(type, std::vector<uint8_t>(), true);
+  retirement->silent = true;
+  const auto departure = std::make_shared<SdkDeparture>(std::move(retirement));
   instance->beginDeparture(departure);
   instance.reset();
   finishDeparture(*departure);

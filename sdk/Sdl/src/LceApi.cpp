@@ -11,9 +11,9 @@ namespace {
 
 constexpr uint8_t kListMax = LCE_REPORTING_CRITERIA_LIST_MAX;
 
-bool isValid(const LceReportingCriteria* criteria) {
-  return criteria != nullptr && ClientLceUtils::isAccessNwTypeValid(criteria->accessNetworkType) &&
-         criteria->firstListCount <= kListMax && criteria->secondListCount <= kListMax;
+bool isValid(const LceReportingCriteria& criteria) {
+  return ClientLceUtils::isAccessNwTypeValid(criteria.accessNetworkType) &&
+         criteria.firstListCount <= kListMax && criteria.secondListCount <= kListMax;
 }
 
 // The lines of a request; both at the place that asks.
@@ -33,8 +33,10 @@ int destroySdfClient(void) { return serviceApi::destroy(Lce::kTable); }
 
 int64_t lceSetReportingCriteria(const LceReportingCriteria* criteria, LceReportingCriteriaCb cb) {
   return serviceApi::request<Lce>(
-      at(__func__, __LINE__), cb != nullptr && isValid(criteria),
-      [&](Lce& lce) { return lce.setReportingCriteria(*criteria, cb); });
+      at(__func__, __LINE__), cb != nullptr && criteria != nullptr, [&](Lce& lce) {
+        const LceReportingCriteria read = *criteria;  // once: what is sent is what was checked
+        return isValid(read) ? lce.setReportingCriteria(read, cb) : kInvalidArguments;
+      });
 }
 
 int64_t lceGetLastEstimationReport(LceEstimationReportCb cb) {

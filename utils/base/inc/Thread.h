@@ -14,9 +14,12 @@ bool startThreadWith(std::thread& out, const char* name, std::function<void()> b
 
 }  // namespace orb::utils
 
+// From now on new threads let SIGUSR1 through: the library has a handler for it.
+void letThreadsTakeUserSignal();
+
 // Starts a library thread: named (15 characters at most), with every signal blocked except the
-// synchronous ones and SIGUSR1, so that no handler of the application runs on it and a closed
-// socket cannot raise SIGPIPE there. An exception that reaches the end of @p body is logged and
+// synchronous ones, so that no handler of the application runs on it, what the application waits
+// for with sigwait() or a signalfd stays its own, and a closed socket cannot raise SIGPIPE there. An exception that reaches the end of @p body is logged and
 // swallowed. Returns false, with @p out untouched, when the system has no thread or no memory to
 // give; it never throws.
 template <class Body>

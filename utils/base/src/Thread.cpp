@@ -6,14 +6,16 @@
 #include <pthread.h>
 #include <signal.h>
 
+#include <atomic>
 #include <exception>
 #include <string>
 #include <utility>
 
 namespace {
 
-// Signals that tell a thread about its own fault must stay deliverable; SIGUSR1 belongs to the log.
-constexpr int kUnblocked[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS, SIGUSR1};
+// Signals that tell a thread about its own fault must stay deliverable.
+constexpr int kUnblocked[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS};
+std::atomic<bool> userSignalTaken{false};
 
 class BlockedSignals {
  public:
@@ -21,6 +23,7 @@ class BlockedSignals {
     sigset_t blocked;
     sigfillset(&blocked);
     for (const int signal : kUnblocked) sigdelset(&blocked, signal);
+    if (userSignalTaken) sigdelset(&blocked, SIGUSR1);
     pthread_sigmask(SIG_SETMASK, &blocked, &mBefore);
   }
   ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &mBefore, nullptr); }
@@ -45,6 +48,8 @@ void runBody(const std::string& name, const std::function<void()>& body) noexcep
 }
 
 }  // namespace
+
+void letThreadsTakeUserSignal() { userSignalTaken = true; }
 
 bool orb::utils::startThreadWith(std::thread& out, const char* name, std::function<void()> body) {
   const BlockedSignals inherited;  // the new thread starts with the mask of its creator

@@ -48,7 +48,7 @@ const char* calendarText(time_t second) {
 }  // namespace
 
 void Log::LogRecord::init(int recordLevel, const std::string& text) {
-  stamp(recordLevel);
+  stamp(recordLevel, dmap);
   message = text;
 }
 

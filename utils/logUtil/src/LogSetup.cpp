@@ -180,6 +180,7 @@ void Log::loadHook() {
   action.sa_handler = eintrTestHandler;  // without SA_RESTART: interrupting calls is what it is for
   sigemptyset(&action.sa_mask);
   sigaction(SIGUSR1, &action, nullptr);
+  letThreadsTakeUserSignal();
 }
 
 template <typename Function>
