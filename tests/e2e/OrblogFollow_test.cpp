@@ -226,7 +226,10 @@ TEST_F(OrblogFollow, SelectionHoldsForNewLines) {
   add(file, lineAt("10:00:01.000", "quiet", 'D'));
   add(file, lineAt("10:00:02.000", "loud", 'E'));
   ASSERT_TRUE(program.waitForOut("loud\n"));
-  expectEnd(program, "first\n" + lineAt("10:00:02.000", "loud", 'E') + "\n");
+  expectEnd(program, "first\n" + lineAt("10:00:02.000", "loud", 'E') + "\n",
+            "orblog: " + file.string() +
+                ": 1 record is no log line, without a level or time to select by: 1 printed, 0 "
+                "left out\n");
 }
 
 }  // namespace

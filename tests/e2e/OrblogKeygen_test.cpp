@@ -190,6 +190,34 @@ TEST_F(OrblogInfo, WithKeyItTellsWhatCanBeRead) {
   EXPECT_EQ(result.status, 0);
 }
 
+TEST_F(OrblogInfo, TwelveHourTimesAreUnderstood) {
+  const std::string file =
+      write("orb_log_p0_00", keyPair().header(keyOf(1)),
+            {lineAt("12:00:01 AM.000", "night"), lineAt("11:00:02 AM.000", "morning"),
+             lineAt("01:00:03 PM.000", "afternoon")});
+  const Result result = runOrblog({"info", "--key", keyPair().path(), file});
+  EXPECT_NE(result.out.find("  time:     2025-05-24 00:00:01.000 to 2025-05-24 13:00:03.000\n"),
+            std::string::npos)
+      << result.out;
+}
+
+TEST_F(OrblogInfo, WithoutHeaderAndRecordsNothingIsSaidOfTheKeysFitting) {
+  const std::string empty = write("orb_log_p0_00", {}, {});
+  const Result result = runOrblog({"info", "--key", keyPair().path(), empty});
+  EXPECT_EQ(result.out, empty +
+                            ": 0 bytes\n"
+                            "  header:   none\n"
+                            "  records:  0 by their lengths\n"
+                            "  key:      2048 bits, no header to try it on\n"
+                            "  readable: 0 records\n");
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+  const std::string cut = write("orb_log_p0_01", Bytes(100, 1), {});
+  EXPECT_NE(runOrblog({"info", "--key", keyPair().path(), cut})
+                .out.find("  key:      2048 bits, no header to try it on\n"),
+            std::string::npos);
+}
+
 TEST_F(OrblogInfo, KeyThatDoesNotFitIsSaid) {
   static const RsaKeyPair other(2048);
   const std::string file = write("orb_log_p0_00", keyPair().header(keyOf(1)), {first});

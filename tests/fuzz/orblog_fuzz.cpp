@@ -109,7 +109,8 @@ std::optional<size_t> openInTheClear(orblog::ByteView header, orblog::KeyRing& r
   return ring.add(key, "this file");
 }
 
-orblog::Parsed parse(const Bytes& file, uint8_t switches) {
+// With @p known the parser is told what is still to come, as by a reader of a file that is there.
+orblog::Parsed parse(const Bytes& file, uint8_t switches, bool known) {
   orblog::KeyRing ring;
   ring.add(keyOf(2), "another file");
   orblog::KeyFinder finder(*privateKey, ring);
@@ -120,10 +121,27 @@ orblog::Parsed parse(const Bytes& file, uint8_t switches) {
   if ((switches & kNoBudget) != 0) parser.setSearchBudget(1000);
   orblog::Parsed out;
   const size_t piece = (switches >> 3) == 0 ? file.size() : size_t{1} << (switches >> 4);
-  for (size_t at = 0; at < file.size(); at += piece)
-    parser.feed({file.data() + at, std::min(piece, file.size() - at)}, out);
+  for (size_t at = 0; at < file.size(); at += piece) {
+    const size_t size = std::min(piece, file.size() - at);
+    parser.feed({file.data() + at, size}, out, known && at + size < file.size());
+  }
   parser.finish(out);
   return out;
+}
+
+// What the reader has seen of a file makes no difference, as long as it has the budget to look.
+orblog::Parsed parse(const Bytes& file, uint8_t switches) {
+  const orblog::Parsed pieces = parse(file, switches, true);
+  if ((switches & kNoBudget) == 0) {
+    const orblog::Parsed whole = parse(file, switches & kPrivateKey, true);
+    FUZZ_CHECK(std::equal(
+        pieces.records.begin(), pieces.records.end(), whole.records.begin(), whole.records.end(),
+        [](const auto& a, const auto& b) { return a.offset == b.offset && a.text == b.text; }));
+    FUZZ_CHECK(std::equal(pieces.findings.begin(), pieces.findings.end(), whole.findings.begin(),
+                          whole.findings.end(),
+                          [](const auto& a, const auto& b) { return a.text() == b.text(); }));
+  }
+  return parse(file, switches, false);
 }
 
 bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }

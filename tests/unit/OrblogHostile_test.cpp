@@ -98,6 +98,45 @@ TEST_F(OrblogDamage, LostAndForeignStretchesCostOnlyTheRecordsTheyTouch) {
   }
 }
 
+// Also where lengths are damaged that no writer gives.
+TEST_F(OrblogDamage, WhereAPieceEndsMakesNoDifferenceWhileThereIsMore) {
+  size_t read = 0;
+  for (uint32_t seed = 0; seed < 200; ++seed) {
+    Numbers numbers(seed);
+    Bytes file = headerOf(keyOf(1));
+    for (size_t i = 0; i < 25; ++i) {
+      const size_t size = numbers.below(numbers.below(4) == 0 ? 9000 : 500);
+      file += (numbers.below(20) == 0 ? other : sealer).record(std::string(size, 'x'));
+    }
+    for (size_t i = seed % 12; i > 0; --i) {
+      const size_t at = numbers.below(file.size());
+      file[at] = static_cast<uint8_t>(file[at] + 1 + numbers.below(255));
+    }
+    if (seed % 3 == 0) file.resize(file.size() - numbers.below(400));
+    ring = KeyRing();
+    addKey(keyOf(1), "another file");
+    const auto parsePieces = [&](size_t most) {
+      LogParser parser(ring, opener());
+      for (size_t at = 0, piece = 0; at < file.size(); at += piece) {
+        piece = std::min(file.size() - at, most - numbers.below(most / 2 + 1));
+        parser.feed({file.data() + at, piece}, out, true);
+      }
+      parser.finish(out);
+    };
+    out = {};
+    parsePieces(file.size() * 2);
+    const Texts whole = texts(), faults = findings();
+    read += whole.size();
+    for (const size_t most : {size_t{30}, size_t{700}, size_t{6000}}) {
+      out = {};
+      parsePieces(most);
+      EXPECT_TRUE(texts() == whole) << seed << " " << most;
+      EXPECT_EQ(findings(), faults) << seed << " " << most;
+    }
+  }
+  EXPECT_GT(read, 3000u);
+}
+
 // Hostile bytes of a megabyte. The program's time limit is what would notice an endless search.
 class OrblogHostileBytes : public OrblogParser {
  protected:

@@ -54,6 +54,38 @@ TEST(OrblogLine, EveryBeginningOfALineIsNoLine) {
     EXPECT_FALSE(parseLine(whole.substr(0, size))) << size;
 }
 
+// The time is written in the form of the application's locale.
+TEST(OrblogLine, TwelveHourTimesAreThoseOfTheWholeDay) {
+  const struct {
+    const char* written;
+    const char* meant;
+  } kTimes[] = {{"12:00:00 AM.000", "00:00:00.000"},   {"12:59:59 AM.999", "00:59:59.999"},
+                {"01:00:00 AM.161", "01:00:00.161"},   {"11:59:60 AM.000", "11:59:60.000"},
+                {"12:00:00 PM.000", "12:00:00.000"},   {"12:30:00 pm.000", "12:30:00.000"},
+                {"01:02:03 Pm.004", "13:02:03.004"},   {"11:59:59 PM.999", "23:59:59.999"},
+                {"12:00:00 a.m..000", "00:00:00.000"}, {"10:54:01 p.m..161", "22:54:01.161"}};
+  for (const auto& time : kTimes) {
+    const std::string text = "2026-11-21 " + std::string(time.written) + " 11145 11146 E ORB : x";
+    const std::optional<LogLine> line = parseLine(text);
+    ASSERT_TRUE(line) << text;
+    const std::string meant = "2026-11-21 " + std::string(time.meant);
+    EXPECT_EQ(line->time, meant);
+    EXPECT_EQ(line->stamp, stampOf(meant)) << text;
+    EXPECT_EQ(line->pid, 11145);
+    EXPECT_EQ(line->tid, 11146u);
+    EXPECT_EQ(line->level, 'E');
+    EXPECT_EQ(line->tag, "ORB");
+    EXPECT_EQ(line->message, "x");
+  }
+}
+
+TEST(OrblogLine, WhatNoTwelveHourTimeCanBeIsNoLine) {
+  for (const char* time : {"00:00:00 AM.000", "13:00:00 PM.000", "10:00:00 XM.000",
+                           "10:00:00 A.000", "10:00:00 PM", "10:00:00 PM.00", "10:00:00PM.000",
+                           "10:00:00  PM.000", "10:00:00 P.M.000", "10:00 PM.000", "10:00 PM"})
+    EXPECT_FALSE(parseLine(std::string("2026-11-21 ") + time + " 1 1 D ORB : x")) << time;
+}
+
 TEST(OrblogLine, WhatNoDateOrLevelCanBeIsNoLine) {
   for (const char* text :
        {"2025-13-24 13:02:07.045 1 1 D ORB : x", "2025-02-29 13:02:07.045 1 1 D ORB : x",
@@ -88,6 +120,15 @@ TEST(OrblogMoment, TimeAloneIsOfToday) {
 TEST(OrblogMoment, DateAndTimeMayBeJoinedByT) {
   EXPECT_EQ(moment("2025-05-23 13:02:07.045"), stampOf("2025-05-23 13:02:07.045"));
   EXPECT_EQ(moment("2025-05-23T13:02"), stampOf("2025-05-23 13:02:00.000"));
+}
+
+TEST(OrblogMoment, TwelveHourTimesAreTakenAsInTheLines) {
+  EXPECT_EQ(moment("2025-05-23 01:02:07 PM.045"), stampOf("2025-05-23 13:02:07.045"));
+  EXPECT_EQ(moment("01:02 pm", true), stampOf("2025-05-24 13:02:60.999"));
+  EXPECT_EQ(moment("12:02:07 AM"), stampOf("2025-05-24 00:02:07.000"));
+  EXPECT_FALSE(moment("13:02 PM"));
+  EXPECT_FALSE(moment("01:02 P"));
+  EXPECT_FALSE(moment("01:02 PM "));
 }
 
 TEST(OrblogMoment, AnythingElseIsNone) {
@@ -189,6 +230,20 @@ TEST(OrblogMerge, FileKeepsItsOrderWhereTheClockWasSetBack) {
             "b1 a1 a2 b2 ");
 }
 
+TEST(OrblogMerge, TextsWithoutTimeTakeThatOfTheLineOfAnEarlierRound) {
+  Batch batch;
+  for (const std::string& text : {std::string("odd"), at("10:00:05.000", "x"), std::string("odd")})
+    batch.records.push_back({0, text});
+  const Stamp five = stampOf("2025-05-24 10:00:05.000");
+  batch.setStamps(7);
+  EXPECT_EQ(batch.stamps, (std::vector<Stamp>{7, five, five}));
+  batch.setStamps();
+  EXPECT_EQ(batch.stamps, (std::vector<Stamp>{five, five, five}));
+  batch.records.erase(batch.records.begin() + 1);
+  batch.setStamps();
+  EXPECT_EQ(batch.stamps, (std::vector<Stamp>{kNoStamp, kNoStamp}));
+}
+
 TEST(OrblogMerge, TextWithoutTimeStaysBehindTheLineBeforeIt) {
   EXPECT_EQ(merged({batchOf("x", {"head0", at("10:00:00.000", "a1"), "no time2",
                                   at("10:00:05.000", "a3")}),
@@ -216,6 +271,7 @@ TEST(OrblogSelection, BothEndsOfTheTimeAreIncluded) {
   EXPECT_TRUE(selection.takes(std::nullopt, 10));
   EXPECT_TRUE(selection.takes(std::nullopt, 20));
   EXPECT_FALSE(selection.takes(std::nullopt, 21));
+  EXPECT_TRUE(selection.takes(std::nullopt, kNoStamp));
 }
 
 }  // namespace

@@ -311,7 +311,7 @@ TEST_F(OrblogParser, RecordInThePlaceOfOneThatWasTakenBackIsRead) {
 TEST_F(OrblogParser, UnreadableBytesThatWereTakenBackAreForgotten) {
   Bytes file = headerOf(keyOf(1));
   file += sealer.record(first);
-  file += Bytes(1000, 0xFF);
+  file += Bytes(1000, 0);  // no length of a record, so it does not wait for more
   LogParser parser(ring, opener());
   parser.feed({file.data(), file.size()}, out);
   EXPECT_GT(parser.restart(), 700u);

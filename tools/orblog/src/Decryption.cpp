@@ -13,15 +13,6 @@ int64_t lastChange(const LogSource& source) {
   return int64_t{status.st_mtim.tv_sec} * 1000000000 + status.st_mtim.tv_nsec;
 }
 
-Batch batchOf(const LogSource& source, std::vector<Record> records) {
-  Batch batch;
-  batch.file = source.path();
-  batch.changed = lastChange(source);
-  batch.records = std::move(records);
-  batch.setStamps();
-  return batch;
-}
-
 bool lacksEnd(const Finding& finding) {
   return finding.kind == Finding::Kind::CutRecord || finding.kind == Finding::Kind::HeaderCut;
 }
@@ -50,6 +41,16 @@ void Decryption::open(const std::vector<std::string>& paths) {
       [](const Source& a, const Source& b) { return lastChange(*a.file) < lastChange(*b.file); });
 }
 
+Batch Decryption::batchOf(Source& source, std::vector<Record> records) {
+  Batch batch;
+  batch.file = source.file->path();
+  batch.changed = lastChange(*source.file);
+  batch.records = std::move(records);
+  batch.setStamps(source.latest);
+  if (!batch.stamps.empty()) source.latest = batch.stamps.back();
+  return batch;
+}
+
 Batch Decryption::read(Source& source) {
   Parsed parsed;
   const bool failedBefore = source.file->failed();
@@ -65,13 +66,27 @@ Batch Decryption::read(Source& source) {
                      ": the file cannot be read");
   if (source.retired) source.file->finish(parsed);
   mConsole.report(source.file->path(), parsed.findings);
-  return batchOf(*source.file, std::move(parsed.records));
+  return batchOf(source, std::move(parsed.records));
 }
 
 void Decryption::print(std::vector<Batch>& batches) {
   mergeByTime(batches, [this](const Batch& batch, size_t record) {
     mPrinter.print(batch.file, batch.records[record], batch.stamps[record]);
   });
+  noteUnjudged();
+}
+
+// Otherwise a selection seems to have no effect, or to find nothing, where the lines have a form
+// that is not known. Once per file: what is followed may have many of them.
+void Decryption::noteUnjudged() {
+  for (const auto& [file, count] : mPrinter.takeUnjudged()) {
+    if (!mNoted.insert(file).second) continue;
+    const uint64_t total = count.printed + count.leftOut;
+    mConsole.note(file + ": " + std::to_string(total) +
+                  (total == 1 ? " record is no log line" : " records are no log lines") +
+                  ", without a level or time to select by: " + std::to_string(count.printed) +
+                  " printed, " + std::to_string(count.leftOut) + " left out");
+  }
 }
 
 void Decryption::readAll(const std::vector<std::string>& arguments, bool readsOn) {
@@ -120,13 +135,13 @@ bool Decryption::readNew(const std::vector<std::string>& arguments) {
 
 void Decryption::finish() {
   std::vector<Batch> batches;
-  for (const Source& source : mSources) {
+  for (Source& source : mSources) {
     Parsed parsed;
     source.file->finish(parsed);
     parsed.findings.erase(std::remove_if(parsed.findings.begin(), parsed.findings.end(), lacksEnd),
                           parsed.findings.end());
     mConsole.report(source.file->path(), parsed.findings);
-    batches.push_back(batchOf(*source.file, std::move(parsed.records)));
+    batches.push_back(batchOf(source, std::move(parsed.records)));
   }
   mConsole.reportUntold();
   print(batches);

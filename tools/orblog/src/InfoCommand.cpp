@@ -179,7 +179,9 @@ void Informer::tellContents(LogSource& source) {
            finding.kind == Finding::Kind::HeaderZero || finding.kind == Finding::Kind::HeaderCut;
   };
   const bool fits = std::none_of(parsed.findings.begin(), parsed.findings.end(), lost);
-  std::printf("  key:      %d bits, %s\n", mKey->bits(), fits ? "fits" : "does not fit");
+  const char* verdict = fits ? "fits" : "does not fit";
+  if (parsed.records.empty() && source.position() < kHeaderSize) verdict = "no header to try it on";
+  std::printf("  key:      %d bits, %s\n", mKey->bits(), verdict);
   std::printf("  readable: %zu records\n", parsed.records.size());
   std::optional<LogLine> first, last;
   for (const Record& record : parsed.records) {
@@ -187,9 +189,7 @@ void Informer::tellContents(LogSource& source) {
     if (line && (!first || line->stamp < first->stamp)) first = line;
     if (line && (!last || line->stamp >= last->stamp)) last = line;
   }
-  if (first)
-    std::printf("  time:     %s to %s\n", std::string(first->time).c_str(),
-                std::string(last->time).c_str());
+  if (first) std::printf("  time:     %s to %s\n", first->time.c_str(), last->time.c_str());
 }
 
 }  // namespace

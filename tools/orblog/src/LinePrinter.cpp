@@ -34,12 +34,18 @@ void appendObject(std::string& out, const std::string& file, const Record& recor
 
 bool Selection::takes(const std::optional<LogLine>& line, Stamp stamp) const {
   if (line && levelRank(line->level) < leastLevel) return false;
+  if (stamp == kNoStamp) return true;
   return (!since || stamp >= *since) && (!until || stamp <= *until);
 }
 
 void LinePrinter::print(const std::string& file, const Record& record, Stamp stamp) {
   const std::optional<LogLine> line = parseLine(record.text);
-  if (!mSelection.takes(line, stamp)) return;
+  const bool taken = mSelection.takes(line, stamp);
+  if (!line && !mSelection.takesAll()) {
+    Unjudged& unjudged = mUnjudged[file];
+    ++(taken ? unjudged.printed : unjudged.leftOut);
+  }
+  if (!taken) return;
   mBuffer.clear();
   switch (mForm) {
     case Form::Text:

@@ -19,7 +19,9 @@ namespace orblog {
 namespace {
 
 namespace fs = std::filesystem;
-constexpr size_t kPieceSize = size_t{64} << 10;
+// Larger than any record, so that every piece takes the reading on.
+constexpr size_t kPieceSize = size_t{128} << 10;
+static_assert(kPieceSize > kLengthSize + kGreatestLength, "");
 
 bool startsWith(const std::string& text, const char* start) {
   return text.compare(0, std::strlen(start), start) == 0;
@@ -132,8 +134,9 @@ bool LogSource::readSome(Parsed& out) {
   }
   mFailed = size < 0;
   mPosition += filled;
-  mParser.feed({piece.data(), filled}, out);
-  return filled == piece.size();
+  const bool more = filled == piece.size();
+  mParser.feed({piece.data(), filled}, out, more);
+  return more;
 }
 
 bool LogSource::isCurrent() {

@@ -7,8 +7,10 @@
 namespace orblog {
 namespace {
 
-constexpr size_t kDateSize = 10;   // 2025-05-24
-constexpr size_t kStampSize = 23;  // 2025-05-24 13:02:07.045
+constexpr size_t kDateSize = 10;    // 2025-05-24
+constexpr size_t kHourPlace = 11;   // 2025-05-24 13
+constexpr size_t kSecondSize = 19;  // 2025-05-24 13:02:07
+constexpr size_t kMillisSize = 4;   // .045
 
 // Reads a text from its front; every function leaves it alone when what it wants does not stand
 // there.
@@ -44,6 +46,15 @@ class Scanner {
     if (digits == 0) return false;
     value = number;
     mText.remove_prefix(digits);
+    return true;
+  }
+  // Any of these letters, in either case.
+  bool takeLetter(std::string_view letters, char& value) {
+    if (mText.empty()) return false;
+    const char small = static_cast<char>(mText.front() | 0x20);
+    if (letters.find(small) == std::string_view::npos) return false;
+    value = small;
+    mText.remove_prefix(1);
     return true;
   }
   bool takeBlanks() {
@@ -83,14 +94,36 @@ bool takeDate(Scanner& in, Fields& fields) {
          in.takeField(2, 1, daysOf(fields.year, fields.month), fields.day);
 }
 
-// HH:MM, and as much of :SS.mmm as there is.
+// " AM", " pm" or " p.m." makes the hour one of 12. Without it nothing is taken.
+bool takeHalfDay(Scanner& in, int& hour) {
+  Scanner ahead = in;
+  char half = 0, m = 0;
+  if (!ahead.take(' ') || !ahead.takeLetter("ap", half)) return true;
+  const bool points = ahead.take('.');
+  if (!ahead.takeLetter("m", m) || (points && !ahead.take('.'))) return true;
+  in = ahead;
+  if (hour < 1 || hour > 12) return false;
+  hour = hour % 12 + (half == 'p' ? 12 : 0);
+  return true;
+}
+
+// HH:MM, and as much of :SS.mmm as there is; AM or PM stands before the milliseconds.
 bool takeTime(Scanner& in, Fields& fields) {
   if (!in.takeField(2, 0, 23, fields.hour) || !in.take(':') ||
       !in.takeField(2, 0, 59, fields.minute))
     return false;
-  if (!in.take(':')) return true;
-  if (!in.takeField(2, 0, 60, fields.second)) return false;
-  return !in.take('.') || in.takeField(3, 0, 999, fields.millisecond);
+  const bool seconds = in.take(':');
+  if (seconds && !in.takeField(2, 0, 60, fields.second)) return false;
+  if (!takeHalfDay(in, fields.hour)) return false;
+  return !seconds || !in.take('.') || in.takeField(3, 0, 999, fields.millisecond);
+}
+
+// The time of a line that begins with a time of so many characters, with the hour of 24.
+std::string wholeDayTime(std::string_view text, size_t size, int hour) {
+  std::string time(text.substr(0, kSecondSize));
+  time[kHourPlace] = static_cast<char>('0' + hour / 10);
+  time[kHourPlace + 1] = static_cast<char>('0' + hour % 10);
+  return time.append(text.substr(size - kMillisSize, kMillisSize));
 }
 
 }  // namespace
@@ -102,17 +135,16 @@ int levelRank(char letter) {
 }
 
 std::optional<LogLine> parseLine(std::string_view text) {
-  if (text.size() < kStampSize) return std::nullopt;
   LogLine line;
-  line.time = text.substr(0, kStampSize);
   Fields fields;
-  Scanner stamp(line.time);
-  // All of it must be there, which its size and its end together say.
-  if (!takeDate(stamp, fields) || !stamp.take(' ') || !takeTime(stamp, fields) || !stamp.atEnd())
+  fields.millisecond = -1;
+  Scanner in(text);
+  // All of it must be there, down to the milliseconds.
+  if (!takeDate(in, fields) || !in.take(' ') || !takeTime(in, fields) || fields.millisecond < 0)
     return std::nullopt;
+  line.time = wholeDayTime(text, text.size() - in.rest().size(), fields.hour);
   line.stamp = fields.stamp();
 
-  Scanner in(text.substr(kStampSize));
   uint64_t pid = 0;
   if (!in.takeBlanks() || !in.takeNumber(pid) || !in.takeBlanks() || !in.takeNumber(line.tid) ||
       !in.takeBlanks() || in.atEnd())

@@ -33,12 +33,12 @@ LogParser::LogParser(KeyRing& keys, HeaderOpener opener)
       mLongBudget(kLongBudget),
       mHeaderAttempts(kHeaderAttempts) {}
 
-void LogParser::feed(ByteView bytes, Parsed& out) {
+void LogParser::feed(ByteView bytes, Parsed& out, bool more) {
   mBuffer.insert(mBuffer.end(), bytes.data, bytes.data + bytes.size);
-  process(false, out);
+  process(more ? Rest::There : Rest::Later, out);
 }
 
-void LogParser::finish(Parsed& out) { process(true, out); }
+void LogParser::finish(Parsed& out) { process(Rest::None, out); }
 
 uint64_t LogParser::restart() {
   mBuffer.clear();
@@ -56,9 +56,9 @@ bool LogParser::goBack(uint64_t size) {
   return true;
 }
 
-void LogParser::process(bool final, Parsed& out) {
-  if (mHeaderRead || readHeader(final, out)) {
-    while (mGap ? search(final, out) : readRecord(final, out)) {
+void LogParser::process(Rest rest, Parsed& out) {
+  if (mHeaderRead || readHeader(rest, out)) {
+    while (mGap ? search(rest, out) : readRecord(rest, out)) {
     }
   }
   dropRead();
@@ -71,7 +71,7 @@ void LogParser::dropRead() {
 }
 
 // True when reading goes on behind the header, or from offset 0 where there is none.
-bool LogParser::readHeader(bool final, Parsed& out) {
+bool LogParser::readHeader(Rest rest, Parsed& out) {
   const size_t size = mBuffer.size();
   if (size >= kHeaderSize) {
     const ByteView field = view(0, kHeaderSize);
@@ -85,14 +85,14 @@ bool LogParser::readHeader(bool final, Parsed& out) {
     }
     const Outcome outcome = zero ? Outcome::Failed : attempt(0);
     // The first record of a file without header may be longer than a header.
-    if (outcome == Outcome::Short && isPlausible(0) && !final) return false;
+    if (waits(0, outcome, rest)) return false;
     if (outcome != Outcome::Opened) {
       mHeaderRead = true;
       takeUnreadableHeader(zero, out);
       return true;
     }
   } else if (attempt(0) != Outcome::Opened) {
-    if (!final) return false;
+    if (rest != Rest::None) return false;
     mPosition = end();
     if (size > 0) {
       Finding finding;
@@ -168,7 +168,7 @@ void LogParser::emit(uint64_t at, Parsed& out) {
   mText.clear();
 }
 
-bool LogParser::readRecord(bool final, Parsed& out) {
+bool LogParser::readRecord(Rest rest, Parsed& out) {
   const uint64_t at = mPosition;
   if (at == end()) return false;
   const Outcome outcome = attempt(at);
@@ -176,10 +176,7 @@ bool LogParser::readRecord(bool final, Parsed& out) {
     emit(at, out);
     return true;
   }
-  // A length that no writer gives is not waited for.
-  const bool waits = outcome == Outcome::Short &&
-                     (end() - at < kLengthSize || sizeAt(at) <= kLengthSize + kLongestSeal);
-  if (waits && !final) return false;
+  if (waits(at, outcome, rest)) return false;
   openGap(outcome);
   return true;
 }
@@ -201,6 +198,13 @@ bool LogParser::isPlausible(uint64_t at) const {
   return size >= kLengthSize + kSealSize && size <= kLengthSize + kLongestSeal;
 }
 
+// Whether more bytes are to decide about this place before anything else is done. A length that no
+// writer gives does not hold up at the file's present end what stands behind it.
+bool LogParser::waits(uint64_t at, Outcome outcome, Rest rest) const {
+  if (outcome != Outcome::Short || rest == Rest::None) return false;
+  return rest == Rest::There || isPlausible(at);
+}
+
 bool LogParser::mayBeHeader(uint64_t at) const {
   return mOpener && mHeaderAttempts > 0 && at == mGap->declared && at != mGap->noHeader;
 }
@@ -217,7 +221,7 @@ bool LogParser::takeHeader(uint64_t at) {
 // Every place is tried at which a record may begin: the length of the one that failed may be what
 // is damaged, and to trust it could mean to skip good records. True when reading goes on; false
 // when there is nothing more for now.
-bool LogParser::search(bool final, Parsed& out) {
+bool LogParser::search(Rest rest, Parsed& out) {
   uint64_t incomplete = kNowhere;  // the first place that more bytes may make a record or a header
   while (mGap->next < end()) {
     const uint64_t at = mGap->next;
@@ -238,17 +242,20 @@ bool LogParser::search(bool final, Parsed& out) {
         mPosition = finding.end;
         return true;
       }
-      const bool partOfRecord = outcome == Outcome::Short && isPlausible(at);
-      if (!final && (partOfRecord || mayBeHeader(at))) {
+      // At `declared` it may be one of any length.
+      const bool partOfRecord =
+          outcome == Outcome::Short && (at == mGap->declared || isPlausible(at));
+      if (rest != Rest::None && (partOfRecord || mayBeHeader(at))) {
+        if (rest == Rest::There) return false;
         incomplete = std::min(incomplete, at);
         // It may be none, and good records may stand behind it.
         ++mGap->next;
         continue;
       }
     }
-    if (!step(final)) break;
+    if (!step(rest == Rest::None)) break;
   }
-  if (!final) {
+  if (rest != Rest::None) {
     mGap->next = std::min(mGap->next, incomplete);
     return false;
   }

@@ -8,15 +8,15 @@
 
 namespace orblog {
 
-void Batch::setStamps() {
+void Batch::setStamps(Stamp former) {
   stamps.clear();
   stamps.reserve(records.size());
-  bool known = false;
+  bool known = former != kNoStamp;
   for (const Record& record : records) {
     const std::optional<LogLine> line = parseLine(record.text);
     if (line && !known) std::fill(stamps.begin(), stamps.end(), line->stamp);
     known = known || line;
-    stamps.push_back(line ? line->stamp : stamps.empty() ? 0 : stamps.back());
+    stamps.push_back(line ? line->stamp : stamps.empty() ? former : stamps.back());
   }
 }
 

@@ -16,6 +16,8 @@ namespace orblog {
 class Console {
  public:
   Console();
+  // One line that only explains something.
+  void note(const std::string& text) { print(text); }
   // One line; something could not be read.
   void problem(const std::string& text);
   // Some findings of a file; more than a screenful per file are only counted.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,12 +32,15 @@ class Decryption {
  private:
   struct Source {
     std::unique_ptr<LogSource> file;
-    bool retired = false;  // its name belongs to another file, or to none
+    bool retired = false;     // its name belongs to another file, or to none
+    Stamp latest = kNoStamp;  // of the last record
   };
   void open(const std::vector<std::string>& paths);
   void openNew(const std::vector<std::string>& arguments);
   Batch read(Source& source);
+  static Batch batchOf(Source& source, std::vector<Record> records);
   void print(std::vector<Batch>& batches);
+  void noteUnjudged();
 
   LinePrinter& mPrinter;
   Console& mConsole;
@@ -44,6 +48,7 @@ class Decryption {
   KeyFinder mFinder;
   std::vector<Source> mSources;            // in the order of their age, as far as it is known
   std::vector<std::string> mFailedToOpen;  // told once
+  std::set<std::string> mNoted;            // files whose texts that are no lines have been told of
 };
 
 // Reads on whenever something changes, until SIGINT or SIGTERM; those must be blocked. False when

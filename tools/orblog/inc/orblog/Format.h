@@ -20,6 +20,7 @@ constexpr size_t kLengthSize = 2;
 constexpr size_t kIvSize = 12;
 constexpr size_t kTagSize = 16;
 constexpr size_t kSealSize = kIvSize + kTagSize;  // least value of N
+constexpr size_t kGreatestLength = 65535;         // and the greatest
 // A line is made in a buffer of 512 bytes, so no record is longer. Longer ones are read all the
 // same wherever a length leads to them; only the search for lost records goes by this.
 constexpr size_t kLongestSeal = kSealSize + 511;

@@ -2,9 +2,12 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
+#include <map>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "orblog/LogLine.h"
 #include "orblog/LogParser.h"
@@ -16,7 +19,9 @@ struct Selection {
   int leastLevel = -1;  // by levelRank
   std::optional<Stamp> since, until;
 
-  // A text that is no log line has no level; it is judged by the time of the line before it.
+  bool takesAll() const { return leastLevel < 0 && !since && !until; }
+  // A text that is no log line has no level; it is judged by the stamp that its neighbours give it,
+  // and taken when they give none: nothing is left out without a reason.
   bool takes(const std::optional<LogLine>& line, Stamp stamp) const;
 };
 
@@ -24,10 +29,17 @@ struct Selection {
 class LinePrinter {
  public:
   enum class Form { Text, SafeText, Json };
+  // What became of texts that are no log lines.
+  struct Unjudged {
+    uint64_t printed = 0;
+    uint64_t leftOut = 0;
+  };
   LinePrinter(FILE* out, Form form, Selection selection)
       : mOut(out), mForm(form), mSelection(selection) {}
   // Ignores the line when it is not selected.
   void print(const std::string& file, const Record& record, Stamp stamp);
+  // Those since the last call, by file, when there is something to select by.
+  std::map<std::string, Unjudged> takeUnjudged() { return std::exchange(mUnjudged, {}); }
   // False when the output did not take everything so far.
   bool flush();
 
@@ -36,6 +48,7 @@ class LinePrinter {
   const Form mForm;
   const Selection mSelection;
   std::string mBuffer;
+  std::map<std::string, Unjudged> mUnjudged;
 };
 
 }  // namespace orblog

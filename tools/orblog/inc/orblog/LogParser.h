@@ -29,16 +29,20 @@ struct Parsed {
 using HeaderOpener = std::function<std::optional<size_t>(ByteView header)>;
 
 // Turns the bytes of one encrypted log file into records and findings. Does no input or output: it
-// is fed what there is, in any pieces, and told when no more will come. Whatever the bytes are, its
-// time is bounded: looking for records behind a damaged place, and for the key of a record, has a
-// budget, and when that is used up only the lengths are followed and the latest keys tried. Not for
-// two threads at a time; the ring must outlive it.
+// is fed what there is, in any pieces, and told whether there is more and when no more will come.
+// Whatever the bytes are, its time is bounded: looking for records behind a damaged place, and for
+// the key of a record, has a budget, and when that is used up only the lengths are followed and the
+// latest keys tried. So is its memory: while there is more it keeps less than the largest record
+// beside what it was fed last. Not for two threads at a time; the ring must outlive it.
 class LogParser {
  public:
   LogParser(KeyRing& keys, HeaderOpener opener);
 
-  // Appends to `out` what the bytes complete. A record that is not all there waits for the rest.
-  void feed(ByteView bytes, Parsed& out);
+  // Appends to `out` what the bytes complete. A record that is not all there waits for the rest:
+  // whatever its length when the file has `more` now, so that where a piece ends makes no
+  // difference; at the file's present end such records as a writer makes, and behind one that is
+  // longer good ones are looked for meanwhile.
+  void feed(ByteView bytes, Parsed& out, bool more = false);
   // No more bytes will come: what waited is reported. Call it once.
   void finish(Parsed& out);
 
@@ -54,6 +58,8 @@ class LogParser {
 
  private:
   enum class Outcome { Opened, Failed, Short, WrongLength };
+  // What comes behind the bytes so far: more that is there now, nothing yet, or nothing ever.
+  enum class Rest { There, Later, None };
   // A stretch that could not be read, from the first fault to the next record that opens.
   struct Gap {
     uint64_t start = 0;
@@ -76,11 +82,11 @@ class LogParser {
   }
   uint64_t sizeAt(uint64_t at) const;  // a record's size by its length field
 
-  void process(bool final, Parsed& out);
-  bool readHeader(bool final, Parsed& out);
+  void process(Rest rest, Parsed& out);
+  bool readHeader(Rest rest, Parsed& out);
   void takeUnreadableHeader(bool zero, Parsed& out);
-  bool readRecord(bool final, Parsed& out);
-  bool search(bool final, Parsed& out);
+  bool readRecord(Rest rest, Parsed& out);
+  bool search(Rest rest, Parsed& out);
   void followLength(bool final);
   bool step(bool final);
   void openGap(Outcome fault);
@@ -90,6 +96,7 @@ class LogParser {
   void learnKeys();
   void prefer(size_t key);
   bool isPlausible(uint64_t at) const;
+  bool waits(uint64_t at, Outcome outcome, Rest rest) const;
   bool mayBeHeader(uint64_t at) const;
   bool takeHeader(uint64_t at);
   void emit(uint64_t at, Parsed& out);

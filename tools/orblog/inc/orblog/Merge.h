@@ -18,8 +18,9 @@ struct Batch {
   std::vector<Record> records;
   std::vector<Stamp> stamps;  // per record; filled by setStamps
 
-  // A text without a stamp takes that of the one before it; the first ones that of the first stamp.
-  void setStamps();
+  // A text without a stamp takes that of the one before it. The first ones take `former`, that of
+  // the last line which the file had before these; when there was none, the first that follows.
+  void setStamps(Stamp former = kNoStamp);
 };
 
 // Puts the batches into the order in which their files were written, as far as it can be told: by
