@@ -12,6 +12,7 @@
 #include <array>
 
 #include "AllServicesFixture.h"
+#include "QuietThreads.h"
 
 namespace allservices {
 namespace {
@@ -60,6 +61,7 @@ TEST_F(HostProcess, ServicesConnectWhereStandardInputIsClosed) {
   ASSERT_NO_FATAL_FAILURE(enable(kLle));
   expectHearsJustThis(kLle);
   disable(kLle);  // by now the number may be the daemon's for this connection
+  quiet::awaitThreads();
   dup2(input, STDIN_FILENO);
   close(input);
 }
