@@ -65,8 +65,8 @@
  *    and the worker thread; all other callbacks of a service run on its receiver thread alone. A
  *    callback may run before the function that asked for it has returned. The library holds no lock
  *    while a callback runs: a callback may call any function of this API, the disable function of
- *    its service included. An exception or a longjmp must not leave a callback. Its stack is what
- *    the platform gives to a thread: 128 KiB with musl, unless the program is linked otherwise.
+ *    its service included. No exception, longjmp or pthread_exit may leave a callback. Its stack is
+ *    what the platform gives a thread: 128 KiB with musl, unless the program is linked otherwise.
  *
  * 4. Disable and destroy. The two names belong to two generations of one call, see each service.
  *      - They return within 500 ms even when the daemon is absent, silent, or not reading. On a
