@@ -4,8 +4,8 @@
 
 #include <pthread.h>
 
-// While it lives, a request to cancel the calling thread waits: a call that were cut short by one
-// would leave its locks behind, or end the process where its unwinding meets noexcept.
+// While it lives, a request to cancel the calling thread waits: a call that is cut short by one
+// leaves its locks behind, or ends the process where its unwinding meets noexcept.
 class NoCancellation {
  public:
   NoCancellation() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &mBefore); }

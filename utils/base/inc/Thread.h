@@ -19,9 +19,9 @@ void letThreadsTakeUserSignal();
 
 // Starts a library thread: named (15 characters at most), with every signal blocked except the
 // synchronous ones, so that no handler of the application runs on it, what the application waits
-// for with sigwait() or a signalfd stays its own, and a closed socket cannot raise SIGPIPE there. An exception that reaches the end of @p body is logged and
-// swallowed. Returns false, with @p out untouched, when the system has no thread or no memory to
-// give; it never throws.
+// for with sigwait() or a signalfd stays its own, and a closed socket cannot raise SIGPIPE there.
+// An exception that reaches the end of @p body is logged and swallowed. Returns false, with @p out
+// untouched, when the system has no thread or no memory to give; it never throws.
 template <class Body>
 bool startThread(std::thread& out, const char* name, Body&& body) {
   try {
