@@ -52,6 +52,12 @@ application() {
 packets() {
   sed -n 's/^1E15 //p' "${1:--}" | sed -n '/|ORB|Log::printVersion:155 /,$p'
 }
+# As packets, of an application that is starting, running or was killed: the last line may lack its
+# end.
+whole_packets() {
+  [[ -e $1 ]] || return 0
+  packets "$1" | head -n "$(packets "$1" | wc -l)"
+}
 decrypt() {
   "$orblog" decrypt --key "$work/keys/orb_log_private.pem" "$logs/other" >"$1"
 }
@@ -104,12 +110,13 @@ echo "  $kept of $total lines, $((total - last)) said after the end of encryptio
 
 for ((round = 1; round <= 5; ++round)); do
   start_over
+  rm -f "$work/packets"  # the last round's must not be taken for this one's
   serve 100
   # At a random moment the process is gone; the last record may not have come to the diagnostic
   # channel any more, which gets it after the file.
   ORB_LOG_LEVEL=S ORB_DIAG_FILE=- "$application" --seconds 60 2>"$work/packets" >/dev/null &
   running=$!
-  until [[ -n $(packets "$work/packets") ]]; do
+  until [[ -n $(whole_packets "$work/packets") ]]; do
     kill -0 "$running" 2>/dev/null || fail "the application has ended"
   done
   milliseconds=$((RANDOM % 1500))
@@ -117,7 +124,7 @@ for ((round = 1; round <= 5; ++round)); do
   kill -KILL "$running" || fail "the application had ended by itself"
   wait "$running" 2>/dev/null || true
   stop_serving
-  packets "$work/packets" >"$work/sent"
+  whole_packets "$work/packets" >"$work/sent"
   decrypt_of_killed "$work/read" ||
     fail "killed after $milliseconds ms: orblog found something wrong"
   lines=$(wc -l <"$work/sent")
