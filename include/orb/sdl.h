@@ -11,7 +11,8 @@
  * A service is used in three steps: enable it with a status callback, call the requests, disable
  * it. The first STATUS_SUCCESS or STATUS_SERVICE_UP tells that the service works; requests made
  * before are queued. Nothing runs before the first enable, and nothing is left after the last
- * disable but two idle threads of the log, which stay until the process ends.
+ * disable but the log, which stays until the process ends: two threads that sleep, but for a tick
+ * every 30 seconds, and its open file where encrypted logs are set up.
  * examples/lce_monitor.c, lle_monitor.c and lli_handoff.c are programs to copy from,
  * all_services.c uses all three in one.
  *
@@ -44,29 +45,31 @@
  *
  *    errno is not used. A call refused with 0, -1, -2 or -5 changes nothing: earlier callbacks stay
  *    registered and nothing is sent. (One exception: where an enable or create could not set the
- *    library up, its status callback stays, to be told by the next attempt; only a later enable
- *    followed by disable takes it out again.) A good result says that the request was queued, not
- *    that the daemon did it; that is for the callbacks to tell. Disable and destroy need no memory:
- *    they are refused only for a service that is not enabled.
+ *    library up, its status callback stays, to be told by the next attempt, until it is replaced or
+ *    a later enable has succeeded and been followed by disable.) A good result says that the
+ *    request was queued, not that the daemon did it; that is for the callbacks to tell. Disable and
+ *    destroy need no memory: they are refused only for a service that is not enabled.
  *
  * 3. Threads of the callbacks. The library runs callbacks on threads of its own, and each comment
  *    says which:
  *
  *      "runs on the receiver thread"  answers and reports of the daemon and the loss of a
- *          connection. Each connected service has one receiver thread; what the daemon sends to the
- *          service comes one after the other, in the order of sending. A callback that takes long
+ *          connection. Each connection of a service has one receiver thread; what the daemon sends
+ *          on it comes one after the other, in the order of sending. A callback that takes long
  *          delays the ones behind it. The loss of a connection is told to all services on the
  *          receiver thread of the service that has lost it.
  *      "runs on the worker thread"    failures to connect or to send. One thread for all services.
  *      "runs on the caller's thread before the function returns"    the failure reports of enable,
  *          create, disable and destroy themselves.
  *
- *    So a status callback may run on several threads at the same time, one for each enabled service
- *    and the worker thread; all other callbacks of a service run on its receiver thread alone. A
+ *    So a status callback may run on several threads at the same time: receiver threads of all
+ *    services (and of a lost connection, while its successor already works), the worker thread, a
+ *    caller's thread. All other callbacks of a service run on its receiver threads alone. A
  *    callback may run before the function that asked for it has returned. The library holds no lock
  *    while a callback runs: a callback may call any function of this API, the disable function of
- *    its service included. No exception, longjmp or pthread_exit may leave a callback. Its stack is
- *    what the platform gives a thread: 128 KiB with musl, unless the program is linked otherwise.
+ *    its service included. No exception, longjmp or pthread_exit may leave a callback, and no
+ *    thread of the library may be cancelled. Its stack is what the platform gives a thread: 128 KiB
+ *    with musl, unless the program is linked otherwise.
  *
  * 4. Disable and destroy. The two names belong to two generations of one call, see each service.
  *      - They return within 500 ms even when the daemon is absent, silent, or not reading. On a

@@ -55,8 +55,12 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
     act();
     return fails.failed();
   }
-  bool wholeLifeFails(const ServiceOps& service, size_t nth) {
-    return failing(nth, kWorker, [&] { wholeLife(service); });
+  template <typename Then>
+  bool wholeLifeFails(const ServiceOps& service, size_t nth, Then then) {
+    return failing(nth, kWorker, [&] {
+      wholeLife(service);
+      then();
+    });
   }
   // Runs @p round with the first allocation of the thread failing, with the second, and so on,
   // until one comes to its end without a failure. Each round tells whether one failed.
@@ -83,8 +87,7 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
 TEST_F(OutOfMemoryThreads, WorkerLosesNothingInSilenceAndRetiresItsTypes) {
   for (const ServiceOps& service : kServices) {
     failEach("worker", service, [&](size_t nth) {
-      const bool failed = wholeLifeFails(service, nth);
-      expectNothingLeft();
+      const bool failed = wholeLifeFails(service, nth, [this] { expectNothingLeft(); });
       if (failed) expectNextLifeWorks(service);
       return failed;
     });
@@ -95,7 +98,7 @@ TEST_F(OutOfMemoryThreads, WorkerLosesNothingInSilenceAndRetiresItsTypes) {
 TEST_F(OutOfMemoryThreads, WorkerThatFailsForOneServesTheOthers) {
   ASSERT_NO_FATAL_FAILURE(enable(kLce));
   failEach("worker of two", kLle, [&](size_t nth) {
-    const bool failed = wholeLifeFails(kLle, nth);
+    const bool failed = wholeLifeFails(kLle, nth, [] {});
     expectEnabled(kLce);
     return failed;
   });

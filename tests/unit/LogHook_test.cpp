@@ -165,6 +165,7 @@ TEST_F(LogHookTest, ThreadsLetTheSignalThroughThatTheHookIsFor) {
       startThread(thread, "orb-test", [&] { pthread_sigmask(SIG_BLOCK, nullptr, &inside); }));
   thread.join();
   EXPECT_EQ(0, sigismember(&inside, SIGUSR1));
+  EXPECT_EQ(1, sigismember(&inside, SIGUSR2));
 }
 
 TEST_F(LogHookTest, SignalIsLoggedEvenInsideALogCallAndKeepsErrno) {

@@ -118,7 +118,7 @@ void noteEnd() {
   noteLines();
   if (ending.exchange(true)) return;
   disarm();
-  ownRun->stopDaemon();
+  if (ownRun->stopDaemon) ownRun->stopDaemon();
 }
 
 [[noreturn]] void noteTerminate() {

@@ -21,7 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 // Larger than any record, so that every piece takes the reading on.
 constexpr size_t kPieceSize = size_t{128} << 10;
-static_assert(kPieceSize > kLengthSize + kGreatestLength, "");
+static_assert(kPieceSize > kLengthSize + kGreatestLength);
 
 bool startsWith(const std::string& text, const char* start) {
   return text.compare(0, std::strlen(start), start) == 0;
