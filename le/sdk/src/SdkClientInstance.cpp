@@ -226,7 +226,7 @@ void SdkClient::abandonDeparture(SdkDeparture& departure) {
 // Whether the farewell is still to be said. The worker gets no further turn for a type without
 // patience; a turn under way is waited for, unless it does not come to its end.
 bool SdkClient::mayBidFarewell(SdkDeparture& departure) {
-  if (departure.mFarewell->blob.empty()) return false;
+  if (departure.mFarewell->silent) return false;
   UniqueLock lock(mLock);
   const bool free = mTurnEnded.wait_for(
       lock, kTurnEnd, [&]() ORB_REQUIRES(mLock) { return mSending != departure.mType; });
