@@ -2,10 +2,25 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <errno.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <memory>
 #include <utility>
+
+// An application that has closed its standard streams gives their numbers to whatever is opened
+// next, and what it prints must not end up there. Takes a descriptor that the library has just
+// opened and returns it with a number above theirs, close-on-exec; -1, with errno, when there is
+// none. A failed open passes as it is.
+inline int aboveStandardStreams(int fd) {
+  if (fd < 0 || fd > STDERR_FILENO) return fd;
+  const int moved = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int error = errno;
+  ::close(fd);
+  errno = error;
+  return moved;
+}
 
 // Owns one descriptor and closes it once. 0 is a descriptor like any other; -1 stands for none.
 class UniqueFd {

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "Process.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include "UniqueFd.h"
+
+namespace {
+
+// The exit status of @p body in a forked child.
+template <class Body>
+int inChild(const Body& body) {
+  const pid_t child = fork();
+  if (child == 0) _exit(body());
+  int status = -1;
+  EXPECT_EQ(child, waitpid(child, &status, 0));
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(Process, IsTheSameWithinAProcess) { EXPECT_EQ(currentProcess(), currentProcess()); }
+
+TEST(Process, IsAnotherInAForkedChild) {
+  const uint64_t here = currentProcess();
+  EXPECT_EQ(1, inChild([here] { return currentProcess() != here ? 1 : 0; }));
+}
+
+TEST(ProcessMark, BelongsToNobodyAtFirst) {
+  const ProcessMark mark;
+  EXPECT_FALSE(mark.isSet());
+  EXPECT_FALSE(mark.isHere());
+  EXPECT_FALSE(mark.isElsewhere());
+}
+
+TEST(ProcessMark, KnowsItsProcessFromAChild) {
+  ProcessMark mark;
+  mark.set();
+  EXPECT_TRUE(mark.isHere());
+  EXPECT_FALSE(mark.isElsewhere());
+  EXPECT_EQ(1, inChild([&] { return mark.isElsewhere() && !mark.isHere() ? 1 : 0; }));
+}
+
+TEST(ProcessMark, StaysWithTheFirstProcess) {
+  ProcessMark mark;
+  mark.setOnce();
+  EXPECT_EQ(1, inChild([&] {
+              mark.setOnce();
+              return mark.isElsewhere() ? 1 : 0;
+            }));
+}
+
+// Puts the standard streams back at the end of the scope.
+class ClosedStreams {
+ public:
+  ClosedStreams() {
+    for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
+      mSaved[fd] = fcntl(fd, F_DUPFD_CLOEXEC, 10);
+      close(fd);
+    }
+  }
+  ClosedStreams(const ClosedStreams&) = delete;
+  ClosedStreams& operator=(const ClosedStreams&) = delete;
+  ~ClosedStreams() {
+    for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
+      dup2(mSaved[fd], fd);
+      close(mSaved[fd]);
+    }
+  }
+
+ private:
+  int mSaved[STDERR_FILENO + 1];
+};
+
+TEST(AboveStandardStreams, MovesADescriptorThatGotANumberOfTheirs) {
+  int opened = -1;
+  int moved = -1;
+  bool freed = false;
+  int flags = 0;
+  {
+    const ClosedStreams closed;
+    opened = open("/dev/null", O_RDONLY);
+    moved = aboveStandardStreams(opened);
+    freed = fcntl(opened, F_GETFD) == -1;
+    flags = fcntl(moved, F_GETFD);
+  }
+  EXPECT_EQ(0, opened);
+  EXPECT_GT(moved, STDERR_FILENO);
+  EXPECT_TRUE(freed);
+  EXPECT_EQ(FD_CLOEXEC, flags);
+  EXPECT_EQ(0, close(moved));
+}
+
+TEST(AboveStandardStreams, LeavesOthersAndFailuresAlone) {
+  const UniqueFd fd(open("/dev/null", O_RDONLY | O_CLOEXEC));
+  ASSERT_GT(fd.get(), STDERR_FILENO);
+  EXPECT_EQ(fd.get(), aboveStandardStreams(fd.get()));
+  EXPECT_EQ(-1, aboveStandardStreams(-1));
+}
+
+}  // namespace

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+// Names the calling process: another value in a child made by fork(), whatever numbers the system
+// gives to processes. Never 0. Async-signal-safe.
+uint64_t currentProcess();
+
+// Remembers the process that something belongs to, for a forked child has memory and descriptors of
+// its parent but none of its threads: locks may stay taken for ever there, and what goes out on a
+// descriptor goes out for the parent. Any thread; no lock.
+class ProcessMark {
+ public:
+  constexpr ProcessMark() = default;
+
+  // The calling process from now on.
+  void set() { mProcess = currentProcess(); }
+  // The same, unless a process was named before.
+  void setOnce() {
+    uint64_t none = 0;
+    if (mProcess == 0) mProcess.compare_exchange_strong(none, currentProcess());
+  }
+  bool isSet() const { return mProcess != 0; }
+  // Whether the process named is the calling one.
+  bool isHere() const { return mProcess == currentProcess(); }
+  // Whether a process was named and it is another one.
+  bool isElsewhere() const { return isSet() && !isHere(); }
+
+ private:
+  std::atomic<uint64_t> mProcess{0};
+};

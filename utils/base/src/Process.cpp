@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "Process.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+namespace {
+
+// How many forks lead from the process that loaded the library to this one. Process numbers alone
+// may come again, after their end or in another namespace.
+std::atomic<uint32_t> generation{1};
+const int kRegistered = pthread_atfork(nullptr, nullptr, [] { ++generation; });
+
+}  // namespace
+
+// The number counts as well, for children made without fork handlers.
+uint64_t currentProcess() {
+  return static_cast<uint64_t>(generation.load()) << 32 | static_cast<uint32_t>(getpid());
+}
