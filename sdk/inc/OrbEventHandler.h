@@ -81,6 +81,12 @@ class OrbEventHandler {
                         strerror(errno), mEventFd);
   }
 
+  // Handles what is queued without being woken for it; on the loop's thread, when that cannot wait.
+  void handleQueued() {
+    Posting taken;
+    while (takeQueued(taken)) handle(taken);
+  }
+
   // Wakes the loop for items whose post could not do so, if there are any.
   void wakeForUncounted() {
     const LockGuard lock(mQueueLock);
@@ -108,10 +114,24 @@ class OrbEventHandler {
       reportNothingTaken(fd, error);
       return false;
     }
+    handle(taken);
+    return true;
+  }
+
+  void handle(Posting& taken) {
     void* const itemAddress = address(taken.front());
     handleEvent(std::move(taken.front()));
+    taken.clear();
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Wakelock evt end %p %p",
                         static_cast<void*>(this), itemAddress);
+  }
+
+  bool takeQueued(Posting& taken) {
+    const LockGuard lock(mQueueLock);
+    if (mQueue.empty()) return false;
+    uint64_t unit = 0;
+    if (read(mEventFd, &unit, sizeof(unit)) < 0) mUncounted = mQueue.size() - 1;
+    taken.splice(taken.end(), mQueue, mQueue.begin());
     return true;
   }
 

@@ -11,6 +11,7 @@
 #include "Mutex.h"
 #include "OrbEventHandler.h"
 #include "SdkClientEvent.h"
+#include "Semaphore.h"
 #include "WorkerLife.h"
 
 // Core of the SDK client: one worker thread for all client types, a listener per type and the
@@ -75,8 +76,11 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   // that could not be had has been reported by then.
   bool deliver(const SdkClientEvent& event);
 
+  void goOnWithoutWait();
+
   const std::shared_ptr<WorkerLife> mLife = std::make_shared<WorkerLife>();
   std::atomic<bool> mRunning{false};
+  Semaphore mNeverSignalled;
 
   Mutex mLock;
   std::vector<bool> mActiveTypes ORB_GUARDED_BY(mLock);

@@ -3,6 +3,7 @@
 #include "SdkClientBase.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <new>
 #include <utility>
@@ -14,6 +15,12 @@ namespace {
 
 constexpr char kTag[] = "OrbSdk";
 constexpr char kHandleEvent[] = "handleEvent";  // the function of its lines, wherever they are
+
+// Log point: a line number that log consumers rely on.
+constexpr int kThreadLoopLine = 43;
+
+// Between two looks at the queue while the loop cannot wait.
+constexpr std::chrono::milliseconds kWithoutWait(100);
 
 // Made for each call: threads may still report while the statics of the process are destroyed.
 std::vector<uint8_t> noBlob() { return {}; }
@@ -72,16 +79,24 @@ void SdkClientBase::sdkThread(OrbSdkClientType, std::shared_ptr<SdkClientEvent> 
   if (event) postEvent(std::move(event));
   mLife->begin();
   while (mRunning) {
-    SDK_LOG(kTag, "sdkThread loop");
+    SDK_LOG_AT(kTag, kThreadLoopLine, "sdkThread loop");
     try {
       mTimer->processEvents();
       mEventManager->processEvents(mTimer);
+      if (mEventManager->waitFailed()) goOnWithoutWait();
     } catch (...) {
       // One event is lost, not the worker with everything that is queued behind it.
       reportException();
     }
   }
   SDK_LOG(kTag, "sdkThread loop END");
+}
+
+// The epoll descriptor is unusable, for instance because the application has closed it. Requests
+// and farewells are still handled, only later, and the loop does not spin.
+void SdkClientBase::goOnWithoutWait() {
+  mNeverSignalled.decreaseFor(kWithoutWait);
+  handleQueued();
 }
 
 void SdkClientBase::handleEvent(std::shared_ptr<SdkClientEvent> event) {

@@ -306,6 +306,7 @@ TEST_F(SdkClientBaseTest, WorkerHandlesItsFirstEventAndEndsWithTheLastType) {
   EXPECT_EQ((Strings{"sdkThread called", "sdkThread loop"}),
             Strings(lines.begin(), lines.begin() + 2));
   EXPECT_EQ("sdkThread loop END", lines.back());
+  EXPECT_TRUE(recording::has("|OrbSdk|SdkClientBase::sdkThread:43 sdkThread loop"));
   EXPECT_EQ(1, mClient.use_count()) << "the ended worker holds the client no more";
 }
 

@@ -116,6 +116,10 @@ class EventManager {
   // fails (a signal included) ends the pass at once and without timers; just call again.
   void processEvents(OrbTimer* timer);
 
+  // Whether the wait of the latest pass failed for another reason than a signal. It will fail again
+  // as quickly, so the owner's loop pauses. Loop thread only.
+  bool waitFailed() const { return mWaitFailed; }
+
   // Makes a waiting processEvents() return.
   void wake();
 
@@ -172,6 +176,7 @@ class EventManager {
   // The loop thread's alone.
   int mProcessingDepth = 0;  // 1 while a pass dispatches; for a debugger's eyes
   std::array<epoll_event, kMaxEvents> mEvents{};  // result of the latest wait
+  bool mWaitFailed = false;
 
   // Guarded by mMutex.
   std::map<int, HandlerObject> mHandlers;

@@ -197,6 +197,7 @@ void EventManager::queueUpdate(Updates::node_type queued, const EventManagerUpda
 void EventManager::processEvents(OrbTimer* timer) {
   const int timeout = timer != nullptr ? timer->timeUntilNextEvent() : kWaitForever;
   const int count = epoll_wait(mEpollFd.get(), mEvents.data(), kMaxEvents, timeout);
+  mWaitFailed = count == -1 && errno != EINTR;
   if (count == -1) {
     __android_log_print(ANDROID_LOG_ERROR, nullptr, "epoll_wait error");
     return;

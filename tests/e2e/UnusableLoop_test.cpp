@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// The worker's loop when it cannot wait any more, as after an application that closes descriptors
+// which are not its own.
+#include <dlfcn.h>
+#include <errno.h>
+#include <signal.h>
+#include <sys/epoll.h>
+
+#include <atomic>
+#include <chrono>
+
+#include "AllServicesFixture.h"
+
+namespace {
+
+std::atomic<int> waitError{0};
+std::atomic<size_t> failedWaits{0};
+
+}  // namespace
+
+// Comes before the C library's own.
+extern "C" int epoll_wait(int fd, epoll_event* events, int size, int timeout) {
+  if (const int error = waitError) {
+    ++failedWaits;
+    errno = error;
+    return -1;
+  }
+  static const auto real = reinterpret_cast<decltype(&epoll_wait)>(dlsym(RTLD_NEXT, "epoll_wait"));
+  return real(fd, events, size, timeout);
+}
+
+namespace allservices {
+namespace {
+
+class UnusableLoop : public AllServicesTest {
+ protected:
+  void TearDown() override {
+    waitError = 0;
+    AllServicesTest::TearDown();
+  }
+  // From now on the worker's waits fail; returns when one has.
+  void breakWaits(int error) {
+    failedWaits = 0;
+    waitError = error;
+    ASSERT_LE(0, kLce.requests().front().valid());  // ends the wait under way
+    ASSERT_TRUE(application::comesTo([] { return failedWaits > 0; }));
+  }
+};
+
+TEST_F(UnusableLoop, GoesOnWithoutSpinning) {
+  using Clock = std::chrono::steady_clock;
+  ASSERT_NO_FATAL_FAILURE(enable(kLce));
+  ASSERT_NO_FATAL_FAILURE(breakWaits(EBADF));
+  // Requests are still sent; the time that they take is the worker's, not this test's.
+  const size_t before = failedWaits;
+  const auto start = Clock::now();
+  for (int i = 0; i < 3; ++i) {
+    const size_t frames = daemon().totals().frames;
+    ASSERT_LE(0, kLce.requests().front().valid());
+    ASSERT_TRUE(daemon().waitForFrames(frames + 1));
+  }
+  const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+  // Ten a second, and one for each end of the time.
+  EXPECT_LE(failedWaits - before, static_cast<size_t>(passed.count()) / 100 + 2);
+}
+
+TEST_F(UnusableLoop, ServicesAreStillDisabledInTheirOrder) {
+  ASSERT_NO_FATAL_FAILURE(enableAll());
+  ASSERT_NO_FATAL_FAILURE(breakWaits(EINVAL));
+  for (const ServiceOps& service : kServices) {
+    const size_t frames = daemon().totals().frames;
+    disable(service);
+    EXPECT_GE(daemon().totals().frames, frames + 1) << service.name;
+  }
+  EXPECT_TRUE(workerAndReceiversEnd());
+}
+
+TEST_F(UnusableLoop, WorksOnAsBeforeWhenTheWaitWorksAgain) {
+  ASSERT_NO_FATAL_FAILURE(enable(kLce));
+  ASSERT_NO_FATAL_FAILURE(breakWaits(EBADF));
+  waitError = 0;
+  const size_t frames = daemon().totals().frames;
+  ASSERT_LE(0, kLce.requests().front().valid());
+  ASSERT_TRUE(daemon().waitForFrames(frames + 1));
+  EXPECT_FALSE(recording::hasEndingWith("SHOULD NEVER HAPPEN."));
+}
+
+TEST_F(UnusableLoop, SignalIsNoReasonToPause) {
+  ASSERT_NO_FATAL_FAILURE(enable(kLce));
+  ASSERT_NO_FATAL_FAILURE(breakWaits(EINTR));
+  EXPECT_TRUE(application::comesTo([] { return failedWaits > 1000; }));
+}
+
+}  // namespace
+}  // namespace allservices
