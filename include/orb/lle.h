@@ -72,9 +72,8 @@ typedef void (*LleStatusIndCb)(status_e status);
 
 /**
  * Told about LLE's status by the second generation of the API, createLleClient(). Called for the
- * same reasons and on the same threads as LleStatusIndCb, with the difference that a library that
- * could not reach its worker thread in createLleClient() reports nothing here (the first
- * generation's callback, if one is registered, is told instead).
+ * same reasons and on the same threads as LleStatusIndCb, with one difference: when the library
+ * cannot be set up, this callback is told, and LleStatusIndCb is not.
  *
  * @param status  the value named STATUS_V2_X where LleStatusIndCb gets STATUS_X;
  *                STATUS_INVALID_SLOT arrives as STATUS_V2_INVALID.
@@ -111,7 +110,8 @@ typedef void (*LleEstimationReportCb)(int32_t result, const LleEstimationReport*
  * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LLE has
  *            been disabled.
  * @return 1 queued | 0 @p cb is NULL, or the library could not be set up, for want of memory or of
- *         a worker thread; then @p cb was called with STATUS_INTERNAL_ERROR.
+ *         a worker thread; then @p cb was called with STATUS_INTERNAL_ERROR, unless the callback
+ *         of a createLleClient() is registered: that one alone is told its value of it.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread or on the worker thread, as LleStatusIndCb says; its failure reports
@@ -142,8 +142,7 @@ ORB_API int orb_lle_disable(void);
  * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LLE has
  *            been disabled.
  * @return 0 queued | -1 @p cb is NULL, or the library could not be set up, for want of
- *         memory or of a worker thread. @p cb may have been called with STATUS_V2_INTERNAL_ERROR,
- *         but rely on the result: not every such failure is reported.
+ *         memory or of a worker thread; then @p cb was called with STATUS_V2_INTERNAL_ERROR.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread or on the worker thread, as LleStatusIndCb says; the failure report

@@ -113,9 +113,8 @@ typedef void (*LliStatusIndCb)(status_e status);
 
 /**
  * Told about LLI's status by the second generation of the API, createLliClient(). Called for the
- * same reasons and on the same threads as LliStatusIndCb, with the difference that a library that
- * could not reach its worker thread in createLliClient() reports nothing here (the first
- * generation's callback, if one is registered, is told instead).
+ * same reasons and on the same threads as LliStatusIndCb, with one difference: when the library
+ * cannot be set up, this callback is told, and LliStatusIndCb is not.
  *
  * @param status  the value named STATUS_V2_X where LliStatusIndCb gets STATUS_X;
  *                STATUS_INVALID_SLOT arrives as STATUS_V2_INVALID.
@@ -152,7 +151,8 @@ typedef void (*LliLinkInterruptIndCb)(LliHandoffIndType type, LliPreHandoffState
  * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LLI has
  *            been disabled.
  * @return 1 queued | 0 @p cb is NULL, or the library could not be set up, for want of memory or of
- *         a worker thread; then @p cb was called with STATUS_INTERNAL_ERROR.
+ *         a worker thread; then @p cb was called with STATUS_INTERNAL_ERROR, unless the callback
+ *         of a createLliClient() is registered: that one alone is told its value of it.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread or on the worker thread, as LliStatusIndCb says; its failure reports
@@ -183,8 +183,7 @@ ORB_API int orb_lli_disable(void);
  * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LLI has
  *            been disabled.
  * @return 0 queued | -1 @p cb is NULL, or the library could not be set up, for want of
- *         memory or of a worker thread. @p cb may have been called with STATUS_V2_INTERNAL_ERROR,
- *         but rely on the result: not every such failure is reported.
+ *         memory or of a worker thread; then @p cb was called with STATUS_V2_INTERNAL_ERROR.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread or on the worker thread, as LliStatusIndCb says; the failure report

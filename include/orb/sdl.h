@@ -47,8 +47,10 @@
  *    registered and nothing is sent. (One exception: where an enable or create could not set the
  *    library up, its status callback stays, to be told by the next attempt, until it is replaced or
  *    a later enable has succeeded and been followed by disable.) A good result says that the
- *    request was queued, not that the daemon did it; that is for the callbacks to tell. Disable and
- *    destroy need no memory: they are refused only for a service that is not enabled.
+ *    request was queued, not that the daemon did it; that is for the callbacks to tell. The callback
+ *    of a refused call is never called later, and one that is registered after a new enable is not
+ *    called for what came in before it. Disable and destroy need no memory: they are refused only
+ *    for a service that is not enabled.
  *
  * 3. Threads of the callbacks. The library runs callbacks on threads of its own, and each comment
  *    says which:
@@ -84,7 +86,7 @@
  *        callback of the service begins. The library finishes the rest on a thread of its own after
  *        the callback has returned. One that is running on another thread goes on: do not free what
  *        it uses. If the service is enabled again meanwhile, the old callback may still be running
- *        beside new ones.
+ *        beside new ones; the next disable on an application's thread waits for it as well.
  *      - Never hold a lock, while calling them, that one of the service's callbacks takes: the call
  *        waits for the callback and the callback for the lock. The same goes for enable and create
  *        and the status callbacks, which they may call themselves.
@@ -103,8 +105,11 @@
  * 7. No user data. Callbacks carry no context pointer. There is one object per service and process,
  *    so an application keeps its context in static variables, guarded by a lock of its own.
  *
- * 8. Processes. After fork() the child must not call the library before it calls an exec function:
- *    the threads are not there. Descriptors are close-on-exec. The process may end at any moment
+ * 8. Processes. A child made by fork() has none of the library's threads, and its connections are
+ *    the parent's. Once the parent has enabled a service, every call in the child is refused, with
+ *    a line in the log, and touches nothing of the parent's; it may end by exit(). A process that
+ *    forks before it enables a service may use the library in the child. Descriptors are
+ *    close-on-exec. The process may end at any moment
  *    and on any thread, with services enabled; exit handlers may call the library. It stays mapped
  *    after dlclose(), as its threads may still run. The library itself ends the process in two
  *    cases only, by exit(-1) on the thread that finds out: the descriptors of its event loop cannot

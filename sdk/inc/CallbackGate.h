@@ -2,6 +2,10 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <cstdint>
+#include <list>
+#include <memory>
+
 #include "Mutex.h"
 
 // Every callback into the application goes through its service's gate. Once the gate is closed none
@@ -28,6 +32,8 @@ class CallbackGate {
   void close();
   // Waits until no callback runs. Not to be called from inside a callback.
   void drain();
+  // Closed, and no callback runs: none ever will.
+  bool isOver();
 
   // Whether the calling thread is inside a callback of any service: it must not wait for anything
   // then.
@@ -40,4 +46,35 @@ class CallbackGate {
   Condition mDrained;
   bool mClosed ORB_GUARDED_BY(mMutex) = false;
   unsigned mRunning ORB_GUARDED_BY(mMutex) = 0;
+};
+
+// The closed gates of one service behind which callbacks may still run, one gate for each time that
+// the service was enabled. Who disables the service on a thread of the application waits for all of
+// them: what an earlier disable inside a callback has left running included. Any thread; mMutex
+// guards the list and is free while a gate is waited for.
+class ClosedGates {
+ public:
+  struct Entry {
+    std::shared_ptr<CallbackGate> gate;
+    uint64_t number = 0;
+  };
+  // One entry, with the memory that adding it takes.
+  using Place = std::list<Entry>;
+
+  static Place placeFor(std::shared_ptr<CallbackGate> gate);
+  // Adds a gate that has just been closed and returns its number. Takes no memory.
+  uint64_t add(Place place);
+  // Waits until no callback runs behind the gates up to and with number @p last. Not to be called
+  // from inside a callback.
+  void await(uint64_t last);
+
+ private:
+  // Moves the gates that are over out of the list; they are freed after the lock.
+  Place takeOver() ORB_REQUIRES(mMutex);
+  // The oldest gate up to @p last that is not over.
+  std::shared_ptr<CallbackGate> firstUpTo(uint64_t last);
+
+  Mutex mMutex;
+  Place mGates ORB_GUARDED_BY(mMutex);  // oldest first
+  uint64_t mLastNumber ORB_GUARDED_BY(mMutex) = 0;
 };

@@ -33,25 +33,29 @@ class SdkBase {
   // What the daemon or the SDK client has to tell. On the receiver or the worker thread.
   virtual void blobListener(SdkClientBase::SdkStatus status, const std::vector<uint8_t>& blob) = 0;
 
+  // What a call changes in the object, applied under mLock in the moment in which the call is
+  // accepted: a refused one changes nothing. Throws nothing.
+  using Change = std::function<void()>;
+
   // Reaches the SDK client for @p type and hands it @p event; @p farewell is the cleanup event that
   // will be posted last. No: there is no client, which has been reported to a status callback.
-  // Left: the object was disabled meanwhile, a new one is needed. Throws for want of memory, with
-  // nothing changed.
+  // Left: the object was disabled meanwhile, a new one is needed; nothing was changed. Throws for
+  // want of memory, with nothing changed.
   Created createSdkInstance(OrbSdkClientType type, SdkClientBase::Listener listener,
                             std::shared_ptr<SdkClientEvent> event,
-                            std::shared_ptr<SdkClientEvent> farewell);
+                            std::shared_ptr<SdkClientEvent> farewell, const Change& change = {});
 
   bool hasClient();
-  // Posts a request; false when there is no client (any more).
-  bool post(std::shared_ptr<SdkClientEvent> event);
+  // Applies @p change and posts a request, if there is one; false, with neither done, when there is
+  // no client (any more).
+  bool accept(const Change& change, std::shared_ptr<SdkClientEvent> event = nullptr);
 
   // First half of disable: closes the gate, posts the farewell as the last event and gives the
   // client away. Empty when there is no client. The second half is finishLeaving().
   std::shared_ptr<SdkDeparture> beginLeaving();
-  // Waits for callbacks under way and for the retirement of the type; from inside a callback it
-  // hands that to a thread of the library and returns at once.
-  static void finishLeaving(const std::shared_ptr<SdkBase>& object,
-                            const std::shared_ptr<SdkDeparture>& departure);
+  // Waits for the retirement of the type; from inside a callback it leaves that to a thread of the
+  // library and returns at once.
+  static void finishLeaving(const std::shared_ptr<SdkDeparture>& departure);
 
  protected:
   std::shared_ptr<SdkClient> client();
@@ -60,10 +64,11 @@ class SdkBase {
   StatusV2Callback mBaseStatusV2Cb ORB_GUARDED_BY(mLock) = nullptr;
 
   Mutex mLock;
-  CallbackGate mGate;
+  // Shared, because it may be waited for after the object is gone.
+  const std::shared_ptr<CallbackGate> mGate = std::make_shared<CallbackGate>();
 
  private:
-  void reportNoClient();
+  void reportNoClient(StatusCallback status, StatusV2Callback statusV2);
   // Waits until no creation is under way, or until there is no more point in that.
   void awaitSettled(UniqueLock& lock) ORB_REQUIRES(mLock);
 

@@ -2,6 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "CallbackGate.h"
 
+#include <utility>
+
 namespace {
 
 thread_local int tCallbackDepth = 0;
@@ -35,4 +37,45 @@ void CallbackGate::drain() {
   mDrained.wait(lock, [this]() ORB_REQUIRES(mMutex) { return mRunning == 0; });
 }
 
+bool CallbackGate::isOver() {
+  const LockGuard lock(mMutex);
+  return mClosed && mRunning == 0;
+}
+
 bool CallbackGate::insideCallback() { return tCallbackDepth > 0; }
+
+ClosedGates::Place ClosedGates::placeFor(std::shared_ptr<CallbackGate> gate) {
+  Place place(1);
+  place.front().gate = std::move(gate);
+  return place;
+}
+
+ClosedGates::Place ClosedGates::takeOver() {
+  Place over;
+  for (auto each = mGates.begin(); each != mGates.end();) {
+    const auto next = std::next(each);
+    if (each->gate->isOver()) over.splice(over.end(), mGates, each);
+    each = next;
+  }
+  return over;
+}
+
+uint64_t ClosedGates::add(Place place) {
+  Place over;
+  const LockGuard lock(mMutex);
+  over = takeOver();
+  place.front().number = ++mLastNumber;
+  mGates.splice(mGates.end(), place);
+  return mLastNumber;
+}
+
+std::shared_ptr<CallbackGate> ClosedGates::firstUpTo(uint64_t last) {
+  Place over;
+  const LockGuard lock(mMutex);
+  over = takeOver();
+  return mGates.empty() || mGates.front().number > last ? nullptr : mGates.front().gate;
+}
+
+void ClosedGates::await(uint64_t last) {
+  while (const auto gate = firstUpTo(last)) gate->drain();
+}

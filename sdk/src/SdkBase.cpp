@@ -6,47 +6,56 @@
 
 #include "HardStop.h"
 #include "SdkClient.h"
-#include "Thread.h"
+
+namespace {
+
+// Made before the lock: what is posted under it takes no memory.
+SdkClientBase::Posting postingOf(std::shared_ptr<SdkClientEvent> event) {
+  return event ? SdkClientBase::prepare(std::move(event)) : SdkClientBase::Posting();
+}
+
+}  // namespace
 
 SdkBase::~SdkBase() = default;
 
 SdkBase::Created SdkBase::createSdkInstance(OrbSdkClientType type, SdkClientBase::Listener listener,
                                             std::shared_ptr<SdkClientEvent> event,
-                                            std::shared_ptr<SdkClientEvent> farewell) {
+                                            std::shared_ptr<SdkClientEvent> farewell,
+                                            const Change& change) {
   auto departure = std::make_shared<SdkDeparture>(std::move(farewell));
+  auto posting = postingOf(event);
   {
     UniqueLock lock(mLock);
     awaitSettled(lock);
     if (mLeft) return Created::Left;
     if (mCreating) return Created::No;  // by a thread that is ending the process
+    if (change) change();
     if (!mDeparture) mDeparture = std::move(departure);
     if (mClient) {
-      if (event) mClient->postEvent(std::move(event));
+      if (!posting.empty()) mClient->post(std::move(posting));
       return Created::Yes;
     }
     mCreating = true;
   }
   auto client = SdkClient::getInstance(type, std::move(listener), std::move(event));
   const bool created = client != nullptr;
-  {
-    const LockGuard lock(mLock);
-    mCreating = false;
-    mClient = std::move(client);
-  }
-  mCreated.notify_all();
-  if (!created) reportNoClient();
-  return created ? Created::Yes : Created::No;
-}
-
-void SdkBase::reportNoClient() {
   StatusCallback status = nullptr;
   StatusV2Callback statusV2 = nullptr;
   {
     const LockGuard lock(mLock);
+    mCreating = false;
+    mClient = std::move(client);
+    // Before the next thread tries with callbacks of its own.
     status = mStatusIndCb;
     statusV2 = mBaseStatusV2Cb;
   }
-  const CallbackGate::Pass pass(mGate);
+  mCreated.notify_all();
+  if (!created) reportNoClient(status, statusV2);
+  return created ? Created::Yes : Created::No;
+}
+
+void SdkBase::reportNoClient(StatusCallback status, StatusV2Callback statusV2) {
+  const CallbackGate::Pass pass(*mGate);
   if (!pass) return;
   if (statusV2) {
     statusV2(STATUS_V2_INTERNAL_ERROR);
@@ -67,38 +76,31 @@ std::shared_ptr<SdkClient> SdkBase::client() {
   return mClient;
 }
 
-bool SdkBase::post(std::shared_ptr<SdkClientEvent> event) {
+bool SdkBase::accept(const Change& change, std::shared_ptr<SdkClientEvent> event) {
+  auto posting = postingOf(std::move(event));
   UniqueLock lock(mLock);
   awaitSettled(lock);
-  if (mClient) mClient->postEvent(std::move(event));
-  return mClient != nullptr;
+  if (!mClient) return false;
+  if (change) change();
+  if (!posting.empty()) mClient->post(std::move(posting));
+  return true;
 }
 
 std::shared_ptr<SdkDeparture> SdkBase::beginLeaving() {
   const LockGuard lock(mLock);
   if (!mClient) return nullptr;
   mLeft = true;
-  mGate.close();
+  mGate->close();
   auto departure = std::move(mDeparture);
   mClient->beginDeparture(departure);
   mClient.reset();  // the departure holds the client: ours is never the last reference
   return departure;
 }
 
-void SdkBase::finishLeaving(const std::shared_ptr<SdkBase>& object,
-                            const std::shared_ptr<SdkDeparture>& departure) {
-  const auto finish = [object, departure] {
-    object->mGate.drain();
-    SdkClient::finishDeparture(*departure);
-  };
-  if (!CallbackGate::insideCallback()) {
-    finish();
-    return;
-  }
-  std::thread closer;
-  if (startThread(closer, "orb-closer", finish)) {
-    closer.detach();
+void SdkBase::finishLeaving(const std::shared_ptr<SdkDeparture>& departure) {
+  if (CallbackGate::insideCallback()) {
+    SdkClient::watchDeparture(departure);
   } else {
-    SdkClient::abandonDeparture(*departure);
+    SdkClient::finishDeparture(*departure);
   }
 }

@@ -26,6 +26,8 @@ struct LceNames {
   static constexpr const char* kDestroy = "destroySdfClient";
   static constexpr const char* kCreateWithoutCallback = "cb function null";
   static constexpr const char* kDestroying = "Distroy";
+  // Whether a create without a client tells its own callback.
+  static constexpr bool kCreateTells = false;
   static constexpr uint8_t kEndpoint = 105;
   static constexpr uint8_t kSdkType = orbsim::kSdkTypeLce;
 

@@ -30,6 +30,8 @@ struct LliNames {
   static constexpr const char* kDestroy = "destroyLliClient";
   static constexpr const char* kCreateWithoutCallback = "cb function null";
   static constexpr const char* kDestroying = "Destroy";
+  // Whether a create without a client tells its own callback.
+  static constexpr bool kCreateTells = true;
   static constexpr uint8_t kEndpoint = 107;
   static constexpr uint8_t kSdkType = orbsim::kSdkTypeLli;
 

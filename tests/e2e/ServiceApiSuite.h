@@ -152,11 +152,27 @@ TYPED_TEST_P(ServiceApi, EnableThatGetsNoClientReportsInternalErrorBeforeItRetur
   this->enable();  // gives the object its client, so that it goes with the test
 }
 
-TYPED_TEST_P(ServiceApi, CreateThatGetsNoClientSaysSoInItsResultAlone) {
+// LCE's callback hears nothing: the result alone tells.
+TYPED_TEST_P(ServiceApi, CreateThatGetsNoClientTellsItsCallbackUnlessItIsLce) {
+  const typename TestFixture::CallList none;
+  const typename TestFixture::CallList told = {{"v2", STATUS_V2_INTERNAL_ERROR, {}}};
   {
     const FewDescriptors few(kManagerDescriptors);
     EXPECT_EQ(-1, TypeParam::create(this->onV2));
-    EXPECT_TRUE(this->calls().empty());
+    EXPECT_EQ(this->calls(), TypeParam::kCreateTells ? told : none);
+  }
+  this->enable();
+}
+
+TYPED_TEST_P(ServiceApi, CreateThatGetsNoClientTellsOneOfTwoCallbacks) {
+  const typename TestFixture::CallList second = {{"v2", STATUS_V2_INTERNAL_ERROR, {}}};
+  const typename TestFixture::CallList first = {{"status", STATUS_INTERNAL_ERROR, {}}};
+  {
+    const FewDescriptors few(kManagerDescriptors);
+    EXPECT_EQ(0, TypeParam::enable(this->onStatus));
+    this->clearCalls();
+    EXPECT_EQ(-1, TypeParam::create(this->onV2));
+    EXPECT_EQ(this->calls(), TypeParam::kCreateTells ? second : first);
   }
   this->enable();
 }
@@ -220,7 +236,8 @@ REGISTER_TYPED_TEST_SUITE_P(ServiceApi, DisableBeforeEnableIsRefused, DestroyBef
                             RequestsWithoutCallbackAreRefusedSilentlyAndSendNothing,
                             AcceptedRequestsAreSilent, EnableAgainReplacesTheCallbackAndAsksAgain,
                             EnableThatGetsNoClientReportsInternalErrorBeforeItReturns,
-                            CreateThatGetsNoClientSaysSoInItsResultAlone,
+                            CreateThatGetsNoClientTellsItsCallbackUnlessItIsLce,
+                            CreateThatGetsNoClientTellsOneOfTwoCallbacks,
                             WithoutClientRequestsAreRefusedAndDisableReportsToBoth,
                             LostConnectionIsReportedToBothAndTheNextEnableFindsTheDaemonAgain,
                             RefusedHandshakeIsOneServiceDownAndTheNextRequestTriesAgain);

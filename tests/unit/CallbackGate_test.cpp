@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <future>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -111,6 +113,76 @@ TEST(CallbackGate, NoCallbackRunsAfterCloseAndDrain) {
   drained = true;
   for (std::thread& thread : threads) thread.join();
   EXPECT_FALSE(late);
+}
+
+class ClosedGatesTest : public testing::Test {
+ protected:
+  // A callback behind a gate that has just been closed; it runs until leave().
+  struct Running {
+    explicit Running(ClosedGates& gates) : mPass(new CallbackGate::Pass(*gate)) {
+      gate->close();
+      number = gates.add(ClosedGates::placeFor(gate));
+    }
+    void leave() { mPass.reset(); }
+
+    const std::shared_ptr<CallbackGate> gate = std::make_shared<CallbackGate>();
+    uint64_t number = 0;
+
+   private:
+    std::unique_ptr<CallbackGate::Pass> mPass;
+  };
+
+  // Waits on another thread, which is not inside a callback.
+  std::future<void> await(uint64_t last) {
+    return std::async(std::launch::async, [this, last] { mGates.await(last); });
+  }
+  static bool waits(const std::future<void>& waiter) {
+    return waiter.wait_for(std::chrono::milliseconds(20)) == std::future_status::timeout;
+  }
+
+  ClosedGates mGates;
+};
+
+TEST_F(ClosedGatesTest, NothingToWaitForAtFirst) { mGates.await(~uint64_t{0}); }
+
+TEST_F(ClosedGatesTest, IdleGateIsNotWaitedFor) {
+  const auto gate = std::make_shared<CallbackGate>();
+  gate->close();
+  const std::weak_ptr<CallbackGate> known = gate;
+  mGates.await(mGates.add(ClosedGates::placeFor(gate)));
+  EXPECT_EQ(1, known.use_count()) << "it is not kept";
+}
+
+TEST_F(ClosedGatesTest, CallbackOfAFormerTimeIsWaitedFor) {
+  Running former(mGates);
+  Running own(mGates);
+  EXPECT_LT(former.number, own.number);
+  auto waiter = await(own.number);
+  own.leave();
+  EXPECT_TRUE(waits(waiter));
+  former.leave();
+  waiter.get();
+}
+
+TEST_F(ClosedGatesTest, CallbackOfALaterTimeIsNot) {
+  Running own(mGates);
+  Running later(mGates);
+  auto waiter = await(own.number);
+  EXPECT_TRUE(waits(waiter));
+  own.leave();
+  waiter.get();
+  later.leave();
+}
+
+TEST_F(ClosedGatesTest, SeveralMayWaitForOneCallback) {
+  Running former(mGates);
+  Running own(mGates);
+  auto one = await(former.number);
+  auto other = await(own.number);
+  own.leave();
+  former.leave();
+  one.get();
+  other.get();
 }
 
 }  // namespace

@@ -45,14 +45,14 @@ class SdkBaseTest : public ::testing::Test {
   static std::shared_ptr<SdkClientEvent> farewell() {
     return std::make_shared<SdkClientEvent>(OrbSdkClientType::LCE, std::vector<uint8_t>(), true);
   }
-  SdkBase::Created create() {
+  SdkBase::Created create(const SdkBase::Change& change = {}) {
     return mService->createSdkInstance(
         OrbSdkClientType::LCE, [](SdkClientBase::SdkStatus, const std::vector<uint8_t>&) {},
-        nullptr, farewell());
+        nullptr, farewell(), change);
   }
   bool leave() {
     const auto departure = mService->beginLeaving();
-    if (departure) SdkBase::finishLeaving(mService, departure);
+    if (departure) SdkBase::finishLeaving(departure);
     return departure != nullptr;
   }
 
@@ -61,8 +61,29 @@ class SdkBaseTest : public ::testing::Test {
 
 TEST_F(SdkBaseTest, HasNoClientAtFirst) {
   EXPECT_FALSE(mService->hasClient());
-  EXPECT_FALSE(mService->post(farewell()));
+  EXPECT_FALSE(mService->accept({}, farewell()));
   EXPECT_FALSE(leave());
+}
+
+TEST_F(SdkBaseTest, RefusedCallChangesNothing) {
+  bool changed = false;
+  const SdkBase::Change change = [&] { changed = true; };
+  EXPECT_FALSE(mService->accept(change));
+  ASSERT_EQ(SdkBase::Created::Yes, create());
+  ASSERT_TRUE(leave());
+  EXPECT_FALSE(mService->accept(change, farewell()));
+  EXPECT_EQ(SdkBase::Created::Left, create(change));
+  EXPECT_FALSE(changed);
+}
+
+TEST_F(SdkBaseTest, AcceptedCallChangesWhatItStores) {
+  int changes = 0;
+  const SdkBase::Change change = [&] { ++changes; };
+  ASSERT_EQ(SdkBase::Created::Yes, create(change));
+  EXPECT_EQ(1, changes);
+  EXPECT_TRUE(mService->accept(change));
+  EXPECT_EQ(SdkBase::Created::Yes, create(change));
+  EXPECT_EQ(3, changes);
 }
 
 TEST_F(SdkBaseTest, ObtainsAClientAndKeepsIt) {
@@ -107,7 +128,7 @@ TEST_F(SdkBaseTest, ObjectThatHasLeftTakesNothingMore) {
   ASSERT_EQ(SdkBase::Created::Yes, create());
   EXPECT_TRUE(leave());
   EXPECT_FALSE(mService->hasClient());
-  EXPECT_FALSE(mService->post(farewell()));
+  EXPECT_FALSE(mService->accept({}, farewell()));
   EXPECT_EQ(SdkBase::Created::Left, create());
   EXPECT_FALSE(leave());
 }

@@ -59,6 +59,9 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   // callback under way) is freed by closing the connection; a healthy one is told the farewell
   // before. Bounded: returns well within half a second.
   static void finishDeparture(SdkDeparture& departure);
+  // The second half for a caller who may not wait: a thread of the library sees to it that the
+  // worker is freed in time.
+  static void watchDeparture(const std::shared_ptr<SdkDeparture>& departure);
   // Instead of the second half when nobody can wait for the worker, which retires the type when it
   // gets there: a connection that stands gets the farewell and is closed here and now.
   static void abandonDeparture(SdkDeparture& departure);
@@ -82,12 +85,13 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   static std::shared_ptr<SdkClient> startInstance(OrbSdkClientType type, Listener listener,
                                                   std::shared_ptr<SdkClientEvent> event);
   void cancelJoining(OrbSdkClientType type);
-  bool mayBidFarewell(SdkDeparture& departure);
-  void bidFarewell(SdkDeparture& departure, const Session& session);
+  bool awaitTurnEnd(OrbSdkClientType type);
+  static void sayFarewell(SdkDeparture& departure, const Session& session);
   void addListener(OrbSdkClientType type);
   Session sessionLeavingWith(const SdkDeparture& departure);
   // The oldest departure of @p type, or empty.
   std::shared_ptr<SdkDeparture> firstDeparture(OrbSdkClientType type) const ORB_REQUIRES(mLock);
+  std::shared_ptr<SdkDeparture> takeFirstDeparture(OrbSdkClientType type) ORB_REQUIRES(mLock);
   Session createOrbSdkClient(ProcessId id);
   Session sessionOf(OrbSdkClientType type);
   Session sessionToConnect(OrbSdkClientType type);
@@ -109,12 +113,12 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
    private:
     SdkClient& mClient;
     bool mGranted = false;
+    std::shared_ptr<SdkDeparture> mFarewellOf;  // set when the blob is its farewell
   };
 
   // Guarded by mLock.
   OrbSdkClientType mSending ORB_GUARDED_BY(mLock) = OrbSdkClientType::None;  // whose turn it is
   Condition mTurnEnded;
   std::map<ProcessId, Session> mOrbIpcSession ORB_GUARDED_BY(mLock);
-  using Departures = std::list<std::shared_ptr<SdkDeparture>>;
-  Departures mDepartures ORB_GUARDED_BY(mLock);  // of all types, oldest first
+  SdkDeparture::Place mDepartures ORB_GUARDED_BY(mLock);  // of all types, oldest first
 };

@@ -120,10 +120,13 @@ SdkClient::SendTurn::SendTurn(SdkClient& client, OrbSdkClientType type,
   mGranted = !departure || !departure->patienceOver();
   if (!mGranted) return;
   client.mSending = type;
-  if (departure && blob == departure->mFarewell->blob) departure->mFarewellSaid = true;
+  if (departure && blob == departure->mFarewell->blob && departure->claimFarewell()) {
+    mFarewellOf = departure;
+  }
 }
 
 SdkClient::SendTurn::~SendTurn() {
+  if (mFarewellOf) mFarewellOf->noteFarewellSaid();
   {
     const LockGuard lock(mClient.mLock);
     mClient.mSending = OrbSdkClientType::None;

@@ -7,6 +7,7 @@
 #include <new>
 #include <utility>
 
+#include "DepartureWatch.h"
 #include "HardStop.h"
 #include "Log.h"
 #include "NeverDestroyed.h"
@@ -214,34 +215,45 @@ void SdkClient::finishDeparture(SdkDeparture& departure) {
   if (departure.wasLast()) departure.mClient->mLife->awaitEnd(kThreadEnd);
 }
 
+void SdkClient::watchDeparture(const std::shared_ptr<SdkDeparture>& departure) {
+  departure->startPatience(kPatience);
+  DepartureWatch::add(departure);
+}
+
 void SdkClient::abandonDeparture(SdkDeparture& departure) {
   departure.startPatience(std::chrono::milliseconds(0));
-  departure.mClient->wakeForUncounted();  // lest the worker does not know of the farewell
-  if (const Session session = departure.mClient->sessionLeavingWith(departure)) {
-    departure.mClient->bidFarewell(departure, session);
+  SdkClient& client = *departure.mClient;
+  client.wakeForUncounted();  // lest the worker does not know of the farewell
+  if (const Session session = client.sessionLeavingWith(departure)) {
+    if (client.awaitTurnEnd(departure.mType)) sayFarewell(departure, session);
     session->beginClose();
   }
 }
 
-// Whether the farewell is still to be said. The worker gets no further turn for a type without
-// patience; a turn under way is waited for, unless it does not come to its end.
-bool SdkClient::mayBidFarewell(SdkDeparture& departure) {
-  if (departure.mFarewell->silent) return false;
+// The worker gets no further turn for a type without patience. A turn under way is waited for,
+// unless it does not come to its end.
+bool SdkClient::awaitTurnEnd(OrbSdkClientType type) {
   UniqueLock lock(mLock);
-  const bool free = mTurnEnded.wait_for(
-      lock, kTurnEnd, [&]() ORB_REQUIRES(mLock) { return mSending != departure.mType; });
-  return free && !std::exchange(departure.mFarewellSaid, true);
+  return mTurnEnded.wait_for(lock, kTurnEnd,
+                             [&]() ORB_REQUIRES(mLock) { return mSending != type; });
 }
 
-// In the worker's stead, when that is busy: the type's connection may be as healthy as ever.
-void SdkClient::bidFarewell(SdkDeparture& departure, const Session& session) {
+// Before a connection is closed for a type without patience, which may be as healthy as ever: on
+// the thread that has no patience with the worker, or on the worker that comes too late for its
+// turn. Whoever comes second waits for the first one, so that nobody closes in between.
+void SdkClient::sayFarewell(SdkDeparture& departure, const Session& session) {
+  if (departure.mFarewell->silent) return;
+  if (!departure.claimFarewell()) {
+    departure.awaitFarewell();
+    return;
+  }
   try {
-    if (!mayBidFarewell(departure)) return;
     SendBlobMessage message(convertSdkTypeToIpc(departure.mType), departure.mFarewell->blob);
     session->sendAtOnce(message);
   } catch (const std::bad_alloc&) {
     // The connection is closed all the same.
   }
+  departure.noteFarewellSaid();
 }
 
 // The connection of the type as long as it is @p departure's: once the worker has retired that one,
@@ -259,9 +271,19 @@ bool SdkClient::isLeaving(OrbSdkClientType type) {
 }
 
 std::shared_ptr<SdkDeparture> SdkClient::firstDeparture(OrbSdkClientType type) const {
+  for (const auto& departure : mDepartures) {
+    if (departure->mType == type) return departure;
+  }
+  return nullptr;
+}
+
+std::shared_ptr<SdkDeparture> SdkClient::takeFirstDeparture(OrbSdkClientType type) {
   const auto found = std::find_if(mDepartures.begin(), mDepartures.end(),
                                   [type](const auto& each) { return each->mType == type; });
-  return found == mDepartures.end() ? nullptr : *found;
+  if (found == mDepartures.end()) return nullptr;
+  auto departure = std::move(*found);
+  mDepartures.erase(found);
+  return departure;
 }
 
 // On the worker, after the farewell of @p type. Ends the connection and, with the last type, makes
@@ -281,9 +303,9 @@ bool SdkClient::retireType(OrbSdkClientType type) {
       session.swap(found->second);
       mOrbIpcSession.erase(found);
     }
-    departure = firstDeparture(type);
-    mDepartures.remove(departure);
+    departure = takeFirstDeparture(type);
   }
+  if (session && departure) sayFarewell(*departure, session);
   if (session) session->beginClose();
   if (last) SDK_LOG_AS(kSdkClientTag, kUnit, kDestroyInstance, "cleaning mInstance");
   if (departure) departure->complete(std::move(session), last);

@@ -2,12 +2,12 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "SdkDeparture.h"
 
+#include <algorithm>
 #include <utility>
 
 SdkDeparture::SdkDeparture(std::shared_ptr<SdkClientEvent> farewell)
     : mFarewell(std::move(farewell)),
       mType(mFarewell->type),
-      mPlace(1),
       mPosting(SdkClientBase::prepare(mFarewell)) {}
 
 void SdkDeparture::startPatience(std::chrono::milliseconds patience) {
@@ -18,6 +18,35 @@ void SdkDeparture::startPatience(std::chrono::milliseconds patience) {
 bool SdkDeparture::patienceOver() const {
   const LockGuard lock(mMutex);
   return Clock::now() >= mPatienceEnd;
+}
+
+bool SdkDeparture::awaitPatience() {
+  Clock::time_point end;
+  {
+    const LockGuard lock(mMutex);
+    end = mPatienceEnd;
+  }
+  const auto left = end - Clock::now();
+  return await(std::chrono::ceil<std::chrono::milliseconds>(std::max(left, Clock::duration(0))));
+}
+
+bool SdkDeparture::claimFarewell() {
+  const LockGuard lock(mMutex);
+  if (mFarewellState != Farewell::Open) return false;
+  mFarewellState = Farewell::Claimed;
+  return true;
+}
+
+void SdkDeparture::noteFarewellSaid() {
+  const LockGuard lock(mMutex);
+  mFarewellState = Farewell::Said;
+  mFarewellTried.notify_all();
+}
+
+void SdkDeparture::awaitFarewell() {
+  UniqueLock lock(mMutex);
+  mFarewellTried.wait(
+      lock, [this]() ORB_REQUIRES(mMutex) { return mFarewellState != Farewell::Claimed; });
 }
 
 void SdkDeparture::complete(std::shared_ptr<OrbIpcClientSession> session, bool last) {

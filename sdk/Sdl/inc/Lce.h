@@ -25,10 +25,13 @@ class Lce : public ServiceOf<Lce> {
 
  protected:
   void handleBlob(const std::vector<uint8_t>& blob) override;
+  void forgetRequests() override;
 
  private:
+  class NewId;
+  using PendingCriteria = std::map<uint32_t, LceReportingCriteriaCb>;
+
   uint32_t getNextUniqueId();
-  void forget(uint32_t id);
   void handleAsyncResult(const LceProto::ClientMsg& message);
   template <class Report>
   void handleReport(const Report& report, const LceEstimationReportCb& cb,
@@ -37,5 +40,5 @@ class Lce : public ServiceOf<Lce> {
   LceEstimationReportCb mEstimationReportInd = nullptr;
   LceEstimationReportCb mLastEstimationReportCb = nullptr;
   std::unordered_set<uint32_t> mUsedIds;  // issued and not yet answered
-  std::map<uint32_t, LceReportingCriteriaCb> mPendingCriteriaCbs;
+  PendingCriteria mPendingCriteriaCbs;
 };

@@ -11,15 +11,18 @@
 #include "LogPoint.h"
 #include "Mutex.h"
 #include "NeverDestroyed.h"
+#include "Process.h"
 #include "SdkBase.h"
 
 class Service;
 
-// The one place that holds a service's present object. lock guards instance and is held for
-// look-ups and changes only. Lives for ever: threads may come while the process exits.
+// The one place that holds a service's present object, and the gates of its former ones as long as
+// callbacks run behind them. lock guards instance and is held for look-ups and changes only. Lives
+// for ever: threads may come while the process exits.
 struct ServiceSlot {
   Mutex lock;
   std::shared_ptr<Service> instance ORB_GUARDED_BY(lock);
+  ClosedGates closedGates;
 
   std::shared_ptr<Service> get() {
     const LockGuard guard(lock);
@@ -96,6 +99,9 @@ struct ReportPoints {
 struct ServiceTable {
   OrbSdkClientType type;
   LogSource source;
+  // Where create keeps its callback. One that is kept in the base's slot is told when there is no
+  // client.
+  SdkBase::StatusV2Callback Service::*statusV2;
   ServiceSlot& (*slot)();
   std::shared_ptr<Service> (*make)();
   std::vector<uint8_t> (*enableMessage)(bool enable);
@@ -138,30 +144,20 @@ class Service : public SdkBase {
   static std::shared_ptr<S> ready(const ServiceTable& table, const RequestPoints& points) {
     return std::static_pointer_cast<S>(readyService(table, points));
   }
-  // Serialises and posts a request; the request function's result.
+  // The process in which the library was used first. What a forked child has of it cannot be used:
+  // its threads are not there, and its connections are the parent's.
+  static ProcessMark mUsedIn;
+
+  // Serialises and posts a request; the request function's result. @p change is what it stores.
   template <class Message>
-  int64_t request(const Message& message) {
-    return post(std::make_shared<SdkClientEvent>(mTable.type, serialise(message))) ? kRequestDone
-                                                                                   : kNoService;
-  }
-  // The same, and a request that cannot be made or posted leaves nothing behind: @p undo takes back
-  // what was stored for it.
-  template <class Message, class Undo>
-  int64_t request(const Message& message, const Undo& undo) {
-    try {
-      if (request(message) == kRequestDone) return kRequestDone;
-    } catch (...) {
-      undo();
-      throw;
-    }
-    undo();
-    return kNoService;
+  int64_t request(const Message& message, const Change& change = {}) {
+    auto event = std::make_shared<SdkClientEvent>(mTable.type, serialise(message));
+    return accept(change, std::move(event)) ? kRequestDone : kNoService;
   }
   // Stores @p cb, for the answers, and makes the request.
   template <class Callback, class Message>
   int64_t requestFor(Callback& member, Callback cb, const Message& message) {
-    const Callback former = store(member, cb);
-    return request(message, [&] { store(member, former); });
+    return request(message, [&member, cb] { member = cb; });
   }
   // The request for the latest report, in the service's own types.
   template <class Message, auto EventId, class Callback>
@@ -174,8 +170,7 @@ class Service : public SdkBase {
   // Stores @p cb for reports that come by themselves; nothing is sent.
   template <class Callback>
   int64_t registerFor(Callback& member, Callback cb) {
-    store(member, cb);
-    return kRequestDone;
+    return accept([&member, cb] { member = cb; }) ? kRequestDone : kNoService;
   }
   template <class Message>
   static std::vector<uint8_t> serialise(const Message& message) {
@@ -197,6 +192,9 @@ class Service : public SdkBase {
  protected:
   // A message of the service.
   virtual void handleBlob(const std::vector<uint8_t>& blob) = 0;
+  // The service was disabled: what waits for answers is given back, however long the SDK client
+  // still holds the object.
+  virtual void forgetRequests() {}
 
   // Reads @p blob; one that does not parse reads as the default message, whatever came before the
   // error.
@@ -231,7 +229,7 @@ class Service : public SdkBase {
   // Calls @p callback, a member, with @p arguments unless it is not set or the service is disabled.
   template <class Callback, class... Arguments>
   bool callBack(const Callback& callback, Arguments&&... arguments) {
-    const CallbackGate::Pass pass(mGate);
+    const CallbackGate::Pass pass(*mGate);
     const Callback present = pass ? read(callback) : nullptr;
     if (present) present(std::forward<Arguments>(arguments)...);
     return present != nullptr;
@@ -241,24 +239,21 @@ class Service : public SdkBase {
     const LockGuard lock(mLock);
     return member;
   }
-  template <class Member>
-  Member store(Member& member, Member value) {
-    const LockGuard lock(mLock);
-    return std::exchange(member, value);
-  }
+
+  StatusV2Callback mStatusV2Cb = nullptr;
 
  private:
   template <class Callback>
   static bool open(const ServiceTable& table, const OpeningPoints& points,
                    Callback Service::*member, Callback cb);
-  static Created joinClient(const std::shared_ptr<Service>& object);
+  static Created joinClient(const std::shared_ptr<Service>& object, const Change& change);
   static bool close(const ServiceTable& table, const ClosingPoints& points);
   static std::shared_ptr<Service> readyService(const ServiceTable& table,
                                                const RequestPoints& points);
   static std::shared_ptr<Service> obtain(const ServiceTable& table);
 
   const ServiceTable& mTable;
-  StatusV2Callback mStatusV2Cb = nullptr;
+  ClosedGates::Place mGatePlace = ClosedGates::placeFor(mGate);  // used up by close()
 };
 
 // What a service's class has of its own by being a class: its slot, its maker and its table.

@@ -60,6 +60,7 @@ constexpr struct {
 const ServiceTable Lce::kTable{
     OrbSdkClientType::LCE,
     kSource,
+    &Lce::mStatusV2Cb,
     &Lce::mInstance,
     &Lce::make,
     &Service::enableMessage<LceProto::ServiceMsg, LceProto::ENABLE>,
@@ -82,26 +83,48 @@ uint32_t Lce::getNextUniqueId() {
   return id;
 }
 
-void Lce::forget(uint32_t id) {
-  const LockGuard lock(mLock);
-  mPendingCriteriaCbs.erase(id);
-  mUsedIds.erase(id);
-}
+// Out of the used ids again, unless a request has been made with it.
+class Lce::NewId {
+ public:
+  explicit NewId(Lce& lce) : mLce(lce) {
+    const LockGuard lock(lce.mLock);
+    mId = lce.getNextUniqueId();
+  }
+  NewId(const NewId&) = delete;
+  NewId& operator=(const NewId&) = delete;
+  ~NewId() {
+    if (mTaken) return;
+    const LockGuard lock(mLce.mLock);
+    mLce.mUsedIds.erase(mId);
+  }
+  uint32_t value() const { return mId; }
+  void take() { mTaken = true; }
+
+ private:
+  Lce& mLce;
+  uint32_t mId = 0;
+  bool mTaken = false;
+};
 
 int64_t Lce::setReportingCriteria(const LceReportingCriteria& criteria, LceReportingCriteriaCb cb) {
-  uint32_t id = 0;
-  {
-    const LockGuard lock(mLock);
-    id = getNextUniqueId();
-    try {
-      mPendingCriteriaCbs.emplace(id, cb);
-    } catch (...) {
-      mUsedIds.erase(id);
-      throw;
-    }
-  }
-  const int64_t result = request(criteriaMessage(criteria, id), [&] { forget(id); });
-  return result == kRequestDone ? id : result;
+  NewId id(*this);
+  // Made before the request is accepted, for then nothing may fail any more.
+  PendingCriteria one;
+  one.emplace(id.value(), cb);
+  auto pending = one.extract(id.value());
+  const int64_t result = request(criteriaMessage(criteria, id.value()),
+                                 [&] { mPendingCriteriaCbs.insert(std::move(pending)); });
+  if (result != kRequestDone) return result;
+  id.take();
+  return id.value();
+}
+
+void Lce::forgetRequests() {
+  PendingCriteria pending;  // freed after the lock
+  std::unordered_set<uint32_t> ids;
+  const LockGuard lock(mLock);
+  pending.swap(mPendingCriteriaCbs);
+  ids.swap(mUsedIds);
 }
 
 int64_t Lce::getLastEstimationReport(LceEstimationReportCb cb) {
@@ -188,6 +211,6 @@ void Lce::handleAsyncResult(const LceProto::ClientMsg& message) {
     log(kAsync.noCallback);
     return;
   }
-  const CallbackGate::Pass pass(mGate);
+  const CallbackGate::Pass pass(*mGate);
   if (pass) cb(ClientLceUtils::protoReportingCriteriaStatusToClient(response.error()));
 }

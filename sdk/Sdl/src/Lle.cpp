@@ -48,6 +48,7 @@ LleEstimationReport toClient(const Report& report) {
 const ServiceTable Lle::kTable{
     OrbSdkClientType::LLE,
     kSource,
+    &Lle::mBaseStatusV2Cb,
     &Lle::mInstance,
     &Lle::make,
     &Service::enableMessage<LleProto::ServiceMsg, LleProto::ENABLE>,

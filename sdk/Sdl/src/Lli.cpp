@@ -24,6 +24,7 @@ constexpr ReportPoints kIndication{
 const ServiceTable Lli::kTable{
     OrbSdkClientType::LLI,
     kSource,
+    &Lli::mBaseStatusV2Cb,
     &Lli::mInstance,
     &Lli::make,
     &Service::enableMessage<LliProto::ServiceMsg, LliProto::ENABLE>,

@@ -8,6 +8,8 @@
 #include "SdkClient.h"
 #include "StatusConversion.h"
 
+ProcessMark Service::mUsedIn;
+
 Service::Service(const ServiceTable& table) : mTable(table) { log(table.constructed); }
 
 Service::~Service() {
@@ -17,6 +19,7 @@ Service::~Service() {
 }
 
 std::shared_ptr<Service> Service::obtain(const ServiceTable& table) {
+  mUsedIn.setOnce();
   ServiceSlot& slot = table.slot();
   const LockGuard lock(slot.lock);
   try {
@@ -49,21 +52,19 @@ bool Service::open(const ServiceTable& table, const OpeningPoints& points,
       reportFailure(cb);
       return false;
     }
-    const Callback former = object->store(*object.*member, cb);
     try {
-      const Created created = joinClient(object);
+      const Created created = joinClient(object, [&object, member, cb] { *object.*member = cb; });
       // An object that another thread has just disabled is out of its slot: the next one is new.
       if (created != Created::Left) return created == Created::Yes;
     } catch (const std::bad_alloc&) {
-      object->store(*object.*member, former);
-      const CallbackGate::Pass pass(object->mGate);
+      const CallbackGate::Pass pass(*object->mGate);
       if (pass) reportFailure(cb);
       return false;
     }
   }
 }
 
-SdkBase::Created Service::joinClient(const std::shared_ptr<Service>& object) {
+SdkBase::Created Service::joinClient(const std::shared_ptr<Service>& object, const Change& change) {
   const ServiceTable& table = object->mTable;
   const auto listener = [object](SdkClientBase::SdkStatus status,
                                  const std::vector<uint8_t>& blob) {
@@ -71,7 +72,7 @@ SdkBase::Created Service::joinClient(const std::shared_ptr<Service>& object) {
   };
   return object->createSdkInstance(
       table.type, listener, std::make_shared<SdkClientEvent>(table.type, table.enableMessage(true)),
-      std::make_shared<SdkClientEvent>(table.type, table.enableMessage(false), true));
+      std::make_shared<SdkClientEvent>(table.type, table.enableMessage(false), true), change);
 }
 
 bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
@@ -79,13 +80,17 @@ bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
   ServiceSlot& slot = table.slot();
   std::shared_ptr<Service> object;
   std::shared_ptr<SdkDeparture> departure;
+  uint64_t gate = 0;
   // A creation under way is waited for here, with no lock held, and not below.
   if (const auto present = slot.get()) present->hasClient();
   {
     const LockGuard lock(slot.lock);
     object = slot.instance;
     if (object) departure = object->beginLeaving();
-    if (departure) slot.instance.reset();
+    if (departure) {
+      slot.instance.reset();
+      gate = slot.closedGates.add(std::move(object->mGatePlace));
+    }
   }
   if (!object) {
     points.noInstance.print(table.source);
@@ -96,7 +101,9 @@ bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
     object->handleStatusInd(STATUS_INTERNAL_ERROR);
     return false;
   }
-  finishLeaving(object, departure);
+  object->forgetRequests();
+  if (!CallbackGate::insideCallback()) slot.closedGates.await(gate);
+  finishLeaving(departure);
   return true;
 }
 
@@ -105,7 +112,7 @@ bool Service::enable(const ServiceTable& table, StatusCallback cb) {
 }
 
 bool Service::create(const ServiceTable& table, StatusV2Callback cb) {
-  return open(table, table.create, &Service::mStatusV2Cb, cb);
+  return open(table, table.create, table.statusV2, cb);
 }
 
 bool Service::disable(const ServiceTable& table) { return close(table, table.disable); }
@@ -127,7 +134,8 @@ std::shared_ptr<Service> Service::readyService(const ServiceTable& table,
 // Not analysed: read() locks around the members that it is handed.
 void Service::handleStatusInd(status_e status) ORB_NO_THREAD_ANALYSIS {
   callBack(mStatusIndCb, status);
-  if (read(mStatusV2Cb)) callBack(mStatusV2Cb, orb::utils::statusToStatusV2(status));
+  const StatusV2Callback& statusV2 = this->*mTable.statusV2;
+  if (read(statusV2)) callBack(statusV2, orb::utils::statusToStatusV2(status));
 }
 
 void Service::blobListener(SdkClientBase::SdkStatus status, const std::vector<uint8_t>& blob) {
