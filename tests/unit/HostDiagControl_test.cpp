@@ -63,8 +63,6 @@ size_t controlThreads() {
 class HostDiagControlTest : public testing::Test {
  protected:
   HostDiagControlTest() {
-    unsetenv("ORB_DIAG_FILE");
-    setenv("ORB_DIAG_SOCKET", socket.c_str(), 1);
     received = {};
     diag.init(nullptr);
   }
@@ -72,6 +70,16 @@ class HostDiagControlTest : public testing::Test {
     diag.deinit();
     unsetenv("ORB_DIAG_FILE");
     unsetenv("ORB_DIAG_SOCKET");
+  }
+  // Another libdiag from now on, which finds the variable so.
+  void loadWith(const char* variable, const char* value) {
+    diag.deinit();
+    value != nullptr ? setenv(variable, value, 1) : unsetenv(variable);
+    diag = HostDiag();
+  }
+  void startWith(const char* variable, const std::string& value) {
+    loadWith(variable, value.c_str());
+    diag.init(nullptr);
   }
   // What arrives on standard error meanwhile.
   template <typename Action>
@@ -84,23 +92,29 @@ class HostDiagControlTest : public testing::Test {
   const TempDirectory directory;
   const std::string socket = directory / "control";
   const std::string file = directory / "packets";
-  const HostDiag diag;
+  HostDiag diag = load();
+
+ private:
+  HostDiag load() const {
+    unsetenv("ORB_DIAG_FILE");
+    setenv("ORB_DIAG_SOCKET", socket.c_str(), 1);
+    return HostDiag();
+  }
 };
 
-// First in this program: nothing has been switched yet.
 TEST_F(HostDiagControlTest, AFileIsEnoughForPacketsToBeWanted) {
   EXPECT_EQ(0, diag.status(0x1E15));
   EXPECT_EQ("ok off, to nowhere: 0 written, 0 dropped", ask(socket, "status"));
-  setenv("ORB_DIAG_FILE", file.c_str(), 1);
+  startWith("ORB_DIAG_FILE", file);
   EXPECT_EQ(1, diag.status(0x1E15));
   EXPECT_EQ("ok on, to " + file + ": 0 written, 0 dropped", ask(socket, "status"));
-  setenv("ORB_DIAG_FILE", "-", 1);
+  startWith("ORB_DIAG_FILE", "-");
   EXPECT_EQ(1, diag.status(0x1E15));
   EXPECT_EQ("ok on, to standard error: 0 written, 0 dropped", ask(socket, "status"));
 }
 
 TEST_F(HostDiagControlTest, NothingInAPacketSteersATerminal) {
-  setenv("ORB_DIAG_FILE", "-", 1);
+  startWith("ORB_DIAG_FILE", "-");
   EXPECT_EQ("1E15 a?31m b?31m c??? gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x9B\xB0 ?\n",
             printed([&] {
               diag.put(
@@ -113,7 +127,7 @@ TEST_F(HostDiagControlTest, NothingInAPacketSteersATerminal) {
 
 TEST_F(HostDiagControlTest, NothingInAReplySteersATerminal) {
   const std::string odd = directory / "\033[31m\xC2\x9B\x9B\x7F\xC3\xBC";
-  setenv("ORB_DIAG_FILE", odd.c_str(), 1);
+  startWith("ORB_DIAG_FILE", odd);
   EXPECT_NE(std::string::npos, ask(socket, "status").find(odd));
   ASSERT_EQ(0, std::system((ORBDIAG " status >'" + file + "'").c_str()));
   const std::string reply = readFile(file);
@@ -121,7 +135,7 @@ TEST_F(HostDiagControlTest, NothingInAReplySteersATerminal) {
 }
 
 TEST_F(HostDiagControlTest, PacketsAreLinesOnATerminal) {
-  setenv("ORB_DIAG_FILE", "-", 1);
+  startWith("ORB_DIAG_FILE", "-");
   EXPECT_EQ("1E15 first line\n00AB tab? escape?[31m\n", printed([&] {
               diag.put("first line");
               diag.put("tab\t escape\033[31m", 0xAB);
@@ -129,18 +143,18 @@ TEST_F(HostDiagControlTest, PacketsAreLinesOnATerminal) {
 }
 
 TEST_F(HostDiagControlTest, TextThatFillsItsPacketIsShownWhole) {
-  setenv("ORB_DIAG_FILE", "-", 1);
+  startWith("ORB_DIAG_FILE", "-");
   const std::string text(512, 'x');
   EXPECT_EQ("1E15 " + text + "\n", printed([&] { diag.put(text); }));
 }
 
 TEST_F(HostDiagControlTest, PacketWithoutTextIsAnEmptyLine) {
-  setenv("ORB_DIAG_FILE", "-", 1);
+  startWith("ORB_DIAG_FILE", "-");
   EXPECT_EQ("1E15 \n", printed([&] { diag.commit(diag.alloc(0x1E15, 12)); }));
 }
 
 TEST_F(HostDiagControlTest, SwitchDecidesWhateverTheFileSays) {
-  setenv("ORB_DIAG_FILE", file.c_str(), 1);
+  startWith("ORB_DIAG_FILE", file);
   EXPECT_EQ(0u, ask(socket, "off").find("ok off, to " + file));
   EXPECT_EQ(0, diag.status(0x1E15));
   EXPECT_EQ(0u, ask(socket, "on").find("ok on, to " + file));
@@ -164,13 +178,15 @@ TEST_F(HostDiagControlTest, StatusCountsWhatWasWrittenAndDropped) {
                              &written, &dropped));
     return std::make_pair(written, dropped);
   };
+  startWith("ORB_DIAG_FILE", file);
   const auto before = counts();
-  setenv("ORB_DIAG_FILE", file.c_str(), 1);
   diag.put("one");
   diag.put("two");
-  setenv("ORB_DIAG_FILE", "/nonexistent/file", 1);
+  unlink(file.c_str());
+  ASSERT_EQ(0, mkdir(file.c_str(), 0700));  // which nobody can write to
   diag.put("three");
   EXPECT_EQ(std::make_pair(before.first + 2, before.second + 1), counts());
+  rmdir(file.c_str());
 }
 
 TEST_F(HostDiagControlTest, CommandReachesItsHandlerOnTheControlThread) {
@@ -304,9 +320,7 @@ TEST_F(HostDiagControlTest, DescriptorsAreCloseOnExec) {
 }
 
 TEST_F(HostDiagControlTest, ProcessIdStandsInForItsMark) {
-  diag.deinit();
-  setenv("ORB_DIAG_SOCKET", (directory / "%p.%p").c_str(), 1);
-  diag.init(nullptr);
+  startWith("ORB_DIAG_SOCKET", directory / "%p.%p");
   const std::string pid = std::to_string(getpid());
   EXPECT_EQ(0u, ask(directory / (pid + "." + pid), "status").find("ok "));
 }
@@ -336,21 +350,29 @@ TEST_F(HostDiagControlTest, FileInTheWayStays) {
 }
 
 TEST_F(HostDiagControlTest, PathThatCannotBeServedIsToldAndDoneWithout) {
-  diag.deinit();
   for (const auto& [path, reason] :
        {std::make_pair(std::string("/nonexistent/socket"), "No such file or directory"),
         std::make_pair("/" + std::string(200, 'x'), "File name too long")}) {
-    setenv("ORB_DIAG_SOCKET", path.c_str(), 1);
+    loadWith("ORB_DIAG_SOCKET", path.c_str());
     EXPECT_EQ("libdiag: cannot serve " + path + ": " + reason + "\n",
               printed([&] { EXPECT_EQ(1, diag.init(nullptr)); }));
   }
   EXPECT_EQ(0u, controlThreads());
 }
 
-TEST_F(HostDiagControlTest, NothingIsServedWithoutAPath) {
+TEST_F(HostDiagControlTest, VariablesCountAsTheyWereAtTheStart) {
+  startWith("ORB_DIAG_FILE", file);
   diag.deinit();
+  setenv("ORB_DIAG_FILE", "-", 1);
+  setenv("ORB_DIAG_SOCKET", (directory / "later").c_str(), 1);
+  diag.init(nullptr);
+  EXPECT_EQ("ok on, to " + file + ": 0 written, 0 dropped", ask(socket, "status"));
+  EXPECT_FALSE(exists(directory / "later"));
+}
+
+TEST_F(HostDiagControlTest, NothingIsServedWithoutAPath) {
   for (const char* path : {"", static_cast<const char*>(nullptr)}) {
-    path != nullptr ? setenv("ORB_DIAG_SOCKET", path, 1) : unsetenv("ORB_DIAG_SOCKET");
+    loadWith("ORB_DIAG_SOCKET", path);
     EXPECT_EQ("", printed([&] { EXPECT_EQ(1, diag.init(nullptr)); }));
     EXPECT_EQ(0u, controlThreads());
   }

@@ -4,7 +4,6 @@
 
 #include <diag/diag.h>
 #include <dirent.h>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -19,9 +18,10 @@
 #include <sstream>
 #include <string>
 
+#include "FreshLibrary.h"
 #include "UniqueFd.h"
 
-// The desktop's libdiag as a program sees it: opened as the shared library it is. It stays open.
+// The desktop's libdiag as a program sees it: loaded as the shared library it is, each time anew.
 struct HostDiag {
   template <typename Function>
   Function find(const char* symbol) const {
@@ -33,14 +33,13 @@ struct HostDiag {
     commit(packet);
   }
 
-  void* const library = dlopen(HOST_LIBDIAG, RTLD_NOW | RTLD_LOCAL);
-  const decltype(&Diag_LSM_Init) init = find<decltype(&Diag_LSM_Init)>("Diag_LSM_Init");
-  boolean (*const deinit)() = find<boolean (*)()>("Diag_LSM_DeInit");
-  const decltype(&diagpkt_tbl_reg) registerTable =
-      find<decltype(&diagpkt_tbl_reg)>("diagpkt_tbl_reg");
-  const decltype(&log_status) status = find<decltype(&log_status)>("log_status");
-  const decltype(&log_alloc) alloc = find<decltype(&log_alloc)>("log_alloc");
-  const decltype(&log_commit) commit = find<decltype(&log_commit)>("log_commit");
+  void* library = openFresh(HOST_LIBDIAG);
+  decltype(&Diag_LSM_Init) init = find<decltype(&Diag_LSM_Init)>("Diag_LSM_Init");
+  boolean (*deinit)() = find<boolean (*)()>("Diag_LSM_DeInit");
+  decltype(&diagpkt_tbl_reg) registerTable = find<decltype(&diagpkt_tbl_reg)>("diagpkt_tbl_reg");
+  decltype(&log_status) status = find<decltype(&log_status)>("log_status");
+  decltype(&log_alloc) alloc = find<decltype(&log_alloc)>("log_alloc");
+  decltype(&log_commit) commit = find<decltype(&log_commit)>("log_commit");
 };
 
 // A directory of its own that goes with the test, with what is in it.

@@ -3,7 +3,6 @@
 //
 // The desktop stand-ins of the platform's libraries, opened as the shared libraries they are.
 #include <diag/diag.h>
-#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -15,12 +14,9 @@
 #include <string>
 #include <vector>
 
-namespace {
+#include "FreshLibrary.h"
 
-template <typename Function>
-Function find(void* library, const char* symbol) {
-  return reinterpret_cast<Function>(dlsym(library, symbol));
-}
+namespace {
 
 std::string readAll(int fd) {
   std::string all;
@@ -65,26 +61,42 @@ class Redirected {
 
 class HostPlatformTest : public testing::Test {
  protected:
-  explicit HostPlatformTest(const char* path) : mLibrary(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
-    EXPECT_NE(nullptr, mLibrary) << dlerror();
+  explicit HostPlatformTest(const char* path) : mPath(path) {
     for (const char* name : kVariables) unsetenv(name);
+    load();
   }
   ~HostPlatformTest() override {
     for (const char* name : kVariables) unsetenv(name);
   }
 
+  // Once more, with the environment as it is now.
+  void load() { mLibrary = openFresh(mPath); }
+  void loadWith(const char* variable, const char* value) {
+    setenv(variable, value, 1);
+    load();
+  }
+  template <typename Function>
+  Function find(const char* symbol) const {
+    return reinterpret_cast<Function>(dlsym(mLibrary, symbol));
+  }
+
+ private:
   static constexpr const char* kVariables[] = {"ORB_LOG_LEVEL",       "NO_COLOR",
                                                "ORB_DIAG_FILE",       "ORB_DIAG_SOCKET",
                                                "ORB_PROPERTIES_FILE", "a_b_c"};
-  void* const mLibrary;  // stays open: the libraries stay for the life of a process
+  const char* const mPath;
+  void* mLibrary = nullptr;
 };
 
 class HostLogTest : public HostPlatformTest {
  protected:
   HostLogTest() : HostPlatformTest(HOST_LIBLOG) {}
 
-  using Print = int (*)(int, const char*, const char*, ...);
-  const Print print = find<Print>(mLibrary, "__android_log_print");
+  template <typename... Values>
+  void print(int level, const char* tag, const char* format, Values... values) const {
+    find<int (*)(int, const char*, const char*, ...)>("__android_log_print")(level, tag, format,
+                                                                             values...);
+  }
 
   static std::string pid() {
     char text[16];
@@ -129,7 +141,7 @@ TEST_F(HostLogTest, LevelVariableHidesWhatIsBelow) {
   } kCases[] = {{"V", "VDIWEF"}, {"D", "DIWEF"}, {"I", "IWEF"}, {"W", "WEF"},
                 {"E", "EF"},     {"F", "F"},     {"S", ""},     {"", "VDIWEF"}};
   for (const auto& c : kCases) {
-    setenv("ORB_LOG_LEVEL", c.level, 1);
+    loadWith("ORB_LOG_LEVEL", c.level);
     TempFile out;
     {
       const Redirected redirected(out.fd());
@@ -140,6 +152,18 @@ TEST_F(HostLogTest, LevelVariableHidesWhatIsBelow) {
       expected += *letter + ("/orb     " + pid()) + ": text\n";
     EXPECT_EQ(expected, out.text()) << c.level;
   }
+}
+
+TEST_F(HostLogTest, LevelVariableCountsAsItWasAtTheStart) {
+  loadWith("ORB_LOG_LEVEL", "E");
+  setenv("ORB_LOG_LEVEL", "S", 1);
+  TempFile out;
+  {
+    const Redirected redirected(out.fd());
+    print(5, "orb", "text");
+    print(6, "orb", "text");
+  }
+  EXPECT_EQ("E/orb     " + pid() + ": text\n", out.text());
 }
 
 TEST_F(HostLogTest, TerminalGetsColorUnlessNoColorIsSet) {
@@ -159,7 +183,7 @@ TEST_F(HostLogTest, TerminalGetsColorUnlessNoColorIsSet) {
     return std::string(text, size > 0 ? static_cast<size_t>(size) : 0);
   };
   EXPECT_EQ("\033[31mE/orb     " + pid() + ": text\033[0m\r\n", printed());
-  setenv("NO_COLOR", "1", 1);
+  loadWith("NO_COLOR", "1");
   EXPECT_EQ("E/orb     " + pid() + ": text\r\n", printed());
   close(terminal);
   close(master);
@@ -176,51 +200,71 @@ class HostPropertiesTest : public HostPlatformTest {
     return value;
   }
 
-  using Get = int (*)(const char*, char*, const char*);
-  using GetBool = int8_t (*)(const char*, int8_t);
-  const Get propertyGet = find<Get>(mLibrary, "property_get");
-  const GetBool propertyGetBool = find<GetBool>(mLibrary, "property_get_bool");
+  int propertyGet(const char* key, char* value, const char* fallback) const {
+    return find<int (*)(const char*, char*, const char*)>("property_get")(key, value, fallback);
+  }
+  int propertyGetBool(const char* key, int8_t fallback) const {
+    return find<int8_t (*)(const char*, int8_t)>("property_get_bool")(key, fallback);
+  }
 };
 
 TEST_F(HostPropertiesTest, MissingPropertyGivesTheDefault) {
   EXPECT_EQ("fallback", get("fallback"));
   EXPECT_EQ("", get(nullptr));
-  setenv("ORB_PROPERTIES_FILE", "/nonexistent/file", 1);
+  loadWith("ORB_PROPERTIES_FILE", "/nonexistent/file");
   EXPECT_EQ("fallback", get("fallback"));
 }
 
 TEST_F(HostPropertiesTest, FileHasKeyValueLines) {
   TempFile file;
   file.write("# a.b.c=comment\nother=1\nnothing\na.b.c.d=2\na.b.c = first\na.b.c=a=b \n");
-  setenv("ORB_PROPERTIES_FILE", file.path(), 1);
+  loadWith("ORB_PROPERTIES_FILE", file.path());
   EXPECT_EQ("a=b", get("fallback"));
 }
 
 TEST_F(HostPropertiesTest, EnvironmentComesBeforeTheFile) {
   TempFile file;
   file.write("a.b.c=file\n");
-  setenv("ORB_PROPERTIES_FILE", file.path(), 1);
+  loadWith("ORB_PROPERTIES_FILE", file.path());
   EXPECT_EQ("file", get("fallback"));
-  setenv("a_b_c", "environment", 1);
+  loadWith("a_b_c", "environment");
   EXPECT_EQ("environment", get("fallback"));
 }
 
+TEST_F(HostPropertiesTest, FileIsReadByEveryCall) {
+  TempFile file;
+  loadWith("ORB_PROPERTIES_FILE", file.path());
+  EXPECT_EQ("fallback", get("fallback"));
+  file.write("a.b.c=first\n");
+  EXPECT_EQ("first", get("fallback"));
+  file.write("a.b.c=second\n");
+  EXPECT_EQ("second", get("fallback"));
+}
+
+TEST_F(HostPropertiesTest, EnvironmentCountsAsItWasAtTheStart) {
+  loadWith("a_b_c", "at the start");
+  setenv("a_b_c", "later", 1);
+  EXPECT_EQ("at the start", get("fallback"));
+  unsetenv("a_b_c");
+  EXPECT_EQ("at the start", get("fallback"));
+}
+
 TEST_F(HostPropertiesTest, LongValueIsCutToWhatFits) {
-  setenv("a_b_c", std::string(200, 'x').c_str(), 1);
+  loadWith("a_b_c", std::string(200, 'x').c_str());
   EXPECT_EQ(std::string(91, 'x'), get(""));
 }
 
 TEST_F(HostPropertiesTest, TruthHasFiveSpellings) {
   for (const char* text : {"1", "y", "yes", "on", "true"}) {
-    setenv("a_b_c", text, 1);
+    loadWith("a_b_c", text);
     EXPECT_EQ(1, propertyGetBool("a.b.c", 0)) << text;
   }
   for (const char* text : {"0", "n", "no", "off", "false"}) {
-    setenv("a_b_c", text, 1);
+    loadWith("a_b_c", text);
     EXPECT_EQ(0, propertyGetBool("a.b.c", 1)) << text;
   }
   for (const char* text : {"", "2", "True", "yess"}) {
-    setenv("a_b_c", text, 1);
+    loadWith("a_b_c", text);
     EXPECT_EQ(1, propertyGetBool("a.b.c", 1)) << text;
     EXPECT_EQ(0, propertyGetBool("a.b.c", 0)) << text;
   }
@@ -230,23 +274,24 @@ class HostDiagTest : public HostPlatformTest {
  protected:
   HostDiagTest() : HostPlatformTest(HOST_LIBDIAG) {}
 
-  using Status = unsigned char (*)(uint16_t);
-  using Alloc = void* (*)(uint16_t, unsigned);
-  using Commit = void (*)(void*);
-  const Status logStatus = find<Status>(mLibrary, "log_status");
-  const Alloc logAlloc = find<Alloc>(mLibrary, "log_alloc");
-  const Commit logCommit = find<Commit>(mLibrary, "log_commit");
+  int logStatus(uint16_t code) const {
+    return find<unsigned char (*)(uint16_t)>("log_status")(code);
+  }
+  void* logAlloc(uint16_t code, unsigned size) const {
+    return find<void* (*)(uint16_t, unsigned)>("log_alloc")(code, size);
+  }
+  void logCommit(void* packet) const { find<void (*)(void*)>("log_commit")(packet); }
 };
 
 TEST_F(HostDiagTest, NobodyListensWithoutAFile) {
   EXPECT_EQ(0, logStatus(0x1E15));
-  setenv("ORB_DIAG_FILE", "", 1);
+  loadWith("ORB_DIAG_FILE", "");
   EXPECT_EQ(0, logStatus(0x1E15));
 }
 
 TEST_F(HostDiagTest, PacketsAreAppendedToTheFile) {
   TempFile file;
-  setenv("ORB_DIAG_FILE", file.path(), 1);
+  loadWith("ORB_DIAG_FILE", file.path());
   EXPECT_EQ(1, logStatus(0x1E15));
   for (uint8_t i = 1; i <= 2; ++i) {
     auto* const packet = static_cast<uint8_t*>(logAlloc(0x1E15, 14));
@@ -265,9 +310,10 @@ TEST_F(HostDiagTest, PacketsAreAppendedToTheFile) {
 }
 
 TEST_F(HostDiagTest, PacketThatCannotBeWrittenIsDropped) {
-  setenv("ORB_DIAG_FILE", "/nonexistent/file", 1);
+  loadWith("ORB_DIAG_FILE", "/nonexistent/file");
   logCommit(logAlloc(0x1E15, 20));
   unsetenv("ORB_DIAG_FILE");
+  load();
   logCommit(logAlloc(0x1E15, 20));
 }
 
@@ -279,9 +325,9 @@ TEST_F(HostDiagTest, ImpossibleLengthsGetNoPacket) {
 TEST_F(HostDiagTest, RegistrationIsTaken) {
   using Init = unsigned char (*)(unsigned char*);
   using Register = void (*)(const void*);
-  EXPECT_EQ(1, find<Init>(mLibrary, "Diag_LSM_Init")(nullptr));
+  EXPECT_EQ(1, find<Init>("Diag_LSM_Init")(nullptr));
   static const diagpkt_user_table_type kTable = {0, 0xFF, 0x12, 0, 0, nullptr};
-  find<Register>(mLibrary, "diagpkt_tbl_reg")(&kTable);
+  find<Register>("diagpkt_tbl_reg")(&kTable);
 }
 
 }  // namespace

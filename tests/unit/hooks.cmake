@@ -24,9 +24,11 @@ foreach(test LogHook_test)
 endforeach()
 
 if(TARGET log)
-  target_compile_definitions(HostPlatform_test PRIVATE HOST_LIBLOG="$<TARGET_FILE:log>"
-    HOST_LIBCUTILS="$<TARGET_FILE:cutils>" HOST_LIBDIAG="$<TARGET_FILE:diag>")
-  add_dependencies(HostPlatform_test log cutils diag)
+  foreach(test HostEnvironment_test HostPlatform_test)
+    target_compile_definitions(${test} PRIVATE HOST_LIBLOG="$<TARGET_FILE:log>"
+      HOST_LIBCUTILS="$<TARGET_FILE:cutils>" HOST_LIBDIAG="$<TARGET_FILE:diag>")
+    add_dependencies(${test} log cutils diag)
+  endforeach()
   foreach(test HostDiagControl_test HostDiagTool_test)
     target_compile_definitions(${test} PRIVATE HOST_LIBDIAG="$<TARGET_FILE:diag>"
       ORBDIAG="$<TARGET_FILE:orbdiag>")

@@ -15,7 +15,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <mutex>
@@ -25,6 +24,7 @@
 #include <vector>
 
 #include "DiagRequest.h"
+#include "Environment.h"
 #include "UniqueFd.h"
 
 namespace diaghost {
@@ -63,9 +63,10 @@ Instance& instance() {
   return *object;
 }
 
+const char* const namedSocket = host::keptVariable("ORB_DIAG_SOCKET");
+
 std::string socketPath() {
-  const char* const text = std::getenv("ORB_DIAG_SOCKET");
-  std::string path(text != nullptr ? text : "");
+  std::string path(namedSocket != nullptr ? namedSocket : "");
   const std::string process = std::to_string(getpid());
   for (size_t at; (at = path.find("%p")) != std::string::npos;) path.replace(at, 2, process);
   return path;

@@ -2,10 +2,10 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// The control socket: the other side of the diagnostic service, for a person with `orbdiag`. While
-// ORB_DIAG_SOCKET names a path ("%p" in it stands for the process id) one thread listens there on a
-// socket of packets (SOCK_SEQPACKET) that only the same user may connect to. A connection carries
-// one request and its reply, both text:
+// The control socket: the other side of the diagnostic service, for a person with `orbdiag`. Where
+// ORB_DIAG_SOCKET names a path when the library is loaded ("%p" in it stands for the process id),
+// one thread listens there on a socket of packets (SOCK_SEQPACKET) that only the same user may
+// connect to. A connection carries one request and its reply, both text:
 //   on | off | status                        packets; the reply to status tells where they go
 //   command CODE SUBSYSTEM NUMBER PAYLOAD    numbers and payload in hexadecimal, payload may lack
 //   ok TEXT | error TEXT                     replies; a command's comes when it has run

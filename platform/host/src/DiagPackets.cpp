@@ -8,10 +8,10 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "DiagText.h"
+#include "Environment.h"
 #include "UniqueFd.h"
 
 namespace diaghost {
@@ -26,10 +26,11 @@ std::atomic<Switch> position{Switch::Untouched};
 std::atomic<unsigned long> written{0};
 std::atomic<unsigned long> dropped{0};
 
+const char* const namedFile = host::keptVariable("ORB_DIAG_FILE");
+
 // Null for nowhere. Who switches packets on without naming a file sees them on the terminal.
 const char* destination() {
-  const char* const path = std::getenv("ORB_DIAG_FILE");
-  if (path != nullptr && path[0] != '\0') return path;
+  if (namedFile != nullptr && namedFile[0] != '\0') return namedFile;
   return position == Switch::On ? kTerminal : nullptr;
 }
 

@@ -7,8 +7,8 @@
 #include <string>
 
 // Whether packets are wanted, and where they go: appended to the file that ORB_DIAG_FILE names, or
-// as lines on standard error when that is "-". The variable is looked at for each packet. Any
-// thread may call; the state is a few atomics.
+// as lines on standard error when that is "-". The variable counts as it is when the library is
+// loaded. Any thread may call; the state is a few atomics.
 namespace diaghost {
 
 constexpr size_t kPacketHeaderSize = 12;

@@ -2,8 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
 // The platform log on a desktop: "D/tag     ( pid): text" lines on standard error, one write per
-// line so that lines of several threads and processes do not mix. Any thread may call it; there is
-// no state.
+// line so that lines of several threads and processes do not mix. Any thread may call it; what the
+// environment says when the library is loaded holds for good.
 //   ORB_LOG_LEVEL  lowest level shown: V, D, I, W, E, F, or S for none. Without it all are shown.
 //   NO_COLOR       no colour on a terminal.
 #include <android/log.h>
@@ -13,25 +13,29 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
+
+#include "Environment.h"
 
 namespace {
 
 constexpr char kLetters[] = "??VDIWEFS";
 
-int lowestLevelShown() {
-  const char* const wanted = std::getenv("ORB_LOG_LEVEL");
+int readLowestLevel() {
+  const char* const wanted = host::variable("ORB_LOG_LEVEL");
   if (wanted == nullptr || wanted[0] == '\0' || wanted[0] == '?') return ANDROID_LOG_UNKNOWN;
   const char* const found = std::strchr(kLetters, wanted[0]);
   return found != nullptr ? static_cast<int>(found - kLetters) : ANDROID_LOG_UNKNOWN;
 }
 
-bool wantsColor() {
-  const char* const no = std::getenv("NO_COLOR");
-  return (no == nullptr || no[0] == '\0') && isatty(STDERR_FILENO) == 1;
+bool readMayColor() {
+  const char* const no = host::variable("NO_COLOR");
+  return no == nullptr || no[0] == '\0';
 }
+
+const int lowestLevelShown = readLowestLevel();
+const bool mayColor = readMayColor();
 
 const char* colorOf(int level) {
   switch (level) {
@@ -54,7 +58,7 @@ int writeLine(int prio, const char* tag, const char* text, size_t size) {
   char head[160];
   std::snprintf(head, sizeof head, "%c/%-8s(%5d): ", prio < 0 ? '?' : kLetters[prio],
                 tag != nullptr ? tag : program_invocation_short_name, static_cast<int>(getpid()));
-  const bool color = wantsColor();
+  const bool color = mayColor && isatty(STDERR_FILENO) == 1;
   const iovec pieces[] = {piece(color ? colorOf(prio) : ""), piece(head), piece(text, size),
                           piece(color ? "\033[0m\n" : "\n")};
   ssize_t written = -1;
@@ -68,7 +72,7 @@ int writeLine(int prio, const char* tag, const char* text, size_t size) {
 
 // Lines of usual length are made without the heap, so that a signal handler may log.
 int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
-  if (prio < lowestLevelShown() || prio >= ANDROID_LOG_SILENT) return 0;
+  if (prio < lowestLevelShown || prio >= ANDROID_LOG_SILENT) return 0;
   char text[1024] = "";
   va_list args;
   va_start(args, fmt);

@@ -3,16 +3,19 @@
 //
 // System properties on a desktop. A property comes from the environment, its dots replaced by
 // underscores (persist_vendor_data_orb_logging=1), else from the file that ORB_PROPERTIES_FILE
-// names: lines of key=value, '#' begins a comment line, the last line of a key counts. Every call
-// looks again.
+// names: lines of key=value, '#' begins a comment line, the last line of a key counts. The
+// environment counts as it is when the library is loaded; into the file every call looks again.
 #include <cutils/properties.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <string>
+
+#include "Environment.h"
 
 namespace {
 
@@ -27,18 +30,33 @@ std::string trimmed(const std::string& text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+using Variables = std::map<std::string, std::string>;
+
+// Never destroyed: properties may be asked for while the process exits.
+const Variables& readVariables() {
+  auto& all = *new Variables;
+  for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+    const std::string name(*entry, std::strcspn(*entry, "="));
+    const char* const value = host::variable(name.c_str());
+    if (value != nullptr) all.emplace(name, value);
+  }
+  return all;
+}
+
+const Variables& variables = readVariables();
+
 bool findInEnvironment(const std::string& key, std::string& value) {
   std::string name(key);
   std::replace(name.begin(), name.end(), '.', '_');
-  const char* const text = std::getenv(name.c_str());
-  if (text != nullptr) value = text;
-  return text != nullptr;
+  const auto found = variables.find(name);
+  if (found != variables.end()) value = found->second;
+  return found != variables.end();
 }
 
 bool findInFile(const std::string& key, std::string& value) {
-  const char* const path = std::getenv("ORB_PROPERTIES_FILE");
-  if (path == nullptr) return false;
-  const std::unique_ptr<FILE, FileCloser> file(std::fopen(path, "re"));
+  const auto path = variables.find("ORB_PROPERTIES_FILE");
+  if (path == variables.end()) return false;
+  const std::unique_ptr<FILE, FileCloser> file(std::fopen(path->second.c_str(), "re"));
   if (file == nullptr) return false;
   bool found = false;
   char line[512];
