@@ -1,16 +1,48 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# What `cmake --install` gives: library, public headers, CMake package, pkg-config file.
+# What `cmake --install` gives: library, public headers, CMake package, pkg-config file. They find
+# each other from where they lie, so the prefix may be chosen late and be moved. An absolute folder for
+# libraries is where it is: the package lies below the prefix nevertheless, where it is looked for,
+# and the pkg-config file beside the libraries is told the prefix when it is installed.
 include(CMakePackageConfigHelpers)
-install(TARGETS OrbSdlSdk EXPORT OrbSdlSdkTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+
+install(TARGETS OrbSdlSdk EXPORT OrbSdlSdkTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+if(ORB_PLATFORM STREQUAL "host")
+  install(TARGETS orb_log orb_cutils orb_diag EXPORT OrbSdlSdkTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
 install(DIRECTORY include/orb DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
-set(ORB_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/OrbSdlSdk)
+
+# A folder as the pkg-config file names it.
+function(orb_pc_folder RESULT FOLDER)
+  if(NOT IS_ABSOLUTE ${FOLDER})
+    set(FOLDER "\${prefix}/${FOLDER}")
+  endif()
+  set(${RESULT} ${FOLDER} PARENT_SCOPE)
+endfunction()
+orb_pc_folder(ORB_PC_LIBDIR ${CMAKE_INSTALL_LIBDIR})
+orb_pc_folder(ORB_PC_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR})
+
+set(ORB_PC ${CMAKE_CURRENT_BINARY_DIR}/OrbSdlSdk.pc)
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+  set(ORB_PACKAGE_DIR lib/cmake/OrbSdlSdk)
+  set(ORB_PC_PREFIX @ORB_PC_PREFIX@)
+  configure_file(cmake/OrbSdlSdk.pc.in ${ORB_PC}.in @ONLY)
+  install(CODE "
+    set(ORB_PC_PREFIX \"\${CMAKE_INSTALL_PREFIX}\")
+    configure_file(\"${ORB_PC}.in\" \"${ORB_PC}\" @ONLY)")
+else()
+  set(ORB_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/OrbSdlSdk)
+  file(RELATIVE_PATH ORB_PC_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+  set(ORB_PC_PREFIX "\${pcfiledir}/${ORB_PC_PREFIX}")
+  configure_file(cmake/OrbSdlSdk.pc.in ${ORB_PC} @ONLY)
+endif()
+install(FILES ${ORB_PC} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
 install(EXPORT OrbSdlSdkTargets NAMESPACE OrbSdlSdk:: DESTINATION ${ORB_PACKAGE_DIR}
   FILE OrbSdlSdkConfig.cmake)
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/OrbSdlSdkConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
-configure_file(cmake/OrbSdlSdk.pc.in OrbSdlSdk.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/OrbSdlSdkConfigVersion.cmake
   DESTINATION ${ORB_PACKAGE_DIR})
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/OrbSdlSdk.pc
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

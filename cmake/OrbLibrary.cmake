@@ -26,18 +26,19 @@ add_library(OrbSdlSdk SHARED $<TARGET_OBJECTS:orb_objects> $<TARGET_OBJECTS:orb_
 add_library(OrbSdlSdk::OrbSdlSdk ALIAS OrbSdlSdk)
 set_target_properties(OrbSdlSdk PROPERTIES VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${ORB_EXPORTS} LINKER_LANGUAGE CXX)
-target_include_directories(OrbSdlSdk PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
-  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_include_directories(OrbSdlSdk PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
 target_link_libraries(OrbSdlSdk PRIVATE $<BUILD_INTERFACE:orb_proto_headers>
   $<BUILD_INTERFACE:OpenSSL::Crypto> Threads::Threads ${CMAKE_DL_LIBS})
 # nodelete: dlclose must never unmap code that one of the library's threads still runs.
 target_link_options(OrbSdlSdk PRIVATE -Wl,--version-script=${ORB_EXPORTS} -Wl,-z,nodelete)
-# The platform's libraries satisfy the log, property and diagnostic calls; which ones is the build's choice.
+orb_harden(orb_objects OrbSdlSdk)
+# The platform's libraries satisfy the log, property and diagnostic calls; which ones is the build's
+# choice. The device's are named as flags: another project's target may have such a name.
 if(ORB_PLATFORM STREQUAL "host")
   # The stand-ins are installed beside the library and found there.
   set_target_properties(OrbSdlSdk PROPERTIES INSTALL_RPATH "$ORIGIN")
-  target_link_libraries(OrbSdlSdk PRIVATE $<BUILD_INTERFACE:log> $<BUILD_INTERFACE:cutils>
-    $<BUILD_INTERFACE:diag>)
+  target_link_libraries(OrbSdlSdk PRIVATE $<BUILD_INTERFACE:orb_log> $<BUILD_INTERFACE:orb_cutils>
+    $<BUILD_INTERFACE:orb_diag>)
 else()
-  target_link_options(OrbSdlSdk PRIVATE -llog -lcutils -ldiag)
+  target_link_libraries(OrbSdlSdk PRIVATE -llog -lcutils -ldiag)
 endif()

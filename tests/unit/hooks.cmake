@@ -23,15 +23,15 @@ foreach(test LogHook_test)
   target_link_options(${test} PRIVATE -Wl,--disable-new-dtags,-rpath,.)
 endforeach()
 
-if(TARGET log)
+if(TARGET orb_log)
   foreach(test HostEnvironment_test HostPlatform_test)
-    target_compile_definitions(${test} PRIVATE HOST_LIBLOG="$<TARGET_FILE:log>"
-      HOST_LIBCUTILS="$<TARGET_FILE:cutils>" HOST_LIBDIAG="$<TARGET_FILE:diag>")
-    add_dependencies(${test} log cutils diag)
+    target_compile_definitions(${test} PRIVATE HOST_LIBLOG="$<TARGET_FILE:orb_log>"
+      HOST_LIBCUTILS="$<TARGET_FILE:orb_cutils>" HOST_LIBDIAG="$<TARGET_FILE:orb_diag>")
+    add_dependencies(${test} orb_log orb_cutils orb_diag)
   endforeach()
   foreach(test HostDiagControl_test HostDiagTool_test)
-    target_compile_definitions(${test} PRIVATE HOST_LIBDIAG="$<TARGET_FILE:diag>"
+    target_compile_definitions(${test} PRIVATE HOST_LIBDIAG="$<TARGET_FILE:orb_diag>"
       ORBDIAG="$<TARGET_FILE:orbdiag>")
-    add_dependencies(${test} diag orbdiag)
+    add_dependencies(${test} orb_diag orbdiag)
   endforeach()
 endif()

@@ -6,10 +6,7 @@
 // the socket that ORB_DIAG_SOCKET names (DiagControl.h). A packet is its 12-byte header,
 // little-endian (length of the whole packet, 16 bits; code, 16 bits; microseconds since 1970, 64
 // bits), and its body.
-#pragma GCC visibility push(default)
 #include <diag/diag.h>
-extern "C" boolean Diag_LSM_DeInit();
-#pragma GCC visibility pop
 
 #include <chrono>
 #include <cstdlib>
@@ -40,7 +37,7 @@ boolean Diag_LSM_Init(unsigned char*) {
 }
 
 // Ends what Diag_LSM_Init began. Not in the header, for the library has no use for it.
-boolean Diag_LSM_DeInit() {
+extern "C" boolean Diag_LSM_DeInit() {
   diaghost::stopControl();
   return 1;
 }

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <elf.h>
+#include <link.h>
+
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <vector>
+
+// A program or shared library for this machine, as the linker has left it: what its loader reads.
+// Belongs to whoever makes it; no thread, no lock.
+class ElfFile {
+ public:
+  explicit ElfFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    mBytes.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    if (!isElf()) return;
+    for (size_t i = 0; i < header().e_phnum; ++i)
+      mSegments.push_back(at<ElfW(Phdr)>(header().e_phoff + i * sizeof(ElfW(Phdr))));
+    for (size_t i = 0; i < header().e_shnum; ++i)
+      mSections.push_back(at<ElfW(Shdr)>(header().e_shoff + i * sizeof(ElfW(Shdr))));
+    for (const auto& section : mSections) {
+      if (section.sh_type == SHT_DYNAMIC) readEntries<ElfW(Dyn)>(section, mDynamic);
+      if (section.sh_type != SHT_DYNAMIC && section.sh_type != SHT_DYNSYM) continue;
+      mStrings = mSections[section.sh_link].sh_offset;
+      if (section.sh_type == SHT_DYNSYM) readEntries<ElfW(Sym)>(section, mSymbols);
+    }
+  }
+
+  bool isElf() const {
+    return mBytes.size() > sizeof(ElfW(Ehdr)) && std::memcmp(mBytes.data(), ELFMAG, SELFMAG) == 0;
+  }
+  const std::string& bytes() const { return mBytes; }
+  const ElfW(Ehdr) & header() const { return *reinterpret_cast<const ElfW(Ehdr)*>(mBytes.data()); }
+
+  // The segment of this type; null when there is none.
+  const ElfW(Phdr) * segment(ElfW(Word) type) const {
+    for (const auto& segment : mSegments)
+      if (segment.p_type == type) return &segment;
+    return nullptr;
+  }
+  bool isProgram() const { return segment(PT_INTERP) != nullptr; }
+
+  bool has(ElfW(Sxword) tag) const { return entry(tag) != nullptr; }
+  // 0 when there is no such entry.
+  ElfW(Xword) value(ElfW(Sxword) tag) const { return has(tag) ? entry(tag)->d_un.d_val : 0; }
+  std::string text(ElfW(Sxword) tag) const { return has(tag) ? string(value(tag)) : ""; }
+  std::set<std::string> texts(ElfW(Sxword) tag) const {
+    std::set<std::string> all;
+    for (const auto& one : mDynamic)
+      if (one.d_tag == tag) all.insert(string(one.d_un.d_val));
+    return all;
+  }
+
+  // What others may bind to; a version's own name, which is absolute, is none of it.
+  std::set<std::string> exported() const {
+    std::set<std::string> names;
+    for (const auto& symbol : mSymbols)
+      if (symbol.st_shndx != SHN_UNDEF && symbol.st_shndx != SHN_ABS) names.insert(nameOf(symbol));
+    return names;
+  }
+  std::set<std::string> imported() const {
+    std::set<std::string> names;
+    for (const auto& symbol : mSymbols)
+      if (symbol.st_shndx == SHN_UNDEF) names.insert(nameOf(symbol));
+    return names;
+  }
+  // The first four bytes of an exported function, as the processor of this machine reads them.
+  uint32_t firstInstruction(const std::string& function) const {
+    for (const auto& symbol : mSymbols) {
+      if (nameOf(symbol) != function) continue;
+      for (const auto& segment : mSegments) {
+        if (segment.p_type == PT_LOAD && symbol.st_value >= segment.p_vaddr &&
+            symbol.st_value < segment.p_vaddr + segment.p_filesz)
+          return at<uint32_t>(segment.p_offset + symbol.st_value - segment.p_vaddr);
+      }
+    }
+    return 0;
+  }
+  // Bits of the note by which the loader knows what all code of the file is fit for.
+  uint32_t features(uint32_t property) const {
+    const ElfW(Phdr)* const note = segment(PT_GNU_PROPERTY);
+    if (note == nullptr) return 0;
+    const size_t align = sizeof(ElfW(Addr));
+    size_t position = note->p_offset + sizeof(ElfW(Nhdr)) + 4;  // "GNU"
+    while (position + 12 <= note->p_offset + note->p_filesz) {
+      if (at<uint32_t>(position) == property) return at<uint32_t>(position + 8);
+      position += 8 + (at<uint32_t>(position + 4) + align - 1) / align * align;
+    }
+    return 0;
+  }
+
+ private:
+  template <typename T>
+  T at(size_t offset) const {
+    T value = {};
+    if (offset + sizeof(T) <= mBytes.size()) std::memcpy(&value, mBytes.data() + offset, sizeof(T));
+    return value;
+  }
+  template <typename T>
+  void readEntries(const ElfW(Shdr) & section, std::vector<T>& entries) const {
+    for (size_t i = 0; i < section.sh_size / sizeof(T); ++i)
+      entries.push_back(at<T>(section.sh_offset + i * sizeof(T)));
+  }
+  const ElfW(Dyn) * entry(ElfW(Sxword) tag) const {
+    for (const auto& one : mDynamic)
+      if (one.d_tag == tag) return &one;
+    return nullptr;
+  }
+  std::string string(size_t offset) const { return mBytes.c_str() + mStrings + offset; }
+  std::string nameOf(const ElfW(Sym) & symbol) const { return string(symbol.st_name); }
+
+  std::string mBytes;
+  std::vector<ElfW(Phdr)> mSegments;
+  std::vector<ElfW(Shdr)> mSections;
+  std::vector<ElfW(Dyn)> mDynamic;
+  std::vector<ElfW(Sym)> mSymbols;
+  size_t mStrings = 0;
+};
