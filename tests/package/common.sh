@@ -1,0 +1,34 @@
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+# What the tests of this folder share; each is given its folder to work in, CMake, and then the
+# project's sources.
+# shellcheck shell=bash disable=SC2034
+set -euo pipefail
+work=$1
+cmake=$2
+sources=$3
+export LC_ALL=C
+unset DESTDIR CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER PKG_CONFIG_PATH
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+
+fail() {
+  echo "FAILED: $*" >&2
+  exit 1
+}
+
+# Runs a command; what it says is shown when it fails.
+run() {
+  "$@" >"$work/log" 2>&1 || {
+    cat "$work/log" >&2
+    fail "$*"
+  }
+}
+
+# Configures a build with this one's tools: SOURCE, BUILD, options.
+configure() {
+  run "$cmake" -G Ninja -C "$work.cmake" -S "$1" -B "$2" "${@:3}"
+}
+
+rm -rf "$work"
+mkdir -p "$work"
+cd "$work"

@@ -1,0 +1,84 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+# Installs the library that BUILD has made, with a folder for libraries named in one of the ways in
+# which people do that, and uses it by pkg-config and by CMake: install.sh WORK CMAKE SOURCES BUILD
+# CC WAY.
+# shellcheck source-path=SCRIPTDIR source=common.sh
+. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+build=$4
+read -ra cc <<<"$5"
+way=$6
+
+prefix=$work/prefix
+options=()
+libraries=$prefix/lib
+case $way in
+  default) ;;
+  relative)
+    options=(-DCMAKE_INSTALL_LIBDIR=lib/x86_64-linux-gnu)
+    libraries=$prefix/lib/x86_64-linux-gnu
+    ;;
+  typed)
+    options=(-DCMAKE_INSTALL_LIBDIR:PATH=lib/x86_64-linux-gnu)
+    libraries=$prefix/lib/x86_64-linux-gnu
+    ;;
+  deep)
+    options=(-DCMAKE_INSTALL_LIBDIR:STRING=some/where/lib)
+    libraries=$prefix/some/where/lib
+    ;;
+  absolute)
+    options=("-DCMAKE_INSTALL_LIBDIR=$work/libraries")
+    libraries=$work/libraries
+    ;;
+  *) fail "no such way: $way" ;;
+esac
+
+# The files that were built already take the place of a build.
+configure "$sources" "$work/build" -DORB_BUILD_TOOLS=OFF -DORB_BUILD_EXAMPLES=OFF "${options[@]}"
+cp -a "$build"/libOrbSdlSdk.so* "$work/build/"
+cp -a "$build"/platform/host/lib*.so "$work/build/platform/host/"
+run "$cmake" --install "$work/build" --prefix "$prefix"
+
+for file in libOrbSdlSdk.so libOrbSdlSdk.so.1 liblog.so libcutils.so libdiag.so; do
+  [[ -e $libraries/$file ]] || fail "$file is not in $libraries: $(find "$work" -name "$file")"
+done
+[[ -e $prefix/include/orb/sdl.h ]] || fail "no headers in $prefix/include"
+strays=$(find "$work" -name '*.so*' -not -path "$work/build/*" -not -path "$libraries/*")
+[[ -z $strays ]] || fail "installed elsewhere, too: $strays"
+
+use_by_pkg_config() {
+  local variable expected flags
+  export PKG_CONFIG_PATH=$libraries/pkgconfig
+  for variable in includedir libdir; do
+    expected=$libraries
+    [[ $variable == libdir ]] || expected=$prefix/include
+    [[ $(realpath "$(pkg-config --variable=$variable OrbSdlSdk)") == "$expected" ]] ||
+      fail "$variable is $(pkg-config --variable=$variable OrbSdlSdk), not $expected"
+  done
+  read -ra flags <<<"$(pkg-config --cflags --libs OrbSdlSdk)"
+  run "${cc[@]}" "$here/consumer/consumer.c" -o "$work/by_pkg_config" "${flags[@]}" \
+    "-Wl,-rpath,$libraries"
+  run "$work/by_pkg_config"
+}
+
+use_by_cmake() {
+  # Which folders below a prefix CMake looks through depends on the system.
+  local place=-DOrbSdlSdk_DIR=$libraries/cmake/OrbSdlSdk
+  [[ $way != default && $way != absolute ]] || place=-DCMAKE_PREFIX_PATH=$prefix
+  configure "$here/consumer" "$work/by_cmake" "$place"
+  run "$cmake" --build "$work/by_cmake"
+  run "$work/by_cmake/consumer"
+}
+
+use_by_pkg_config
+if [[ $way != absolute ]]; then
+  # Whoever moves it finds everything where it is then.
+  mkdir "$work/moved"
+  mv "$prefix" "$work/moved/here"
+  libraries=$work/moved/here${libraries#"$prefix"}
+  prefix=$work/moved/here
+  use_by_pkg_config
+fi
+use_by_cmake
+rm -rf "$work"

@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+# Two builds in two folders, of sources in two folders, give the same bytes: reproducible.sh WORK CMAKE
+# SOURCES. The stand-ins are enough, all else has the same flags; that a built library names no folder
+# is seen by ElfFiles_test.
+# shellcheck source-path=SCRIPTDIR source=common.sh
+. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+first=$work/first/build
+second=$work/the/second/source/build
+mkdir -p "$work/the/second/source"
+(cd "$sources" && tar -c --exclude ./build --exclude ./.git .) | tar -x -C "$work/the/second/source"
+configure "$sources" "$first" -DCMAKE_BUILD_TYPE=RelWithDebInfo
+configure "$work/the/second/source" "$second" -DCMAKE_BUILD_TYPE=RelWithDebInfo
+for build in "$first" "$second"; do run "$cmake" --build "$build" --target orb_log orb_cutils; done
+for file in liblog.so libcutils.so; do
+  cmp "$first/platform/host/$file" "$second/platform/host/$file" || fail "$file differs"
+done
+rm -rf "$work"
