@@ -62,7 +62,7 @@ void changeEnvironment(int rounds) {
 }
 
 TEST(HostEnvironment, MayChangeWhileThreadsLog) {
-  constexpr int kRounds = 1000;
+  constexpr int kRounds = 200;
   setenv("ORB_DIAG_FILE", "/dev/null", 1);
   const auto print = find<decltype(__android_log_print)>(HOST_LIBLOG, "__android_log_print");
   const auto property = find<decltype(property_get)>(HOST_LIBCUTILS, "property_get");
