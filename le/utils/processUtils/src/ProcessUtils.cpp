@@ -13,6 +13,7 @@
 #include "IpcReceiver.h"
 #include "Log.h"
 #include "NeverDestroyed.h"
+#include "Process.h"
 #include "Thread.h"
 
 namespace {
@@ -31,8 +32,14 @@ GlobalsHolder& holder() {
   return instance.get();
 }
 
+// A forked child inherits this with its parent's locks: another thread may have held one at the
+// fork, and nobody gives it back there. The child has nothing to release.
 struct ReleaseAtExit {
+  ProcessMark process;
+
+  ReleaseAtExit() { process.set(); }
   ~ReleaseAtExit() {
+    if (!process.isHere()) return;
     std::shared_ptr<Globals> last;
     const LockGuard lock(holder().lock);
     last.swap(holder().globals);
