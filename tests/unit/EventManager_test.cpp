@@ -326,4 +326,44 @@ TEST_F(EventManagerTest, PassDispatchesFourDescriptorsAtMost) {
   while (recording::count("processRemove exit") == 0) pass();
 }
 
+// What the log has when a timer is due.
+struct AtTimer {
+  size_t calls = 0;
+  Entries lines;
+
+  static int onTimer(void* data) {
+    AtTimer& self = *static_cast<AtTimer*>(data);
+    ++self.calls;
+    for (const recording::Line& line : recording::lines()) {
+      self.lines.emplace_back(line.priority, line.text);
+    }
+    return -1;
+  }
+};
+
+TEST_F(EventManagerTest, PassThatWakesForARemovalAloneRunsTimersThenTheLoopThenTheRemoval) {
+  const int fd = idleFd();
+  mManager->addEventHandler(fd, Calls::onEvent, nullptr, nullptr, EPOLLIN);
+  mManager->removeEventHandler(fd, true, nullptr, nullptr);
+  AtTimer timerSaw;
+  OrbTimer timer(nullptr);
+  timer.addTimedCallback(0, AtTimer::onTimer, &timerSaw);
+  recording::clear();
+  mManager->processEvents(&timer);
+  EXPECT_EQ(1u, timerSaw.calls);
+  const Entries pass = {{3, "there are 1 file descriptor(s) with events pending"},
+                        {3, "processRemove enter"},
+                        {3, text("removing %d from epollFd", fd)},
+                        {3, text("Closed %d", fd)},
+                        {3, text("Clearing local update FD:%d", fd)},
+                        {3, "processRemove exit"}};
+  for (const Entry& line : timerSaw.lines) {
+    EXPECT_EQ(0, std::count(pass.begin(), pass.end(), line)) << line.second << " before the timer";
+  }
+  const Entries all = log();
+  ASSERT_LE(pass.size(), all.size());
+  EXPECT_EQ(pass, Entries(all.end() - static_cast<ptrdiff_t>(pass.size()), all.end()));
+  EXPECT_TRUE(isClosed(fd));
+}
+
 }  // namespace

@@ -80,6 +80,25 @@ TEST_F(OrbEventHandlerFaults, UncountedItemIsHandledWithTheNextCountedOne) {
   EXPECT_EQ(handledByOnePass(), (Numbers{1, 2}));
 }
 
+TEST_F(OrbEventHandlerFaults, UncountedItemIsNeverHandledIfNoWakeUpComes) {
+  const auto item = std::make_shared<int>(1);
+  failWrites(1, EBADF);
+  mHandler->postEvent(item);
+  EXPECT_EQ(2, item.use_count()) << "it is queued";
+  Calls others;
+  const int other = readyFd();
+  mManager->addEventHandler(other, Calls::onEvent, &others, nullptr, EPOLLIN);
+  for (int passes = 0; passes < 10; ++passes) {
+    mManager->wake();  // none of these is the handler's
+    EXPECT_EQ(handledByOnePass(), Numbers{});
+  }
+  EXPECT_EQ(10u, others.events.size());
+  EXPECT_EQ(2, item.use_count()) << "it still is";
+  mManager->removeEventHandler(other, true, nullptr, nullptr);
+  destroyHandler();
+  EXPECT_EQ(1, item.use_count()) << "dropped without being handled";
+}
+
 TEST_F(OrbEventHandlerFaults, ManyUncountedItemsKeepTheirOrder) {
   for (int number = 1; number <= 5; ++number) postUncounted(number);
   post(6);
