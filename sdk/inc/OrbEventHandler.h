@@ -34,7 +34,7 @@ class OrbEventHandler {
   OrbEventHandler(const char* name, OrbTimer* timer, EventManager* eventManager)
       : mTimer(timer),
         mEventManager(eventManager),
-        mEventFd(eventfd(0, EFD_SEMAPHORE | EFD_NONBLOCK | EFD_CLOEXEC)) {
+        mEventFd(aboveStandardStreams(eventfd(0, EFD_SEMAPHORE | EFD_NONBLOCK | EFD_CLOEXEC))) {
     UniqueFd ownUntilAdded(mEventFd);  // then the manager closes it
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "OrbEventHandler ctor");
     mEventManager->addEventHandler(mEventFd, cb, this, nullptr, EPOLLIN);

@@ -58,16 +58,16 @@ void RecursiveMutex::unlock() { pthread_mutex_unlock(&mMutex); }
 
 EventManager::EventManager() {
   __android_log_print(ANDROID_LOG_DEBUG, nullptr, "EventManager: ctor");
-  mEpollFd.reset(epoll_create1(EPOLL_CLOEXEC));
+  mEpollFd.reset(aboveStandardStreams(epoll_create1(EPOLL_CLOEXEC)));
   if (mEpollFd.get() == -1) {
     hardStop("Cannot create epoll instance");
   }
-  UniqueFd wakeFd(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
+  UniqueFd wakeFd(aboveStandardStreams(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)));
   if (wakeFd.get() == -1) {
     hardStop("Cannot create eventfd instance");
   }
   addEventHandler(wakeFd.get(), clearRead, nullptr, nullptr, kInternalEvents);
-  UniqueFd removeFd(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
+  UniqueFd removeFd(aboveStandardStreams(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)));
   if (removeFd.get() == -1) {
     hardStop("Cannot create removeFd instance");
   }

@@ -79,9 +79,7 @@ SharedSocket OrbIpcSession::openSocket() {
   }
   auto socket = std::make_shared<UniqueFd>();
   auto ended = std::make_shared<Semaphore>();
-  socket->reset(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  // No session is registered with descriptor 0, which an application without standard input leaves.
-  if (socket->get() == 0) socket->reset(fcntl(0, F_DUPFD_CLOEXEC, 1));
+  socket->reset(aboveStandardStreams(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)));
   ORB_LOG_AS(3, kUnit, kConnect, "Created socket; mSocketFd: %d", socket->get());
   if (socket->get() < 0) return nullptr;
   const LockGuard lock(mStateLock);

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// An application that has closed its standard streams, uses all services and prints all the while.
+// What it prints must go nowhere: none of the three numbers may become one of the library's. Takes
+// the number of times that it enables and disables them; ends with kExpected, or with a number that
+// tells what was wrong.
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+
+#include "Functions.h"
+#include "process_end.h"
+
+using namespace torture;
+using process_end::Traffic;
+
+namespace {
+
+constexpr int kRefused = 1;
+constexpr int kOneOfOurs = 2;
+
+const Callbacks& counting() {
+  static const auto add = [](auto...) { Traffic::get().add(); };
+  static const Callbacks callbacks{add, add, add, add, add, add, add, add, add, add, add, add};
+  return callbacks;
+}
+
+// As printf does, and as one does who has the number in mind.
+void print() {
+  static const char kText[] = "printed by the application, which has nowhere to print to\n";
+  printf("%s", kText);
+  fflush(stdout);
+  fprintf(stderr, "%s", kText);
+  for (int fd = 0; fd <= STDERR_FILENO; ++fd) (void)!write(fd, kText, sizeof(kText) - 1);
+}
+
+// Whether a standard stream's number stands for a connection, for an event descriptor or a log
+// file.
+bool libraryHasAStream() {
+  for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
+    char link[64];
+    char target[128] = "";
+    snprintf(link, sizeof(link), "/proc/self/fd/%d", fd);
+    if (readlink(link, target, sizeof(target) - 1) < 0) continue;
+    for (const char* ours : {"socket:", "anon_inode:[event", "/data/"}) {
+      if (strncmp(target, ours, strlen(ours)) == 0) return true;
+    }
+  }
+  return false;
+}
+
+int useServices(int rounds) {
+  for (int round = 0; round < rounds; ++round) {
+    for (const Service service : {kLce, kLle, kLli}) {
+      if (enable(counting(), service) != 1) return kRefused;
+    }
+    for (const Function& function : functions()) {
+      if (strstr(function.name, "Report") != nullptr && function.call(counting()) < 0) {
+        return kRefused;
+      }
+    }
+    Traffic::get().awaitMore(process_end::kTraffic);
+    if (libraryHasAStream()) return kOneOfOurs;
+    for (const Service service : {kLce, kLle, kLli}) {
+      if (disable(service) != 1) return kRefused;
+    }
+  }
+  return process_end::kExpected;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int rounds = argc > 1 ? atoi(argv[1]) : 1;
+  alarm(process_end::kAlarmSeconds);
+  for (int fd = 0; fd <= STDERR_FILENO; ++fd) close(fd);
+  std::atomic<bool> done{false};
+  std::thread printer([&done] {
+    while (!done) print();
+  });
+  const int result = useServices(rounds);
+  done = true;
+  printer.join();
+  return result;
+}
