@@ -57,6 +57,50 @@ TEST_F(Lifecycle, DisableReachesTheDaemonBeforeTheSocketIsClosed) {
   EXPECT_TRUE(recording::hasEndingWith("~Lce called"));
 }
 
+// Each line without its number, and without the numbers of sockets.
+std::vector<std::string> linesOfTheEnd() {
+  constexpr const char* kLines[] = {
+      "cleanup closing socket Fd ", "ipcReceiver Cleaning up session ",
+      "ipcReceiver Notifying session ", "handleSessionEnd handleSessionEnd for session ",
+      "deregisterSocket deregisterSocket: "};
+  std::vector<std::string> found;
+  for (const std::string& text : recording::texts()) {
+    const size_t colon = text.find(':', text.find("::") + 2);
+    const size_t blank = text.find(' ');
+    if (colon == std::string::npos || blank == std::string::npos || colon > blank) continue;
+    const std::string line = text.substr(0, colon) + text.substr(blank);
+    for (const char* wanted : kLines) {
+      const size_t at = line.find(wanted);
+      if (at == std::string::npos) continue;
+      const size_t socket = line.find(wanted == kLines[0] ? " Fd" : ", socket");
+      found.push_back(line.substr(at, socket == std::string::npos ? socket : socket - at));
+    }
+  }
+  return found;
+}
+
+TEST_F(Lifecycle, EveryDisableSaysWhoseConnectionHasEnded) {
+  for (int round = 1; round <= 20; ++round) {
+    state().clear();
+    enable();
+    startReports();
+    recording::clear();
+    ASSERT_EQ(1, orb_lce_disable());
+    // The receiver has 50 ms while disable waits; whatever it takes, it says the same.
+    ASSERT_TRUE(recording::waitFor([](const recording::Line& line) {
+      return line.text.find("deregisterSocket: EXIT") != std::string::npos;
+    }));
+    const std::string session = std::to_string(round);
+    EXPECT_EQ(
+        (std::vector<std::string>{
+            "cleanup closing socket", "ipcReceiver Cleaning up session " + session,
+            "ipcReceiver Notifying session " + session,
+            "handleSessionEnd handleSessionEnd for session " + session,
+            "deregisterSocket deregisterSocket: ENTER", "deregisterSocket deregisterSocket: EXIT"}),
+        linesOfTheEnd());
+  }
+}
+
 TEST_F(Lifecycle, RequestsBeforeTheConnectionStandsArriveInOrderBeforeTheFarewell) {
   ASSERT_EQ(1, orb_lce_enable(onStatus));
   LceReportingCriteria criteria = {};

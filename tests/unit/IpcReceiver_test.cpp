@@ -292,6 +292,18 @@ TEST_F(IpcReceiverTest, ThrowingHandlerEndsItsConnectionOnly) {
   EXPECT_EQ((Calls{"session 7", receiverEnd(mOurs)}), handler.calls());
 }
 
+TEST_F(IpcReceiverTest, ThrowingSessionEndDoesNotCostTheLastCall) {
+  struct Throwing : RecordingHandler {
+    void handleSessionEnd(unsigned int) override { throw std::runtime_error("no"); }
+  } handler;
+  mOurs = mPair.ours;
+  ASSERT_TRUE(registerSocket(kPeer, 7, mPair.ours, handler));
+  mPair.closePeer();
+  ASSERT_TRUE(handler.waitForEnd());
+  EXPECT_TRUE(isClosed(mOurs));
+  EXPECT_EQ((Calls{receiverEnd(mOurs)}), handler.calls());
+}
+
 TEST_F(IpcReceiverTest, ReceiverOfAHandlerThatIsGoneStillGivesEverythingBack) {
   auto handler = std::make_shared<RecordingHandler>();
   const auto ended = handler->threadSemaphore();

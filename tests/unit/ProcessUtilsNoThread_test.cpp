@@ -8,6 +8,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <future>
 
 #include "IpcTestSupport.h"
 #include "Thread.h"
@@ -74,6 +75,34 @@ TEST_F(ProcessUtilsNoThreadTest, SocketIsLeftToItsOwnerWhoMayTryAgain) {
   EXPECT_TRUE(registerSocket(kPeer, 7, mPair.ours, mHandler));
   mPair.closePeer();
   EXPECT_TRUE(mHandler.waitForEnd());
+}
+
+// The one that has the pair is on its way out, but nobody takes its place.
+TEST_F(ProcessUtilsNoThreadTest, PairIsNotTakenOverWithoutAThread) {
+  SocketPair next;
+  RecordingHandler nextHandler;
+  threadsFail = false;
+  std::promise<void> mayEnd;
+  struct : RecordingHandler {
+    void handleMsg(ipcMsg_t*) override { mayEnd->get_future().wait(); }
+    std::promise<void>* mayEnd = nullptr;
+  } busy;
+  busy.mayEnd = &mayEnd;
+  ASSERT_TRUE(registerSocket(kPeer, 7, mPair.ours, busy));
+  const ipcMsg_t frame = {kPeer, 105, 5, 0, 7, 0};
+  mPair.write(&frame, sizeof frame);
+  mPair.closePeer();
+  threadsFail = true;
+  EXPECT_FALSE(registerSocket(kPeer, 7, next.ours, nextHandler));
+  EXPECT_TRUE(hasLogged(kError, "id: 0x1, sessionId: 7: no thread to receive on"));
+  EXPECT_TRUE(isRegistered(kPeer, 7));
+  EXPECT_TRUE(isOpen(next.ours));
+  threadsFail = false;
+  mayEnd.set_value();
+  ASSERT_TRUE(busy.waitForEnd());
+  EXPECT_EQ("session 7", busy.calls().front());
+  EXPECT_FALSE(isRegistered(kPeer, 7));
+  close(next.ours);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 
 #include "ProcessHandler.h"
 #include "UniqueFd.h"
@@ -12,8 +13,10 @@
 // thread.
 class HandlerRef {
  public:
-  explicit HandlerRef(const std::shared_ptr<ProcessHandler>& handler)
-      : mWeak(handler), mSemaphore(handler->threadSemaphore()) {}
+  // @p semaphore is the one to signal; a handler that begins a new connection meanwhile names
+  // another one.
+  HandlerRef(const std::shared_ptr<ProcessHandler>& handler, std::shared_ptr<Semaphore> semaphore)
+      : mWeak(handler), mSemaphore(std::move(semaphore)) {}
   explicit HandlerRef(ProcessHandler& handler)
       : mBare(&handler), mSemaphore(handler.threadSemaphore()) {}
 

@@ -37,11 +37,14 @@ struct ProcessUtilsGlobals {
 std::shared_ptr<ProcessUtilsGlobals> getProcessUtilsGlobals();
 
 // Registers a connected socket under (peer, session) and starts its detached receiver thread, which
-// from then on owns the descriptor's end: it closes it (the last holder of the shared socket does).
-// Refused, with a log line, are a pair that is already registered and a thread that the system
-// cannot start; descriptors 0 and below are ignored. On false the socket is still the caller's.
-bool registerSocket(unsigned long id, unsigned int sessionId, const SharedSocket& socket,
-                    const std::shared_ptr<ProcessHandler>& handler);
+// from then on owns the descriptor's end: it closes it (the last holder of the shared socket does)
+// and then signals @p ended, or without one the handler's semaphore. A pair whose socket is shut
+// down or left by its peer is taken over: its receiver is on its way out and needs it no more.
+// Refused, with a log line, are a pair whose socket lives and a thread that the system cannot
+// start; descriptors 0 and below are ignored.
+bool registerSocket(unsigned long id, unsigned int sessionId, SharedSocket socket,
+                    const std::shared_ptr<ProcessHandler>& handler,
+                    std::shared_ptr<Semaphore> ended = nullptr);
 // The same for a plain descriptor and a handler that its owner keeps alive until the semaphore
 // came. The descriptor is taken over when it was registered and left alone otherwise.
 bool registerSocket(unsigned long id, unsigned int sessionId, int sockFd, ProcessHandler& handler);
@@ -50,19 +53,22 @@ bool registerSocket(unsigned long id, unsigned int sessionId, int sockFd, Proces
 // fails. With @p only the pair is forgotten just when it still stands for that socket.
 void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* only = nullptr);
 
+// On a receiver thread the semaphore that it will signal, which tells connections apart; elsewhere
+// none.
+std::shared_ptr<Semaphore> semaphoreOfThisReceiver();
 // True on the receiver thread that will signal @p semaphore: it must not wait for it.
 bool isReceiverThreadOf(const Semaphore* semaphore);
 
 // Sends a complete frame on the socket of its (destination, session) in one call. False when there
-// is no such socket or the call took nothing. A short count passes as success. May block in send,
-// unless @p flags for it say otherwise.
-bool sendIpc(ipcMsg_t* msg, int flags = 0);
+// is no such socket, when it is not @p only, or when the call took nothing. A short count passes as
+// success. May block in send, unless @p flags for it say otherwise.
+bool sendIpc(ipcMsg_t* msg, int flags = 0, const UniqueFd* only = nullptr);
 
 struct ProcessUtilsWrapper {
   // Builds the frame in one buffer and sends it as sendIpc() does.
   static bool sendMsg(const unsigned char* data, unsigned long len, unsigned long msgId,
                       long subsystemId, unsigned long srcId, unsigned long dstId,
-                      unsigned int sessionId, int flags = 0);
+                      unsigned int sessionId, int flags = 0, const UniqueFd* only = nullptr);
 };
 
 // One-time registration of the process under a name, for programs that take part in the IPC

@@ -9,6 +9,7 @@
 #include <vector>
 
 class OrbIpcSession;
+class Semaphore;
 
 // A message of an IPC session. The id selects what the session does with it: 1 to 4 are the
 // session's own, every other id is sent as the payload of a frame with that id. Always held by
@@ -82,11 +83,17 @@ class OrbIpcRawMessage : public OrbIpcMessage {
   const unsigned int mSubsystemId;
 };
 
+// The end of a session's connection: of the one whose receiver signals @p receiver, which need not
+// be the latest any more, or of the present one without it.
 class OrbIpcSessionEndMessage : public OrbIpcLocalMessage {
  public:
   static constexpr unsigned int ID = 4;
-  explicit OrbIpcSessionEndMessage(unsigned int sessionId)
-      : OrbIpcLocalMessage("OrbIpcSessionEndMessage", ID), mSessionId(sessionId) {}
+  explicit OrbIpcSessionEndMessage(unsigned int sessionId,
+                                   std::shared_ptr<Semaphore> receiver = nullptr)
+      : OrbIpcLocalMessage("OrbIpcSessionEndMessage", ID),
+        mSessionId(sessionId),
+        mReceiver(std::move(receiver)) {}
 
   const unsigned int mSessionId;
+  const std::shared_ptr<Semaphore> mReceiver;
 };

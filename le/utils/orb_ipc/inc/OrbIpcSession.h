@@ -12,6 +12,7 @@
 
 #include "IpcHandler.h"
 #include "Mutex.h"
+#include "OrbIpcConnection.h"
 #include "OrbIpcMessage.h"
 #include "ProcessUtils.h"
 
@@ -61,7 +62,8 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   unsigned int sessionId() const { return mSessionId; }
 
   // Closes the connection, ends a connect in progress and waits until the receiver thread has
-  // ended; on that thread itself it does not wait. The session may connect again afterwards.
+  // ended; on that thread itself it does not wait. The session may connect again afterwards, and on
+  // another thread even meanwhile: that connection is not touched.
   void cleanup();
   // Starts what cleanup() does, for good, without waiting: the session never connects again.
   void beginClose();
@@ -73,32 +75,41 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
 
  protected:
   virtual void notifyConnectionStatus(bool connected) = 0;
-  bool registerReceiverHandler(const SharedSocket& socket);
+  // Registers the session's socket and starts its receiver; the session is connected then. For
+  // subclasses that are built on a descriptor; not before a shared_ptr owns the session. False
+  // without a socket, when that has its receiver already, and when registering it is refused.
+  bool registerReceiverHandler();
+  // Forgets the registration, if there is one; the receiver goes on until its socket ends.
   void deregisterReceiverHandler();
   // For subclasses with a thread of their own: to be called first in their destructor.
   void stopHandlerThread();
 
  private:
+  using Connection = std::shared_ptr<OrbIpcConnection>;
   enum class Attempt { Connected, Failed, Closed };
 
   void threadFunc();
   void handleConnectToOrbEvent();
-  SharedSocket openSocket();
-  Attempt connectWithRetries(const SharedSocket& socket);
+  Connection openConnection(SharedSocket& socket);
+  bool mayBegin(Connection connection);
+  Attempt connectWithRetries(const Connection& connection, SharedSocket& socket);
   bool connectOnce(int fd);
-  Attempt setUpConnection(const SharedSocket& socket);
-  bool waitBeforeRetry(const SharedSocket& socket);
-  bool isCurrent(const SharedSocket& socket);
-  bool performHandshake(int fd);
+  Attempt setUpConnection(const Connection& connection, SharedSocket& socket);
+  void concludeConnect(const Connection& connection, Attempt result);
+  bool waitBeforeRetry(const Connection& connection);
+  bool isOpen(const Connection& connection);
+  bool performHandshake(int fd, unsigned int& confirmed);
   bool receiveHandshake(int fd, int32_t& type, int32_t& sessionId);
   void answerHandshake(int fd, int32_t sessionId);
+  bool startReceiver(const Connection& connection, unsigned int sessionId);
+  void forget(const Connection& connection);
   void handleOrbIpcIncomingRawMessage(const std::shared_ptr<OrbIpcIncomingRawMessage>& msg);
   void handleSendMessage(const std::shared_ptr<OrbIpcMessage>& msg);
   void handleOrbIpcRawMessage(const std::shared_ptr<OrbIpcRawMessage>& msg);
   bool sendFrame(const std::vector<unsigned char>& payload, unsigned int msgId, long subsystemId,
                  int flags = 0);
-  void endConnection(int lostFd);
-  SharedSocket takeSocket(bool forGood);
+  void endConnection(const std::shared_ptr<Semaphore>& receiver);
+  Connection takeSocket(bool forGood, std::shared_ptr<Semaphore>& ended);
 
   // Constant after construction, or before the first connect.
   const ProcessId mOwn;
@@ -107,20 +118,13 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   RawMessageHandler mRawMessageHandler;
   std::unique_ptr<std::thread> mHandlerThread;
 
-  // Provide their own synchronization.
+  // Written under mStateLock, read without.
   std::atomic<bool> mConnected{false};
   std::atomic<unsigned int> mSessionId;
 
   Mutex mStateLock;
   Condition mStateChanged;
-  SharedSocket mSocketFd ORB_GUARDED_BY(mStateLock);       // empty when there is no socket
+  Connection mConnection ORB_GUARDED_BY(mStateLock);       // the latest one; empty before the first
   bool mClosedForGood ORB_GUARDED_BY(mStateLock) = false;  // beginClose() came: no connect any more
   bool mStopRetrying ORB_GUARDED_BY(mStateLock) = false;   // a connect ends with its first failure
-  bool mEndSignalled ORB_GUARDED_BY(mStateLock) =
-      true;  // no thread is left that would signal the present semaphore
-  bool mReceiverStarted ORB_GUARDED_BY(mStateLock) =
-      false;  // the present socket's semaphore is the receiver's to signal
-  std::shared_ptr<ProcessUtilsGlobals> mGlobals
-      ORB_GUARDED_BY(mStateLock);  // held while the socket is registered
-  std::shared_ptr<UniqueFd> mRegisteredSocket ORB_GUARDED_BY(mStateLock);  // which socket that is
 };

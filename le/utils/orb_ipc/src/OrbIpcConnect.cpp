@@ -35,71 +35,84 @@ constexpr ssize_t kMaxRead = 1023;
 }  // namespace
 
 void OrbIpcSession::handleConnectToOrbEvent() {
-  SharedSocket socket = openSocket();
-  if (!socket) return;
+  SharedSocket socket;
+  const Connection connection = openConnection(socket);
+  if (!connection) return;
   Attempt result = Attempt::Failed;
   try {
-    result = connectWithRetries(socket);
+    result = connectWithRetries(connection, socket);
   } catch (const std::bad_alloc&) {
     // An attempt like any other that has failed.
   }
-  bool signalEnd = false;
+  socket.reset();
+  concludeConnect(connection, result);
+}
+
+// With no share of the socket left on this thread: whoever hears of the end, or of a failure, finds
+// the descriptor closed.
+void OrbIpcSession::concludeConnect(const Connection& connection, Attempt result) {
+  SharedSocket failed;
   bool closed = false;
+  bool tellEnd = false;
   {
     const LockGuard lock(mStateLock);
-    closed = mSocketFd != socket;
-    if (closed || result != Attempt::Connected) {
+    closed = !connection->socket;
+    if (connection->endTold == OrbIpcConnection::EndTold::ByConnectingThread) {
       // The closing side waits for the receiver; where none was started, this thread stands in for
       // it.
-      signalEnd = closed && !mReceiverStarted;
-      if (!mReceiverStarted) mEndSignalled = true;
-      if (!closed) mSocketFd.reset();
+      tellEnd = closed;
+      connection->endTold = OrbIpcConnection::EndTold::ByNobody;
     }
+    if (result != Attempt::Connected) failed.swap(connection->socket);
   }
-  if (closed) {
-    if (!signalEnd) return;
+  if (tellEnd) {
     ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: mThreadSemaphore.increase");
-    mThreadSemaphore->increase();
-    return;
+    connection->ended->increase();
   }
-  if (result != Attempt::Connected) shutdown(socket->get(), SHUT_RDWR);
-  socket.reset();  // a failed connection's descriptor is closed before anybody is told
+  if (closed) return;
+  if (failed) shutdown(failed->get(), SHUT_RDWR);
+  failed.reset();
   notifyConnectionStatus(result == Attempt::Connected);
 }
 
-SharedSocket OrbIpcSession::openSocket() {
-  {
-    UniqueLock lock(mStateLock);
-    if (mClosedForGood) return nullptr;
-    if (mSocketFd) {
-      lock.unlock();
-      ORB_LOG_AS(6, kUnit, kConnect, "mSocketFd != -1; RETURNING!!!");
-      return nullptr;
-    }
-  }
-  auto socket = std::make_shared<UniqueFd>();
-  auto ended = std::make_shared<Semaphore>();
+OrbIpcSession::Connection OrbIpcSession::openConnection(SharedSocket& socket) {
+  if (!mayBegin(nullptr)) return nullptr;
+  socket = std::make_shared<UniqueFd>();
+  auto connection = std::make_shared<OrbIpcConnection>(socket, std::make_shared<Semaphore>());
+  connection->endTold = OrbIpcConnection::EndTold::ByConnectingThread;
   socket->reset(aboveStandardStreams(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)));
   ORB_LOG_AS(3, kUnit, kConnect, "Created socket; mSocketFd: %d", socket->get());
-  if (socket->get() < 0) return nullptr;
-  const LockGuard lock(mStateLock);
-  if (mClosedForGood) return nullptr;
-  mSocketFd = socket;
-  mConnected = false;
-  mReceiverStarted = false;
-  mEndSignalled = false;
-  mThreadSemaphore = std::move(ended);
-  return socket;
+  if (socket->get() < 0 || !mayBegin(connection)) return nullptr;
+  return connection;
 }
 
-OrbIpcSession::Attempt OrbIpcSession::connectWithRetries(const SharedSocket& socket) {
-  for (int left = kAttempts; isCurrent(socket);) {
-    if (connectOnce(socket->get())) return setUpConnection(socket);
+// Whether the session may connect: it has no socket and is not closed for good. If so, @p
+// connection becomes its own.
+bool OrbIpcSession::mayBegin(Connection connection) {
+  {
+    const LockGuard lock(mStateLock);
+    if (mClosedForGood) return false;
+    if (!mConnection || !mConnection->socket) {
+      if (!connection) return true;
+      setThreadSemaphore(connection->ended);
+      mConnection.swap(connection);  // the former one goes after the lock
+      mConnected = false;
+      return true;
+    }
+  }
+  ORB_LOG_AS(6, kUnit, kConnect, "mSocketFd != -1; RETURNING!!!");
+  return false;
+}
+
+OrbIpcSession::Attempt OrbIpcSession::connectWithRetries(const Connection& connection,
+                                                         SharedSocket& socket) {
+  for (int left = kAttempts; isOpen(connection);) {
+    if (connectOnce(socket->get())) return setUpConnection(connection, socket);
     if (--left == 0) {
       ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: Max retry reached!!");
       return Attempt::Failed;
     }
-    if (!waitBeforeRetry(socket)) return Attempt::Failed;
+    if (!waitBeforeRetry(connection)) return Attempt::Failed;
   }
   ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: mSocketFd is -1; break");
   return Attempt::Closed;
@@ -118,41 +131,38 @@ bool OrbIpcSession::connectOnce(int fd) {
   return result == 0;
 }
 
-OrbIpcSession::Attempt OrbIpcSession::setUpConnection(const SharedSocket& socket) {
+OrbIpcSession::Attempt OrbIpcSession::setUpConnection(const Connection& connection,
+                                                      SharedSocket& socket) {
   // From here on closing the session ends the receive: the socket is connected, so shutdown()
   // works.
-  if (!isCurrent(socket)) {
+  if (!isOpen(connection)) {
     ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: mSocketFd is -1; break");
     return Attempt::Closed;
   }
-  if (!performHandshake(socket->get())) return Attempt::Failed;
-  if (!isCurrent(socket) || !registerReceiverHandler(socket)) return Attempt::Failed;
-  bool closed = false;
-  {
-    const LockGuard lock(mStateLock);
-    closed = mSocketFd != socket;
-    if (closed) mConnected = false;
-  }
-  if (closed) deregisterReceiverHandler();  // closed while the receiver was starting
+  unsigned int sessionId = 0;
+  if (!performHandshake(socket->get(), sessionId)) return Attempt::Failed;
+  socket.reset();  // the receiver is to be the last one that lets go
+  if (!startReceiver(connection, sessionId)) return Attempt::Failed;
   ORB_LOG_AS(3, kUnit, kConnect, "Connect success: Handshake success");
   return Attempt::Connected;
 }
 
-bool OrbIpcSession::isCurrent(const SharedSocket& socket) {
+bool OrbIpcSession::isOpen(const Connection& connection) {
   const LockGuard lock(mStateLock);
-  return mSocketFd == socket;
+  return connection->socket != nullptr;
 }
 
 // False when no further attempt is wanted; true also when the session was closed.
-bool OrbIpcSession::waitBeforeRetry(const SharedSocket& socket) {
+bool OrbIpcSession::waitBeforeRetry(const Connection& connection) {
   UniqueLock lock(mStateLock);
   mStateChanged.wait_for(lock, kBetweenAttempts, [&]() ORB_REQUIRES(mStateLock) {
-    return mStopRetrying || mSocketFd != socket;
+    return mStopRetrying || !connection->socket;
   });
-  return !mStopRetrying || mSocketFd != socket;
+  return !mStopRetrying || !connection->socket;
 }
 
-bool OrbIpcSession::performHandshake(int fd) {
+// Fails unless the daemon has confirmed the session id that it proposed last.
+bool OrbIpcSession::performHandshake(int fd, unsigned int& confirmed) {
   int32_t expectedSessionId = 0;
   int32_t type = 0;
   int32_t sessionId = 0;
@@ -168,7 +178,7 @@ bool OrbIpcSession::performHandshake(int fd) {
     if (type == kHandshakeComplete) {
       ORB_LOG_AS(3, kUnit, kHandshake, "HANDSHAKE_COMPLETE: receivedSessionId: %d", sessionId);
       result = sessionId == expectedSessionId;
-      if (result) mSessionId = static_cast<unsigned int>(sessionId);
+      if (result) confirmed = static_cast<unsigned int>(sessionId);
     } else {
       ORB_LOG_AS(6, kUnit, kHandshake, "Unknown handshake type");
     }

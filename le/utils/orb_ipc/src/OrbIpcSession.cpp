@@ -14,7 +14,11 @@
 OrbIpcSession::OrbIpcSession(int sockFd, unsigned int sessionId, ProcessId own, ProcessId peer,
                              bool ownThread)
     : mOwn(own), mPeer(peer), mSessionId(sessionId) {
-  if (sockFd >= 0) mSocketFd = std::make_shared<UniqueFd>(sockFd);
+  if (sockFd >= 0) {
+    mConnection =
+        std::make_shared<OrbIpcConnection>(std::make_shared<UniqueFd>(sockFd), threadSemaphore());
+    mConnection->sessionId = sessionId;
+  }
   if (!ownThread) return;
   setRunning();
   mHandlerThread = std::make_unique<std::thread>();
@@ -82,7 +86,7 @@ void OrbIpcSession::handleEvent(std::shared_ptr<OrbIpcMessage> msg) {
       break;
     case OrbIpcSessionEndMessage::ID:
       ORB_LOGD("case OrbIpcSessionEndMessage::ID: %d", msg->id());
-      endConnection(-1);
+      endConnection(std::static_pointer_cast<OrbIpcSessionEndMessage>(msg)->mReceiver);
       break;
     default:
       ORB_LOGD("case default");
@@ -155,9 +159,18 @@ void OrbIpcSession::handleOrbIpcRawMessage(const std::shared_ptr<OrbIpcRawMessag
 
 bool OrbIpcSession::sendFrame(const std::vector<unsigned char>& payload, unsigned int msgId,
                               long subsystemId, int flags) {
-  return ProcessUtilsWrapper::sendMsg(payload.data(), payload.size(), msgId, subsystemId,
-                                      static_cast<unsigned long>(toWire(mOwn)),
-                                      static_cast<unsigned long>(toWire(mPeer)), mSessionId, flags);
+  SharedSocket socket;
+  unsigned int sessionId = 0;
+  {
+    const LockGuard lock(mStateLock);
+    if (!mConnection || !mConnection->socket) return false;
+    socket = mConnection->socket;
+    sessionId = mConnection->sessionId;
+  }
+  // By now the daemon may have given the id to another session.
+  return ProcessUtilsWrapper::sendMsg(
+      payload.data(), payload.size(), msgId, subsystemId, static_cast<unsigned long>(toWire(mOwn)),
+      static_cast<unsigned long>(toWire(mPeer)), sessionId, flags, socket.get());
 }
 
 bool OrbIpcSession::sendAtOnce(OrbIpcMessage& msg) {
@@ -167,79 +180,127 @@ bool OrbIpcSession::sendAtOnce(OrbIpcMessage& msg) {
 
 void OrbIpcSession::handleSessionEnd(unsigned int sessionId) {
   ORB_LOGD("handleSessionEnd for session %u", sessionId);
+  auto receiver = semaphoreOfThisReceiver();
   std::shared_ptr<OrbIpcMessage> message;
   try {
-    message = std::make_shared<OrbIpcSessionEndMessage>(sessionId);
+    message = std::make_shared<OrbIpcSessionEndMessage>(sessionId, receiver);
   } catch (const std::bad_alloc&) {
-    endConnection(-1);  // on this thread then: the end of a connection is never missed
+    endConnection(receiver);  // on this thread then: the end of a connection is never missed
     return;
   }
   postToSelf(std::move(message));
 }
 
-void OrbIpcSession::handleReceiverEnd(int sockFd) {
-  // The receiver speaks of a session by its id, and 0 stands for none: a session with that id
-  // learns of its end here.
-  endConnection(sockFd);
+void OrbIpcSession::handleReceiverEnd(int) {
+  // The receiver speaks of a session by its id, and has none for one with id 0 nor for one whose id
+  // was given away: they learn of their end here.
+  const auto receiver = semaphoreOfThisReceiver();
+  endConnection(receiver);
+  std::shared_ptr<OrbIpcSession> kept;  // goes after the lock; the receiver still holds the session
+  const LockGuard lock(mStateLock);
+  if (mConnection && mConnection->ended == receiver) kept.swap(mConnection->keptSession);
 }
 
-// The socket is lost. With @p lostFd only when it is still the session's own (the receiver that
-// asks holds it open, so the number is nobody else's).
-void OrbIpcSession::endConnection(int lostFd) {
-  SharedSocket lost;  // the receiver closes it
+// The connection of @p receiver has ended, or with none the present one. What was closed on purpose
+// has no socket any more and nothing to report; nor has a connection that has a successor already.
+void OrbIpcSession::endConnection(const std::shared_ptr<Semaphore>& receiver) {
+  bool lost = false;
   {
     const LockGuard lock(mStateLock);
-    if (lostFd >= 0 && (!mSocketFd || mSocketFd->get() != lostFd)) return;
-    mConnected = false;
-    mGlobals.reset();
-    mRegisteredSocket.reset();
-    lost.swap(mSocketFd);
+    if (!mConnection || (receiver && receiver != mConnection->ended)) return;
+    lost = mConnection->socket != nullptr;
+    if (lost) mConnected = false;
+    mConnection->socket.reset();  // the receiver closes it
   }
   if (lost) notifyConnectionStatus(false);
 }
 
-bool OrbIpcSession::registerReceiverHandler(const SharedSocket& socket) {
-  const auto globals = getProcessUtilsGlobals();
+bool OrbIpcSession::registerReceiverHandler() {
+  Connection connection;
+  unsigned int sessionId = 0;
   {
     const LockGuard lock(mStateLock);
-    mGlobals = globals;
-    mRegisteredSocket = socket;
-    mReceiverStarted = true;
-    mEndSignalled = false;
+    connection = mConnection;
+    if (connection) sessionId = connection->sessionId;
   }
-  mConnected = true;
-  if (registerSocket(static_cast<unsigned long>(toWire(mPeer)), mSessionId, socket,
-                     std::static_pointer_cast<ProcessHandler>(shared_from_this()))) {
+  return connection && startReceiver(connection, sessionId);
+}
+
+bool OrbIpcSession::startReceiver(const Connection& connection, unsigned int sessionId) {
+  using EndTold = OrbIpcConnection::EndTold;
+  const auto globals = getProcessUtilsGlobals();
+  SharedSocket socket;
+  EndTold before = EndTold::ByNobody;
+  {
+    const LockGuard lock(mStateLock);
+    if (!connection->socket || connection->endTold == EndTold::ByReceiver) return false;
+    socket = connection->socket;
+    before = std::exchange(connection->endTold, EndTold::ByReceiver);
+    connection->sessionId = sessionId;
+    connection->globals = globals;
+    mSessionId = sessionId;
+    mConnected = true;  // the first frame may ask for a send before this thread goes on
+  }
+  if (registerSocket(static_cast<unsigned long>(toWire(mPeer)), sessionId, std::move(socket),
+                     std::static_pointer_cast<ProcessHandler>(shared_from_this()),
+                     connection->ended)) {
     return true;
   }
+  std::shared_ptr<OrbIpcSession> kept;
   const LockGuard lock(mStateLock);
-  mConnected = false;
-  mGlobals.reset();
-  mRegisteredSocket.reset();
-  mReceiverStarted = false;
-  mEndSignalled = true;
+  connection->endTold = before;
+  connection->globals.reset();
+  kept.swap(connection->keptSession);
+  if (connection->socket) {
+    mConnected = false;
+  } else if (before == EndTold::ByNobody) {
+    connection->ended->increase();  // closed meanwhile by one who counted on a receiver
+  }
   return false;
 }
 
 void OrbIpcSession::deregisterReceiverHandler() {
-  std::shared_ptr<ProcessUtilsGlobals> globals;
-  SharedSocket registered;
+  Connection connection;
   {
     const LockGuard lock(mStateLock);
-    globals.swap(mGlobals);
-    registered.swap(mRegisteredSocket);
+    connection = mConnection;
   }
-  if (!globals) return;
-  deregisterSocket(static_cast<unsigned long>(toWire(mPeer)), mSessionId, registered.get());
+  if (connection) forget(connection);
 }
 
-SharedSocket OrbIpcSession::takeSocket(bool forGood) {
+void OrbIpcSession::forget(const Connection& connection) {
+  std::shared_ptr<ProcessUtilsGlobals> globals;
+  unsigned int sessionId = 0;
+  {
+    const LockGuard lock(mStateLock);
+    globals.swap(connection->globals);
+    sessionId = connection->sessionId;
+  }
+  if (!globals) return;
+  const UniqueFd none;
+  const SharedSocket socket = connection->identity.lock();  // if the table holds it, it is there
+  deregisterSocket(static_cast<unsigned long>(toWire(mPeer)), sessionId,
+                   socket ? socket.get() : &none);
+}
+
+// Takes the socket out of the session, and in the same step the semaphore by which its last user
+// will tell that it has ended; both empty if there is nothing to close or to wait for.
+OrbIpcSession::Connection OrbIpcSession::takeSocket(bool forGood,
+                                                    std::shared_ptr<Semaphore>& ended) {
+  Connection connection;
   SharedSocket socket;
   {
     const LockGuard lock(mStateLock);
     if (forGood) mClosedForGood = true;
-    mConnected = false;
-    socket.swap(mSocketFd);
+    if (mConnection && mConnection->socket) {
+      mConnected = false;
+      connection = mConnection;
+      socket.swap(connection->socket);
+      const auto endTold = connection->endTold;
+      if (endTold != OrbIpcConnection::EndTold::ByNobody) ended = connection->ended;
+      if (forGood && endTold == OrbIpcConnection::EndTold::ByReceiver)
+        connection->keptSession = weak_from_this().lock();
+    }
   }
   mStateChanged.notify_all();
   if (socket) {
@@ -247,25 +308,26 @@ SharedSocket OrbIpcSession::takeSocket(bool forGood) {
     // Wakes whoever is blocked in a receive or a send on it; the last holder closes the number.
     shutdown(socket->get(), SHUT_RDWR);
   }
-  return socket;
+  return connection;
 }
 
 void OrbIpcSession::cleanup() {
-  if (takeSocket(false)) {
-    std::shared_ptr<Semaphore> ended;
-    {
-      const LockGuard lock(mStateLock);
-      if (!mEndSignalled) ended = mThreadSemaphore;
-    }
-    if (ended && !isReceiverThreadOf(ended.get())) ended->decrease();
+  std::shared_ptr<Semaphore> ended;
+  const Connection connection = takeSocket(false, ended);
+  // The receiver forgets the registration itself, after this call if it is this thread.
+  if (!connection || isReceiverThreadOf(ended.get())) return;
+  if (ended) {
+    ended->decrease();
+    const LockGuard lock(mStateLock);
+    connection->endTold = OrbIpcConnection::EndTold::ByNobody;  // any more
   }
-  deregisterReceiverHandler();
+  forget(connection);
 }
 
 void OrbIpcSession::beginClose() {
-  // First of all: the daemon may give the session's id away as soon as it sees the end.
-  deregisterReceiverHandler();
-  takeSocket(true);
+  // The receiver still finds its registration; that of a socket that is shut down keeps nobody out.
+  std::shared_ptr<Semaphore> ended;
+  takeSocket(true, ended);
 }
 
 void OrbIpcSession::stopRetrying() {
@@ -277,14 +339,16 @@ void OrbIpcSession::stopRetrying() {
 }
 
 bool OrbIpcSession::awaitReceiver(std::chrono::milliseconds timeout) {
-  std::shared_ptr<Semaphore> ended;
+  Connection connection;
   {
     const LockGuard lock(mStateLock);
-    if (!mReceiverStarted) return true;
-    ended = mThreadSemaphore;
+    if (!mConnection || mConnection->endTold != OrbIpcConnection::EndTold::ByReceiver) return true;
+    connection = mConnection;
   }
+  const auto& ended = connection->ended;
   if (isReceiverThreadOf(ended.get())) return true;
   if (!ended->decreaseFor(timeout)) return false;
   ended->increase();  // the end stays visible to whoever asks next
+  forget(connection);
   return true;
 }

@@ -24,7 +24,7 @@ struct FreeMemory {
 };
 using FrameBuffer = std::unique_ptr<ipcMsg_t, FreeMemory>;
 
-thread_local const Semaphore* tSemaphoreOfThisReceiver = nullptr;
+thread_local const std::shared_ptr<Semaphore>* tSemaphoreOfThisReceiver = nullptr;
 
 // The length comes from the peer and is trusted: a frame that cannot be held ends the process. The
 // zeroed pages cost nothing before bytes arrive in them.
@@ -78,7 +78,8 @@ bool receiveFrame(int fd, const HandlerRef& handlerRef) {
   return handler != nullptr;
 }
 
-// Forgets the registration of @p socket and returns its session id; 0 when the owner was quicker.
+// Forgets the registration of @p socket and returns its session id; 0 when the owner or a new
+// socket with the same id was quicker.
 unsigned int forgetSocket(const SharedSocket& socket) {
   const auto globals = getProcessUtilsGlobals();
   SharedSocket last;  // closed after the lock
@@ -97,28 +98,37 @@ unsigned int forgetSocket(const SharedSocket& socket) {
   return sessionId;
 }
 
+void reportException(int fd) {
+  ORB_LOG_AS(6, kUnit, kReceiver, "receiver of socket %d ended by an exception", fd);
+}
+
 void endSession(const SharedSocket& socket, const HandlerRef& handlerRef) {
   const unsigned int sessionId = forgetSocket(socket);
   ORB_LOG_AS(3, kUnit, kReceiver, "Notifying session %d", static_cast<int>(sessionId));
   const auto handler = handlerRef.lock();
   if (!handler) return;
-  if (sessionId != 0) handler->handleSessionEnd(sessionId);
-  handler->handleReceiverEnd(socket->get());
-}
-
-void reportException(int fd) {
-  ORB_LOG_AS(6, kUnit, kReceiver, "receiver of socket %d ended by an exception", fd);
+  try {
+    if (sessionId != 0) handler->handleSessionEnd(sessionId);
+  } catch (...) {
+    reportException(socket->get());
+  }
+  handler->handleReceiverEnd(socket->get());  // the last call comes whatever became of the others
 }
 
 }  // namespace
 
+std::shared_ptr<Semaphore> semaphoreOfThisReceiver() {
+  return tSemaphoreOfThisReceiver != nullptr ? *tSemaphoreOfThisReceiver : nullptr;
+}
+
 bool isReceiverThreadOf(const Semaphore* semaphore) {
-  return semaphore != nullptr && tSemaphoreOfThisReceiver == semaphore;
+  return semaphore != nullptr && tSemaphoreOfThisReceiver != nullptr &&
+         tSemaphoreOfThisReceiver->get() == semaphore;
 }
 
 void receiveFrames(SharedSocket socket, HandlerRef handler) {
   const auto semaphore = handler.semaphore();
-  tSemaphoreOfThisReceiver = semaphore.get();
+  tSemaphoreOfThisReceiver = &semaphore;
   const int fd = socket->get();
   // What a handler throws ends this connection, never the thread without its last steps.
   try {

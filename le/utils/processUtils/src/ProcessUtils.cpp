@@ -3,6 +3,7 @@
 #include "ProcessUtils.h"
 
 #include <errno.h>
+#include <poll.h>
 #include <string.h>
 #include <sys/socket.h>
 
@@ -59,37 +60,53 @@ bool startReceiver(std::thread& thread, const SharedSocket& socket, HandlerRef h
   return true;
 }
 
-bool registerLocked(Globals& globals, const Globals::Key& key, const SharedSocket& socket,
-                    HandlerRef handler) ORB_REQUIRES(globals.mLock) {
-  if (globals.mSockets.count(key) != 0) {
+// Whether nothing more goes out on the socket or comes in: shut down here, or left by its peer. Its
+// receiver may still be busy with what came before.
+bool isOnItsWayOut(const UniqueFd& socket) {
+  pollfd state = {socket.get(), POLLRDHUP, 0};
+  return poll(&state, 1, 0) > 0;  // hang-ups and errors are reported whatever was asked for
+}
+
+// @p displaced gets the socket that had the pair before, to be let go after the lock.
+bool registerLocked(Globals& globals, const Globals::Key& key, SharedSocket socket,
+                    HandlerRef handler, SharedSocket& displaced) ORB_REQUIRES(globals.mLock) {
+  const auto present = globals.mSockets.find(key);
+  const bool taken = present != globals.mSockets.end();
+  if (taken && !isOnItsWayOut(*present->second)) {
     ORB_LOGE("id: 0x%lx, sessionId: %d is already registered", key.first,
              static_cast<int>(key.second));
     return false;
   }
   bool started = false;
   try {
-    globals.mSockets.emplace(key, socket);
-    started = startReceiver(globals.mReceiverThreads[key], socket, std::move(handler));
+    // Places first: from its start on the receiver needs them.
+    SharedSocket& place = globals.mSockets[key];
+    std::thread& thread = globals.mReceiverThreads[key];
+    started = startReceiver(thread, socket, std::move(handler));
+    if (started) displaced = std::exchange(place, std::move(socket));
   } catch (const std::bad_alloc&) {
     // No place to note it in: no thread has been started.
   }
-  if (!started) {
+  if (started) return true;
+  if (!taken) {
     globals.mSockets.erase(key);
     globals.mReceiverThreads.erase(key);
-    ORB_LOGE("id: 0x%lx, sessionId: %d: no thread to receive on", key.first,
-             static_cast<int>(key.second));
   }
-  return started;
+  ORB_LOGE("id: 0x%lx, sessionId: %d: no thread to receive on", key.first,
+           static_cast<int>(key.second));
+  return false;
 }
 
-bool registerSocket(unsigned long id, unsigned int sessionId, const SharedSocket& socket,
+bool registerSocket(unsigned long id, unsigned int sessionId, SharedSocket socket,
                     HandlerRef handler) {
   const auto globals = getProcessUtilsGlobals();
+  SharedSocket displaced;
   const ScopedLock<SharedMutex> lock(globals->mLock);
   ORB_LOGD("id: 0x%lx, sessionId: %d, sockFd: %d", id, static_cast<int>(sessionId), socket->get());
   // Stricter than regProcess(): a session's socket is never descriptor 0.
   if (socket->get() <= 0) return false;
-  return registerLocked(*globals, {id, sessionId}, socket, std::move(handler));
+  return registerLocked(*globals, {id, sessionId}, std::move(socket), std::move(handler),
+                        displaced);
 }
 
 }  // namespace
@@ -103,9 +120,11 @@ std::shared_ptr<ProcessUtilsGlobals> getProcessUtilsGlobals() {
   return holder().globals;
 }
 
-bool registerSocket(unsigned long id, unsigned int sessionId, const SharedSocket& socket,
-                    const std::shared_ptr<ProcessHandler>& handler) {
-  return registerSocket(id, sessionId, socket, HandlerRef(handler));
+bool registerSocket(unsigned long id, unsigned int sessionId, SharedSocket socket,
+                    const std::shared_ptr<ProcessHandler>& handler,
+                    std::shared_ptr<Semaphore> ended) {
+  if (!ended) ended = handler->threadSemaphore();
+  return registerSocket(id, sessionId, std::move(socket), HandlerRef(handler, std::move(ended)));
 }
 
 bool registerSocket(unsigned long id, unsigned int sessionId, int sockFd, ProcessHandler& handler) {
@@ -134,7 +153,7 @@ void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* 
   ORB_LOGD("deregisterSocket: EXIT");
 }
 
-bool sendIpc(ipcMsg_t* msg, int flags) {
+bool sendIpc(ipcMsg_t* msg, int flags, const UniqueFd* only) {
   if (msg == nullptr) {
     ORB_LOGE("data null");
     return false;
@@ -147,6 +166,7 @@ bool sendIpc(ipcMsg_t* msg, int flags) {
     const ScopedLock<SharedMutex> lock(globals->mLock);
     const auto found = globals->mSockets.find({msg->dstProcessId, msg->sessionId});
     if (found == globals->mSockets.end()) return false;
+    if (only != nullptr && found->second.get() != only) return false;  // its successor's
     socket = found->second;
   }
   ORB_LOGD("send: length: %ld", static_cast<long>(msg->payloadLength));
@@ -158,7 +178,7 @@ bool sendIpc(ipcMsg_t* msg, int flags) {
 
 bool ProcessUtilsWrapper::sendMsg(const unsigned char* data, unsigned long len, unsigned long msgId,
                                   long subsystemId, unsigned long srcId, unsigned long dstId,
-                                  unsigned int sessionId, int flags) {
+                                  unsigned int sessionId, int flags, const UniqueFd* only) {
   if (len > SIZE_MAX - sizeof(ipcMsg_t)) {
     throw std::length_error("cannot create std::vector larger than max_size()");
   }
@@ -166,12 +186,13 @@ bool ProcessUtilsWrapper::sendMsg(const unsigned char* data, unsigned long len, 
   auto* msg = reinterpret_cast<ipcMsg_t*>(frame.data());
   *msg = {srcId, dstId, msgId, subsystemId, sessionId, len};
   if (len != 0) memcpy(msg->payload(), data, len);
-  return sendIpc(msg, flags);
+  return sendIpc(msg, flags, only);
 }
 
 void regProcess(unsigned long id, std::string name, unsigned long sessionId, std::string,
                 int sockFd, ProcessHandler& handler) {
   const auto globals = getProcessUtilsGlobals();
+  SharedSocket displaced;
   const ScopedLock<SharedMutex> lock(globals->mLock);
   if (!globals->mRegistrationOpen) return;
   const auto socket = std::make_shared<UniqueFd>();
@@ -180,7 +201,7 @@ void regProcess(unsigned long id, std::string name, unsigned long sessionId, std
   globals->mProcessName = std::move(name);
   if (sockFd >= 0) {
     socket->reset(sockFd);
-    if (registerLocked(*globals, {id, sessionId}, socket, HandlerRef(handler))) {
+    if (registerLocked(*globals, {id, sessionId}, socket, HandlerRef(handler), displaced)) {
       ORB_LOGD("child listening to sock: %d", sockFd);
     } else {
       socket->release();
