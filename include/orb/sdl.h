@@ -28,9 +28,10 @@
  *    pause. Disable ends all attempts. No request is repeated by the library. (A process that has
  *    no descriptor left for the connection loses the request with a line in the log alone.)
  *    A connection that fails or is lost is told to every enabled service, whichever it belongs to:
- *    "service down" says that the daemon is in trouble. When the daemon ends, each service so hears
- *    it once for each connection. A service whose own connection still stands works on; enabling it
- *    again does no harm.
+ *    "service down" says that the daemon is in trouble. It is lost when the daemon closes it, and
+ *    as soon as a message cannot be sent on it any more; then that message is lost with it. When
+ *    the daemon ends, each service so hears it once for each connection. A service whose own
+ *    connection still stands works on; enabling it again does no harm.
  *    There is no time limit once a daemon has accepted the connection. While it stays silent in the
  *    handshake, or does not read, no status comes, and the requests of the other services wait as
  *    well, until this service is disabled: limit the wait for the first status.

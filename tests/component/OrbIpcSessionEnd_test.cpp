@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// How connections end: on purpose, beside a successor with the same id.
+// How connections end: on purpose, by a send that fails, beside a successor with the same id.
+#include <poll.h>
+
 #include <future>
 #include <thread>
 
 #include "SessionFixture.h"
+#include "orbsim/Handshake.h"
 
 namespace ipctest {
 namespace {
@@ -209,6 +212,27 @@ TEST_F(OrbIpcSessionEndTest, NewSessionGetsTheIdOfAClosedOneWhoseReceiverIsBusy)
   EXPECT_EQ((std::vector<bool>{true}), mStatuses.all());
   EXPECT_EQ((std::vector<bool>{true}), statuses.all());
   next->cleanup();
+}
+
+TEST_F(OrbIpcSessionEndTest, DaemonThatReadsNoMoreIsOneLoss) {
+  mDaemon.setHandshake([](int fd, uint32_t sessionId) {
+    orbsim::HandshakeReply reply;
+    orbsim::sendHandshakeRecord(fd, orbsim::kHandshakeInit, sessionId);
+    orbsim::readHandshakeReply(fd, reply);
+    shutdown(fd, SHUT_RD);
+    orbsim::sendHandshakeRecord(fd, orbsim::kHandshakeComplete, sessionId);
+    pollfd end = {fd, POLLHUP, 0};
+    poll(&end, 1, -1);  // stays as it is until the client goes
+    return false;
+  });
+  connect();
+  ASSERT_EQ((std::vector<bool>{true}), mStatuses.all());
+  mSession->send(0, 20, {1});
+  ASSERT_TRUE(mStatuses.waitFor(2));
+  EXPECT_TRUE(mSession->awaitReceiver(kPatience));
+  EXPECT_FALSE(mSession->send(0, 20, {1}));
+  EXPECT_EQ((std::vector<bool>{true, false}), mStatuses.all());
+  EXPECT_TRUE(mDaemon.waitForConnectionsClosed(1));
 }
 
 // Every cleanup takes a socket together with the one semaphore that its last user signals.

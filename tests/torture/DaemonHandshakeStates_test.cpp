@@ -58,6 +58,20 @@ void wholeHandshake(int fd, uint32_t id) {
   orbsim::performHandshake(fd, id, reply);
 }
 
+// The whole of it, but whatever is sent from then on fails.
+void readNoMore(Test& test) {
+  test.daemon().setHandshake([&test](int fd, uint32_t id) {
+    initAndReply(fd, id);
+    shutdown(fd, SHUT_RD);
+    orbsim::sendHandshakeRecord(fd, orbsim::kHandshakeComplete, id);
+    test.reached();
+    pollfd end = {fd, POLLHUP, 0};
+    poll(&end, 1, -1);
+    return false;
+  });
+  test.start();
+}
+
 constexpr bool kHangUp = true;
 constexpr bool kStay = false;
 template <Test::Script kScript, bool kHang>
@@ -94,6 +108,7 @@ const DaemonState kStates[] = {
     {"DiesAfterTheReply", play<initAndReply, kHangUp>, allTurnedDown},
     {"DiesAfterHalfComplete", play<halfComplete, kHangUp>, allTurnedDown},
     {"DiesAfterComplete", play<wholeHandshake, kHangUp>, allTurnedDown},
+    {"ReadsNoMoreAfterComplete", readNoMore, allTurnedDown},
 };
 
 INSTANTIATE_TEST_SUITE_P(Daemon, DisableInHandshake, ::testing::ValuesIn(kStates),

@@ -14,6 +14,9 @@ bool startThreadWith(std::thread& out, const char* name, std::function<void()> b
 
 }  // namespace orb::utils
 
+// Whether startThread() has started the calling thread.
+bool isLibraryThread();
+
 // From now on new threads let SIGUSR1 through: the library has a handler for it.
 void letThreadsTakeUserSignal();
 

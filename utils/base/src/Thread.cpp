@@ -16,6 +16,7 @@ namespace {
 // Signals that tell a thread about its own fault must stay deliverable.
 constexpr int kUnblocked[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS};
 std::atomic<bool> userSignalTaken{false};
+thread_local bool tStartedHere = false;
 
 class BlockedSignals {
  public:
@@ -35,6 +36,7 @@ class BlockedSignals {
 };
 
 void runBody(const std::string& name, const std::function<void()>& body) noexcept {
+  tStartedHere = true;
   pthread_setname_np(pthread_self(), name.c_str());
   try {
     body();
@@ -48,6 +50,8 @@ void runBody(const std::string& name, const std::function<void()>& body) noexcep
 }
 
 }  // namespace
+
+bool isLibraryThread() { return tStartedHere; }
 
 void letThreadsTakeUserSignal() { userSignalTaken = true; }
 

@@ -59,9 +59,15 @@ std::shared_ptr<Semaphore> semaphoreOfThisReceiver();
 // True on the receiver thread that will signal @p semaphore: it must not wait for it.
 bool isReceiverThreadOf(const Semaphore* semaphore);
 
+// What a send on the calling thread needs besides @p flags: on an application's thread it must not
+// raise a signal.
+int sendFlags(int flags = 0);
+
 // Sends a complete frame on the socket of its (destination, session) in one call. False when there
 // is no such socket, when it is not @p only, or when the call took nothing. A short count passes as
-// success. May block in send, unless @p flags for it say otherwise.
+// success. May block in send, unless @p flags for it say otherwise. A socket that takes nothing any
+// more counts as lost: it is shut down, so that its receiver ends and tells the handler. That
+// there is no room without waiting is no such failure.
 bool sendIpc(ipcMsg_t* msg, int flags = 0, const UniqueFd* only = nullptr);
 
 struct ProcessUtilsWrapper {

@@ -214,5 +214,5 @@ void OrbIpcSession::answerHandshake(int fd, int32_t sessionId) {
   const int32_t reply[] = {kHandshakeResp, sessionId, static_cast<int32_t>(mOwn)};
   ORB_LOG_AS(3, kUnit, kHandshake, "Sending HANDSHAKE_RESP");
   // A reply that does not get out shows in the next receive.
-  (void)::send(fd, reply, sizeof(reply), 0);
+  (void)::send(fd, reply, sizeof(reply), sendFlags());
 }

@@ -153,6 +153,8 @@ void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* 
   ORB_LOGD("deregisterSocket: EXIT");
 }
 
+int sendFlags(int flags) { return isLibraryThread() ? flags : flags | MSG_NOSIGNAL; }
+
 bool sendIpc(ipcMsg_t* msg, int flags, const UniqueFd* only) {
   if (msg == nullptr) {
     ORB_LOGE("data null");
@@ -170,9 +172,13 @@ bool sendIpc(ipcMsg_t* msg, int flags, const UniqueFd* only) {
     socket = found->second;
   }
   ORB_LOGD("send: length: %ld", static_cast<long>(msg->payloadLength));
-  if (::send(socket->get(), msg, sizeof(ipcMsg_t) + msg->payloadLength, flags) > 0) return true;
+  const size_t size = sizeof(ipcMsg_t) + msg->payloadLength;
+  if (::send(socket->get(), msg, size, sendFlags(flags)) > 0) return true;
   const int error = errno;
   ORB_LOGE("send: failure, errno: %d(%s)", error, strerror(error));
+  const bool noRoom = (flags & MSG_DONTWAIT) != 0 && error == EAGAIN;
+  // The peer reads no more, but its end of the other direction may be open: nobody would ever tell.
+  if (!noRoom) shutdown(socket->get(), SHUT_RDWR);
   return false;
 }
 
