@@ -109,6 +109,8 @@ class Log {
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
     ~Writer() ORB_RELEASE();
+    // Whether the calling thread is inside the log.
+    static bool isHere();
 
    private:
     Mutex& mMutex;
@@ -135,6 +137,7 @@ class Log {
   static void stop(std::unique_ptr<std::thread>& thread, bool waitsForCaller);
 
   void writeRecord(int level, const LogLine& line);
+  // One request that waits is enough: the dump that it leads to takes whatever is queued by then.
   void requestDumpWhenFull();
   void queueRecord(const LogRecord& stamped, std::string_view message);
 
@@ -182,7 +185,6 @@ class Log {
   std::atomic<bool> logPermsEnabled{false};
 
   Mutex mutex;
-  static thread_local bool writing;  // this thread holds `mutex`
 
   // Encrypted logging.
   std::atomic<pid_t> encryptingProcess{0};

@@ -22,9 +22,11 @@ constexpr int kDecodeBuffLine = 303;
 constexpr size_t kDecodeBufferSize = 64;
 constexpr size_t kPersistSettingSize = 50;
 
-}  // namespace
+// This thread holds the log's mutex. In this file alone: a thread's variable with a name that
+// others may have is reached through symbols that the application's could take the place of.
+thread_local bool writing = false;
 
-thread_local bool Log::writing = false;
+}  // namespace
 
 Log::Writer::Writer(Mutex& mutex) : mMutex(mutex) {
   mutex.lock();
@@ -35,6 +37,8 @@ Log::Writer::~Writer() {
   writing = false;
   mMutex.unlock();
 }
+
+bool Log::Writer::isHere() { return writing; }
 
 void Log::addLogRecord(int level, const char* tag, const char* file, const char* function, int line,
                        const char* format, ...) {

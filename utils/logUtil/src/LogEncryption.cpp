@@ -135,7 +135,7 @@ bool Log::startEncryption(const std::vector<uint8_t>& aesKey, std::vector<uint8_
 // other thread; from inside a log call this thread holds the log itself.
 void Log::stopBeforeExit() {
   cryptoGone = true;
-  if (getpid() != encryptingProcess.load() || writing) return;
+  if (getpid() != encryptingProcess.load() || Writer::isHere()) return;
   for (int left = kExitTries; left > 0; --left) {
     if (mutex.try_lock()) {
       endEncryption();

@@ -115,7 +115,7 @@ void Log::release() {
   // The dumper logs, so it may be waiting for the very call that the caller is in; and the end of
   // the process does not wait for one that is stuck.
   const bool stuck = exiting && dumperThread != nullptr && !dumperEnded->decreaseFor(kExitPatience);
-  stop(dumperThread, writing || stuck);
+  stop(dumperThread, Writer::isHere() || stuck);
   LockGuard lock(lifecycleMutex);
   initialised = false;
   changing = false;
