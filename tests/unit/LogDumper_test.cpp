@@ -69,6 +69,22 @@ TEST_F(LogDumperTest, EveryRequestIsCompletedUnderItsName) {
   EXPECT_EQ(2u, completedDumps("USER_COMMAND"));
 }
 
+TEST_F(LogDumperTest, QueueThatFillsUpDuringADumpIsDumpedOnceMore) {
+  log.init("app");
+  {
+    const LockGuard lock(LogTestPeer::mutex());  // keeps the dumper from saying that it is done
+    log.addDumpRequest(Log::BUFFER_IS_FULL);
+    quiet::awaitThreads();
+    EXPECT_EQ(0u, LogTestPeer::queuedRequests());
+    for (int i = 0; i < 3000; ++i) LogTestPeer::queueRecord("text");
+    for (int i = 0; i < 10; ++i) log.printToAdb(3, "ORB", "File.cpp", "f", 1, "text");
+    EXPECT_EQ(1u, LogTestPeer::queuedRequests());
+  }
+  log.release();  // after the requests that were there before
+  EXPECT_EQ(2u, completedDumps("BUFFER_IS_FULL"));
+  EXPECT_EQ(0u, LogTestPeer::queuedRecords());
+}
+
 TEST_F(LogDumperTest, RecordWithoutAValidTimeIsLeftOut) {
   recording::setDiagListening(true);
   auto record = std::make_shared<Log::LogRecord>();

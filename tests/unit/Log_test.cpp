@@ -280,6 +280,20 @@ TEST_F(LogTest, FullQueueFilesARequestBeforeTheNextRecord) {
   EXPECT_EQ(3002u, LogTestPeer::queuedRecords());
 }
 
+TEST_F(LogTest, FullQueueHasOneRequestWaitingAtATime) {
+  LogTestPeer::setDeferred(true);
+  for (int i = 0; i < 3000; ++i) LogTestPeer::queueRecord("text");
+  log.addDumpRequest(Log::USER_COMMAND);
+  for (int i = 0; i < 1000; ++i) {
+    ORB_LOGD("text");
+    log.printToAdb(3, "ORB", "File.cpp", "f", 1, "text");
+    log.dMapLog(3, "text");
+  }
+  ASSERT_EQ(2u, LogTestPeer::queuedRequests());
+  EXPECT_EQ(Log::USER_COMMAND, LogTestPeer::takeRequest());
+  EXPECT_EQ(Log::BUFFER_IS_FULL, LogTestPeer::takeRequest());
+}
+
 TEST_F(LogTest, LinesOfManyThreadsAndTheirRecordsKeepOneOrder) {
   constexpr int kThreads = 4, kLines = 500;
   recording::setDiagListening(true);

@@ -32,6 +32,20 @@ TEST(ThreadSafeQueueTest, TryPopOfAnEmptyQueueLeavesTheItemAlone) {
   EXPECT_EQ(1, item);
 }
 
+TEST(ThreadSafeQueueTest, ItemPushedOnceWaitsOnceAtATime) {
+  ThreadSafeQueue<int> queue;
+  for (int i = 0; i < 3; ++i) {
+    queue.pushOnce(1);
+    queue.pushOnce(2);
+  }
+  EXPECT_EQ(2u, queue.size());
+  int item = 0;
+  EXPECT_TRUE(queue.tryPop(item));
+  EXPECT_EQ(1, item);
+  queue.pushOnce(1);
+  EXPECT_EQ(2u, queue.size()) << "it did not wait any more";
+}
+
 TEST(ThreadSafeQueueTest, ItemsNeedOnlyBeMovable) {
   ThreadSafeQueue<std::unique_ptr<int>> queue;
   queue.push(std::make_unique<int>(3));

@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <deque>
 #include <utility>
@@ -16,6 +17,14 @@ class ThreadSafeQueue {
   // Appends and wakes one waiter.
   void push(T item) {
     LockGuard lock(mMutex);
+    mItems.push_back(std::move(item));
+    mNotEmpty.notify_one();
+  }
+
+  // The same, unless an equal item waits already.
+  void pushOnce(T item) {
+    LockGuard lock(mMutex);
+    if (std::find(mItems.begin(), mItems.end(), item) != mItems.end()) return;
     mItems.push_back(std::move(item));
     mNotEmpty.notify_one();
   }

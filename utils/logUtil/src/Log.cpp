@@ -127,7 +127,12 @@ void Log::dMapLog(int level, const std::string& message) {
 }
 
 void Log::requestDumpWhenFull() {
-  if (records.size() >= kFullQueue) addDumpRequest(BUFFER_IS_FULL);
+  if (records.size() < kFullQueue) return;
+  try {
+    dumpRequests.pushOnce(BUFFER_IS_FULL);
+  } catch (const std::bad_alloc&) {
+    // The next record asks again.
+  }
 }
 
 void Log::queueRecord(const LogRecord& stamped, std::string_view message) {
