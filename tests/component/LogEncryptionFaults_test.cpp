@@ -248,7 +248,7 @@ TEST_F(LogEncryptionFaultsTest, MinusOneFromWrappingCountsAsSuccess) {
 
 // Encryption is stopped while the process exits; a forked child has no thread left that could let
 // go of the log.
-TEST_F(LogEncryptionFaultsTest, ForkedChildExitsWhateverAnotherThreadWasLogging) {
+TEST_F(LogEncryptionFaultsTest, ForkedChildLogsAndExitsWhateverAnotherThreadWasLogging) {
   configure();
   log.init("orb");
   std::promise<void> entered, leave;
@@ -262,7 +262,10 @@ TEST_F(LogEncryptionFaultsTest, ForkedChildExitsWhateverAnotherThreadWasLogging)
   const pid_t child = fork();
   if (child == 0) {
     alarm(10);
-    std::exit(7);
+    say("child");
+    log.dMapLog(4, "child");
+    log.init("child");
+    std::exit(recording::hasEndingWith(" child") ? 7 : 1);
   }
   int status = -1;
   EXPECT_EQ(child, waitpid(child, &status, 0));

@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -81,6 +82,7 @@ struct LogTestPeer {
   // As if the library had just been loaded.
   static void reset() {
     log().release();
+    new (&log().home) ProcessMark;
     resetEncryption();
     std::shared_ptr<Log::LogRecord> record;
     while (log().records.tryPop(record)) {

@@ -31,6 +31,8 @@ TEST(ProcessMark, BelongsToNobodyAtFirst) {
   EXPECT_FALSE(mark.isSet());
   EXPECT_FALSE(mark.isHere());
   EXPECT_FALSE(mark.isElsewhere());
+  EXPECT_FALSE(mark.isForked());
+  EXPECT_EQ(0, inChild([&] { return mark.isForked() ? 1 : 0; }));
 }
 
 TEST(ProcessMark, KnowsItsProcessFromAChild) {
@@ -38,7 +40,26 @@ TEST(ProcessMark, KnowsItsProcessFromAChild) {
   mark.set();
   EXPECT_TRUE(mark.isHere());
   EXPECT_FALSE(mark.isElsewhere());
-  EXPECT_EQ(1, inChild([&] { return mark.isElsewhere() && !mark.isHere() ? 1 : 0; }));
+  EXPECT_FALSE(mark.isForked());
+  EXPECT_EQ(
+      1, inChild([&] { return mark.isElsewhere() && mark.isForked() && !mark.isHere() ? 1 : 0; }));
+}
+
+TEST(ProcessMark, KnowsItsProcessFromAChildsChild) {
+  ProcessMark mark;
+  mark.set();
+  EXPECT_EQ(1, inChild([&] {
+              return inChild([&] { return mark.isElsewhere() && mark.isForked() ? 1 : 0; });
+            }));
+}
+
+TEST(ProcessMark, MovesToTheProcessThatSetsItAnew) {
+  ProcessMark mark;
+  mark.set();
+  EXPECT_EQ(1, inChild([&] {
+              mark.set();
+              return mark.isHere() && !mark.isForked() ? 1 : 0;
+            }));
 }
 
 TEST(ProcessMark, StaysWithTheFirstProcess) {

@@ -18,3 +18,8 @@ const int kRegistered = pthread_atfork(nullptr, nullptr, [] { ++generation; });
 uint64_t currentProcess() {
   return static_cast<uint64_t>(generation.load()) << 32 | static_cast<uint32_t>(getpid());
 }
+
+bool ProcessMark::isForked() const {
+  const uint64_t process = mProcess.load(std::memory_order_relaxed);
+  return process != 0 && process >> 32 != generation.load(std::memory_order_relaxed);
+}

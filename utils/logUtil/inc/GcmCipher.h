@@ -3,12 +3,13 @@
 #pragma once
 
 #include <openssl/types.h>
-#include <sys/types.h>
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+
+#include "Process.h"
 
 // AES-256-GCM under one key that is set once, for many messages: setting up a context and drawing a
 // few random bytes cost more than sealing a log line. Belongs to one thread at a time; the log
@@ -48,6 +49,5 @@ class GcmCipher {
   // use them: the pool belongs to the process that drew it.
   std::array<uint8_t, 85 * kIvSize> mPool{};
   size_t mPoolUsed = sizeof(mPool);
-  pid_t mPoolOwner = 0;
-  unsigned mPoolGeneration = 0;
+  ProcessMark mPoolOwner;
 };

@@ -20,6 +20,7 @@
 #include "LogFile.h"
 #include "LogLine.h"
 #include "Mutex.h"
+#include "Process.h"
 #include "Semaphore.h"
 #include "ThreadSafeQueue.h"
 
@@ -32,6 +33,10 @@
 // There is one object, built when the library is loaded and never destroyed: threads that still run
 // while the process exits may log, only its own two threads are stopped then. Any thread may log at
 // any time, before init() and after release() too; errno is left as it was.
+//
+// In a child forked from the process that called init(), lines go to the platform log and nowhere
+// else: the locks may have been taken by threads that are not there, files, keys and the diagnostic
+// channel are the parent's. `home` tells; it is looked at before any lock is taken.
 //
 // `mutex` makes addLogRecord, printVersion and dMapLog one at a time and guards the state of
 // encrypted logging. It is held over the hook call, the encryption and the diagnostic write, so
@@ -184,10 +189,10 @@ class Log {
   std::atomic<bool> dmapSuppressed{false};
   std::atomic<bool> logPermsEnabled{false};
 
+  ProcessMark home;  // the process that called init() first
   Mutex mutex;
 
   // Encrypted logging.
-  std::atomic<pid_t> encryptingProcess{0};
   std::atomic<bool> cryptoGone{false};  // the process ends
   bool encryptionEnabled ORB_GUARDED_BY(mutex) = false;
   GcmCipher recordCipher ORB_GUARDED_BY(mutex);  // holds the session key
@@ -212,7 +217,6 @@ class Log {
   std::unique_ptr<std::thread> timerThread;
   std::shared_ptr<Semaphore> dumperEnded;  // of the present dumper
   std::atomic<bool> exiting{false};
-  std::atomic<pid_t> threadsProcess{0};  // the process they run in; a forked child has none
 
   Mutex timerMutex;
   Condition timerWake;

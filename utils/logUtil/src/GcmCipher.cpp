@@ -8,10 +8,7 @@
 #include <openssl/evp.h>
 #include <openssl/params.h>
 #include <openssl/rand.h>
-#include <pthread.h>
-#include <unistd.h>
 
-#include <atomic>
 #include <cstring>
 
 namespace {
@@ -26,15 +23,6 @@ class ErrorScope {
   ErrorScope& operator=(const ErrorScope&) = delete;
   ~ErrorScope() { ERR_pop_to_mark(); }
 };
-
-// How many forks lead from the first process that asked to this one. Process numbers alone may come
-// again, after their end or in another namespace.
-unsigned forkGeneration() {
-  static std::atomic<unsigned> generation{0};
-  static const int registered = pthread_atfork(nullptr, nullptr, [] { ++generation; });
-  (void)registered;
-  return generation;
-}
 
 const uint8_t* bytes(std::string_view text) {
   return reinterpret_cast<const uint8_t*>(text.data());
@@ -95,15 +83,12 @@ bool GcmCipher::fillPool() {
 }
 
 bool GcmCipher::newIv(uint8_t* iv) {
-  const unsigned generation = forkGeneration();
-  const pid_t process = getpid();
-  if (mPoolOwner != process || mPoolGeneration != generation) {
+  if (!mPoolOwner.isHere()) {
     // The generator is the parent's as well: a new one is seeded anew.
     EVP_RAND_CTX_free(mRandom);
     mRandom = nullptr;
     mPoolUsed = mPool.size();
-    mPoolOwner = process;
-    mPoolGeneration = generation;
+    mPoolOwner.set();
   }
   if (mPoolUsed + kIvSize > mPool.size() && !fillPool()) return false;
   std::memcpy(iv, mPool.data() + mPoolUsed, kIvSize);

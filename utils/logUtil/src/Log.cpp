@@ -51,9 +51,13 @@ void Log::addLogRecord(int level, const char* tag, const char* file, const char*
 }
 
 void Log::writeRecord(int level, const LogLine& line) {
+  const char* const platformTag = logTag.load();
+  if (home.isForked()) {
+    __android_log_print(level, platformTag, "%s", line.text());
+    return;
+  }
   const Writer writer(mutex);
   const AlogFunction alog = orb_alog_fn.load();
-  const char* const platformTag = logTag.load();
   if (alog != nullptr) {
     alog(level, platformTag, "%s", line.text());
   } else {
@@ -83,6 +87,7 @@ void Log::printToAdb(int level, const char* tag, const char* file, const char* f
   const LogLine text(tag, file, function, line, format, args);
   va_end(args);
   __android_log_print(level, logTag.load(), "%s", text.text());
+  if (home.isForked()) return;
   requestDumpWhenFull();
   LogRecord record;
   record.stamp(level);
@@ -106,6 +111,7 @@ void Log::printVersion() {
 }
 
 void Log::dMapLog(int level, const std::string& message) {
+  if (home.isForked()) return;
   const ErrnoKeeper keeper;
   const Writer writer(mutex);
   if (dmapSuppressed.load()) return;
@@ -146,6 +152,7 @@ void Log::queueRecord(const LogRecord& stamped, std::string_view message) {
 }
 
 void Log::addDumpRequest(DumpRequestType type) {
+  if (home.isForked()) return;  // it has no dumper
   try {
     dumpRequests.push(type);
   } catch (const std::bad_alloc&) {

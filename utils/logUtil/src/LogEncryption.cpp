@@ -114,7 +114,6 @@ bool Log::startEncryption(const std::vector<uint8_t>& aesKey, std::vector<uint8_
   // libcrypto takes itself down while the process exits; threads that still log must not use it
   // then.
   static const bool stopsInTime = OPENSSL_atexit([] { getInstance()->stopBeforeExit(); }) == 1;
-  encryptingProcess = getpid();
   const Writer writer(mutex);
   if (!stopsInTime || !recordCipher.setKey(aesKey.data())) return false;
   wrappedKey = std::move(wrapped);
@@ -131,11 +130,11 @@ bool Log::startEncryption(const std::vector<uint8_t>& aesKey, std::vector<uint8_
 }
 
 // libcrypto is about to go. A record that is being sealed is waited for, but not a log call that is
-// stuck somewhere else: that one finds the flag when it comes to sealing. A forked child has no
-// other thread; from inside a log call this thread holds the log itself.
+// stuck somewhere else: that one finds the flag when it comes to sealing. A forked child has
+// nothing to stop; from inside a log call this thread holds the log itself.
 void Log::stopBeforeExit() {
   cryptoGone = true;
-  if (getpid() != encryptingProcess.load() || Writer::isHere()) return;
+  if (home.isElsewhere() || Writer::isHere()) return;
   for (int left = kExitTries; left > 0; --left) {
     if (mutex.try_lock()) {
       endEncryption();

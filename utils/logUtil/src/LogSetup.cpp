@@ -6,7 +6,6 @@
 #include <cutils/properties.h>
 #include <dlfcn.h>
 #include <signal.h>
-#include <unistd.h>
 
 #include <cinttypes>
 #include <climits>
@@ -73,6 +72,8 @@ const LoadedLog loadedLog;
 }  // namespace
 
 void Log::init(const char* tag) {
+  home.setOnce();
+  if (home.isElsewhere()) return;
   ifMemoryAllows([&] { setTag(tag); });
   {
     LockGuard lock(lifecycleMutex);
@@ -103,7 +104,7 @@ void Log::releaseAtExit() {
 }
 
 void Log::release() {
-  if (threadsProcess != 0 && threadsProcess != getpid()) return;
+  if (home.isElsewhere()) return;
   {
     LockGuard lock(lifecycleMutex);
     if (!initialised || changing) return;
@@ -203,7 +204,6 @@ void Log::eintrTestHandler(int signalNumber) {
 
 // A thread that cannot be had is done without: logging goes on, records may have to wait.
 void Log::startThreads() {
-  threadsProcess = getpid();
   dumpRequests.begin();
   const auto ended = std::make_shared<Semaphore>();
   dumperEnded = ended;
