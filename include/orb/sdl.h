@@ -116,6 +116,12 @@
  *    cases only, by exit(-1) on the thread that finds out: the descriptors of its event loop cannot
  *    be created, or a frame of the daemon does not fit in memory. Where the platform's setting for
  *    the permissions of encrypted logs is on, it sets the umask of the process.
+ *    Environment: do not change it (setenv, unsetenv, putenv) while an enable or create is under
+ *    way, for the first one reads it, on the caller's thread. Later the library's threads read it
+ *    only when the system's time zone file is replaced; but C libraries that look at TZ for every
+ *    local time, musl for one, do so whenever a record of the log has a new second: with these, do
+ *    not change it while a service is enabled. After a change of TZ call tzset(): the log follows
+ *    from the next second on.
  *
  * 9. Signals and cancellation. The library's threads block all signals except those that report a
  *    fault of the thread itself (SIGSEGV and the like), so handlers of the application do not run

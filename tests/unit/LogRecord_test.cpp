@@ -23,9 +23,15 @@ class LogRecordTest : public LogFixture {
     record.time = {kSecond, 45999};
     record.level = 6;
   }
-  ~LogRecordTest() override { unsetenv("TZ"); }
+  ~LogRecordTest() override {
+    unsetenv("TZ");
+    tzset();
+  }
 
-  static void setZone(const char* zone) { setenv("TZ", zone, 1); }
+  static void setZone(const char* zone) {
+    setenv("TZ", zone, 1);
+    tzset();
+  }
 
   Log::LogRecord record;
 };

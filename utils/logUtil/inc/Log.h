@@ -225,6 +225,11 @@ class Log {
   std::atomic<std::chrono::milliseconds> timerInterval{std::chrono::seconds(30)};
 };
 
+// Has localtime_r() know the present time zone. It may miss that the system's file was replaced, so
+// tzset() is called then, and only then: it reads the environment, which the application may be
+// changing on another thread. After a change of TZ it is for the application to call it.
+void followTimeZone();
+
 // The text of a property as an integer in decimal, "0x" hexadecimal or leading-zero octal; the
 // default when it is missing, no number, or above the range of int.
 int property_get_int32(const char* key, int defaultValue);

@@ -3,9 +3,11 @@
 //
 // Log records and their text.
 #include <android/log.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -16,10 +18,25 @@ namespace {
 
 constexpr std::string_view kLevelLetters = "XXVDIWEF";
 constexpr size_t kDateSize = 50;
+constexpr char kZoneFile[] = "/etc/localtime";
 
 char levelLetter(int level) {
   const size_t index = static_cast<size_t>(level);
   return index < kLevelLetters.size() ? kLevelLetters[index] : kLevelLetters[0];
+}
+
+// The file of the system's time zone as it is now, in a number that another file, or other
+// contents, would not have. Never 0.
+uint64_t zoneFile() {
+  struct stat status = {};
+  uint64_t mark = 1;
+  if (stat(kZoneFile, &status) != 0) return mark;
+  for (const auto part :
+       {static_cast<uint64_t>(status.st_dev), static_cast<uint64_t>(status.st_ino),
+        static_cast<uint64_t>(status.st_mtim.tv_sec),
+        static_cast<uint64_t>(status.st_mtim.tv_nsec)})
+    mark = (mark ^ part) * 0x9E3779B97F4A7C15u;
+  return mark | 1;
 }
 
 // Date and time of a second in local time, kept for the records that follow within it: the
@@ -36,7 +53,7 @@ const char* calendarText(time_t second) {
   if (calendar.valid && calendar.second == second) return calendar.text;
   calendar.valid = false;
   tm local{};
-  tzset();  // localtime_r alone need not notice a change
+  followTimeZone();
   if (localtime_r(&second, &local) == nullptr) return nullptr;
   if (std::strftime(calendar.text, sizeof calendar.text, "%F %X", &local) == 0)
     calendar.text[0] = '\0';
@@ -46,6 +63,12 @@ const char* calendarText(time_t second) {
 }
 
 }  // namespace
+
+void followTimeZone() {
+  static std::atomic<uint64_t> followed{0};
+  const uint64_t present = zoneFile();
+  if (followed.exchange(present) != present) tzset();
+}
 
 void Log::LogRecord::init(int recordLevel, const std::string& text) {
   stamp(recordLevel, dmap);

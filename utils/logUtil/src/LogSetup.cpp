@@ -90,6 +90,7 @@ void Log::init(const char* tag) {
 }
 
 void Log::setUp(const char* tag) {
+  followTimeZone();  // the first time here, where the application has called
   readProperties();
   ifMemoryAllows([&] { registerDiagCommand(); });
   ifMemoryAllows([&] { loadHook(); });
