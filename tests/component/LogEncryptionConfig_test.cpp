@@ -15,14 +15,20 @@ class LogEncryptionConfigTest : public LogEncryptionFixture {
  protected:
   // Starts with a configuration that cannot be used: its key's size is logged, the failure is said
   // through printToAdb, and the log goes on without encryption.
-  void expectOff(size_t keySize) {
+  void expectOff(size_t keySize, bool wrappingFails = false) {
     recording::clear();
     testing::internal::CaptureStderr();
     log.init("app");
     testing::internal::GetCapturedStderr();
     EXPECT_FALSE(LogTestPeer::encryptionEnabled());
     EXPECT_EQ(0u, ERR_peek_error());
-    const std::vector<recording::Line> lines = recording::lines();
+    std::vector<recording::Line> lines = recording::lines();
+    if (wrappingFails) {
+      ASSERT_EQ(5u, lines.size());
+      EXPECT_EQ(6, lines[2].priority);
+      EXPECT_TRUE(endsWith(lines[2].text, " encryptWithRSAPubKey failed")) << lines[2].text;
+      lines.erase(lines.begin() + 2);
+    }
     ASSERT_EQ(4u, lines.size());
     EXPECT_EQ("|ORB|Log::init:225 cannot open liborbalog.so", lines[0].text);
     EXPECT_EQ(6, lines[1].priority);
@@ -102,10 +108,32 @@ TEST_F(LogEncryptionConfigTest, FileWithoutAPublicKey) {
   expectOffWithKey(std::string(1000, '\0') + testkeys::ecPrivatePem());
 }
 
-TEST_F(LogEncryptionConfigTest, KeyThatCannotWrapASessionKey) {
-  expectOffWithKey(testkeys::madeUpPublicPem(512));
-  expectOffWithKey(testkeys::madeUpPublicPem(4104));
-  expectOffWithKey(testkeys::madeUpPublicPem(16384));
+TEST_F(LogEncryptionConfigTest, KeyThatIsUnsafeOrHasNoRoomInTheHeader) {
+  for (const std::string& pem :
+       {testkeys::madeUpPublicPem(2048, "1"), testkeys::madeUpPublicPem(2048, "10000"),
+        testkeys::madeUpPublicPem(4104), testkeys::madeUpPublicPem(16384)}) {
+    write(kConfig, head(3000, 3) + pem);
+    expectOff(pem.size(), true);
+  }
+}
+
+// The log is written, behind a header of zeros, and standard error says what that means.
+TEST_F(LogEncryptionConfigTest, KeyThatIsTooSmallGivesALogThatNobodyCanRead) {
+  const std::string pem = testkeys::madeUpPublicPem(512);
+  write(kConfig, head(3000, 3) + pem);
+  testing::internal::CaptureStderr();
+  log.init("orb");
+  for (int i = 0; i < 10; ++i) say("text");
+  EXPECT_EQ(
+      "RSA key of 512 bits cannot wrap a session key: nobody will be able to read the encrypted "
+      "logs\n",
+      testing::internal::GetCapturedStderr());
+  EXPECT_TRUE(LogTestPeer::encryptionEnabled());
+  EXPECT_FALSE(recording::hasEndingWith("C-Logging Init failed"));
+  const Bytes content = contentOf(fs::path(kMain) / "orb_log_p0_00");
+  ASSERT_GT(content.size(), kHeaderSize);
+  EXPECT_EQ(Bytes(kHeaderSize), Bytes(content.begin(), content.begin() + kHeaderSize));
+  EXPECT_EQ(11u, recordsOf(content).size());
 }
 
 // No key has a text of more than 64 KiB: what is longer is named with its length and not read.

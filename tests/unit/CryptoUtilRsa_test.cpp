@@ -37,6 +37,21 @@ class CryptoUtilRsaTest : public LogFixture {
     return load(crypto, pem, isPublic);
   }
 
+  // A set-up with this key fails, with these lines behind that of the key's size; what it prints.
+  static std::string expectRefused(std::string pem, const std::vector<std::string>& lines) {
+    Bytes session(3, 1), wrapped(3, 1);
+    recording::clear();
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(CryptoUtil().initializeRsaEncryption(session, wrapped, pem));
+    EXPECT_TRUE(session.empty());
+    EXPECT_TRUE(wrapped.empty());
+    const std::vector<std::string> texts = recording::texts();
+    EXPECT_EQ(1 + lines.size(), texts.size());
+    EXPECT_TRUE(endsWith(texts.at(0), " public_key size " + std::to_string(pem.size())));
+    for (size_t i = 0; i < lines.size(); ++i) EXPECT_TRUE(endsWith(texts.at(i + 1), lines[i]));
+    return testing::internal::GetCapturedStderr();
+  }
+
   const testkeys::RsaKey& key = testkeys::rsaKey(2048);
   const Bytes message = Bytes(32, 0x41);
 };
@@ -102,8 +117,22 @@ TEST_F(CryptoUtilRsaTest, TooLittleRoomGivesNothing) {
   ASSERT_TRUE(load(crypto, key.privatePem, kPrivate));
   Bytes small(255, 0x5A);
   EXPECT_EQ(0, crypto.encryptWithRSAPubKey(message, small));
-  EXPECT_EQ(0, crypto.decryptWithRSAPrivKey(Bytes(256), small));
   EXPECT_EQ(Bytes(255, 0x5A), small);
+  small.resize(message.size() - 1);
+  EXPECT_EQ(0, crypto.decryptWithRSAPrivKey(reference::oaepEncrypt(key.n, key.e, message), small));
+  EXPECT_EQ(Bytes(31, 0x5A), small);
+}
+
+TEST_F(CryptoUtilRsaTest, UnwrappingNeedsRoomForTheTextAlone) {
+  CryptoUtil crypto;
+  ASSERT_TRUE(load(crypto, key.privatePem, kPrivate));
+  for (const size_t size : {1u, 32u, 214u}) {
+    const Bytes text(size, 0x42);
+    Bytes out(size);
+    EXPECT_EQ(static_cast<int>(size),
+              crypto.decryptWithRSAPrivKey(reference::oaepEncrypt(key.n, key.e, text), out));
+    EXPECT_EQ(text, out);
+  }
 }
 
 TEST_F(CryptoUtilRsaTest, WithoutAKeyThereIsNothing) {
@@ -158,19 +187,21 @@ TEST_F(CryptoUtilRsaTest, WhatIsNoPrivateKeyIsRefused) {
   EXPECT_FALSE(takes(key.encryptedPem, kPrivate));  // and nobody is asked for its passphrase
 }
 
-TEST_F(CryptoUtilRsaTest, OnlySizesThatCanWrapASessionKeyAreTaken) {
-  EXPECT_FALSE(takes(testkeys::madeUpPublicPem(512), kPublic));
-  EXPECT_FALSE(takes(testkeys::madeUpPublicPem(584), kPublic));
-  EXPECT_TRUE(takes(testkeys::madeUpPublicPem(585), kPublic));
-  EXPECT_TRUE(takes(testkeys::madeUpPublicPem(4096), kPublic));
-  EXPECT_FALSE(takes(testkeys::madeUpPublicPem(4097), kPublic));
-  EXPECT_FALSE(takes(testkeys::madeUpPublicPem(16384), kPublic));
+TEST_F(CryptoUtilRsaTest, KeysOfAnySizeAndExponentAreTaken) {
+  for (const int bits : {512, 584, 585, 2048, 4096, 4097, 16384})
+    EXPECT_TRUE(takes(testkeys::madeUpPublicPem(bits), kPublic)) << bits;
+  for (const char* exponent : {"1", "3", "10000"})
+    EXPECT_TRUE(takes(testkeys::madeUpPublicPem(2048, exponent), kPublic)) << exponent;
 }
 
-TEST_F(CryptoUtilRsaTest, ExponentThatHidesNothingIsRefused) {
-  EXPECT_FALSE(takes(testkeys::madeUpPublicPem(2048, "1"), kPublic));
-  EXPECT_FALSE(takes(testkeys::madeUpPublicPem(2048, "10000"), kPublic));
-  EXPECT_TRUE(takes(testkeys::madeUpPublicPem(2048, "3"), kPublic));
+TEST_F(CryptoUtilRsaTest, KeyThatIsTooSmallForTheMessageGivesMinusOne) {
+  CryptoUtil crypto;
+  ASSERT_TRUE(load(crypto, testkeys::madeUpPublicPem(584), kPublic));
+  Bytes out(512, 0x5A);
+  EXPECT_EQ(-1, crypto.encryptWithRSAPubKey(message, out));
+  EXPECT_EQ(Bytes(512, 0x5A), out);
+  ASSERT_TRUE(load(crypto, testkeys::madeUpPublicPem(585), kPublic));
+  EXPECT_EQ(74, crypto.encryptWithRSAPubKey(message, out));
 }
 
 TEST_F(CryptoUtilRsaTest, RefusalIsPrintedWithItsReason) {
@@ -179,17 +210,48 @@ TEST_F(CryptoUtilRsaTest, RefusalIsPrintedWithItsReason) {
   load(crypto, "no key", kPublic, &printed);
   EXPECT_NE(std::string::npos, printed.find(":PEM routines:get_name:no start line:"));
   EXPECT_NE(std::string::npos, printed.find(":Expecting: PUBLIC KEY"));
-  load(crypto, testkeys::madeUpPublicPem(512), kPublic, &printed);
-  EXPECT_EQ("RSA key of 512 bits cannot wrap a session key\n", printed);
 }
 
-TEST_F(CryptoUtilRsaTest, OnlyItsLastReasonIsPrintedBehindErrorsOfTheApplication) {
+TEST_F(CryptoUtilRsaTest, WholeQueueIsPrintedWithErrorsOfTheApplicationFirst) {
   ERR_raise(ERR_LIB_USER, 77);
+  ERR_raise_data(ERR_LIB_SYS, ENOENT, "of the %s", "application");
   CryptoUtil crypto;
   std::string printed;
   load(crypto, "no key", kPublic, &printed);
-  EXPECT_EQ("error:0480006C:PEM routines::no start line\n", printed);
-  EXPECT_EQ(77, ERR_GET_REASON(ERR_get_error()));
+  size_t at = 0;
+  for (const char* part : {"reason(77)", ":No such file or directory:", ":of the application\n",
+                           ":no start line:", ":Expecting: PUBLIC KEY\n"}) {
+    at = printed.find(part, at);
+    EXPECT_NE(std::string::npos, at) << part << " in " << printed;
+  }
+  ERR_clear_error();
+}
+
+// Wherever they came from, and as often as a queue has room.
+TEST_F(CryptoUtilRsaTest, ErrorsOfTheApplicationStayAsTheyWere) {
+  for (const char* pem : {"no key", key.publicPem.c_str()}) {
+    for (int i = 0; i < 15; ++i) {
+      ERR_new();
+      ERR_set_debug("File.c", 100 + i, "function");
+      ERR_set_error(i % 2 == 0 ? ERR_LIB_USER : ERR_LIB_SYS, 1 + i, i % 3 == 0 ? nullptr : "%d", i);
+    }
+    CryptoUtil crypto;
+    std::string printed;
+    load(crypto, pem, kPublic, &printed);
+    for (int i = 0; i < 15; ++i) {
+      const char *file = "", *function = "", *data = "";
+      int line = 0, flags = 0;
+      const unsigned long code = ERR_get_error_all(&file, &line, &function, &data, &flags);
+      EXPECT_EQ(i % 2 == 0 ? ERR_LIB_USER : ERR_LIB_SYS, ERR_GET_LIB(code));
+      EXPECT_EQ(1 + i, ERR_GET_REASON(code));
+      EXPECT_STREQ("File.c", file);
+      EXPECT_EQ(100 + i, line);
+      EXPECT_STREQ("function", function);
+      EXPECT_EQ(i % 3 == 0 ? "" : std::to_string(i), data);
+      EXPECT_EQ(i % 3 != 0, (flags & ERR_TXT_STRING) != 0);
+    }
+    EXPECT_EQ(0u, ERR_peek_error());
+  }
 }
 
 TEST_F(CryptoUtilRsaTest, RefusedKeyTakesTheFormerWithIt) {
@@ -245,36 +307,51 @@ TEST_F(CryptoUtilRsaTest, SetUpDrawsANewKeyEachTime) {
   EXPECT_NE(first, second);
 }
 
-TEST_F(CryptoUtilRsaTest, SetUpWithoutAProperKeyLeavesNothing) {
-  for (const std::string& text :
-       {std::string(), key.privatePem, testkeys::ecPublicPem(), testkeys::madeUpPublicPem(512),
-        testkeys::madeUpPublicPem(16384)}) {
-    std::string pem = text;
-    Bytes session(3, 1), wrapped(3, 1);
-    recording::clear();
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(CryptoUtil().initializeRsaEncryption(session, wrapped, pem));
-    testing::internal::GetCapturedStderr();
-    EXPECT_TRUE(session.empty());
-    EXPECT_TRUE(wrapped.empty());
-    ASSERT_EQ(1u, recording::lines().size());
-    EXPECT_TRUE(endsWith(recording::texts()[0], " public_key size " + std::to_string(pem.size())));
+TEST_F(CryptoUtilRsaTest, SetUpWithoutAKeyLeavesNothing) {
+  for (const std::string& text : {std::string(), key.privatePem, testkeys::ecPublicPem()})
+    expectRefused(text, {});
+}
+
+TEST_F(CryptoUtilRsaTest, SetUpRefusesAKeyWithoutRoomInTheHeader) {
+  for (const int bits : {4097, 16384}) {
+    EXPECT_EQ(
+        "RSA key of " + std::to_string(bits) + " bits has no room in the header of a log file\n",
+        expectRefused(testkeys::madeUpPublicPem(bits), {" encryptWithRSAPubKey failed"}));
   }
 }
 
-// Whatever is not 0 counts as success, -1 too: the field then has nothing in it. libcrypto refuses
-// to wrap with an exponent of more than 64 bits in a large key.
+TEST_F(CryptoUtilRsaTest, SetUpRefusesAKeyThatHidesNothing) {
+  for (const char* exponent : {"1", "10000"}) {
+    EXPECT_EQ(
+        "RSA key of 2048 bits hides nothing: its exponent is 1 or even\n",
+        expectRefused(testkeys::madeUpPublicPem(2048, exponent), {" encryptWithRSAPubKey failed"}));
+  }
+}
+
+// Whatever is not 0 counts as success, -1 too: the field then has nothing in it, and that is said.
+// libcrypto refuses to wrap with a key that is smaller than what it wraps, and with an exponent of
+// more than 64 bits in a large key.
 TEST_F(CryptoUtilRsaTest, SetUpSucceedsWhenWrappingGivesMinusOne) {
-  std::string pem = testkeys::madeUpPublicPem(4096, "10000000000000001");
-  CryptoUtil crypto;
-  Bytes session, wrapped;
-  ASSERT_TRUE(load(crypto, pem, kPublic));
-  Bytes out(512);
-  ASSERT_EQ(-1, crypto.encryptWithRSAPubKey(message, out));
-  EXPECT_TRUE(crypto.initializeRsaEncryption(session, wrapped, pem));
-  EXPECT_EQ(32u, session.size());
-  EXPECT_EQ(Bytes(512), wrapped);
-  EXPECT_EQ(1u, recording::lines().size());
+  for (const auto& [bits, exponent] :
+       {std::pair(8, "3"), std::pair(512, "10001"), std::pair(584, "10001"),
+        std::pair(4096, "10000000000000001")}) {
+    std::string pem = testkeys::madeUpPublicPem(bits, exponent);
+    CryptoUtil crypto;
+    Bytes session, wrapped;
+    ASSERT_TRUE(load(crypto, pem, kPublic));
+    Bytes out(512);
+    ASSERT_EQ(-1, crypto.encryptWithRSAPubKey(message, out));
+    recording::clear();
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(crypto.initializeRsaEncryption(session, wrapped, pem));
+    EXPECT_EQ("RSA key of " + std::to_string(bits) +
+                  " bits cannot wrap a session key: nobody will be able to read the encrypted "
+                  "logs\n",
+              testing::internal::GetCapturedStderr());
+    EXPECT_EQ(32u, session.size());
+    EXPECT_EQ(Bytes(512), wrapped);
+    EXPECT_EQ(1u, recording::lines().size());
+  }
 }
 
 }  // namespace

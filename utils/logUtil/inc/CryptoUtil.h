@@ -28,12 +28,12 @@ class CryptoUtil {
   virtual ~CryptoUtil();
 
   // Takes the key in the PEM text: with isPublic a SubjectPublicKeyInfo block, else a private key.
-  // False, with libcrypto's errors on standard error, when there is none, or when a public key
-  // cannot wrap a session key: with too little room in it, or with more than kWrappedKeySize.
+  // False when there is none, with the thread's whole error queue of libcrypto on standard error.
+  // What the application had in that queue is there again afterwards, but for its marks.
   bool createRSA(std::string& pem, int isPublic);
-  // RSA with OAEP padding. `out` has the size that the caller gives it and must hold a block of the
-  // key's size. The result is libcrypto's, the length written or -1; 0 without a key or without
-  // room.
+  // RSA with OAEP padding. `out` has the size that the caller gives it: room for a block of the
+  // key's size, or for the text that comes out. The result is libcrypto's, the length written or
+  // -1; 0 without a key or without room.
   int encryptWithRSAPubKey(const Bytes& in, Bytes& out);
   int decryptWithRSAPrivKey(const Bytes& in, Bytes& out);
 
@@ -60,12 +60,17 @@ class CryptoUtil {
   bool getRandomBytes(Bytes& buf);
 
   // What an encrypted log starts with: a new session key and the same wrapped with the public key,
-  // in a field of kWrappedKeySize that ends in zeros. On failure both are empty.
+  // in a field of kWrappedKeySize that ends in zeros. It is all zeros, and standard error says so,
+  // when libcrypto could not wrap: with a key too small for that, for one. On failure both are
+  // empty; that also meets keys that would be unsafe, or whose block is larger than the field.
   bool initializeRsaEncryption(Bytes& aesKey, Bytes& wrappedKey, std::string& publicKeyPem);
   // The line that it begins with.
   static void logKeySize(size_t size);
 
  private:
+  // As encryptWithRSAPubKey, for the set-up of an encrypted log.
+  int wrapSessionKey(const Bytes& sessionKey, Bytes& wrapped);
+
   // Slots of the layout; never used.
   void* mReserved1 = nullptr;
   void* mReserved2 = nullptr;

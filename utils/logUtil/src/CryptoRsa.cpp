@@ -12,39 +12,65 @@
 #include <openssl/pem.h>
 #include <openssl/rsa.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "CryptoUtil.h"
 
 namespace {
 
-// What OAEP with SHA-1 takes of a block.
-constexpr int kOaepOverhead = 42;
-
-// An exponent of 1 would leave the session key as it is.
-bool canWrapSessionKey(const RSA* key) {
-  const int size = RSA_size(key);
+// With an exponent of 1 the block stays as it is, and with an even one it has no way back.
+bool hidesWhatItWraps(const RSA* key) {
   const BIGNUM* const exponent = RSA_get0_e(key);
-  return BN_is_odd(exponent) == 1 && BN_is_one(exponent) == 0 &&
-         size >= static_cast<int>(CryptoUtil::kAesKeySize) + kOaepOverhead &&
-         size <= static_cast<int>(CryptoUtil::kWrappedKeySize);
+  return BN_is_odd(exponent) == 1 && BN_is_one(exponent) == 0;
 }
 
 // The key must not wait for a passphrase on somebody's terminal.
 int noPassphrase(char*, int, int, void*) { return 0; }
 
-// libcrypto's errors since the mark, and the mark, off the thread's queue. With errors of the
-// application before them only the last can be told apart.
-void printErrorsSinceMark(bool othersBefore) {
-  if (!othersBefore) {
-    ERR_print_errors_fp(stderr);
-  } else if (const unsigned long error = ERR_peek_last_error()) {
-    char text[256];
-    ERR_error_string_n(error, text, sizeof text);
-    std::fprintf(stderr, "%s\n", text);
+// An entry of the thread's error queue.
+struct QueuedError {
+  unsigned long code = 0;
+  int line = 0;
+  bool hasText = false;
+  std::string file, function, text;
+};
+using QueuedErrors = std::vector<QueuedError>;
+
+QueuedErrors takeErrors() {
+  QueuedErrors errors;
+  QueuedError error;
+  const char *file, *function, *text;
+  int flags = 0;
+  while ((error.code = ERR_get_error_all(&file, &error.line, &function, &text, &flags)) != 0) {
+    error.hasText = (flags & ERR_TXT_STRING) != 0;
+    error.file = file;
+    error.function = function;
+    error.text = error.hasText ? text : "";
+    errors.push_back(error);
   }
-  ERR_pop_to_mark();
+  return errors;
+}
+
+void queueErrors(const QueuedErrors& errors) {
+  for (const QueuedError& error : errors) {
+    ERR_new();
+    ERR_set_debug(error.file.c_str(), error.line, error.function.c_str());
+    ERR_set_error(ERR_GET_LIB(error.code), ERR_GET_REASON(error.code),
+                  error.hasText ? "%s" : nullptr, error.text.c_str());
+  }
+}
+
+// The whole queue, as if the two were in it together; then it is empty.
+void printErrors(const QueuedErrors& before) {
+  const QueuedErrors own = takeErrors();
+  queueErrors(before);
+  ERR_print_errors_fp(stderr);
+  queueErrors(own);
+  ERR_print_errors_fp(stderr);
 }
 
 struct BioFree {
@@ -61,24 +87,16 @@ CryptoUtil::~CryptoUtil() {
 bool CryptoUtil::createRSA(std::string& pem, int isPublic) {
   RSA_free(mRsa);
   mRsa = nullptr;
-  const bool othersBefore = ERR_peek_error() != 0;
-  ERR_set_mark();
+  const QueuedErrors before = takeErrors();
   const std::unique_ptr<BIO, BioFree> bio(
       BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())));
   if (bio) {
     mRsa = isPublic != 0 ? PEM_read_bio_RSA_PUBKEY(bio.get(), nullptr, noPassphrase, nullptr)
                          : PEM_read_bio_RSAPrivateKey(bio.get(), nullptr, noPassphrase, nullptr);
   }
-  if (mRsa != nullptr && isPublic != 0 && !canWrapSessionKey(mRsa)) {
-    std::fprintf(stderr, "RSA key of %d bits cannot wrap a session key\n", RSA_bits(mRsa));
-    RSA_free(mRsa);
-    mRsa = nullptr;
-    ERR_pop_to_mark();
-  } else if (mRsa == nullptr) {
-    printErrorsSinceMark(othersBefore);
-  } else {
-    ERR_pop_to_mark();
-  }
+  if (mRsa == nullptr) printErrors(before);
+  ERR_clear_error();
+  queueErrors(before);
   return mRsa != nullptr;
 }
 
@@ -92,10 +110,36 @@ int CryptoUtil::encryptWithRSAPubKey(const Bytes& in, Bytes& out) {
 }
 
 int CryptoUtil::decryptWithRSAPrivKey(const Bytes& in, Bytes& out) {
-  if (mRsa == nullptr || static_cast<int>(out.size()) < RSA_size(mRsa)) return 0;
+  if (mRsa == nullptr) return 0;
+  Bytes text(static_cast<size_t>(RSA_size(mRsa)));  // how long it is shows only afterwards
   ERR_set_mark();
-  const int size = RSA_private_decrypt(static_cast<int>(in.size()), in.data(), out.data(), mRsa,
-                                       RSA_PKCS1_OAEP_PADDING);
+  int size = RSA_private_decrypt(static_cast<int>(in.size()), in.data(), text.data(), mRsa,
+                                 RSA_PKCS1_OAEP_PADDING);
   ERR_pop_to_mark();
+  if (size > static_cast<int>(out.size())) size = 0;
+  if (size > 0) std::copy_n(text.begin(), size, out.begin());
+  wipe(text);
   return size;
+}
+
+int CryptoUtil::wrapSessionKey(const Bytes& sessionKey, Bytes& wrapped) {
+  const int bits = RSA_bits(mRsa);
+  if (!hidesWhatItWraps(mRsa)) {
+    std::fprintf(stderr, "RSA key of %d bits hides nothing: its exponent is 1 or even\n", bits);
+    return 0;
+  }
+  if (RSA_size(mRsa) > static_cast<int>(kWrappedKeySize)) {
+    std::fprintf(stderr, "RSA key of %d bits has no room in the header of a log file\n", bits);
+    return 0;
+  }
+  const int result = encryptWithRSAPubKey(sessionKey, wrapped);
+  if (result < 0) {
+    std::fprintf(stderr,
+                 "RSA key of %d bits cannot wrap a session key: nobody will be able to read the "
+                 "encrypted logs\n",
+                 bits);
+    // Whatever libcrypto got to, nothing of the key goes into a file.
+    std::fill(wrapped.begin(), wrapped.end(), uint8_t{0});
+  }
+  return result;
 }

@@ -180,7 +180,7 @@ bool CryptoUtil::initializeRsaEncryption(Bytes& aesKey, Bytes& wrappedKey,
   }
   wrappedKey.assign(kWrappedKeySize, 0);
   // -1 counts as success: only a result of 0 says that there is no wrapped key.
-  if (encryptWithRSAPubKey(aesKey, wrappedKey) == 0) {
+  if (wrapSessionKey(aesKey, wrappedKey) == 0) {
     ORB_LOGE("encryptWithRSAPubKey failed");
     wipe(aesKey);
     wrappedKey.clear();
