@@ -1,0 +1,76 @@
+#!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+#
+# What scripts/sandbox promises: sandbox.sh SANDBOX. Works in the current directory, which the sandbox
+# keeps writable. A lock on a file tells who is left: it is free once nobody has the file open.
+set -euo pipefail
+
+sandbox=$1
+work=$(mktemp -d "$PWD/sandbox-test.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+lock=$work/lock
+export work lock
+
+fail() {
+  echo "FAILED: $1" >&2
+  exit 1
+}
+inside() { "$sandbox" bash -euc "$1"; }
+expect_status() {
+  local wanted=$1 status=0
+  inside "$2" || status=$?
+  ((status == wanted)) || fail "status $status of: $2"
+}
+nothing_left() { flock --timeout 60 "$lock" true || fail "$1 outlives the sandbox"; }
+
+# A daemon in full: nobody's child, a session of its own, no terminal, no pipe. It has the lock.
+# shellcheck disable=SC2016
+leave='exec 8>"$lock"
+  flock 8
+  (setsid sleep 600 </dev/null >/dev/null 2>&1 &)
+  ! flock --nonblock "$lock" true'
+
+check() {
+  expect_status 0 true
+  expect_status 7 'exit 7'
+  # shellcheck disable=SC2016
+  expect_status $((128 + 15)) 'kill -TERM $$'
+  [[ $(echo text | "$sandbox" cat) == text ]] || fail "standard input"
+
+  inside 'grep -qx "CapEff:[[:blank:]]*0*" /proc/self/status' || fail "capabilities"
+  inside 'grep -q "^[^ ]* /proc/sys [^ ]* ro[, ]" /proc/mounts' || fail "/proc/sys is not read-only"
+  # Only opened, in case it can be.
+  inside '! { : >>/proc/sys/kernel/core_uses_pid; } 2>/dev/null' || fail "/proc/sys can be written"
+  # shellcheck disable=SC2016
+  inside '[[ -d /proc/$$/task/$$ ]]' || fail "/proc does not know the processes"
+
+  expect_status 0 "$leave"
+  nothing_left "a daemon"
+  expect_status 7 "$leave; exit 7"
+  nothing_left "a daemon of a command that fails"
+}
+
+check
+
+# Whoever kills the sandbox itself ends what is in it, too.
+mkfifo "$work/ready"
+"$sandbox" bash -euc "$leave; echo >\"\$work/ready\"; exec sleep 600" &
+read -r <"$work/ready"
+kill -KILL $!
+wait $! 2>/dev/null || true
+nothing_left "a daemon of a sandbox that was killed"
+
+# Where no /proc can be mounted.
+mkdir "$work/bin"
+cat >"$work/bin/bwrap" <<EOF
+#!/bin/bash
+for argument; do [[ \$argument != --proc ]] || exit 1; done
+exec $(type -P bwrap) "\$@"
+EOF
+chmod +x "$work/bin/bwrap"
+PATH=$work/bin:$PATH
+[[ $("$sandbox" readlink /proc/self/ns/pid) == "$(readlink /proc/self/ns/pid)" ]] ||
+  fail "the stand-in for bwrap is not used"
+check
+echo "alike with and without process numbers of its own"
