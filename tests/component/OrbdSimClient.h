@@ -241,6 +241,12 @@ class LogLines {
   std::vector<std::string> mLines;
 };
 
+// How lines about the first session begin: this process is its client.
+inline std::string sessionOf(uint32_t endpoint) {
+  return "session 1 pid " + std::to_string(::getpid()) + " endpoint " + std::to_string(endpoint) +
+         " ";
+}
+
 class OrbdSimTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -260,7 +266,7 @@ class OrbdSimTest : public ::testing::Test {
     mDaemon = std::make_unique<Daemon>(options);
     ASSERT_TRUE(mDaemon->start()) << mDaemon->error();
   }
-  std::string path() const { return mDirectory + "/dev/socket/orb"; }
+  std::string path() const { return mDirectory + "/orb"; }
   Daemon& daemon() { return *mDaemon; }
 
   std::string mDirectory;

@@ -165,13 +165,14 @@ TEST_F(OrbdSimLceTest, LogTellsEachEventInOneLine) {
   }
   ASSERT_TRUE(daemon().waitForSessionsClosed(1));
   daemon().stop();
-  EXPECT_EQ((std::vector<std::string>{
-                "listening on " + path(), "session 1 pid 105 open",
-                "session 1 pid 105 lce: SET_REPORTING_CRITERIA txn=12 first=[3 4] second=[] "
-                "value1=0 value2=0 network=NONE",
-                "session 1 pid 105 lce: -> SET_REPORTING_CRITERIA_ASYNC_RESULT txn=12 error=NONE",
-                "session 1 pid 105 closed", "stopped"}),
-            log.lines());
+  EXPECT_EQ(
+      (std::vector<std::string>{
+          "listening on " + path(), sessionOf(kLcePid) + "open",
+          sessionOf(kLcePid) + "lce: SET_REPORTING_CRITERIA txn=12 first=[3 4] second=[] "
+                               "value1=0 value2=0 network=NONE",
+          sessionOf(kLcePid) + "lce: -> SET_REPORTING_CRITERIA_ASYNC_RESULT txn=12 error=NONE",
+          sessionOf(kLcePid) + "closed", "stopped"}),
+      log.lines());
 }
 
 TEST(LinkModelTest, SameSeedGivesSameEstimates) {

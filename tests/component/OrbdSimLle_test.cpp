@@ -180,10 +180,10 @@ TEST_F(OrbdSimLleTest, LogTellsEachEventInOneLine) {
   client().close();
   ASSERT_TRUE(daemon().waitForSessionsClosed(1));
   mDaemon.reset();
-  const std::string session = "session 1 pid 106 lle: ";
+  const std::string session = sessionOf(kLlePid) + "lle: ";
   EXPECT_EQ(
       (std::vector<std::string>{
-          "listening on " + path(), "session 1 pid 106 open", session + "ENABLE enable=true",
+          "listening on " + path(), sessionOf(kLlePid) + "open", session + "ENABLE enable=true",
           session + "-> STATUS_IND SUCCESS", session + "GET_LAST_ESTIMATION_REPORT",
           session + "-> GET_REPORT_RESP status=false rat=WCDMA ul_status=0 ul_latency=0 "
                     "ul_variance=0 dl_status=0 dl_latency=0 dl_variance=0 interval=0",
@@ -195,7 +195,7 @@ TEST_F(OrbdSimLleTest, LogTellsEachEventInOneLine) {
               " dl_status=1 dl_latency=" + std::to_string(report.dl_latency_estimation()) +
               " dl_variance=" + std::to_string(report.dl_variance_estimation()) + " interval=0",
           session + "request of 2 bytes cannot be read", session + "-> STATUS_IND INVALID_ARG",
-          "session 1 pid 106 closed", "stopped"}),
+          sessionOf(kLlePid) + "closed", "stopped"}),
       log.lines());
 }
 

@@ -192,9 +192,9 @@ TEST_F(OrbdSimLliTest, LogTellsEachEventInOneLine) {
   client().close();
   ASSERT_TRUE(daemon().waitForSessionsClosed(1));
   mDaemon.reset();
-  const std::string session = "session 1 pid 107 lli: ";
+  const std::string session = sessionOf(kLliPid) + "lli: ";
   EXPECT_EQ((std::vector<std::string>{
-                "listening on " + path(), "session 1 pid 107 open",
+                "listening on " + path(), sessionOf(kLliPid) + "open",
                 session + "REG_LINK_INTERRUPT_IND register=true", session + "-> STATUS_IND SUCCESS",
                 session +
                     "-> LLI_IND_RESP info=PRE_HANDOFF state=ENTRY source=LLI_3GPP_LTE "
@@ -204,7 +204,7 @@ TEST_F(OrbdSimLliTest, LogTellsEachEventInOneLine) {
                     " duration=" + std::to_string(step.estimated_interruption_duration()),
                 session + "REG_LINK_INTERRUPT_IND register=false",
                 session + "-> STATUS_IND SUCCESS", session + "ENABLE",
-                session + "-> STATUS_IND INVALID_ARG", "session 1 pid 107 closed", "stopped"}),
+                session + "-> STATUS_IND INVALID_ARG", sessionOf(kLliPid) + "closed", "stopped"}),
             log.lines());
 }
 

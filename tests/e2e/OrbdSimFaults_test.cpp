@@ -3,6 +3,10 @@
 // The daemon stand-in that misbehaves on purpose, as an application sees it through the library.
 #include <gtest/gtest.h>
 
+#include <set>
+#include <string>
+#include <vector>
+
 #include "Application.h"
 #include "RecordingPlatform.h"
 #include "orbsim/Daemon.h"
@@ -133,6 +137,40 @@ TEST(OrbdSimFaultList, WrongWordsAreNamedAndChangeNothing) {
   EXPECT_FALSE(faults.parse("silent=1", error));
   EXPECT_EQ("takes no number: silent=1", error);
   EXPECT_TRUE(faults.parse("silent,connections=3", error));
+}
+
+// Of all pairs of words, in either order, these alone are more than one of the two.
+TEST(OrbdSimFaultList, WordsThatExcludeEachOtherAreRefused) {
+  const std::vector<std::string> words = {
+      "refuse",      "no-accept",  "silent",         "stop-after-init",
+      "half-record", "wrong-id",   "die-after-init", "die-after-response",
+      "no-read",     "no-answer",  "garbage",        "cut-frame",
+      "close-after", "connections"};
+  std::set<std::set<std::string>> possible = {{"no-answer", "close-after"},
+                                              {"garbage", "close-after"}};
+  for (size_t i = 2; i < words.size(); ++i) {
+    if (words[i] != "no-read") possible.insert({words[i], "connections"});
+  }
+  const auto item = [](const std::string& word) {
+    return word == "close-after" || word == "connections" ? word + "=3" : word;
+  };
+  for (const std::string& first : words) {
+    for (const std::string& second : words) {
+      orbsim::Faults faults;
+      std::string error;
+      const bool taken = faults.parse(item(first) + "," + item(second), error);
+      EXPECT_EQ(first != second && possible.count({first, second}) == 1, taken)
+          << first << " " << second;
+      if (taken) continue;
+      EXPECT_EQ(first == second ? "given twice: " + first
+                                : first + " and " + second + " exclude each other",
+                error);
+    }
+  }
+  orbsim::Faults faults;
+  std::string error;
+  EXPECT_TRUE(faults.parse("close-after=3,connections=2,garbage", error)) << error;
+  EXPECT_FALSE(faults.parse("close-after=3,connections=2,cut-frame", error));
 }
 
 }  // namespace

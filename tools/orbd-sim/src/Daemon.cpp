@@ -12,7 +12,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <system_error>
 #include <utility>
 
@@ -38,8 +37,12 @@ Daemon::~Daemon() { stop(); }
 bool Daemon::start() {
   if (running()) return true;
   mError.clear();
-  if (mWake.fd() < 0) return fail("eventfd");
-  if (!openListener()) return false;
+  if (mWake.fd() < 0) return fail("eventfd", socketPath());
+  if (!makeDirectory()) return false;
+  if (!openListener()) {
+    removeDirectory();
+    return false;
+  }
   {
     std::lock_guard<std::mutex> lock(mLock);
     mRunning = true;
@@ -50,6 +53,7 @@ bool Daemon::start() {
     mAcceptThread = std::thread(&Daemon::acceptLoop, this);
   } catch (const std::system_error& error) {
     closeListener();
+    removeDirectory();
     std::lock_guard<std::mutex> lock(mLock);
     mRunning = false;
     mError = error.what();
@@ -59,30 +63,53 @@ bool Daemon::start() {
   return true;
 }
 
+// A missing directory elsewhere is a mistake in the path: made on the way, it would stay and be in
+// somebody's way.
+bool Daemon::makeDirectory() {
+  if (socketPath() != kSocketPath) return true;
+  if (::mkdir(kSocketDirectory, 0755) != 0) {
+    return errno == EEXIST || fail("mkdir", kSocketDirectory);
+  }
+  mMadeDirectory = true;
+  mControl.log("made %s", kSocketDirectory);
+  // Whatever the umask says, applications of every user connect.
+  if (::chmod(kSocketDirectory, 0755) == 0) return true;
+  fail("chmod", kSocketDirectory);
+  removeDirectory();
+  return false;
+}
+
+void Daemon::removeDirectory() {
+  if (!mMadeDirectory) return;
+  mMadeDirectory = false;
+  if (::rmdir(kSocketDirectory) == 0) {
+    mControl.log("removed %s", kSocketDirectory);
+  } else {
+    mControl.log("left %s: %s", kSocketDirectory, std::strerror(errno));
+  }
+}
+
 bool Daemon::openListener() {
   const std::string& path = socketPath();
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
   if (path.empty() || path.size() >= sizeof(address.sun_path)) {
     errno = ENAMETOOLONG;
-    return fail("socket path");
+    return fail("socket path", path);
   }
   std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
 
-  std::error_code ignored;  // a directory that cannot be made shows in bind
-  const std::filesystem::path parent = std::filesystem::path(path).parent_path();
-  if (!parent.empty()) std::filesystem::create_directories(parent, ignored);
   struct stat status = {};
   if (::lstat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode)) {
     if (someoneListens(address)) {
       errno = EADDRINUSE;
-      return fail("bind");
+      return fail("bind", path);
     }
     ::unlink(path.c_str());
   }
 
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  if (fd < 0) return fail("socket");
+  if (fd < 0) return fail("socket", path);
   const char* failed = nullptr;
   if (::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
     failed = "bind";
@@ -92,7 +119,7 @@ bool Daemon::openListener() {
     failed = "listen";
   }
   if (failed != nullptr) {
-    fail(failed);
+    fail(failed, path);
     ::close(fd);
     return false;
   }
@@ -101,8 +128,8 @@ bool Daemon::openListener() {
   return true;
 }
 
-bool Daemon::fail(const char* what) {
-  mError = std::string(what) + " " + socketPath() + ": " + std::strerror(errno);
+bool Daemon::fail(const char* what, const std::string& path) {
+  mError = std::string(what) + " " + path + ": " + std::strerror(errno);
   return false;
 }
 
@@ -123,6 +150,7 @@ void Daemon::stop() {
     ended.swap(mSessions);
   }
   for (Entry& entry : ended) entry.thread.join();
+  removeDirectory();
   std::lock_guard<std::mutex> lock(mLock);
   mRunning = false;
   mNextId = 1;

@@ -12,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 #include "orbsim/Handshake.h"
 
@@ -33,31 +34,73 @@ const char Faults::kHelp[] =
     "                       connection is closed.\n"
     "  close-after=N        A connection is closed after N frames.\n"
     "  connections=N        The faults of a connection hit the first N only; later ones are\n"
-    "                       served properly.\n";
+    "                       served properly.\n"
+    "\n"
+    "Faults that exclude each other are refused, and so is a word that is given twice:\n"
+    "  refuse, no-accept, no-read           stand alone\n"
+    "  silent ... die-after-response        one of them, with connections\n"
+    "  no-answer, garbage                   one of them, with close-after and connections\n"
+    "  cut-frame                            with connections\n"
+    "  close-after                          with no-answer, garbage and connections\n";
 
+namespace {
+
+// What a fault is about, and the other things that nothing is left of once it happens: who is not
+// let in shakes no hands, who does not shake hands sends no requests, who is not read is not
+// answered.
+enum About : unsigned {
+  kEntry = 1 << 0,
+  kHandshake = 1 << 1,
+  kInput = 1 << 2,
+  kAnswer = 1 << 3,
+  kEnd = 1 << 4,
+  kNumberOfConnections = 1 << 5,
+  kEverything = (1 << 6) - 1,
+  kNoSession = kHandshake | kInput | kAnswer | kEnd
+};
+
+}  // namespace
+
+// Two words exclude each other when one of them leaves nothing of what the other is about. Each
+// word excludes itself at least: it cannot be meant twice.
 struct Faults::Word {
   const char* name;
   bool takesNumber;
+  unsigned about;
+  unsigned excludes;
   void (*set)(Faults& faults, uint32_t number);
+
+  bool excludesOrIsExcludedBy(const Word& other) const {
+    return (excludes & other.about) != 0 || (other.excludes & about) != 0;
+  }
 };
 
+// A daemon stops reading all its connections at once, so that is for no number of them.
 const Faults::Word Faults::kWords[] = {
-    {"refuse", false, [](Faults& f, uint32_t) { f.mRefuse = true; }},
-    {"no-accept", false, [](Faults& f, uint32_t) { f.mNoAccept = true; }},
-    {"silent", false, [](Faults& f, uint32_t) { f.mHandshake = Handshake::kSilent; }},
-    {"stop-after-init", false,
+    {"refuse", false, kEntry, kEverything, [](Faults& f, uint32_t) { f.mRefuse = true; }},
+    {"no-accept", false, kEntry, kEverything, [](Faults& f, uint32_t) { f.mNoAccept = true; }},
+    {"silent", false, kHandshake, kNoSession,
+     [](Faults& f, uint32_t) { f.mHandshake = Handshake::kSilent; }},
+    {"stop-after-init", false, kHandshake, kNoSession,
      [](Faults& f, uint32_t) { f.mHandshake = Handshake::kStopAfterInit; }},
-    {"half-record", false, [](Faults& f, uint32_t) { f.mHandshake = Handshake::kHalfRecord; }},
-    {"wrong-id", false, [](Faults& f, uint32_t) { f.mHandshake = Handshake::kWrongId; }},
-    {"die-after-init", false, [](Faults& f, uint32_t) { f.mHandshake = Handshake::kDieAfterInit; }},
-    {"die-after-response", false,
+    {"half-record", false, kHandshake, kNoSession,
+     [](Faults& f, uint32_t) { f.mHandshake = Handshake::kHalfRecord; }},
+    {"wrong-id", false, kHandshake, kNoSession,
+     [](Faults& f, uint32_t) { f.mHandshake = Handshake::kWrongId; }},
+    {"die-after-init", false, kHandshake, kNoSession,
+     [](Faults& f, uint32_t) { f.mHandshake = Handshake::kDieAfterInit; }},
+    {"die-after-response", false, kHandshake, kNoSession,
      [](Faults& f, uint32_t) { f.mHandshake = Handshake::kDieAfterResponse; }},
-    {"no-read", false, [](Faults& f, uint32_t) { f.mNoRead = true; }},
-    {"no-answer", false, [](Faults& f, uint32_t) { f.mAnswers = Answers::kNone; }},
-    {"garbage", false, [](Faults& f, uint32_t) { f.mAnswers = Answers::kGarbage; }},
-    {"cut-frame", false, [](Faults& f, uint32_t) { f.mAnswers = Answers::kCut; }},
-    {"close-after", true, [](Faults& f, uint32_t number) { f.mCloseAfter = number; }},
-    {"connections", true, [](Faults& f, uint32_t number) { f.mConnections = number; }},
+    {"no-read", false, kInput, kEverything, [](Faults& f, uint32_t) { f.mNoRead = true; }},
+    {"no-answer", false, kAnswer, kAnswer,
+     [](Faults& f, uint32_t) { f.mAnswers = Answers::kNone; }},
+    {"garbage", false, kAnswer, kAnswer,
+     [](Faults& f, uint32_t) { f.mAnswers = Answers::kGarbage; }},
+    {"cut-frame", false, kAnswer, kAnswer | kEnd,
+     [](Faults& f, uint32_t) { f.mAnswers = Answers::kCut; }},
+    {"close-after", true, kEnd, kEnd, [](Faults& f, uint32_t number) { f.mCloseAfter = number; }},
+    {"connections", true, kNumberOfConnections, kNumberOfConnections,
+     [](Faults& f, uint32_t number) { f.mConnections = number; }},
 };
 
 namespace {
@@ -95,6 +138,7 @@ class Counter {
 
 bool Faults::parse(const std::string& list, std::string& error) {
   Faults read;
+  std::vector<const Word*> given;
   for (size_t start = 0; start <= list.size();) {
     const size_t comma = std::min(list.find(',', start), list.size());
     const std::string item = list.substr(start, comma - start);
@@ -116,6 +160,13 @@ bool Faults::parse(const std::string& list, std::string& error) {
       error = (found->takesNumber ? "not a number from 1: " : "takes no number: ") + item;
       return false;
     }
+    for (const Word* const other : given) {
+      if (!found->excludesOrIsExcludedBy(*other)) continue;
+      error = found == other ? "given twice: " + name
+                             : std::string(other->name) + " and " + name + " exclude each other";
+      return false;
+    }
+    given.push_back(found);
     found->set(read, number);
   }
   *this = read;

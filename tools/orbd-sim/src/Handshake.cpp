@@ -33,7 +33,7 @@ bool readHandshakeReply(int fd, HandshakeReply& reply) {
   }
   std::memcpy(&reply.type, reply.bytes.data(), sizeof(reply.type));
   std::memcpy(&reply.sessionId, reply.bytes.data() + 4, sizeof(reply.sessionId));
-  std::memcpy(&reply.processId, reply.bytes.data() + 8, sizeof(reply.processId));
+  std::memcpy(&reply.endpoint, reply.bytes.data() + 8, sizeof(reply.endpoint));
   return true;
 }
 

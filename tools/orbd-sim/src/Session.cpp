@@ -18,7 +18,18 @@
 
 namespace orbsim {
 
-Session::Session(int fd, uint32_t id, Control& control) : mId(id), mControl(control), mFd(fd) {}
+namespace {
+
+int processBehind(int fd) {
+  ucred peer = {};
+  socklen_t size = sizeof(peer);
+  return ::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
+}
+
+}  // namespace
+
+Session::Session(int fd, uint32_t id, Control& control)
+    : mId(id), mControl(control), mProcess(processBehind(fd)), mFd(fd) {}
 
 Session::~Session() {
   if (mFd >= 0) ::close(mFd);  // only when run() never ran
@@ -41,7 +52,7 @@ bool Session::handshake() {
   HandshakeReply reply;
   const bool done = performHandshake(mFd, mId, reply);
   if (!reply.bytes.empty()) mControl.recorder().handshakeReply(reply.bytes);
-  mProcessId.store(static_cast<uint64_t>(static_cast<int64_t>(reply.processId)));
+  mEndpoint.store(static_cast<uint64_t>(static_cast<int64_t>(reply.endpoint)));
   if (!done) log("handshake failed after %zu bytes", reply.bytes.size());
   return done;
 }
@@ -109,7 +120,7 @@ bool Session::handleInput() {
 
 void Session::handleFrame(const Frame& frame) {
   mClientSpoke = true;
-  if (processId() == 0) mProcessId.store(frame.header.source);
+  if (endpoint() == 0) mEndpoint.store(frame.header.source);
   mControl.recorder().frame(frame);
   const FrameHandler handler = mControl.frameHandler();
   if (handler && handler(*this, frame)) return;
@@ -180,7 +191,7 @@ size_t Session::queuedBytes() const {
 Header Session::headerFor(uint64_t messageId, size_t payloadLength) const {
   Header header;
   header.source = kDaemonProcessId;
-  header.destination = processId();
+  header.destination = endpoint();
   header.messageId = messageId;
   header.sessionId = mId;
   header.payloadLength = payloadLength;
@@ -258,7 +269,8 @@ void Session::log(const char* format, ...) {
   va_start(arguments, format);
   std::vsnprintf(text, sizeof(text), format, arguments);
   va_end(arguments);
-  mControl.log("session %u pid %lld %s", mId, static_cast<long long>(processId()), text);
+  mControl.log("session %u pid %d endpoint %lld %s", mId, mProcess,
+               static_cast<long long>(endpoint()), text);
 }
 
 }  // namespace orbsim

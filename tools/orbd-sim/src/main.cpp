@@ -6,6 +6,7 @@
 
 #include <getopt.h>
 #include <signal.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <chrono>
@@ -28,7 +29,10 @@ const char kHelp[] =
     "Play the system daemon: serve link capacity (LCE), link latency (LLE) and link interruption\n"
     "(LLI) on its socket and log what clients do.\n"
     "\n"
-    "  -s, --socket PATH    Listen on PATH. [Default: /dev/socket/orb]\n"
+    "  -s, --socket PATH    Listen on PATH. Its directory must exist; that of the default alone "
+    "is\n"
+    "                       made where it is missing, and removed at the end.\n"
+    "                       [Default: /dev/socket/orb]\n"
     "  -i, --interval MS    Send a report, or play a step of a handoff, every MS milliseconds to\n"
     "                       clients that asked for it; 0 for none. [Default: 500]\n"
     "  -S, --seed N         Start the models of link and handoffs from N. [Default: 1]\n"
@@ -36,7 +40,7 @@ const char kHelp[] =
     "  -q, --quiet          Log nothing.\n"
     "  -h, --help           Print this text and exit.\n"
     "\n"
-    "Faults, for an application's error paths; any may be combined:\n";
+    "Faults, for an application's error paths:\n";
 const char kHelpEnd[] =
     "\n"
     "SIGINT and SIGTERM end it.\n"
@@ -49,6 +53,14 @@ struct Arguments {
   orbsim::Faults faults;
   bool quiet = false;
 };
+
+// Where only the directory of the default path is made, a missing one is wrong use.
+bool placeExists(const std::string& socketPath) {
+  const size_t slash = socketPath.rfind('/');
+  if (socketPath == orbsim::kSocketPath || slash == std::string::npos) return true;
+  struct stat status = {};
+  return ::stat(socketPath.substr(0, slash + 1).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
 
 bool parseNumber(const char* text, unsigned long long limit, unsigned long long& value) {
   if (*text < '0' || *text > '9') return false;  // strtoull takes signs and blanks
@@ -72,6 +84,10 @@ int parseArguments(int argc, char** argv, Arguments& arguments) {
   while ((choice = getopt_long(argc, argv, "s:i:S:f:qh", kOptions, nullptr)) != -1) {
     switch (choice) {
       case 's':
+        if (!placeExists(optarg)) {
+          std::fprintf(stderr, "orbd-sim: --socket: its directory does not exist: %s\n", optarg);
+          return kExitUsage;
+        }
         arguments.options.socketPath = optarg;
         break;
       case 'i':

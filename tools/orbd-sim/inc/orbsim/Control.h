@@ -20,9 +20,13 @@ namespace orbsim {
 
 class Session;
 
+// Where clients look for the daemon. A platform has the directory, a desktop has not.
+constexpr char kSocketDirectory[] = "/dev/socket";
+constexpr char kSocketPath[] = "/dev/socket/orb";
+
 // How a daemon is set up; fixed for its life.
 struct Options {
-  std::string socketPath = "/dev/socket/orb";
+  std::string socketPath = kSocketPath;
   int backlog = 16;
   std::chrono::milliseconds reportInterval{500};  // 0: no periodic reports
   uint64_t seed = 1;                              // of the services' models

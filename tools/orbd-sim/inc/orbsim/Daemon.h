@@ -40,12 +40,14 @@ class Daemon {
   Daemon(const Daemon&) = delete;
   Daemon& operator=(const Daemon&) = delete;
 
-  // Creates the socket's directories, takes the place of a socket that nobody listens on, listens.
-  // False with error() set when that fails; true when it is running already. A started daemon
-  // counts session ids from 1 again, as a restarted process would.
+  // Takes the place of a socket that nobody listens on, listens. The socket's directory must exist;
+  // that of kSocketPath alone is made where it is missing. False with error() set when that fails;
+  // true when it is running already. A started daemon counts session ids from 1 again, as a
+  // restarted process would.
   bool start();
   // Closes listener and sessions and waits for the threads, also for clients that do not read.
-  // Not from a hook. A daemon that was stopped can be started again; scripts and records stay.
+  // A directory that start() made goes again. Not from a hook. A daemon that was stopped can be
+  // started again; scripts and records stay.
   void stop();
   bool running() const;
   const std::string& error() const { return mError; }
@@ -123,8 +125,10 @@ class Daemon {
   State state(uint32_t sessionId) const {
     return mControl.recorder().state<State>(sessionId);
   }
+  bool makeDirectory();
+  void removeDirectory();
   bool openListener();
-  bool fail(const char* what);
+  bool fail(const char* what, const std::string& path);
   void acceptLoop();
   void acceptOne();
   void pauseAccepting();
@@ -136,8 +140,9 @@ class Daemon {
 
   Control mControl;
   WakeFd mWake;
-  std::string mError;         // the owner's thread only
-  std::thread mAcceptThread;  // the owner's thread only
+  std::string mError;           // the owner's thread only
+  std::thread mAcceptThread;    // the owner's thread only
+  bool mMadeDirectory = false;  // the owner's thread only
 
   mutable std::mutex mLock;
   bool mRunning = false;

@@ -11,14 +11,14 @@
 namespace orbsim {
 
 // A daemon that misbehaves as a list of words says, for developers who want to see their error
-// paths run. The words are independent of each other; kHelp lists them. Set up once by the owner of
-// a daemon and then not needed any more: the daemon keeps what it was told.
+// paths run. kHelp lists the words and says which can be combined. Set up once by the owner of a
+// daemon and then not needed any more: the daemon keeps what it was told.
 class Faults {
  public:
   static const char kHelp[];
 
-  // Reads "word[=number],...". False with a message when a word is unknown or its number is
-  // missing, superfluous or out of range; nothing is changed then.
+  // Reads "word[=number],...". False with a message when a word is unknown, its number is missing,
+  // superfluous or out of range, or two words exclude each other; nothing is changed then.
   bool parse(const std::string& list, std::string& error);
   // Before start(): a daemon with these faults.
   void prepare(Daemon& daemon) const;

@@ -22,7 +22,7 @@ struct HandshakeReply {
   Blob bytes;  // what was received, even when it was cut short
   int32_t type = 0;
   uint32_t sessionId = 0;
-  int32_t processId = 0;
+  int32_t endpoint = 0;
 };
 
 // Sends one record of the daemon in one piece: clients take a record for one read.

@@ -34,7 +34,7 @@ class Session {
 
   uint32_t id() const { return mId; }
   // The client's endpoint number: from its handshake, else from its first frame; 0 until then.
-  uint64_t processId() const { return mProcessId.load(); }
+  uint64_t endpoint() const { return mEndpoint.load(); }
   bool established() const { return mEstablished.load(); }
   bool finished() const { return mFinished.load(); }
 
@@ -69,7 +69,8 @@ class Session {
 
   const uint32_t mId;
   Control& mControl;
-  std::atomic<uint64_t> mProcessId{0};
+  const int mProcess;  // that connected; 0 where it has no number on this side
+  std::atomic<uint64_t> mEndpoint{0};
   std::atomic<bool> mEstablished{false};
   std::atomic<bool> mFinished{false};
 
