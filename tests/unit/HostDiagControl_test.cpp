@@ -92,6 +92,7 @@ class HostDiagControlTest : public testing::Test {
   const TempDirectory directory;
   const std::string socket = directory / "control";
   const std::string file = directory / "packets";
+  const std::string missing = directory / "missing/file";  // in a folder that does not exist
   HostDiag diag = load();
 
  private:
@@ -351,7 +352,7 @@ TEST_F(HostDiagControlTest, FileInTheWayStays) {
 
 TEST_F(HostDiagControlTest, PathThatCannotBeServedIsToldAndDoneWithout) {
   for (const auto& [path, reason] :
-       {std::make_pair(std::string("/nonexistent/socket"), "No such file or directory"),
+       {std::make_pair(missing, "No such file or directory"),
         std::make_pair("/" + std::string(200, 'x'), "File name too long")}) {
     loadWith("ORB_DIAG_SOCKET", path.c_str());
     EXPECT_EQ("libdiag: cannot serve " + path + ": " + reason + "\n",

@@ -35,6 +35,8 @@ class TempFile {
     unlink(mPath);
   }
   const char* path() const { return mPath; }
+  // A path that nothing can be at.
+  std::string below() const { return path() + std::string("/file"); }
   int fd() const { return mFd; }
   std::string text() const { return readAll(mFd); }
   void write(const std::string& text) {
@@ -211,7 +213,8 @@ class HostPropertiesTest : public HostPlatformTest {
 TEST_F(HostPropertiesTest, MissingPropertyGivesTheDefault) {
   EXPECT_EQ("fallback", get("fallback"));
   EXPECT_EQ("", get(nullptr));
-  loadWith("ORB_PROPERTIES_FILE", "/nonexistent/file");
+  const TempFile file;
+  loadWith("ORB_PROPERTIES_FILE", file.below().c_str());
   EXPECT_EQ("fallback", get("fallback"));
 }
 
@@ -310,7 +313,8 @@ TEST_F(HostDiagTest, PacketsAreAppendedToTheFile) {
 }
 
 TEST_F(HostDiagTest, PacketThatCannotBeWrittenIsDropped) {
-  loadWith("ORB_DIAG_FILE", "/nonexistent/file");
+  const TempFile file;
+  loadWith("ORB_DIAG_FILE", file.below().c_str());
   logCommit(logAlloc(0x1E15, 20));
   unsetenv("ORB_DIAG_FILE");
   load();
