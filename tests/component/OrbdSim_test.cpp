@@ -5,12 +5,10 @@
 
 #include <sys/stat.h>
 
-#include <fstream>
 #include <future>
 #include <thread>
 
 #include "Descriptors.h"
-#include "FewDescriptors.h"
 #include "OrbdSimClient.h"
 #include "orbsim/Handshake.h"
 
@@ -298,71 +296,6 @@ TEST_F(OrbdSimTest, StaleSocketIsReplacedAndLiveOneIsNot) {
   ASSERT_EQ(0, ::bind(stale, reinterpret_cast<sockaddr*>(&address), sizeof(address)));
   ::close(stale);
   EXPECT_TRUE(second.start()) << second.error();
-}
-
-TEST_F(OrbdSimTest, MissingDirectoryIsNotMade) {
-  Options options;
-  options.socketPath = mDirectory + "/missing/orb";
-  Daemon other(options);
-  EXPECT_FALSE(other.start());
-  EXPECT_EQ("bind " + options.socketPath + ": No such file or directory", other.error());
-  EXPECT_FALSE(std::filesystem::exists(mDirectory + "/missing"));
-}
-
-// The sandbox has the directory that a desktop has not.
-class OrbdSimDefaultPlaceTest : public ::testing::Test {
- protected:
-  OrbdSimDefaultPlaceTest() {
-    Options options;
-    options.log = log.sink();
-    daemon = std::make_unique<Daemon>(options);
-  }
-  void TearDown() override { std::filesystem::create_directory(kDirectory); }
-
-  const std::string kDirectory = "/dev/socket";
-  LogLines log;
-  std::unique_ptr<Daemon> daemon;
-};
-
-TEST_F(OrbdSimDefaultPlaceTest, MissingDirectoryIsMadeForEverybodyAndRemoved) {
-  ASSERT_TRUE(std::filesystem::remove(kDirectory));
-  const mode_t mask = ::umask(077);
-  ASSERT_TRUE(daemon->start()) << daemon->error();
-  ::umask(mask);
-  struct stat status = {};
-  ASSERT_EQ(0, ::stat(kDirectory.c_str(), &status));
-  EXPECT_EQ(S_IFDIR | 0755u, status.st_mode);
-  daemon->stop();
-  EXPECT_FALSE(std::filesystem::exists(kDirectory));
-  EXPECT_EQ((std::vector<std::string>{"made /dev/socket", "listening on /dev/socket/orb",
-                                      "removed /dev/socket", "stopped"}),
-            log.lines());
-}
-
-TEST_F(OrbdSimDefaultPlaceTest, DirectoryThatWasThereStays) {
-  ASSERT_TRUE(daemon->start()) << daemon->error();
-  daemon->stop();
-  EXPECT_TRUE(std::filesystem::exists(kDirectory));
-  EXPECT_EQ((std::vector<std::string>{"listening on /dev/socket/orb", "stopped"}), log.lines());
-}
-
-TEST_F(OrbdSimDefaultPlaceTest, DirectoryThatOthersUseStays) {
-  ASSERT_TRUE(std::filesystem::remove(kDirectory));
-  ASSERT_TRUE(daemon->start()) << daemon->error();
-  std::ofstream(kDirectory + "/other") << "text";
-  daemon->stop();
-  EXPECT_TRUE(std::filesystem::remove(kDirectory + "/other"));
-  EXPECT_EQ("left /dev/socket: Directory not empty", log.lines().at(2));
-}
-
-TEST_F(OrbdSimDefaultPlaceTest, NothingStaysWhenTheSocketCannotBeMade) {
-  ASSERT_TRUE(std::filesystem::remove(kDirectory));
-  {
-    const FewDescriptors few(0);
-    EXPECT_FALSE(daemon->start());
-  }
-  EXPECT_EQ("socket /dev/socket/orb: Too many open files", daemon->error());
-  EXPECT_FALSE(std::filesystem::exists(kDirectory));
 }
 
 TEST_F(OrbdSimTest, SocketIsOpenToEveryUser) {
