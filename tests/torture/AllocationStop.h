@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <utility>
+
+namespace torture {
+
+// Stops a call of the library in the midst of its steps, at an allocation. Its source replaces the
+// program's operator new, which is the library's as well. Belongs to the thread that makes it.
+class AllocationStop {
+ public:
+  // While it lives, this thread's allocation number @p number, from 1, runs @p action first.
+  AllocationStop(size_t number, std::function<void()> action);
+  AllocationStop(const AllocationStop&) = delete;
+  AllocationStop& operator=(const AllocationStop&) = delete;
+  ~AllocationStop();
+
+  // Whether that allocation was made.
+  bool reached() const { return mLeft == 0; }
+
+  // What operator new tells.
+  static void allocating();
+
+ private:
+  size_t mLeft;
+  const std::function<void()> mAction;
+};
+
+}  // namespace torture
