@@ -1,0 +1,358 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// Forks again and again while all services are enabled and traffic is under way, and looks how each
+// child ends. Arguments: the logging property, the number of forks.
+#include <poll.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "../bench/NullPlatform.h"
+#include "../support/QuietThreads.h"
+#include "Functions.h"
+#include "Torture.h"
+#include "process_end.h"
+
+#ifdef __SANITIZE_ADDRESS__
+// A child has the memory of threads that it does not have; that is no leak.
+extern "C" __attribute__((used)) const char* __asan_default_options() { return "detect_leaks=0"; }
+#endif
+
+using namespace torture;
+using std::chrono::milliseconds;
+
+namespace {
+
+// What a child tells by its exit status; a call that was not refused, by its number behind the
+// last one.
+enum Status { kGood = 20, kCallback, kGrandchild, kNotRefused };
+
+// A child that takes longer hangs; the machine may be busy.
+constexpr int kDeadline = 10000;
+// While a callback waits for such a child, no answer comes.
+constexpr milliseconds kPatience(4 * kDeadline);
+// After so many there is no point in going on.
+constexpr uint64_t kHangs = 20;
+// One fork of so many is done inside a callback.
+constexpr uint64_t kInsideEvery = 8;
+
+const pid_t gProgram = getpid();
+
+// What the callbacks of the program have heard. Never destroyed. mMutex guards all and is not for
+// children.
+class Heard {
+ public:
+  static Heard& get() {
+    static Heard* const heard = new Heard;
+    return *heard;
+  }
+  enum What { kStatusOfLli, kLastOfLce, kLastOfLle, kReports, kDowns, kWhat };
+  void add(What what) {
+    if (getpid() != gProgram) _exit(kCallback);
+    const std::lock_guard<std::mutex> lock(mMutex);
+    ++mCounts[what];
+    mChanged.notify_all();
+  }
+  uint64_t count(What what) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return mCounts[what];
+  }
+  bool waitFor(What what, uint64_t count) {
+    std::unique_lock<std::mutex> lock(mMutex);
+    return mChanged.wait_for(lock, kPatience, [&] { return mCounts[what] >= count; });
+  }
+
+ private:
+  std::mutex mMutex;
+  std::condition_variable mChanged;
+  std::array<uint64_t, kWhat> mCounts{};
+};
+
+// The fork that is to be done inside a callback. mMutex guards the action, which runs without it.
+class Inside {
+ public:
+  static Inside& get() {
+    static Inside* const inside = new Inside;
+    return *inside;
+  }
+  void run(std::function<void()> action) {
+    std::unique_lock<std::mutex> lock(mMutex);
+    mAction = std::move(action);
+    mDone = false;
+    mChanged.wait(lock, [this] { return mDone; });
+  }
+  void callback() {
+    std::function<void()> action;
+    {
+      const std::lock_guard<std::mutex> lock(mMutex);
+      action.swap(mAction);
+    }
+    if (!action) return;
+    action();
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mDone = true;
+    mChanged.notify_all();
+  }
+
+ private:
+  std::mutex mMutex;
+  std::condition_variable mChanged;
+  std::function<void()> mAction;
+  bool mDone = false;
+};
+
+const Callbacks& callbacks() {
+  static const auto status = [](status_e value) {
+    if (value == STATUS_SERVICE_DOWN) Heard::get().add(Heard::kDowns);
+  };
+  static const auto ignore = [](auto...) {};
+  static const auto report = [](auto...) {
+    Heard::get().add(Heard::kReports);
+    Inside::get().callback();
+  };
+  static const Callbacks all{status, ignore,
+                             ignore, [](auto...) { Heard::get().add(Heard::kLastOfLce); },
+                             report, status,
+                             ignore, [](auto...) { Heard::get().add(Heard::kLastOfLle); },
+                             report, [](status_e) { Heard::get().add(Heard::kStatusOfLli); },
+                             ignore, ignore};
+  return all;
+}
+
+// Threads that ask, each when it has got its answer, and one that enables and disables LLI.
+class Askers {
+ public:
+  Askers() {
+    keep(Heard::kLastOfLce, [] { lceGetLastEstimationReport(callbacks().lceLast); });
+    keep(Heard::kLastOfLle, [] { lleGetLastEstimationReport(callbacks().lleLast); });
+    keep(Heard::kStatusOfLli, [] {
+      orb_lli_disable();
+      orb_lli_enable(callbacks().lliStatus);
+    });
+  }
+  ~Askers() {
+    mStop = true;
+    for (std::thread& thread : mThreads) thread.join();
+  }
+
+ private:
+  void keep(Heard::What answer, void (*ask)()) {
+    mThreads.emplace_back([this, answer, ask] {
+      while (!mStop) {
+        const uint64_t before = Heard::get().count(answer);
+        ask();
+        if (!Heard::get().waitFor(answer, before + 1)) unanswered(answer);
+      }
+    });
+  }
+  [[noreturn]] static void unanswered(Heard::What answer) {
+    constexpr const char* kAsked[] = {"LLI was not enabled", "LCE gave no report",
+                                      "LLE gave no report"};
+    printf("fork exit: %s\n", kAsked[answer]);
+    abort();
+  }
+  std::atomic<bool> mStop{false};
+  std::vector<std::thread> mThreads;
+};
+
+int64_t refusalOf(const std::string& name) {
+  if (name.find("able") != std::string::npos) return 0;  // enable and disable
+  if (name.find("create") == 0 || name.find("destroy") == 0) return -1;
+  return -5;
+}
+void callAll() {
+  int number = 0;
+  for (const Function& function : functions()) {
+    if (function.call(callbacks()) != refusalOf(function.name)) _exit(kNotRefused + number);
+    ++number;
+  }
+}
+
+const char* gOnlyWay = nullptr;
+bool gCallsAtExit = false;
+
+// The ways for a child to end.
+struct Way {
+  const char* name;
+  void (*end)();
+};
+const Way kWays[] = {
+    {"exit", [] { exit(kGood); }},
+    {"_exit", [] { _exit(kGood); }},
+    {"calls, then exit",
+     [] {
+       callAll();
+       exit(kGood);
+     }},
+    {"calls in an exit handler",
+     [] {
+       gCallsAtExit = true;
+       exit(kGood);
+     }},
+    {"exit of a child's child", [] {
+       const pid_t child = fork();
+       if (child == 0) {
+         prctl(PR_SET_PDEATHSIG, SIGKILL);
+         exit(kGood);
+       }
+       int status = 0;
+       waitpid(child, &status, 0);
+       exit(WIFEXITED(status) && WEXITSTATUS(status) == kGood ? kGood : kGrandchild);
+     }}};
+
+const Way& wayOf(uint64_t fork) {
+  for (const Way& way : kWays) {
+    if (gOnlyWay != nullptr && strcmp(gOnlyWay, way.name) == 0) return way;
+  }
+  return kWays[fork % std::size(kWays)];
+}
+
+// What became of the children, by a description of each end.
+class Children {
+ public:
+  // A child that ends as @p way wants.
+  void fork(const Way& way) {
+    ++mForks;
+    const pid_t child = ::fork();
+    if (child == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGKILL);
+      way.end();
+      abort();
+    }
+    if (child < 0) {
+      ++mEnds["not forked"];
+      return;
+    }
+    if (!ends(child)) {
+      kill(child, SIGKILL);
+      ++mHangs;
+      ++mEnds[std::string(way.name) + ": hung"];
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (WIFEXITED(status)) {
+      told(way, WEXITSTATUS(status));
+    } else if (WTERMSIG(status) != SIGKILL) {
+      ++mEnds[std::string(way.name) + ": " + strsignal(WTERMSIG(status))];
+    }
+  }
+  bool allGood() const { return mEnds.empty(); }
+  bool hopeless() const { return mHangs >= kHangs; }
+  void print() const {
+    printf("fork exit: %llu forks", static_cast<unsigned long long>(mForks));
+    for (const auto& [end, count] : mEnds) {
+      printf("; %llu %s", static_cast<unsigned long long>(count), end.c_str());
+    }
+    printf("\n");
+  }
+
+ private:
+  static bool ends(pid_t child) {
+    pollfd end = {static_cast<int>(syscall(SYS_pidfd_open, child, 0)), POLLIN, 0};
+    if (end.fd < 0) abort();
+    const bool ended = poll(&end, 1, kDeadline) != 0;
+    close(end.fd);
+    return ended;
+  }
+  void told(const Way& way, int status) {
+    if (status == kGood) return;
+    std::string end = std::string(way.name) + ": status " + std::to_string(status);
+    if (status == kCallback) end = "callback in a child";
+    if (status == kGrandchild) end = "the child's child did not end well";
+    if (status >= kNotRefused && status < kNotRefused + static_cast<int>(functions().size())) {
+      end = std::string(functions()[static_cast<size_t>(status - kNotRefused)].name) +
+            " was not refused";
+    }
+    ++mEnds[end];
+  }
+
+  uint64_t mForks = 0;
+  uint64_t mHangs = 0;
+  std::map<std::string, uint64_t> mEnds;
+};
+
+void startServices() {
+  enable(callbacks(), kLce);
+  enable(callbacks(), kLle);
+  enable(callbacks(), kLli);
+  if (!Heard::get().waitFor(Heard::kStatusOfLli, 1)) abort();
+}
+void startReports() {
+  setCriteria(callbacks().lceCriteria);
+  lceRegEstimationReports(callbacks().lceReport);
+  lcePerformReportingAction(LCE_REPORTING_ACTION_START);
+  lleRegEstimationReports(callbacks().lleReport);
+  lleSetReportingCriteria(1);
+}
+bool reportsFlow() {
+  return Heard::get().waitFor(Heard::kReports, Heard::get().count(Heard::kReports) + 30);
+}
+
+bool forkUnderTraffic(Children& children, uint64_t forks) {
+  startReports();
+  if (!reportsFlow()) return false;
+  const Askers askers;
+  for (uint64_t i = 0; i < forks && !children.hopeless(); ++i) {
+    const Way& way = wayOf(i);
+    Watchdog::step("fork %llu, %s", static_cast<unsigned long long>(i + 1), way.name);
+    if (i % kInsideEvery == 0) {
+      Inside::get().run([&] { children.fork(way); });
+    } else {
+      children.fork(way);
+    }
+  }
+  return reportsFlow();
+}
+// The memory of a checker has locks that a child may find taken for ever.
+bool forkInSilence(Children& children, uint64_t forks) {
+  for (uint64_t i = 0; i < forks && !children.hopeless(); ++i) {
+    const Way& way = wayOf(i);
+    Watchdog::step("fork %llu, %s", static_cast<unsigned long long>(i + 1), way.name);
+    quiet::awaitThreads();
+    children.fork(way);
+  }
+  startReports();
+  return reportsFlow();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 3) return 2;
+  gOnlyWay = argv[3];
+  nullplatform::setLogging(argv[1]);
+  nullplatform::setListening(true);
+  setvbuf(stdout, nullptr, _IONBF, 0);  // a child must not write what its parent has not written
+  atexit([] {
+    if (gCallsAtExit) callAll();
+  });
+  startServices();
+  const uint64_t forks = strtoull(argv[2], nullptr, 10);
+  Children children;
+  const bool flows = kChecked ? forkInSilence(children, forks) : forkUnderTraffic(children, forks);
+  children.print();
+  const uint64_t downs = Heard::get().count(Heard::kDowns);
+  if (!flows) printf("fork exit: the reports have ended\n");
+  if (downs > 0)
+    printf("fork exit: %llu connections lost\n", static_cast<unsigned long long>(downs));
+  bool disabled = true;
+  for (const Service service : {kLce, kLle, kLli}) disabled = disable(service) == 1 && disabled;
+  if (!disabled) printf("fork exit: a disable was refused\n");
+  const bool good = children.allGood() && flows && downs == 0 && disabled;
+  return good ? process_end::kExpected : 1;
+}
