@@ -12,30 +12,9 @@
 #include <utility>
 #include <vector>
 
-#include "Functions.h"
+#include "Kinds.h"
 
 namespace torture {
-
-// The kinds of callbacks, service after service.
-enum Kind {
-  kLceStatus,
-  kLceStatusV2,
-  kLceCriteria,
-  kLceLast,
-  kLceReport,
-  kLleStatus,
-  kLleStatusV2,
-  kLleLast,
-  kLleReport,
-  kLliStatus,
-  kLliStatusV2,
-  kLliInterrupt,
-  kKinds
-};
-inline Service serviceOf(Kind kind) {
-  if (kind <= kLceReport) return kLce;
-  return kind <= kLleReport ? kLle : kLli;
-}
 
 // The books of the chaos test. Each registration of a callback (enable, create, request) has a
 // function of its own for as long as the library may call it, its account; so whatever is called

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <cstdint>
+
+#include "ModelBooks.h"
+
+namespace torture {
+
+// The calls of the API, each on the books, each registration with a function of its own. Any
+// thread; nothing is kept but what happens inside callbacks, which is set before the first call.
+class ModelCalls {
+ public:
+  // What a callback does between its beginning and its end on the books.
+  using Inside = void (*)(Kind kind, int account);
+  static void setInside(Inside inside);
+  // Whether the calling thread is in a callback.
+  static bool insideCallback();
+
+  // Each returns whether it was accepted. Requests differ by @p which, any number.
+  static bool enable(Service service, bool second);
+  static bool leave(Service service, bool second);
+  static bool request(Service service, uint32_t which);
+  static bool invalid(Service service, uint32_t which);
+};
+
+}  // namespace torture

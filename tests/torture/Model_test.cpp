@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// Random calls on several threads and inside callbacks, beside a daemon that behaves or does not,
+// against a model of what the library promises. Each round has a seed of its own; the one that is
+// printed for a finding makes the same choices again.
+#include <gtest/gtest.h>
+
+#include "ModelPlayer.h"
+#include "Torture.h"
+
+namespace torture {
+namespace {
+
+using What = ModelBooks::What;
+using std::chrono::milliseconds;
+
+class Model : public ::testing::Test {
+ protected:
+  static ModelBooks& books() { return ModelBooks::get(); }
+
+  void SetUp() override {
+    for (int i = 0; i < 2; ++i) calmCycle();  // what is made once per process is made now
+    mBefore = Census();
+  }
+  void TearDown() override { Watchdog::stop(); }
+
+  // A life of all services with a daemon that behaves: they work.
+  void calmCycle() {
+    books().beginRound();
+    if (!mDaemon.begin({}, 1)) books().mistake("the daemon does not start");
+    for (const Service service : {kLce, kLle, kLli}) {
+      ModelCalls::enable(service, false);
+      if (!books().awaitCallback(service, 0, std::chrono::seconds(20))) {
+        books().mistake("%s does not work", nameOf(service));
+      }
+    }
+    for (const Service service : {kLce, kLle, kLli}) {
+      if (!ModelCalls::leave(service, true)) books().mistake("cannot disable in the end");
+    }
+    if (!libraryThreadsEnd()) books().mistake("threads of the library stay");
+    mDaemon.finish();
+  }
+
+  void round(const Theme& theme, uint64_t seed) {
+    books().beginRound();
+    ModelDaemon::Manners manners;
+    manners.flood = theme.flood;
+    manners.harmful = theme.harmful;
+    if (theme.together) manners.silentFor = static_cast<int>(seed / 7 % kServices);
+    if (!mDaemon.begin(manners, seed)) books().mistake("the daemon does not start");
+    {
+      ModelPlayer player(theme, seed);
+      player.play(mDaemon);
+    }
+    mDaemon.finish();
+    if (books().mistaken()) return;
+    calmCycle();
+    if (!comesBackTo(mBefore)) {
+      const Census now;
+      books().mistake("%zu descriptors, %zu threads -> %zu, %zu", mBefore.descriptors,
+                      mBefore.threads, now.descriptors, now.threads);
+    }
+  }
+
+  static std::string finding(const Theme& theme, uint64_t seed) {
+    std::string text = "seed " + std::to_string(seed) + ", " + theme.name + '\n';
+    for (const std::string& mistake : books().mistakes()) text += "  " + mistake + '\n';
+    return text + "What each thread did last:\n" + books().history().text();
+  }
+
+  ModelDaemon mDaemon;
+  Census mBefore;
+};
+
+TEST_F(Model, HoldsInEveryRound) {
+  const uint64_t rounds = countOr(kChecked ? 8 : 24);
+  const uint64_t seed = seedOfRun();
+  const uint64_t only = setting("ORB_TORTURE_THEME", themes().size());
+  printf("model: seed %llu\n", static_cast<unsigned long long>(seed));
+  fflush(stdout);
+  uint64_t done = 0;
+  for (; done < rounds && !books().mistaken(); ++done) {
+    const uint64_t own = seed + done;
+    const Theme& theme = themes()[only < themes().size() ? only : own % themes().size()];
+    Watchdog::step("round of seed %llu, %s", static_cast<unsigned long long>(own), theme.name);
+    round(theme, own);
+    if (books().mistaken()) ADD_FAILURE() << finding(theme, own);
+  }
+  const ModelBooks::Totals totals = books().totals();
+  printf("model: %llu rounds, %llu calls, %llu of them refused, %llu in a certain state\n",
+         static_cast<unsigned long long>(done), static_cast<unsigned long long>(totals.calls),
+         static_cast<unsigned long long>(totals.refused),
+         static_cast<unsigned long long>(totals.checkedResults));
+  printf("model: %llu callbacks, %llu functions whose end was promised, %zu mistakes\n",
+         static_cast<unsigned long long>(totals.callbacks),
+         static_cast<unsigned long long>(totals.closed), books().mistakes().size());
+}
+
+}  // namespace
+}  // namespace torture
