@@ -195,10 +195,12 @@ void OrbIpcSession::handleReceiverEnd(int) {
   // The receiver speaks of a session by its id, and has none for one with id 0 nor for one whose id
   // was given away: they learn of their end here.
   const auto receiver = semaphoreOfThisReceiver();
+  std::shared_ptr<OrbIpcSession> kept;  // given back whatever becomes of the report
+  {
+    const LockGuard lock(mStateLock);
+    if (mConnection && mConnection->ended == receiver) kept.swap(mConnection->keptSession);
+  }
   endConnection(receiver);
-  std::shared_ptr<OrbIpcSession> kept;  // goes after the lock; the receiver still holds the session
-  const LockGuard lock(mStateLock);
-  if (mConnection && mConnection->ended == receiver) kept.swap(mConnection->keptSession);
 }
 
 // The connection of @p receiver has ended, or with none the present one. What was closed on purpose
