@@ -8,7 +8,8 @@
 
 // Stops the library's worker at one place: between its look at the connection and the send, where
 // it copies the blob that is to be sent. Its source replaces the program's operator new, which is
-// the library's as well.
+// the library's as well, or malloc where the C++ runtime is linked into the library
+// (ORB_STATIC_CXX_RUNTIME).
 namespace torture {
 
 // While it lives, the worker's next allocation of @p size bytes runs @p action first.
@@ -22,12 +23,10 @@ class WorkerAllocation {
   WorkerAllocation& operator=(const WorkerAllocation&) = delete;
   ~WorkerAllocation() { sSize.store(0); }
 
-  // What operator new is made of.
-  static void* allocate(size_t size);
-
- private:
+  // Before each allocation.
   static void look(size_t size);
 
+ private:
   static std::atomic<size_t> sSize;
   static std::function<void()> sAction;
 };
