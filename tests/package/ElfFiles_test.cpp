@@ -114,9 +114,10 @@ TEST_F(Installed, ArraysHaveACanary) {
 
 TEST_F(Installed, CallsOfTheCLibraryCheckSizes) {
 #ifdef __GLIBC__
+  if (!ORB_FORTIFIED) return;  // takes optimisation, and no checker of addresses
   for (const auto& [name, file] : binaries()) {
     if (name == "libcutils.so") continue;  // has no call whose size is in question
-    EXPECT_EQ(ORB_FORTIFIED != 0, importsLike(file, "_chk")) << name;
+    EXPECT_TRUE(importsLike(file, "_chk")) << name;
   }
 #endif
 }
