@@ -20,6 +20,9 @@ AllocationStop::AllocationStop(size_t number, std::function<void()> action)
 
 AllocationStop::~AllocationStop() { tStop = nullptr; }
 
+AllocationStop::Pause::Pause() : mPaused(tStop) { tStop = nullptr; }
+AllocationStop::Pause::~Pause() { tStop = mPaused; }
+
 void AllocationStop::allocating() {
   if (tStop != nullptr && tStop->mLeft > 0 && --tStop->mLeft == 0) tStop->mAction();
 }
@@ -32,7 +35,16 @@ void* operator new(size_t size) {
   throw std::bad_alloc();
 }
 void* operator new[](size_t size) { return operator new(size); }
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+  torture::AllocationStop::allocating();
+  return malloc(size > 0 ? size : 1);
+}
+void* operator new[](size_t size, const std::nothrow_t& none) noexcept {
+  return operator new(size, none);
+}
 void operator delete(void* memory) noexcept { free(memory); }
 void operator delete[](void* memory) noexcept { free(memory); }
 void operator delete(void* memory, size_t) noexcept { free(memory); }
 void operator delete[](void* memory, size_t) noexcept { free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { free(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { free(memory); }

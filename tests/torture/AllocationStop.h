@@ -21,6 +21,18 @@ class AllocationStop {
   // Whether that allocation was made.
   bool reached() const { return mLeft == 0; }
 
+  // While it lives, this thread's allocations do not count: a callback's, of whom it calls back.
+  class Pause {
+   public:
+    Pause();
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+    ~Pause();
+
+   private:
+    AllocationStop* const mPaused;
+  };
+
   // What operator new tells.
   static void allocating();
 

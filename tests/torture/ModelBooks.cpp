@@ -24,6 +24,22 @@ const char* textOf(What what) {
                                     "request(invalid)"};
   return kTexts[static_cast<size_t>(what)];
 }
+// Whether a callback hears of a loss. A call tells of an internal error itself, when another one
+// has come in between.
+bool tellsOfLoss(Kind kind, int value, bool insideCall) {
+  switch (kind) {
+    case kLceStatus:
+    case kLleStatus:
+    case kLliStatus:
+      return value == STATUS_SERVICE_DOWN || (value == STATUS_INTERNAL_ERROR && !insideCall);
+    case kLceStatusV2:
+    case kLleStatusV2:
+    case kLliStatusV2:
+      return value == STATUS_V2_SERVICE_DOWN || (value == STATUS_V2_INTERNAL_ERROR && !insideCall);
+    default:
+      return false;
+  }
+}
 // Which of the counters of calls under way it is.
 int counterOf(What what) { return what == What::Enable ? 0 : what == What::Leave ? 1 : -1; }
 
@@ -188,7 +204,8 @@ void ModelBooks::closeBefore(const Call& call) {
   }
 }
 
-void ModelBooks::beginCallback(Kind kind, int number, int value, uint64_t connection) {
+void ModelBooks::beginCallback(Kind kind, int number, int value, uint64_t connection,
+                               bool insideCall) {
   mHistory.add("%s %d begins, value %d, connection %llu", nameOf(kind), number, value,
                static_cast<unsigned long long>(connection));
   const Guard lock(mMutex);
@@ -215,11 +232,9 @@ void ModelBooks::beginCallback(Kind kind, int number, int value, uint64_t connec
     threads.push_back(thread);
   }
   if (kind == kLceCriteria && account.calls > 1) mistake("LceCriteria %d answered twice", number);
-  const bool v1 = kind == kLceStatus || kind == kLleStatus || kind == kLliStatus;
-  const bool v2 = kind == kLceStatusV2 || kind == kLleStatusV2 || kind == kLliStatusV2;
-  const bool lost = (v1 && (value == STATUS_SERVICE_DOWN || value == STATUS_INTERNAL_ERROR)) ||
-                    (v2 && (value == STATUS_V2_SERVICE_DOWN || value == STATUS_V2_INTERNAL_ERROR));
-  if (lost && !mHarm) mistake("%s %d: status %d for nothing", nameOf(kind), number, value);
+  if (!mHarm && tellsOfLoss(kind, value, insideCall)) {
+    mistake("%s %d: status %d for nothing", nameOf(kind), number, value);
+  }
   if (connection != 0 && connection < mConnections.size()) {
     for (const auto& [start, end] : mLives[serviceOf(kind)].leaves) {
       if (start > mConnections[connection] && end < account.opened) {

@@ -67,8 +67,9 @@ class ModelBooks {
   Call begin(What what, Service service, bool inside);
   void end(const Call& call, int64_t result, bool accepted, Kind kind = kKinds, int account = -1);
 
-  // A callback begins and ends. @p connection tells where a report came from, 0 when it does not.
-  void beginCallback(Kind kind, int account, int value, uint64_t connection);
+  // A callback begins and ends. @p connection tells where a report came from, 0 when it does not;
+  // @p insideCall, that it runs on the thread of a call.
+  void beginCallback(Kind kind, int account, int value, uint64_t connection, bool insideCall);
   void endCallback(Kind kind, int account);
   // Inside a callback: takes its time, as long as nobody has been promised its end.
   void linger(Kind kind, int account, milliseconds atMost);

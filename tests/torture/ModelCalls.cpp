@@ -2,6 +2,9 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "ModelCalls.h"
 
+#include <utility>
+
+#include "AllocationStop.h"
 #include "FunctionTable.h"
 
 namespace torture {
@@ -11,10 +14,20 @@ using What = ModelBooks::What;
 
 ModelCalls::Inside gInside = nullptr;
 thread_local int tDepth = 0;
+thread_local int tCalls = 0;
+constexpr std::chrono::milliseconds kStop(4);
+
+// Where to stop the thread's next call, and until how much has happened elsewhere.
+struct Stop {
+  size_t place = 0;
+  uint64_t events = 0;
+};
+thread_local Stop tStop;
 
 void callback(Kind kind, size_t number, int value, uint64_t connection) {
+  const AllocationStop::Pause pause;
   const int account = static_cast<int>(number);
-  ModelBooks::get().beginCallback(kind, account, value, connection);
+  ModelBooks::get().beginCallback(kind, account, value, connection, tCalls > 0);
   ++tDepth;
   if (gInside != nullptr) gInside(kind, account);
   --tDepth;
@@ -58,7 +71,14 @@ bool onBooks(What what, Service service, int64_t good, Function function, Kind k
              int account = -1, uint32_t tag = 0) {
   ModelBooks& books = ModelBooks::get();
   const ModelBooks::Call call = books.begin(what, service, tDepth > 0);
-  const int64_t result = function();
+  const Stop stop = std::exchange(tStop, {});
+  ++tCalls;
+  const int64_t result = [&] {
+    const AllocationStop here(stop.place,
+                              [&stop] { ModelBooks::get().awaitProgress(stop.events, kStop); });
+    return static_cast<int64_t>(function());
+  }();
+  --tCalls;
   const bool accepted = good == kId ? result > 0 : result == good;
   books.end(call, result, accepted, kind, account);
   if (tag != 0) books.tagged(tag, call, accepted);
@@ -147,6 +167,8 @@ int64_t invalidRequest(Service service, uint32_t which) {
 }
 
 }  // namespace
+
+void ModelCalls::stopNextAt(size_t place, uint64_t events) { tStop = {place, events}; }
 
 void ModelCalls::setInside(Inside inside) { gInside = inside; }
 

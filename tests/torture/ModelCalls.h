@@ -18,6 +18,10 @@ class ModelCalls {
   // Whether the calling thread is in a callback.
   static bool insideCallback();
 
+  // Stops the calling thread's next call at its allocation number @p place until others have made
+  // progress.
+  static void stopNextAt(size_t place, uint64_t events);
+
   // Each returns whether it was accepted. Requests differ by @p which, any number.
   static bool enable(Service service, bool second);
   static bool leave(Service service, bool second);

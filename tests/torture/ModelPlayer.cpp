@@ -2,7 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "ModelPlayer.h"
 
-#include "AllocationStop.h"
 #include "Torture.h"
 
 namespace torture {
@@ -11,7 +10,6 @@ namespace {
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kStop(4);
 constexpr milliseconds kWait(20);
 constexpr milliseconds kEnabled(100);
 constexpr uint32_t kAllocations = 16;  // in a call, about
@@ -83,7 +81,7 @@ void ModelPlayer::run(unsigned thread, uint64_t seed) {
 
 void ModelPlayer::scene(unsigned thread, unsigned number, Random& random) {
   if (!mTheme.together) {
-    for (auto steps = 1 + random() % mTheme.steps; steps > 0; --steps) step(random, false);
+    for (auto steps = 1 + random() % mTheme.steps; steps > 0; --steps) step(random);
     return;
   }
   const auto service = static_cast<Service>(thread % kServices);
@@ -101,16 +99,12 @@ Service ModelPlayer::serviceOf(Random& random) const {
   return mTheme.oneService ? mService : static_cast<Service>(random() % kServices);
 }
 
-void ModelPlayer::step(Random& random, bool insideCallback) {
+void ModelPlayer::step(Random& random) {
   const Service service = serviceOf(random);
-  if (!insideCallback && mTheme.stops > 0 && random() % mTheme.stops == 0) {
-    const auto place = static_cast<size_t>(1 + random() % kAllocations);
-    const auto events = static_cast<uint64_t>(1 + random() % 12);
-    const AllocationStop stop(place, [events] { ModelBooks::get().awaitProgress(events, kStop); });
-    call(service, random);
-  } else {
-    call(service, random);
+  if (mTheme.stops > 0 && random() % mTheme.stops == 0) {
+    ModelCalls::stopNextAt(static_cast<size_t>(1 + random() % kAllocations), 1 + random() % 12);
   }
+  call(service, random);
 }
 
 void ModelPlayer::call(Service service, Random& random) {
@@ -145,7 +139,7 @@ void ModelPlayer::inside(Kind kind, int account) {
   random.discard(3);
   if (theme.callsInside > 0 && random() % theme.callsInside == 0) {
     ++player->mInside;
-    if (!player->mClosing) player->step(random, true);
+    if (!player->mClosing) player->step(random);
     --player->mInside;
   }
   if (theme.lingers > 0 && random() % theme.lingers == 0) {

@@ -58,7 +58,7 @@ class ModelPlayer {
 
   void run(unsigned thread, uint64_t seed);
   void scene(unsigned thread, unsigned number, Random& random);
-  void step(Random& random, bool insideCallback);
+  void step(Random& random);
   void call(Service service, Random& random);
   Service serviceOf(Random& random) const;
   void meet();
