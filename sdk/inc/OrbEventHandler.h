@@ -32,9 +32,9 @@ class OrbEventHandler {
   using Posting = std::list<T>;
 
   OrbEventHandler(const char* name, OrbTimer* timer, EventManager* eventManager)
-      : mTimer(timer),
-        mEventManager(eventManager),
-        mEventFd(aboveStandardStreams(eventfd(0, EFD_SEMAPHORE | EFD_NONBLOCK | EFD_CLOEXEC))) {
+      : mTimer(timer), mEventManager(eventManager), mEventFd(openAboveStandardStreams([] {
+          return eventfd(0, EFD_SEMAPHORE | EFD_NONBLOCK | EFD_CLOEXEC);
+        })) {
     UniqueFd ownUntilAdded(mEventFd);  // then the manager closes it
     __android_log_print(ANDROID_LOG_DEBUG, nullptr, "OrbEventHandler ctor");
     mEventManager->addEventHandler(mEventFd, cb, this, nullptr, EPOLLIN);

@@ -119,4 +119,38 @@ TEST(AboveStandardStreams, LeavesOthersAndFailuresAlone) {
   EXPECT_EQ(-1, aboveStandardStreams(-1));
 }
 
+// Another thread that prints meanwhile must not find it, either.
+TEST(AboveStandardStreams, NothingIsBehindTheirNumbersWhileSomethingIsOpened) {
+  int opened = -1;
+  int taken = 0;
+  int unusable = 0;
+  int freed = 0;
+  {
+    const ClosedStreams closed;
+    const int result = openAboveStandardStreams([&] {
+      for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
+        taken += fcntl(fd, F_GETFD) == FD_CLOEXEC ? 1 : 0;
+        unusable += write(fd, "x", 1) == -1 && errno == EBADF ? 1 : 0;
+      }
+      opened = open("/dev/null", O_RDONLY | O_CLOEXEC);
+      return opened;
+    });
+    for (int fd = 0; fd <= STDERR_FILENO; ++fd) freed += fcntl(fd, F_GETFD) == -1 ? 1 : 0;
+    close(result);
+  }
+  EXPECT_GT(opened, STDERR_FILENO) << "it need not be moved";
+  EXPECT_EQ(3, taken);
+  EXPECT_EQ(3, unusable);
+  EXPECT_EQ(3, freed);
+}
+
+TEST(AboveStandardStreams, OpenStreamsStayAsTheyAreWhileSomethingIsOpened) {
+  const int next = dup(STDERR_FILENO);  // the lowest free number
+  close(next);
+  const int fd = openAboveStandardStreams([] { return open("/dev/null", O_RDONLY | O_CLOEXEC); });
+  EXPECT_EQ(next, fd);
+  EXPECT_EQ(0, close(fd));
+  EXPECT_EQ(-1, openAboveStandardStreams([] { return -1; }));
+}
+
 }  // namespace

@@ -43,6 +43,34 @@ class UniqueFd {
   int mFd = -1;
 };
 
+// Keeps what others open away from the free numbers of standard streams for its lifetime: behind
+// these descriptors is nothing that could be read or written.
+class StandardStreamsKeeper {
+ public:
+  StandardStreamsKeeper() {
+    for (UniqueFd& kept : mKept) {
+      kept.reset(open("/", O_PATH | O_CLOEXEC));
+      if (kept.get() < 0 || kept.get() > STDERR_FILENO) break;
+    }
+    for (UniqueFd& kept : mKept) {
+      if (kept.get() > STDERR_FILENO) kept.reset();  // all are taken
+    }
+  }
+  StandardStreamsKeeper(const StandardStreamsKeeper&) = delete;
+  StandardStreamsKeeper& operator=(const StandardStreamsKeeper&) = delete;
+
+ private:
+  UniqueFd mKept[STDERR_FILENO + 1];
+};
+
+// What @p open returns, above the standard streams from the beginning: while a descriptor is moved,
+// another thread that prints would find it under its former number.
+template <class Open>
+int openAboveStandardStreams(const Open& open) {
+  const StandardStreamsKeeper keeper;
+  return aboveStandardStreams(open());
+}
+
 // A socket is read by one thread, written by another and shut down by a third. The number is closed
 // when the last of them lets go, so nobody ever calls the kernel with a number that was given away.
 using SharedSocket = std::shared_ptr<UniqueFd>;

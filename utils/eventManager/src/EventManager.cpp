@@ -34,6 +34,10 @@ constexpr EventName kEventNames[] = {
     {EPOLLHUP, "EPOLLHUP "}, {EPOLLET, "EPOLLET "},
 };
 
+int newEventFd() {
+  return openAboveStandardStreams([] { return eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); });
+}
+
 // Adds one to an eventfd; returns what write() does.
 ssize_t addOne(int eventFd) {
   const uint64_t one = 1;
@@ -58,16 +62,16 @@ void RecursiveMutex::unlock() { pthread_mutex_unlock(&mMutex); }
 
 EventManager::EventManager() {
   __android_log_print(ANDROID_LOG_DEBUG, nullptr, "EventManager: ctor");
-  mEpollFd.reset(aboveStandardStreams(epoll_create1(EPOLL_CLOEXEC)));
+  mEpollFd.reset(openAboveStandardStreams([] { return epoll_create1(EPOLL_CLOEXEC); }));
   if (mEpollFd.get() == -1) {
     hardStop("Cannot create epoll instance");
   }
-  UniqueFd wakeFd(aboveStandardStreams(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)));
+  UniqueFd wakeFd(newEventFd());
   if (wakeFd.get() == -1) {
     hardStop("Cannot create eventfd instance");
   }
   addEventHandler(wakeFd.get(), clearRead, nullptr, nullptr, kInternalEvents);
-  UniqueFd removeFd(aboveStandardStreams(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)));
+  UniqueFd removeFd(newEventFd());
   if (removeFd.get() == -1) {
     hardStop("Cannot create removeFd instance");
   }

@@ -80,7 +80,8 @@ OrbIpcSession::Connection OrbIpcSession::openConnection(SharedSocket& socket) {
   socket = std::make_shared<UniqueFd>();
   auto connection = std::make_shared<OrbIpcConnection>(socket, std::make_shared<Semaphore>());
   connection->endTold = OrbIpcConnection::EndTold::ByConnectingThread;
-  socket->reset(aboveStandardStreams(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)));
+  socket->reset(
+      openAboveStandardStreams([] { return ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0); }));
   ORB_LOG_AS(3, kUnit, kConnect, "Created socket; mSocketFd: %d", socket->get());
   if (socket->get() < 0 || !mayBegin(connection)) return nullptr;
   return connection;
