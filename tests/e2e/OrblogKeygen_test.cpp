@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <memory>
 #include <sstream>
 
 #include "OrblogFiles.h"
@@ -113,6 +114,52 @@ TEST_F(OrblogKeygen, ForceLeavesNothingOfTheFormerFiles) {
   ASSERT_EQ(keygen({"--bits", "2048", "--force"}).status, 0);
   const fs::directory_iterator entries(directory / "keys");
   EXPECT_EQ(std::distance(begin(entries), end(entries)), 3);
+}
+
+TEST_F(OrblogKeygen, OfRunsAtTheSameTimeOneSucceeds) {
+  for (const char* option : {"--files", "--force"}) {
+    for (int round = 0; round < 5 && !HasFailure(); ++round) {
+      SCOPED_TRACE(option + std::to_string(round));
+      fs::remove_all(directory / "keys");
+      std::vector<std::string> arguments = {"keygen", "--out", path("keys"), "--bits", "2048"};
+      arguments.push_back(option);
+      const bool replaces = arguments.back() == "--force";
+      if (!replaces) arguments.push_back("4");
+      std::vector<std::unique_ptr<Orblog>> runs;
+      for (int i = 0; i < 4; ++i) runs.push_back(std::make_unique<Orblog>(arguments));
+      int done = 0;
+      for (const auto& run : runs) {
+        const int status = run->wait();
+        EXPECT_EQ(run->err().empty(), status == 0);
+        done += status == 0 ? 1 : 0;
+      }
+      // One that replaces may begin when another has ended.
+      EXPECT_TRUE(replaces ? done >= 1 : done == 1) << done;
+      ASSERT_TRUE(shell("openssl pkey -pubout -in " + path("keys/orb_log_private.pem") + " -out " +
+                        path("public")));
+      const Bytes configuration = readFile(path("keys/orb_log_config"));
+      ASSERT_GT(configuration.size(), 9u);
+      EXPECT_EQ(Bytes(configuration.begin() + 9, configuration.end()), readFile(path("public")));
+      const fs::directory_iterator entries(directory / "keys");
+      EXPECT_EQ(std::distance(begin(entries), end(entries)), 3);
+    }
+  }
+}
+
+TEST_F(OrblogKeygen, SignalLeavesNothingBehind) {
+  fs::create_directories(directory / "keys");
+  ASSERT_TRUE(shell("mkfifo " + path("pass")));
+  for (const int signal : {SIGTERM, SIGINT, SIGKILL}) {
+    Orblog program({"keygen", "--out", path("keys"), "-p", path("pass")});
+    // Opened when the program, which has the directory by then, opens the other end.
+    const std::ofstream pass(path("pass"));
+    EXPECT_EQ(keygen().err,
+              "orblog: " + path("keys") + ": another orblog keygen is writing there\n");
+    program.signal(signal);
+    EXPECT_EQ(program.wait(), -1);
+    EXPECT_TRUE(fs::is_empty(directory / "keys"));
+  }
+  EXPECT_EQ(keygen().status, 0);
 }
 
 TEST_F(OrblogKeygen, PrivateKeyCanBeEncrypted) {

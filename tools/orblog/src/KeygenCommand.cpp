@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "Commands.h"
 #include "orblog/Format.h"
@@ -117,8 +118,12 @@ int runKeygen(int argc, char** argv) {
   KeyFilesRequest request;
   const int status = parseArguments(argc, argv, request);
   if (status >= 0) return status;
+  std::vector<std::string> notes;
   std::string error;
-  if (!makeKeyFiles(request, error)) {
+  const bool made = makeKeyFiles(request, notes, error);
+  for (const std::string& note : notes)
+    std::fprintf(stderr, "orblog: %s\n", terminalSafe(note).c_str());
+  if (!made) {
     std::fprintf(stderr, "orblog: %s\n", terminalSafe(error).c_str());
     return kExitFailed;
   }

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "orblog/KeyFolder.h"
+
 namespace orblog {
 
 // Limits that the library puts on what the configuration file says.
@@ -23,18 +25,14 @@ struct KeyFilesRequest {
   std::string passphraseFile;  // empty: the private key is not encrypted
 };
 
-// Where a key pair and its configuration file are.
-struct KeyFiles {
-  explicit KeyFiles(const std::string& directory);
-  std::string privateKey, publicKey, configuration;
-};
-
 // The configuration file's bytes: records per file (8, little-endian), files (1), public key in
 // PEM.
 std::vector<uint8_t> makeConfiguration(uint64_t records, uint8_t files,
                                        const std::string& publicKey);
 
-// Makes a key pair and writes the three files, or none of them. False on failure, with a sentence.
-bool makeKeyFiles(const KeyFilesRequest& request, std::string& error);
+// Makes a key pair and writes the three files, or none of them. False on failure, with a sentence
+// in `error`. What else the user should know comes in `notes`.
+bool makeKeyFiles(const KeyFilesRequest& request, std::vector<std::string>& notes,
+                  std::string& error);
 
 }  // namespace orblog
