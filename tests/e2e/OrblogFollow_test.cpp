@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include <gtest/gtest.h>
-#include <sys/resource.h>
+
+#include <algorithm>
 
 #include "OrblogFiles.h"
 #include "OrblogRun.h"
@@ -113,26 +114,42 @@ TEST_F(OrblogFollow, RecordInThePlaceOfOneThatWasTakenBackIsRead) {
   expectEnd(program, "first\nhalf was seen\nsecond\n");
 }
 
+// One is enough to list directories and to read the files in turn, and none is left to wait with.
 TEST_F(OrblogFollow, SignalEndsItWhenThereAreNoDescriptorsLeft) {
-  fs::create_directories(logs / "other");
-  for (int i = 10; i < 60; ++i) {
-    const fs::path more = logs / ("other/orb_log_p0_" + std::to_string(i));
-    writeFile(more, header);
-    add(more, "more");
+  for (const int descriptors : {1, 2, 3}) {
+    fs::remove_all(logs / "other");
+    Orblog program(arguments(logs.string()), descriptors);
+    ASSERT_TRUE(program.waitForOut("first\n"));
+    const std::string second = "second " + std::to_string(descriptors);
+    add(file, second);
+    ASSERT_TRUE(program.waitForOut(second + "\n"));
+    fs::create_directories(logs / "other");
+    writeFile(logs / "other/orb_log_p0_00", header);
+    add(logs / "other/orb_log_p0_00", "new file");
+    ASSERT_TRUE(program.waitForOut("new file\n"));
+    program.signal(SIGINT);
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_EQ(program.err(), "");
   }
-  rlimit before = {};
-  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-  rlimit few = before;
-  few.rlim_cur = 40;
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
-  Orblog program(arguments(logs.string()));
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
-  ASSERT_TRUE(program.waitForErr("Too many open files\n"));
-  ASSERT_TRUE(program.waitForOut("first\n"));
-  add(file, "second");
-  ASSERT_TRUE(program.waitForOut("second\n"));
+}
+
+TEST_F(OrblogFollow, MoreFilesThanDescriptorsAreFollowed) {
+  fs::create_directories(logs / "other");
+  const auto name = [this](int i) { return logs / ("other/orb_log_p0_" + std::to_string(i)); };
+  for (int i = 10; i < 60; ++i) {
+    writeFile(name(i), header);
+    add(name(i), "more " + std::to_string(i));
+  }
+  Orblog program(arguments(logs.string()), 13);
+  for (int i = 10; i < 60; ++i) ASSERT_TRUE(program.waitForOut("more " + std::to_string(i) + "\n"));
+  for (int i = 10; i < 60; ++i) {
+    add(name(i), "and " + std::to_string(i));
+    ASSERT_TRUE(program.waitForOut("and " + std::to_string(i) + "\n"));
+  }
   program.signal(SIGINT);
   EXPECT_EQ(program.wait(), 0);
+  EXPECT_EQ(std::count(program.out().begin(), program.out().end(), '\n'), 101);
+  EXPECT_EQ(program.err(), "");
 }
 
 TEST_F(OrblogFollow, HalfARecordAtTheEndIsNoFault) {

@@ -15,6 +15,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 
 #include "ByteReader.h"
@@ -109,16 +110,26 @@ std::optional<size_t> openInTheClear(orblog::ByteView header, orblog::KeyRing& r
   return ring.add(key, "this file");
 }
 
+// A parser with what it needs.
+struct Parser {
+  explicit Parser(uint8_t switches) {
+    ring.add(keyOf(2), "another file");
+    if ((switches & kNoBudget) != 0) parser.setSearchBudget(1000);
+    opensWithKey = (switches & kPrivateKey) != 0;
+  }
+  orblog::KeyRing ring;
+  orblog::KeyFinder finder{*privateKey, ring};
+  bool opensWithKey = false;
+  orblog::LogParser parser{ring, [this](orblog::ByteView header) {
+                             return opensWithKey ? finder.open(header, "this file")
+                                                 : openInTheClear(header, ring);
+                           }};
+};
+
 // With @p known the parser is told what is still to come, as by a reader of a file that is there.
 orblog::Parsed parse(const Bytes& file, uint8_t switches, bool known) {
-  orblog::KeyRing ring;
-  ring.add(keyOf(2), "another file");
-  orblog::KeyFinder finder(*privateKey, ring);
-  orblog::LogParser parser(ring, [&](orblog::ByteView header) {
-    return (switches & kPrivateKey) != 0 ? finder.open(header, "this file")
-                                         : openInTheClear(header, ring);
-  });
-  if ((switches & kNoBudget) != 0) parser.setSearchBudget(1000);
+  Parser made(switches);
+  orblog::LogParser& parser = made.parser;
   orblog::Parsed out;
   const size_t piece = (switches >> 3) == 0 ? file.size() : size_t{1} << (switches >> 4);
   for (size_t at = 0; at < file.size(); at += piece) {
@@ -129,18 +140,41 @@ orblog::Parsed parse(const Bytes& file, uint8_t switches, bool known) {
   return out;
 }
 
-// What the reader has seen of a file makes no difference, as long as it has the budget to look.
-orblog::Parsed parse(const Bytes& file, uint8_t switches) {
-  const orblog::Parsed pieces = parse(file, switches, true);
-  if ((switches & kNoBudget) == 0) {
-    const orblog::Parsed whole = parse(file, switches & kPrivateKey, true);
-    FUZZ_CHECK(std::equal(
-        pieces.records.begin(), pieces.records.end(), whole.records.begin(), whole.records.end(),
-        [](const auto& a, const auto& b) { return a.offset == b.offset && a.text == b.text; }));
-    FUZZ_CHECK(std::equal(pieces.findings.begin(), pieces.findings.end(), whole.findings.begin(),
-                          whole.findings.end(),
-                          [](const auto& a, const auto& b) { return a.text() == b.text(); }));
+// Reading pauses after each record and then goes on with a copy that knows nothing new.
+orblog::Parsed parseWithLittleRoom(const Bytes& file, uint8_t switches) {
+  Parser made(switches);
+  orblog::LogParser parser = made.parser;
+  parser.knowNoMoreKeys();
+  made.ring.add(keyOf(1), "a later file");
+  orblog::Parsed all;
+  for (bool more = true; more;) {
+    orblog::Parsed out;
+    out.room = 1;
+    const size_t at = parser.restart();
+    more = !parser.feed({file.data() + at, file.size() - at}, out);
+    if (!more) parser.finish(out);
+    std::move(out.records.begin(), out.records.end(), std::back_inserter(all.records));
+    std::move(out.findings.begin(), out.findings.end(), std::back_inserter(all.findings));
   }
+  return all;
+}
+
+bool areSame(const orblog::Parsed& one, const orblog::Parsed& other) {
+  return std::equal(one.records.begin(), one.records.end(), other.records.begin(),
+                    other.records.end(),
+                    [](const auto& a, const auto& b) {
+                      return a.offset == b.offset && a.text == b.text;
+                    }) &&
+         std::equal(one.findings.begin(), one.findings.end(), other.findings.begin(),
+                    other.findings.end(),
+                    [](const auto& a, const auto& b) { return a.text() == b.text(); });
+}
+
+// What the reader has seen of a file, and what room it has for records, make no difference.
+orblog::Parsed parse(const Bytes& file, uint8_t switches) {
+  const orblog::Parsed whole = parse(file, switches & (kNoBudget | kPrivateKey), true);
+  FUZZ_CHECK(areSame(parse(file, switches, true), whole));
+  FUZZ_CHECK(areSame(parseWithLittleRoom(file, switches), whole));
   return parse(file, switches, false);
 }
 

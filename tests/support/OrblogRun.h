@@ -4,6 +4,7 @@
 
 #include <poll.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,7 +20,8 @@ namespace orblogtest {
 // The program, running, with both its outputs in pipes.
 class Orblog {
  public:
-  explicit Orblog(const std::vector<std::string>& arguments) {
+  // With `descriptors` it may open so many files at a time.
+  explicit Orblog(const std::vector<std::string>& arguments, int descriptors = -1) {
     std::array<int, 2> out = {}, err = {};
     if (pipe(out.data()) != 0 || pipe(err.data()) != 0) std::abort();
     std::vector<std::string> words = {ORBLOG_PROGRAM};
@@ -32,6 +34,7 @@ class Orblog {
       dup2(out[1], STDOUT_FILENO);
       dup2(err[1], STDERR_FILENO);
       for (const int fd : {out[0], out[1], err[0], err[1]}) close(fd);
+      if (descriptors >= 0) limitDescriptors(descriptors);
       execv(ORBLOG_PROGRAM, argv.data());
       _exit(127);
     }
@@ -60,15 +63,19 @@ class Orblog {
     }
     if (mProcess > 0) {
       int status = 0;
-      while (waitpid(mProcess, &status, 0) < 0 && errno == EINTR) {
+      rusage usage = {};
+      while (wait4(mProcess, &status, 0, &usage) < 0 && errno == EINTR) {
       }
       mProcess = 0;
+      mPeakKb = usage.ru_maxrss;
       mStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
     return mStatus;
   }
   const std::string& out() const { return mOut.text; }
   const std::string& err() const { return mErr.text; }
+  // The most memory that it had, when it has ended; at least what this program has.
+  long peakKb() const { return mPeakKb; }
 
  private:
   struct Output {
@@ -77,6 +84,14 @@ class Orblog {
     std::string text;
   };
   static constexpr int kPatienceMs = 60000;
+
+  // Beside the standard streams, which are all that it inherits.
+  static void limitDescriptors(int count) {
+    for (int fd = STDERR_FILENO + 1; fd < 1024; ++fd) close(fd);
+    rlimit limit = {};
+    limit.rlim_cur = limit.rlim_max = static_cast<rlim_t>(STDERR_FILENO + 1 + count);
+    if (setrlimit(RLIMIT_NOFILE, &limit) != 0) _exit(127);
+  }
 
   bool waitFor(Output& output, const std::string& text) {
     while (output.text.find(text) == std::string::npos) {
@@ -100,6 +115,7 @@ class Orblog {
 
   pid_t mProcess = 0;
   int mStatus = -1;
+  long mPeakKb = 0;
   Output mOut, mErr;
 };
 
@@ -108,8 +124,8 @@ struct Result {
   std::string out, err;
 };
 
-inline Result runOrblog(const std::vector<std::string>& arguments) {
-  Orblog program(arguments);
+inline Result runOrblog(const std::vector<std::string>& arguments, int descriptors = -1) {
+  Orblog program(arguments, descriptors);
   const int status = program.wait();
   return {status, program.out(), program.err()};
 }

@@ -181,27 +181,81 @@ TEST(OrblogText, JsonStringsAreWellFormed) {
   EXPECT_EQ(out, "\"a\\\"b\\\\c\\u000a\\u007f\xC3\xBC\\ufffd\"");
 }
 
+// What a file holds; given in pieces of so many records.
+struct Batch {
+  std::string file;
+  std::vector<std::string> texts;
+  int64_t changed = 0;
+};
+
+std::vector<Record> recordsOf(const std::vector<std::string>& texts) {
+  std::vector<Record> records;
+  for (const std::string& text : texts) records.push_back({0, text});
+  return records;
+}
+
+RecordTimes timesOf(const std::vector<std::string>& texts, Stamp former = kNoStamp) {
+  RecordTimes times(former);
+  for (const std::string& text : texts) times.add(recordsOf({text}));
+  return times;
+}
+
+class BatchStream : public RecordStream {
+ public:
+  BatchStream(const Batch& batch, const RecordTimes& times, size_t piece)
+      : RecordStream(batch.file, batch.changed, times), mTexts(batch.texts), mPiece(piece) {}
+
+ protected:
+  std::vector<Record> load() override {
+    const size_t size = std::min(mPiece, mTexts.size() - mNext);
+    const auto from = mTexts.begin() + static_cast<std::ptrdiff_t>(mNext);
+    mNext += size;
+    return recordsOf({from, from + static_cast<std::ptrdiff_t>(size)});
+  }
+
+ private:
+  const std::vector<std::string> mTexts;
+  const size_t mPiece;
+  size_t mNext = 0;
+};
+
 Batch batchOf(const std::string& file, const std::vector<std::string>& texts, int64_t changed = 0) {
-  Batch batch;
-  batch.file = file;
-  batch.changed = changed;
-  for (const std::string& text : texts) batch.records.push_back({0, text});
-  batch.setStamps();
-  return batch;
+  return {file, texts, changed};
 }
 
 std::string at(const std::string& time, const std::string& text) {
   return orblogtest::lineAt(time, text);
 }
 
-std::string merged(std::vector<Batch> batches) {
-  sortByAge(batches);
+std::string mergedInPieces(const std::vector<Batch>& batches, size_t piece) {
+  RecordStreams streams;
+  for (const Batch& batch : batches)
+    streams.push_back(std::make_unique<BatchStream>(batch, timesOf(batch.texts), piece));
+  sortByAge(streams);
   std::string all;
-  mergeByTime(batches, [&all](const Batch& batch, size_t record) {
-    const std::string& text = batch.records[record].text;
-    all += text.substr(text.size() - 2) + " ";
+  mergeByTime(streams, [&all](const std::string&, const Record& record, Stamp) {
+    all += record.text.substr(record.text.size() - 2) + " ";
   });
   return all;
+}
+
+std::string merged(const std::vector<Batch>& batches) {
+  const std::string all = mergedInPieces(batches, 1000);
+  EXPECT_EQ(mergedInPieces(batches, 1), all);
+  EXPECT_EQ(mergedInPieces(batches, 2), all);
+  return all;
+}
+
+// Of all records, with `former` as the stamp of the line before them.
+std::vector<Stamp> stampsOf(const std::vector<std::string>& texts, Stamp former = kNoStamp) {
+  RecordStreams streams;
+  const Batch batch = batchOf("x", texts);
+  streams.push_back(std::make_unique<BatchStream>(batch, timesOf(texts, former), 1));
+  std::vector<Stamp> stamps;
+  mergeByTime(streams, [&stamps](const std::string&, const Record&, Stamp stamp) {
+    stamps.push_back(stamp);
+  });
+  return stamps;
 }
 
 TEST(OrblogMerge, LinesOfAllFilesComeInTheOrderOfTime) {
@@ -231,17 +285,42 @@ TEST(OrblogMerge, FileKeepsItsOrderWhereTheClockWasSetBack) {
 }
 
 TEST(OrblogMerge, TextsWithoutTimeTakeThatOfTheLineOfAnEarlierRound) {
-  Batch batch;
-  for (const std::string& text : {std::string("odd"), at("10:00:05.000", "x"), std::string("odd")})
-    batch.records.push_back({0, text});
   const Stamp five = stampOf("2025-05-24 10:00:05.000");
-  batch.setStamps(7);
-  EXPECT_EQ(batch.stamps, (std::vector<Stamp>{7, five, five}));
-  batch.setStamps();
-  EXPECT_EQ(batch.stamps, (std::vector<Stamp>{five, five, five}));
-  batch.records.erase(batch.records.begin() + 1);
-  batch.setStamps();
-  EXPECT_EQ(batch.stamps, (std::vector<Stamp>{kNoStamp, kNoStamp}));
+  const std::vector<std::string> texts = {"odd", at("10:00:05.000", "x"), "odd"};
+  EXPECT_EQ(stampsOf(texts, 7), (std::vector<Stamp>{7, five, five}));
+  EXPECT_EQ(stampsOf(texts), (std::vector<Stamp>{five, five, five}));
+  EXPECT_EQ(stampsOf({"odd", "odd"}), (std::vector<Stamp>{kNoStamp, kNoStamp}));
+}
+
+TEST(OrblogMerge, TimesAreTheSameInAnyPieces) {
+  const std::vector<std::string> texts = {"odd", at("10:00:05.000", "x"), at("10:00:04.000", "y"),
+                                          "odd"};
+  for (const Stamp former : {kNoStamp, Stamp{7}}) {
+    const RecordTimes single = timesOf(texts, former);
+    RecordTimes whole(former);
+    whole.add({});
+    whole.add(recordsOf(texts));
+    EXPECT_EQ(whole.count(), 4u);
+    EXPECT_EQ(single.count(), 4u);
+    const Stamp first = former == kNoStamp ? stampOf("2025-05-24 10:00:05.000") : former;
+    for (const RecordTimes& times : {single, whole}) {
+      EXPECT_EQ(times.lead(), first);
+      EXPECT_EQ(times.first(), first);
+      EXPECT_EQ(times.last(), stampOf("2025-05-24 10:00:04.000"));
+    }
+  }
+}
+
+TEST(OrblogMerge, RecordsThatAreGoneAreCounted) {
+  Batch batch = batchOf("x", {at("10:00:00.000", "a1"), at("10:00:02.000", "a2")});
+  const RecordTimes times = timesOf(batch.texts);
+  batch.texts.pop_back();
+  RecordStreams streams;
+  streams.push_back(std::make_unique<BatchStream>(batch, times, 1));
+  size_t count = 0;
+  mergeByTime(streams, [&count](const std::string&, const Record&, Stamp) { ++count; });
+  EXPECT_EQ(count, 1u);
+  EXPECT_EQ(streams[0]->missing(), 1u);
 }
 
 TEST(OrblogMerge, TextWithoutTimeStaysBehindTheLineBeforeIt) {

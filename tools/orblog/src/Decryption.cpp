@@ -3,19 +3,63 @@
 #include "orblog/Decryption.h"
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
 #include <utility>
 
 namespace orblog {
 namespace {
 
-int64_t lastChange(const LogSource& source) {
-  const struct stat status = source.status();
-  return int64_t{status.st_mtim.tv_sec} * 1000000000 + status.st_mtim.tv_nsec;
-}
+// What the records of all files take that are in memory at the same time, and of one of them.
+constexpr size_t kSharedRoom = size_t{16} << 20;
+constexpr size_t kLeastRoom = size_t{2} << 10;
+constexpr size_t kMostRoom = size_t{256} << 10;
 
 bool lacksEnd(const Finding& finding) {
   return finding.kind == Finding::Kind::CutRecord || finding.kind == Finding::Kind::HeaderCut;
 }
+
+// The records of a file that were few enough to be kept, or that are read once more.
+class FileRecords : public RecordStream {
+ public:
+  FileRecords(LogSource& file, const RecordTimes& times, std::vector<Record> kept)
+      : RecordStream(file.path(), file.changed(), times), mFile(file), mKept(std::move(kept)) {}
+  // The parser is as it was before it read these records for the first time, up to `end`, when with
+  // `finishes` nothing was to follow.
+  FileRecords(LogSource& file, const RecordTimes& times, LogParser parser, uint64_t end,
+              bool finishes, size_t room)
+      : RecordStream(file.path(), file.changed(), times),
+        mFile(file),
+        mParser(std::move(parser)),
+        mEnd(end),
+        mFinishes(finishes),
+        mRoom(room) {}
+
+ protected:
+  std::vector<Record> load() override {
+    if (!mParser) return std::move(mKept);
+    Parsed parsed;
+    parsed.room = mRoom;
+    bool more = true;
+    while (more && parsed.records.empty()) {
+      parsed.findings.clear();
+      more = mFile.readSome(*mParser, mEnd, parsed);
+    }
+    if (!more && mFinishes) mParser->finish(parsed);
+    // What it has beyond whole records is read again with the next ones.
+    if (more) (void)mParser->restart();
+    if (!more) mParser.reset();
+    return std::move(parsed.records);
+  }
+
+ private:
+  LogSource& mFile;
+  std::vector<Record> mKept;
+  std::optional<LogParser> mParser;
+  uint64_t mEnd = 0;
+  bool mFinishes = false;
+  size_t mRoom = 0;
+};
 
 }  // namespace
 
@@ -26,54 +70,78 @@ void Decryption::open(const std::vector<std::string>& paths) {
   const size_t former = mSources.size();
   for (const std::string& path : paths) {
     std::string error;
-    std::unique_ptr<LogSource> file = LogSource::open(path, mRing, &mFinder, error);
+    std::unique_ptr<LogSource> file = LogSource::open(path, mPool, mRing, &mFinder, error);
     if (file != nullptr) {
       file->primeKey();
       mSources.push_back({std::move(file)});
-    } else if (!error.empty() &&
-               std::find(mFailedToOpen.begin(), mFailedToOpen.end(), path) == mFailedToOpen.end()) {
-      mFailedToOpen.push_back(path);
+    } else if (!error.empty() && mFailedToOpen.insert(path).second) {
       mConsole.problem(error);
     }
   }
   std::stable_sort(
       mSources.begin() + static_cast<std::ptrdiff_t>(former), mSources.end(),
-      [](const Source& a, const Source& b) { return lastChange(*a.file) < lastChange(*b.file); });
+      [](const Source& a, const Source& b) { return a.file->changed() < b.file->changed(); });
 }
 
-Batch Decryption::batchOf(Source& source, std::vector<Record> records) {
-  Batch batch;
-  batch.file = source.file->path();
-  batch.changed = lastChange(*source.file);
-  batch.records = std::move(records);
-  batch.setStamps(source.latest);
-  if (!batch.stamps.empty()) source.latest = batch.stamps.back();
-  return batch;
+size_t Decryption::share() const {
+  return std::clamp(kSharedRoom / std::max<size_t>(mSources.size(), 1), kLeastRoom, kMostRoom);
 }
 
-Batch Decryption::read(Source& source) {
-  Parsed parsed;
-  const bool failedBefore = source.file->failed();
-  uint64_t position = source.file->position();
-  bool more = true;
-  while (more) {
-    more = source.file->readSome(parsed);
-    const uint64_t former = std::exchange(position, source.file->position());
-    if (position > former) mConsole.advance(position - former);
+void Decryption::report(const Source& source, std::vector<Finding> findings, Extent extent) {
+  if (extent == Extent::SeenAgain)
+    findings.erase(std::remove_if(findings.begin(), findings.end(), lacksEnd), findings.end());
+  mConsole.report(source.file->path(), findings);
+}
+
+// Reads what a file holds behind what was read of it before, and gives its records. Up to the end
+// that the file has now: one that grows as fast as it is read would have none otherwise.
+std::unique_ptr<RecordStream> Decryption::read(Source& source, Extent extent) {
+  LogSource& file = *source.file;
+  const bool finishes = extent != Extent::Present;
+  const bool failedBefore = !file.fault().empty();
+  const uint64_t end = extent == Extent::SeenAgain || failedBefore ? source.seen : file.look();
+  LogParser& parser = file.parser();
+  LogParser again = parser;
+  again.knowNoMoreKeys();
+  RecordTimes times(source.latest);
+  std::vector<Record> kept;
+  size_t keptSize = 0;
+  const auto take = [&](Parsed& parsed) {
+    report(source, std::move(parsed.findings), extent);
+    times.add(parsed.records);
+    keptSize += parsed.size;
+    if (keptSize > share()) {
+      std::vector<Record>().swap(kept);
+    } else {
+      std::move(parsed.records.begin(), parsed.records.end(), std::back_inserter(kept));
+    }
+  };
+  for (bool more = true; more;) {
+    Parsed parsed;
+    more = file.readSome(parser, end, parsed);
+    if (parser.seen() > source.seen) mConsole.advance(parser.seen() - source.seen);
+    source.seen = parser.seen();
+    if (!more && finishes) parser.finish(parsed);
+    take(parsed);
   }
-  if (!failedBefore && source.file->failed())
-    mConsole.problem(source.file->path() + ": offset " + std::to_string(position) +
-                     ": the file cannot be read");
-  if (source.retired) source.file->finish(parsed);
-  mConsole.report(source.file->path(), parsed.findings);
-  return batchOf(source, std::move(parsed.records));
+  (void)parser.restart();
+  if (!failedBefore && !file.fault().empty()) mConsole.problem(file.path() + ": " + file.fault());
+  if (times.count() > 0) source.latest = times.last();
+  if (keptSize <= share()) return std::make_unique<FileRecords>(file, times, std::move(kept));
+  return std::make_unique<FileRecords>(file, times, std::move(again), source.seen, finishes,
+                                       share());
 }
 
-void Decryption::print(std::vector<Batch>& batches) {
-  mergeByTime(batches, [this](const Batch& batch, size_t record) {
-    mPrinter.print(batch.file, batch.records[record], batch.stamps[record]);
+void Decryption::print(const RecordStreams& streams) {
+  mergeByTime(streams, [this](const std::string& file, const Record& record, Stamp stamp) {
+    mPrinter.print(file, record, stamp);
   });
   noteUnjudged();
+  for (const std::unique_ptr<RecordStream>& stream : streams) {
+    if (stream->missing() > 0)
+      mConsole.problem(stream->file() + ": changed while it was read; " +
+                       std::to_string(stream->missing()) + " records of it are not printed");
+  }
 }
 
 // Otherwise a selection seems to have no effect, or to find nothing, where the lines have a form
@@ -94,27 +162,27 @@ void Decryption::readAll(const std::vector<std::string>& arguments, bool readsOn
   for (const std::string& problem : list.problems) mConsole.problem(problem);
   open(list.files);
   uint64_t total = 0;
-  for (const Source& source : mSources)
-    total += static_cast<uint64_t>(source.file->status().st_size);
+  for (const Source& source : mSources) total += source.file->size();
   mConsole.startProgress(total);
-  std::vector<Batch> batches;
-  for (Source& source : mSources) {
-    source.retired = !readsOn;
-    batches.push_back(read(source));
-  }
+  RecordStreams streams;
+  for (Source& source : mSources)
+    streams.push_back(read(source, readsOn ? Extent::Present : Extent::Rest));
   mConsole.endProgress();
   if (!readsOn) mConsole.reportUntold();
-  sortByAge(batches);
-  print(batches);
+  sortByAge(streams);
+  print(streams);
 }
 
 void Decryption::openNew(const std::vector<std::string>& arguments) {
+  mPool.makeRoom();
   std::vector<std::string> paths = findLogFiles(arguments).files;
+  std::set<std::string> known;
   for (Source& source : mSources) {
     source.retired = !source.file->isCurrent();
-    if (source.retired) continue;
-    paths.erase(std::remove(paths.begin(), paths.end(), source.file->path()), paths.end());
+    if (!source.retired) known.insert(source.file->path());
   }
+  const auto isKnown = [&known](const std::string& path) { return known.count(path) > 0; };
+  paths.erase(std::remove_if(paths.begin(), paths.end(), isKnown), paths.end());
   open(paths);
 }
 
@@ -122,29 +190,29 @@ void Decryption::openNew(const std::vector<std::string>& arguments) {
 // no line of theirs comes late.
 bool Decryption::readNew(const std::vector<std::string>& arguments) {
   openNew(arguments);
-  std::vector<Batch> batches;
+  RecordStreams streams;
   for (auto source = mSources.rbegin(); source != mSources.rend(); ++source)
-    batches.push_back(read(*source));
-  std::reverse(batches.begin(), batches.end());
-  print(batches);
+    streams.push_back(read(*source, source->retired ? Extent::Rest : Extent::Present));
+  std::reverse(streams.begin(), streams.end());
+  print(streams);
+  streams.clear();
   mSources.erase(std::remove_if(mSources.begin(), mSources.end(),
                                 [](const Source& source) { return source.retired; }),
                  mSources.end());
+  // Of more files than can be open, it is the youngest that are still written and removed.
+  if (mSources.size() > mPool.most()) {
+    for (size_t i = mSources.size() - mPool.most(); i < mSources.size(); ++i)
+      (void)mSources[i].file->file().fd();
+  }
   return mPrinter.flush();
 }
 
 void Decryption::finish() {
-  std::vector<Batch> batches;
-  for (Source& source : mSources) {
-    Parsed parsed;
-    source.file->finish(parsed);
-    parsed.findings.erase(std::remove_if(parsed.findings.begin(), parsed.findings.end(), lacksEnd),
-                          parsed.findings.end());
-    mConsole.report(source.file->path(), parsed.findings);
-    batches.push_back(batchOf(source, std::move(parsed.records)));
-  }
+  RecordStreams streams;
+  for (Source& source : mSources) streams.push_back(read(source, Extent::SeenAgain));
   mConsole.reportUntold();
-  print(batches);
+  print(streams);
+  streams.clear();
   mSources.clear();
 }
 

@@ -75,14 +75,21 @@ struct Walk {
   bool whole = false;  // to the file's end
 };
 
-Walk walkLengths(int fd, uint64_t start, uint64_t size) {
+Walk walkLengths(PooledFile& file, uint64_t start, uint64_t size) {
   Walk walk;
   walk.end = start;
-  std::array<uint8_t, kLengthSize> length = {};
-  while (walk.end + kLengthSize <= size &&
-         pread(fd, length.data(), length.size(), static_cast<off_t>(walk.end)) ==
-             static_cast<ssize_t>(length.size())) {
-    const uint64_t sealed = readLength(length.data());
+  // Many lengths stand in one piece.
+  std::array<uint8_t, size_t{64} << 10> piece;
+  uint64_t pieceStart = 0, pieceEnd = 0;
+  while (walk.end + kLengthSize <= size) {
+    if (walk.end + kLengthSize > pieceEnd) {
+      const ssize_t got =
+          pread(file.fd(), piece.data(), piece.size(), static_cast<off_t>(walk.end));
+      if (got < static_cast<ssize_t>(kLengthSize)) break;
+      pieceStart = walk.end;
+      pieceEnd = walk.end + static_cast<uint64_t>(got);
+    }
+    const uint64_t sealed = readLength(piece.data() + (walk.end - pieceStart));
     if (sealed < kSealSize || walk.end + kLengthSize + sealed > size) break;
     walk.end += kLengthSize + sealed;
     ++walk.records;
@@ -122,7 +129,7 @@ class Informer {
     std::vector<std::unique_ptr<LogSource>> sources;
     for (const std::string& path : paths) {
       std::string error;
-      sources.push_back(LogSource::open(path, mRing, mFinder ? &*mFinder : nullptr, error));
+      sources.push_back(LogSource::open(path, mPool, mRing, mFinder ? &*mFinder : nullptr, error));
       if (sources.back() != nullptr) {
         sources.back()->primeKey();
       } else if (!error.empty()) {
@@ -136,27 +143,30 @@ class Informer {
 
  private:
   void tell(LogSource& source) {
-    const uint64_t size = static_cast<uint64_t>(source.status().st_size);
+    const uint64_t size = source.look();
     std::printf("%s: %" PRIu64 " bytes\n", terminalSafe(source.path()).c_str(), size);
     tellStructure(source, size);
-    if (mKey != nullptr) tellContents(source);
+    if (mKey != nullptr) tellContents(source, size);
+    if (!source.fault().empty()) mConsole.problem(source.path() + ": " + source.fault());
   }
-  void tellStructure(const LogSource& source, uint64_t size);
-  void tellContents(LogSource& source);
+  void tellStructure(LogSource& source, uint64_t size);
+  void tellContents(LogSource& source, uint64_t size);
 
   const PrivateKey* const mKey;
   Console& mConsole;
   KeyRing mRing;
   std::optional<KeyFinder> mFinder;
+  FilePool mPool;
 };
 
-void Informer::tellStructure(const LogSource& source, uint64_t size) {
+void Informer::tellStructure(LogSource& source, uint64_t size) {
+  PooledFile& file = source.file();
   std::array<uint8_t, kHeaderSize> header = {};
   bool present =
-      pread(source.fd(), header.data(), header.size(), 0) == static_cast<ssize_t>(header.size());
-  Walk walk = walkLengths(source.fd(), kHeaderSize, size);
+      pread(file.fd(), header.data(), header.size(), 0) == static_cast<ssize_t>(header.size());
+  Walk walk = walkLengths(file, kHeaderSize, size);
   if (!present || !walk.whole) {
-    const Walk bare = walkLengths(source.fd(), 0, size);
+    const Walk bare = walkLengths(file, 0, size);
     if (!present || bare.whole) walk = bare;
     present = present && !bare.whole;
   }
@@ -168,28 +178,47 @@ void Informer::tellStructure(const LogSource& source, uint64_t size) {
                      ": no whole record begins here");
 }
 
-void Informer::tellContents(LogSource& source) {
-  Parsed parsed;
-  while (source.readSome(parsed)) {
-  }
-  source.finish(parsed);
-  mConsole.report(source.path(), parsed.findings);
-  const auto lost = [](const Finding& finding) {
-    return finding.kind == Finding::Kind::HeaderUnreadable ||
-           finding.kind == Finding::Kind::HeaderZero || finding.kind == Finding::Kind::HeaderCut;
-  };
-  const bool fits = std::none_of(parsed.findings.begin(), parsed.findings.end(), lost);
-  const char* verdict = fits ? "fits" : "does not fit";
-  if (parsed.records.empty() && source.position() < kHeaderSize) verdict = "no header to try it on";
-  std::printf("  key:      %d bits, %s\n", mKey->bits(), verdict);
-  std::printf("  readable: %zu records\n", parsed.records.size());
+// The records that can be read, and what was wrong beside them.
+struct Contents {
+  uint64_t records = 0;
+  bool fits = true;
   std::optional<LogLine> first, last;
-  for (const Record& record : parsed.records) {
-    const std::optional<LogLine> line = parseLine(record.text);
-    if (line && (!first || line->stamp < first->stamp)) first = line;
-    if (line && (!last || line->stamp >= last->stamp)) last = line;
+
+  void add(const Parsed& parsed) {
+    records += parsed.records.size();
+    for (const Finding& finding : parsed.findings) {
+      fits = fits && finding.kind != Finding::Kind::HeaderUnreadable &&
+             finding.kind != Finding::Kind::HeaderZero && finding.kind != Finding::Kind::HeaderCut;
+    }
+    for (const Record& record : parsed.records) {
+      std::optional<LogLine> line = parseLine(record.text);
+      if (!line) continue;
+      // What points into the text goes with it.
+      line->tag = line->message = {};
+      if (!first || line->stamp < first->stamp) first = line;
+      if (!last || line->stamp >= last->stamp) last = line;
+    }
   }
-  if (first) std::printf("  time:     %s to %s\n", first->time.c_str(), last->time.c_str());
+};
+
+void Informer::tellContents(LogSource& source, uint64_t size) {
+  Contents contents;
+  LogParser& parser = source.parser();
+  for (bool more = true; more;) {
+    Parsed parsed;
+    more = source.readSome(parser, size, parsed);
+    if (!more) parser.finish(parsed);
+    mConsole.report(source.path(), parsed.findings);
+    contents.add(parsed);
+  }
+  const char* verdict = contents.fits ? "fits" : "does not fit";
+  if (contents.records == 0 && parser.seen() < kHeaderSize) verdict = "no header to try it on";
+  (void)parser.restart();
+  std::printf("  key:      %d bits, %s\n", mKey->bits(), verdict);
+  std::printf("  readable: %" PRIu64 " records\n", contents.records);
+  if (contents.first)
+    std::printf("  time:     %s to %s\n", contents.first->time.c_str(),
+                contents.last->time.c_str());
 }
 
 }  // namespace

@@ -39,7 +39,8 @@ bool Selection::takes(const std::optional<LogLine>& line, Stamp stamp) const {
 }
 
 void LinePrinter::print(const std::string& file, const Record& record, Stamp stamp) {
-  const std::optional<LogLine> line = parseLine(record.text);
+  const bool needsLine = mForm == Form::Json || !mSelection.takesAll();
+  const std::optional<LogLine> line = needsLine ? parseLine(record.text) : std::nullopt;
   const bool taken = mSelection.takes(line, stamp);
   if (!line && !mSelection.takesAll()) {
     Unjudged& unjudged = mUnjudged[file];

@@ -22,6 +22,11 @@ namespace fs = std::filesystem;
 // Larger than any record, so that every piece takes the reading on.
 constexpr size_t kPieceSize = size_t{128} << 10;
 static_assert(kPieceSize > kLengthSize + kGreatestLength);
+// The search for lost records may take so much of an empty file and so much more per byte: what it
+// costs goes by what there is to read.
+constexpr uint64_t kLeastBudget = uint64_t{4} << 20;
+constexpr uint64_t kBudgetPerByte = 512;
+constexpr uint64_t kMostBudget = uint64_t{1} << 30;
 
 bool startsWith(const std::string& text, const char* start) {
   return text.compare(0, std::strlen(start), start) == 0;
@@ -85,65 +90,91 @@ FileList findLogFiles(const std::vector<std::string>& arguments) {
   return list;
 }
 
-LogSource::LogSource(std::string path, int fd, KeyRing& ring, KeyFinder* finder)
-    : mPath(std::move(path)),
-      mFd(fd),
+LogSource::LogSource(const std::string& path, FilePool& pool, KeyRing& ring, KeyFinder* finder)
+    : mFile(path, pool),
       mFinder(finder),
-      mParser(ring, [this](ByteView header) { return openHeader(header); }) {}
+      mParser(ring, [this](ByteView header) { return openHeader(header); }) {
+  mParser.setSearchBudget(kLeastBudget);
+}
 
-std::unique_ptr<LogSource> LogSource::open(const std::string& path, KeyRing& ring,
+std::unique_ptr<LogSource> LogSource::open(const std::string& path, FilePool& pool, KeyRing& ring,
                                            KeyFinder* finder, std::string& error) {
-  // A pipe of that name must not make the reader wait.
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (fd < 0) {
+  std::unique_ptr<LogSource> source(new LogSource(path, pool, ring, finder));
+  if (source->mFile.fd() < 0) {
     // What was listed a moment ago may have been rotated away since.
     error = errno == ENOENT ? std::string() : path + ": " + std::strerror(errno);
     return nullptr;
   }
-  std::unique_ptr<LogSource> source(new LogSource(path, fd, ring, finder));
-  if (!S_ISREG(source->status().st_mode)) {
+  if (!S_ISREG(source->mFile.status().st_mode)) {
     error = path + ": not a regular file";
     return nullptr;
   }
   return source;
 }
 
-struct stat LogSource::status() const {
-  struct stat status = {};
-  if (fstat(mFd.get(), &status) != 0) status = {};
-  return status;
+uint64_t LogSource::look() {
+  if (!mFile.look()) (void)fail(0, ESTALE);
+  return size();
+}
+
+int64_t LogSource::changed() const {
+  const struct stat& status = mFile.status();
+  return int64_t{status.st_mtim.tv_sec} * 1000000000 + status.st_mtim.tv_nsec;
 }
 
 void LogSource::primeKey() {
   std::array<uint8_t, kHeaderSize> header = {};
-  if (pread(mFd.get(), header.data(), header.size(), 0) == static_cast<ssize_t>(header.size()))
+  if (pread(mFile.fd(), header.data(), header.size(), 0) == static_cast<ssize_t>(header.size()))
     (void)openHeader({header.data(), header.size()});
 }
 
-bool LogSource::readSome(Parsed& out) {
-  if (mFailed) return false;
-  mPosition = mParser.restart();
+LogParser& LogSource::parser() {
+  if (size() > mBudgeted) {
+    const uint64_t more = std::min(size() - mBudgeted, kMostBudget / kBudgetPerByte);
+    mParser.addSearchBudget(more * kBudgetPerByte);
+    mBudgeted = size();
+  }
+  return mParser;
+}
+
+bool LogSource::readSome(LogParser& parser, uint64_t end, Parsed& out) {
+  uint64_t at = parser.restart();
+  if (at >= end) return !parser.feed({}, out);
+  const int fd = mFile.fd();
+  if (fd < 0) return fail(at, errno);
+  const off_t data = lseek(fd, static_cast<off_t>(at), SEEK_DATA);
+  // Behind the last data the hole goes on to the end; where holes are unknown all is data.
+  const uint64_t filledFrom = data >= 0 ? static_cast<uint64_t>(data) : errno == ENXIO ? end : at;
+  if (filledFrom > at && parser.passZeros(std::min(filledFrom, end))) at = parser.restart();
+
   std::array<uint8_t, kPieceSize> piece;
+  const size_t wanted = static_cast<size_t>(std::min<uint64_t>(end - at, piece.size()));
   size_t filled = 0;
   ssize_t size = 1;
-  while (filled < piece.size() && size > 0) {
-    size = pread(mFd.get(), piece.data() + filled, piece.size() - filled,
-                 static_cast<off_t>(mPosition + filled));
+  while (filled < wanted && size > 0) {
+    size = pread(fd, piece.data() + filled, wanted - filled, static_cast<off_t>(at + filled));
     if (size > 0) filled += static_cast<size_t>(size);
     if (size < 0 && errno == EINTR) size = 1;
   }
-  mFailed = size < 0;
-  mPosition += filled;
-  const bool more = filled == piece.size();
-  mParser.feed({piece.data(), filled}, out, more);
-  return more;
+  if (size < 0) (void)fail(at + filled, errno);
+  const bool more = filled == wanted && at + filled < end;
+  return !parser.feed({piece.data(), filled}, out, more) || more;
+}
+
+// False, for the caller to return.
+bool LogSource::fail(uint64_t offset, int error) {
+  mFault = error == ENOENT || error == ESTALE
+               ? "removed before it was read to its end; with more descriptors (ulimit -n) it "
+                 "would have been kept open"
+               : "offset " + std::to_string(offset) + ": the file cannot be read";
+  return false;
 }
 
 bool LogSource::isCurrent() {
   struct stat named = {};
-  const struct stat held = status();
-  return stat(mPath.c_str(), &named) == 0 && named.st_dev == held.st_dev &&
-         named.st_ino == held.st_ino && mParser.goBack(static_cast<uint64_t>(held.st_size));
+  const struct stat& held = mFile.status();
+  return stat(path().c_str(), &named) == 0 && named.st_dev == held.st_dev &&
+         named.st_ino == held.st_ino && mParser.goBack(static_cast<uint64_t>(named.st_size));
 }
 
 }  // namespace orblog

@@ -27,22 +27,44 @@ constexpr int kHeaderAttempts = 8;
 }  // namespace
 
 LogParser::LogParser(KeyRing& keys, HeaderOpener opener)
-    : mKeys(keys),
+    : mKeys(&keys),
       mOpener(std::move(opener)),
       mBudget(kSearchBudget),
       mLongBudget(kLongBudget),
       mHeaderAttempts(kHeaderAttempts) {}
 
-void LogParser::feed(ByteView bytes, Parsed& out, bool more) {
+void LogParser::setSearchBudget(uint64_t bytes) {
+  mBudget = std::min(bytes, kSearchBudget);
+  mLongBudget = std::min(bytes, kLongBudget);
+}
+
+void LogParser::addSearchBudget(uint64_t bytes) {
+  mBudget = std::min(kSearchBudget, mBudget + std::min(bytes, kSearchBudget));
+  mLongBudget = std::min(kLongBudget, mLongBudget + std::min(bytes, kLongBudget));
+}
+
+bool LogParser::feed(ByteView bytes, Parsed& out, bool more) {
   mBuffer.insert(mBuffer.end(), bytes.data, bytes.data + bytes.size);
   process(more ? Rest::There : Rest::Later, out);
+  return !out.isFull();
 }
 
 void LogParser::finish(Parsed& out) { process(Rest::None, out); }
 
 uint64_t LogParser::restart() {
-  mBuffer.clear();
+  // Many parsers may be waiting, so none keeps the room that it had.
+  std::vector<uint8_t>().swap(mBuffer);
   return mBase;
+}
+
+bool LogParser::passZeros(uint64_t end) {
+  // The last one may be the first byte of a length.
+  if (!mGap || !mBuffer.empty() || mGap->next != mBase || end < mBase + 2) return false;
+  if (mGap->declared >= mBase && mGap->declared < end) return false;
+  if (mBudget == 0 || knownKeys() == 0) mGap->gaveUp = true;
+  mGap->next = end - 1;
+  mBase = end - 1;
+  return true;
 }
 
 bool LogParser::goBack(uint64_t size) {
@@ -58,7 +80,8 @@ bool LogParser::goBack(uint64_t size) {
 
 void LogParser::process(Rest rest, Parsed& out) {
   if (mHeaderRead || readHeader(rest, out)) {
-    while (mGap ? search(rest, out) : readRecord(rest, out)) {
+    while ((rest == Rest::None || !out.isFull()) &&
+           (mGap ? search(rest, out) : readRecord(rest, out))) {
     }
   }
   dropRead();
@@ -73,6 +96,8 @@ void LogParser::dropRead() {
 // True when reading goes on behind the header, or from offset 0 where there is none.
 bool LogParser::readHeader(Rest rest, Parsed& out) {
   const size_t size = mBuffer.size();
+  // Trying costs something, so nothing is tried twice for having come in pieces.
+  if (rest == Rest::There && size < kHeaderSize) return false;
   if (size >= kHeaderSize) {
     const ByteView field = view(0, kHeaderSize);
     const bool zero =
@@ -104,7 +129,7 @@ bool LogParser::readHeader(Rest rest, Parsed& out) {
   }
   Finding finding;
   finding.kind = Finding::Kind::NoHeader;
-  finding.origin = mKeys.origin(mOrder.front());
+  finding.origin = mKeys->origin(mRecent.front());
   out.findings.push_back(finding);
   return mHeaderRead = true;
 }
@@ -140,30 +165,42 @@ LogParser::Outcome LogParser::attempt(uint64_t at) {
   if (end() - at < size) return Outcome::Short;
   uint64_t& budget = sealed > kLongestSeal ? mLongBudget : mBudget;
   if (sealed > kLongestSeal && budget == 0) return Outcome::Failed;
-  learnKeys();
-  for (size_t i = 0; i < mOrder.size() && (i < kFreeTrials || budget > 0); ++i) {
-    if (mKeys.opens(mOrder[i], view(at + kLengthSize, sealed), mText)) {
-      prefer(mOrder[i]);
-      return Outcome::Opened;
-    }
-    budget -= std::min<uint64_t>(budget, size + kAttemptCost);
+  const ByteView bytes = view(at + kLengthSize, sealed);
+  size_t tried = 0;
+  const auto mayTry = [&tried, &budget] { return tried++ < kFreeTrials || budget > 0; };
+  for (size_t i = 0; i < mRecent.size() && mayTry(); ++i) {
+    if (opens(mRecent[i], bytes, budget)) return Outcome::Opened;
+  }
+  for (size_t key = 0; key < knownKeys(); ++key) {
+    if (std::find(mRecent.begin(), mRecent.end(), key) != mRecent.end()) continue;
+    if (!mayTry()) break;
+    if (opens(key, bytes, budget)) return Outcome::Opened;
   }
   return Outcome::Failed;
 }
 
-// The ring grows with the headers of this file and of others.
-void LogParser::learnKeys() {
-  while (mOrder.size() < mKeys.size()) mOrder.push_back(mOrder.size());
+bool LogParser::opens(size_t key, ByteView sealed, uint64_t& budget) {
+  if (mKeys->opens(key, sealed, mText)) {
+    prefer(key);
+    return true;
+  }
+  budget -= std::min<uint64_t>(budget, kLengthSize + sealed.size + kAttemptCost);
+  return false;
 }
 
 void LogParser::prefer(size_t key) {
-  learnKeys();
-  const auto place = std::find(mOrder.begin(), mOrder.end(), key);
-  std::rotate(mOrder.begin(), place, place + 1);
+  const auto place = std::find(mRecent.begin(), mRecent.end(), key);
+  if (place == mRecent.end()) {
+    mRecent.insert(mRecent.begin(), key);
+  } else {
+    std::rotate(mRecent.begin(), place, place + 1);
+  }
+  if (mKeyLimit != SIZE_MAX) mKeyLimit = std::max(mKeyLimit, key + 1);
 }
 
 void LogParser::emit(uint64_t at, Parsed& out) {
   mPosition = at + sizeAt(at);
+  out.size += sizeof(Record) + mText.size();
   out.records.push_back({at, std::move(mText)});
   mText.clear();
 }
@@ -226,6 +263,7 @@ bool LogParser::search(Rest rest, Parsed& out) {
   while (mGap->next < end()) {
     const uint64_t at = mGap->next;
     if (at == mGap->declared || (mBudget > 0 && isPlausible(at))) {
+      if (rest == Rest::There && mayBeHeader(at) && end() - at < kHeaderSize) return false;
       const Outcome outcome = attempt(at);
       if (outcome == Outcome::Opened) {
         closeGap(at, true, out);
@@ -288,7 +326,7 @@ void LogParser::followLength(bool final) {
 bool LogParser::step(bool final) {
   Gap& gap = *mGap;
   if (gap.next == gap.declared) followLength(final);
-  if (mBudget > 0 && !mKeys.empty()) {
+  if (mBudget > 0 && knownKeys() > 0) {
     ++gap.next;
     return true;
   }

@@ -4,52 +4,87 @@
 
 #include <algorithm>
 #include <queue>
+#include <string_view>
 #include <tuple>
+#include <utility>
 
 namespace orblog {
+namespace {
 
-void Batch::setStamps(Stamp former) {
-  stamps.clear();
-  stamps.reserve(records.size());
-  bool known = former != kNoStamp;
-  for (const Record& record : records) {
-    const std::optional<LogLine> line = parseLine(record.text);
-    if (line && !known) std::fill(stamps.begin(), stamps.end(), line->stamp);
-    known = known || line;
-    stamps.push_back(line ? line->stamp : stamps.empty() ? former : stamps.back());
-  }
+Stamp stampOf(const Record& record) {
+  const std::optional<LogLine> line = parseLine(record.text);
+  return line ? line->stamp : kNoStamp;
 }
 
-void sortByAge(std::vector<Batch>& batches) {
-  const auto age = [](const Batch& batch) {
-    const bool none = batch.stamps.empty();
-    return std::make_tuple(none ? 0 : batch.stamps.front(), none ? 0 : batch.stamps.back(),
-                           batch.changed, std::string_view(batch.file));
-  };
-  std::stable_sort(batches.begin(), batches.end(),
-                   [&age](const Batch& a, const Batch& b) { return age(a) < age(b); });
+}  // namespace
+
+// Lines in between need not be looked at.
+void RecordTimes::add(const std::vector<Record>& records) {
+  if (records.empty()) return;
+  if (mCount == 0) mFirst = stampOf(records.front());
+  mCount += records.size();
+  auto first = records.begin();
+  while (mLead == kNoStamp && first != records.end()) mLead = stampOf(*first++);
+  Stamp last = kNoStamp;
+  for (auto it = records.rbegin(); last == kNoStamp && it != records.rend(); ++it)
+    last = stampOf(*it);
+  if (last != kNoStamp) mLast = last;
 }
 
-void mergeByTime(const std::vector<Batch>& batches,
-                 const std::function<void(const Batch&, size_t record)>& use) {
-  struct Head {
-    Stamp stamp;
-    size_t batch, record;
-    bool operator>(const Head& other) const {
-      return std::tie(stamp, batch) > std::tie(other.stamp, other.batch);
+const Record* RecordStream::record() {
+  if (mLeft == 0) return nullptr;
+  if (mNext == mRecords.size()) {
+    mNext = 0;
+    mRecords = load();
+    if (mRecords.empty()) {
+      mMissing = mLeft;
+      end();
+      return nullptr;
     }
+  }
+  return &mRecords[mNext];
+}
+
+void RecordStream::pass() {
+  ++mNext;
+  if (--mLeft == 0) return end();
+  const Record* const next = record();
+  const Stamp stamp = next == nullptr ? kNoStamp : stampOf(*next);
+  if (stamp != kNoStamp) mStamp = stamp;
+}
+
+void RecordStream::end() {
+  mLeft = 0;
+  std::vector<Record>().swap(mRecords);
+}
+
+void sortByAge(RecordStreams& streams) {
+  const auto age = [](const std::unique_ptr<RecordStream>& stream) {
+    const RecordTimes& times = stream->times();
+    const bool none = times.count() == 0;
+    return std::make_tuple(none ? 0 : times.first(), none ? 0 : times.last(), stream->changed(),
+                           std::string_view(stream->file()));
   };
+  std::stable_sort(streams.begin(), streams.end(),
+                   [&age](const auto& a, const auto& b) { return age(a) < age(b); });
+}
+
+void mergeByTime(const RecordStreams& streams,
+                 const std::function<void(const std::string& file, const Record&, Stamp)>& use) {
+  using Head = std::pair<Stamp, size_t>;  // and the stream
   std::priority_queue<Head, std::vector<Head>, std::greater<>> heads;
-  for (size_t i = 0; i < batches.size(); ++i) {
-    if (!batches[i].records.empty()) heads.push({batches[i].stamps[0], i, 0});
+  for (size_t i = 0; i < streams.size(); ++i) {
+    if (!streams[i]->atEnd()) heads.emplace(streams[i]->stamp(), i);
   }
   while (!heads.empty()) {
-    const Head head = heads.top();
+    const size_t number = heads.top().second;
     heads.pop();
-    const Batch& batch = batches[head.batch];
-    use(batch, head.record);
-    const size_t next = head.record + 1;
-    if (next < batch.records.size()) heads.push({batch.stamps[next], head.batch, next});
+    RecordStream& stream = *streams[number];
+    const Record* const record = stream.record();
+    if (record == nullptr) continue;
+    use(stream.file(), *record, stream.stamp());
+    stream.pass();
+    if (!stream.atEnd()) heads.emplace(stream.stamp(), number);
   }
 }
 

@@ -15,7 +15,9 @@
 namespace orblog {
 
 // Reads a set of log files and prints their lines in the order of time; once, or on and on as they
-// grow. Used by one thread.
+// grow. Every round reads the files twice, unless there is little: first for what is wrong with
+// them and when they were written, then, all at the same time, for the lines. So its memory does
+// not depend on how much they hold. Used by one thread.
 class Decryption {
  public:
   // All three must outlive it.
@@ -34,21 +36,25 @@ class Decryption {
     std::unique_ptr<LogSource> file;
     bool retired = false;     // its name belongs to another file, or to none
     Stamp latest = kNoStamp;  // of the last record
+    uint64_t seen = 0;        // where the last reading ended
   };
+  enum class Extent { Present, Rest, SeenAgain };
   void open(const std::vector<std::string>& paths);
   void openNew(const std::vector<std::string>& arguments);
-  Batch read(Source& source);
-  static Batch batchOf(Source& source, std::vector<Record> records);
-  void print(std::vector<Batch>& batches);
+  std::unique_ptr<RecordStream> read(Source& source, Extent extent);
+  void report(const Source& source, std::vector<Finding> findings, Extent extent);
+  void print(const RecordStreams& streams);
   void noteUnjudged();
+  size_t share() const;
 
   LinePrinter& mPrinter;
   Console& mConsole;
   KeyRing mRing;
   KeyFinder mFinder;
-  std::vector<Source> mSources;            // in the order of their age, as far as it is known
-  std::vector<std::string> mFailedToOpen;  // told once
-  std::set<std::string> mNoted;            // files whose texts that are no lines have been told of
+  FilePool mPool;
+  std::vector<Source> mSources;         // in the order of their age, as far as it is known
+  std::set<std::string> mFailedToOpen;  // told once
+  std::set<std::string> mNoted;         // files whose texts that are no lines have been told of
 };
 
 // Reads on whenever something changes, until SIGINT or SIGTERM; those must be blocked. False when

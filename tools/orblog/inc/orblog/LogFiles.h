@@ -2,8 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <sys/stat.h>
-
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -11,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "UniqueFd.h"
+#include "orblog/FilePool.h"
 #include "orblog/LogParser.h"
 #include "orblog/PrivateKey.h"
 
@@ -26,43 +24,49 @@ struct FileList {
 // in them and in their subdirectories, except the configuration, the trace and keys.
 FileList findLogFiles(const std::vector<std::string>& arguments);
 
-// One log file, held open: the library removes files and makes others of the same name, and what
-// was in the removed one can still be read to its end. Used by one thread.
+// One log file. It is held open as long as the pool allows: the library removes files and makes
+// others of the same name, and what was in the removed one can still be read to its end. Used by
+// one thread.
 class LogSource {
  public:
   // Null on failure, with a sentence in `error` that names the file; none when the file is
-  // gone by now. Without a finder its own header gives no key. Ring and finder must outlive it.
-  static std::unique_ptr<LogSource> open(const std::string& path, KeyRing& ring, KeyFinder* finder,
-                                         std::string& error);
-  const std::string& path() const { return mPath; }
-  int fd() const { return mFd.get(); }
-  // The file as it is now.
-  struct stat status() const;
+  // gone by now. Without a finder its own header gives no key. The others must outlive it.
+  static std::unique_ptr<LogSource> open(const std::string& path, FilePool& pool, KeyRing& ring,
+                                         KeyFinder* finder, std::string& error);
+  const std::string& path() const { return mFile.path(); }
+  PooledFile& file() { return mFile; }
+  // Its size now; the size that it had when it is lost, which fault() tells then.
+  uint64_t look();
+  uint64_t size() const { return static_cast<uint64_t>(mFile.status().st_size); }
+  // When it was changed last, as far as is known, in nanoseconds.
+  int64_t changed() const;
 
   // Puts the key of the header on the ring before anything is read, so that files read earlier can
   // be tried with it.
   void primeKey();
-  // Reads the next piece, from the end of the last whole record on: what followed that may have
-  // been taken back by its writer meanwhile. False when it came to the file's present end, and when
-  // that cannot be read.
-  bool readSome(Parsed& out);
-  void finish(Parsed& out) { mParser.finish(out); }
-  uint64_t position() const { return mPosition; }
-  bool failed() const { return mFailed; }
+  // Where reading goes on, with what is known of what came before. A copy of it reads the same
+  // again as long as the file stays as it is. It may search the more the larger the file is.
+  LogParser& parser();
+  // Reads the next piece with a parser, from the end of its last whole record on: what followed
+  // that may have been taken back by its writer meanwhile. False when it came to `end`, which is
+  // the file's present end or was once, and when that cannot be read.
+  bool readSome(LogParser& parser, uint64_t end, Parsed& out);
+  // Why it could not be read; empty when it could.
+  const std::string& fault() const { return mFault; }
   // False when its name belongs to another file by now, or records that were read are cut off.
   bool isCurrent();
 
  private:
   std::optional<size_t> openHeader(ByteView header) const {
-    return mFinder == nullptr ? std::nullopt : mFinder->open(header, mPath);
+    return mFinder == nullptr ? std::nullopt : mFinder->open(header, path());
   }
-  LogSource(std::string path, int fd, KeyRing& ring, KeyFinder* finder);
-  const std::string mPath;
-  const UniqueFd mFd;
+  LogSource(const std::string& path, FilePool& pool, KeyRing& ring, KeyFinder* finder);
+  bool fail(uint64_t offset, int error);
+  PooledFile mFile;
   KeyFinder* const mFinder;
   LogParser mParser;
-  uint64_t mPosition = 0;
-  bool mFailed = false;
+  uint64_t mBudgeted = 0;  // bytes of the file that the parser has search budget for
+  std::string mFault;
 };
 
 }  // namespace orblog

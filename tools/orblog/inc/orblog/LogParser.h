@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -23,6 +24,10 @@ struct Record {
 struct Parsed {
   std::vector<Record> records;
   std::vector<Finding> findings;
+  size_t size = 0;         // what the records take
+  size_t room = SIZE_MAX;  // parsing pauses when they take so much
+
+  bool isFull() const { return size >= room; }
 };
 
 // Takes the session key out of a header of 512 bytes, adds it to the ring and gives its number.
@@ -33,7 +38,8 @@ using HeaderOpener = std::function<std::optional<size_t>(ByteView header)>;
 // Whatever the bytes are, its time is bounded: looking for records behind a damaged place, and for
 // the key of a record, has a budget, and when that is used up only the lengths are followed and the
 // latest keys tried. So is its memory: while there is more it keeps less than the largest record
-// beside what it was fed last. Not for two threads at a time; the ring must outlive it.
+// beside what it was fed last. A copy gives the same records from the same bytes once more,
+// whatever the pieces. Not for two threads at a time; the ring must outlive it.
 class LogParser {
  public:
   LogParser(KeyRing& keys, HeaderOpener opener);
@@ -41,20 +47,29 @@ class LogParser {
   // Appends to `out` what the bytes complete. A record that is not all there waits for the rest:
   // whatever its length when the file has `more` now, so that where a piece ends makes no
   // difference; at the file's present end such records as a writer makes, and behind one that is
-  // longer good ones are looked for meanwhile.
-  void feed(ByteView bytes, Parsed& out, bool more = false);
-  // No more bytes will come: what waited is reported. Call it once.
+  // longer good ones are looked for meanwhile. False when `out` is full before all is dealt with.
+  bool feed(ByteView bytes, Parsed& out, bool more = false);
+  // No more bytes will come: what waited is reported, whether there is room or not. Call it once.
   void finish(Parsed& out);
+  // The offset behind the last byte that was fed, up to the next restart().
+  uint64_t seen() const { return mBase + mBuffer.size(); }
 
   // Forgets what waits for its rest; feeding goes on at the offset that is returned. A writer takes
   // back what does not fit on the disk, so those bytes may be others by now.
   uint64_t restart();
+  // Nothing but zeros stands from where feeding goes on to `end`, as in a hole of a sparse file.
+  // True when the search for records has passed over them; feeding goes on behind.
+  bool passZeros(uint64_t end);
   // The file has this size now. False when bytes are gone that have been dealt with; the rest goes
   // on with restart().
   bool goBack(uint64_t size);
 
   // How many more bytes of records may be tried in vain, counted per key.
-  void setSearchBudget(uint64_t bytes) { mBudget = bytes; }
+  void setSearchBudget(uint64_t bytes);
+  void addSearchBudget(uint64_t bytes);
+  // From now on no key is tried but those that are on the ring and those that this file's headers
+  // give: a copy is to find what the first one found, which knew no others.
+  void knowNoMoreKeys() { mKeyLimit = mKeys->size(); }
 
  private:
   enum class Outcome { Opened, Failed, Short, WrongLength };
@@ -93,7 +108,8 @@ class LogParser {
   void openSilentGap(uint64_t first);
   void closeGap(uint64_t at, bool resumed, Parsed& out);
   Outcome attempt(uint64_t at);
-  void learnKeys();
+  size_t knownKeys() const { return mKeyLimit < mKeys->size() ? mKeyLimit : mKeys->size(); }
+  bool opens(size_t key, ByteView sealed, uint64_t& budget);
   void prefer(size_t key);
   bool isPlausible(uint64_t at) const;
   bool waits(uint64_t at, Outcome outcome, Rest rest) const;
@@ -102,13 +118,14 @@ class LogParser {
   void emit(uint64_t at, Parsed& out);
   void dropRead();
 
-  KeyRing& mKeys;
-  const HeaderOpener mOpener;
+  KeyRing* mKeys;
+  HeaderOpener mOpener;
   std::vector<uint8_t> mBuffer;  // what is not dealt with yet
   uint64_t mBase = 0;            // the offset of the buffer's first byte
   uint64_t mPosition = 0;        // the offset at which reading goes on
   bool mHeaderRead = false;
-  std::vector<size_t> mOrder;  // of keys: the ones that opened a record last come first
+  std::vector<size_t> mRecent;  // keys that opened something here, the last one first
+  size_t mKeyLimit = SIZE_MAX;  // no key from this number on is known
   std::optional<Gap> mGap;
   std::string mText;  // of the record that the last attempt opened
   uint64_t mBudget;

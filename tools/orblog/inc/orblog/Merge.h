@@ -2,7 +2,9 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -11,28 +13,81 @@
 
 namespace orblog {
 
-// Records of one file in its order.
-struct Batch {
-  std::string file;
-  int64_t changed = 0;  // when the file was changed last, in nanoseconds
-  std::vector<Record> records;
-  std::vector<Stamp> stamps;  // per record; filled by setStamps
+// The stamps of the records of one file, in their order, as far as they must be known before any
+// of them is printed. A text without a stamp takes that of the one before it. The first ones take
+// `former`, that of the last line which the file had before these; when there was none, the first
+// that follows.
+class RecordTimes {
+ public:
+  explicit RecordTimes(Stamp former = kNoStamp) : mLead(former), mLast(former) {}
+  // Records that follow those so far.
+  void add(const std::vector<Record>& records);
+  uint64_t count() const { return mCount; }
+  Stamp lead() const { return mLead; }  // of texts before the first line
+  Stamp first() const { return mFirst != kNoStamp ? mFirst : mLead; }
+  Stamp last() const { return mLast != kNoStamp ? mLast : mLead; }
 
-  // A text without a stamp takes that of the one before it. The first ones take `former`, that of
-  // the last line which the file had before these; when there was none, the first that follows.
-  void setStamps(Stamp former = kNoStamp);
+ private:
+  uint64_t mCount = 0;
+  Stamp mLead;
+  Stamp mFirst = kNoStamp;  // of the first record, if that is a line
+  Stamp mLast;
 };
 
-// Puts the batches into the order in which their files were written, as far as it can be told: by
-// the first line, then the last, then the time of the last change, then the name. A process fills
+// The records of one file, a few of them in memory at a time. Used by one thread.
+class RecordStream {
+ public:
+  // When the file was changed last, in nanoseconds.
+  RecordStream(std::string file, int64_t changed, const RecordTimes& times)
+      : mFile(std::move(file)),
+        mChanged(changed),
+        mTimes(times),
+        mLeft(times.count()),
+        mStamp(times.first()) {}
+  RecordStream(const RecordStream&) = delete;
+  RecordStream& operator=(const RecordStream&) = delete;
+  virtual ~RecordStream() = default;
+
+  const std::string& file() const { return mFile; }
+  int64_t changed() const { return mChanged; }
+  const RecordTimes& times() const { return mTimes; }
+  bool atEnd() const { return mLeft == 0; }
+  // That of the next record; for the first one nothing is read.
+  Stamp stamp() const { return mStamp; }
+  // The next record, until it is passed over. Null when it is not there any more; that is the end.
+  const Record* record();
+  void pass();
+  // Records that were counted could not be had.
+  uint64_t missing() const { return mMissing; }
+
+ protected:
+  // The next few records; none when there are no more.
+  virtual std::vector<Record> load() = 0;
+
+ private:
+  void end();
+  const std::string mFile;
+  const int64_t mChanged;
+  const RecordTimes mTimes;
+  uint64_t mLeft;
+  uint64_t mMissing = 0;
+  Stamp mStamp;
+  std::vector<Record> mRecords;
+  size_t mNext = 0;  // of these
+};
+
+using RecordStreams = std::vector<std::unique_ptr<RecordStream>>;
+
+// Puts them into the order in which their files were written, as far as it can be told: by the
+// first line, then the last, then the time of the last change, then the name. A process fills
 // its files one after another, so where one ends and the next begins within the same millisecond
 // the first lines tell the order, whatever the numbers in the names are and however the files came
 // here.
-void sortByAge(std::vector<Batch>& batches);
+void sortByAge(RecordStreams& streams);
 
-// Calls `use` for all records, least stamp first; equal ones in the order of the batches. Records
-// of one batch keep their order even where its clock was set back.
-void mergeByTime(const std::vector<Batch>& batches,
-                 const std::function<void(const Batch&, size_t record)>& use);
+// Calls `use` for all records, least stamp first; equal ones in the order of the streams. Records
+// of one stream keep their order even where its clock was set back.
+void mergeByTime(const RecordStreams& streams,
+                 const std::function<void(const std::string& file, const Record&, Stamp)>& use);
 
 }  // namespace orblog
