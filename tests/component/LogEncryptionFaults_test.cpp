@@ -17,6 +17,7 @@
 
 #include "LogEncryptionFixture.h"
 #include "QuietThreads.h"
+#include "Thread.h"
 
 namespace {
 
@@ -50,23 +51,20 @@ namespace {
 
 const fs::path kFirst = fs::path(kMain) / "orb_log_p0_00";
 
-// As on a full disk: no file of this process grows beyond so many bytes.
+// As on a full disk: no file of this process grows beyond so many bytes. What goes beyond raises a
+// signal besides, which would end the process.
 class SizeLimit {
  public:
-  explicit SizeLimit(size_t size) : mHandler(signal(SIGXFSZ, SIG_IGN)) {
+  explicit SizeLimit(size_t size) {
     getrlimit(RLIMIT_FSIZE, &mFormer);
     const rlimit limit{size, mFormer.rlim_max};
     setrlimit(RLIMIT_FSIZE, &limit);
   }
   SizeLimit(const SizeLimit&) = delete;
   SizeLimit& operator=(const SizeLimit&) = delete;
-  ~SizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &mFormer);
-    signal(SIGXFSZ, mHandler);
-  }
+  ~SizeLimit() { setrlimit(RLIMIT_FSIZE, &mFormer); }
 
  private:
-  void (*const mHandler)(int);
   rlimit mFormer{};
 };
 
@@ -76,20 +74,6 @@ class LogEncryptionFaultsTest : public LogEncryptionFixture {
     randomFails = false;
     wrapResult.reset();
   }
-
-  // The platform and the diagnostic channel get a line whatever happens to the file.
-  void sayToAll(const std::string& text) {
-    recording::setDiagListening(true);
-    recording::clear();
-    say(text);
-    EXPECT_EQ(Texts{"|T|File::f:1 " + text}, recording::texts());
-    EXPECT_EQ(Texts{text}, messagesOf(diagLines()));
-  }
-  // Records of a file that has no header, under the session key of another.
-  static Texts headlessMessages(const fs::path& path, const Bytes& key) {
-    return messagesOf(linesOf(recordsOf(contentOf(path), 0), key));
-  }
-  static Bytes key() { return sessionKeyOf(contentOf(kFirst), testkeys::rsaKey(2048)); }
 };
 
 TEST_F(LogEncryptionFaultsTest, RecordThatDoesNotFitIsTakenBack) {
@@ -120,84 +104,40 @@ TEST_F(LogEncryptionFaultsTest, HeaderThatDoesNotFitIsTakenBack) {
     EXPECT_TRUE(contentOf(kFirst).empty());
   }
   sayToAll("after");
-  EXPECT_EQ(1u, recordsOf(contentOf(kFirst), 0).size());
+  EXPECT_EQ(Texts{"after"}, messagesOf(linesIn(kFirst)));
 }
 
-TEST_F(LogEncryptionFaultsTest, MissingDirectoryIsDoneWithoutUntilItIsThere) {
-  configure();
-  fs::remove_all(kMain);
+TEST_F(LogEncryptionFaultsTest, LimitOnFileSizesDropsTheRecordsOfAllThreads) {
+  configure(30000, 3);
   log.init("orb");
-  EXPECT_TRUE(LogTestPeer::encryptionEnabled());
-  EXPECT_FALSE(recording::hasEndingWith("C-Logging Init failed"));
-  sayToAll("lost");
-  fs::create_directory(kMain);
-  for (int i = 0; i < 3100; ++i) say("text");
-  // From the next rotation on at the latest there is a whole file.
-  EXPECT_FALSE(linesIn(fs::path(kMain) / "orb_log_p0_01").empty());
-}
-
-TEST_F(LogEncryptionFaultsTest, FileInTheDirectorysPlaceIsDoneWithout) {
-  configure();
-  fs::remove_all(kMain);
-  write(kMain, "text");
-  log.init("orb");
-  for (int i = 0; i < 3100; ++i) say("lost");
-  sayToAll("lost");
-  EXPECT_EQ((Bytes{'t', 'e', 'x', 't'}), contentOf(kMain));
-}
-
-TEST_F(LogEncryptionFaultsTest, RemovedFileIsCreatedByTheNextRecord) {
-  configure();
-  log.init("orb");
-  const Bytes session = key();
   sayToAll("one");
-  fs::remove(kFirst);
+  const size_t size = contentOf(kFirst).size();
+  {
+    const SizeLimit limit(size + 1000);
+    std::vector<std::thread> writers;
+    for (int t = 0; t < 4; ++t) {
+      writers.emplace_back([this] {
+        for (int i = 0; i < 500; ++i) say("text");
+      });
+    }
+    for (std::thread& writer : writers) writer.join();
+    // A thread of the library's own blocks the signal and must not keep one waiting.
+    bool waits = true;
+    std::thread own;
+    ASSERT_TRUE(startThread(own, "orb-test", [this, &waits] {
+      say("lost");
+      sigset_t pending;
+      waits = sigpending(&pending) != 0 || sigismember(&pending, SIGXFSZ) != 0;
+    }));
+    own.join();
+    EXPECT_FALSE(waits);
+  }
+  EXPECT_LE(contentOf(kFirst).size(), size + 1000);
   sayToAll("two");
-  sayToAll("three");
-  EXPECT_EQ((Texts{"two", "three"}), headlessMessages(kFirst, session));
-}
-
-TEST_F(LogEncryptionFaultsTest, RemovedDirectoryIsDoneWithout) {
-  configure();
-  log.init("orb");
-  fs::remove_all(kMain);
-  sayToAll("one");
-  EXPECT_FALSE(fs::exists(kMain));
-}
-
-TEST_F(LogEncryptionFaultsTest, ReplacedFileIsNotWrittenWhenItIsNoFile) {
-  configure();
-  log.init("orb");
-  const Bytes session = key();
-  fs::remove(kFirst);
-  ASSERT_EQ(0, mkfifo(kFirst.c_str(), 0666));
-  sayToAll("to nobody");
-  const int reader = open(kFirst.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  sayToAll("to a pipe");
-  char byte = 0;
-  EXPECT_EQ(0, read(reader, &byte, 1));
-  close(reader);
-
-  fs::remove(kFirst);
-  fs::create_directory(kFirst);
-  sayToAll("to a directory");
-  fs::remove(kFirst);
-  fs::create_symlink("/dev/full", kFirst);
-  sayToAll("to a device");
-  fs::remove(kFirst);
-  sayToAll("again");
-  EXPECT_EQ(Texts{"again"}, headlessMessages(kFirst, session));
-}
-
-TEST_F(LogEncryptionFaultsTest, DirectoryInTheWayOfTheNextFileIsPassedOver) {
-  configure();
-  log.init("orb");
-  const fs::path second = fs::path(kMain) / "orb_log_p0_01";
-  fs::create_directory(second);
-  for (int i = 0; i < 2 * 3001; ++i) say("text");
-  sayToAll("on");
-  EXPECT_TRUE(fs::is_directory(second));
-  EXPECT_FALSE(linesIn(fs::path(kMain) / "orb_log_p0_02").empty());
+  const Texts messages = messagesOf(linesIn(kFirst));
+  ASSERT_GT(messages.size(), 2u);
+  EXPECT_EQ("one", messages.front());
+  EXPECT_EQ("two", messages.back());
 }
 
 TEST_F(LogEncryptionFaultsTest, RecordWithoutARandomIvIsNotWritten) {

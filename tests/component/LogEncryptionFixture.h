@@ -163,6 +163,15 @@ class LogEncryptionFixture : public LogFixture {
     log.addLogRecord(4, "T", "File.cpp", "f", 1, "%s", text.c_str());
   }
 
+  // The platform and the diagnostic channel get a line whatever happens to the file.
+  void sayToAll(const std::string& text) {
+    recording::setDiagListening(true);
+    recording::clear();
+    say(text);
+    EXPECT_EQ(Texts{"|T|File::f:1 " + text}, recording::texts());
+    EXPECT_EQ(Texts{text}, messagesOf(diagLines()));
+  }
+
   // All lines of a file but for the header, which must unwrap with the key.
   static Texts linesIn(const fs::path& path, const testkeys::RsaKey& key = testkeys::rsaKey(2048)) {
     const Bytes content = contentOf(path);

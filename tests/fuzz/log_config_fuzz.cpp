@@ -34,7 +34,7 @@ struct LogTestPeer {
     Log& log = *Log::getInstance();
     const LockGuard lock(log.mutex);
     return {log.encryptionEnabled, log.recordsPerFile, log.maxFiles, log.wrappedKey,
-            log.currentLogFile};
+            log.logFile.path()};
   }
 };
 

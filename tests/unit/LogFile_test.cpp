@@ -1,104 +1,53 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// This program's write() and ftruncate() come before the C library's and fail as a test wants it.
+// One file of the encrypted log: what comes to be in it, under which name.
 #include "LogFile.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <deque>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
 #include "Descriptors.h"
+#include "LogFileFixture.h"
 
+namespace logfile {
 namespace {
 
-// What the next calls do: an error, or no more than so many bytes.
-struct Outcome {
-  int error;
-  size_t most;
-};
-std::deque<Outcome> outcomes;
-size_t writes = 0;
-bool truncateFails = false;
-
-}  // namespace
-
-extern "C" ssize_t write(int fd, const void* data, size_t size) {
-  ++writes;
-  if (!outcomes.empty()) {
-    const Outcome outcome = outcomes.front();
-    outcomes.pop_front();
-    if (outcome.error != 0) {
-      errno = outcome.error;
-      return -1;
-    }
-    size = std::min(size, outcome.most);
-  }
-  return syscall(SYS_write, fd, data, size);
-}
-
-extern "C" int ftruncate(int fd, off_t size) {
-  if (!truncateFails) return static_cast<int>(syscall(SYS_ftruncate, fd, size));
-  errno = EIO;
-  return -1;
-}
-
-namespace {
-
-namespace fs = std::filesystem;
-
-class LogFileTest : public testing::Test {
- protected:
-  LogFileTest() {
-    char name[] = "/tmp/logfile-XXXXXX";
-    directory = mkdtemp(name);
-    path = directory / "log";
-    outcomes.clear();
-    truncateFails = false;
-  }
-  ~LogFileTest() override {
-    file.close();
-    fs::remove_all(directory);
-  }
-
-  bool append(const std::string& text) { return append(path, text); }
-  bool append(const fs::path& name, const std::string& text) {
-    return file.append(name, reinterpret_cast<const uint8_t*>(text.data()), text.size());
-  }
-  std::string content() const { return content(path); }
-  static std::string content(const fs::path& name) {
-    std::ifstream stream(name, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(stream), {});
-  }
-
-  fs::path directory, path;
-  LogFile file;
-};
+class LogFileTest : public LogFileFixture {};
 
 TEST_F(LogFileTest, AppendsToANewAndToAnOldFile) {
   EXPECT_TRUE(append("one"));
   EXPECT_TRUE(append("two"));
   EXPECT_EQ("onetwo", content());
-  LogFile second;
-  const uint8_t byte = '3';
-  EXPECT_TRUE(second.append(path, &byte, 1));
+  EXPECT_TRUE(append(path, "3"));
   EXPECT_TRUE(append("four"));
   EXPECT_EQ("onetwo3four", content());
 }
 
 TEST_F(LogFileTest, NothingToAppendCreatesTheFile) {
-  EXPECT_TRUE(file.append(path, nullptr, 0));
+  EXPECT_TRUE(file.append(nullptr, 0));
   EXPECT_TRUE(fs::exists(path));
   EXPECT_EQ("", content());
+}
+
+TEST_F(LogFileTest, ObjectWithoutAFileAppendsNothing) {
+  LogFile none;
+  none.create();
+  EXPECT_FALSE(none.start());
+  EXPECT_FALSE(append(none, "text"));
+}
+
+TEST_F(LogFileTest, FileThatExistsIsNotCreatedAgain) {
+  append("text");
+  file.create();
+  EXPECT_EQ("text", content());
+  EXPECT_TRUE(append("more"));
+  EXPECT_EQ("textmore", content());
+}
+
+TEST_F(LogFileTest, StartRemovesWhatHasTheName) {
+  append("of an earlier run");
+  EXPECT_TRUE(file.start());
+  EXPECT_EQ("", content());
+  EXPECT_TRUE(append("text"));
+  EXPECT_EQ("text", content());
 }
 
 TEST_F(LogFileTest, NewFileIsSubjectToTheMask) {
@@ -115,13 +64,18 @@ TEST_F(LogFileTest, NewFileIsSubjectToTheMask) {
 }
 
 TEST_F(LogFileTest, PiecesGoToTheFileThatTheyName) {
-  const fs::path other = directory / "other";
+  LogFile other = made(directory / "other");
   for (int i = 0; i < 3; ++i) {
     EXPECT_TRUE(append("a"));
     EXPECT_TRUE(append(other, "b"));
   }
   EXPECT_EQ("aaa", content());
-  EXPECT_EQ("bbb", content(other));
+  EXPECT_EQ("bbb", content(directory / "other"));
+  // With the name goes the file; there is nothing left to append to.
+  LogFile moved(std::move(other));
+  EXPECT_TRUE(append(moved, "c"));
+  EXPECT_FALSE(append(other, "d"));  // NOLINT(bugprone-use-after-move)
+  EXPECT_EQ("bbbc", content(directory / "other"));
 }
 
 TEST_F(LogFileTest, RemovedFileIsCreatedAgain) {
@@ -155,11 +109,11 @@ TEST_F(LogFileTest, ShortenedFileIsContinuedAtItsEnd) {
 }
 
 TEST_F(LogFileTest, MissingDirectoryIsFoundOnceItIsThere) {
-  const fs::path deep = directory / "sub" / "log";
+  LogFile deep = made(directory / "sub" / "log");
   EXPECT_FALSE(append(deep, "one"));
   fs::create_directory(directory / "sub");
   EXPECT_TRUE(append(deep, "two"));
-  EXPECT_EQ("two", content(deep));
+  EXPECT_EQ("two", content(directory / "sub" / "log"));
 }
 
 TEST_F(LogFileTest, FileInTheDirectorysPlaceIsRefused) {
@@ -230,27 +184,46 @@ TEST_F(LogFileTest, FirstPieceIsTakenBackAlike) {
   EXPECT_EQ("", content());
 }
 
-TEST_F(LogFileTest, HalfAPieceThatCannotBeTakenBackStays) {
+TEST_F(LogFileTest, HalfAPieceThatCannotBeTakenBackGoesBeforeTheNext) {
   append("one");
   outcomes = {{0, 2}};
   truncateFails = true;
   EXPECT_FALSE(append("two"));
   EXPECT_EQ("onetw", content());
+  EXPECT_FALSE(append("three"));
+  EXPECT_EQ("onetw", content());
   truncateFails = false;
   EXPECT_TRUE(append("three"));
-  EXPECT_EQ("onetwthree", content());
+  EXPECT_EQ("onethree", content());
+}
+
+TEST_F(LogFileTest, HalfAPieceThatSomebodyElseTookBackIsGone) {
+  append("one");
+  outcomes = {{0, 2}};
+  truncateFails = true;
+  EXPECT_FALSE(append("two"));
+  fs::resize_file(path, 1);
+  EXPECT_TRUE(append("three"));
+  EXPECT_EQ("othree", content());
 }
 
 TEST_F(LogFileTest, OneDescriptorIsKeptAndGivenBack) {
   const size_t before = openDescriptors();
-  for (int i = 0; i < 20; ++i) append(directory / std::to_string(i), "text");
+  for (int i = 0; i < 20; ++i) {
+    file = made(directory / std::to_string(i));
+    append("text");
+  }
   EXPECT_EQ(before + 1, openDescriptors());
-  append(directory, "text");
-  EXPECT_EQ(before, openDescriptors());
+  fs::remove(directory / "19");
+  fs::create_directory(directory / "19");
   append("text");
+  EXPECT_EQ(before, openDescriptors());
+  file = made(path);
+  append("text");
+  EXPECT_EQ(before + 1, openDescriptors());
   file.close();
   EXPECT_EQ(before, openDescriptors());
-  { LogFile().append(path, nullptr, 0); }
+  append(path, "text");
   EXPECT_EQ(before, openDescriptors());
 }
 
@@ -267,3 +240,4 @@ TEST_F(LogFileTest, DescriptorIsClosedOnExec) {
 }
 
 }  // namespace
+}  // namespace logfile

@@ -113,7 +113,7 @@ struct LogTestPeer {
     log().maxFiles = 0;
     log().recordsInFile = log().fileIndex = 0;
     log().fileTag.clear();
-    log().currentLogFile.clear();
+    log().logFile = LogFile();
   }
 };
 

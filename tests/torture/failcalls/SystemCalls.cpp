@@ -207,6 +207,12 @@ int orbTestStat(const char* path, struct stat* status) {
   return plain(decide(Call::Stat, ORB_CALLER), [&] { return real(path, status); });
 }
 
+int orbTestLstat(const char* path, struct stat* status) ORB_NAMED("lstat");
+int orbTestLstat(const char* path, struct stat* status) {
+  static const auto real = next<int (*)(const char*, struct stat*)>("lstat");
+  return plain(decide(Call::Stat, ORB_CALLER), [&] { return real(path, status); });
+}
+
 int orbTestUnlink(const char* path) ORB_NAMED("unlink");
 int orbTestUnlink(const char* path) {
   static const auto real = next<int (*)(const char*)>("unlink");

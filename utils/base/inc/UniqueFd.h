@@ -29,6 +29,11 @@ class UniqueFd {
   explicit UniqueFd(int fd) : mFd(fd) {}
   UniqueFd(const UniqueFd&) = delete;
   UniqueFd& operator=(const UniqueFd&) = delete;
+  UniqueFd(UniqueFd&& other) noexcept : mFd(other.release()) {}
+  UniqueFd& operator=(UniqueFd&& other) noexcept {
+    reset(other.release());
+    return *this;
+  }
   ~UniqueFd() { reset(); }
   int get() const { return mFd; }
   // Closes the descriptor and owns the other one instead.

@@ -156,10 +156,9 @@ class Log {
   void encryptRecord(std::string_view entry) ORB_REQUIRES(mutex);
   void encryptLogMsg(std::string_view entry) ORB_REQUIRES(mutex);
   void nextLogFile() ORB_REQUIRES(mutex);
-  void startLogFile() ORB_REQUIRES(mutex);
   std::string logFileName(int index) const ORB_REQUIRES(mutex);
   bool createNewlogFileName() ORB_REQUIRES(mutex);
-  void writeToFile(const uint8_t* bytes, size_t size, const std::string& path) ORB_REQUIRES(mutex);
+  void writeToFile(const uint8_t* bytes, size_t size, LogFile& file) const ORB_REQUIRES(mutex);
   void applyLogPerms() const;
   std::string getLogFilePath() const;
   std::string getFileTag() const;
@@ -203,8 +202,8 @@ class Log {
   int recordsInFile ORB_GUARDED_BY(mutex) = 0;
   int fileIndex ORB_GUARDED_BY(mutex) = 0;
   std::string fileTag ORB_GUARDED_BY(mutex);
-  std::string currentLogFile ORB_GUARDED_BY(mutex);
-  LogFile logFile ORB_GUARDED_BY(mutex);
+  LogFile logFile ORB_GUARDED_BY(mutex);   // the present one
+  LogFile fullFile ORB_GUARDED_BY(mutex);  // the one before, for the record that found it full
 
   ThreadSafeQueue<std::shared_ptr<LogRecord>> records;
   ThreadSafeQueue<DumpRequestType> dumpRequests;

@@ -83,7 +83,7 @@ uint64_t littleEndian(const std::string& bytes, size_t offset, size_t size) {
 void Log::initLogEncryption() {
   stopEncryption();
   // Not waiting for a writer, should the name be a pipe's.
-  const UniqueFd file(open(kConfigFile, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  const UniqueFd file(aboveStandardStreams(open(kConfigFile, O_RDONLY | O_CLOEXEC | O_NONBLOCK)));
   if (file.get() < 0) return;
   bool done = false;
   try {
@@ -124,7 +124,7 @@ bool Log::startEncryption(const std::vector<uint8_t>& aesKey, std::vector<uint8_
   checkExistingFiles();
   fileTag = getFileTag();
   createNewlogFileName();
-  startLogFile();
+  logFile.start();
   encryptionEnabled = true;
   return true;
 }
@@ -154,6 +154,7 @@ void Log::endEncryption() {
   encryptionEnabled = false;
   recordCipher.clear();
   logFile.close();
+  fullFile.close();
 }
 
 // Without memory for the name of the next file the record is in the other sinks only.
@@ -167,11 +168,8 @@ void Log::encryptRecord(std::string_view entry) {
 
 void Log::encryptLogMsg(std::string_view entry) {
   // The record that finds the file full starts the next one and still goes to this one.
-  std::string full;
-  if (recordsInFile > static_cast<int64_t>(recordsPerFile)) {
-    full = currentLogFile;
-    nextLogFile();
-  }
+  const bool full = recordsInFile > static_cast<int64_t>(recordsPerFile);
+  if (full) nextLogFile();
   const size_t length = GcmCipher::kIvSize + GcmCipher::kTagSize + entry.size();
   uint8_t record[kRecordHeadSize + LogLine::kBufferSize];
   if (kLengthSize + length > sizeof record) return;
@@ -181,8 +179,9 @@ void Log::encryptLogMsg(std::string_view entry) {
   uint8_t* const tag = iv + GcmCipher::kIvSize;
   // A record that cannot be sealed properly is not written at all.
   if (recordCipher.newIv(iv) && recordCipher.seal(entry, iv, record + kRecordHeadSize, tag)) {
-    writeToFile(record, kLengthSize + length, full.empty() ? currentLogFile : full);
+    writeToFile(record, kLengthSize + length, full ? fullFile : logFile);
   }
+  if (full) fullFile.close();
   ++recordsInFile;
 }
 
@@ -191,16 +190,11 @@ void Log::nextLogFile() {
   recordsInFile = 0;
   ++fileIndex;
   createNewlogFileName();
-  startLogFile();
+  logFile.start();
   if (fileIndex >= maxFiles) {
     fileIndex = 0;
     unlink(logFileName(fileIndex).c_str());
   }
-}
-
-void Log::startLogFile() {
-  unlink(currentLogFile.c_str());
-  writeToFile(wrappedKey.data(), wrappedKey.size(), currentLogFile);
 }
 
 std::string Log::logFileName(int index) const {
@@ -208,16 +202,18 @@ std::string Log::logFileName(int index) const {
 }
 
 bool Log::createNewlogFileName() {
-  currentLogFile = logFileName(fileIndex);
+  LogFile next(logFileName(fileIndex), wrappedKey);
   applyLogPerms();
-  logFile.append(currentLogFile, nullptr, 0);
+  next.create();
+  fullFile = std::move(logFile);
+  logFile = std::move(next);
   return true;
 }
 
-void Log::writeToFile(const uint8_t* bytes, size_t size, const std::string& path) {
+void Log::writeToFile(const uint8_t* bytes, size_t size, LogFile& file) const {
   if (size == 0) return;
   applyLogPerms();
-  logFile.append(path, bytes, size);
+  file.append(bytes, size);
 }
 
 // The whole process's mask, as the permission setting is documented: others of the group may read.

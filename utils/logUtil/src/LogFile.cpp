@@ -3,56 +3,159 @@
 #include "LogFile.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <ctime>
+#include <utility>
 
 namespace {
 
-ssize_t writeOnce(int fd, const uint8_t* data, size_t size) {
-  ssize_t written = 0;
-  do {
-    written = write(fd, data, size);
-  } while (written < 0 && errno == EINTR);
-  return written;
-}
+// Without waiting: what stands under the name may be a pipe.
+constexpr int kOpenFlags = O_WRONLY | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
+constexpr mode_t kMode = 0666;  // less the process's mask
+
+// A file with another name as well may be anybody's.
+bool isPlain(const struct stat& status) { return S_ISREG(status.st_mode) && status.st_nlink == 1; }
 
 }  // namespace
 
-bool LogFile::append(const std::string& path, const uint8_t* data, size_t size) {
-  if (!isStill(path) && !openFile(path)) return false;
-  const ssize_t written = writeOnce(mFd.get(), data, size);
-  if (written == static_cast<ssize_t>(size)) return true;
+// A write beyond the limit on file sizes raises SIGXFSZ on the thread that writes, and by default
+// that is the end of the process. While this object exists the thread does not take the signal, and
+// one that a write has raised is gone before the thread takes any again. The limit may change at
+// any time, from outside too, so it is not asked for: that would cost as much and could be wrong by
+// the time of the write.
+class LogFile::SizeSignal {
+ public:
+  SizeSignal() {
+    sigemptyset(&mSignal);
+    sigaddset(&mSignal, SIGXFSZ);
+    mBlocks =
+        pthread_sigmask(SIG_BLOCK, &mSignal, &mFormer) == 0 && sigismember(&mFormer, SIGXFSZ) == 0;
+    // Only a thread that does not take the signal anyway can have one waiting; that one stays.
+    sigset_t pending;
+    mWaited = !mBlocks && (sigpending(&pending) != 0 || sigismember(&pending, SIGXFSZ) != 0);
+  }
+  SizeSignal(const SizeSignal&) = delete;
+  SizeSignal& operator=(const SizeSignal&) = delete;
+  ~SizeSignal() {
+    if (mBlocks) pthread_sigmask(SIG_SETMASK, &mFormer, nullptr);
+  }
+
+  // After a write that was refused for the limit. The thread's own signal comes before the
+  // process's.
+  void discard() {
+    const timespec now = {};
+    while (!mWaited && sigtimedwait(&mSignal, nullptr, &now) < 0 && errno == EINTR) {
+    }
+  }
+
+ private:
+  sigset_t mSignal;
+  sigset_t mFormer;
+  bool mBlocks;
+  bool mWaited;
+};
+
+LogFile::LogFile(std::string path, std::vector<uint8_t> header)
+    : mPath(std::move(path)), mHeader(std::move(header)) {}
+
+void LogFile::create() {
+  close();
+  take(open(mPath.c_str(), kOpenFlags | O_CREAT | O_EXCL, kMode), true);
+}
+
+bool LogFile::start() {
+  close();
+  mBegun = false;
+  unlink(mPath.c_str());
+  return append(nullptr, 0);
+}
+
+bool LogFile::append(const uint8_t* data, size_t size) {
+  if (!isStill() && !openFile()) return false;
+  SizeSignal signal;
+  if (mRemains >= 0 && mRemains < mSize && !cutAt(mRemains)) return false;
+  mRemains = -1;
+  if (needsHeader() && !putHeader(signal)) return false;
+  return size == 0 || put(signal, data, size);
+}
+
+void LogFile::close() { mFd.reset(); }
+
+// A file that was shortened has lost its header, too, when it is shorter than that; and when it has
+// just room for a header and the latest piece, for it may have been emptied in the very moment
+// between the look at it and that piece.
+bool LogFile::needsHeader() const {
+  if (mHeader.empty()) return false;
+  const auto header = static_cast<off_t>(mHeader.size());
+  return !mBegun || mSize < header || (mSize < mEnd && mSize < header + mLatest);
+}
+
+// What stands in a file without a header nobody can read, so it goes. Somebody else's file stays as
+// it is all the same.
+bool LogFile::putHeader(SizeSignal& signal) {
+  const bool useless = mBegun || mSize < static_cast<off_t>(mHeader.size());
+  if (mSize > 0 && useless && (!mMade || !cutAt(0))) return false;
+  mBegun = put(signal, mHeader.data(), mHeader.size());
+  return mBegun;
+}
+
+// False with nothing of the piece in the file: what follows half a piece could not be read.
+bool LogFile::put(SizeSignal& signal, const uint8_t* data, size_t size) {
+  ssize_t written = 0;
+  do {
+    written = write(mFd.get(), data, size);
+  } while (written < 0 && errno == EINTR);
+  if (written == static_cast<ssize_t>(size)) {
+    mLatest = written;
+    mSize += written;
+    mEnd = mSize;
+    return true;
+  }
+  if (written < 0 && errno == EFBIG) signal.discard();
   if (written > 0) {
-    // The disk is full. What follows half a piece could not be read any more: take it back.
     const off_t end = lseek(mFd.get(), 0, SEEK_CUR);
-    if (end < written || ftruncate(mFd.get(), end - written) != 0) close();
+    if (end >= written) cutAt(end - written);
   }
   return false;
 }
 
-void LogFile::close() {
-  mFd.reset();
-  mPath.clear();
+// What cannot be cut off now is so before the next piece.
+bool LogFile::cutAt(off_t end) {
+  const bool cut = ftruncate(mFd.get(), end) == 0;
+  mRemains = cut ? -1 : end;
+  if (cut) mSize = mEnd = end;
+  return cut;
 }
 
-bool LogFile::openFile(const std::string& path) {
-  close();
-  // Without waiting: what stands under the name may be a pipe.
-  UniqueFd fd(open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666));
+// Takes over a descriptor that was opened under the name, unless nothing may be written to it.
+bool LogFile::take(int fd, bool made) {
+  UniqueFd file(aboveStandardStreams(fd));
   struct stat status = {};
-  if (fd.get() < 0 || fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
-  mFd.reset(fd.release());
-  mPath = path;
+  if (file.get() < 0 || fstat(file.get(), &status) != 0 || !isPlain(status)) return false;
+  if (!made && status.st_uid != geteuid()) return false;
+  mFd = std::move(file);
+  mMade = made;
+  mRemains = -1;
+  mSize = mEnd = status.st_size;
   mDevice = status.st_dev;
   mInode = status.st_ino;
   return true;
 }
 
-// The file may have been removed or renamed, and another one may have its name by now.
-bool LogFile::isStill(const std::string& path) const {
-  if (mFd.get() < 0 || path != mPath) return false;
+bool LogFile::openFile() {
+  create();
+  if (mFd.get() >= 0) return true;
+  return take(open(mPath.c_str(), kOpenFlags), false);
+}
+
+// The file may have been removed or renamed, and another one, or a link, may have its name by now.
+bool LogFile::isStill() {
   struct stat status = {};
-  return stat(path.c_str(), &status) == 0 && status.st_ino == mInode && status.st_dev == mDevice;
+  if (mFd.get() < 0 || lstat(mPath.c_str(), &status) != 0) return false;
+  mSize = status.st_size;
+  return isPlain(status) && status.st_ino == mInode && status.st_dev == mDevice;
 }

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+// For one file of a program: write(), ftruncate(), unlink() and geteuid() come before the C
+// library's and do as a test wants it.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "LogFile.h"
+
+namespace logfile {
+
+namespace fs = std::filesystem;
+
+// What the next writes do: an error, or no more than so many bytes; `before` comes first.
+struct Outcome {
+  int error;
+  size_t most;
+  std::function<void()> before = {};
+};
+constexpr size_t kAll = SIZE_MAX;
+
+inline std::deque<Outcome> outcomes;
+inline size_t writes = 0;
+inline bool truncateFails = false;
+inline bool unlinkFails = false;
+inline std::optional<uid_t> user;
+
+}  // namespace logfile
+
+extern "C" ssize_t write(int fd, const void* data, size_t size) {
+  ++logfile::writes;
+  if (!logfile::outcomes.empty()) {
+    const logfile::Outcome outcome = logfile::outcomes.front();
+    logfile::outcomes.pop_front();
+    if (outcome.before) outcome.before();
+    if (outcome.error != 0) {
+      errno = outcome.error;
+      return -1;
+    }
+    size = std::min(size, outcome.most);
+  }
+  return syscall(SYS_write, fd, data, size);
+}
+
+extern "C" int ftruncate(int fd, off_t size) {
+  if (!logfile::truncateFails) return static_cast<int>(syscall(SYS_ftruncate, fd, size));
+  errno = EIO;
+  return -1;
+}
+
+extern "C" int unlink(const char* path) {
+  if (!logfile::unlinkFails) return unlinkat(AT_FDCWD, path, 0);
+  errno = EPERM;
+  return -1;
+}
+
+extern "C" uid_t geteuid() {
+  return logfile::user ? *logfile::user : static_cast<uid_t>(syscall(SYS_geteuid));
+}
+
+namespace logfile {
+
+// A folder of its own, and a file in it that is not there yet.
+class LogFileFixture : public testing::Test {
+ protected:
+  explicit LogFileFixture(std::string text = "") : header(std::move(text)) {
+    char name[] = "/tmp/logfile-XXXXXX";
+    directory = mkdtemp(name);
+    path = directory / "log";
+    file = made(path);
+    outcomes.clear();
+    truncateFails = unlinkFails = false;
+    user.reset();
+  }
+  ~LogFileFixture() override {
+    file.close();
+    unlinkFails = false;
+    fs::remove_all(directory);
+  }
+
+  LogFile made(const fs::path& name) const { return LogFile(name, {header.begin(), header.end()}); }
+  bool append(const std::string& text) { return append(file, text); }
+  static bool append(LogFile& to, const std::string& text) {
+    return to.append(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+  }
+  // By an object of its own.
+  bool append(const fs::path& name, const std::string& text) const {
+    LogFile other = made(name);
+    return append(other, text);
+  }
+  std::string content() const { return content(path); }
+  static std::string content(const fs::path& name) {
+    std::ifstream stream(name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+  }
+  static void leave(const fs::path& name, const std::string& text) {
+    std::ofstream(name, std::ios::binary) << text;
+  }
+
+  const std::string header;
+  fs::path directory, path;
+  LogFile file;
+};
+
+}  // namespace logfile

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// Whoever can write to the folder cannot lead the log to another file.
+#include "LogFileFixture.h"
+
+namespace logfile {
+namespace {
+
+class LogFileLinksTest : public LogFileFixture {
+ protected:
+  LogFileLinksTest() : LogFileFixture("[header]"), foreign(directory / "foreign") {
+    leave(foreign, "of somebody else");
+  }
+  void expectForeignAsItWas() const { EXPECT_EQ("of somebody else", content(foreign)); }
+
+  const fs::path foreign;
+};
+
+TEST_F(LogFileLinksTest, NothingIsAppendedThroughASymbolicLink) {
+  fs::create_symlink(foreign, path);
+  file.create();
+  EXPECT_FALSE(append("text"));
+  expectForeignAsItWas();
+  EXPECT_TRUE(fs::is_symlink(path));
+}
+
+TEST_F(LogFileLinksTest, NothingIsMadeWhereALinkLeadsNowhere) {
+  const fs::path nowhere = directory / "nowhere";
+  fs::create_symlink(nowhere, path);
+  file.create();
+  EXPECT_FALSE(append("text"));
+  EXPECT_FALSE(fs::exists(nowhere));
+}
+
+TEST_F(LogFileLinksTest, StartPutsAFileInALinksPlace) {
+  for (const fs::path& target : {foreign, directory / "nowhere"}) {
+    fs::remove(path);
+    fs::create_symlink(target, path);
+    EXPECT_TRUE(file.start());
+    EXPECT_TRUE(append("text"));
+    EXPECT_FALSE(fs::is_symlink(path));
+    EXPECT_EQ("[header]text", content());
+  }
+  expectForeignAsItWas();
+  EXPECT_FALSE(fs::exists(directory / "nowhere"));
+}
+
+TEST_F(LogFileLinksTest, LinkThatTakesTheNameOfAnOpenFileIsNotFollowed) {
+  file.start();
+  fs::remove(path);
+  fs::create_symlink(foreign, path);
+  EXPECT_FALSE(append("text"));
+  expectForeignAsItWas();
+  fs::remove(path);
+  EXPECT_TRUE(append("text"));
+  EXPECT_EQ("[header]text", content());
+}
+
+TEST_F(LogFileLinksTest, NotEvenALinkToTheLogItself) {
+  file.start();
+  fs::rename(path, directory / "moved");
+  fs::create_symlink("moved", path);
+  EXPECT_FALSE(append("text"));
+  EXPECT_EQ("[header]", content(directory / "moved"));
+}
+
+TEST_F(LogFileLinksTest, FileWithASecondNameIsNotWritten) {
+  fs::create_hard_link(foreign, path);
+  file.create();
+  EXPECT_FALSE(append("text"));
+  expectForeignAsItWas();
+  EXPECT_TRUE(file.start());
+  EXPECT_TRUE(append("text"));
+  EXPECT_EQ("[header]text", content());
+  expectForeignAsItWas();
+}
+
+TEST_F(LogFileLinksTest, OpenFileThatGetsASecondNameIsNotWrittenUntilThatIsGone) {
+  file.start();
+  fs::create_hard_link(path, directory / "second");
+  EXPECT_FALSE(append("lost"));
+  EXPECT_EQ("[header]", content());
+  fs::remove(directory / "second");
+  EXPECT_TRUE(append("text"));
+  EXPECT_EQ("[header]text", content());
+}
+
+TEST_F(LogFileLinksTest, FileOfAnotherUserIsNotWritten) {
+  leave(path, "[header]text");
+  user = geteuid() + 1;
+  EXPECT_FALSE(append("more"));
+  EXPECT_EQ("[header]text", content());
+  user.reset();
+  EXPECT_TRUE(append("more"));
+  EXPECT_EQ("[header]text[header]more", content());
+}
+
+// There are file systems on which all files belong to one user, whoever makes them.
+TEST_F(LogFileLinksTest, FileThatWasMadeHereMayBelongToAnybody) {
+  user = geteuid() + 1;
+  EXPECT_TRUE(file.start());
+  EXPECT_TRUE(append("text"));
+  EXPECT_EQ("[header]text", content());
+}
+
+TEST_F(LogFileLinksTest, NothingIsCutShortBehindALink) {
+  file.start();
+  append("one");
+  fs::remove(path);
+  leave(directory / "short", "abc");
+  fs::create_hard_link(directory / "short", path);
+  EXPECT_FALSE(append("two"));
+  fs::remove(path);
+  fs::create_symlink("short", path);
+  EXPECT_FALSE(append("two"));
+  EXPECT_EQ("abc", content(directory / "short"));
+}
+
+}  // namespace
+}  // namespace logfile
