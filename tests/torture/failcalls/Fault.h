@@ -31,7 +31,7 @@ enum class Call : unsigned {
   OperatorNew,
   Open,
   Dlopen,
-  Opendir,
+  Fdopendir,
   Stat,
   Unlink,
   kCount,

@@ -147,7 +147,7 @@ class Logging {
 const Scenario kLogScenario{
     "log",
     [](Run& run) { Logging(run).run(); },
-    {Call::Open, Call::Read, Call::Write, Call::Stat, Call::Unlink, Call::Opendir, Call::Close,
+    {Call::Open, Call::Read, Call::Write, Call::Stat, Call::Unlink, Call::Fdopendir, Call::Close,
      Call::ClockGettime, Call::PthreadCreate, Call::Malloc, Call::Calloc, Call::OperatorNew}};
 
 // In a process of its own: what the cryptography library sets up is part of what may fail later.

@@ -192,25 +192,28 @@ void* orbTestDlopen(const char* file, int mode) {
   return failure != nullptr ? nullptr : real(file, mode);
 }
 
-DIR* orbTestOpendir(const char* path) ORB_NAMED("opendir");
-DIR* orbTestOpendir(const char* path) {
-  static const auto real = next<DIR* (*)(const char*)>("opendir");
-  const Failure* const failure = decide(Call::Opendir, ORB_CALLER);
-  if (failure == nullptr) return real(path);
+DIR* orbTestFdopendir(int fd) ORB_NAMED("fdopendir");
+DIR* orbTestFdopendir(int fd) {
+  static const auto real = next<DIR* (*)(int)>("fdopendir");
+  const Failure* const failure = decide(Call::Fdopendir, ORB_CALLER);
+  if (failure == nullptr) return real(fd);
   errno = failure->error;
   return nullptr;
 }
 
-int orbTestStat(const char* path, struct stat* status) ORB_NAMED("stat");
-int orbTestStat(const char* path, struct stat* status) {
-  static const auto real = next<int (*)(const char*, struct stat*)>("stat");
-  return plain(decide(Call::Stat, ORB_CALLER), [&] { return real(path, status); });
-}
-
+// Both count as one call: what a file is, found by its name.
 int orbTestLstat(const char* path, struct stat* status) ORB_NAMED("lstat");
 int orbTestLstat(const char* path, struct stat* status) {
   static const auto real = next<int (*)(const char*, struct stat*)>("lstat");
   return plain(decide(Call::Stat, ORB_CALLER), [&] { return real(path, status); });
+}
+
+int orbTestFstatat(int directory, const char* path, struct stat* status, int flags)
+    ORB_NAMED("fstatat");
+int orbTestFstatat(int directory, const char* path, struct stat* status, int flags) {
+  static const auto real = next<int (*)(int, const char*, struct stat*, int)>("fstatat");
+  return plain(decide(Call::Stat, ORB_CALLER),
+               [&] { return real(directory, path, status, flags); });
 }
 
 int orbTestUnlink(const char* path) ORB_NAMED("unlink");

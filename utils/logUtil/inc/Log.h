@@ -162,9 +162,10 @@ class Log {
   void applyLogPerms() const;
   std::string getLogFilePath() const;
   std::string getFileTag() const;
-  // By age in seconds, youngest first.
   void checkExistingFiles() ORB_REQUIRES(mutex);
-  void reviewExistingFiles(const std::map<int64_t, std::string>& files) ORB_REQUIRES(mutex);
+  // By age in seconds, youngest first.
+  void reviewExistingFiles(std::map<int64_t, std::string> files) ORB_REQUIRES(mutex);
+  void removeOldFiles(std::map<int64_t, std::string> files) const;
 
   void dumper();
   void timerLoop();
