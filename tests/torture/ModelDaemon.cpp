@@ -82,6 +82,7 @@ ModelDaemon::Connection& ModelDaemon::accepted(int fd, uint32_t sessionId) {
 
 // On the session's thread; the one that stops the daemon shuts the socket down and waits.
 bool ModelDaemon::greet(int fd, uint32_t sessionId) {
+  ModelHistory::nameThread("daemon");
   const Connection& connection = accepted(fd, sessionId);
   const auto untilTheClientLeaves = [fd] {
     pollfd end = {fd, POLLRDHUP, 0};

@@ -154,7 +154,7 @@ bool ModelPlayer::over() const {
 }
 
 void ModelPlayer::play(ModelDaemon& daemon) {
-  ModelHistory::nameThread("daemon");
+  ModelHistory::nameThread("round");
   ModelBooks& books = ModelBooks::get();
   Random random(static_cast<Random::result_type>(mSeed + 7));
   while (!over()) {
@@ -166,8 +166,8 @@ void ModelPlayer::play(ModelDaemon& daemon) {
 
 // No callback calls any more, then nothing is enabled any more.
 void ModelPlayer::end() {
-  ModelHistory::nameThread("end of the round");
   ModelBooks& books = ModelBooks::get();
+  books.history().add("the end of the round");
   mClosing = true;
   if (!comesTo([this] { return mInside == 0; })) books.mistake("a call inside a callback hangs");
   for (const Service service : {kLce, kLle, kLli}) {
