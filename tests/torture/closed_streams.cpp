@@ -79,6 +79,8 @@ int useServices(int rounds) {
 int main(int argc, char** argv) {
   const int rounds = argc > 1 ? atoi(argv[1]) : 1;
   alarm(process_end::kAlarmSeconds);
+  // The platform's stand-in prints as well, under the eyes of a checker: the application does it.
+  setenv("ORB_LOG_LEVEL", "S", 1);
   for (int fd = 0; fd <= STDERR_FILENO; ++fd) close(fd);
   std::atomic<bool> done{false};
   std::thread printer([&done] {
