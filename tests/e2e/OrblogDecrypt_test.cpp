@@ -186,7 +186,39 @@ TEST_F(OrblogDecrypt, HeaderOfZerosIsExplained) {
   expectFault(decrypt({file}), "",
               "orblog: " + file +
                   ": offset 0: the header is all zeros: the session key could not be wrapped when "
-                  "the file was made, so this file's records cannot be read\n");
+                  "the file was made, as with a public key that is too small for it, so nobody can "
+                  "read its records\n");
+}
+
+// The library takes such a key and writes a header of zeros.
+TEST_F(OrblogDecrypt, KeyThatIsTooSmallForASessionKeyIsExplained) {
+  static const RsaKeyPair small(512), sufficient(600);
+  const std::string file = path("orb_log_p0_00");
+  Bytes bytes(512);
+  bytes += Sealer(keyOf(1)).record(one);
+  writeFile(file, bytes);
+  const std::string warning = "orblog: " + small.path() +
+                              ": a key of 512 bits is too small to wrap a session key: logs made "
+                              "for it have a header of zeros, and nobody can read them\n",
+                    fault = "orblog: " + file +
+                            ": offset 0: the header is all zeros: the session key could not be "
+                            "wrapped when the file was made, as with a public key that is too "
+                            "small for it, so nobody can read its records\n";
+  expectFault(runOrblog({"decrypt", "--key", small.path(), file}), "", warning + fault);
+  expectFault(runOrblog({"decrypt", "--key", sufficient.path(), file}), "", fault);
+  const Result info = runOrblog({"info", "--key", small.path(), file});
+  EXPECT_EQ(info.err, warning + fault);
+  EXPECT_NE(info.out.find("  header:   zeros, the session key is lost\n"
+                          "  records:  1 by their lengths\n"
+                          "  key:      512 bits, but no key fits zeros\n"
+                          "  readable: 0 records\n"),
+            std::string::npos)
+      << info.out;
+  EXPECT_EQ(info.status, 1);
+  bytes = sufficient.header(keyOf(1));
+  bytes += Sealer(keyOf(1)).record(one);
+  writeFile(file, bytes);
+  expectOut(runOrblog({"decrypt", "--key", sufficient.path(), file}), one + "\n");
 }
 
 TEST_F(OrblogDecrypt, FileWithoutHeaderIsReadWithTheKeyOfAnotherGivenFile) {

@@ -234,7 +234,8 @@ TEST_F(OrblogParser, HeaderOfZerosIsExplained) {
   EXPECT_TRUE(out.records.empty());
   EXPECT_EQ(findings(),
             Texts{"offset 0: the header is all zeros: the session key could not be wrapped when "
-                  "the file was made, so this file's records cannot be read"});
+                  "the file was made, as with a public key that is too small for it, so nobody can "
+                  "read its records"});
 }
 
 TEST_F(OrblogParser, SecondHeaderInAFileIsFollowed) {

@@ -146,6 +146,7 @@ int runDecrypt(int argc, char** argv) {
     console.problem(error);
     return kExitFailed;
   }
+  if (!key->warning().empty()) console.note(arguments.key + ": " + key->warning());
   LinePrinter::Form form = LinePrinter::Form::Text;
   if (isatty(STDOUT_FILENO) == 1) form = LinePrinter::Form::SafeText;
   if (arguments.json) form = LinePrinter::Form::Json;

@@ -30,7 +30,7 @@ std::string Finding::text() const {
     case Kind::HeaderZero:
       what =
           "the header is all zeros: the session key could not be wrapped when the file was made, "
-          "so this file's records cannot be read";
+          "as with a public key that is too small for it, so nobody can read its records";
       break;
     case Kind::HeaderUnreadable:
       what =

@@ -182,11 +182,13 @@ void Informer::tellStructure(LogSource& source, uint64_t size) {
 struct Contents {
   uint64_t records = 0;
   bool fits = true;
+  bool lost = false;  // the session key
   std::optional<LogLine> first, last;
 
   void add(const Parsed& parsed) {
     records += parsed.records.size();
     for (const Finding& finding : parsed.findings) {
+      lost = lost || finding.kind == Finding::Kind::HeaderZero;
       fits = fits && finding.kind != Finding::Kind::HeaderUnreadable &&
              finding.kind != Finding::Kind::HeaderZero && finding.kind != Finding::Kind::HeaderCut;
     }
@@ -212,6 +214,7 @@ void Informer::tellContents(LogSource& source, uint64_t size) {
     contents.add(parsed);
   }
   const char* verdict = contents.fits ? "fits" : "does not fit";
+  if (contents.lost) verdict = "but no key fits zeros";
   if (contents.records == 0 && parser.seen() < kHeaderSize) verdict = "no header to try it on";
   (void)parser.restart();
   std::printf("  key:      %d bits, %s\n", mKey->bits(), verdict);
@@ -236,6 +239,7 @@ int runInfo(int argc, char** argv) {
       console.problem(error);
       return kExitFailed;
     }
+    if (!key->warning().empty()) console.note(arguments.key + ": " + key->warning());
   }
   const FileList list = findLogFiles(arguments.files);
   for (const std::string& problem : list.problems) console.problem(problem);

@@ -89,6 +89,13 @@ int PrivateKey::bits() const { return EVP_PKEY_get_bits(mKey.get()); }
 
 size_t PrivateKey::size() const { return static_cast<size_t>(EVP_PKEY_get_size(mKey.get())); }
 
+std::string PrivateKey::warning() const {
+  if (size() >= kSmallestKeySize) return {};
+  return "a key of " + std::to_string(bits()) +
+         " bits is too small to wrap a session key: logs made for it have a header of zeros, and "
+         "nobody can read them";
+}
+
 std::optional<SessionKey> PrivateKey::unwrap(ByteView header) const {
   if (header.size != kHeaderSize || size() > kHeaderSize) return std::nullopt;
   // What was wrapped for a larger key does not end where this key's would.

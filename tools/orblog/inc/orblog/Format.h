@@ -16,6 +16,8 @@ namespace orblog {
 constexpr size_t kHeaderSize = 512;
 constexpr int kLargestKeyBits = 4096;  // what a header field can hold
 constexpr int kSmallestKeyBits = 2048;
+// OAEP with SHA-1 adds 42 bytes to a session key of 32. For a smaller key the header is zeros.
+constexpr size_t kSmallestKeySize = 74;
 constexpr size_t kLengthSize = 2;
 constexpr size_t kIvSize = 12;
 constexpr size_t kTagSize = 16;

@@ -30,7 +30,6 @@ class KeyRing {
  public:
   // The number of the key; a key that is there already keeps its number and its origin.
   size_t add(const SessionKey& key, const std::string& origin);
-  bool empty() const { return mEntries.empty(); }
   size_t size() const { return mEntries.size(); }
   // The file whose header gave the key.
   const std::string& origin(size_t number) const { return mEntries[number].origin; }

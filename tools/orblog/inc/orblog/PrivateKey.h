@@ -21,6 +21,8 @@ class PrivateKey {
                                         std::string& error);
   int bits() const;
   size_t size() const;  // of what it decrypts, in bytes
+  // What its user should know: that no log can be read with it. Empty for any other key.
+  std::string warning() const;
   // The session key of a header, when it was wrapped for this key.
   std::optional<SessionKey> unwrap(ByteView header) const;
 
