@@ -7,7 +7,6 @@
 
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <set>
 #include <string>
 #include <vector>
@@ -17,8 +16,10 @@
 class ElfFile {
  public:
   explicit ElfFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    mBytes.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    mBytes.resize(file ? static_cast<size_t>(file.tellg()) : 0);
+    file.seekg(0);
+    file.read(mBytes.data(), static_cast<std::streamsize>(mBytes.size()));
     if (!isElf()) return;
     for (size_t i = 0; i < header().e_phnum; ++i)
       mSegments.push_back(at<ElfW(Phdr)>(header().e_phoff + i * sizeof(ElfW(Phdr))));
