@@ -12,6 +12,7 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kWait(20);
 constexpr milliseconds kEnabled(100);
+constexpr std::chrono::seconds kHangs(60);
 constexpr uint32_t kAllocations = 16;  // in a call, about
 
 // The one that plays, for callbacks, and which thread of the library has which choices.
@@ -157,11 +158,21 @@ void ModelPlayer::play(ModelDaemon& daemon) {
   ModelHistory::nameThread("round");
   ModelBooks& books = ModelBooks::get();
   Random random(static_cast<Random::result_type>(mSeed + 7));
+  const auto latest = std::chrono::steady_clock::now() + kHangs;
   while (!over()) {
+    if (std::chrono::steady_clock::now() > latest) hang();
     books.awaitProgress(random() % 60, kWait);
     if (mTheme.harmful && !over() && !books.mistaken()) daemon.act();
   }
   end();
+}
+
+// Earlier than the watchdog, which knows nothing of what the threads did.
+void ModelPlayer::hang() const {
+  fprintf(stderr, "model: no end of the round of seed %llu, %s\n%s",
+          static_cast<unsigned long long>(mSeed), mTheme.name,
+          ModelBooks::get().history().text().c_str());
+  abort();
 }
 
 // No callback calls any more, then nothing is enabled any more.

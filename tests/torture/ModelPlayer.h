@@ -64,6 +64,7 @@ class ModelPlayer {
   void meet();
   bool over() const;
   void end();
+  [[noreturn]] void hang() const;
 
   const Theme& mTheme;
   const uint64_t mSeed;
