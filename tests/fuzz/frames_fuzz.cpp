@@ -119,7 +119,7 @@ void checkSession(const uint8_t* data, size_t size, const std::vector<Frame>& fr
   Dispatched dispatched;
   const auto session = sessionThatTells(dispatched);
   const auto socket = std::make_shared<UniqueFd>(socketWith(data, size));
-  receiveFrames(socket, HandlerRef(std::static_pointer_cast<ProcessHandler>(session)));
+  receiveFrames(socket, HandlerRef(session, session->threadSemaphore()));
 
   std::vector<Bytes> blobs;
   size_t nothing = 0;

@@ -107,7 +107,7 @@ bool ModelDaemon::greet(int fd, uint32_t sessionId) {
       !orbsim::readHandshakeReply(fd, reply)) {
     return false;
   }
-  if (connection.plan == Plan::Silent || silentFor(reply.processId)) return untilTheClientLeaves();
+  if (connection.plan == Plan::Silent || silentFor(reply.endpoint)) return untilTheClientLeaves();
   return orbsim::sendHandshakeRecord(fd, orbsim::kHandshakeComplete, sessionId);
 }
 
