@@ -282,7 +282,7 @@ class OrblogKeyFolderRuns : public OrblogKeyFolder, public testing::WithParamInt
 TEST_P(OrblogKeyFolderRuns, OfThoseAtTheSameTimeOneSucceeds) {
   Plan childs;
   childs.locks = GetParam();
-  for (int round = 0; round < 300 && !HasFailure(); ++round) {
+  for (int round = 0; round < 60 && !HasFailure(); ++round) {
     SCOPED_TRACE(round);
     fs::remove_all(keys);
     std::vector<pid_t> children;
@@ -297,7 +297,7 @@ TEST_P(OrblogKeyFolderRuns, OfThoseAtTheSameTimeOneSucceeds) {
 INSTANTIATE_TEST_SUITE_P(Locks, OrblogKeyFolderRuns, testing::Bool());
 
 TEST_F(OrblogKeyFolder, OfThoseThatReplaceOneAfterTheOtherSucceeds) {
-  for (int round = 0; round < 100 && !HasFailure(); ++round) {
+  for (int round = 0; round < 25 && !HasFailure(); ++round) {
     ASSERT_TRUE(keygen(true));
     const Pair former = files();
     std::vector<pid_t> children;

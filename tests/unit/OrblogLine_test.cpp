@@ -200,24 +200,15 @@ RecordTimes timesOf(const std::vector<std::string>& texts, Stamp former = kNoSta
   return times;
 }
 
-class BatchStream : public RecordStream {
- public:
-  BatchStream(const Batch& batch, const RecordTimes& times, size_t piece)
-      : RecordStream(batch.file, batch.changed, times), mTexts(batch.texts), mPiece(piece) {}
-
- protected:
-  std::vector<Record> load() override {
-    const size_t size = std::min(mPiece, mTexts.size() - mNext);
-    const auto from = mTexts.begin() + static_cast<std::ptrdiff_t>(mNext);
-    mNext += size;
+RecordStream streamOf(const Batch& batch, const RecordTimes& times, size_t piece) {
+  const auto load = [texts = batch.texts, next = size_t{0}, piece]() mutable {
+    const auto from = texts.begin() + static_cast<std::ptrdiff_t>(next);
+    const size_t size = std::min(piece, texts.size() - next);
+    next += size;
     return recordsOf({from, from + static_cast<std::ptrdiff_t>(size)});
-  }
-
- private:
-  const std::vector<std::string> mTexts;
-  const size_t mPiece;
-  size_t mNext = 0;
-};
+  };
+  return RecordStream(batch.file, batch.changed, times, load);
+}
 
 Batch batchOf(const std::string& file, const std::vector<std::string>& texts, int64_t changed = 0) {
   return {file, texts, changed};
@@ -230,7 +221,7 @@ std::string at(const std::string& time, const std::string& text) {
 std::string mergedInPieces(const std::vector<Batch>& batches, size_t piece) {
   RecordStreams streams;
   for (const Batch& batch : batches)
-    streams.push_back(std::make_unique<BatchStream>(batch, timesOf(batch.texts), piece));
+    streams.push_back(streamOf(batch, timesOf(batch.texts), piece));
   sortByAge(streams);
   std::string all;
   mergeByTime(streams, [&all](const std::string&, const Record& record, Stamp) {
@@ -250,7 +241,7 @@ std::string merged(const std::vector<Batch>& batches) {
 std::vector<Stamp> stampsOf(const std::vector<std::string>& texts, Stamp former = kNoStamp) {
   RecordStreams streams;
   const Batch batch = batchOf("x", texts);
-  streams.push_back(std::make_unique<BatchStream>(batch, timesOf(texts, former), 1));
+  streams.push_back(streamOf(batch, timesOf(texts, former), 1));
   std::vector<Stamp> stamps;
   mergeByTime(streams, [&stamps](const std::string&, const Record&, Stamp stamp) {
     stamps.push_back(stamp);
@@ -316,11 +307,11 @@ TEST(OrblogMerge, RecordsThatAreGoneAreCounted) {
   const RecordTimes times = timesOf(batch.texts);
   batch.texts.pop_back();
   RecordStreams streams;
-  streams.push_back(std::make_unique<BatchStream>(batch, times, 1));
+  streams.push_back(streamOf(batch, times, 1));
   size_t count = 0;
   mergeByTime(streams, [&count](const std::string&, const Record&, Stamp) { ++count; });
   EXPECT_EQ(count, 1u);
-  EXPECT_EQ(streams[0]->missing(), 1u);
+  EXPECT_EQ(streams[0].missing(), 1u);
 }
 
 TEST(OrblogMerge, TextWithoutTimeStaysBehindTheLineBeforeIt) {

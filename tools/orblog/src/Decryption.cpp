@@ -19,46 +19,32 @@ bool lacksEnd(const Finding& finding) {
   return finding.kind == Finding::Kind::CutRecord || finding.kind == Finding::Kind::HeaderCut;
 }
 
-// The records of a file that were few enough to be kept, or that are read once more.
-class FileRecords : public RecordStream {
+// Gives the records of a file once more. The parser is as it was before it read them for the first
+// time, up to `end`, when with `finishes` nothing was to follow.
+class ReadAgain {
  public:
-  FileRecords(LogSource& file, const RecordTimes& times, std::vector<Record> kept)
-      : RecordStream(file.path(), file.changed(), times), mFile(file), mKept(std::move(kept)) {}
-  // The parser is as it was before it read these records for the first time, up to `end`, when with
-  // `finishes` nothing was to follow.
-  FileRecords(LogSource& file, const RecordTimes& times, LogParser parser, uint64_t end,
-              bool finishes, size_t room)
-      : RecordStream(file.path(), file.changed(), times),
-        mFile(file),
-        mParser(std::move(parser)),
-        mEnd(end),
-        mFinishes(finishes),
-        mRoom(room) {}
-
- protected:
-  std::vector<Record> load() override {
-    if (!mParser) return std::move(mKept);
+  ReadAgain(LogSource& file, LogParser parser, uint64_t end, bool finishes, size_t room)
+      : mFile(file), mParser(std::move(parser)), mEnd(end), mFinishes(finishes), mRoom(room) {}
+  std::vector<Record> operator()() {
     Parsed parsed;
     parsed.room = mRoom;
-    bool more = true;
-    while (more && parsed.records.empty()) {
+    while (mMore && parsed.records.empty()) {
       parsed.findings.clear();
-      more = mFile.readSome(*mParser, mEnd, parsed);
+      mMore = mFile.readSome(mParser, mEnd, parsed);
+      if (!mMore && mFinishes) mParser.finish(parsed);
     }
-    if (!more && mFinishes) mParser->finish(parsed);
     // What it has beyond whole records is read again with the next ones.
-    if (more) (void)mParser->restart();
-    if (!more) mParser.reset();
+    (void)mParser.restart();
     return std::move(parsed.records);
   }
 
  private:
   LogSource& mFile;
-  std::vector<Record> mKept;
-  std::optional<LogParser> mParser;
-  uint64_t mEnd = 0;
-  bool mFinishes = false;
-  size_t mRoom = 0;
+  LogParser mParser;
+  const uint64_t mEnd;
+  const bool mFinishes;
+  const size_t mRoom;
+  bool mMore = true;
 };
 
 }  // namespace
@@ -95,7 +81,7 @@ void Decryption::report(const Source& source, std::vector<Finding> findings, Ext
 
 // Reads what a file holds behind what was read of it before, and gives its records. Up to the end
 // that the file has now: one that grows as fast as it is read would have none otherwise.
-std::unique_ptr<RecordStream> Decryption::read(Source& source, Extent extent) {
+RecordStream Decryption::read(Source& source, Extent extent) {
   LogSource& file = *source.file;
   const bool finishes = extent != Extent::Present;
   const bool failedBefore = !file.fault().empty();
@@ -127,20 +113,21 @@ std::unique_ptr<RecordStream> Decryption::read(Source& source, Extent extent) {
   (void)parser.restart();
   if (!failedBefore && !file.fault().empty()) mConsole.problem(file.path() + ": " + file.fault());
   if (times.count() > 0) source.latest = times.last();
-  if (keptSize <= share()) return std::make_unique<FileRecords>(file, times, std::move(kept));
-  return std::make_unique<FileRecords>(file, times, std::move(again), source.seen, finishes,
-                                       share());
+  RecordLoader load = ReadAgain(file, std::move(again), source.seen, finishes, share());
+  if (keptSize <= share())
+    load = [kept = std::move(kept)]() mutable { return std::exchange(kept, {}); };
+  return RecordStream(file.path(), file.changed(), times, std::move(load));
 }
 
-void Decryption::print(const RecordStreams& streams) {
+void Decryption::print(RecordStreams streams) {
   mergeByTime(streams, [this](const std::string& file, const Record& record, Stamp stamp) {
     mPrinter.print(file, record, stamp);
   });
   noteUnjudged();
-  for (const std::unique_ptr<RecordStream>& stream : streams) {
-    if (stream->missing() > 0)
-      mConsole.problem(stream->file() + ": changed while it was read; " +
-                       std::to_string(stream->missing()) + " records of it are not printed");
+  for (const RecordStream& stream : streams) {
+    if (stream.missing() > 0)
+      mConsole.problem(stream.file() + ": changed while it was read; " +
+                       std::to_string(stream.missing()) + " records of it are not printed");
   }
 }
 
@@ -170,7 +157,7 @@ void Decryption::readAll(const std::vector<std::string>& arguments, bool readsOn
   mConsole.endProgress();
   if (!readsOn) mConsole.reportUntold();
   sortByAge(streams);
-  print(streams);
+  print(std::move(streams));
 }
 
 void Decryption::openNew(const std::vector<std::string>& arguments) {
@@ -194,8 +181,7 @@ bool Decryption::readNew(const std::vector<std::string>& arguments) {
   for (auto source = mSources.rbegin(); source != mSources.rend(); ++source)
     streams.push_back(read(*source, source->retired ? Extent::Rest : Extent::Present));
   std::reverse(streams.begin(), streams.end());
-  print(streams);
-  streams.clear();
+  print(std::move(streams));
   mSources.erase(std::remove_if(mSources.begin(), mSources.end(),
                                 [](const Source& source) { return source.retired; }),
                  mSources.end());
@@ -211,8 +197,7 @@ void Decryption::finish() {
   RecordStreams streams;
   for (Source& source : mSources) streams.push_back(read(source, Extent::SeenAgain));
   mConsole.reportUntold();
-  print(streams);
-  streams.clear();
+  print(std::move(streams));
   mSources.clear();
 }
 

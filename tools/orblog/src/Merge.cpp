@@ -35,7 +35,7 @@ const Record* RecordStream::record() {
   if (mLeft == 0) return nullptr;
   if (mNext == mRecords.size()) {
     mNext = 0;
-    mRecords = load();
+    mRecords = mLoad();
     if (mRecords.empty()) {
       mMissing = mLeft;
       end();
@@ -56,30 +56,31 @@ void RecordStream::pass() {
 void RecordStream::end() {
   mLeft = 0;
   std::vector<Record>().swap(mRecords);
+  mLoad = nullptr;
 }
 
 void sortByAge(RecordStreams& streams) {
-  const auto age = [](const std::unique_ptr<RecordStream>& stream) {
-    const RecordTimes& times = stream->times();
+  const auto age = [](const RecordStream& stream) {
+    const RecordTimes& times = stream.times();
     const bool none = times.count() == 0;
-    return std::make_tuple(none ? 0 : times.first(), none ? 0 : times.last(), stream->changed(),
-                           std::string_view(stream->file()));
+    return std::make_tuple(none ? 0 : times.first(), none ? 0 : times.last(), stream.changed(),
+                           std::string_view(stream.file()));
   };
   std::stable_sort(streams.begin(), streams.end(),
                    [&age](const auto& a, const auto& b) { return age(a) < age(b); });
 }
 
-void mergeByTime(const RecordStreams& streams,
+void mergeByTime(RecordStreams& streams,
                  const std::function<void(const std::string& file, const Record&, Stamp)>& use) {
   using Head = std::pair<Stamp, size_t>;  // and the stream
   std::priority_queue<Head, std::vector<Head>, std::greater<>> heads;
   for (size_t i = 0; i < streams.size(); ++i) {
-    if (!streams[i]->atEnd()) heads.emplace(streams[i]->stamp(), i);
+    if (!streams[i].atEnd()) heads.emplace(streams[i].stamp(), i);
   }
   while (!heads.empty()) {
     const size_t number = heads.top().second;
     heads.pop();
-    RecordStream& stream = *streams[number];
+    RecordStream& stream = streams[number];
     const Record* const record = stream.record();
     if (record == nullptr) continue;
     use(stream.file(), *record, stream.stamp());

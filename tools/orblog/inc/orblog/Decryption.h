@@ -41,9 +41,9 @@ class Decryption {
   enum class Extent { Present, Rest, SeenAgain };
   void open(const std::vector<std::string>& paths);
   void openNew(const std::vector<std::string>& arguments);
-  std::unique_ptr<RecordStream> read(Source& source, Extent extent);
+  RecordStream read(Source& source, Extent extent);
   void report(const Source& source, std::vector<Finding> findings, Extent extent);
-  void print(const RecordStreams& streams);
+  void print(RecordStreams streams);
   void noteUnjudged();
   size_t share() const;
 

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "orblog/LogLine.h"
@@ -34,19 +34,20 @@ class RecordTimes {
   Stamp mLast;
 };
 
+// Gives the next few records of a file each time; none when there are no more.
+using RecordLoader = std::function<std::vector<Record>()>;
+
 // The records of one file, a few of them in memory at a time. Used by one thread.
 class RecordStream {
  public:
   // When the file was changed last, in nanoseconds.
-  RecordStream(std::string file, int64_t changed, const RecordTimes& times)
+  RecordStream(std::string file, int64_t changed, const RecordTimes& times, RecordLoader load)
       : mFile(std::move(file)),
         mChanged(changed),
         mTimes(times),
+        mLoad(std::move(load)),
         mLeft(times.count()),
         mStamp(times.first()) {}
-  RecordStream(const RecordStream&) = delete;
-  RecordStream& operator=(const RecordStream&) = delete;
-  virtual ~RecordStream() = default;
 
   const std::string& file() const { return mFile; }
   int64_t changed() const { return mChanged; }
@@ -60,15 +61,12 @@ class RecordStream {
   // Records that were counted could not be had.
   uint64_t missing() const { return mMissing; }
 
- protected:
-  // The next few records; none when there are no more.
-  virtual std::vector<Record> load() = 0;
-
  private:
   void end();
-  const std::string mFile;
-  const int64_t mChanged;
-  const RecordTimes mTimes;
+  std::string mFile;
+  int64_t mChanged;
+  RecordTimes mTimes;
+  RecordLoader mLoad;  // until the end
   uint64_t mLeft;
   uint64_t mMissing = 0;
   Stamp mStamp;
@@ -76,7 +74,7 @@ class RecordStream {
   size_t mNext = 0;  // of these
 };
 
-using RecordStreams = std::vector<std::unique_ptr<RecordStream>>;
+using RecordStreams = std::vector<RecordStream>;
 
 // Puts them into the order in which their files were written, as far as it can be told: by the
 // first line, then the last, then the time of the last change, then the name. A process fills
@@ -87,7 +85,7 @@ void sortByAge(RecordStreams& streams);
 
 // Calls `use` for all records, least stamp first; equal ones in the order of the streams. Records
 // of one stream keep their order even where its clock was set back.
-void mergeByTime(const RecordStreams& streams,
+void mergeByTime(RecordStreams& streams,
                  const std::function<void(const std::string& file, const Record&, Stamp)>& use);
 
 }  // namespace orblog
