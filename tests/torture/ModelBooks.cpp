@@ -61,6 +61,15 @@ void ModelBooks::beginRound() {
   mConnections.assign(1, 0);
   mClock = 1;
   mHarm = false;
+  mStarved = false;
+  mLate.clear();
+}
+
+void ModelBooks::endRound() {
+  const Guard lock(mMutex);
+  for (const std::string& late : mLate) {
+    if (!mStarved) mistake("%s", late.c_str());
+  }
 }
 
 int ModelBooks::open(Kind kind) {
@@ -160,10 +169,11 @@ void ModelBooks::judgeTime(const Call& call, bool accepted) {
   const bool waits = call.what == What::Leave && accepted && !call.inside;
   if (waits) from = std::max(from, mLives[call.service].lastCallback);
   const auto took = std::chrono::duration_cast<milliseconds>(now - from);
-  if (took > (call.inside ? kAtOnce : kInTime)) {
-    mistake("%s of %s%s took %lld ms", textOf(call.what), nameOf(call.service),
-            call.inside ? " inside a callback" : "", static_cast<long long>(took.count()));
-  }
+  if (took <= (call.inside ? kAtOnce : kInTime)) return;
+  mLate.push_back(std::string(textOf(call.what)) + " of " + nameOf(call.service) +
+                  (call.inside ? " inside a callback took " : " took ") +
+                  std::to_string(took.count()) + " ms");
+  mHistory.add("%s", mLate.back().c_str());
 }
 
 // What the registration of a call comes to.

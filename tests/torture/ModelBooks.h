@@ -28,7 +28,8 @@ namespace torture {
 //   The same goes for a function that another one has replaced.
 // - A service is certainly enabled after an enable that no disable overlaps or follows, and
 //   certainly disabled the other way round: results must agree.
-// - Disable returns in time once no callback of the service runs, and at once inside a callback.
+// - Disable returns in time once no callback of the service runs, and at once inside a callback;
+//   unless the machine has kept the process from running meanwhile.
 // - A report for a function of a new time does not come from a connection of a former one.
 // - Nobody hears of a lost service as long as the daemon did no harm.
 //
@@ -60,6 +61,8 @@ class ModelBooks {
 
   static ModelBooks& get();
   void beginRound();
+  // Judges what can be judged at the end alone.
+  void endRound();
 
   // An account for a registration; -1 when all are in use.
   int open(Kind kind);
@@ -84,6 +87,9 @@ class ModelBooks {
   // The daemon's side: the first frame of a connection, and harm done to the library.
   void connectionStands(uint64_t connection);
   void harm() { mHarm = true; }
+  // Threads did not run for so long that what has its time is not to be judged in this round.
+  void starve() { mStarved = true; }
+  bool starved() const { return mStarved; }
 
   // A number for a request that the daemon is to see, the end of its call, and its arrival; the
   // caller keeps what has arrived on one connection.
@@ -150,6 +156,8 @@ class ModelBooks {
   std::vector<std::string> mMistakes;
   std::atomic<bool> mMistaken{false};
   std::atomic<bool> mHarm{false};
+  std::atomic<bool> mStarved{false};
+  std::vector<std::string> mLate;  // calls that took too long
   ModelHistory mHistory;
 };
 

@@ -150,6 +150,21 @@ TEST_F(Books, NobodyHearsOfALossWithoutHarm) {
   expectMistake("for nothing");
 }
 
+TEST_F(Books, ALateCallCountsUnlessTheMachineIsToBlame) {
+  auto leaving = begin(What::Leave);
+  leaving.began -= std::chrono::seconds(10);
+  end(leaving, false);
+  mBooks.starve();
+  mBooks.endRound();
+  expectNone();
+  mBooks.beginRound();
+  leaving = begin(What::Leave);
+  leaving.began -= std::chrono::seconds(10);
+  end(leaving, false);
+  mBooks.endRound();
+  expectMistake("disable of Lce took 10");
+}
+
 TEST_F(Books, AReportOfAFormerTimeIsNoticed) {
   enable();
   mBooks.connectionStands(1);

@@ -278,6 +278,7 @@ void ModelDaemon::finish() {
 void ModelDaemon::check(const Connection& connection) {
   const bool healthy = connection.plan == Plan::Healthy || connection.plan == Plan::SlowToGreet;
   if (!healthy || connection.touched || connection.frames == 0 || connection.farewells == 1) return;
+  if (ModelBooks::get().starved()) return;  // nobody got to say it in time
   ModelBooks::get().mistake("connection %llu of %s ended after %zu messages with %zu farewells",
                             static_cast<unsigned long long>(connection.number),
                             nameOf(static_cast<Service>(connection.service)), connection.frames,

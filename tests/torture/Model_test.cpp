@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "ModelPlayer.h"
+#include "ModelPulse.h"
 #include "Torture.h"
 
 namespace torture {
@@ -38,7 +39,12 @@ class Model : public ::testing::Test {
       if (!ModelCalls::leave(service, true)) books().mistake("cannot disable in the end");
     }
     if (!libraryThreadsEnd()) books().mistake("threads of the library stay");
+    endRound();
+  }
+  void endRound() {
     mDaemon.finish();
+    books().endRound();
+    if (books().starved()) ++mStarved;
   }
 
   void round(const Theme& theme, uint64_t seed) {
@@ -52,7 +58,8 @@ class Model : public ::testing::Test {
       ModelPlayer player(theme, seed);
       player.play(mDaemon);
     }
-    mDaemon.finish();
+    endRound();
+    mConnections += mDaemon.connections();
     if (books().mistaken()) return;
     calmCycle();
     if (!comesBackTo(mBefore)) {
@@ -68,8 +75,11 @@ class Model : public ::testing::Test {
     return text + "What each thread did last:\n" + books().history().text();
   }
 
+  ModelPulse mPulse;
   ModelDaemon mDaemon;
   Census mBefore;
+  uint64_t mConnections = 0;
+  uint64_t mStarved = 0;
 };
 
 TEST_F(Model, HoldsInEveryRound) {
@@ -91,9 +101,14 @@ TEST_F(Model, HoldsInEveryRound) {
          static_cast<unsigned long long>(done), static_cast<unsigned long long>(totals.calls),
          static_cast<unsigned long long>(totals.refused),
          static_cast<unsigned long long>(totals.checkedResults));
-  printf("model: %llu callbacks, %llu functions whose end was promised, %zu mistakes\n",
+  printf("model: %llu connections, %llu callbacks, %llu functions whose end was promised\n",
+         static_cast<unsigned long long>(mConnections),
          static_cast<unsigned long long>(totals.callbacks),
-         static_cast<unsigned long long>(totals.closed), books().mistakes().size());
+         static_cast<unsigned long long>(totals.closed));
+  if (mStarved > 0) {
+    printf("model: the machine was too busy for promises about time, %llu times\n",
+           static_cast<unsigned long long>(mStarved));
+  }
 }
 
 }  // namespace
