@@ -228,7 +228,7 @@ class LifecycleRaces : public ::testing::Test {
 // next time waits for it too.
 TEST_F(LifecycleRaces, DisableWaitsForTheCallbackOfAFormerTime) {
   startDaemon();
-  repeat("a callback outlived the disable that follows", 3, [&] {
+  repeat("a callback outlived the disable that follows", 2, [&] {
     Calls::get().clear(kLong);
     EXPECT_EQ(1, orb_lle_enable(StatusTable::at(0)));
     EXPECT_TRUE(Calls::get().waitForCall(0));

@@ -83,7 +83,7 @@ class Model : public ::testing::Test {
 };
 
 TEST_F(Model, HoldsInEveryRound) {
-  const uint64_t rounds = countOr(kChecked ? 8 : 24);
+  const uint64_t rounds = countOr(kChecked ? 8 : 16);
   const uint64_t seed = seedOfRun();
   const uint64_t only = setting("ORB_TORTURE_THEME", themes().size());
   printf("model: seed %llu\n", static_cast<unsigned long long>(seed));
