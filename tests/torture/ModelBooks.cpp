@@ -91,6 +91,7 @@ ModelBooks::Call ModelBooks::begin(What what, Service service, bool inside) {
   call.enabled = life.underWay[1] == 0 && life.enabledFrom > life.leaveEnd;
   call.disabled = life.underWay[0] == 0 && life.leftFrom > life.enableEnd;
   const int counter = counterOf(what);
+  if (what == What::Leave) life.leaving.push_back(call.start);
   if (counter >= 0) {
     ++life.underWay[counter];
     ++life.begun[counter];
@@ -112,6 +113,9 @@ void ModelBooks::end(const Call& call, int64_t result, bool accepted, Kind kind,
   if (!accepted) ++mTotals.refused;
   const int counter = counterOf(call.what);
   if (counter >= 0) --life.underWay[counter];
+  if (call.what == What::Leave) {
+    life.leaving.erase(std::find(life.leaving.begin(), life.leaving.end(), call.start));
+  }
   judgeResult(call, result, accepted);
   judgeTime(call, accepted);
   if (call.what == What::Enable) life.enableEnd = now;
@@ -206,12 +210,25 @@ void ModelBooks::closeBefore(const Call& call) {
         continue;
       }
       if (account.running > 0) {
-        mistake("%s %zu runs on after disable has returned", nameOf(static_cast<Kind>(kind)), i);
+        mistake("%s %zu runs on after disable has returned%s", nameOf(static_cast<Kind>(kind)), i,
+                besideALeave(mLives[call.service], account) ? " (registered beside another disable)"
+                                                            : "");
       }
       account.state = State::Closed;
       ++mTotals.closed;
     }
   }
+}
+
+// Whether another disable was under way while @p account was registered.
+bool ModelBooks::besideALeave(const Life& life, const Account& account) const {
+  for (const uint64_t start : life.leaving) {
+    if (start < account.registered) return true;
+  }
+  for (const auto& [start, end] : life.leaves) {
+    if (start < account.registered && end > account.opened) return true;
+  }
+  return false;
 }
 
 void ModelBooks::beginCallback(Kind kind, int number, int value, uint64_t connection,

@@ -125,6 +125,7 @@ class ModelBooks {
     uint64_t leftFrom = 1;     // latest start of an accepted disable; disabled at first
     uint64_t leaveEnd = 0;     // latest end of an accepted disable
     std::vector<std::pair<uint64_t, uint64_t>> leaves;  // accepted: start, end
+    std::vector<uint64_t> leaving;                      // starts of those under way
     Clock::time_point lastCallback{};
   };
   struct Tag {
@@ -139,6 +140,7 @@ class ModelBooks {
   void judgeTime(const Call& call, bool accepted);
   void settle(const Call& call, bool accepted, Kind kind, int account);
   void closeBefore(const Call& call);
+  bool besideALeave(const Life& life, const Account& account) const;
   void over(Account& account, const char* why);
 
   mutable std::mutex mMutex;
