@@ -246,12 +246,6 @@ void ModelDaemon::act() {
   mBlind = false;
 }
 
-bool ModelDaemon::calmDown() {
-  const Guard lock(mMutex);
-  mManners = {};
-  return mDaemon.running();
-}
-
 void ModelDaemon::finish() {
   ModelBooks& books = ModelBooks::get();
   if (!mDaemon.waitForConnectionsClosed(mDaemon.totals().connections)) {

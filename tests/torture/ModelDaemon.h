@@ -34,10 +34,9 @@ class ModelDaemon {
   bool begin(const Manners& manners, uint64_t seed);
   // Something harmful.
   void act();
-  // Whether anything that was done to it is over: it serves, accepts and reads.
-  bool calmDown();
   // All that were connected have left: what they sent agrees with the books.
   void finish();
+  // Accepted in this round.
   uint64_t connections() const { return mNumber; }
 
  private:
