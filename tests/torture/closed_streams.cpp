@@ -13,8 +13,7 @@
 #include <cstring>
 #include <thread>
 
-#include "Functions.h"
-#include "process_end.h"
+#include "CountedCalls.h"
 
 using namespace torture;
 using process_end::Traffic;
@@ -23,12 +22,6 @@ namespace {
 
 constexpr int kRefused = 1;
 constexpr int kOneOfOurs = 2;
-
-const Callbacks& counting() {
-  static const auto add = [](auto...) { Traffic::get().add(); };
-  static const Callbacks callbacks{add, add, add, add, add, add, add, add, add, add, add, add};
-  return callbacks;
-}
 
 // As printf does, and as one does who has the number in mind. That by a bare system call: a checker
 // takes a number for the file that had it last.
@@ -57,19 +50,10 @@ bool libraryHasAStream() {
 
 int useServices(int rounds) {
   for (int round = 0; round < rounds; ++round) {
-    for (const Service service : {kLce, kLle, kLli}) {
-      if (enable(counting(), service) != 1) return kRefused;
-    }
-    for (const Function& function : functions()) {
-      if (strstr(function.name, "Report") != nullptr && function.call(counting()) < 0) {
-        return kRefused;
-      }
-    }
+    if (!enableEach() || !askForReports()) return kRefused;
     Traffic::get().awaitMore(process_end::kTraffic);
     if (libraryHasAStream()) return kOneOfOurs;
-    for (const Service service : {kLce, kLle, kLli}) {
-      if (disable(service) != 1) return kRefused;
-    }
+    if (!disableEach()) return kRefused;
   }
   return process_end::kExpected;
 }

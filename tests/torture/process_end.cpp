@@ -14,7 +14,7 @@
 #include <thread>
 
 #include "../support/FewDescriptors.h"
-#include "Functions.h"
+#include "CountedCalls.h"
 #include "ReentryProbe.h"
 #include "WorkerAllocation.h"
 
@@ -28,12 +28,6 @@ namespace {
 // Bytes of lleSetReportingCriteria(0x7fffffff)'s message.
 constexpr size_t kRequestBytes = 12;
 constexpr size_t kManagerDescriptors = 3;  // too few for the client
-
-const Callbacks& quiet() {
-  static const auto add = [](auto...) { Traffic::get().add(); };
-  static const Callbacks callbacks{add, add, add, add, add, add, add, add, add, add, add, add};
-  return callbacks;
-}
 
 // From then on an enable that waits for another thread's may be refused.
 std::atomic<bool> ending{false};
@@ -52,12 +46,9 @@ void askAll(const Callbacks& callbacks) {
   }
 }
 void startTraffic() {
-  enableAll(quiet());
-  askAll(quiet());
+  enableAll(counting());
+  askAll(counting());
   Traffic::get().awaitMore(process_end::kTraffic);
-}
-void disableAll() {
-  for (const Service service : {kLce, kLle, kLli}) disable(service);
 }
 // Threads that ask on and on, also while the process ends.
 void keepAsking(bool comeAndGo) {
@@ -66,10 +57,10 @@ void keepAsking(bool comeAndGo) {
     std::thread([comeAndGo] {
       ++running;
       for (;;) {
-        askAll(quiet());
+        askAll(counting());
         if (!comeAndGo) continue;
-        disableAll();
-        enableAll(quiet());
+        disableEach();
+        enableAll(counting());
       }
     }).detach();
   }
@@ -120,20 +111,20 @@ int terminated() {
   for (;;) pause();
 }
 int disableInAtexit() {
-  atexit(disableAll);
+  atexit([] { disableEach(); });
   startTraffic();
   return kExpected;
 }
 int disableInEarlierStatic() {
   // Made before anything of the library, so it goes after that.
   static const struct Last {
-    ~Last() { disableAll(); }
+    ~Last() { disableEach(); }
   } last;
   startTraffic();
   return kExpected;
 }
 int connecting() {
-  for (const Service service : {kLce, kLle, kLli}) enable(quiet(), service);
+  enableEach();
   return kExpected;
 }
 int exitInCriteria() { exitInside(kLceCriteria, kAny, nullptr); }
@@ -165,7 +156,7 @@ int exitInSendFailure() {
 // A checker needs descriptors itself for what it has not seen before.
 void wholeCycle() {
   startTraffic();
-  disableAll();
+  disableEach();
 }
 int exitInFailedEnable() {
   wholeCycle();
@@ -196,7 +187,7 @@ int forkAndExec() {
   if (waitpid(child, &status, 0) != child || !WIFEXITED(status)) return 1;
   if (WEXITSTATUS(status) != kExpected) return 2;
   Traffic::get().awaitMore(process_end::kTraffic);  // the parent's life goes on
-  disableAll();
+  disableEach();
   return kExpected;
 }
 // In the child: nothing of the library's is open.

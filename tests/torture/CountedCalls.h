@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <cstring>
+
+#include "Functions.h"
+#include "process_end.h"
+
+// What programs do with all services when only the number of callbacks matters.
+namespace torture {
+
+// Callbacks that count, see process_end::Traffic.
+inline const Callbacks& counting() {
+  static const auto add = [](auto...) { process_end::Traffic::get().add(); };
+  static const Callbacks callbacks{add, add, add, add, add, add, add, add, add, add, add, add};
+  return callbacks;
+}
+
+// Enables all; whether none was refused.
+inline bool enableEach() {
+  bool good = true;
+  for (const Service service : {kLce, kLle, kLli}) good = enable(counting(), service) == 1 && good;
+  return good;
+}
+// The same for disable.
+inline bool disableEach() {
+  bool good = true;
+  for (const Service service : {kLce, kLle, kLli}) good = disable(service) == 1 && good;
+  return good;
+}
+// Makes every request for reports; whether none was refused.
+inline bool askForReports() {
+  bool good = true;
+  for (const Function& function : functions()) {
+    if (strstr(function.name, "Report") != nullptr) good = function.call(counting()) >= 0 && good;
+  }
+  return good;
+}
+
+}  // namespace torture

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+// An application that changes its environment all the while and uses all services, with the
+// platform's stand-ins and every record wanted. Takes the number of changes; ends with kExpected,
+// or with 1 when a call was refused.
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+#include "CountedCalls.h"
+
+using namespace torture;
+using process_end::Traffic;
+
+namespace {
+
+// The environment grows, so that it moves in memory, and shrinks again.
+void change(int round) {
+  constexpr int kVariables = 200;
+  for (int i = 0; i < kVariables; ++i) {
+    setenv(("STORM_" + std::to_string(i)).c_str(), std::to_string(round).c_str(), 1);
+  }
+  for (int i = 0; i < kVariables; ++i) unsetenv(("STORM_" + std::to_string(i)).c_str());
+}
+
+bool useServices() {
+  const bool enabled = enableEach() && askForReports();
+  Traffic::get().awaitMore(process_end::kTraffic);
+  return disableEach() && enabled;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int rounds = argc > 1 ? atoi(argv[1]) : 1;
+  alarm(process_end::kAlarmSeconds);
+  // The first enable sets the log up, which is when the environment is read.
+  bool good = useServices();
+  std::atomic<bool> done{false};
+  std::thread storm([&done, rounds] {
+    for (int round = 0; round < rounds; ++round) change(round);
+    done = true;
+  });
+  while (!done) good = useServices() && good;
+  storm.join();
+  return good ? process_end::kExpected : 1;
+}
