@@ -51,8 +51,9 @@ class SdkBase {
   bool accept(const Change& change, std::shared_ptr<SdkClientEvent> event = nullptr);
 
   // First half of disable: closes the gate, posts the farewell as the last event and gives the
-  // client away. Empty when there is no client. The second half is finishLeaving().
-  std::shared_ptr<SdkDeparture> beginLeaving();
+  // client away. Empty when there is no client; @p refused is then called under mLock, unless a
+  // creation is under way. The second half is finishLeaving().
+  std::shared_ptr<SdkDeparture> beginLeaving(const Change& refused = {});
   // Waits for the retirement of the type; from inside a callback it leaves that to a thread of the
   // library and returns at once.
   static void finishLeaving(const std::shared_ptr<SdkDeparture>& departure);

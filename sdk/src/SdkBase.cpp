@@ -86,9 +86,12 @@ bool SdkBase::accept(const Change& change, std::shared_ptr<SdkClientEvent> event
   return true;
 }
 
-std::shared_ptr<SdkDeparture> SdkBase::beginLeaving() {
+std::shared_ptr<SdkDeparture> SdkBase::beginLeaving(const Change& refused) {
   const LockGuard lock(mLock);
-  if (!mClient) return nullptr;
+  if (!mClient) {
+    if (refused && !mCreating) refused();
+    return nullptr;
+  }
   mLeft = true;
   mGate->close();
   auto departure = std::move(mDeparture);

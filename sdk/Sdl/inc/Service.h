@@ -234,6 +234,12 @@ class Service : public SdkBase {
     if (present) present(std::forward<Arguments>(arguments)...);
     return present != nullptr;
   }
+  // Calls @p callback with @p status if there is one, unless the service is disabled.
+  template <class Callback, class Status>
+  void tell(Callback callback, Status status) {
+    const CallbackGate::Pass pass(*mGate);
+    if (pass && callback) callback(status);
+  }
   template <class Member>
   Member read(const Member& member) {
     const LockGuard lock(mLock);

@@ -5,6 +5,7 @@
 #include <new>
 #include <utility>
 
+#include "HardStop.h"
 #include "SdkClient.h"
 #include "StatusConversion.h"
 
@@ -81,24 +82,35 @@ bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
   std::shared_ptr<Service> object;
   std::shared_ptr<SdkDeparture> departure;
   uint64_t gate = 0;
-  // A creation under way is waited for here, with no lock held, and not below.
-  if (const auto present = slot.get()) present->hasClient();
-  {
+  StatusCallback status = nullptr;
+  StatusV2Callback statusV2 = nullptr;
+  bool refused = false;
+  do {
+    // A creation under way is waited for here, with no lock held, and not below.
+    if (const auto present = slot.get()) present->hasClient();
     const LockGuard lock(slot.lock);
     object = slot.instance;
-    if (object) departure = object->beginLeaving();
+    // Who is told is read with the decision: the callback of an enable that comes a moment later
+    // has nothing to hear.
+    const auto refuse = [&]() ORB_REQUIRES(object->mLock) {
+      refused = true;
+      status = object->mStatusIndCb;
+      statusV2 = *object.*table.statusV2;
+    };
+    if (object) departure = object->beginLeaving(refuse);
     if (departure) {
       slot.instance.reset();
       gate = slot.closedGates.add(std::move(object->mGatePlace));
     }
-  }
+  } while (object && !departure && !refused && !processStops());
   if (!object) {
     points.noInstance.print(table.source);
     return false;
   }
   if (!departure) {
     points.noClient.print(table.source);
-    object->handleStatusInd(STATUS_INTERNAL_ERROR);
+    object->tell(status, STATUS_INTERNAL_ERROR);
+    object->tell(statusV2, STATUS_V2_INTERNAL_ERROR);
     return false;
   }
   object->forgetRequests();
