@@ -11,6 +11,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <functional>
 #include <thread>
 
 #include "LogEncryptionFixture.h"
@@ -20,6 +21,7 @@ namespace {
 std::atomic<size_t> removedHere{0};
 const pthread_t mainThread = pthread_self();
 std::atomic<bool> noThreads{false};
+std::function<void()> beforeAThread;  // by the thread that begins one, once
 
 }  // namespace
 
@@ -30,6 +32,9 @@ extern "C" int unlink(const char* path) {
 
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
                               void* (*body)(void*), void* data) {
+  std::function<void()> action;
+  action.swap(beforeAThread);
+  if (action) action();
   using Function = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
   static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "pthread_create"));
   return noThreads ? EAGAIN : real(thread, attributes, body, data);
@@ -148,6 +153,30 @@ TEST_F(LogEncryptionManyFilesTest, NamesOfTheRunItselfAreFreeAtOnceAndStay) {
   EXPECT_EQ((Texts{"orb_log_p0_00", "orb_log_p0_01", "orb_log_p0_backup0", "orb_log_p0_backup1"}),
             namesIn(kMain));
   EXPECT_EQ(1u, linesIn(fs::path(kMain) / "orb_log_p0_01").size());
+}
+
+// Another program whose name begins alike may begin a file before the removal gets there.
+TEST_F(LogEncryptionManyFilesTest, FileThatTakesTheNameOfAnOldOneMeanwhileStays) {
+  configure();
+  leaveMany(false);
+  beforeAThread = [&] {
+    const fs::path path = fs::path(kMain) / "orb_log_p0_backup5000";
+    EXPECT_TRUE(fs::remove(path));
+    std::ofstream(path) << "new";
+  };
+  log.init("orb");
+  awaitRemoval(5);
+  EXPECT_EQ((Texts{"orb_log_p0_01", "orb_log_p0_backup0", "orb_log_p0_backup1",
+                   "orb_log_p0_backup2", "orb_log_p0_backup5000"}),
+            namesIn(kMain));
+}
+
+TEST_F(LogEncryptionManyFilesTest, AThousandAreGoneWhenTheStartReturns) {
+  configure();
+  for (int i = 0; i < 1000; ++i) leave("orb_log_p0_backup" + std::to_string(i), 1000 + i);
+  log.init("orb");
+  EXPECT_EQ(4u, countNames());
+  EXPECT_GE(removedHere, 997u);
 }
 
 TEST_F(LogEncryptionManyFilesTest, WithoutAThreadTheStartRemovesThemItself) {

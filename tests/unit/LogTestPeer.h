@@ -66,7 +66,7 @@ struct LogTestPeer {
   static int reviewExistingFiles(uint8_t maxFiles, const std::map<int64_t, std::string>& files) {
     LockGuard lock(log().mutex);
     log().maxFiles = maxFiles;
-    log().reviewExistingFiles(files);
+    log().reviewExistingFiles(files, time(nullptr));
     return log().fileIndex;
   }
   // The mutex that every record takes, for a thread that is to be inside a log call for long.

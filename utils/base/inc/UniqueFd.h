@@ -49,7 +49,8 @@ class UniqueFd {
 };
 
 // Keeps what others open away from the free numbers of standard streams for its lifetime: behind
-// these descriptors is nothing that could be read or written.
+// these descriptors is nothing that could be read or written. A number that the application has
+// given to a stream of its own meanwhile is left to it.
 class StandardStreamsKeeper {
  public:
   StandardStreamsKeeper() {
@@ -63,6 +64,11 @@ class StandardStreamsKeeper {
   }
   StandardStreamsKeeper(const StandardStreamsKeeper&) = delete;
   StandardStreamsKeeper& operator=(const StandardStreamsKeeper&) = delete;
+  ~StandardStreamsKeeper() {
+    for (UniqueFd& kept : mKept) {
+      if (kept.get() >= 0 && (fcntl(kept.get(), F_GETFL) & O_PATH) == 0) kept.release();
+    }
+  }
 
  private:
   UniqueFd mKept[STDERR_FILENO + 1];

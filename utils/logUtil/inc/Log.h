@@ -158,14 +158,15 @@ class Log {
   void nextLogFile() ORB_REQUIRES(mutex);
   std::string logFileName(int index) const ORB_REQUIRES(mutex);
   bool createNewlogFileName() ORB_REQUIRES(mutex);
+  void beginWith(LogFile next) ORB_REQUIRES(mutex);
   void writeToFile(const uint8_t* bytes, size_t size, LogFile& file) const ORB_REQUIRES(mutex);
   void applyLogPerms() const;
   std::string getLogFilePath() const;
   std::string getFileTag() const;
   void checkExistingFiles() ORB_REQUIRES(mutex);
   // By age in seconds, youngest first.
-  void reviewExistingFiles(std::map<int64_t, std::string> files) ORB_REQUIRES(mutex);
-  void removeOldFiles(std::map<int64_t, std::string> files) const;
+  void reviewExistingFiles(std::map<int64_t, std::string> files, time_t now) ORB_REQUIRES(mutex);
+  void removeOldFiles(std::map<int64_t, std::string> files, time_t now) const;
 
   void dumper();
   void timerLoop();

@@ -40,7 +40,7 @@ class LogFile {
  private:
   class SizeSignal;
 
-  bool take(int fd, bool made);
+  bool take(int flags, bool made);
   bool openFile();
   bool isStill();
   bool needsHeader() const;

@@ -83,7 +83,8 @@ uint64_t littleEndian(const std::string& bytes, size_t offset, size_t size) {
 void Log::initLogEncryption() {
   stopEncryption();
   // Not waiting for a writer, should the name be a pipe's.
-  const UniqueFd file(aboveStandardStreams(open(kConfigFile, O_RDONLY | O_CLOEXEC | O_NONBLOCK)));
+  const UniqueFd file(openAboveStandardStreams(
+      [] { return open(kConfigFile, O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
   if (file.get() < 0) return;
   bool done = false;
   try {
@@ -187,13 +188,16 @@ void Log::encryptLogMsg(std::string_view entry) {
 
 // The last file in turn keeps the index that is one too high in its name; after it, 1 follows.
 void Log::nextLogFile() {
+  // What takes memory comes first: the turn is made as a whole or not at all.
+  const std::string first = logFileName(0);
+  LogFile next(logFileName(fileIndex + 1), wrappedKey);
   recordsInFile = 0;
   ++fileIndex;
-  createNewlogFileName();
+  beginWith(std::move(next));
   logFile.start();
   if (fileIndex >= maxFiles) {
     fileIndex = 0;
-    unlink(logFileName(fileIndex).c_str());
+    unlink(first.c_str());
   }
 }
 
@@ -202,12 +206,15 @@ std::string Log::logFileName(int index) const {
 }
 
 bool Log::createNewlogFileName() {
-  LogFile next(logFileName(fileIndex), wrappedKey);
+  beginWith(LogFile(logFileName(fileIndex), wrappedKey));
+  return true;
+}
+
+void Log::beginWith(LogFile next) {
   applyLogPerms();
   next.create();
   fullFile = std::move(logFile);
   logFile = std::move(next);
-  return true;
 }
 
 void Log::writeToFile(const uint8_t* bytes, size_t size, LogFile& file) const {

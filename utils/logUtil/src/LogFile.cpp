@@ -64,7 +64,7 @@ LogFile::LogFile(std::string path, std::vector<uint8_t> header)
 
 void LogFile::create() {
   close();
-  take(open(mPath.c_str(), kOpenFlags | O_CREAT | O_EXCL, kMode), true);
+  take(kOpenFlags | O_CREAT | O_EXCL, true);
 }
 
 bool LogFile::start() {
@@ -131,12 +131,15 @@ bool LogFile::cutAt(off_t end) {
   return cut;
 }
 
-// Takes over a descriptor that was opened under the name, unless nothing may be written to it.
-bool LogFile::take(int fd, bool made) {
-  UniqueFd file(aboveStandardStreams(fd));
+// Opens what has the name, or a new file; not if nothing may be written to it.
+bool LogFile::take(int flags, bool made) {
+  // What the application prints meanwhile must not get into a log that it has no stream for.
+  UniqueFd file(openAboveStandardStreams([&] { return open(mPath.c_str(), flags, kMode); }));
   struct stat status = {};
   if (file.get() < 0 || fstat(file.get(), &status) != 0 || !isPlain(status)) return false;
   if (!made && status.st_uid != geteuid()) return false;
+  // Another file under the name does not have this run's header.
+  if (!made && (status.st_dev != mDevice || status.st_ino != mInode)) mBegun = false;
   mFd = std::move(file);
   mMade = made;
   mRemains = -1;
@@ -149,7 +152,7 @@ bool LogFile::take(int fd, bool made) {
 bool LogFile::openFile() {
   create();
   if (mFd.get() >= 0) return true;
-  return take(open(mPath.c_str(), kOpenFlags), false);
+  return take(kOpenFlags, false);
 }
 
 // The file may have been removed or renamed, and another one, or a link, may have its name by now.

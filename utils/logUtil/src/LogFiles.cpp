@@ -23,8 +23,9 @@ constexpr char kOtherDirectory[] = "/data/vendor/orb_logs/other";
 constexpr size_t kKeptFiles = 3;
 constexpr int64_t kMaxAge = 3600;  // seconds
 
-// So many old files are removed while the application waits; more than any run leaves behind.
-constexpr size_t kRemovedAtOnce = 32;
+// So many old files are removed while the application waits, which takes some milliseconds; far
+// more than any run leaves behind.
+constexpr size_t kRemovedAtOnce = 1000;
 // What follows the zero in a name: "0" to "10", or "-1" and "-2" after names that end in no digit.
 constexpr size_t kIndexDigits = 2;
 
@@ -33,12 +34,40 @@ struct DirectoryClose {
 };
 using Directory = std::unique_ptr<DIR, DirectoryClose>;
 
+UniqueFd descriptorOf(const std::string& path) {
+  return UniqueFd(openAboveStandardStreams(
+      [&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+}
+
 Directory openDirectory(const std::string& path) {
-  UniqueFd fd(aboveStandardStreams(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
+  UniqueFd fd = descriptorOf(path);
   Directory directory(fd.get() < 0 ? nullptr : fdopendir(fd.get()));
   if (directory) fd.release();
   return directory;
 }
+
+int64_t ageOf(const struct stat& status, time_t now) {
+  return std::max<int64_t>(now - status.st_mtime, 0);
+}
+
+// What is removed after the application has gone on, and where; the directory may have another path
+// by then, and a name another file.
+struct OldFiles {
+  UniqueFd directory;
+  std::map<int64_t, std::string> paths;  // by age
+  time_t now;
+
+  void remove() const {
+    for (const auto& [age, path] : paths) {
+      const char* const name = path.c_str() + path.rfind('/') + 1;
+      struct stat status = {};
+      if (fstatat(directory.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+          ageOf(status, now) == age) {
+        unlinkat(directory.get(), name, 0);
+      }
+    }
+  }
+};
 
 bool isOtherFile(std::string_view name) {
   return name == "orb_log_config" || name == "orb_log_trace";
@@ -74,26 +103,26 @@ void Log::checkExistingFiles() {
         S_ISLNK(status.st_mode)) {
       continue;
     }
-    const int64_t age = std::max<int64_t>(now.tv_sec - status.st_mtime, 0);
+    const int64_t age = ageOf(status, now.tv_sec);
     const auto place = files.lower_bound(age);
     if (place != files.end() && place->first == age) continue;
     files.emplace_hint(place, age, path + "/" + entry->d_name);
   }
-  if (!files.empty()) reviewExistingFiles(std::move(files));
+  if (!files.empty()) reviewExistingFiles(std::move(files), now.tv_sec);
 }
 
-void Log::reviewExistingFiles(std::map<int64_t, std::string> files) {
+void Log::reviewExistingFiles(std::map<int64_t, std::string> files, time_t now) {
   fileIndex = static_cast<unsigned char>(files.begin()->second.back()) - '0' + 1;
   if (fileIndex >= maxFiles) fileIndex = 0;
   const auto firstOld = files.size() <= kKeptFiles ? files.upper_bound(kMaxAge)
                                                    : std::next(files.begin(), kKeptFiles);
   files.erase(files.begin(), firstOld);
-  removeOldFiles(std::move(files));
+  removeOldFiles(std::move(files), now);
 }
 
 // A name that this run may begin a file under is free when this returns. Removing takes longer than
 // finding, so what is left of very many files goes while the application goes on.
-void Log::removeOldFiles(std::map<int64_t, std::string> files) const {
+void Log::removeOldFiles(std::map<int64_t, std::string> files, time_t now) const {
   const bool many = files.size() > kRemovedAtOnce;
   const std::string stem = getLogFilePath() + "/orb_log_" + getFileTag() + "_0";
   for (auto file = files.begin(); file != files.end();) {
@@ -108,14 +137,12 @@ void Log::removeOldFiles(std::map<int64_t, std::string> files) const {
     }
   }
   if (files.empty()) return;
-  const auto left = std::make_shared<const std::map<int64_t, std::string>>(std::move(files));
-  const auto remove = [left] {
-    for (const auto& [age, path] : *left) unlink(path.c_str());
-  };
+  const std::shared_ptr<const OldFiles> old(
+      new OldFiles{descriptorOf(getLogFilePath()), std::move(files), now});
   std::thread remover;
-  if (startThread(remover, "orb-log-remove", remove)) {
+  if (startThread(remover, "orb-log-remove", [old] { old->remove(); })) {
     remover.detach();
   } else {
-    remove();
+    old->remove();
   }
 }
