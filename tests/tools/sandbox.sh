@@ -73,4 +73,11 @@ PATH=$work/bin:$PATH
 [[ $("$sandbox" readlink /proc/self/ns/pid) == "$(readlink /proc/self/ns/pid)" ]] ||
   fail "the stand-in for bwrap is not used"
 check
+"$sandbox" bash -euc "$leave; echo >\"\$work/ready\"; exec sleep 600" &
+read -r <"$work/ready"
+kill -TERM $!
+status=0
+wait $! 2>/dev/null || status=$?
+((status == 143)) || fail "status $status of a sandbox that was terminated"
+nothing_left "a daemon of a sandbox that was terminated"
 echo "alike with and without process numbers of its own"

@@ -71,7 +71,8 @@ class Contents {
   Contents& operator=(const Contents&) = delete;
   ~Contents() { OPENSSL_cleanse(mBytes.data(), mBytes.size()); }
   bool operator==(const Contents& other) const {
-    return mWhole && other.mWhole && mSize == other.mSize &&
+    // Nothing is like anything: an empty file may be a full disk's, or anybody's.
+    return mWhole && other.mWhole && mSize > 0 && mSize == other.mSize &&
            std::memcmp(mBytes.data(), other.mBytes.data(), mSize) == 0;
   }
 
@@ -138,6 +139,8 @@ class KeyFolder::Work {
     for (const File file : {kPrivateKey, kPublicKey}) {
       if (!give(file, contents[file])) return fail(file);
     }
+    // Never a configuration without its private key, whatever a loss of power leaves.
+    (void)fsync(mFolder.mLock.get());
     return moveToFreeName(fresh(kConfiguration), final(kConfiguration)) || fail(kConfiguration);
   }
   // Nothing of it is done, or all.
