@@ -73,7 +73,7 @@ typedef void (*LleStatusIndCb)(status_e status);
 /**
  * Told about LLE's status by the second generation of the API, createLleClient(). Called for the
  * same reasons and on the same threads as LleStatusIndCb, with one difference: when the library
- * cannot be set up, this callback is told, and LleStatusIndCb is not.
+ * finds no worker thread, this callback is told, and LleStatusIndCb is not.
  *
  * @param status  the value named STATUS_V2_X where LleStatusIndCb gets STATUS_X;
  *                STATUS_INVALID_SLOT arrives as STATUS_V2_INVALID.
@@ -110,8 +110,9 @@ typedef void (*LleEstimationReportCb)(int32_t result, const LleEstimationReport*
  * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LLE has
  *            been disabled.
  * @return 1 queued | 0 @p cb is NULL, or the library could not be set up, for want of memory or of
- *         a worker thread; then @p cb was called with STATUS_INTERNAL_ERROR, unless the callback
- *         of a createLleClient() is registered: that one alone is told its value of it.
+ *         a worker thread; then @p cb was called with STATUS_INTERNAL_ERROR, unless there was no
+ *         thread and the callback of a createLleClient() is registered: that one alone is told
+ *         its value of it.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread or on the worker thread, as LleStatusIndCb says; its failure reports

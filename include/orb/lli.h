@@ -114,7 +114,7 @@ typedef void (*LliStatusIndCb)(status_e status);
 /**
  * Told about LLI's status by the second generation of the API, createLliClient(). Called for the
  * same reasons and on the same threads as LliStatusIndCb, with one difference: when the library
- * cannot be set up, this callback is told, and LliStatusIndCb is not.
+ * finds no worker thread, this callback is told, and LliStatusIndCb is not.
  *
  * @param status  the value named STATUS_V2_X where LliStatusIndCb gets STATUS_X;
  *                STATUS_INVALID_SLOT arrives as STATUS_V2_INVALID.
@@ -151,8 +151,9 @@ typedef void (*LliLinkInterruptIndCb)(LliHandoffIndType type, LliPreHandoffState
  * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LLI has
  *            been disabled.
  * @return 1 queued | 0 @p cb is NULL, or the library could not be set up, for want of memory or of
- *         a worker thread; then @p cb was called with STATUS_INTERNAL_ERROR, unless the callback
- *         of a createLliClient() is registered: that one alone is told its value of it.
+ *         a worker thread; then @p cb was called with STATUS_INTERNAL_ERROR, unless there was no
+ *         thread and the callback of a createLliClient() is registered: that one alone is told
+ *         its value of it.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread or on the worker thread, as LliStatusIndCb says; its failure reports

@@ -8,6 +8,20 @@
 
 #include "Mutex.h"
 
+// Something that a callback has left to be done when its thread is outside of callbacks again.
+class AfterCallback {
+ public:
+  virtual ~AfterCallback() = default;
+
+ private:
+  friend class CallbackGate;
+  // On the thread of the callback, with no lock held. Throws nothing.
+  virtual void outside(const std::shared_ptr<AfterCallback>& self) = 0;
+
+  std::shared_ptr<AfterCallback> mKept;  // itself, until then
+  AfterCallback* mNext = nullptr;
+};
+
 // Every callback into the application goes through its service's gate. Once the gate is closed none
 // begins any more, and drain() waits for those under way: together they keep the promise that no
 // callback of a service runs after its disable has returned. mMutex guards state and count and is
@@ -38,8 +52,12 @@ class CallbackGate {
   // Whether the calling thread is inside a callback of any service: it must not wait for anything
   // then.
   static bool insideCallback();
+  // For a thread inside a callback: does @p work once it has left the outermost one. Takes no
+  // memory.
+  static void afterCallback(std::shared_ptr<AfterCallback> work);
 
  private:
+  static void doAfter();
   bool enter();
 
   Mutex mMutex;

@@ -54,8 +54,8 @@ class SdkBase {
   // client away. Empty when there is no client; @p refused is then called under mLock, unless a
   // creation is under way. The second half is finishLeaving().
   std::shared_ptr<SdkDeparture> beginLeaving(const Change& refused = {});
-  // Waits for the retirement of the type; from inside a callback it leaves that to a thread of the
-  // library and returns at once.
+  // Waits for the retirement of the type; inside a callback it returns at once, and after the
+  // callback that is left to a thread of the library.
   static void finishLeaving(const std::shared_ptr<SdkDeparture>& departure);
 
  protected:

@@ -7,6 +7,8 @@
 namespace {
 
 thread_local int tCallbackDepth = 0;
+thread_local AfterCallback* tFirstAfter = nullptr;  // in the order of afterCallback()
+thread_local AfterCallback* tLastAfter = nullptr;
 
 }  // namespace
 
@@ -17,8 +19,27 @@ CallbackGate::Pass::Pass(CallbackGate& gate) : mGate(gate), mOpen(gate.enter()) 
 CallbackGate::Pass::~Pass() {
   if (!mOpen) return;
   --tCallbackDepth;
-  const LockGuard lock(mGate.mMutex);
-  if (--mGate.mRunning == 0) mGate.mDrained.notify_all();
+  {
+    const LockGuard lock(mGate.mMutex);
+    if (--mGate.mRunning == 0) mGate.mDrained.notify_all();
+  }
+  // The gate may be gone by now.
+  if (tCallbackDepth == 0) doAfter();
+}
+
+void CallbackGate::afterCallback(std::shared_ptr<AfterCallback> work) {
+  AfterCallback* const added = work.get();
+  added->mKept = std::move(work);
+  (tFirstAfter == nullptr ? tFirstAfter : tLastAfter->mNext) = added;
+  tLastAfter = added;
+}
+
+void CallbackGate::doAfter() {
+  while (tFirstAfter != nullptr) {
+    const std::shared_ptr<AfterCallback> work = std::move(tFirstAfter->mKept);
+    tFirstAfter = work->mNext;
+    work->outside(work);
+  }
 }
 
 bool CallbackGate::enter() {

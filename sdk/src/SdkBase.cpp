@@ -102,7 +102,7 @@ std::shared_ptr<SdkDeparture> SdkBase::beginLeaving(const Change& refused) {
 
 void SdkBase::finishLeaving(const std::shared_ptr<SdkDeparture>& departure) {
   if (CallbackGate::insideCallback()) {
-    SdkClient::watchDeparture(departure);
+    CallbackGate::afterCallback(departure);
   } else {
     SdkClient::finishDeparture(*departure);
   }

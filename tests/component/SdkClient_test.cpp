@@ -211,6 +211,21 @@ TEST_F(SdkClientTest, LeavingTypeTakesOnlyItsSessionAndTheLastOneTheClient) {
   EXPECT_EQ(sdkLines(), Strings{"instance already destroyed"});
 }
 
+TEST_F(SdkClientTest, ClientIsClearedAwayAfterItsLastSession) {
+  join(Type::LCE);
+  SdkClient::destroyInstance(Type::LCE);
+  ASSERT_TRUE(waitForLine("cleaning mInstance"));
+  Strings lines;
+  for (const std::string& text : recording::texts()) {
+    for (const char* tail : {"closing socket Fd", "Cleaning up session 1", "Notifying session 1",
+                             "handleSessionEnd for session 1", "cleaning mInstance"}) {
+      if (text.find(tail) != std::string::npos) lines.push_back(tail);
+    }
+  }
+  EXPECT_EQ(lines, (Strings{"closing socket Fd", "Cleaning up session 1", "Notifying session 1",
+                            "handleSessionEnd for session 1", "cleaning mInstance"}));
+}
+
 TEST_F(SdkClientTest, RetiringATypeWithoutFarewellSendsNothing) {
   join(Type::LCE);
   SdkClient::destroyInstance(Type::LCE);

@@ -6,6 +6,7 @@
 #include <list>
 #include <memory>
 
+#include "CallbackGate.h"
 #include "Mutex.h"
 #include "SdkClientBase.h"
 
@@ -16,7 +17,7 @@ class SdkClient;
 // the worker has retired it. Made when the type joins, with all the memory that leaving takes,
 // begun and waited for by the thread that disables, completed by the worker. The farewell is said
 // once, by the worker or by who has no more patience with it. mMutex guards what follows it.
-class SdkDeparture {
+class SdkDeparture : public AfterCallback {
  public:
   using Clock = std::chrono::steady_clock;
 
@@ -51,6 +52,9 @@ class SdkDeparture {
   bool wasLast() const;
 
  private:
+  // Begun inside a callback, which has returned.
+  void outside(const std::shared_ptr<AfterCallback>& self) override;
+
   enum class Farewell { Open, Claimed, Said };
 
   mutable Mutex mMutex;

@@ -250,8 +250,8 @@ void SdkClient::sayFarewell(SdkDeparture& departure, const Session& session) {
   try {
     SendBlobMessage message(convertSdkTypeToIpc(departure.mType), departure.mFarewell->blob);
     session->sendAtOnce(message);
-  } catch (const std::bad_alloc&) {
-    // The connection is closed all the same.
+  } catch (...) {
+    // The connection is closed all the same, and nobody waits for this for ever.
   }
   departure.noteFarewellSaid();
 }
@@ -307,6 +307,8 @@ bool SdkClient::retireType(OrbSdkClientType type) {
   }
   if (session && departure) sayFarewell(*departure, session);
   if (session) session->beginClose();
+  // The lines of the session's end come first; nobody else needs this thread any more.
+  if (session && last) session->awaitReceiver(kThreadEnd);
   if (last) SDK_LOG_AS(kSdkClientTag, kUnit, kDestroyInstance, "cleaning mInstance");
   if (departure) departure->complete(std::move(session), last);
   return last;

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "SdkClient.h"
+
 SdkDeparture::SdkDeparture(std::shared_ptr<SdkClientEvent> farewell)
     : mFarewell(std::move(farewell)),
       mType(mFarewell->type),
@@ -18,6 +20,10 @@ void SdkDeparture::startPatience(std::chrono::milliseconds patience) {
 bool SdkDeparture::patienceOver() const {
   const LockGuard lock(mMutex);
   return Clock::now() >= mPatienceEnd;
+}
+
+void SdkDeparture::outside(const std::shared_ptr<AfterCallback>& self) {
+  SdkClient::watchDeparture(std::static_pointer_cast<SdkDeparture>(self));
 }
 
 bool SdkDeparture::awaitPatience() {

@@ -108,7 +108,8 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   void handleOrbIpcRawMessage(const std::shared_ptr<OrbIpcRawMessage>& msg);
   bool sendFrame(const std::vector<unsigned char>& payload, unsigned int msgId, long subsystemId,
                  int flags = 0);
-  void endConnection(const std::shared_ptr<Semaphore>& receiver);
+  // @p lastWord: the receiver says no more after this.
+  void endConnection(const std::shared_ptr<Semaphore>& receiver, bool lastWord = false);
   Connection takeSocket(bool forGood, std::shared_ptr<Semaphore>& ended);
 
   // Constant after construction, or before the first connect.

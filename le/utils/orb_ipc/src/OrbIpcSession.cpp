@@ -194,25 +194,22 @@ void OrbIpcSession::handleSessionEnd(unsigned int sessionId) {
 void OrbIpcSession::handleReceiverEnd(int) {
   // The receiver speaks of a session by its id, and has none for one with id 0 nor for one whose id
   // was given away: they learn of their end here.
-  const auto receiver = semaphoreOfThisReceiver();
-  std::shared_ptr<OrbIpcSession> kept;  // given back whatever becomes of the report
-  {
-    const LockGuard lock(mStateLock);
-    if (mConnection && mConnection->ended == receiver) kept.swap(mConnection->keptSession);
-  }
-  endConnection(receiver);
+  endConnection(semaphoreOfThisReceiver(), true);
 }
 
 // The connection of @p receiver has ended, or with none the present one. What was closed on purpose
 // has no socket any more and nothing to report; nor has a connection that has a successor already.
-void OrbIpcSession::endConnection(const std::shared_ptr<Semaphore>& receiver) {
+void OrbIpcSession::endConnection(const std::shared_ptr<Semaphore>& receiver, bool lastWord) {
   bool lost = false;
+  std::shared_ptr<OrbIpcSession> kept;  // given back whatever becomes of the report
   {
     const LockGuard lock(mStateLock);
     if (!mConnection || (receiver && receiver != mConnection->ended)) return;
     lost = mConnection->socket != nullptr;
     if (lost) mConnected = false;
     mConnection->socket.reset();  // the receiver closes it
+    // In the same step: without a socket nobody keeps the session any more.
+    if (lastWord) kept.swap(mConnection->keptSession);
   }
   if (lost) notifyConnectionStatus(false);
 }
@@ -316,8 +313,13 @@ OrbIpcSession::Connection OrbIpcSession::takeSocket(bool forGood,
 void OrbIpcSession::cleanup() {
   std::shared_ptr<Semaphore> ended;
   const Connection connection = takeSocket(false, ended);
-  // The receiver forgets the registration itself, after this call if it is this thread.
-  if (!connection || isReceiverThreadOf(ended.get())) return;
+  if (!connection) {
+    // A receiver that is just ending forgets the registration itself.
+    if (!semaphoreOfThisReceiver()) deregisterReceiverHandler();
+    return;
+  }
+  // So it does after this call if it is this thread.
+  if (isReceiverThreadOf(ended.get())) return;
   if (ended) {
     ended->decrease();
     const LockGuard lock(mStateLock);
