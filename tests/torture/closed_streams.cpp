@@ -4,6 +4,7 @@
 // What it prints must go nowhere: none of the three numbers may become one of the library's. Takes
 // the number of times that it enables and disables them; ends with kExpected, or with a number that
 // tells what was wrong.
+#include <signal.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -65,6 +66,10 @@ int main(int argc, char** argv) {
   alarm(process_end::kAlarmSeconds);
   // The platform's stand-in prints as well, under the eyes of a checker: the application does it.
   setenv("ORB_LOG_LEVEL", "S", 1);
+#ifdef __SANITIZE_ADDRESS__
+  // The checker looks at types through a pipe of its own, which gets the free numbers for a moment.
+  signal(SIGPIPE, SIG_IGN);
+#endif
   for (int fd = 0; fd <= STDERR_FILENO; ++fd) close(fd);
   std::atomic<bool> done{false};
   std::thread printer([&done] {
