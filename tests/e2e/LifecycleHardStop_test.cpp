@@ -11,6 +11,8 @@
 #include <cstdlib>
 #include <thread>
 
+#include "QuietThreads.h"
+
 namespace {
 
 constexpr int kStopped = 255;
@@ -42,6 +44,7 @@ void stopWith(void (*atExit)()) {
   alarm(30);
   orb_lce_enable(onStatus);  // checkers look at new types through descriptors
   orb_lce_disable();
+  quiet::awaitThreads();  // also at those that a thread gives back with its last step
   std::atexit(atExit);
   std::atexit(giveDescriptorsBack);  // runs before the other one
   getrlimit(RLIMIT_NOFILE, &formerLimit);
