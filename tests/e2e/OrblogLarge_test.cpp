@@ -78,8 +78,13 @@ class OrblogLarge : public testing::Test {
   const Bytes header = keyPair().header(keyOf(1));
 };
 
-// 24 MB in memory would show many times over.
+// 20 MB in memory would show many times over. ThreadSanitizer's own memory grows with what is done:
+// there the tests only look at the output.
+#ifdef __SANITIZE_THREAD__
+constexpr long kAllowedKb = 1000000;
+#else
 constexpr long kAllowedKb = 3000;
+#endif
 
 TEST_F(OrblogLarge, MemoryDoesNotGrowWithAFile) {
   write("orb_log_p0_00", 0, 4000);
@@ -138,6 +143,24 @@ TEST_F(OrblogLarge, MemoryDoesNotGrowWithFaults) {
   EXPECT_LT(peak[1], peak[0] + kAllowedKb);
 }
 
+// What is tried as a long record in vain leaves no trace in the short one that is found behind it.
+TEST_F(OrblogLarge, MemoryDoesNotGrowWithHugeLengths) {
+  const auto peakOf = [this](const Bytes& length) {
+    Sealer sealer(keyOf(1));
+    Bytes bytes = header;
+    while (bytes.size() < 300000) {
+      bytes += length;
+      bytes += sealer.record("");
+    }
+    writeFile(logs / "orb_log_p0_00", bytes);
+    Orblog program(decrypt());
+    EXPECT_EQ(program.wait(), 1);
+    return program.peakKb();
+  };
+  const long little = peakOf({0x00, 0x00}), much = peakOf({0xFF, 0xFF});
+  EXPECT_LT(much, little + kAllowedKb);
+}
+
 TEST_F(OrblogLarge, AThousandFilesAreReadWithFewDescriptors) {
   // Later files have lines between those of the earlier ones, and each has some more than fit into
   // what is kept of it.
@@ -150,7 +173,7 @@ TEST_F(OrblogLarge, AThousandFilesAreReadWithFewDescriptors) {
   }
   // A parser with its buffer for each of them would show.
   const long few = peakKb(decrypt("orb_log_p0_7")), many = peakKb(decrypt());
-  EXPECT_LT(many, few + (30 << 10)) << few;
+  EXPECT_LT(many, few + kAllowedKb + (20 << 10)) << few;
   const Result info = runOrblog({"info", "--key", keyPair().path(), logs.string()}, 13);
   size_t files = 0;
   const std::string readable = "  readable: 50 records\n";

@@ -201,8 +201,8 @@ void LogParser::prefer(size_t key) {
 void LogParser::emit(uint64_t at, Parsed& out) {
   mPosition = at + sizeAt(at);
   out.size += sizeof(Record) + mText.size();
-  out.records.push_back({at, std::move(mText)});
-  mText.clear();
+  // A copy: the text has room for the longest that was tried before.
+  out.records.push_back({at, mText});
 }
 
 bool LogParser::readRecord(Rest rest, Parsed& out) {
