@@ -4,6 +4,19 @@
 // Whoever can write to the folder cannot lead the log to another file.
 #include "LogFileFixture.h"
 
+namespace {
+
+std::function<void()> beforeLook;  // at the next file that was opened, once
+
+}  // namespace
+
+extern "C" int fstat(int fd, struct stat* status) {
+  std::function<void()> action;
+  action.swap(beforeLook);
+  if (action) action();
+  return fstatat(fd, "", status, AT_EMPTY_PATH);
+}
+
 namespace logfile {
 namespace {
 
@@ -74,6 +87,19 @@ TEST_F(LogFileLinksTest, FileWithASecondNameIsNotWritten) {
   EXPECT_TRUE(append("text"));
   EXPECT_EQ("[header]text", content());
   expectForeignAsItWas();
+}
+
+// By then its other name is its only one, but that is not the log's.
+TEST_F(LogFileLinksTest, FileThatLosesTheNameWhileItIsOpenedIsNotWritten) {
+  fs::create_hard_link(foreign, path);
+  file.create();
+  bool done = false;
+  beforeLook = [&] { done = fs::remove(path); };
+  EXPECT_FALSE(append("text"));
+  EXPECT_TRUE(done);
+  expectForeignAsItWas();
+  EXPECT_TRUE(append("text"));
+  EXPECT_EQ("[header]text", content());
 }
 
 TEST_F(LogFileLinksTest, OpenFileThatGetsASecondNameIsNotWrittenUntilThatIsGone) {

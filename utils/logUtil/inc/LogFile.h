@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <cstddef>
@@ -43,6 +44,7 @@ class LogFile {
   bool take(int flags, bool made);
   bool openFile();
   bool isStill();
+  bool isUnderTheName(struct stat& status) const;
   bool needsHeader() const;
   bool putHeader(SizeSignal& signal);
   bool put(SizeSignal& signal, const uint8_t* data, size_t size);

@@ -138,6 +138,8 @@ bool LogFile::take(int flags, bool made) {
   struct stat status = {};
   if (file.get() < 0 || fstat(file.get(), &status) != 0 || !isPlain(status)) return false;
   if (!made && status.st_uid != geteuid()) return false;
+  // A second name may have been taken away since the file was opened by it: its only name is this.
+  if (!isUnderTheName(status)) return false;
   // Another file under the name does not have this run's header.
   if (!made && (status.st_dev != mDevice || status.st_ino != mInode)) mBegun = false;
   mFd = std::move(file);
@@ -158,7 +160,21 @@ bool LogFile::openFile() {
 // The file may have been removed or renamed, and another one, or a link, may have its name by now.
 bool LogFile::isStill() {
   struct stat status = {};
-  if (mFd.get() < 0 || lstat(mPath.c_str(), &status) != 0) return false;
+  status.st_ino = mInode;
+  status.st_dev = mDevice;
+  if (mFd.get() < 0 || !isUnderTheName(status)) return false;
   mSize = status.st_size;
-  return isPlain(status) && status.st_ino == mInode && status.st_dev == mDevice;
+  return true;
+}
+
+// Whether the file of @p status, of which device and inode count, has the name and no other one; if
+// so, @p status is its present one.
+bool LogFile::isUnderTheName(struct stat& status) const {
+  struct stat named = {};
+  if (lstat(mPath.c_str(), &named) != 0 || !isPlain(named) || named.st_ino != status.st_ino ||
+      named.st_dev != status.st_dev) {
+    return false;
+  }
+  status = named;
+  return true;
 }
