@@ -3,6 +3,7 @@
 // An application without standard streams prints into nothing that belongs to the library.
 #include <gtest/gtest.h>
 #include <spawn.h>
+#include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,6 +21,8 @@ TEST(ClosedStreams, NothingThatIsPrintedReachesTheProtocol) {
   options.reportInterval = std::chrono::milliseconds(1);
   orbsim::Daemon daemon(options);
   ASSERT_TRUE(daemon.start()) << daemon.error();
+  // The platform's stand-in prints as well, under the eyes of a checker: the application does it.
+  setenv("ORB_LOG_LEVEL", "S", 1);
   std::string program = CLOSED_STREAMS_PROGRAM;
   std::string rounds = std::to_string(kRounds);
   char* arguments[] = {program.data(), rounds.data(), nullptr};

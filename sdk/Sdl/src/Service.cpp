@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "Service.h"
 
+#include <functional>
 #include <new>
 #include <utility>
 
@@ -97,7 +98,7 @@ bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
       status = object->mStatusIndCb;
       statusV2 = *object.*table.statusV2;
     };
-    if (object) departure = object->beginLeaving(refuse);
+    if (object) departure = object->beginLeaving(std::ref(refuse));  // by reference: no memory
     if (departure) {
       slot.instance.reset();
       gate = slot.closedGates.add(std::move(object->mGatePlace));
