@@ -44,6 +44,8 @@ struct LogTestPeer {
     return log().stopRequests;
   }
   static void requestTimerStop() { log().requestTimerStop(); }
+  // As the dumper does, on the calling thread.
+  static void dump(Log::DumpRequestType type) { log().dump(type); }
   static bool initialised() {
     LockGuard lock(log().lifecycleMutex);
     return log().initialised;
