@@ -162,6 +162,7 @@ void Log::registerDiagCommand() {
 void Log::loadHook() {
   void* const library = dlopen(kHookLibrary, RTLD_NOW);
   if (library == nullptr) {
+    dlerror();  // the thread is the application's, and so is what it asks next
     addLogRecord(ANDROID_LOG_ERROR, "ORB", kSource, "init", kCannotOpenHookLine,
                  "cannot open liborbalog.so");
     return;
