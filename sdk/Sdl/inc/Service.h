@@ -11,6 +11,7 @@
 #include "LogPoint.h"
 #include "Mutex.h"
 #include "NeverDestroyed.h"
+#include "OnArena.h"
 #include "Process.h"
 #include "SdkBase.h"
 
@@ -162,10 +163,10 @@ class Service : public SdkBase {
   // The request for the latest report, in the service's own types.
   template <class Message, auto EventId, class Callback>
   int64_t requestLastReport(Callback& member, Callback cb) {
-    Message message;
-    message.set_event_id(EventId);
-    message.mutable_data()->mutable_get_last_estination_report();
-    return requestFor(member, cb, message);
+    OnArena<Message> message;
+    message->set_event_id(EventId);
+    message->mutable_data()->mutable_get_last_estination_report();
+    return requestFor(member, cb, *message);
   }
   // Stores @p cb for reports that come by themselves; nothing is sent.
   template <class Callback>
@@ -181,10 +182,10 @@ class Service : public SdkBase {
   // The message that enables or disables, in the service's own types.
   template <class Message, auto EventId>
   static std::vector<uint8_t> enableMessage(bool enable) {
-    Message message;
-    message.set_event_id(EventId);
-    message.mutable_data()->mutable_enable_msg()->set_enable(enable);
-    return serialise(message);
+    OnArena<Message> message;
+    message->set_event_id(EventId);
+    message->mutable_data()->mutable_enable_msg()->set_enable(enable);
+    return serialise(*message);
   }
 
   void blobListener(SdkClientBase::SdkStatus status, const std::vector<uint8_t>& blob) final;
@@ -199,8 +200,8 @@ class Service : public SdkBase {
   // Reads @p blob; one that does not parse reads as the default message, whatever came before the
   // error.
   template <class Message>
-  static void parse(Message& message, const std::vector<uint8_t>& blob) {
-    if (!message.ParseFromArray(blob.data(), static_cast<int>(blob.size()))) message.Clear();
+  static void parse(OnArena<Message>& message, const std::vector<uint8_t>& blob) {
+    if (!message->ParseFromArray(blob.data(), static_cast<int>(blob.size()))) message->Clear();
   }
 
   void handleStatusInd(status_e status);

@@ -13,8 +13,7 @@ namespace {
 
 constexpr LogSource kSource{"Lce", "sdk/Sdl/src/Lce.cpp"};
 
-LceProto::ServiceMsg criteriaMessage(const LceReportingCriteria& criteria, uint32_t id) {
-  LceProto::ServiceMsg message;
+void fill(LceProto::ServiceMsg& message, const LceReportingCriteria& criteria, uint32_t id) {
   message.set_event_id(LceProto::SET_REPORTING_CRITERIA);
   message.set_transaction_id(id);
   auto* request = message.mutable_data()->mutable_set_reporting_criteria();
@@ -27,7 +26,6 @@ LceProto::ServiceMsg criteriaMessage(const LceReportingCriteria& criteria, uint3
                                      criteria.firstList + criteria.firstListCount);
   request->set_access_network(ClientLceUtils::clientAccessLevelToProto(criteria.accessNetworkType));
   request->set_criteria_value_2(criteria.criteriaValue2);
-  return message;
 }
 
 // Lines of the listener. The indication's branch names the other report where it has no data.
@@ -112,8 +110,9 @@ int64_t Lce::setReportingCriteria(const LceReportingCriteria& criteria, LceRepor
   PendingCriteria one;
   one.emplace(id.value(), cb);
   auto pending = one.extract(id.value());
-  const int64_t result = request(criteriaMessage(criteria, id.value()),
-                                 [&] { mPendingCriteriaCbs.insert(std::move(pending)); });
+  OnArena<LceProto::ServiceMsg> message;
+  fill(*message, criteria, id.value());
+  const int64_t result = request(*message, [&] { mPendingCriteriaCbs.insert(std::move(pending)); });
   if (result != kRequestDone) return result;
   id.take();
   return id.value();
@@ -133,11 +132,11 @@ int64_t Lce::getLastEstimationReport(LceEstimationReportCb cb) {
 }
 
 int64_t Lce::performReportingAction(LceReportingAction action) {
-  LceProto::ServiceMsg message;
-  message.set_event_id(LceProto::PERFORM_REPORTING_ACTION);
-  message.mutable_data()->mutable_perform_reporting_action()->set_action(
+  OnArena<LceProto::ServiceMsg> message;
+  message->set_event_id(LceProto::PERFORM_REPORTING_ACTION);
+  message->mutable_data()->mutable_perform_reporting_action()->set_action(
       ClientLceUtils::clientReportingActionToProto(action));
-  return request(message);
+  return request(*message);
 }
 
 int64_t Lce::regEstimationReports(LceEstimationReportCb cb) {
@@ -145,10 +144,10 @@ int64_t Lce::regEstimationReports(LceEstimationReportCb cb) {
 }
 
 void Lce::handleBlob(const std::vector<uint8_t>& blob) {
-  LceProto::ClientMsg message;
+  OnArena<LceProto::ClientMsg> message;
   parse(message, blob);
-  const LceProto::ClientData& data = message.data();
-  switch (message.event_id()) {
+  const LceProto::ClientData& data = message->data();
+  switch (message->event_id()) {
     case LceProto::STATUS_IND:
       handleStatus<ClientLceUtils>(data);
       break;
@@ -164,7 +163,7 @@ void Lce::handleBlob(const std::vector<uint8_t>& blob) {
       break;
     case LceProto::SET_REPORTING_CRITERIA_ASYNC_RESULT:
       handleMember(kAsync, data.has_set_reporting_criteria_resp(),
-                   [&] { handleAsyncResult(message); });
+                   [&] { handleAsyncResult(*message); });
       break;
     default:
       log(kTable.unknownMessage);

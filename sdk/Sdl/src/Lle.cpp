@@ -64,10 +64,10 @@ const ServiceTable Lle::kTable{
     {kListener, 358, "Unknown message type"}};
 
 int64_t Lle::setReportingCriteria(uint32_t criteria) {
-  LleProto::ServiceMsg message;
-  message.set_event_id(LleProto::SET_REPORTING_CRITERIA);
-  message.mutable_data()->mutable_set_reporting_criteria()->set_reporting_criteria(criteria);
-  return request(message);
+  OnArena<LleProto::ServiceMsg> message;
+  message->set_event_id(LleProto::SET_REPORTING_CRITERIA);
+  message->mutable_data()->mutable_set_reporting_criteria()->set_reporting_criteria(criteria);
+  return request(*message);
 }
 
 int64_t Lle::getLastEstimationReport(LleEstimationReportCb cb) {
@@ -80,10 +80,10 @@ int64_t Lle::regEstimationReports(LleEstimationReportCb cb) {
 }
 
 void Lle::handleBlob(const std::vector<uint8_t>& blob) {
-  LleProto::ClientMsg message;
+  OnArena<LleProto::ClientMsg> message;
   parse(message, blob);
-  const LleProto::ClientData& data = message.data();
-  switch (message.event_id()) {
+  const LleProto::ClientData& data = message->data();
+  switch (message->event_id()) {
     case LleProto::STATUS_IND:
       handleStatus<ClientLleUtils>(data);
       break;

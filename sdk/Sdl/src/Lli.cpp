@@ -40,17 +40,17 @@ const ServiceTable Lli::kTable{
     {kListener, __LINE__, "Unknown message type"}};
 
 int64_t Lli::regLinkInterruptInd(LliLinkInterruptIndCb cb) {
-  LliProto::ServiceMsg message;
-  message.set_event_id(LliProto::REG_LINK_INTERRUPT_IND);
-  message.mutable_data()->mutable_reg_link_interrupt_ind()->set_register_ind(true);
-  return requestFor(mLinkInterruptInd, cb, message);
+  OnArena<LliProto::ServiceMsg> message;
+  message->set_event_id(LliProto::REG_LINK_INTERRUPT_IND);
+  message->mutable_data()->mutable_reg_link_interrupt_ind()->set_register_ind(true);
+  return requestFor(mLinkInterruptInd, cb, *message);
 }
 
 void Lli::handleBlob(const std::vector<uint8_t>& blob) {
-  LliProto::ClientMsg message;
+  OnArena<LliProto::ClientMsg> message;
   parse(message, blob);
-  const LliProto::ClientData& data = message.data();
-  switch (message.event_id()) {
+  const LliProto::ClientData& data = message->data();
+  switch (message->event_id()) {
     case LliProto::STATUS_IND:
       handleStatus<ClientLliUtils>(data);
       break;
