@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A source of its own, so that no compiler sees through the replaced operators.
 #include "FailingNew.h"
 
 #include <dlfcn.h>
 #include <pthread.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
-#include <new>
 
+#include "AllocationHook.h"
 #include "RecordingPlatform.h"
 
 namespace memory {
@@ -63,16 +61,6 @@ bool fails(const void* place) {
   return sNamedArmed.load(std::memory_order_relaxed) && failsByName(place);
 }
 
-void* allocate(size_t size, const void* place) {
-  return fails(place) ? nullptr : malloc(size != 0 ? size : 1);
-}
-
-void* allocateOrThrow(size_t size, const void* place) {
-  void* const memory = allocate(size, place);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-
 }  // namespace
 
 FailingNew::FailingNew(size_t nth, Caller caller, const char* thread) : mNamed(thread != nullptr) {
@@ -110,23 +98,6 @@ NoMemory::NoMemory() { tPlan.armed = tPlan.all = true; }
 
 NoMemory::~NoMemory() { tPlan = Plan(); }
 
-}  // namespace memory
+bool mayAllocate(size_t, const void* caller) { return !fails(caller); }
 
-void* operator new(size_t size) {
-  return memory::allocateOrThrow(size, __builtin_return_address(0));
-}
-void* operator new[](size_t size) {
-  return memory::allocateOrThrow(size, __builtin_return_address(0));
-}
-void* operator new(size_t size, const std::nothrow_t&) noexcept {
-  return memory::allocate(size, __builtin_return_address(0));
-}
-void* operator new[](size_t size, const std::nothrow_t&) noexcept {
-  return memory::allocate(size, __builtin_return_address(0));
-}
-void operator delete(void* memory) noexcept { free(memory); }
-void operator delete[](void* memory) noexcept { free(memory); }
-void operator delete(void* memory, size_t) noexcept { free(memory); }
-void operator delete[](void* memory, size_t) noexcept { free(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { free(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { free(memory); }
+}  // namespace memory

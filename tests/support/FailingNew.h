@@ -4,12 +4,12 @@
 
 #include <cstddef>
 
-// Memory that runs out. FailingNew.cpp replaces operator new in all its forms, for the test program
-// and for what it loads; programs that want this take it as one more source of theirs. What the
-// recording platform allocates never fails and is not counted: a real platform is no C++.
+// Memory that runs out, for the test program and for what it loads. Programs that want this take
+// FailingNew.cpp as one more source of theirs and call orb_hook_allocations(). What the recording
+// platform allocates never fails and is not counted: a real platform is no C++.
 namespace memory {
 
-// Whose calls of operator new are counted and may fail.
+// Whose allocations are counted and may fail.
 enum class Caller {
   Anybody,
   Library  // only those that stand in the shared library itself, not in one that it uses

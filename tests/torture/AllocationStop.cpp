@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A source of its own, so that no compiler sees through the replaced operators.
 #include "AllocationStop.h"
 
-#include <cstdlib>
-#include <new>
+#include "AllocationHook.h"
 
 namespace torture {
 namespace {
@@ -29,22 +27,7 @@ void AllocationStop::allocating() {
 
 }  // namespace torture
 
-void* operator new(size_t size) {
+bool memory::mayAllocate(size_t, const void*) {
   torture::AllocationStop::allocating();
-  if (void* const memory = malloc(size > 0 ? size : 1)) return memory;
-  throw std::bad_alloc();
+  return true;
 }
-void* operator new[](size_t size) { return operator new(size); }
-void* operator new(size_t size, const std::nothrow_t&) noexcept {
-  torture::AllocationStop::allocating();
-  return malloc(size > 0 ? size : 1);
-}
-void* operator new[](size_t size, const std::nothrow_t& none) noexcept {
-  return operator new(size, none);
-}
-void operator delete(void* memory) noexcept { free(memory); }
-void operator delete[](void* memory) noexcept { free(memory); }
-void operator delete(void* memory, size_t) noexcept { free(memory); }
-void operator delete[](void* memory, size_t) noexcept { free(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { free(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { free(memory); }

@@ -8,8 +8,8 @@
 
 namespace torture {
 
-// Stops a call of the library in the midst of its steps, at an allocation. Its source replaces the
-// program's operator new, which is the library's as well. Belongs to the thread that makes it.
+// Stops a call of the library in the midst of its steps, at an allocation. Programs that take its
+// source call orb_hook_allocations(). Belongs to the thread that makes it.
 class AllocationStop {
  public:
   // While it lives, this thread's allocation number @p number, from 1, runs @p action first.
@@ -33,7 +33,7 @@ class AllocationStop {
     AllocationStop* const mPaused;
   };
 
-  // What operator new tells.
+  // What each allocation tells.
   static void allocating();
 
  private:

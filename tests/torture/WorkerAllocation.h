@@ -7,9 +7,7 @@
 #include <functional>
 
 // Stops the library's worker at one place: between its look at the connection and the send, where
-// it copies the blob that is to be sent. Its source replaces the program's operator new, which is
-// the library's as well, or malloc where the C++ runtime is linked into the library
-// (ORB_STATIC_CXX_RUNTIME).
+// it copies the blob that is to be sent. Programs that take its source call orb_hook_allocations().
 namespace torture {
 
 // While it lives, the worker's next allocation of @p size bytes runs @p action first.
