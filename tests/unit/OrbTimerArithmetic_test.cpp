@@ -1,10 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include <gtest/gtest.h>
+#include <time.h>
 
 #include "OrbTimer.h"
 
 namespace {
+
+// What the tick count reads: the virtual counter, or where there is none the boot-time clock.
+uint64_t counter() {
+#if defined(__aarch64__)
+  uint64_t ticks = 0;
+  __asm__ volatile("isb\n\tmrs %0, cntvct_el0" : "=r"(ticks) : : "memory");
+  return ticks;
+#else
+  timespec t{};
+  clock_gettime(CLOCK_BOOTTIME, &t);
+  return static_cast<uint64_t>(t.tv_sec) * 1000000000u + static_cast<uint64_t>(t.tv_nsec);
+#endif
+}
 
 void expectTime(time_t seconds, long nanos, const timespec& t) {
   EXPECT_EQ(seconds, t.tv_sec);
@@ -61,6 +75,13 @@ TEST(OrbTimerArithmetic, HeapOrderPutsTheLaterEventLast) {
   EXPECT_TRUE(OrbTimer::TimedEventCmp()(late, early));
   EXPECT_FALSE(OrbTimer::TimedEventCmp()(early, late));
   EXPECT_FALSE(OrbTimer::TimedEventCmp()(early, early));
+}
+
+TEST(OrbTimerClock, TickCountIsTheCounterThatTheProcessorHas) {
+  const uint64_t before = counter();
+  const uint64_t count = OrbTimer::getQTimerCount();
+  EXPECT_LE(before, count);
+  EXPECT_LE(count, counter());
 }
 
 TEST(OrbTimerClock, TickCountNeverGoesBack) {

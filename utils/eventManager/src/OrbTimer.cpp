@@ -178,7 +178,8 @@ int OrbTimer::cmpTimeSpec(const timespec& a, const timespec& b) {
 uint64_t OrbTimer::getQTimerCount() {
 #if defined(__aarch64__)
   uint64_t ticks = 0;
-  __asm__ volatile("mrs %0, cntvct_el0" : "=r"(ticks));
+  // The barrier keeps the processor from reading it ahead of what is to be measured.
+  __asm__ volatile("isb\n\tmrs %0, cntvct_el0" : "=r"(ticks) : : "memory");
   return ticks;
 #else
   timespec t{};
