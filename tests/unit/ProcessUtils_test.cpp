@@ -7,6 +7,7 @@
 #include <errno.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <stdint.h>
 
 #include <stdexcept>
 #include <thread>
@@ -218,7 +219,8 @@ TEST_F(ProcessUtilsTest, EmptyPayloadIsTheHeaderAlone) {
 
 TEST_F(ProcessUtilsTest, LengthThatNoBufferCanHaveIsALengthError) {
   const unsigned char byte = 0;
-  for (const unsigned long length : {1UL << 63, ~0UL - 47, ~0UL}) {
+  constexpr unsigned long kLongest = PTRDIFF_MAX;
+  for (const unsigned long length : {kLongest - 47, kLongest, 1UL << 63, ~0UL - 47, ~0UL}) {
     try {
       ProcessUtilsWrapper::sendMsg(&byte, length, 5, 0, 105, kPeer, 7);
       ADD_FAILURE() << "no exception for " << length;

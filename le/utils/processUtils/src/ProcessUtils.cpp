@@ -4,6 +4,7 @@
 
 #include <errno.h>
 #include <poll.h>
+#include <stdint.h>
 #include <string.h>
 #include <sys/socket.h>
 
@@ -185,7 +186,8 @@ bool sendIpc(ipcMsg_t* msg, int flags, const UniqueFd* only) {
 bool ProcessUtilsWrapper::sendMsg(const unsigned char* data, unsigned long len, unsigned long msgId,
                                   long subsystemId, unsigned long srcId, unsigned long dstId,
                                   unsigned int sessionId, int flags, const UniqueFd* only) {
-  if (len > SIZE_MAX - sizeof(ipcMsg_t)) {
+  // Refused here, as each C++ library has a text of its own for it.
+  if (len > static_cast<unsigned long>(PTRDIFF_MAX) - sizeof(ipcMsg_t)) {
     throw std::length_error("cannot create std::vector larger than max_size()");
   }
   std::vector<unsigned char> frame(len + sizeof(ipcMsg_t));
