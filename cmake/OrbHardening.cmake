@@ -9,11 +9,14 @@
 #   control flow            jumps and returns go only where they may: IBT and SHSTK, or BTI and PAC
 #   RELRO, immediate        the tables of addresses are read-only before the program starts
 #   no executable stack, no text relocations, programs at an address of chance
+#
+# Such a file also names its build (OrbBuildId.cmake).
 include(CheckCompilerFlag)
 include(CheckCXXSourceCompiles)
 include(CheckLinkerFlag)
 include(CheckPIESupported)
 check_pie_supported()
+include(${CMAKE_CURRENT_LIST_DIR}/OrbBuildId.cmake)
 
 # A flag that is ignored with a warning is none.
 set(CMAKE_REQUIRED_FLAGS -Werror)
@@ -48,6 +51,6 @@ function(orb_harden)
       "SHELL:-include \"${ORB_FORTIFY_HEADER}\"")
     target_compile_definitions(${target} PRIVATE
       ORB_FORTIFY_LEVEL=$<IF:$<BOOL:${ORB_HAS_FORTIFY_3}>,3,2>)
-    target_link_options(${target} PRIVATE ${ORB_HARDENED_LINK})
+    target_link_options(${target} PRIVATE ${ORB_HARDENED_LINK} ${ORB_BUILD_ID_LINK})
   endforeach()
 endfunction()

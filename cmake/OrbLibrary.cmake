@@ -32,6 +32,8 @@ target_link_libraries(OrbSdlSdk PRIVATE $<BUILD_INTERFACE:orb_proto_headers>
 # nodelete: dlclose must never unmap code that one of the library's threads still runs.
 target_link_options(OrbSdlSdk PRIVATE -Wl,--version-script=${ORB_EXPORTS} -Wl,-z,nodelete)
 orb_harden(orb_objects OrbSdlSdk)
+orb_build_id(OrbSdlSdk $<TARGET_OBJECTS:orb_objects> $<TARGET_OBJECTS:orb_proto>
+  $<TARGET_FILE:protobuf::libprotobuf-lite>)
 # The platform's libraries satisfy the log, property and diagnostic calls; which ones is the build's
 # choice. The device's are named as flags: another project's target may have such a name.
 if(ORB_PLATFORM STREQUAL "host")

@@ -91,12 +91,30 @@ class ElfFile {
     size_t position = note->p_offset + sizeof(ElfW(Nhdr)) + 4;  // "GNU"
     while (position + 12 <= note->p_offset + note->p_filesz) {
       if (at<uint32_t>(position) == property) return at<uint32_t>(position + 8);
-      position += 8 + (at<uint32_t>(position + 4) + align - 1) / align * align;
+      position += 8 + roundUp(at<uint32_t>(position + 4), align);
     }
     return 0;
   }
 
+  // The bytes by which a build is told from others; empty when the file has none.
+  std::string buildId() const {
+    for (const auto& segment : mSegments) {
+      if (segment.p_type != PT_NOTE) continue;
+      size_t position = segment.p_offset;
+      while (position + sizeof(ElfW(Nhdr)) <= segment.p_offset + segment.p_filesz) {
+        const auto note = at<ElfW(Nhdr)>(position);
+        const size_t name = position + sizeof(note);
+        const size_t content = name + roundUp(note.n_namesz, 4);
+        if (note.n_type == NT_GNU_BUILD_ID && mBytes.compare(name, 4, "GNU", 4) == 0)
+          return mBytes.substr(content, note.n_descsz);
+        position = content + roundUp(note.n_descsz, 4);
+      }
+    }
+    return "";
+  }
+
  private:
+  static size_t roundUp(size_t size, size_t align) { return (size + align - 1) / align * align; }
   template <typename T>
   T at(size_t offset) const {
     T value = {};
