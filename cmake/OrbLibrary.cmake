@@ -21,26 +21,74 @@ foreach(room utils/base utils/logUtil utils/eventManager utils/processUtils le/u
   add_subdirectory(${room})
 endforeach()
 
+# What nobody calls goes: of the library itself little, of what is linked into it most.
+foreach(target orb_objects orb_proto)
+  target_compile_options(${target} PRIVATE -ffunction-sections -fdata-sections)
+endforeach()
+check_linker_flag(CXX LINKER:--gc-sections ORB_HAS_gc_sections)
+
+# A C++ runtime inside the library. Compilers that always link theirs statically know neither flag.
+set(ORB_RUNTIME_LINK)
+if(ORB_STATIC_CXX)
+  set(CMAKE_REQUIRED_FLAGS -Werror)
+  foreach(flag -static-libstdc++ -static-libgcc)
+    string(MAKE_C_IDENTIFIER "ORB_HAS${flag}" known)
+    check_linker_flag(CXX ${flag} ${known})
+    if(${known})
+      list(APPEND ORB_RUNTIME_LINK ${flag})
+    endif()
+  endforeach()
+  unset(CMAKE_REQUIRED_FLAGS)
+endif()
+
+# orb_library(NAME PLATFORM...): the library of the objects above. The platform's libraries satisfy its log,
+# property and diagnostic calls.
 set(ORB_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/OrbSdlSdk.map)
-add_library(OrbSdlSdk SHARED $<TARGET_OBJECTS:orb_objects> $<TARGET_OBJECTS:orb_proto>)
-add_library(OrbSdlSdk::OrbSdlSdk ALIAS OrbSdlSdk)
-set_target_properties(OrbSdlSdk PROPERTIES VERSION ${PROJECT_VERSION}
-  SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${ORB_EXPORTS} LINKER_LANGUAGE CXX)
-target_include_directories(OrbSdlSdk PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
-target_link_libraries(OrbSdlSdk PRIVATE $<BUILD_INTERFACE:orb_proto_headers>
-  $<BUILD_INTERFACE:OpenSSL::Crypto> Threads::Threads ${CMAKE_DL_LIBS})
-# nodelete: dlclose must never unmap code that one of the library's threads still runs.
-target_link_options(OrbSdlSdk PRIVATE -Wl,--version-script=${ORB_EXPORTS} -Wl,-z,nodelete)
-orb_harden(orb_objects OrbSdlSdk)
-orb_build_id(OrbSdlSdk $<TARGET_OBJECTS:orb_objects> $<TARGET_OBJECTS:orb_proto>
-  $<TARGET_FILE:protobuf::libprotobuf-lite>)
-# The platform's libraries satisfy the log, property and diagnostic calls; which ones is the build's
-# choice. The device's are named as flags: another project's target may have such a name.
+function(orb_library NAME)
+  add_library(${NAME} SHARED $<TARGET_OBJECTS:orb_objects> $<TARGET_OBJECTS:orb_proto>)
+  set_target_properties(${NAME} PROPERTIES OUTPUT_NAME OrbSdlSdk VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${ORB_EXPORTS} LINKER_LANGUAGE CXX
+    CXX_VISIBILITY_PRESET hidden)
+  if(ORB_STATIC_CXX)
+    target_sources(${NAME} PRIVATE ${PROJECT_SOURCE_DIR}/utils/base/src/Demangler.cpp)
+  endif()
+  target_include_directories(${NAME} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+  target_link_libraries(${NAME} PRIVATE $<BUILD_INTERFACE:orb_proto_headers>
+    $<BUILD_INTERFACE:OpenSSL::Crypto> Threads::Threads ${CMAKE_DL_LIBS})
+  foreach(library ${ARGN})
+    target_link_libraries(${NAME} PRIVATE $<BUILD_INTERFACE:${library}>)
+  endforeach()
+  # nodelete: dlclose must never unmap code that one of the library's threads still runs.
+  target_link_options(${NAME} PRIVATE -Wl,--version-script=${ORB_EXPORTS} -Wl,-z,nodelete
+    $<$<BOOL:${ORB_HAS_gc_sections}>:LINKER:--gc-sections> ${ORB_RUNTIME_LINK})
+  orb_harden(${NAME})
+  orb_build_id(${NAME} $<TARGET_OBJECTS:orb_objects> $<TARGET_OBJECTS:orb_proto>
+    $<TARGET_FILE:protobuf::libprotobuf-lite>)
+endfunction()
+
+# orb_device_library(NAME): linked to the stubs, which only the linker sees: as files, for a target would
+# have to be installed as well. A device's loader knows where its own libraries are.
+check_linker_flag(CXX LINKER:-rpath-link,/ ORB_HAS_rpath_link)
+function(orb_device_library NAME)
+  set(stubs orb_stub_log orb_stub_cutils orb_stub_diag)
+  list(TRANSFORM stubs REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE files)
+  orb_library(${NAME} ${files})
+  add_dependencies(${NAME} ${stubs})
+  set_target_properties(${NAME} PROPERTIES SKIP_BUILD_RPATH ON)
+  # What neither the stubs nor anything else has is missed here, not on the device.
+  target_link_options(${NAME} PRIVATE LINKER:-z,defs)
+  if(ORB_HAS_rpath_link)
+    target_link_options(${NAME} INTERFACE
+      $<BUILD_INTERFACE:LINKER:-rpath-link,$<TARGET_FILE_DIR:orb_stub_log>>)
+  endif()
+endfunction()
+
+orb_harden(orb_objects)
 if(ORB_PLATFORM STREQUAL "host")
+  orb_library(OrbSdlSdk orb_log orb_cutils orb_diag)
   # The stand-ins are installed beside the library and found there.
   set_target_properties(OrbSdlSdk PROPERTIES INSTALL_RPATH "$ORIGIN")
-  target_link_libraries(OrbSdlSdk PRIVATE $<BUILD_INTERFACE:orb_log> $<BUILD_INTERFACE:orb_cutils>
-    $<BUILD_INTERFACE:orb_diag>)
 else()
-  target_link_libraries(OrbSdlSdk PRIVATE -llog -lcutils -ldiag)
+  orb_device_library(OrbSdlSdk)
 endif()
+add_library(OrbSdlSdk::OrbSdlSdk ALIAS OrbSdlSdk)

@@ -45,6 +45,12 @@ class ElfFile {
       if (segment.p_type == type) return &segment;
     return nullptr;
   }
+  bool hasSection(const std::string& name) const {
+    for (const auto& section : mSections)
+      if (mBytes.c_str() + mSections[header().e_shstrndx].sh_offset + section.sh_name == name)
+        return true;
+    return false;
+  }
   bool isProgram() const { return segment(PT_INTERP) != nullptr; }
 
   bool has(ElfW(Sxword) tag) const { return entry(tag) != nullptr; }

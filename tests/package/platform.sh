@@ -1,21 +1,52 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# The platform is one of two, and the device's libraries become needed ones: platform.sh WORK CMAKE
-# SOURCES.
+# The platform is one of two. A device's library is linked to stubs of the device's libraries, which are
+# not installed, nor is anything that stands for the device: platform.sh WORK CMAKE SOURCES LIBRARY
+# ORBLOG, the last two in place of those that a build for a device makes.
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+library=$4
+orblog=$5
 
-if "$cmake" -G Ninja -C "$work.cmake" -S "$sources" -B "$work/wrong" -DORB_PLATFORM=desktop \
-  >"$work/log" 2>&1; then
-  fail "there is no platform called desktop"
-fi
-grep -q "ORB_PLATFORM is host or device, not 'desktop'" "$work/log" || fail "$(cat "$work/log")"
+refused() { # refused SENTENCE OPTION...
+  local sentence=$1
+  shift
+  if "$cmake" -G Ninja -C "$work.cmake" -S "$sources" -B "$work/refused" "$@" >"$work/log" 2>&1; then
+    fail "not refused: $*"
+  fi
+  tr -s '\n ' ' ' <"$work/log" | grep -q "$sentence" || fail "$(cat "$work/log")"
+}
 
-# A linker that leaves out what nobody has needed so far wants libraries behind the objects.
-configure "$sources" "$work/device" -DORB_PLATFORM=device
-"$cmake" --build "$work/device" --target OrbSdlSdk -- -n -v >"$work/log"
+refused "ORB_PLATFORM is host or device, not 'desktop'" -DORB_PLATFORM=desktop
+refused "Tests and benchmarks need the stand-ins" -DORB_PLATFORM=device -DORB_BUILD_TESTS=ON
+refused "Tests and benchmarks need the stand-ins" -DORB_PLATFORM=device -DORB_BUILD_BENCH=ON
+rm -rf "$work/refused"
+refused "ORB_STATIC_PROTOBUF needs libprotobuf-lite.a" -DORB_PLATFORM=device \
+  -DProtobuf_LITE_LIBRARY=/nowhere/libprotobuf-lite.so
+
+# A device brings its own libraries only: all else that the linker offers for it is inside.
+device=$work/device
+configure "$sources" "$device" -DORB_PLATFORM=device -DORB_SONAME_DIAG=libdiag.so.1
+"$cmake" --build "$device" --target OrbSdlSdk -- -n -v >"$work/log"
 link=$(grep -- '-o libOrbSdlSdk.so' "$work/log")
-[[ $link == *.o\ *-llog*-lcutils*-ldiag* ]] || fail "not linked to the platform: $link"
+# A linker that leaves out what nobody has needed so far wants libraries behind the objects.
+[[ $link == *.o\ -L*/platform/device\ *-llog*-lcutils*-ldiag* ]] ||
+  fail "not linked to the stubs: $link"
 [[ ${link##*-llog} != *.o\ * ]] || fail "linked before the objects: $link"
+[[ $link == *libprotobuf-lite.a* && $link == *-static-libstdc++* && $link == *Demangler.cpp.o* ]] ||
+  fail "not inside the library: $link"
+[[ $link != *rpath* ]] || fail "the library has a path of this machine: $link"
+
+run "$cmake" --build "$device" --target orb_stub_diag
+readelf -d "$device/platform/device/libdiag.so" | grep -q 'soname: \[libdiag.so.1\]' ||
+  fail "the device's own name of libdiag is not used"
+
+cp -a "${library%.so*}".so* "$device/"
+mkdir -p "$device/tools/orblog"
+cp "$orblog" "$device/tools/orblog/"
+run "$cmake" --install "$device" --prefix "$work/prefix"
+strays=$(cd "$work/prefix" && find . -type f -o -type l | grep -v -E \
+  '^\./(lib/libOrbSdlSdk\.so[.0-9]*|lib/(cmake/OrbSdlSdk|pkgconfig)/.*|include/orb/.*\.h|bin/orblog|share/man/.*)$') || true
+[[ -z $strays ]] || fail "installed for a device, too: $strays"
 rm -rf "$work"
