@@ -260,8 +260,8 @@ ORB_API int destroySdfClient(void);
  * @param cb        receives the answer to this request; not NULL. It must stay callable until it
  *                  has been called or LCE has been disabled.
  * @return 1 to 4294967295 queued, the transaction id: unique among the unanswered requests, in no
- *         order | -2 a NULL argument, a count above 20 or an access network outside 0 to 3 |
- *         -5 LCE is not enabled, or no memory. A refused call changes nothing.
+ *         order | -5 LCE is not enabled, or no memory | -2 a NULL argument, a count above 20 or an
+ *         access network outside 0 to 3. A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread. Since 1.0.
@@ -275,7 +275,7 @@ ORB_API int64_t lceSetReportingCriteria(const LceReportingCriteria* criteria,
  * @param cb  receives the answer; not NULL. There is one such callback: with several requests under
  *            way, the latest one gets all answers. It stays registered after the answer and must
  *            stay callable until the next call replaces it or LCE has been disabled.
- * @return 0 queued | -2 @p cb is NULL | -5 LCE is not enabled, or no memory.
+ * @return 0 queued | -5 LCE is not enabled, or no memory | -2 @p cb is NULL.
  *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
@@ -288,7 +288,7 @@ ORB_API int64_t lceGetLastEstimationReport(LceEstimationReportCb cb);
  * with a status. Register for the reports with lceRegEstimationReports() before starting them.
  *
  * @param action  LCE_REPORTING_ACTION_STOP, _START or _RESET.
- * @return 0 queued | -2 @p action is none of them | -5 LCE is not enabled, or no memory.
+ * @return 0 queued | -5 LCE is not enabled, or no memory | -2 @p action is none of them.
  *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. Reports
@@ -302,7 +302,7 @@ ORB_API int64_t lcePerformReportingAction(LceReportingAction action);
  *
  * @param cb  receives each report; not NULL. It must stay callable until the next call replaces it
  *            or LCE has been disabled. When replaced, one report may still reach the old callback.
- * @return 0 registered | -2 @p cb is NULL | -5 LCE is not enabled, or no memory.
+ * @return 0 registered | -5 LCE is not enabled, or no memory | -2 @p cb is NULL.
  *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback. @p cb runs on the receiver thread.

@@ -183,7 +183,7 @@ ORB_API int64_t lleSetReportingCriteria(uint32_t criteria);
  * @param cb  receives the answer; not NULL. There is one such callback: with several requests under
  *            way, the latest one gets all answers. It stays registered after the answer and must
  *            stay callable until the next call replaces it or LLE has been disabled.
- * @return 0 queued | -2 @p cb is NULL | -5 LLE is not enabled, or no memory.
+ * @return 0 queued | -5 LLE is not enabled, or no memory | -2 @p cb is NULL.
  *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
@@ -197,7 +197,7 @@ ORB_API int64_t lleGetLastEstimationReport(LleEstimationReportCb cb);
  *
  * @param cb  receives each report; not NULL. It must stay callable until the next call replaces it
  *            or LLE has been disabled. When replaced, one report may still reach the old callback.
- * @return 0 registered | -2 @p cb is NULL | -5 LLE is not enabled, or no memory.
+ * @return 0 registered | -5 LLE is not enabled, or no memory | -2 @p cb is NULL.
  *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback. @p cb runs on the receiver thread.

@@ -212,7 +212,7 @@ ORB_API int destroyLliClient(void);
  * @param cb  receives each indication; not NULL. It must stay callable until the next call replaces
  *            it or LLI has been disabled. When replaced, one indication may still reach the old
  *            callback.
- * @return 0 queued | -2 @p cb is NULL | -5 LLI is not enabled, or no memory.
+ * @return 0 queued | -5 LLI is not enabled, or no memory | -2 @p cb is NULL.
  *         A refused call changes nothing.
  *
  * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb

@@ -19,10 +19,10 @@
  * What follows holds for every function and callback. Their own comments name what is particular.
  *
  * 1. Calls. Any function may be called from any thread and from inside any callback, at any time.
- *    A request checks its arguments, queues a message for the daemon and returns; it never waits
- *    for the daemon. Requests accepted before the connection stands reach the daemon once it does,
- *    in the order of the calls. Without a daemon each waiting request in turn tries to connect, for
- *    about five seconds; when that fails, this request is dropped and "service down" reported, so
+ *    A request checks its service and its arguments, queues a message for the daemon and returns;
+ *    it never waits for the daemon. Requests accepted before the connection stands reach the daemon
+ *    once it does, in the order of the calls. Without a daemon each waiting request in turn tries to
+ *    connect, for about five seconds; then it is dropped and "service down" reported, so
  *    many waiting requests give as many reports, one after the other. A daemon that turns the
  *    connection down gives them at once: do not make requests anew from that callback without a
  *    pause. Disable ends all attempts. No request is repeated by the library. (A process that has
@@ -41,9 +41,10 @@
  *      kind             queued or done    refused
  *      enable, disable  1                 0
  *      create, destroy  0                 -1
- *      other requests   0 or a positive   -2 invalid argument
- *                       transaction id    -5 the service is not enabled, or memory ran out
+ *      other requests   0 or a positive   -5 the service is not enabled, or memory ran out
+ *                       transaction id    -2 invalid argument
  *
+ *    A service that is not enabled is found first: its requests give -5 whatever their arguments.
  *    errno is not used. A call refused with 0, -1, -2 or -5 changes nothing: earlier callbacks stay
  *    registered and nothing is sent. (One exception: where an enable or create could not set the
  *    library up, its status callback stays, to be told by the next attempt, until it is replaced or
