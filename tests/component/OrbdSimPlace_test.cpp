@@ -5,6 +5,8 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 
 #include "FewDescriptors.h"
@@ -18,7 +20,7 @@ TEST_F(OrbdSimTest, MissingDirectoryIsNotMade) {
   options.socketPath = mDirectory + "/missing/orb";
   Daemon other(options);
   EXPECT_FALSE(other.start());
-  EXPECT_EQ("bind " + options.socketPath + ": No such file or directory", other.error());
+  EXPECT_EQ("bind " + options.socketPath + ": " + strerror(ENOENT), other.error());
   EXPECT_FALSE(std::filesystem::exists(mDirectory + "/missing"));
 }
 

@@ -5,6 +5,8 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <cstring>
 #include <future>
 #include <thread>
 
@@ -285,7 +287,7 @@ TEST_F(OrbdSimTest, StaleSocketIsReplacedAndLiveOneIsNot) {
   options.socketPath = path();
   Daemon second(options);
   EXPECT_FALSE(second.start());
-  EXPECT_EQ("bind " + path() + ": Address already in use", second.error());
+  EXPECT_EQ("bind " + path() + ": " + strerror(EADDRINUSE), second.error());
   EXPECT_TRUE(Client(path()).connected());
 
   daemon().stop();

@@ -7,6 +7,7 @@
 #include <memory>
 #include <sstream>
 
+#include "Built.h"
 #include "OrblogFiles.h"
 #include "OrblogRun.h"
 
@@ -301,7 +302,7 @@ TEST_F(OrblogInfo, CutRecordIsNamedWithItsOffset) {
 }
 
 TEST(OrblogHelp, EveryOptionIsInTheManPageWithBothItsNames) {
-  Bytes bytes = readFile(ORBLOG_MAN_PAGE);
+  Bytes bytes = readFile(built(ORBLOG_MAN_PAGE));
   std::string page(bytes.begin(), bytes.end());
   page.erase(std::remove(page.begin(), page.end(), '\\'), page.end());
   size_t options = 0;

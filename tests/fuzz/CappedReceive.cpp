@@ -2,23 +2,31 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "CappedReceive.h"
 
+#include <dlfcn.h>
 #include <sys/socket.h>
 
 #include <cstring>
 
 #include "IpcFrame.h"
 
-// The linker sends the library's calls of recv here (--wrap=recv).
+// The program's recv comes before all others. A sanitizer that is linked into the program has one
+// that looks at the buffer; one that is a library has it next in line.
 extern "C" {
-ssize_t __real_recv(int fd, void* buffer, size_t size, int flags);
-ssize_t __wrap_recv(int fd, void* buffer, size_t size, int flags);
+ssize_t __interceptor_recv(int fd, void* buffer, size_t size, int flags) __attribute__((weak));
+ssize_t cappedReceive(int fd, void* buffer, size_t size, int flags) __asm__("recv");
+}
+
+static ssize_t receive(int fd, void* buffer, size_t size, int flags) {
+  if (__interceptor_recv != nullptr) return __interceptor_recv(fd, buffer, size, flags);
+  static const auto next = reinterpret_cast<decltype(&receive)>(dlsym(RTLD_NEXT, "recv"));
+  return next(fd, buffer, size, flags);
 }
 
 // A receiver thread waits for a header and then, if that has a length, for so many bytes.
 static thread_local bool payloadIsNext = false;
 
-ssize_t __wrap_recv(int fd, void* buffer, size_t size, int flags) {
-  const ssize_t got = __real_recv(fd, buffer, size, flags);
+ssize_t cappedReceive(int fd, void* buffer, size_t size, int flags) {
+  const ssize_t got = receive(fd, buffer, size, flags);
   if ((flags & MSG_WAITALL) == 0) return got;
   if (payloadIsNext) {
     payloadIsNext = false;

@@ -7,10 +7,12 @@ if(NOT headers)
   message(FATAL_ERROR "no headers in ${INCLUDE_DIR}/orb")
 endif()
 
+# Some compilers want a file of the right name, and one to write.
 function(compile COMPILER LANGUAGE STANDARD HEADER)
+  file(WRITE empty.${LANGUAGE} "")
   execute_process(
-    COMMAND ${COMPILER} -x ${LANGUAGE} -std=${STANDARD} -pedantic -Wall -Wextra -Werror
-            -I${INCLUDE_DIR} -include ${HEADER} -fsyntax-only /dev/null
+    COMMAND ${COMPILER} -std=${STANDARD} -pedantic -Wall -Wextra -Werror
+            -I${INCLUDE_DIR} -include ${HEADER} -c empty.${LANGUAGE} -o empty.o
     RESULT_VARIABLE result ERROR_VARIABLE errors OUTPUT_VARIABLE output)
   if(NOT result EQUAL 0)
     message(FATAL_ERROR "${HEADER} as ${STANDARD}:\n${output}${errors}")
@@ -21,6 +23,6 @@ endfunction()
 foreach(header ${headers})
   compile(${C_COMPILER} c c99 ${header})
   compile(${C_COMPILER} c c11 ${header})
-  compile(${CXX_COMPILER} c++ c++11 ${header})
-  compile(${CXX_COMPILER} c++ c++17 ${header})
+  compile(${CXX_COMPILER} cpp c++11 ${header})
+  compile(${CXX_COMPILER} cpp c++17 ${header})
 endforeach()

@@ -3,13 +3,13 @@
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
 # The first program of README.md, built and run by the commands that stand there:
-# first_program.sh REPOSITORY BUILD COMPILER [FLAG...]
+# first_program.sh REPOSITORY BUILD EMULATOR COMPILER [FLAG...]
 # The commands run in a folder of the build tree that looks like the repository. Of what they build,
 # the library is there already: BUILD is installed, and its FLAGs are the program's as well.
 set -euo pipefail
 
-repository=$1 tree=$2 compiler=$3
-flags=("${@:4}")
+repository=$1 tree=$2 emulator=$3 compiler=$4
+flags=("${@:5}")
 work=$(mktemp -d "$PWD/readme.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
@@ -25,11 +25,19 @@ block() {
     inside { code = code $0 "\n"; if (index($0, text)) found = 1 }
     $0 == "```" language { inside = 1; code = ""; found = 0 }' "$repository/README.md" | grep .
 }
+# A program for another processor is started by a script in its place.
+startable() {
+  [[ -n $emulator ]] || return 0
+  mv "$1" "$1.program"
+  # shellcheck disable=SC2016
+  printf '#!/bin/sh\nexec "%s" "%s" "$@"\n' "$emulator" "$PWD/$1.program" >"$1"
+  chmod +x "$1"
+}
 cmake() {
-  [[ $1 != --install ]] || command cmake --install "$tree" "${@:3}"
+  [[ $1 != --install ]] || { command cmake --install "$tree" "${@:3}" && startable build/prefix/bin/orbd-sim; }
 }
 cc() {
-  "$compiler" "${flags[@]}" "$@"
+  "$compiler" "${flags[@]}" "$@" && startable build/first
 }
 
 mkdir "$work/build"

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "Built.h"
+
 namespace orblogtest {
 
 // The program, running, with both its outputs in pipes.
@@ -24,7 +26,7 @@ class Orblog {
   explicit Orblog(const std::vector<std::string>& arguments, int descriptors = -1) {
     std::array<int, 2> out = {}, err = {};
     if (pipe(out.data()) != 0 || pipe(err.data()) != 0) std::abort();
-    std::vector<std::string> words = {ORBLOG_PROGRAM};
+    std::vector<std::string> words = {built(ORBLOG_PROGRAM)};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     for (std::string& word : words) argv.push_back(word.data());
@@ -35,7 +37,7 @@ class Orblog {
       dup2(err[1], STDERR_FILENO);
       for (const int fd : {out[0], out[1], err[0], err[1]}) close(fd);
       if (descriptors >= 0) limitDescriptors(descriptors);
-      execv(ORBLOG_PROGRAM, argv.data());
+      execv(argv[0], argv.data());
       _exit(127);
     }
     close(out[1]);

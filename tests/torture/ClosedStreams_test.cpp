@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "Built.h"
 #include "orbsim/Daemon.h"
 #include "process_end.h"
 
@@ -23,11 +24,11 @@ TEST(ClosedStreams, NothingThatIsPrintedReachesTheProtocol) {
   ASSERT_TRUE(daemon.start()) << daemon.error();
   // The platform's stand-in prints as well, under the eyes of a checker: the application does it.
   setenv("ORB_LOG_LEVEL", "S", 1);
-  std::string program = CLOSED_STREAMS_PROGRAM;
+  std::string program = built(CLOSED_STREAMS_PROGRAM);
   std::string rounds = std::to_string(kRounds);
   char* arguments[] = {program.data(), rounds.data(), nullptr};
   pid_t child = 0;
-  ASSERT_EQ(0, posix_spawn(&child, CLOSED_STREAMS_PROGRAM, nullptr, nullptr, arguments, environ));
+  ASSERT_EQ(0, posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ));
   int status = 0;
   ASSERT_EQ(child, waitpid(child, &status, 0));
   EXPECT_TRUE(WIFEXITED(status));

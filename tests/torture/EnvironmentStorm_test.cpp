@@ -9,6 +9,7 @@
 
 #include <string>
 
+#include "Built.h"
 #include "Torture.h"
 #include "orbsim/Daemon.h"
 #include "process_end.h"
@@ -23,7 +24,7 @@ TEST(EnvironmentStorm, TheApplicationLives) {
   ASSERT_TRUE(daemon.start()) << daemon.error();
   setenv("ORB_LOG_LEVEL", "S", 1);          // nothing to be seen,
   setenv("ORB_DIAG_FILE", "/dev/null", 1);  // but every line is a packet, with its time
-  std::string program = ENVIRONMENT_STORM_PROGRAM;
+  std::string program = built(ENVIRONMENT_STORM_PROGRAM);
   std::string rounds = std::to_string(countOr(kChecked ? 500 : 4000));
   char* arguments[] = {program.data(), rounds.data(), nullptr};
   pid_t child = 0;

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <string>
 
+#include "Built.h"
 #include "TestKeys.h"
 #include "Torture.h"
 #include "orbsim/Daemon.h"
@@ -58,7 +59,8 @@ class ForkExit : public ::testing::TestWithParam<Logging> {
   }
 
   static int run(const std::string& forks) {
-    const char* const words[] = {FORK_EXIT_PROGRAM, GetParam().property, forks.c_str(), nullptr};
+    const std::string program = built(FORK_EXIT_PROGRAM);
+    const char* const words[] = {program.c_str(), GetParam().property, forks.c_str(), nullptr};
     pid_t child = 0;
     if (posix_spawn(&child, words[0], nullptr, nullptr, const_cast<char* const*>(words), environ) !=
         0) {

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "Built.h"
 #include "Torture.h"
 #include "orbsim/Daemon.h"
 #include "process_end.h"
@@ -32,16 +33,16 @@ std::string outputOfChild() {
 }
 
 // Runs a program to its end; its status as waitpid() gives it.
-int statusOf(const std::vector<const char*>& words) {
+int statusOf(const std::vector<std::string>& words) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, kOutput, O_WRONLY | O_CREAT | O_TRUNC,
                                    0600);
   std::vector<char*> arguments;
-  for (const char* word : words) arguments.push_back(const_cast<char*>(word));
+  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   pid_t child = 0;
-  const int error = posix_spawn(&child, words[0], &actions, nullptr, arguments.data(), environ);
+  const int error = posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
   if (error != 0) return -1;
   int status = -1;
@@ -59,10 +60,11 @@ class ProcessEnd : public ::testing::TestWithParam<const char*> {
   void SetUp() override { ASSERT_TRUE(mDaemon.start()) << mDaemon.error(); }
   void TearDown() override { Watchdog::stop(); }
 
-  void runAll(const std::vector<const char*>& words, const std::string& expected) {
+  void runAll(const std::vector<std::string>& words, const std::string& expected) {
     const uint64_t runs = countOr(10);
     for (uint64_t run = 0; run < runs; ++run) {
-      Watchdog::step("run %llu of %s", static_cast<unsigned long long>(run + 1), words.back());
+      Watchdog::step("run %llu of %s", static_cast<unsigned long long>(run + 1),
+                     words.back().c_str());
       const std::string outcome = describe(statusOf(words));
       ASSERT_EQ(expected, outcome) << "run " << run + 1 << '\n' << outputOfChild();
     }
@@ -83,7 +85,7 @@ TEST_P(ProcessEnd, IsAsChosen) {
   const std::string way = GetParam();
   if (way == "exitInDownOnWorker") mDaemon.setHandshake([](int, uint32_t) { return false; });
   const bool killed = way == "terminated";
-  runAll({PROCESS_END_PROGRAM, GetParam()}, killed ? "signal Terminated" : ordinary());
+  runAll({built(PROCESS_END_PROGRAM), way}, killed ? "signal Terminated" : ordinary());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -100,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
 class LibraryClosed : public ProcessEnd {};
 
 TEST_F(LibraryClosed, UnderTrafficGoesOnAndEndsAsChosen) {
-  runAll({PROCESS_DLCLOSE_PROGRAM, ORB_LIBRARY}, ordinary());
+  runAll({built(PROCESS_DLCLOSE_PROGRAM), built(ORB_LIBRARY)}, ordinary());
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include <cstring>
 
+#include "Built.h"
 #include "Torture.h"
 
 namespace torture {
@@ -25,8 +26,9 @@ class RealDaemon {
   ~RealDaemon() { kill(); }
 
   bool start() {
-    const char* const arguments[] = {ORBD_SIM_PROGRAM, "--quiet", "--interval", "1", nullptr};
-    if (posix_spawn(&mProcess, ORBD_SIM_PROGRAM, nullptr, nullptr,
+    const std::string program = built(ORBD_SIM_PROGRAM);
+    const char* const arguments[] = {program.c_str(), "--quiet", "--interval", "1", nullptr};
+    if (posix_spawn(&mProcess, program.c_str(), nullptr, nullptr,
                     const_cast<char* const*>(arguments), environ) != 0) {
       mProcess = -1;
     }

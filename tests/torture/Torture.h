@@ -3,7 +3,6 @@
 #pragma once
 
 #include <dirent.h>
-#include <sched.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -15,9 +14,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <functional>
 #include <random>
 #include <string>
+
+#include "../support/ComesTo.h"
 
 // What the torture tests share: how long they run, the watchdog that ends a run which hangs, and
 // what the process holds.
@@ -103,16 +103,6 @@ struct Census {
   size_t threads = entriesOf("/proc/self/task");
 };
 
-// A thread that has done its last step still stands in the process's list for a moment, and nothing
-// signals the end of that.
-inline bool comesTo(const std::function<bool()>& condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    sched_yield();
-  }
-  return true;
-}
 inline bool comesBackTo(const Census& before) {
   return comesTo([&] {
     const Census now;

@@ -9,10 +9,11 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <string>
 
 // Loads a library once more: the desktop's stand-ins read the environment while they are loaded,
 // and a process loads each file just once. So this is a copy of the file. It stays open.
-inline void* openFresh(const char* library) {
+inline void* openFresh(const std::string& library) {
   char path[] = "/tmp/orb-library-XXXXXX";
   const int fd = mkostemp(path, O_CLOEXEC);
   EXPECT_GE(fd, 0);

@@ -18,6 +18,7 @@
 #include <sstream>
 #include <string>
 
+#include "Built.h"
 #include "FreshLibrary.h"
 #include "UniqueFd.h"
 
@@ -33,7 +34,7 @@ struct HostDiag {
     commit(packet);
   }
 
-  void* library = openFresh(HOST_LIBDIAG);
+  void* library = openFresh(built(HOST_LIBDIAG));
   decltype(&Diag_LSM_Init) init = find<decltype(&Diag_LSM_Init)>("Diag_LSM_Init");
   boolean (*deinit)() = find<boolean (*)()>("Diag_LSM_DeInit");
   decltype(&diagpkt_tbl_reg) registerTable = find<decltype(&diagpkt_tbl_reg)>("diagpkt_tbl_reg");

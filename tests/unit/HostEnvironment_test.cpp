@@ -17,11 +17,13 @@
 #include <thread>
 #include <vector>
 
+#include "Built.h"
+
 namespace {
 
 template <typename Function>
 Function* find(const char* library, const char* symbol) {
-  void* const handle = dlopen(library, RTLD_NOW | RTLD_LOCAL);
+  void* const handle = dlopen(built(library).c_str(), RTLD_NOW | RTLD_LOCAL);
   EXPECT_NE(nullptr, handle) << dlerror();
   return reinterpret_cast<Function*>(dlsym(handle, symbol));
 }

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "Built.h"
 #include "FreshLibrary.h"
 
 namespace {
@@ -63,7 +64,7 @@ class Redirected {
 
 class HostPlatformTest : public testing::Test {
  protected:
-  explicit HostPlatformTest(const char* path) : mPath(path) {
+  explicit HostPlatformTest(const char* path) : mPath(built(path)) {
     for (const char* name : kVariables) unsetenv(name);
     load();
   }
@@ -86,7 +87,7 @@ class HostPlatformTest : public testing::Test {
   static constexpr const char* kVariables[] = {"ORB_LOG_LEVEL",       "NO_COLOR",
                                                "ORB_DIAG_FILE",       "ORB_DIAG_SOCKET",
                                                "ORB_PROPERTIES_FILE", "a_b_c"};
-  const char* const mPath;
+  const std::string mPath;
   void* mLibrary = nullptr;
 };
 

@@ -13,6 +13,7 @@
 #include <mutex>
 #include <thread>
 
+#include "Built.h"
 #include "LogTestPeer.h"
 #include "Thread.h"
 #include "hooks/hook.h"
@@ -52,7 +53,7 @@ class LogHookTest : public LogFixture {
 
   // Initialises the log in the directory of one of the hook libraries.
   void initWith(const std::string& hook) {
-    ASSERT_EQ(0, chdir((std::string(TEST_HOOKS_DIR) + "/" + hook).c_str()));
+    ASSERT_EQ(0, chdir((built(TEST_HOOKS_DIR) + "/" + hook).c_str()));
     // Held open while the log opens it, so that the table can be filled before the first line.
     void* const library = dlopen("./liborbalog.so", RTLD_NOW);
     ASSERT_NE(nullptr, library) << dlerror();

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "Built.h"
 #include "OrblogFiles.h"
 
 using namespace orblogtest;
@@ -27,11 +28,12 @@ class OrblogTerminal : public testing::Test {
     const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
     const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
     const std::string key = keyPair().path(), path = file.string();
+    const std::string orblog = built(ORBLOG_PROGRAM);
     const pid_t program = fork();
     if (program == 0) {
       dup2(null, output == STDOUT_FILENO ? STDERR_FILENO : STDOUT_FILENO);
       dup2(terminal, output);
-      execl(ORBLOG_PROGRAM, ORBLOG_PROGRAM, "decrypt", "--key", key.c_str(), path.c_str(), nullptr);
+      execl(orblog.c_str(), orblog.c_str(), "decrypt", "--key", key.c_str(), path.c_str(), nullptr);
       _exit(127);
     }
     close(terminal);

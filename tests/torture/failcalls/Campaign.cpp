@@ -175,14 +175,13 @@ void Campaign::printTable(const Scenario& scenario) const {
   std::printf("%-8s %-14s %-12s %7s %6s %9s %6s %6s %7s %8s %5s %4s\n", scenario.name, "call",
               "failure", "reached", "points", "unnoticed", "said", "status", "message", "not told",
               "end", "BAD");
-  for (const auto& [key, row] : mRows) {
+  for (const auto& [key, counts] : mRows) {
+    const Row& row = counts;  // a name that a lambda may capture
     unsigned bad = 0;
     for (size_t i = 0; i < kOutcomes; ++i) {
       if (!isAllowed(static_cast<Outcome>(i))) bad += row.outcomes[i];
     }
-    const auto of = [&row = row](Outcome outcome) {
-      return row.outcomes[static_cast<size_t>(outcome)];
-    };
+    const auto of = [&row](Outcome outcome) { return row.outcomes[static_cast<size_t>(outcome)]; };
     std::printf("%-8s %-14s %-12s %7u %6u %9u %6u %6u %7u %8u %5u %4u\n", scenario.name,
                 nameOf(key.first), key.second.c_str(), row.reached, row.points,
                 of(Outcome::Unnoticed), of(Outcome::Said), of(Outcome::Status),

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// test_room LOG SECONDS PROGRAM [ARGUMENT...]: runs one test on a device as scripts/sandbox does on
+// a desktop, with nothing but the C library. Its output goes to LOG.
+//
+// /dev/socket, /data and /tmp are file systems in memory that only the test sees; the folder above
+// ORB_TEST_FILES, where the tests themselves are, stays. Where the kernel does not give those, the
+// directories themselves are used if nothing is in them, and emptied again.
+// Exit status: the test's, 124 when it took too long, 125 when it has no room.
+#include <fcntl.h>
+#include <linux/capability.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kTooLong = 124;
+constexpr int kNoRoom = 125;
+const char* const kRooms[] = {"/dev/socket", "/data", "/tmp"};
+const char* const kFolders[] = {"/data/vendor/orb_logs/main", "/data/vendor/orb_logs/other",
+                                "/data/vendor/orb_logs/config"};
+
+[[noreturn]] void refuse(const std::string& reason) {
+  std::fprintf(stderr, "test_room: %s\n", reason.c_str());
+  std::exit(kNoRoom);
+}
+
+bool isWithin(const fs::path& path, const fs::path& room) {
+  return std::mismatch(room.begin(), room.end(), path.begin(), path.end()).first == room.end();
+}
+
+// A failure halfway would let a test into the device's own files.
+bool takePrivateRooms() {
+  const char* const files = std::getenv("ORB_TEST_FILES");
+  const fs::path tests = files != nullptr ? fs::path(files).parent_path() : fs::path();
+  const int opened = open(tests.c_str(), O_PATH | O_CLOEXEC);
+  if (unshare(CLONE_NEWNS) != 0) return false;
+  if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return false;
+  for (const char* room : kRooms) {
+    if (mount("tmpfs", room, "tmpfs", 0, "mode=1777") != 0) refuse(std::string("no ") + room);
+    if (opened < 0 || !isWithin(tests, room)) continue;
+    const std::string source = "/proc/self/fd/" + std::to_string(opened);
+    std::error_code error;
+    fs::create_directories(tests, error);
+    if (mount(source.c_str(), tests.c_str(), nullptr, MS_BIND, nullptr) != 0)
+      refuse("cannot keep " + tests.string());
+  }
+  return true;
+}
+
+void empty(const char* room) {
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(room, error)) fs::remove_all(entry, error);
+}
+
+// True when the rooms are the device's own.
+bool takeRooms() {
+  std::error_code error;
+  for (const char* room : kRooms) {
+    fs::create_directories(room, error);
+    if (!fs::is_directory(room, error)) refuse(std::string("cannot make ") + room);
+  }
+  const bool shared = !takePrivateRooms();
+  for (const char* room : kRooms) {
+    if (shared && !fs::is_empty(room, error))
+      refuse(std::string(room) + " is not empty, and this kernel gives no other");
+  }
+  for (const char* folder : kFolders) {
+    if (!fs::create_directories(folder, error)) refuse(std::string("cannot make ") + folder);
+  }
+  return shared;
+}
+
+// What root may do and a user may not is no part of a test.
+void dropCapabilities() {
+  for (int capability = 0; prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) == 0;) ++capability;
+  __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+  __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3] = {};
+  syscall(SYS_capset, &header, none);
+}
+
+[[noreturn]] void become(char** command, const char* log) {
+  setsid();
+  const int output = open(log, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  const int input = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  if (output < 0 || input < 0) refuse(std::string("cannot open ") + log);
+  dup2(input, STDIN_FILENO);
+  dup2(output, STDOUT_FILENO);
+  dup2(output, STDERR_FILENO);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+  dropCapabilities();
+  execv(command[0], command);
+  std::fprintf(stderr, "test_room: %s: %s\n", command[0], std::strerror(errno));
+  _exit(kNoRoom);
+}
+
+// The status of the child, or kTooLong. SIGCHLD is blocked.
+int await(pid_t child, int seconds) {
+  sigset_t ended;
+  sigemptyset(&ended);
+  sigaddset(&ended, SIGCHLD);
+  const time_t limit = time(nullptr) + seconds;
+  for (int status = 0;;) {
+    if (waitpid(child, &status, WNOHANG) == child)
+      return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    const timespec left = {limit - time(nullptr), 0};
+    if (left.tv_sec <= 0) return kTooLong;
+    sigtimedwait(&ended, nullptr, &left);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int seconds = argc > 3 ? std::atoi(argv[2]) : 0;
+  if (seconds <= 0) {
+    std::fputs("Usage: test_room LOG SECONDS PROGRAM [ARGUMENT...]\n", stderr);
+    return 2;
+  }
+  std::error_code error;
+  fs::create_directories(fs::path(argv[1]).parent_path(), error);
+  const bool shared = takeRooms();
+  sigset_t ended;
+  sigemptyset(&ended);
+  sigaddset(&ended, SIGCHLD);
+  sigprocmask(SIG_BLOCK, &ended, nullptr);
+  prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
+  const pid_t child = fork();
+  if (child < 0) refuse("cannot fork");
+  if (child == 0) become(argv + 3, argv[1]);
+  const int status = await(child, seconds);
+  kill(-child, SIGKILL);
+  while (waitpid(-1, nullptr, 0) > 0) continue;
+  if (shared) {
+    for (const char* room : kRooms) empty(room);
+  }
+  return status;
+}

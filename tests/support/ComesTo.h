@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <sched.h>
+
+#include <chrono>
+#include <functional>
+
+// A thread that has done its last step still stands in the process's list for a moment, and nothing
+// signals the end of that.
+inline bool comesTo(const std::function<bool()>& condition) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    sched_yield();
+  }
+  return true;
+}

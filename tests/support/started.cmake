@@ -1,0 +1,49 @@
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+# How tests start programs of this build, and what of them is not for another processor's build.
+
+# orb_started(RESULT TARGET): the path by which a target's program is started. In a build for another
+# processor that is a script which puts the emulator before it and keeps its own name as the program's,
+# so that one that starts itself anew gets there, too. The kernel need not know of the emulator then.
+function(orb_started RESULT TARGET)
+  if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
+    set(${RESULT} $<TARGET_FILE:${TARGET}> PARENT_SCOPE)
+    return()
+  endif()
+  set(script ${PROJECT_BINARY_DIR}/started/${TARGET})
+  get_property(known GLOBAL PROPERTY ORB_STARTED_${TARGET} SET)
+  if(NOT known)
+    set_property(GLOBAL PROPERTY ORB_STARTED_${TARGET} ON)
+    list(JOIN CMAKE_CROSSCOMPILING_EMULATOR "' '" emulator)
+    file(GENERATE OUTPUT ${script} FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
+      GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE CONTENT
+      "#!/bin/sh\nORB_STARTED_AS=$0 exec '${emulator}' '$<TARGET_FILE:${TARGET}>' \"$@\"\n")
+  endif()
+  set(${RESULT} ${script} PARENT_SCOPE)
+endfunction()
+
+# orb_starts(TARGET DEFINITION PROGRAM...): TARGET finds in DEFINITION how PROGRAM is started.
+function(orb_starts TARGET)
+  while(ARGN)
+    list(POP_FRONT ARGN definition program)
+    orb_started(started ${program})
+    target_compile_definitions(${TARGET} PRIVATE ${definition}="${started}")
+    add_dependencies(${TARGET} ${program})
+  endwhile()
+endfunction()
+
+# orb_not_run(REASON NAME...): tests of the host's build that this one does not have. The list is in
+# not_run.txt of the build, and `scripts/target test` prints it.
+file(WRITE ${PROJECT_BINARY_DIR}/not_run.txt "")
+function(orb_not_run REASON)
+  foreach(name ${ARGN})
+    file(APPEND ${PROJECT_BINARY_DIR}/not_run.txt "${name}: ${REASON}\n")
+  endforeach()
+endfunction()
+
+# orb_carried(NAME NEEDS TARGET ARGUMENT...): a test that can run on a device (tests/device). NEEDS are
+# programs that it asks for, or -; files among its arguments are named from the build's root.
+function(orb_carried NAME NEEDS TARGET)
+  string(JOIN " " line ${NAME} ${NEEDS} 600 $<TARGET_FILE:${TARGET}> ${ARGN})
+  set_property(GLOBAL APPEND PROPERTY ORB_CARRIED "${line}")
+endfunction()
