@@ -15,9 +15,10 @@ function(orb_started RESULT TARGET)
   if(NOT known)
     set_property(GLOBAL PROPERTY ORB_STARTED_${TARGET} ON)
     list(JOIN CMAKE_CROSSCOMPILING_EMULATOR "' '" emulator)
-    file(GENERATE OUTPUT ${script} FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
-      GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE CONTENT
-      "#!/bin/sh\nORB_STARTED_AS=$0 exec '${emulator}' '$<TARGET_FILE:${TARGET}>' \"$@\"\n")
+    file(GENERATE OUTPUT ${script} CONTENT
+      "#!/bin/sh\nORB_STARTED_AS=$0 exec '${emulator}' '$<TARGET_FILE:${TARGET}>' \"$@\"\n"
+      FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+      WORLD_READ WORLD_EXECUTE)
   endif()
   set(${RESULT} ${script} PARENT_SCOPE)
 endfunction()

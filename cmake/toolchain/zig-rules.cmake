@@ -1,0 +1,7 @@
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+# The linker of `zig c++` knows no -rpath-link. It finds the libraries of libraries by their full names.
+foreach(language C CXX)
+  set(CMAKE_SHARED_LIBRARY_RPATH_LINK_${language}_FLAG "")
+  set(CMAKE_EXECUTABLE_RPATH_LINK_${language}_FLAG "")
+endforeach()

@@ -1,0 +1,102 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+#
+# Sourced by scripts/target: fills the cache folder step by step.
+#
+#   bin/ include/ lib/   compiler wrappers, the emulator's wrapper, libraries for the target
+#   sysroot/             the C library and libcrypto laid out as on a device
+#   zig/ zig-cache/      the compiler, and the C++ runtime as it has compiled it
+#   download/ stamp/ log/   what was fetched, what is done, and what the steps said
+#
+# The folder may be moved, or packed and restored.
+# shellcheck disable=SC2154 # variables of scripts/target and of its other parts
+set -euo pipefail
+
+say() { printf 'target: [%4d s] %s\n' "$SECONDS" "$*" >&2; }
+fail() {
+  printf 'target: %s\n' "$2" >&2
+  exit "$1"
+}
+
+# step NAME KEY FUNCTION...: runs the functions, unless that was done for this KEY with the functions as
+# they are. What they say goes to a log. Status 3 of one, "cannot be fetched", becomes this script's.
+step() {
+  local name=$1 key=$2 begin=$SECONDS status=0
+  shift 2
+  key="$key $(declare -f "$@" | cksum)"
+  [[ ! -f $cache/stamp/$name || $(<"$cache/stamp/$name") != "$key" ]] || return 0
+  say "$name ..."
+  # A shell of its own: a function whose status is looked at would go on after an error.
+  set +e
+  (
+    set -euo pipefail
+    for function; do "$function"; done
+  ) >"$cache/log/$name" 2>&1 9>&-
+  status=$?
+  set -e
+  if ((status != 0)); then
+    tail -n 25 "$cache/log/$name" >&2
+    ((status == 3)) || status=1
+    fail "$status" "the step '$name' failed; all that it said: $cache/log/$name"
+  fi
+  printf '%s\n' "$key" >"$cache/stamp/$name"
+  say "$name: $((SECONDS - begin)) s"
+}
+
+# The Debian packages that are needed beyond those of every build.
+install_tools() {
+  local packages=(apt perl make xz-utils bzip2 util-linux qemu-user-static)
+  # Any npm will do; Debian's would be in the way of another's node.
+  command -v npm >/dev/null || packages+=(npm)
+  "$repository/scripts/setup" "${packages[@]}" || exit 3
+}
+
+bootstrap() {
+  [[ $(uname -m) == x86_64 ]] || fail 3 "the cross compiler is for x86-64 machines, this is $(uname -m)"
+  install_tools
+  # The steps remove folders with common names, so they work in a folder of their own only.
+  if [[ ! -e $cache/.orb-target ]]; then
+    [[ -z $(ls -A "$cache") ]] || fail 1 "$cache is not empty and was not made by this script"
+    : >"$cache/.orb-target"
+  fi
+  mkdir -p "$cache"/{bin,include,lib/pkgconfig,stamp,download,work,log}
+  # Two builds may share the cache.
+  exec 9>"$cache/.lock"
+  flock -w 1800 9 || fail 1 "somebody else has been filling $cache for half an hour"
+  (
+    # Meant for builds of this machine's programs, or for a caller's own.
+    unset CFLAGS CXXFLAGS CPPFLAGS LDFLAGS CPATH C_INCLUDE_PATH CPLUS_INCLUDE_PATH LIBRARY_PATH DESTDIR \
+      MAKEFLAGS CMAKE_PREFIX_PATH CMAKE_TOOLCHAIN_FILE CMAKE_GENERATOR CMAKE_BUILD_TYPE \
+      CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER APT_CONFIG
+    all_steps
+  )
+  exec 9>&-
+}
+
+all_steps() {
+  local versions others status=0
+  step compiler "$zig_version" fetch_zig
+  step sources "${debian_sources[*]}" fetch_debian
+  versions="zig $zig_version, $(downloaded_versions)"
+  step tools "$versions" make_wrappers make_sysroot
+  # Two at a time: a configure script has one process only.
+  (
+    step libgpg-error "$versions" build_gpg_error
+    step libgcrypt "$versions" build_gcrypt
+  ) &
+  others=$!
+  (
+    step libcrypto "$versions" build_libcrypto
+    step protobuf-lite "$versions" build_protobuf
+    step googletest "$versions" build_googletest
+  ) || status=$?
+  wait "$others" || status=$?
+  ((status == 0)) || exit "$status"
+  step smoke "$versions $(protoc --version) $(cat "$repository"/cmake/toolchain/* | cksum)" smoke_test
+  rm -rf "$cache/work"
+  if [[ ! -f $cache/versions || $(<"$cache/versions") != "$versions" ]]; then
+    printf '%s\n' "$versions" >"$cache/versions"
+    say "ready: $versions"
+  fi
+}

@@ -1,0 +1,80 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+#
+# Sourced by scripts/target: the wrappers around compiler and emulator, and the target's root.
+# shellcheck disable=SC2154 # variables of scripts/target and of its other parts
+set -euo pipefail
+
+# They find the cache folder from their own place, so that it may be moved.
+wrapper() { # wrapper NAME LINE...
+  local file=$cache/bin/$triple-$1
+  shift
+  # shellcheck disable=SC2016
+  printf '%s\n' '#!/bin/sh' '# Written by scripts/target.' 'cache=${0%/*}/..' \
+    'case $cache in /*) ;; *) cache=$PWD/$cache ;; esac' "$@" >"$file"
+  chmod +x "$file"
+}
+
+make_wrappers() {
+  local tool
+  # Of the compiler's two caches the global one has the C++ runtime, which it compiles on first use; the
+  # local one has every object ever compiled and can be deleted at will.
+  # It marks programs with a stack of 16 MiB, from which musl takes what a thread gets unasked: 8 MiB here
+  # and 128 KiB on a device. The mark is set to musl's own, so that what overflows there does so here.
+  # shellcheck disable=SC2016
+  for tool in cc c++; do
+    # shellcheck disable=SC2016
+    wrapper "$tool" \
+      'export ZIG_GLOBAL_CACHE_DIR="${ZIG_GLOBAL_CACHE_DIR:-$cache/zig-cache}"' \
+      'export ZIG_LOCAL_CACHE_DIR="${ZIG_LOCAL_CACHE_DIR:-$cache/zig-objects}"' \
+      "exec \"\$cache/zig/zig\" $tool -target $triple -Wl,-z,stack-size=131072 \"\$@\""
+  done
+  # shellcheck disable=SC2016
+  for tool in ar ranlib; do wrapper "$tool" "exec \"\$cache/zig/zig\" $tool \"\$@\""; done
+  # The compiler's own objcopy takes a file and writes another; strip changes those it is given.
+  # shellcheck disable=SC2016
+  wrapper strip 'for file; do' '  case $file in -*) continue ;; esac' \
+    '  "$cache/zig/zig" objcopy --strip-all "$file" "$file.stripped" &&' \
+    '    cat "$file.stripped" >"$file" && rm "$file.stripped" || exit 1' 'done'
+  # ORB_STARTED_AS is what the program is to know itself by. Tests see in ORB_EMULATED what they cannot
+  # measure. No core files: the emulator writes one of its own for each program that aborts on purpose.
+  # shellcheck disable=SC2016
+  wrapper run 'if [ -n "${ORB_STARTED_AS-}" ]; then set -- -0 "$ORB_STARTED_AS" "$@"; fi' \
+    'unset ORB_STARTED_AS' 'export QEMU_LD_PREFIX="$cache/sysroot" ORB_EMULATED=1' 'ulimit -c 0' \
+    'exec qemu-aarch64-static "$@"'
+}
+
+make_sysroot() {
+  local package
+  package=$(downloaded 'musl_*.deb')
+  rm -rf "$cache/sysroot"
+  mkdir -p "$cache/sysroot/usr/lib/$triple"
+  dpkg-deb -x "$package" "$cache/sysroot"
+  rm -rf "$cache/sysroot/usr/share" "$cache/sysroot/usr/bin"
+  [[ -x $cache/sysroot/lib/ld-musl-aarch64.so.1 ]]
+  # See CMAKE_EXE_LINKER_FLAGS_INIT in the toolchain file.
+  : >"$cache/work/empty.c"
+  "$cache/bin/$triple-cc" -shared -fPIC -s -Wl,-soname,libforce-dynamic.so "$cache/work/empty.c" \
+    -o "$cache/lib/libforce-dynamic.so"
+  cp "$cache/lib/libforce-dynamic.so" "$cache/sysroot/usr/lib/$triple/"
+  # Starts only where target programs do.
+  echo 'int main(void) { return 0; }' >"$cache/work/true.c"
+  "$cache/bin/$triple-cc" -fPIE -pie -s "$cache/work/true.c" "$cache/lib/libforce-dynamic.so" \
+    -o "$cache/bin/$triple-true"
+}
+
+# One small program that has to do with every part.
+smoke_test() {
+  local have want
+  want=$(source_version protobuf)
+  have=$(protoc --version | awk '{ print $2 }')
+  if [[ $want != "$have" ]]; then
+    echo "protoc is of version $have, the target's protobuf-lite of $want: they do not fit"
+    return 1
+  fi
+  rm -rf "$cache/work/smoke"
+  cross_cmake "$repository/scripts/target.d/smoke" "$cache/work/smoke"
+  ninja -C "$cache/work/smoke"
+  ctest --test-dir "$cache/work/smoke" --output-on-failure
+}

@@ -1,0 +1,73 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+#
+# Sourced by scripts/target: starts target programs on this machine and runs the tests.
+# shellcheck disable=SC2154 # variables of scripts/target and of its other parts
+set -euo pipefail
+
+# What the kernel knows an AArch64 program by, in the words of binfmt_misc. F: the emulator is opened
+# now, so that it is there in every other root as well.
+binfmt_entry() {
+  local any='\xff\xff\xff\xff\xff\xff\xff\x00\xff\xff\xff\xff\xff\xff\xff\xff\xfe\xff\xff\xff'
+  local magic='\x7fELF\x02\x01\x01\x00\x00\x00\x00\x00\x00\x00\x00\x00\x02\x00\xb7\x00'
+  printf ':orb-aarch64:M::%s:%s:%s:F' "$magic" "$any" "$(command -v qemu-aarch64-static)"
+}
+
+# Runs a command where the kernel starts target programs by itself: in a user namespace with a
+# binfmt_misc of its own, which takes no privilege (Linux 6.7 and later). The machine stays as it is.
+in_namespace() {
+  # shellcheck disable=SC2016
+  unshare --user --map-current-user --keep-caps --mount bash -c '
+    set -e
+    folder=/proc/sys/fs/binfmt_misc
+    mount -t binfmt_misc none "$folder"
+    printf "%s" "$1" >"$folder/register"
+    shift
+    # No capability goes along: what root may do and a user may not is no part of a test.
+    exec setpriv --inh-caps -all --ambient-caps -all --bounding-set -all "$@"' - \
+    "$(binfmt_entry)" "$@"
+}
+
+program_starts() { "$@" "$cache/bin/aarch64-linux-musl-true" >/dev/null 2>&1; }
+
+# The way in which target programs start here.
+way_of_starting() {
+  if [[ $binfmt == no ]]; then
+    echo emulator
+  elif program_starts; then
+    echo kernel
+  elif program_starts in_namespace; then
+    echo namespace
+  else
+    [[ $binfmt == auto ]] || fail 1 "the kernel cannot start target programs in a user namespace"
+    echo emulator
+  fi
+}
+
+# emulated COMMAND...: where target programs start.
+emulated() {
+  local way
+  [[ -e $cache/versions ]] || fail 1 "nothing is built yet: scripts/target build"
+  export QEMU_LD_PREFIX=$cache/sysroot ORB_EMULATED=1
+  way=$(way_of_starting)
+  case $way in
+    kernel) say "target programs are started by the kernel" ;;
+    namespace) say "target programs are started by the kernel (binfmt_misc in a user namespace)" ;;
+    emulator) say "target programs are started with the emulator in front: $cache/bin/$triple-run" ;;
+  esac
+  if [[ $way == namespace ]]; then in_namespace "$@"; else "$@"; fi
+}
+
+run_tests() {
+  local status=0
+  cd "$repository"
+  say "running the tests"
+  emulated ctest --preset aarch64-musl -j "$jobs" "$@" || status=1
+  if [[ -s $build/not_run.txt ]]; then
+    echo "Not run on the target:"
+    sort "$build/not_run.txt" | sed 's/^/  /'
+  fi
+  say "done"
+  return "$status"
+}

@@ -1,0 +1,89 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+#
+# Sourced by scripts/target: the libraries for the target, from Debian's sources. libcrypto is shared, as
+# on a device; protobuf-lite, and what only the tests use, are static.
+# shellcheck disable=SC2154 # variables of scripts/target and of its other parts
+set -euo pipefail
+
+cross_cmake() { # cross_cmake SOURCE BUILD OPTION...
+  local source=$1 out=$2
+  shift 2
+  cmake -S "$source" -B "$out" -G Ninja -DORB_TARGET_CACHE="$cache" \
+    -DCMAKE_TOOLCHAIN_FILE="$repository/cmake/toolchain/aarch64-musl.cmake" -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_C_FLAGS_RELEASE="$target_flags" -DCMAKE_CXX_FLAGS_RELEASE="$target_flags" \
+    -DCMAKE_POSITION_INDEPENDENT_CODE=ON -DCMAKE_INSTALL_PREFIX="$cache" -DCMAKE_INSTALL_LIBDIR=lib "$@"
+}
+# The compiler writes debug information unasked, nine tenths of an object.
+target_flags='-O2 -g0 -DNDEBUG'
+
+# configured SOURCE OPTION...: a library of the GNU kind, made and installed.
+configured() {
+  local source=$1
+  shift
+  mkdir -p "$source/out"
+  cd "$source/out"
+  ../configure --host="$triple" --prefix="$cache" --disable-shared --enable-static --with-pic \
+    --disable-doc CC="$cache/bin/$triple-cc" AR="$cache/bin/$triple-ar" \
+    RANLIB="$cache/bin/$triple-ranlib" CFLAGS="$target_flags -fno-sanitize=undefined" "$@"
+}
+
+# pc_file NAME VERSION LIBRARIES
+pc_file() {
+  printf '%s\n' "prefix=\${pcfiledir}/../.." "Name: $1" "Description: $1 for the target" \
+    "Version: $2" "Libs: -L\${prefix}/lib $3" "Cflags: -I\${prefix}/include" \
+    >"$cache/lib/pkgconfig/$1.pc"
+}
+
+build_libcrypto() {
+  unpack_source openssl
+  mkdir -p "$cache/work/openssl/out" "$cache/include/openssl"
+  cd "$cache/work/openssl/out"
+  # Without what a client never uses; the deprecated functions stay, for they are used.
+  ../Configure linux-aarch64 shared no-tests no-engine no-dso no-legacy no-ssl no-dtls \
+    --prefix=/usr --openssldir=/etc/ssl CC="$cache/bin/$triple-cc" CXX="$cache/bin/$triple-c++" \
+    AR="$cache/bin/$triple-ar" RANLIB="$cache/bin/$triple-ranlib" CFLAGS="$target_flags"
+  make -j"$jobs" build_generated libcrypto.so
+  cp ../include/openssl/*.h include/openssl/*.h "$cache/include/openssl/"
+  cp -P libcrypto.so libcrypto.so.3 "$cache/lib/"
+  cp libcrypto.so.3 "$cache/sysroot/usr/lib/$triple/"
+  pc_file libcrypto "$(source_version openssl)" -lcrypto
+}
+
+build_protobuf() {
+  unpack_source protobuf
+  cross_cmake "$cache/work/protobuf" "$cache/work/protobuf/out" -Dprotobuf_BUILD_TESTS=OFF \
+    -Dprotobuf_BUILD_PROTOC_BINARIES=OFF -Dprotobuf_BUILD_LIBPROTOC=OFF -Dprotobuf_WITH_ZLIB=OFF \
+    -Dprotobuf_BUILD_SHARED_LIBS=OFF
+  # The whole library takes five times as long, and the CMake package would name it.
+  ninja -C "$cache/work/protobuf/out" -j"$jobs" libprotobuf-lite
+  cmake --install "$cache/work/protobuf/out" --component libprotobuf-lite
+  cmake --install "$cache/work/protobuf/out" --component protobuf-headers
+  pc_file protobuf-lite "$(source_version protobuf)" -lprotobuf-lite
+}
+
+build_googletest() {
+  unpack_source googletest
+  cross_cmake "$cache/work/googletest" "$cache/work/googletest/out" -DCMAKE_CXX_STANDARD=17
+  ninja -C "$cache/work/googletest/out" -j"$jobs" install
+}
+
+# The second implementation of the cryptography, which tests compare with.
+build_gpg_error() {
+  unpack_source libgpg-error
+  configured "$cache/work/libgpg-error" --disable-nls --disable-tests --disable-languages
+  make -j"$jobs" -C src install
+}
+build_gcrypt() {
+  unpack_source libgcrypt20
+  # Its assembler wants another one, and what is not asked for here needs not be compiled.
+  configured "$cache/work/libgcrypt20" --disable-asm --with-libgpg-error-prefix="$cache" \
+    --enable-ciphers=aes:chacha20 --enable-digests=sha1:sha256:sha512:sha3:blake2 \
+    --enable-pubkey-ciphers=rsa:ecc
+  for part in compat mpi cipher random; do make -j"$jobs" -C "$part"; done
+  make -j"$jobs" -C src libgcrypt.la
+  cp src/.libs/libgcrypt.a "$cache/lib/"
+  cp src/gcrypt.h "$cache/include/"
+  pc_file libgcrypt "$(source_version libgcrypt20)" '-lgcrypt -lgpg-error'
+}
