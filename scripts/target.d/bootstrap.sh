@@ -75,21 +75,22 @@ bootstrap() {
 }
 
 all_steps() {
-  local versions others status=0
+  local versions how others status=0
   step compiler "$zig_version" fetch_zig
   step sources "${debian_sources[*]}" fetch_debian
   versions="zig $zig_version, $(downloaded_versions)"
-  step tools "$versions" make_wrappers make_sysroot
+  how=$(declare -f wrapper configured cross_cmake pc_file | cksum)
+  step tools "$versions $how" make_wrappers make_sysroot
   # Two at a time: a configure script has one process only.
   (
-    step libgpg-error "$versions" build_gpg_error
-    step libgcrypt "$versions" build_gcrypt
+    step libgpg-error "$versions $how" build_gpg_error
+    step libgcrypt "$versions $how" build_gcrypt
   ) &
   others=$!
   (
-    step libcrypto "$versions" build_libcrypto
-    step protobuf-lite "$versions" build_protobuf
-    step googletest "$versions" build_googletest
+    step libcrypto "$versions $how" build_libcrypto
+    step protobuf-lite "$versions $how" build_protobuf
+    step googletest "$versions $how" build_googletest
   ) || status=$?
   wait "$others" || status=$?
   ((status == 0)) || exit "$status"

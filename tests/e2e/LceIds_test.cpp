@@ -6,6 +6,7 @@
 #include <deque>
 
 #include "Application.h"
+#include "CLibrary.h"
 #include "RecordingPlatform.h"
 
 namespace {
@@ -14,9 +15,8 @@ std::deque<int> drawn;  // by the test's thread only
 
 }  // namespace
 
-// Comes before the C library's own, whose declarations differ in what they throw.
-extern "C" int drawnNumber() __asm__("rand");
-int drawnNumber() {
+// Comes before the C library's own.
+extern "C" int rand() ORB_C_FUNCTION {
   const int number = drawn.front();
   drawn.pop_front();
   return number;

@@ -8,7 +8,6 @@ file(GLOB ORBLOG_TESTS ${CMAKE_CURRENT_LIST_DIR}/../unit/Orblog*_test.cpp
 foreach(source ${ORBLOG_TESTS})
   get_filename_component(test ${source} NAME_WE)
   target_link_libraries(${test} PRIVATE orblog_core PkgConfig::GCRYPT)
-  target_compile_definitions(${test} PRIVATE
-    ORBLOG_MAN_PAGE="${CMAKE_CURRENT_BINARY_DIR}/orblog.1")
+  orb_finds(${test} ORBLOG_MAN_PAGE ${CMAKE_CURRENT_BINARY_DIR}/orblog.1)
   orb_starts(${test} ORBLOG_PROGRAM orblog)
 endforeach()

@@ -23,12 +23,23 @@ function(orb_started RESULT TARGET)
   set(${RESULT} ${script} PARENT_SCOPE)
 endfunction()
 
-# orb_starts(TARGET DEFINITION PROGRAM...): TARGET finds in DEFINITION how PROGRAM is started.
+# orb_finds(TARGET DEFINITION PATH...): TARGET finds in DEFINITION where a file of the build is, and
+# passes that through built() of support/Built.h, as tests may be carried elsewhere.
+function(orb_finds TARGET)
+  set(definitions ORB_BUILD="${PROJECT_BINARY_DIR}")
+  while(ARGN)
+    list(POP_FRONT ARGN definition path)
+    list(APPEND definitions ${definition}="${path}")
+  endwhile()
+  target_compile_definitions(${TARGET} PRIVATE ${definitions})
+endfunction()
+
+# orb_starts(TARGET DEFINITION PROGRAM...): the same for how PROGRAM is started.
 function(orb_starts TARGET)
   while(ARGN)
     list(POP_FRONT ARGN definition program)
     orb_started(started ${program})
-    target_compile_definitions(${TARGET} PRIVATE ${definition}="${started}")
+    orb_finds(${TARGET} ${definition} ${started})
     add_dependencies(${TARGET} ${program})
   endwhile()
 endfunction()

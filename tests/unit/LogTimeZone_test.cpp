@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "CLibrary.h"
 #include "LogTestPeer.h"
 
 namespace {
@@ -29,16 +30,13 @@ Function* real(const char* name) {
 
 }  // namespace
 
-// By their names in the object file, since their declarations differ from one C library to another.
-extern "C" void countedTzset() __asm__("tzset");
-extern "C" void countedTzset() {
+extern "C" void tzset() ORB_C_FUNCTION {
   static const auto function = real<void()>("tzset");
   ++environmentReads;
   function();
 }
 
-extern "C" int fakedStat(const char* path, struct stat* status) __asm__("stat");
-extern "C" int fakedStat(const char* path, struct stat* status) {
+extern "C" int stat(const char* path, struct stat* status) ORB_C_FUNCTION {
   static const auto function = real<int(const char*, struct stat*)>("stat");
   const bool faked = zoneFileTime && std::strcmp(path, "/etc/localtime") == 0;
   if (!faked) return function(path, status);

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdarg>
 
+#include "CLibrary.h"
 #include "OrblogFiles.h"
 #include "orblog/KeyFolder.h"
 
@@ -58,28 +59,28 @@ int refuse(int error) {
 // These come before the C library's.
 extern "C" {
 
-int link(const char* from, const char* to) noexcept {
+int link(const char* from, const char* to) ORB_C_FUNCTION {
   if (!plan.links) return refuse(EPERM);
   return proceeds() ? make<int (*)(const char*, const char*)>("link", from, to) : -1;
 }
-int unlink(const char* path) noexcept {
+int unlink(const char* path) ORB_C_FUNCTION {
   return proceeds() ? make<int (*)(const char*)>("unlink", path) : -1;
 }
-int rename(const char* from, const char* to) noexcept {
+int rename(const char* from, const char* to) ORB_C_FUNCTION {
   return proceeds() ? make<int (*)(const char*, const char*)>("rename", from, to) : -1;
 }
-int rmdir(const char* path) noexcept {
+int rmdir(const char* path) ORB_C_FUNCTION {
   return proceeds() ? make<int (*)(const char*)>("rmdir", path) : -1;
 }
-char* mkdtemp(char* name) noexcept {
+char* mkdtemp(char* name) ORB_C_FUNCTION {
   return proceeds() ? make<char* (*)(char*)>("mkdtemp", name) : nullptr;
 }
 // Nobody pulls the plug here.
 int fsync(int) { return proceeds() ? 0 : -1; }
-int flock(int fd, int operation) noexcept {
+int flock(int fd, int operation) ORB_C_FUNCTION {
   return plan.locks ? make<int (*)(int, int)>("flock", fd, operation) : refuse(ENOLCK);
 }
-long syscall(long number, ...) noexcept {
+long syscall(long number, ...) ORB_C_FUNCTION {
   long given[6] = {};
   va_list arguments;
   va_start(arguments, number);

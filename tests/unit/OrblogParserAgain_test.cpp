@@ -107,7 +107,8 @@ TEST_F(OrblogParserAgain, WithoutSearchBudgetPiecesMakeNoDifferenceEither) {
 }
 
 TEST_F(OrblogParserAgain, ZerosArePassedOverAsIfTheyWereRead) {
-  for (const size_t zeros : {0, 1, 2, 30, 700, 70000, 200000}) {
+  for (const int count : {0, 1, 2, 30, 700, 70000, 200000}) {
+    const auto zeros = static_cast<size_t>(count);
     for (const uint64_t budget : {uint64_t{0}, uint64_t{1} << 20}) {
       for (const size_t start : {size_t{0}, size_t{512}, size_t{700}, size_t{872}, size_t{1202}}) {
         SCOPED_TRACE(std::to_string(zeros) + " from " + std::to_string(start));

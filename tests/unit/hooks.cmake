@@ -20,18 +20,18 @@ target_sources(LogHook_test PRIVATE support/CaseEach.cpp)
 foreach(test LogHook_test)
   add_dependencies(${test} test_hook_complete test_hook_no_alog test_hook_no_get_persist_setting
     test_hook_no_decode_buffer)
-  target_compile_definitions(${test} PRIVATE TEST_HOOKS_DIR="${HOOKS_DIR}")
+  orb_finds(${test} TEST_HOOKS_DIR ${HOOKS_DIR})
   target_link_options(${test} PRIVATE -Wl,--disable-new-dtags,-rpath,.)
 endforeach()
 
 if(TARGET orb_log)
   foreach(test HostEnvironment_test HostPlatform_test)
-    target_compile_definitions(${test} PRIVATE HOST_LIBLOG="$<TARGET_FILE:orb_log>"
-      HOST_LIBCUTILS="$<TARGET_FILE:orb_cutils>" HOST_LIBDIAG="$<TARGET_FILE:orb_diag>")
+    orb_finds(${test} HOST_LIBLOG $<TARGET_FILE:orb_log> HOST_LIBCUTILS $<TARGET_FILE:orb_cutils>
+      HOST_LIBDIAG $<TARGET_FILE:orb_diag>)
     add_dependencies(${test} orb_log orb_cutils orb_diag)
   endforeach()
   foreach(test HostDiagControl_test HostDiagTool_test)
-    target_compile_definitions(${test} PRIVATE HOST_LIBDIAG="$<TARGET_FILE:orb_diag>")
+    orb_finds(${test} HOST_LIBDIAG $<TARGET_FILE:orb_diag>)
     add_dependencies(${test} orb_diag)
     orb_starts(${test} ORBDIAG orbdiag)
   endforeach()

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <stdlib.h>
+
+// For a test's own definition of a function of the C library: it has to promise what the
+// declaration does, and some C libraries promise that nothing is thrown.
+#ifdef __THROW
+#define ORB_C_FUNCTION __THROW
+#else
+#define ORB_C_FUNCTION
+#endif
