@@ -72,8 +72,12 @@
  *    callback may run before the function that asked for it has returned. The library holds no lock
  *    while a callback runs: a callback may call any function of this API, the disable function of
  *    its service included. No exception, longjmp or pthread_exit may leave a callback, and no
- *    thread of the library may be cancelled. Its stack is what the platform gives a thread: 128 KiB
- *    with musl, unless the program is linked otherwise.
+ *    thread of the library may be cancelled.
+ *
+ *    Stack: on a thread of the library a callback has 128 KiB for itself, besides what the functions
+ *    of this API take that it calls, and more where the platform gives more to any thread. A thread
+ *    of the application needs 32 KiB for a call of this API, and what a callback needs that runs on
+ *    it before the function returns.
  *
  * 4. Disable and destroy. The two names belong to two generations of one call, see each service.
  *      - They return within 500 ms even when the daemon is absent, silent, or not reading. On a

@@ -56,7 +56,7 @@ SdkClientBase::~SdkClientBase() = default;
 
 bool SdkClientBase::start(OrbSdkClientType type, std::shared_ptr<SdkClientEvent> event) {
   auto self = weak_from_this().lock();
-  std::thread worker;
+  Thread worker;
   const auto body = [this, self, life = mLife, type, event]() mutable {
     try {
       sdkThread(type, std::move(event));
@@ -67,7 +67,7 @@ bool SdkClientBase::start(OrbSdkClientType type, std::shared_ptr<SdkClientEvent>
     self.reset();
     life->end();
   };
-  if (!startThread(worker, "orb-sdk", body)) return false;
+  if (!startThread(worker, "orb-sdk", ThreadWork::Callbacks, body)) return false;
   worker.detach();
   mLife->awaitBegin();
   return mLife->begun();

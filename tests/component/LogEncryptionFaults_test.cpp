@@ -123,8 +123,8 @@ TEST_F(LogEncryptionFaultsTest, LimitOnFileSizesDropsTheRecordsOfAllThreads) {
     for (std::thread& writer : writers) writer.join();
     // A thread of the library's own blocks the signal and must not keep one waiting.
     bool waits = true;
-    std::thread own;
-    ASSERT_TRUE(startThread(own, "orb-test", [this, &waits] {
+    Thread own;
+    ASSERT_TRUE(startThread(own, "orb-test", ThreadWork::Library, [this, &waits] {
       say("lost");
       sigset_t pending;
       waits = sigpending(&pending) != 0 || sigismember(&pending, SIGXFSZ) != 0;

@@ -4,6 +4,7 @@
 // Encrypted log files byte for byte: the key with the openssl program, the records with another
 // implementation of the cipher.
 #include <set>
+#include <thread>
 
 #include "LogEncryptionFixture.h"
 #include "QuietThreads.h"

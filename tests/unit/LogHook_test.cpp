@@ -161,9 +161,9 @@ TEST_F(LogHookTest, MissingDecodeBufferKeepsWhatWasFound) {
 TEST_F(LogHookTest, ThreadsLetTheSignalThroughThatTheHookIsFor) {
   initWith("complete");
   sigset_t inside;
-  std::thread thread;
-  ASSERT_TRUE(
-      startThread(thread, "orb-test", [&] { pthread_sigmask(SIG_BLOCK, nullptr, &inside); }));
+  Thread thread;
+  ASSERT_TRUE(startThread(thread, "orb-test", ThreadWork::Library,
+                          [&] { pthread_sigmask(SIG_BLOCK, nullptr, &inside); }));
   thread.join();
   EXPECT_EQ(0, sigismember(&inside, SIGUSR1));
   EXPECT_EQ(1, sigismember(&inside, SIGUSR2));

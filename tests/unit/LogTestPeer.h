@@ -73,6 +73,10 @@ struct LogTestPeer {
   }
   // The mutex that every record takes, for a thread that is to be inside a log call for long.
   static Mutex& mutex() { return log().mutex; }
+  // Whether the calling thread is inside the log.
+  static bool isWriting() { return Log::Writer::isHere(); }
+  // The next record finds the present file full. For a thread that is inside the log.
+  static void fillFile() { log().recordsInFile = static_cast<int>(log().recordsPerFile) + 1; }
   static std::chrono::milliseconds timerInterval() { return log().timerInterval; }
   static void wakeTimer() { log().timerWake.notify_all(); }
   static Log::DumpRequestType takeRequest() {

@@ -47,8 +47,8 @@ class ProcessUtilsNoThreadTest : public testing::Test {
 };
 
 TEST_F(ProcessUtilsNoThreadTest, StartThreadSaysSoAndLeavesItsResultAlone) {
-  std::thread thread;
-  EXPECT_FALSE(startThread(thread, "orb-test", [] {}));
+  Thread thread;
+  EXPECT_FALSE(startThread(thread, "orb-test", ThreadWork::Library, [] {}));
   EXPECT_FALSE(thread.joinable());
   EXPECT_TRUE(recording::lines().empty());
   close(mPair.ours);

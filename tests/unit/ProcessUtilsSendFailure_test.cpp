@@ -90,8 +90,8 @@ TEST_F(ProcessUtilsSendFailureTest, SignalIsKeptFromApplicationThreadsOnly) {
   EXPECT_EQ(MSG_NOSIGNAL | MSG_DONTWAIT, sendFlags(MSG_DONTWAIT));
   int flags = -1;
   int flagsDontWait = -1;
-  std::thread library;
-  ASSERT_TRUE(startThread(library, "orb-test", [&] {
+  Thread library;
+  ASSERT_TRUE(startThread(library, "orb-test", ThreadWork::Library, [&] {
     flags = sendFlags();
     flagsDontWait = sendFlags(MSG_DONTWAIT);
     shutdown(mPair.peer, SHUT_RD);

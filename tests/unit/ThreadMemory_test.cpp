@@ -17,12 +17,12 @@ TEST(ThreadMemory, LackOfMemoryIsLackOfAThread) {
   std::array<char, 256> large{};  // no room for it in the function object itself
   large[0] = 1;
   bool started = true;
-  std::thread thread;
+  Thread thread;
   const size_t failed = memory::failEach(
       memory::Caller::Anybody,
       [&] {
-        started =
-            startThread(thread, "orb-a-name-of-22-chars", [held, large] { *held += large[0]; });
+        started = startThread(thread, "orb-a-name-of-22-chars", ThreadWork::Library,
+                              [held, large] { *held += large[0]; });
       },
       [&](size_t nth) {
         EXPECT_FALSE(started) << nth;
@@ -37,11 +37,11 @@ TEST(ThreadMemory, LackOfMemoryIsLackOfAThread) {
 }
 
 TEST(ThreadMemory, WithoutAnyMemoryThereIsNoThread) {
-  std::thread thread;
+  Thread thread;
   bool started = true;
   {
     const memory::NoMemory none;
-    started = startThread(thread, "orb-test", [] {});
+    started = startThread(thread, "orb-test", ThreadWork::Library, [] {});
   }
   EXPECT_FALSE(started);
   EXPECT_FALSE(thread.joinable());

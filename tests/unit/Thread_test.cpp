@@ -7,9 +7,11 @@
 #include <pthread.h>
 #include <signal.h>
 
+#include <future>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "RecordingPlatform.h"
 
@@ -22,8 +24,8 @@ class ThreadTest : public testing::Test {
   // Runs @p body to its end; what was logged meanwhile is of this one thread.
   template <class Body>
   static void run(const char* name, const Body& body) {
-    std::thread thread;
-    ASSERT_TRUE(startThread(thread, name, body));
+    Thread thread;
+    ASSERT_TRUE(startThread(thread, name, ThreadWork::Library, body));
     thread.join();
   }
   static void expectOneError(const std::string& text) {
@@ -62,6 +64,40 @@ TEST_F(ThreadTest, StarterKeepsItsOwnSignalMask) {
   }
 }
 
+size_t stackHere() {
+  pthread_attr_t attributes;
+  size_t size = 0;
+  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return 0;
+  pthread_attr_getstacksize(&attributes, &size);
+  pthread_attr_destroy(&attributes);
+  return size;
+}
+
+TEST_F(ThreadTest, StackIsLargeEnoughForItsWork) {
+  for (const ThreadWork work : {ThreadWork::Library, ThreadWork::Callbacks}) {
+    size_t size = 0;
+    Thread thread;
+    ASSERT_TRUE(startThread(thread, "orb-test", work, [&size] { size = stackHere(); }));
+    thread.join();
+    EXPECT_GE(size, orb::utils::stackFor(work));
+  }
+}
+
+// A program may have been linked or set up for larger ones.
+TEST_F(ThreadTest, CallbacksHaveNoLessThanThePlatformGives) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, size_t{3} << 20);
+  ASSERT_EQ(0, pthread_setattr_default_np(&attributes));
+  pthread_attr_destroy(&attributes);
+  size_t size = 0;
+  Thread thread;
+  ASSERT_TRUE(
+      startThread(thread, "orb-test", ThreadWork::Callbacks, [&size] { size = stackHere(); }));
+  thread.join();
+  EXPECT_GE(size, size_t{3} << 20);
+}
+
 TEST_F(ThreadTest, ExceptionEndsTheThreadWithALine) {
   run("orb-test", [] { throw std::runtime_error("a reason"); });
   expectOneError("thread orb-test ended: a reason");
@@ -70,6 +106,36 @@ TEST_F(ThreadTest, ExceptionEndsTheThreadWithALine) {
 TEST_F(ThreadTest, WhateverElseIsThrownEndsTheThreadWithALineToo) {
   run("orb-test", [] { throw 1; });
   expectOneError("thread orb-test ended by an exception");
+}
+
+TEST_F(ThreadTest, ThreadIsOnlyHereInItsBody) {
+  Thread thread;
+  bool before = thread.isHere();
+  std::promise<void> assigned;
+  bool inside = false;
+  ASSERT_TRUE(startThread(thread, "orb-test", ThreadWork::Library, [&] {
+    assigned.get_future().wait();
+    inside = thread.isHere();
+  }));
+  before = before || thread.isHere();
+  assigned.set_value();
+  thread.join();
+  EXPECT_FALSE(before);
+  EXPECT_TRUE(inside);
+  EXPECT_FALSE(thread.joinable());
+}
+
+TEST_F(ThreadTest, HandleMayMoveOn) {
+  Thread first;
+  bool ran = false;
+  ASSERT_TRUE(startThread(first, "orb-test", ThreadWork::Library, [&ran] { ran = true; }));
+  Thread second(std::move(first));
+  Thread third;
+  third = std::move(second);
+  EXPECT_FALSE(first.joinable());
+  EXPECT_FALSE(second.joinable());
+  third.join();
+  EXPECT_TRUE(ran);
 }
 
 TEST_F(ThreadTest, WhatTheBodyHoldsGoesWithTheThread) {

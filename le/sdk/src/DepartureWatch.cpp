@@ -2,8 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "DepartureWatch.h"
 
-#include <thread>
-
 #include "NeverDestroyed.h"
 #include "SdkClient.h"
 #include "Thread.h"
@@ -21,8 +19,8 @@ void DepartureWatch::add(const std::shared_ptr<SdkDeparture>& departure) {
     if (state().running) return;
     state().running = true;
   }
-  std::thread closer;
-  if (startThread(closer, "orb-closer", watch)) {
+  Thread closer;
+  if (startThread(closer, "orb-closer", ThreadWork::Library, watch)) {
     closer.detach();
   } else {
     abandonAll();

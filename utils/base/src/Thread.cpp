@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <exception>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -16,6 +17,7 @@ namespace {
 // Signals that tell a thread about its own fault must stay deliverable.
 constexpr int kUnblocked[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS};
 std::atomic<bool> userSignalTaken{false};
+constexpr std::size_t kNameSize = 15;  // what the kernel keeps
 thread_local bool tStartedHere = false;
 
 class BlockedSignals {
@@ -49,22 +51,79 @@ void runBody(const std::string& name, const std::function<void()>& body) noexcep
   }
 }
 
+// What a thread needs for its start; its own from then on.
+struct Start {
+  std::string name;
+  std::function<void()> body;
+};
+
+// Attributes of a thread with a stack for @p work.
+class Attributes {
+ public:
+  explicit Attributes(ThreadWork work) : mMade(pthread_attr_init(&mValue) == 0) {
+    mUsable = mMade && orb::utils::setStackSize(mValue, work);
+  }
+  ~Attributes() {
+    if (mMade) pthread_attr_destroy(&mValue);
+  }
+  Attributes(const Attributes&) = delete;
+  Attributes& operator=(const Attributes&) = delete;
+
+  // Null when there are none.
+  const pthread_attr_t* get() const { return mUsable ? &mValue : nullptr; }
+
+ private:
+  pthread_attr_t mValue;
+  bool mMade;
+  bool mUsable;
+};
+
+// What the thread shared goes with the thread, not with its handle.
+extern "C" void* orbThreadMain(void* data) {
+  const std::unique_ptr<Start> start(static_cast<Start*>(data));
+  runBody(start->name, start->body);
+  return nullptr;
+}
+
 }  // namespace
+
+Thread::~Thread() {
+  if (mJoinable) std::terminate();
+}
+
+Thread& Thread::operator=(Thread&& other) noexcept {
+  if (mJoinable) std::terminate();
+  swap(other);
+  return *this;
+}
+
+void Thread::join() {
+  pthread_join(mId, nullptr);
+  mJoinable = false;
+}
+
+void Thread::detach() {
+  pthread_detach(mId);
+  mJoinable = false;
+}
 
 bool isLibraryThread() { return tStartedHere; }
 
 void letThreadsTakeUserSignal() { userSignalTaken = true; }
 
-bool orb::utils::startThreadWith(std::thread& out, const char* name, std::function<void()> body) {
+bool Thread::start(const char* name, ThreadWork work, std::function<void()> body) {
+  if (mJoinable) std::terminate();
   const BlockedSignals inherited;  // the new thread starts with the mask of its creator
   try {
-    std::string shortName = std::string(name).substr(0, 15);
-    out = std::thread([shortName = std::move(shortName), body = std::move(body)]() mutable {
-      runBody(shortName, body);
-      body = nullptr;  // what the thread shared goes with the thread, not with its handle
-    });
+    auto start =
+        std::make_unique<Start>(Start{std::string(name).substr(0, kNameSize), std::move(body)});
+    const Attributes attributes(work);
+    if (attributes.get() == nullptr) return false;
+    if (pthread_create(&mId, attributes.get(), orbThreadMain, start.get()) != 0) return false;
+    start.release();
   } catch (const std::exception&) {
     return false;
   }
+  mJoinable = true;
   return true;
 }

@@ -13,7 +13,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include "GcmCipher.h"
@@ -22,6 +21,7 @@
 #include "Mutex.h"
 #include "Process.h"
 #include "Semaphore.h"
+#include "Thread.h"
 #include "ThreadSafeQueue.h"
 
 // The log of the process, front end of the IPC and process layers: every line goes to the platform
@@ -139,7 +139,7 @@ class Log {
   static bool resolve(void* library, const char* symbol, std::atomic<Function>& pointer);
   static void eintrTestHandler(int signalNumber);
   void startThreads();
-  static void stop(std::unique_ptr<std::thread>& thread, bool waitsForCaller);
+  static void stop(std::unique_ptr<Thread>& thread, bool waitsForCaller);
 
   void writeRecord(int level, const LogLine& line);
   // One request that waits is enough: the dump that it leads to takes whatever is queued by then.
@@ -214,8 +214,8 @@ class Log {
   bool initialised ORB_GUARDED_BY(lifecycleMutex) = false;
   bool changing ORB_GUARDED_BY(lifecycleMutex) =
       false;  // an init() or release() is under way and owns the thread members
-  std::unique_ptr<std::thread> dumperThread;
-  std::unique_ptr<std::thread> timerThread;
+  std::unique_ptr<Thread> dumperThread;
+  std::unique_ptr<Thread> timerThread;
   std::shared_ptr<Semaphore> dumperEnded;  // of the present dumper
   std::atomic<bool> exiting{false};
 

@@ -139,8 +139,8 @@ void Log::removeOldFiles(std::map<int64_t, std::string> files, time_t now) const
   if (files.empty()) return;
   const std::shared_ptr<const OldFiles> old(
       new OldFiles{descriptorOf(getLogFilePath()), std::move(files), now});
-  std::thread remover;
-  if (startThread(remover, "orb-log-remove", [old] { old->remove(); })) {
+  Thread remover;
+  if (startThread(remover, "orb-log-remove", ThreadWork::Library, [old] { old->remove(); })) {
     remover.detach();
   } else {
     old->remove();

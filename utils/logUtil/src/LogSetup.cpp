@@ -123,9 +123,9 @@ void Log::release() {
   changing = false;
 }
 
-void Log::stop(std::unique_ptr<std::thread>& thread, bool waitsForCaller) {
+void Log::stop(std::unique_ptr<Thread>& thread, bool waitsForCaller) {
   if (thread == nullptr) return;
-  if (waitsForCaller || thread->get_id() == std::this_thread::get_id()) {
+  if (waitsForCaller || thread->isHere()) {
     thread->detach();
   } else {
     thread->join();
@@ -209,14 +209,14 @@ void Log::startThreads() {
   dumpRequests.begin();
   const auto ended = std::make_shared<Semaphore>();
   dumperEnded = ended;
-  auto dumperHandle = std::make_unique<std::thread>();
-  auto timerHandle = std::make_unique<std::thread>();
-  if (startThread(*dumperHandle, "orb-log-dump", [this, ended] {
+  auto dumperHandle = std::make_unique<Thread>();
+  auto timerHandle = std::make_unique<Thread>();
+  if (startThread(*dumperHandle, "orb-log-dump", ThreadWork::Library, [this, ended] {
         dumper();
         ended->increase();
       }))
     dumperThread = std::move(dumperHandle);
-  if (startThread(*timerHandle, "orb-log-timer", [this] { timerLoop(); }))
+  if (startThread(*timerHandle, "orb-log-timer", ThreadWork::Library, [this] { timerLoop(); }))
     timerThread = std::move(timerHandle);
 }
 

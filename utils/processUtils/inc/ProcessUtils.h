@@ -6,12 +6,12 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "IpcFrame.h"
 #include "Mutex.h"
 #include "ProcessHandler.h"
+#include "Thread.h"
 #include "UniqueFd.h"
 
 // Registered sockets of the process and their receiver threads. One per process, made on first use
@@ -29,8 +29,7 @@ struct ProcessUtilsGlobals {
   bool mRegistrationOpen ORB_GUARDED_BY(mLock) = true;
   std::string mProcessName ORB_GUARDED_BY(mLock) = "UNKNOWN";
   uint64_t mProcessId ORB_GUARDED_BY(mLock) = ~uint64_t{0};
-  std::map<Key, std::thread> mReceiverThreads
-      ORB_GUARDED_BY(mLock);  // every stored thread is detached
+  std::map<Key, Thread> mReceiverThreads ORB_GUARDED_BY(mLock);  // every stored thread is detached
   std::map<Key, SharedSocket> mSockets ORB_GUARDED_BY(mLock);
 };
 

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <thread>
 #include <unordered_map>
 #include <vector>
 
@@ -15,6 +14,7 @@
 #include "OrbIpcConnection.h"
 #include "OrbIpcMessage.h"
 #include "ProcessUtils.h"
+#include "Thread.h"
 
 // How a message id is received: built from the payload, then handled. Both must be set.
 struct IpcMsgConstructorHandlerPair_t {
@@ -117,7 +117,7 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   const ProcessId mPeer;
   std::unordered_map<unsigned int, IpcMsgConstructorHandlerPair_t> mRegistry;
   RawMessageHandler mRawMessageHandler;
-  std::unique_ptr<std::thread> mHandlerThread;
+  std::unique_ptr<Thread> mHandlerThread;
 
   // Written under mStateLock, read without.
   std::atomic<bool> mConnected{false};

@@ -21,8 +21,8 @@ OrbIpcSession::OrbIpcSession(int sockFd, unsigned int sessionId, ProcessId own, 
   }
   if (!ownThread) return;
   setRunning();
-  mHandlerThread = std::make_unique<std::thread>();
-  if (!startThread(*mHandlerThread, "orb-ipc", [this] { threadFunc(); })) {
+  mHandlerThread = std::make_unique<Thread>();
+  if (!startThread(*mHandlerThread, "orb-ipc", ThreadWork::Callbacks, [this] { threadFunc(); })) {
     mHandlerThread.reset();
     stop();  // without the thread every message is handled where it is posted
   }
@@ -36,7 +36,7 @@ OrbIpcSession::~OrbIpcSession() {
 void OrbIpcSession::stopHandlerThread() {
   if (!mHandlerThread) return;
   stop();
-  if (mHandlerThread->get_id() == std::this_thread::get_id()) {
+  if (mHandlerThread->isHere()) {
     mHandlerThread->detach();
   } else {
     mHandlerThread->join();

@@ -49,12 +49,12 @@ struct ReleaseAtExit {
   }
 };
 
-bool startReceiver(std::thread& thread, const SharedSocket& socket, HandlerRef handler) {
+bool startReceiver(Thread& thread, const SharedSocket& socket, HandlerRef handler) {
   // Both are moved out of the thread's function: what is left there must not keep the socket open.
   auto body = [socket = SharedSocket(socket), handler = std::move(handler)]() mutable {
     receiveFrames(std::move(socket), std::move(handler));
   };
-  if (!startThread(thread, "orb-receiver", std::move(body))) {
+  if (!startThread(thread, "orb-receiver", ThreadWork::Callbacks, std::move(body))) {
     return false;
   }
   thread.detach();
@@ -82,7 +82,7 @@ bool registerLocked(Globals& globals, const Globals::Key& key, SharedSocket sock
   try {
     // Places first: from its start on the receiver needs them.
     SharedSocket& place = globals.mSockets[key];
-    std::thread& thread = globals.mReceiverThreads[key];
+    Thread& thread = globals.mReceiverThreads[key];
     started = startReceiver(thread, socket, std::move(handler));
     if (started) displaced = std::exchange(place, std::move(socket));
   } catch (const std::bad_alloc&) {
