@@ -53,6 +53,9 @@ build_libcrypto() {
 
 build_protobuf() {
   unpack_source protobuf
+  # Sections, so that functions which nobody calls do not bring the C++ runtime's streams and locales
+  # into the library.
+  local target_flags="$target_flags -ffunction-sections -fdata-sections -mbranch-protection=standard"
   cross_cmake "$cache/work/protobuf" "$cache/work/protobuf/out" -Dprotobuf_BUILD_TESTS=OFF \
     -Dprotobuf_BUILD_PROTOC_BINARIES=OFF -Dprotobuf_BUILD_LIBPROTOC=OFF -Dprotobuf_WITH_ZLIB=OFF \
     -Dprotobuf_BUILD_SHARED_LIBS=OFF
