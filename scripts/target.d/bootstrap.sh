@@ -80,7 +80,7 @@ all_steps() {
   step sources "${debian_sources[*]}" fetch_debian
   versions="zig $zig_version, $(downloaded_versions)"
   how=$(declare -f wrapper configured cross_cmake pc_file | cksum)
-  step tools "$versions $how" make_wrappers make_sysroot
+  step tools "$versions $how" make_wrappers make_helpers
   # Two at a time: a configure script has one process only.
   (
     step libgpg-error "$versions $how" build_gpg_error
@@ -94,6 +94,7 @@ all_steps() {
   ) || status=$?
   wait "$others" || status=$?
   ((status == 0)) || exit "$status"
+  step sysroot "$versions $(<"$cache/stamp/tools") $(<"$cache/stamp/libcrypto")" make_sysroot
   step smoke "$versions $(protoc --version) $(cat "$repository"/cmake/toolchain/* | cksum)" smoke_test
   rm -rf "$cache/work"
   if [[ ! -f $cache/versions || $(<"$cache/versions") != "$versions" ]]; then

@@ -45,6 +45,17 @@ make_wrappers() {
     'exec qemu-aarch64-static "$@"'
 }
 
+make_helpers() {
+  # See CMAKE_EXE_LINKER_FLAGS_INIT in the toolchain file.
+  : >"$cache/work/empty.c"
+  "$cache/bin/$triple-cc" -shared -fPIC -s -Wl,-soname,libforce-dynamic.so "$cache/work/empty.c" \
+    -o "$cache/lib/libforce-dynamic.so"
+  # Starts only where target programs do.
+  echo 'int main(void) { return 0; }' >"$cache/work/true.c"
+  "$cache/bin/$triple-cc" -fPIE -pie -s "$cache/work/true.c" "$cache/lib/libforce-dynamic.so" \
+    -o "$cache/bin/$triple-true"
+}
+
 make_sysroot() {
   local package
   package=$(downloaded 'musl_*.deb')
@@ -53,15 +64,7 @@ make_sysroot() {
   dpkg-deb -x "$package" "$cache/sysroot"
   rm -rf "$cache/sysroot/usr/share" "$cache/sysroot/usr/bin"
   [[ -x $cache/sysroot/lib/ld-musl-aarch64.so.1 ]]
-  # See CMAKE_EXE_LINKER_FLAGS_INIT in the toolchain file.
-  : >"$cache/work/empty.c"
-  "$cache/bin/$triple-cc" -shared -fPIC -s -Wl,-soname,libforce-dynamic.so "$cache/work/empty.c" \
-    -o "$cache/lib/libforce-dynamic.so"
-  cp "$cache/lib/libforce-dynamic.so" "$cache/sysroot/usr/lib/$triple/"
-  # Starts only where target programs do.
-  echo 'int main(void) { return 0; }' >"$cache/work/true.c"
-  "$cache/bin/$triple-cc" -fPIE -pie -s "$cache/work/true.c" "$cache/lib/libforce-dynamic.so" \
-    -o "$cache/bin/$triple-true"
+  cp "$cache"/lib/{libforce-dynamic.so,libcrypto.so.3} "$cache/sysroot/usr/lib/$triple/"
 }
 
 # One small program that has to do with every part.

@@ -24,8 +24,8 @@ in_namespace() {
     mount -t binfmt_misc none "$folder"
     printf "%s" "$1" >"$folder/register"
     shift
-    # No capability goes along: what root may do and a user may not is no part of a test.
-    exec setpriv --inh-caps -all --ambient-caps -all --bounding-set -all "$@"' - \
+    # A user gives the capabilities back that the mount took. Root has its own here as outside.
+    exec setpriv --ambient-caps -all --inh-caps -all "$@"' - \
     "$(binfmt_entry)" "$@"
 }
 

@@ -47,7 +47,6 @@ build_libcrypto() {
   make -j"$jobs" build_generated libcrypto.so
   cp ../include/openssl/*.h include/openssl/*.h "$cache/include/openssl/"
   cp -P libcrypto.so libcrypto.so.3 "$cache/lib/"
-  cp libcrypto.so.3 "$cache/sysroot/usr/lib/$triple/"
   pc_file libcrypto "$(source_version openssl)" -lcrypto
 }
 

@@ -15,3 +15,8 @@ inline std::string built(const char* path) {
   if (moved == nullptr || std::strncmp(path, ORB_BUILD, kBuild) != 0) return path;
   return std::string(moved) + (path + kBuild);
 }
+
+// Whether programs of the build are started by scripts that put an emulator in front of them.
+inline bool startedByScript() {
+  return ORB_STARTED_BY_SCRIPT != 0 && std::getenv("ORB_TEST_FILES") == nullptr;
+}

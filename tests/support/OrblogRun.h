@@ -92,6 +92,10 @@ class Orblog {
     for (int fd = STDERR_FILENO + 1; fd < 1024; ++fd) close(fd);
     rlimit limit = {};
     limit.rlim_cur = limit.rlim_max = static_cast<rlim_t>(STDERR_FILENO + 1 + count);
+    if (startedByScript()) {
+      setenv("ORB_STARTED_DESCRIPTORS", std::to_string(limit.rlim_cur).c_str(), 1);
+      return;
+    }
     if (setrlimit(RLIMIT_NOFILE, &limit) != 0) _exit(127);
   }
 

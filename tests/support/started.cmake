@@ -5,6 +5,7 @@
 # orb_started(RESULT TARGET): the path by which a target's program is started. In a build for another
 # processor that is a script which puts the emulator before it and keeps its own name as the program's,
 # so that one that starts itself anew gets there, too. The kernel need not know of the emulator then.
+# ORB_STARTED_DESCRIPTORS is the program's limit of descriptors; a shell has no use for a low one.
 function(orb_started RESULT TARGET)
   if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
     set(${RESULT} $<TARGET_FILE:${TARGET}> PARENT_SCOPE)
@@ -16,7 +17,10 @@ function(orb_started RESULT TARGET)
     set_property(GLOBAL PROPERTY ORB_STARTED_${TARGET} ON)
     list(JOIN CMAKE_CROSSCOMPILING_EMULATOR "' '" emulator)
     file(GENERATE OUTPUT ${script} CONTENT
-      "#!/bin/sh\nORB_STARTED_AS=$0 exec '${emulator}' '$<TARGET_FILE:${TARGET}>' \"$@\"\n"
+      "#!/bin/sh
+[ -z \"$ORB_STARTED_DESCRIPTORS\" ] || ulimit -n \"$ORB_STARTED_DESCRIPTORS\"
+ORB_STARTED_AS=$0 exec '${emulator}' '$<TARGET_FILE:${TARGET}>' \"$@\"
+"
       FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
       WORLD_READ WORLD_EXECUTE)
   endif()
@@ -26,7 +30,8 @@ endfunction()
 # orb_finds(TARGET DEFINITION PATH...): TARGET finds in DEFINITION where a file of the build is, and
 # passes that through built() of support/Built.h, as tests may be carried elsewhere.
 function(orb_finds TARGET)
-  set(definitions ORB_BUILD="${PROJECT_BINARY_DIR}")
+  set(definitions ORB_BUILD="${PROJECT_BINARY_DIR}"
+    ORB_STARTED_BY_SCRIPT=$<BOOL:${CMAKE_CROSSCOMPILING_EMULATOR}>)
   while(ARGN)
     list(POP_FRONT ARGN definition path)
     list(APPEND definitions ${definition}="${path}")

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 // An application that changes its environment all the while and uses all services, with the
-// platform's stand-ins and every record wanted. Takes the number of changes; ends with kExpected,
-// or with 1 when a call was refused.
+// platform's stand-ins and every record wanted. With a C library that looks at the environment for
+// every local time it changes it while no service is enabled, as sdl.h wants. Takes the number of
+// changes; ends with kExpected, or with 1 when a call was refused.
 #include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
+#include <ctime>
 #include <string>
 #include <thread>
 
@@ -26,6 +28,18 @@ void change(int round) {
   for (int i = 0; i < kVariables; ++i) unsetenv(("STORM_" + std::to_string(i)).c_str());
 }
 
+// Whether another TZ counts without a tzset().
+bool localTimeReadsEnvironment() {
+  const time_t noon = 43200;
+  tm local = {};
+  setenv("TZ", "UTC0", 1);
+  tzset();
+  localtime_r(&noon, &local);
+  setenv("TZ", "AAA-1", 1);
+  localtime_r(&noon, &local);
+  return local.tm_hour != 12;
+}
+
 bool useServices() {
   const bool enabled = enableEach() && askForReports();
   Traffic::get().awaitMore(process_end::kTraffic);
@@ -39,6 +53,13 @@ int main(int argc, char** argv) {
   alarm(process_end::kAlarmSeconds);
   // The first enable sets the log up, which is when the environment is read.
   bool good = useServices();
+  if (localTimeReadsEnvironment()) {
+    constexpr int kAtATime = 100;
+    for (int round = 0; round < rounds; good = useServices() && good) {
+      for (int i = 0; i < kAtATime; ++i) change(round++);
+    }
+    return good ? process_end::kExpected : 1;
+  }
   std::atomic<bool> done{false};
   std::thread storm([&done, rounds] {
     for (int round = 0; round < rounds; ++round) change(round);

@@ -17,6 +17,14 @@ namespace {
 constexpr unsigned kSlack = 2;  // runs differ a little in how many calls they make
 constexpr size_t kPrintedLine = 150;
 
+// A C++ runtime that the library has inside makes calls that cannot be told from the library's.
+// That of LLVM ends the process when a clock fails, which no kernel's does.
+#ifdef ORB_CXX_RUNTIME_INSIDE
+constexpr bool kRuntimeInside = true;
+#else
+constexpr bool kRuntimeInside = false;
+#endif
+
 // Failures that last come from a resource that has run out.
 bool mayLast(Call call) {
   switch (call) {
@@ -100,6 +108,7 @@ bool Campaign::runScenario(const Scenario& scenario) {
 std::vector<Fault> Campaign::planOf(const Scenario& scenario, const Baseline& baseline) const {
   std::vector<std::vector<Fault>> groups;
   for (const Call call : scenario.calls) {
+    if (call == Call::ClockGettime && kRuntimeInside) continue;
     if (!mSettings.call.empty() && mSettings.call != nameOf(call)) continue;
     const unsigned reached = baseline.reached[static_cast<size_t>(call)];
     if (reached == 0) continue;
