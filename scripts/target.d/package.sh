@@ -27,6 +27,8 @@ make_package() {
   mv "$stage/build/examples" "$stage/examples"
   find "$stage/examples" "$stage/build" -type f -perm -u+x -exec "$cache/bin/$triple-strip" {} +
   cp -R "$repository/tests/fuzz/corpus" "$stage/build/tests/fuzz/"
+  mkdir -p "$stage/build/tests/golden"
+  cp "$repository"/tests/golden/*.{hex,txt,pem} "$stage/build/tests/golden/"
   cp "$repository/tests/device/run-tests" "$repository/LICENSE" "$stage/"
   # Shared libraries and started programs are there once.
   (cd "$build" && find . -name 'lib*.so*' -path './platform/*' -o -name 'libOrbSdlSdk.so*') |
