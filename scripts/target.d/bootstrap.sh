@@ -81,7 +81,8 @@ all_steps() {
   versions="zig $zig_version, $(downloaded_versions)"
   how=$(declare -f wrapper configured cross_cmake pc_file | cksum)
   step tools "$versions $how" make_wrappers make_helpers
-  # Two at a time: a configure script has one process only.
+  # Two at a time: a configure script has one process only. Both in the background: in a list whose
+  # status is asked for, a step would go on after an error.
   (
     step libgpg-error "$versions $how" build_gpg_error
     step libgcrypt "$versions $how" build_gcrypt
@@ -91,7 +92,8 @@ all_steps() {
     step libcrypto "$versions $how" build_libcrypto
     step protobuf-lite "$versions $how" build_protobuf
     step googletest "$versions $how" build_googletest
-  ) || status=$?
+  ) &
+  wait $! || status=$?
   wait "$others" || status=$?
   ((status == 0)) || exit "$status"
   step sysroot "$versions $(<"$cache/stamp/tools") $(<"$cache/stamp/libcrypto")" make_sysroot

@@ -57,7 +57,9 @@ private_apt() {
   : >"$apt/state/status"
   codename=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
   for file in /etc/apt/sources.list.d/*.sources; do
-    grep -qs 'debian-archive-keyring' "$file" || continue
+    [[ -f $file ]] || continue
+    # Others than Debian have no such packages, and sign with keys of their own.
+    ! grep -qi '^Signed-By:' "$file" || grep -q 'debian-archive-keyring' "$file" || continue
     sed -e 's/^Types:.*/Types: deb deb-src/' -e '/^Architectures:/d' "$file" >"$apt/new"
     # Two files that differed in what is switched on are alike now.
     for seen in "$apt/sources"/*.sources; do
@@ -65,10 +67,11 @@ private_apt() {
     done
     mv "$apt/new" "$apt/sources/$(basename "$file")"
   done
-  # The old kind of file. Others than Debian have no such packages.
+  # The old kind of file.
   for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
     [[ -f $file ]] || continue
-    sed -nE "s/^deb(-src)?[[:space:]]+(\[[^]]*\][[:space:]]+)?([^[:space:]]+[[:space:]]+${codename}[-a-z/]*[[:space:]].*)/deb \3\ndeb-src \3/p" "$file"
+    awk '!/signed-by=/ || /debian-archive-keyring/' "$file" |
+      sed -nE "s/^deb(-src)?[[:space:]]+(\[[^]]*\][[:space:]]+)?([^[:space:]]+[[:space:]]+${codename}[-a-z/]*[[:space:]].*)/deb \3\ndeb-src \3/p"
   done | sort -u >"$apt/sources/old-style.list"
   cat "$apt/sources"/* | grep -q . || unfetchable "this machine's apt knows no Debian archive"
   cat >"$APT_CONFIG" <<CONF
@@ -102,17 +105,22 @@ keep_download() { # keep_download FILE SHA256
 
 # fetch_source NAME: the upstream archive of a source package. Debian's own changes concern its packaging.
 # The index may name a version of which a file is missing, so what counts is the archive, and every
-# version that the index offers is tried, the newest first. Its checksum is in the signed index.
+# version that the index offers is tried, the newest first. Of protobuf only that of this machine's
+# protoc will do. Its checksum is in the signed index.
 fetch_source() {
-  local name=$1 version versions file sum records
+  local name=$1 version versions wanted file sum records
   ! downloaded "${name}_*.orig.tar.?z*" || return 0
   rm -f "$cache/download/${name}"_*
   private_apt
   rm -rf "$cache/work/fetch"
   mkdir -p "$cache/work/fetch"
   cd "$cache/work/fetch"
-  records=$(apt-cache showsrc --only-source "$name")
+  records=$(apt-cache showsrc --only-source "$name") || unfetchable "Debian's archive has no source of $name"
   mapfile -t versions < <(awk '/^Version:/ {print $2}' <<<"$records" | sort -urV)
+  if [[ $name == protobuf ]]; then
+    wanted=$(protoc --version | awk '{print $2}')
+    mapfile -t versions < <(printf '%s\n' "${versions[@]}" | grep -F -- "$wanted-")
+  fi
   for version in "${versions[@]}"; do
     echo "trying $name $version"
     # Its status is that of the worst file.

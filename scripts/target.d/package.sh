@@ -31,7 +31,7 @@ make_package() {
   cp "$repository"/tests/golden/*.{hex,txt,pem} "$stage/build/tests/golden/"
   cp "$repository/tests/device/run-tests" "$repository/LICENSE" "$stage/"
   # Shared libraries and started programs are there once.
-  (cd "$build" && find . -name 'lib*.so*' -path './platform/*' -o -name 'libOrbSdlSdk.so*') |
+  (cd "$build" && find . -maxdepth 1 -name 'libOrbSdlSdk.so*'; find platform/host -name 'lib*.so*') |
     while read -r file; do
       mkdir -p "$stage/build/$(dirname "$file")"
       ln -sf "$(realpath -m --relative-to="$stage/build/$(dirname "$file")" \
