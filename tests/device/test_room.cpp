@@ -51,9 +51,10 @@ bool isWithin(const fs::path& path, const fs::path& room) {
 bool takePrivateRooms() {
   const char* const files = std::getenv("ORB_TEST_FILES");
   const fs::path tests = files != nullptr ? fs::path(files).parent_path() : fs::path();
-  const int opened = open(tests.c_str(), O_PATH | O_CLOEXEC);
   if (unshare(CLONE_NEWNS) != 0) return false;
   if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return false;
+  // Only what was opened in these mounts can be mounted again in them.
+  const int opened = open(tests.c_str(), O_PATH | O_CLOEXEC);
   for (const char* room : kRooms) {
     if (mount("tmpfs", room, "tmpfs", 0, "mode=1777") != 0) refuse(std::string("no ") + room);
     if (opened < 0 || !isWithin(tests, room)) continue;
