@@ -47,10 +47,16 @@ if(NOT ORB_TARGET_UBSAN_TRAP)
   endforeach()
 endif()
 
+# Stripped: the C++ runtime that goes into each has debug information, whatever is asked for, which
+# names folders of the build machine and is nine tenths of the size.
+foreach(kind EXE SHARED MODULE)
+  set(CMAKE_${kind}_LINKER_FLAGS_INIT "-s")
+endforeach()
+
 # The linker makes a program static unless one of its inputs is a shared library, and in a static musl
 # program every dlopen() fails. So each gets one, which is empty.
-set(CMAKE_EXE_LINKER_FLAGS_INIT
-    "-Wl,--as-needed ${ORB_TARGET_CACHE}/lib/libforce-dynamic.so -Wl,--no-as-needed")
+string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT
+  " -Wl,--as-needed ${ORB_TARGET_CACHE}/lib/libforce-dynamic.so -Wl,--no-as-needed")
 
 # A dynamic program of code without optimisation that may not be moved crashes before main().
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)

@@ -37,12 +37,14 @@ make_wrappers() {
   wrapper strip 'for file; do' '  case $file in -*) continue ;; esac' \
     '  "$cache/zig/zig" objcopy --strip-all "$file" "$file.stripped" &&' \
     '    cat "$file.stripped" >"$file" && rm "$file.stripped" || exit 1' 'done'
-  # ORB_STARTED_AS is what the program is to know itself by. Tests see in ORB_EMULATED what they cannot
-  # measure. No core files: the emulator writes one of its own for each program that aborts on purpose.
+  # ORB_STARTED_AS is what the program is to know itself by, ORB_STARTED_DESCRIPTORS its limit of them.
+  # Tests see in ORB_EMULATED what they cannot measure. No core files: the emulator writes one of its
+  # own for each program that aborts on purpose.
   # shellcheck disable=SC2016
   wrapper run 'if [ -n "${ORB_STARTED_AS-}" ]; then set -- -0 "$ORB_STARTED_AS" "$@"; fi' \
-    'unset ORB_STARTED_AS' 'export QEMU_LD_PREFIX="$cache/sysroot" ORB_EMULATED=1' 'ulimit -c 0' \
-    'exec qemu-aarch64-static "$@"'
+    'limit=${ORB_STARTED_DESCRIPTORS-}' 'unset ORB_STARTED_AS ORB_STARTED_DESCRIPTORS' \
+    'export QEMU_LD_PREFIX="$cache/sysroot" ORB_EMULATED=1' 'ulimit -c 0' \
+    '[ -z "$limit" ] || ulimit -n "$limit"' 'exec qemu-aarch64-static "$@"'
 }
 
 make_helpers() {

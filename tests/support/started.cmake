@@ -5,7 +5,7 @@
 # orb_started(RESULT TARGET): the path by which a target's program is started. In a build for another
 # processor that is a script which puts the emulator before it and keeps its own name as the program's,
 # so that one that starts itself anew gets there, too. The kernel need not know of the emulator then.
-# ORB_STARTED_DESCRIPTORS is the program's limit of descriptors; a shell has no use for a low one.
+# The emulator limits the program's descriptors to ORB_STARTED_DESCRIPTORS, as no shell could start then.
 function(orb_started RESULT TARGET)
   if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
     set(${RESULT} $<TARGET_FILE:${TARGET}> PARENT_SCOPE)
@@ -17,10 +17,7 @@ function(orb_started RESULT TARGET)
     set_property(GLOBAL PROPERTY ORB_STARTED_${TARGET} ON)
     list(JOIN CMAKE_CROSSCOMPILING_EMULATOR "' '" emulator)
     file(GENERATE OUTPUT ${script} CONTENT
-      "#!/bin/sh
-[ -z \"$ORB_STARTED_DESCRIPTORS\" ] || ulimit -n \"$ORB_STARTED_DESCRIPTORS\"
-ORB_STARTED_AS=$0 exec '${emulator}' '$<TARGET_FILE:${TARGET}>' \"$@\"
-"
+      "#!/bin/sh\nORB_STARTED_AS=$0 exec '${emulator}' '$<TARGET_FILE:${TARGET}>' \"$@\"\n"
       FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
       WORLD_READ WORLD_EXECUTE)
   endif()
