@@ -4,7 +4,6 @@
 
 #include <dirent.h>
 #include <orb/sdl.h>
-#include <sched.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -13,6 +12,8 @@
 #include <functional>
 #include <mutex>
 #include <vector>
+
+#include "ComesTo.h"
 
 // What an application does with plain C callbacks: state of its own behind a lock. Every callback
 // is recorded with its thread; a test may hang an action on the next one, which then runs inside
@@ -118,15 +119,6 @@ inline size_t entries(const char* directory) {
 inline size_t descriptors() { return entries("/proc/self/fd"); }
 inline size_t threads() { return entries("/proc/self/task"); }
 
-// A thread that has done its last step still stands in the process's list for a moment, and nothing
-// signals the end of that.
-inline bool comesTo(const std::function<bool()>& condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    sched_yield();
-  }
-  return true;
-}
+using ::comesTo;
 
 }  // namespace application
