@@ -225,14 +225,14 @@ TEST_F(HostDiagToolTest, WrongUseIsNamedInOneLine) {
     const char* arguments;
     const char* message;
   } kCases[] = {
-      {"", "nothing to do"},
+      {"", "no command given"},
       {"on", "no socket: give --socket or ORB_DIAG_SOCKET"},
-      {"start", "unknown request: start"},
+      {"start", "no such command or option: start"},
       {"on off", "unexpected argument: off"},
-      {"command", "command needs a payload"},
+      {"command", "HEX is required"},
       {"command 00 11", "unexpected argument: 11"},
-      {"command 0", "not a payload of at most 65535 bytes in hexadecimal: 0"},
-      {"command 0x00", "not a payload of at most 65535 bytes in hexadecimal: 0x00"},
+      {"command 0", "HEX: not a payload of at most 65535 bytes in hexadecimal: 0"},
+      {"command 0x00", "HEX: not a payload of at most 65535 bytes in hexadecimal: 0x00"},
       {"on -s /tmp/x.%p", "which program? Give --socket with its process id for %p"},
       {"on -s /$(printf %0200d 0)", "the socket's path is too long"},
   };
@@ -240,7 +240,9 @@ TEST_F(HostDiagToolTest, WrongUseIsNamedInOneLine) {
     const Outcome outcome = orbdiag(c.arguments);
     EXPECT_EQ(2, outcome.status) << c.arguments;
     EXPECT_EQ("", outcome.out);
-    EXPECT_EQ(std::string("orbdiag: ") + c.message + "; try --help\n", outcome.err);
+    const std::string request = std::string(c.arguments).substr(0, strcspn(c.arguments, " "));
+    const std::string tool = request == "" || request == "start" ? "orbdiag" : "orbdiag " + request;
+    EXPECT_EQ(tool + ": " + c.message + "; try '" + tool + " --help'\n", outcome.err);
   }
   EXPECT_EQ(2, orbdiag("--unknown").status);
 }
@@ -254,7 +256,14 @@ TEST_F(HostDiagToolTest, AbsentProgramIsToldByItsSocket) {
 TEST_F(HostDiagToolTest, HelpGoesToStandardOutput) {
   const Outcome outcome = orbdiag("--help");
   EXPECT_EQ(0, outcome.status);
-  EXPECT_EQ(0u, outcome.out.find("Usage: orbdiag [OPTIONS] on|off|status\n"));
+  EXPECT_EQ(0u, outcome.out.find("Usage: orbdiag [OPTIONS] COMMAND\n"));
+  EXPECT_EQ("", outcome.err);
+}
+
+TEST_F(HostDiagToolTest, VersionGoesToStandardOutput) {
+  const Outcome outcome = orbdiag("--version");
+  EXPECT_EQ(0, outcome.status);
+  EXPECT_EQ(0u, outcome.out.find("orbdiag 1."));
   EXPECT_EQ("", outcome.err);
 }
 

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "orbtool/Run.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <new>
+
+namespace orbtool {
+namespace {
+
+int fail(const char* name, const char* reason) {
+  std::fprintf(stderr, "%s: %s\n", name, reason);
+  return kExitFailed;
+}
+
+int runGuarded(const char* name, const std::function<int()>& body) {
+  try {
+    return body();
+  } catch (const std::bad_alloc&) {
+    return fail(name, "out of memory");
+  } catch (const std::exception& error) {
+    return fail(name, error.what());
+  }
+}
+
+}  // namespace
+
+int runTool(const char* name, const std::function<int()>& body) {
+  const int status = runGuarded(name, body);
+  errno = 0;
+  const bool failedBefore = std::ferror(stdout) != 0;
+  const bool written = std::fflush(stdout) == 0 && !failedBefore;
+  // Nobody reads what an application with a closed output prints.
+  if (written || errno == EBADF || errno == EPIPE) return status;
+  std::fprintf(stderr, "%s: standard output: %s\n", name,
+               errno != 0 ? std::strerror(errno) : "write error");
+  return status == kExitDone ? kExitFailed : status;
+}
+
+}  // namespace orbtool
