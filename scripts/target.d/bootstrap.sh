@@ -96,6 +96,7 @@ all_steps() {
   wait $! || status=$?
   wait "$others" || status=$?
   ((status == 0)) || exit "$status"
+  step headers "$(header_versions)" copy_headers
   step sysroot "$versions $(<"$cache/stamp/tools") $(<"$cache/stamp/libcrypto")" make_sysroot
   step smoke "$versions $(protoc --version) $(cat "$repository"/cmake/toolchain/* | cksum)" smoke_test
   rm -rf "$cache/work"

@@ -89,3 +89,23 @@ build_gcrypt() {
   cp src/gcrypt.h "$cache/include/"
   pc_file libgcrypt "$(source_version libgcrypt20)" '-lgcrypt -lgpg-error'
 }
+
+# What the tools need is headers only, which know no processor: those of this machine's packages.
+header_packages=(libcli11-dev nlohmann-json3-dev libvalijson-dev libfmt-dev)
+header_versions() { dpkg-query --show --showformat '${Package} ${Version}, ' "${header_packages[@]}"; }
+copy_headers() {
+  local name
+  mkdir -p "$cache/share/cmake" "$cache/lib/cmake/fmt"
+  for name in CLI nlohmann valijson fmt; do
+    rm -rf "${cache:?}/include/$name"
+    cp -R "/usr/include/$name" "$cache/include/"
+  done
+  # They say where the headers are by where they are themselves.
+  cp -R /usr/share/cmake/{CLI11,nlohmann_json,valijson} "$cache/share/cmake/"
+  # Debian's names the compiled library, which is this machine's.
+  cat >"$cache/lib/cmake/fmt/fmt-config.cmake" <<'CMAKE'
+add_library(fmt::fmt-header-only INTERFACE IMPORTED)
+target_include_directories(fmt::fmt-header-only INTERFACE ${CMAKE_CURRENT_LIST_DIR}/../../../include)
+target_compile_definitions(fmt::fmt-header-only INTERFACE FMT_HEADER_ONLY=1)
+CMAKE
+}
