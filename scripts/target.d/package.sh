@@ -53,7 +53,7 @@ link_started() {
   [[ -z $program ]] || ln -s "../../$program" "$stage/build/started/$1"
 }
 
-# An empty root: the C library, a shell, and what was unpacked.
+# An empty root: the C library, a shell, and what was unpacked where a device can be written to.
 check_package() {
   local root=$build/package/root status=0
   [[ $(way_of_starting) != emulator ]] || {
@@ -65,11 +65,11 @@ check_package() {
   cp -R "$cache/sysroot/lib" "$root/lib"
   dpkg-deb --fsys-tarfile "$(downloaded 'busybox-static_*.deb')" | tar -x -C "$root" ./bin/busybox
   ln -s busybox "$root/bin/sh"
-  tar -xJf "$archive" -C "$root"
-  say "running the tests of the archive in an empty root"
+  tar -xJf "$archive" -C "$root/data"
+  say "running the tests of the archive in an empty root's /data"
   emulated env -u QEMU_LD_PREFIX bwrap --unshare-all --die-with-parent --clearenv \
     --setenv PATH /nowhere --setenv ORB_EMULATED 1 --bind "$root" / --dev /dev --proc /proc \
-    --tmpfs /tmp --cap-add ALL /bin/sh "/$(basename "$archive" .tar.xz)/run-tests" || status=1
+    --tmpfs /tmp --cap-add ALL /bin/sh "/data/$(basename "$archive" .tar.xz)/run-tests" || status=1
   rm -rf "$root"
   return "$status"
 }
