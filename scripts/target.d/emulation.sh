@@ -29,7 +29,9 @@ in_namespace() {
     "$(binfmt_entry)" "$@"
 }
 
-program_starts() { "$@" "$cache/bin/aarch64-linux-musl-true" >/dev/null 2>&1; }
+program_starts() {
+  QEMU_LD_PREFIX=$cache/sysroot "$@" "$cache/bin/aarch64-linux-musl-true" >/dev/null 2>&1
+}
 
 # The way in which target programs start here.
 way_of_starting() {

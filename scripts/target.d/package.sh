@@ -42,7 +42,7 @@ make_package() {
     link_started "$(basename "$file")"
   done
   sed "s| $build/| |" "$build/carried.txt" >"$stage/tests.txt"
-  tar -C "$build/package" --owner=0 --group=0 --sort=name -cJf "$archive" "$name"
+  tar -C "$build/package" --owner=0 --group=0 --sort=name -I "xz -T0" -cf "$archive" "$name"
   say "made $archive ($(stat -c %s "$archive") bytes, $(wc -l <"$stage/tests.txt") tests)"
 }
 
