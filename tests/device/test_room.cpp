@@ -4,10 +4,10 @@
 // test_room LOG SECONDS PROGRAM [ARGUMENT...]: runs one test on a device as scripts/sandbox does on
 // a desktop, with nothing but the C library. Its output goes to LOG.
 //
-// /dev/socket, /data and /tmp are file systems in memory that only the test sees; the folder above
-// ORB_TEST_FILES, where the tests themselves are, stays. Where the kernel does not give those, the
-// directories themselves are used if nothing is in them, and emptied again.
-// Exit status: the test's, 124 when it took too long, 125 when it has no room.
+// /dev, /data and /tmp are file systems in memory that only the test sees; the folder above
+// ORB_TEST_FILES, where the tests themselves are, stays, and so do the devices that tests use.
+// Where the kernel does not give those, the directories themselves are used if nothing is in them,
+// and emptied again. Exit status: the test's, 124 when it took too long, 125 when it has no room.
 #include <fcntl.h>
 #include <linux/capability.h>
 #include <sched.h>
@@ -27,6 +27,8 @@
 #include <ctime>
 #include <filesystem>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -34,7 +36,8 @@ namespace fs = std::filesystem;
 
 constexpr int kTooLong = 124;
 constexpr int kNoRoom = 125;
-const char* const kRooms[] = {"/dev/socket", "/data", "/tmp"};
+constexpr char kSocketRoom[] = "/dev/socket";
+const char* const kRooms[] = {kSocketRoom, "/data", "/tmp"};
 const char* const kFolders[] = {"/data/vendor/orb_logs/main", "/data/vendor/orb_logs/other",
                                 "/data/vendor/orb_logs/config"};
 
@@ -47,6 +50,30 @@ bool isWithin(const fs::path& path, const fs::path& room) {
   return std::mismatch(room.begin(), room.end(), path.begin(), path.end()).first == room.end();
 }
 
+// A /dev in which /dev/socket is a directory that a test may remove.
+void takePrivateDevices() {
+  constexpr const char* kDevices[] = {"null", "zero", "full", "random", "urandom", "tty"};
+  std::vector<std::pair<std::string, int>> devices;
+  for (const char* name : kDevices) {
+    const std::string path = std::string("/dev/") + name;
+    const int device = open(path.c_str(), O_PATH | O_CLOEXEC);
+    if (device >= 0) devices.emplace_back(path, device);
+  }
+  if (mount("tmpfs", "/dev", "tmpfs", 0, "mode=755") != 0) refuse("no /dev");
+  for (const auto& [path, device] : devices) {
+    const std::string source = "/proc/self/fd/" + std::to_string(device);
+    if (mknod(path.c_str(), S_IFREG | 0600, 0) != 0 ||
+        mount(source.c_str(), path.c_str(), nullptr, MS_BIND, nullptr) != 0)
+      refuse("cannot keep " + path);
+    close(device);
+  }
+  // A terminal's master looks for the terminals beside it, so these are new.
+  if (mkdir("/dev/pts", 0755) != 0 || symlink("pts/ptmx", "/dev/ptmx") != 0 ||
+      mount("devpts", "/dev/pts", "devpts", 0, "newinstance,ptmxmode=0666,mode=620") != 0)
+    refuse("no terminals");
+  if (mkdir(kSocketRoom, 0755) != 0 || chmod(kSocketRoom, 01777) != 0) refuse("no /dev/socket");
+}
+
 // A failure halfway would let a test into the device's own files.
 bool takePrivateRooms() {
   const char* const files = std::getenv("ORB_TEST_FILES");
@@ -55,7 +82,9 @@ bool takePrivateRooms() {
   if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return false;
   // Only what was opened in these mounts can be mounted again in them.
   const int opened = open(tests.c_str(), O_PATH | O_CLOEXEC);
+  takePrivateDevices();
   for (const char* room : kRooms) {
+    if (room == kSocketRoom) continue;
     if (mount("tmpfs", room, "tmpfs", 0, "mode=1777") != 0) refuse(std::string("no ") + room);
     if (opened < 0 || !isWithin(tests, room)) continue;
     const std::string source = "/proc/self/fd/" + std::to_string(opened);
