@@ -20,8 +20,66 @@ TEST_F(OrbdSimTest, MissingDirectoryIsNotMade) {
   options.socketPath = mDirectory + "/missing/orb";
   Daemon other(options);
   EXPECT_FALSE(other.start());
-  EXPECT_EQ("bind " + options.socketPath + ": " + strerror(ENOENT), other.error());
+  EXPECT_EQ("cannot listen on " + options.socketPath + ": " + strerror(ENOENT), other.error());
   EXPECT_FALSE(std::filesystem::exists(mDirectory + "/missing"));
+}
+
+// Each wrong path is told in its own words, and nothing is changed.
+class OrbdSimWrongPlaceTest : public OrbdSimTest {
+ protected:
+  static std::string errorOf(const std::string& path) {
+    Options options;
+    options.socketPath = path;
+    Daemon other(options);
+    EXPECT_FALSE(other.start());
+    return other.error();
+  }
+};
+
+TEST_F(OrbdSimWrongPlaceTest, EmptyPath) { EXPECT_EQ("a socket needs a path", errorOf("")); }
+
+TEST_F(OrbdSimWrongPlaceTest, PathThatIsTooLong) {
+  const std::string longest = mDirectory + "/" + std::string(106 - mDirectory.size(), 'x');
+  EXPECT_EQ("a socket's path has at most 107 bytes: " + longest + "x", errorOf(longest + "x"));
+  Options options;
+  options.socketPath = longest;
+  EXPECT_TRUE(Daemon(options).start());
+}
+
+TEST_F(OrbdSimWrongPlaceTest, FileStays) {
+  const std::string file = mDirectory + "/file";
+  std::ofstream(file) << "text";
+  EXPECT_EQ("cannot listen on " + file + ": it exists and is no socket", errorOf(file));
+  EXPECT_EQ(4u, std::filesystem::file_size(file));
+}
+
+// The sandbox has no capabilities, so root is refused as others are.
+TEST_F(OrbdSimWrongPlaceTest, DirectoryThatNothingMayBeMadeIn) {
+  const std::string directory = mDirectory + "/closed";
+  ASSERT_EQ(0, ::mkdir(directory.c_str(), 0555));
+  EXPECT_EQ("cannot listen on " + directory + "/orb: " + strerror(EACCES),
+            errorOf(directory + "/orb"));
+}
+
+TEST_F(OrbdSimWrongPlaceTest, SocketThatMayNotBeTriedStays) {
+  ASSERT_EQ(0, ::chmod(path().c_str(), 0));
+  EXPECT_EQ("cannot listen on " + path() +
+                ": a socket is there that cannot be tried: " + strerror(EACCES),
+            errorOf(path()));
+  ASSERT_EQ(0, ::chmod(path().c_str(), 0666));
+  EXPECT_TRUE(Client(path()).connected());
+}
+
+TEST_F(OrbdSimWrongPlaceTest, WhatIsWrongIsSeenBeforehand) {
+  using orbsim::SocketPlace;
+  EXPECT_EQ("", SocketPlace::whyWrong(path()));
+  EXPECT_EQ("", SocketPlace::whyWrong("orb"));
+  EXPECT_EQ("", SocketPlace::whyWrong("/dev/socket/orb"));
+  EXPECT_EQ("a socket needs a path", SocketPlace::whyWrong(""));
+  const std::string missing = mDirectory + "/missing/orb";
+  EXPECT_EQ("its directory does not exist: " + missing, SocketPlace::whyWrong(missing));
+  EXPECT_EQ("its directory does not exist: " + path() + "/orb",
+            SocketPlace::whyWrong(path() + "/orb"));
 }
 
 // The sandbox has the directory that a desktop has not.
@@ -76,7 +134,7 @@ TEST_F(OrbdSimDefaultPlaceTest, NothingStaysWhenTheSocketCannotBeMade) {
     const FewDescriptors few(0);
     EXPECT_FALSE(daemon->start());
   }
-  EXPECT_EQ(std::string("socket /dev/socket/orb: ") + strerror(EMFILE), daemon->error());
+  EXPECT_EQ(std::string("cannot listen on /dev/socket/orb: ") + strerror(EMFILE), daemon->error());
   EXPECT_FALSE(std::filesystem::exists(kDirectory));
 }
 

@@ -128,7 +128,11 @@ TEST(OrbdSimFaultList, WrongWordsAreNamedAndChangeNothing) {
   orbsim::Faults faults;
   std::string error;
   EXPECT_FALSE(faults.parse("silent,loud", error));
-  EXPECT_EQ("no such fault: loud", error);
+  EXPECT_EQ(
+      "no such fault: loud; there are refuse, no-accept, silent, stop-after-init, half-record, "
+      "wrong-id, die-after-init, die-after-response, no-read, no-answer, garbage, cut-frame, "
+      "close-after=N, connections=N",
+      error);
   EXPECT_FALSE(faults.parse("", error));
   EXPECT_FALSE(faults.parse("close-after", error));
   EXPECT_EQ("not a number from 1: close-after", error);
@@ -136,6 +140,8 @@ TEST(OrbdSimFaultList, WrongWordsAreNamedAndChangeNothing) {
   EXPECT_FALSE(faults.parse("close-after=-1", error));
   EXPECT_FALSE(faults.parse("silent=1", error));
   EXPECT_EQ("takes no number: silent=1", error);
+  EXPECT_FALSE(faults.parse("connections=3", error));
+  EXPECT_EQ("connections needs a fault that it limits: connections=3", error);
   EXPECT_TRUE(faults.parse("silent,connections=3", error));
 }
 

@@ -18,6 +18,15 @@ expect_refused() {
   shift
   "$simulator" "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
   ((status == 2)) || fail "exit status $status of: $*"
+  [[ ! -s $work/out && $(<"$work/err") == "orbd-sim: $wanted; try 'orbd-sim --help'" ]] ||
+    fail "$(<"$work/err")"
+}
+# Right use, but it cannot be done.
+expect_failure() {
+  local wanted=$1 status=0
+  shift
+  "$simulator" "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
+  ((status == 1)) || fail "exit status $status of: $*"
   [[ ! -s $work/out && $(<"$work/err") == "orbd-sim: $wanted" ]] || fail "$(<"$work/err")"
 }
 start() {
@@ -34,6 +43,24 @@ expect_refused "--socket: its directory does not exist: $work/missing/orb" --soc
 [[ ! -e $work/missing ]] || fail "a directory was made"
 expect_refused "--faults: silent and garbage exclude each other" --faults silent,garbage
 expect_refused "--faults: given twice: close-after" --faults close-after=1,close-after=2
+expect_refused "--faults: connections needs a fault that it limits: connections=2" -f connections=2
+words="refuse, no-accept, silent, stop-after-init, half-record, wrong-id, die-after-init, \
+die-after-response, no-read, no-answer, garbage, cut-frame, close-after=N, connections=N"
+expect_refused "--faults: no such fault: loud; there are $words" --faults loud
+expect_refused "--socket: a socket needs a path" -s ''
+long=/tmp/$(printf '%0103d' 0)
+expect_refused "--socket: a socket's path has at most 107 bytes: $long" --socket "$long"
+expect_refused "--interval: not a number of milliseconds: 5x" --interval 5x
+expect_refused "--interval: not a number of milliseconds: 86400001" -i 86400001
+expect_refused "--seed: not a number: -1" --seed -1
+expect_refused "--json requires --trace" --json
+expect_refused "unknown option: --loud" --loud
+expect_refused "unexpected argument: word" word
+: >"$work/file"
+expect_failure "cannot listen on $work/file: it exists and is no socket" --socket "$work/file"
+[[ $("$simulator" --version) == "orbd-sim "[0-9]*.* && $("$simulator" -V) == "$("$simulator" --version)" ]] ||
+  fail "--version"
+"$simulator" -h | cmp - <("$simulator" --help) || fail "-h"
 "$simulator" --help | grep '^Faults that exclude each other are refused' >/dev/null || fail "--help"
 
 # The one directory that it makes.
@@ -53,8 +80,27 @@ start --socket "$work/orb"
 expect_line "listening on $work/orb"
 kill -KILL "$process"
 wait "$process" 2>/dev/null || true
-start --socket "$work/orb" --faults no-answer,close-after=2,connections=1
+start --sock "$work/orb" --faults no-answer,close-after=2,connections=1
 expect_line "listening on $work/orb"
+kill -INT "$process"
+expect_line "stopped"
+
+# A fault tells that it is there.
+start -qs "$work/orb"
+until [[ -S $work/orb ]]; do
+  kill -0 "$process" || fail "it has ended"
+done
+expect_failure "cannot listen on $work/orb: somebody listens there already" -s "$work/orb"
+kill "$process"
+if read -r -u 4 line; then fail "quiet, but: $line"; fi
+start --socket "$work/orb" --faults refuse
+expect_line "listening on $work/orb"
+expect_line "fault refuse: nobody listens any more"
 kill "$process"
 expect_line "stopped"
+start --socket "$work/orb" --faults no-accept --trace --json
+line=$(head -n 1 <&4)
+[[ $line == '{"time":"'*'Z","kind":"log","text":"fault no-accept: connections are not accepted"}' ]] ||
+  fail "$line"
+kill "$process"
 rm -rf "$work"

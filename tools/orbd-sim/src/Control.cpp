@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "orbsim/Session.h"
+
 namespace orbsim {
 
 void Control::log(const char* format, ...) {
@@ -18,14 +20,24 @@ void Control::log(const char* format, ...) {
   mOptions.log(line);
 }
 
-HandshakeScript Control::handshakeScript() const {
+SessionHandshake Control::handshake() const {
   std::lock_guard<std::mutex> lock(mLock);
-  return mHandshakeScript;
+  return mHandshake;
+}
+
+void Control::setHandshake(SessionHandshake handshake) {
+  std::lock_guard<std::mutex> lock(mLock);
+  mHandshake = std::move(handshake);
 }
 
 void Control::setHandshakeScript(HandshakeScript script) {
-  std::lock_guard<std::mutex> lock(mLock);
-  mHandshakeScript = std::move(script);
+  SessionHandshake handshake;
+  if (script) {
+    handshake = [script = std::move(script)](Session& session) {
+      return script(session.socket(), session.id());
+    };
+  }
+  setHandshake(std::move(handshake));
 }
 
 FrameHandler Control::frameHandler() const {

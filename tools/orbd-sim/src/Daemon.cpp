@@ -5,9 +5,6 @@
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/types.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -16,35 +13,27 @@
 #include <utility>
 
 namespace orbsim {
-namespace {
 
-// True when a connection to the address is taken or at least queued: somebody is at home.
-bool someoneListens(const sockaddr_un& address) {
-  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  if (fd < 0) return false;
-  const int result = ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
-  const bool listens = result == 0 || errno == EAGAIN;
-  ::close(fd);
-  return listens;
-}
-
-}  // namespace
-
-Daemon::Daemon(Options options) : mControl(options) {}
+Daemon::Daemon(Options options)
+    : mControl(options), mPlace(options.socketPath, mControl.options().log) {}
 
 Daemon::~Daemon() { stop(); }
 
 bool Daemon::start() {
   if (running()) return true;
   mError.clear();
-  if (mWake.fd() < 0) return fail("eventfd", socketPath());
-  if (!makeDirectory()) return false;
-  if (!openListener()) {
-    removeDirectory();
+  if (mWake.fd() < 0) {
+    mError = std::string("eventfd: ") + std::strerror(errno);
+    return false;
+  }
+  const int fd = mPlace.open(mControl.options().backlog);
+  if (fd < 0) {
+    mError = mPlace.error();
     return false;
   }
   {
     std::lock_guard<std::mutex> lock(mLock);
+    mListenFd = fd;
     mRunning = true;
     mStopping = false;
     mListenerKilled = false;
@@ -53,7 +42,7 @@ bool Daemon::start() {
     mAcceptThread = std::thread(&Daemon::acceptLoop, this);
   } catch (const std::system_error& error) {
     closeListener();
-    removeDirectory();
+    mPlace.leave();
     std::lock_guard<std::mutex> lock(mLock);
     mRunning = false;
     mError = error.what();
@@ -61,76 +50,6 @@ bool Daemon::start() {
   }
   mControl.log("listening on %s", socketPath().c_str());
   return true;
-}
-
-// A missing directory elsewhere is a mistake in the path: made on the way, it would stay and be in
-// somebody's way.
-bool Daemon::makeDirectory() {
-  if (socketPath() != kSocketPath) return true;
-  if (::mkdir(kSocketDirectory, 0755) != 0) {
-    return errno == EEXIST || fail("mkdir", kSocketDirectory);
-  }
-  mMadeDirectory = true;
-  mControl.log("made %s", kSocketDirectory);
-  // Whatever the umask says, applications of every user connect.
-  if (::chmod(kSocketDirectory, 0755) == 0) return true;
-  fail("chmod", kSocketDirectory);
-  removeDirectory();
-  return false;
-}
-
-void Daemon::removeDirectory() {
-  if (!mMadeDirectory) return;
-  mMadeDirectory = false;
-  if (::rmdir(kSocketDirectory) == 0) {
-    mControl.log("removed %s", kSocketDirectory);
-  } else {
-    mControl.log("left %s: %s", kSocketDirectory, std::strerror(errno));
-  }
-}
-
-bool Daemon::openListener() {
-  const std::string& path = socketPath();
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  if (path.empty() || path.size() >= sizeof(address.sun_path)) {
-    errno = ENAMETOOLONG;
-    return fail("socket path", path);
-  }
-  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-
-  struct stat status = {};
-  if (::lstat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode)) {
-    if (someoneListens(address)) {
-      errno = EADDRINUSE;
-      return fail("bind", path);
-    }
-    ::unlink(path.c_str());
-  }
-
-  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  if (fd < 0) return fail("socket", path);
-  const char* failed = nullptr;
-  if (::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-    failed = "bind";
-  } else if (::chmod(path.c_str(), 0666) != 0) {  // applications of every user connect
-    failed = "chmod";
-  } else if (::listen(fd, mControl.options().backlog) != 0) {
-    failed = "listen";
-  }
-  if (failed != nullptr) {
-    fail(failed, path);
-    ::close(fd);
-    return false;
-  }
-  std::lock_guard<std::mutex> lock(mLock);
-  mListenFd = fd;
-  return true;
-}
-
-bool Daemon::fail(const char* what, const std::string& path) {
-  mError = std::string(what) + " " + path + ": " + std::strerror(errno);
-  return false;
 }
 
 void Daemon::stop() {
@@ -150,7 +69,7 @@ void Daemon::stop() {
     ended.swap(mSessions);
   }
   for (Entry& entry : ended) entry.thread.join();
-  removeDirectory();
+  mPlace.leave();
   std::lock_guard<std::mutex> lock(mLock);
   mRunning = false;
   mNextId = 1;
@@ -246,7 +165,7 @@ void Daemon::closeListenerLocked() {
   ::close(mListenFd);
   mListenFd = -1;
   // A killed listener's path is gone already, and may be somebody else's by now.
-  if (!mListenerKilled) ::unlink(socketPath().c_str());
+  if (!mListenerKilled) mPlace.removeSocket();
 }
 
 }  // namespace orbsim

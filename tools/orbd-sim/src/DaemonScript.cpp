@@ -5,7 +5,6 @@
 // Daemon.cpp.
 
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <utility>
 
@@ -100,7 +99,7 @@ void Daemon::killListener() {
     mListenerKilled = true;
     // Refuses connections from here on; the accept thread, which may be polling it, closes it.
     ::shutdown(mListenFd, SHUT_RDWR);
-    ::unlink(socketPath().c_str());
+    mPlace.removeSocket();
   }
   mWake.wake();
 }

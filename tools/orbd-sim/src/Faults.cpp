@@ -36,7 +36,8 @@ const char Faults::kHelp[] =
     "  connections=N        The faults of a connection hit the first N only; later ones are\n"
     "                       served properly.\n"
     "\n"
-    "Faults that exclude each other are refused, and so is a word that is given twice:\n"
+    "Faults that exclude each other are refused, and so are a word that is given twice and\n"
+    "connections alone:\n"
     "  refuse, no-accept, no-read           stand alone\n"
     "  silent ... die-after-response        one of them, with connections\n"
     "  no-answer, garbage                   one of them, with close-after and connections\n"
@@ -136,6 +137,13 @@ class Counter {
 
 }  // namespace
 
+std::string Faults::words() {
+  std::string all;
+  for (const Word& word : kWords)
+    all += std::string(all.empty() ? "" : ", ") + word.name + (word.takesNumber ? "=N" : "");
+  return all;
+}
+
 bool Faults::parse(const std::string& list, std::string& error) {
   Faults read;
   std::vector<const Word*> given;
@@ -150,7 +158,7 @@ bool Faults::parse(const std::string& list, std::string& error) {
       if (name == word.name) found = &word;
     }
     if (found == nullptr) {
-      error = "no such fault: " + item;
+      error = "no such fault: " + item + "; there are " + words();
       return false;
     }
     uint32_t number = 0;
@@ -169,51 +177,112 @@ bool Faults::parse(const std::string& list, std::string& error) {
     given.push_back(found);
     found->set(read, number);
   }
+  if (given.size() == 1 && given.front()->about == kNumberOfConnections) {
+    error = std::string(given.front()->name) + " needs a fault that it limits: " + list;
+    return false;
+  }
   *this = read;
   return true;
 }
 
-bool Faults::misbehave(Handshake how, int fd, uint32_t sessionId) {
-  HandshakeReply reply;
+const char* Faults::nameOf(Handshake how) {
   switch (how) {
     case Handshake::kProper:
-      return performHandshake(fd, sessionId, reply);
+      return "";
+    case Handshake::kSilent:
+      return "silent: no handshake";
+    case Handshake::kStopAfterInit:
+      return "stop-after-init: the handshake is not completed";
+    case Handshake::kHalfRecord:
+      return "half-record: half of the first record, then the end";
+    case Handshake::kWrongId:
+      return "wrong-id: the last record names another session";
+    case Handshake::kDieAfterInit:
+      return "die-after-init: closed after the first record";
+    case Handshake::kDieAfterResponse:
+      return "die-after-response: closed after the client's answer";
+  }
+  return "";
+}
+
+bool Faults::misbehave(Handshake how, Session& session) {
+  const int fd = session.socket();
+  const uint32_t id = session.id();
+  const HandshakeTap& tap = session.tap();
+  HandshakeReply reply;
+  if (how != Handshake::kProper) session.log("fault %s", nameOf(how));
+  switch (how) {
+    case Handshake::kProper:
+      return session.shakeHands();
     case Handshake::kSilent:
       waitForHangUp(fd);
       return false;
     case Handshake::kStopAfterInit:
-      sendHandshakeRecord(fd, kHandshakeInit, sessionId);
+      sendHandshakeRecord(fd, kHandshakeInit, id, tap);
       waitForHangUp(fd);
       return false;
-    case Handshake::kHalfRecord:
-      (void)::send(fd, &kHandshakeInit, sizeof kHandshakeInit, MSG_NOSIGNAL);
+    case Handshake::kHalfRecord: {
+      const auto* const half = reinterpret_cast<const uint8_t*>(&kHandshakeInit);
+      if (tap) tap(Direction::kToClient, half, sizeof kHandshakeInit);
+      (void)::send(fd, half, sizeof kHandshakeInit, MSG_NOSIGNAL);
       return false;
+    }
     case Handshake::kWrongId:
-      if (sendHandshakeRecord(fd, kHandshakeInit, sessionId) && readHandshakeReply(fd, reply)) {
-        sendHandshakeRecord(fd, kHandshakeComplete, sessionId + 1);
+      if (sendHandshakeRecord(fd, kHandshakeInit, id, tap) && readHandshakeReply(fd, reply, tap)) {
+        sendHandshakeRecord(fd, kHandshakeComplete, id + 1, tap);
         waitForHangUp(fd);
       }
       return false;
     case Handshake::kDieAfterInit:
-      sendHandshakeRecord(fd, kHandshakeInit, sessionId);
+      sendHandshakeRecord(fd, kHandshakeInit, id, tap);
       return false;
     case Handshake::kDieAfterResponse:
-      if (sendHandshakeRecord(fd, kHandshakeInit, sessionId)) readHandshakeReply(fd, reply);
+      if (sendHandshakeRecord(fd, kHandshakeInit, id, tap)) readHandshakeReply(fd, reply, tap);
       return false;
   }
   return false;
 }
 
+// What becomes of one frame of a connection that is not served properly. True: nothing else.
+bool Faults::misbehave(Answers how, bool isLast, Session& session, const Frame& frame) {
+  switch (how) {
+    case Answers::kProper:
+      break;
+    case Answers::kNone:
+      session.log("fault no-answer: a request is left");
+      break;
+    case Answers::kGarbage:
+      session.log("fault garbage: a request is answered with bytes that are no message");
+      session.sendBlob(frame.sdkType(), Blob(16, 0xff));
+      break;
+    case Answers::kCut:
+      session.log("fault cut-frame: a request is answered with a part of a frame, then the end");
+      session.send(Blob(20, 0));
+      session.close();
+      break;
+  }
+  if (isLast) {
+    session.log("fault close-after: closed");
+    session.close();
+  }
+  return how != Answers::kProper || isLast;
+}
+
 void Faults::prepare(Daemon& daemon) const {
-  if (mNoAccept) daemon.setAccepting(false);
-  if (mNoRead) daemon.setReading(false);
+  if (mNoAccept) {
+    daemon.setAccepting(false);
+    daemon.log("fault no-accept: connections are not accepted");
+  }
+  if (mNoRead) {
+    daemon.setReading(false);
+    daemon.log("fault no-read: what clients send is not read");
+  }
   const uint32_t affected = mConnections;
   if (mHandshake != Handshake::kProper) {
     const auto connections = std::make_shared<std::atomic<uint32_t>>(0);
-    daemon.setHandshake([=, how = mHandshake](int fd, uint32_t sessionId) {
+    daemon.setSessionHandshake([=, how = mHandshake](Session& session) {
       const uint32_t number = ++*connections;
-      return misbehave(affected == 0 || number <= affected ? how : Handshake::kProper, fd,
-                       sessionId);
+      return misbehave(affected == 0 || number <= affected ? how : Handshake::kProper, session);
     });
   }
   if (mAnswers == Answers::kProper && mCloseAfter == 0) return;
@@ -222,17 +291,15 @@ void Faults::prepare(Daemon& daemon) const {
       [=, answers = mAnswers, last = mCloseAfter](Session& session, const Frame& frame) {
         // Sessions are numbered in the order of their connections.
         if (affected != 0 && session.id() > affected) return false;
-        const uint32_t number = frames->next(session.id());
-        const Blob garbage(16, 0xff);
-        if (answers == Answers::kGarbage) session.sendBlob(frame.sdkType(), garbage);
-        if (answers == Answers::kCut) session.send(Blob(20, 0));
-        if (answers == Answers::kCut || (last != 0 && number >= last)) session.close();
-        return answers != Answers::kProper || (last != 0 && number >= last);
+        const bool isLast = frames->next(session.id()) >= last && last != 0;
+        return misbehave(answers, isLast, session, frame);
       });
 }
 
 void Faults::apply(Daemon& daemon) const {
-  if (mRefuse) daemon.killListener();
+  if (!mRefuse) return;
+  daemon.killListener();
+  daemon.log("fault refuse: nobody listens any more");
 }
 
 }  // namespace orbsim

@@ -17,19 +17,29 @@
 #include "orbsim/Handshake.h"
 
 namespace orbsim {
-
 namespace {
 
-int processBehind(int fd) {
-  ucred peer = {};
-  socklen_t size = sizeof(peer);
-  return ::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
+std::unique_ptr<Tracer> makeTracer(uint32_t id, int process, const Control& control) {
+  const TraceSink& sink = control.options().trace;
+  return sink ? std::make_unique<Tracer>(id, process, sink) : nullptr;
+}
+
+HandshakeTap makeTap(Tracer* tracer) {
+  if (tracer == nullptr) return {};
+  return [tracer](Direction direction, const uint8_t* data, size_t size) {
+    tracer->feed(direction, data, size);
+  };
 }
 
 }  // namespace
 
 Session::Session(int fd, uint32_t id, Control& control)
-    : mId(id), mControl(control), mProcess(processBehind(fd)), mFd(fd) {}
+    : mId(id),
+      mControl(control),
+      mProcess(processBehind(fd)),
+      mTracer(makeTracer(id, mProcess, control)),
+      mTap(makeTap(mTracer.get())),
+      mFd(fd) {}
 
 Session::~Session() {
   if (mFd >= 0) ::close(mFd);  // only when run() never ran
@@ -48,9 +58,15 @@ void Session::run() {
 // The descriptor stays open until finish(), which this same thread calls, so it is used here
 // without the lock: a close() from outside only shuts the socket down.
 bool Session::handshake() {
-  if (const HandshakeScript script = mControl.handshakeScript()) return script(mFd, mId);
+  const SessionHandshake handshake = mControl.handshake();
+  const bool done = handshake ? handshake(*this) : shakeHands();
+  if (mTracer) mTracer->skipHandshake();  // a script may have done it where nobody sees
+  return done;
+}
+
+bool Session::shakeHands() {
   HandshakeReply reply;
-  const bool done = performHandshake(mFd, mId, reply);
+  const bool done = performHandshake(mFd, mId, reply, mTap);
   if (!reply.bytes.empty()) mControl.recorder().handshakeReply(reply.bytes);
   mEndpoint.store(static_cast<uint64_t>(static_cast<int64_t>(reply.endpoint)));
   if (!done) log("handshake failed after %zu bytes", reply.bytes.size());
@@ -96,6 +112,7 @@ bool Session::receive() {
   const ssize_t got = ::recv(mFd, buffer, sizeof(buffer), MSG_DONTWAIT);
   if (got < 0) return errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK;
   if (got == 0) return false;
+  if (mTracer) mTracer->feed(Direction::kToDaemon, buffer, static_cast<size_t>(got));
   mReader.feed(buffer, static_cast<size_t>(got));
   return handleInput();
 }
@@ -141,9 +158,16 @@ void Session::handleFrame(const Frame& frame) {
 }
 
 bool Session::send(Blob bytes) {
+  const bool sent = enqueue(std::move(bytes));
+  if (mTracer) mTracer->tell();
+  return sent;
+}
+
+bool Session::enqueue(Blob bytes) {
   std::lock_guard<std::mutex> lock(mLock);
   if (mFd < 0 || mClosing || mSendFailed) return false;
   if (mQueuedBytes + bytes.size() > mControl.options().maxQueuedBytes) return false;
+  if (mTracer) mTracer->take(Direction::kToClient, bytes.data(), bytes.size());
   mQueuedBytes += bytes.size();
   mQueue.push_back(std::move(bytes));
   if (mQueue.size() > 1) return true;  // the session's thread is waiting for room already
@@ -257,6 +281,10 @@ void Session::finish() {
     mQueue.clear();
     mQueueOffset = mQueuedBytes = 0;
   }
+  if (mTracer) {
+    mTracer->end(Direction::kToDaemon);
+    mTracer->end(Direction::kToClient);
+  }
   log("closed");
   mFinished.store(true);
   mControl.recorder().connectionClosed(wasSession);
@@ -269,7 +297,7 @@ void Session::log(const char* format, ...) {
   va_start(arguments, format);
   std::vsnprintf(text, sizeof(text), format, arguments);
   va_end(arguments);
-  mControl.log("session %u pid %d endpoint %lld %s", mId, mProcess,
+  mControl.log("session %u %s endpoint %lld %s", mId, processText(mProcess).c_str(),
                static_cast<long long>(endpoint()), text);
 }
 

@@ -15,14 +15,12 @@
 
 #include "orbsim/Frame.h"
 #include "orbsim/Recorder.h"
+#include "orbsim/SocketPlace.h"
+#include "orbsim/Trace.h"
 
 namespace orbsim {
 
 class Session;
-
-// Where clients look for the daemon. A platform has the directory, a desktop has not.
-constexpr char kSocketDirectory[] = "/dev/socket";
-constexpr char kSocketPath[] = "/dev/socket/orb";
 
 // How a daemon is set up; fixed for its life.
 struct Options {
@@ -33,11 +31,14 @@ struct Options {
   bool record = true;  // keep frames, replies and states for tests; false: only count them
   size_t maxQueuedBytes = size_t{64} << 20;     // per session, for a client that does not read
   std::function<void(const std::string&)> log;  // one line per event, from any thread; may be empty
+  TraceSink trace;  // what passes on each connection, from any thread; may be empty
 };
 
 // Plays the daemon's side of a handshake on `fd`. True: the connection goes on as a session, false:
 // it is closed. It may block in recv: closing the session or stopping the daemon ends that.
 using HandshakeScript = std::function<bool(int fd, uint32_t sessionId)>;
+// The same, for one that logs, too, and whose records are traced.
+using SessionHandshake = std::function<bool(Session& session)>;
 // Sees every frame before the services. True: the frame is dealt with, no service sees it.
 using FrameHandler = std::function<bool(Session& session, const Frame& frame)>;
 
@@ -58,7 +59,8 @@ class Control {
   bool logs() const { return static_cast<bool>(mOptions.log); }
   void log(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-  HandshakeScript handshakeScript() const;
+  SessionHandshake handshake() const;
+  void setHandshake(SessionHandshake handshake);
   void setHandshakeScript(HandshakeScript script);
   FrameHandler frameHandler() const;
   void setFrameHandler(FrameHandler handler);
@@ -83,7 +85,7 @@ class Control {
   std::atomic<bool> mReading{true};
 
   mutable std::mutex mLock;
-  HandshakeScript mHandshakeScript;
+  SessionHandshake mHandshake;
   FrameHandler mFrameHandler;
   bool mAllMuted = false;
   std::set<uint32_t> mMuted;

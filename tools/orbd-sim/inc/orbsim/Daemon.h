@@ -17,6 +17,7 @@
 #include "orbsim/Control.h"
 #include "orbsim/Frame.h"
 #include "orbsim/Session.h"
+#include "orbsim/SocketPlace.h"
 
 namespace orbsim {
 
@@ -114,6 +115,11 @@ class Daemon {
   void setFrameHandler(FrameHandler handler) { mControl.setFrameHandler(std::move(handler)); }
   // For connections accepted from now on; empty gives the ordinary handshake back.
   void setHandshake(HandshakeScript script) { mControl.setHandshakeScript(std::move(script)); }
+  void setSessionHandshake(SessionHandshake handshake) {
+    mControl.setHandshake(std::move(handshake));
+  }
+  // A line beside the daemon's own.
+  void log(const std::string& line) { mControl.log("%s", line.c_str()); }
 
  private:
   struct Entry {
@@ -125,10 +131,6 @@ class Daemon {
   State state(uint32_t sessionId) const {
     return mControl.recorder().state<State>(sessionId);
   }
-  bool makeDirectory();
-  void removeDirectory();
-  bool openListener();
-  bool fail(const char* what, const std::string& path);
   void acceptLoop();
   void acceptOne();
   void pauseAccepting();
@@ -140,9 +142,9 @@ class Daemon {
 
   Control mControl;
   WakeFd mWake;
-  std::string mError;           // the owner's thread only
-  std::thread mAcceptThread;    // the owner's thread only
-  bool mMadeDirectory = false;  // the owner's thread only
+  SocketPlace mPlace;         // the owner's thread only, but for the socket's removal
+  std::string mError;         // the owner's thread only
+  std::thread mAcceptThread;  // the owner's thread only
 
   mutable std::mutex mLock;
   bool mRunning = false;

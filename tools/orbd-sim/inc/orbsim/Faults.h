@@ -12,13 +12,15 @@ namespace orbsim {
 
 // A daemon that misbehaves as a list of words says, for developers who want to see their error
 // paths run. kHelp lists the words and says which can be combined. Set up once by the owner of a
-// daemon and then not needed any more: the daemon keeps what it was told.
+// daemon and then not needed any more: the daemon keeps what it was told. Its log says of each
+// fault when it happens.
 class Faults {
  public:
   static const char kHelp[];
 
   // Reads "word[=number],...". False with a message when a word is unknown, its number is missing,
-  // superfluous or out of range, or two words exclude each other; nothing is changed then.
+  // superfluous or out of range, two words exclude each other, or connections has nothing to limit;
+  // nothing is changed then.
   bool parse(const std::string& list, std::string& error);
   // Before start(): a daemon with these faults.
   void prepare(Daemon& daemon) const;
@@ -40,7 +42,10 @@ class Faults {
 
   static const Word kWords[];
 
-  static bool misbehave(Handshake how, int fd, uint32_t sessionId);
+  static std::string words();  // all that there are
+  static const char* nameOf(Handshake how);
+  static bool misbehave(Handshake how, Session& session);
+  static bool misbehave(Answers how, bool isLast, Session& session, const Frame& frame);
 
   Handshake mHandshake = Handshake::kProper;
   Answers mAnswers = Answers::kProper;

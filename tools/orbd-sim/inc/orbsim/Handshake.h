@@ -3,9 +3,12 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 
 #include "orbsim/Frame.h"
+#include "orbsim/TraceMessage.h"
 
 namespace orbsim {
 
@@ -25,14 +28,18 @@ struct HandshakeReply {
   int32_t endpoint = 0;
 };
 
+// Sees the bytes of a handshake as they pass.
+using HandshakeTap = std::function<void(Direction direction, const uint8_t* data, size_t size)>;
+
 // Sends one record of the daemon in one piece: clients take a record for one read.
-bool sendHandshakeRecord(int fd, int32_t type, uint32_t sessionId);
+bool sendHandshakeRecord(int fd, int32_t type, uint32_t sessionId, const HandshakeTap& tap = {});
 
 // Waits for the client's answer. False when the connection ended first; `reply.bytes` then holds
 // what had come.
-bool readHandshakeReply(int fd, HandshakeReply& reply);
+bool readHandshakeReply(int fd, HandshakeReply& reply, const HandshakeTap& tap = {});
 
 // The daemon's side of the whole exchange. True when the client gave the answer that was asked for.
-bool performHandshake(int fd, uint32_t sessionId, HandshakeReply& reply);
+bool performHandshake(int fd, uint32_t sessionId, HandshakeReply& reply,
+                      const HandshakeTap& tap = {});
 
 }  // namespace orbsim

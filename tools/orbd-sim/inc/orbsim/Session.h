@@ -13,7 +13,9 @@
 
 #include "orbsim/Control.h"
 #include "orbsim/Frame.h"
+#include "orbsim/Handshake.h"
 #include "orbsim/Service.h"
+#include "orbsim/Trace.h"
 #include "orbsim/WakeFd.h"
 
 namespace orbsim {
@@ -38,6 +40,12 @@ class Session {
   bool established() const { return mEstablished.load(); }
   bool finished() const { return mFinished.load(); }
 
+  // For a handshake, on the session's thread: the socket, which that owns and closes; the ordinary
+  // exchange; what a record that is sent or read in another way is told to.
+  int socket() const { return mFd; }
+  bool shakeHands();
+  const HandshakeTap& tap() const { return mTap; }
+
   // Sends bytes as they are. False when the session has ended or its queue is full.
   bool send(Blob bytes);
   // Sends the header exactly as given, also where it does not fit the payload.
@@ -61,6 +69,7 @@ class Session {
   bool receive();
   bool handleInput();
   void handleFrame(const Frame& frame);
+  bool enqueue(Blob bytes);
   void flush();
   bool flushLocked();
   void runDueServices();
@@ -69,7 +78,9 @@ class Session {
 
   const uint32_t mId;
   Control& mControl;
-  const int mProcess;  // that connected; 0 where it has no number on this side
+  const int mProcess;                     // that connected; 0 where it has no number on this side
+  const std::unique_ptr<Tracer> mTracer;  // none while nobody wants a trace
+  const HandshakeTap mTap;
   std::atomic<uint64_t> mEndpoint{0};
   std::atomic<bool> mEstablished{false};
   std::atomic<bool> mFinished{false};

@@ -1,0 +1,408 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+// A connection's bytes cut into records and frames for a trace, as text and as JSON Lines, by
+// themselves and as the daemon stand-in passes them.
+
+#include <cstdlib>
+#include <ctime>
+
+#include "OrbdSimClient.h"
+#include "orbsim/Faults.h"
+#include "orbsim/Trace.h"
+
+namespace orbsimtest {
+namespace {
+
+using orbsim::Direction;
+using orbsim::TraceItem;
+using orbsim::Tracer;
+
+// The lines of a trace without the time in front.
+class Lines {
+ public:
+  orbsim::TraceSink sink() {
+    return [this](const TraceItem& item) {
+      const std::string line = orbsim::traceText(item);
+      std::lock_guard<std::mutex> lock(mLock);
+      mLines.push_back(line.substr(line.find(' ') + 1));
+    };
+  }
+  std::vector<std::string> get() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mLines;
+  }
+
+ private:
+  mutable std::mutex mLock;
+  std::vector<std::string> mLines;
+};
+
+Blob words(std::vector<uint32_t> all) {
+  Blob bytes(4 * all.size());
+  std::memcpy(bytes.data(), all.data(), bytes.size());
+  return bytes;
+}
+
+Blob join(std::initializer_list<Blob> parts) {
+  Blob all;
+  for (const Blob& part : parts) all.insert(all.end(), part.begin(), part.end());
+  return all;
+}
+
+Blob frame(const Header& header, const Blob& payload) {
+  Header whole = header;
+  whole.payloadLength = payload.size();
+  return orbsim::encodeFrame(whole, payload);
+}
+
+class OrbdSimTracerTest : public ::testing::Test {
+ protected:
+  void feed(Direction direction, const Blob& bytes) {
+    tracer.feed(direction, bytes.data(), bytes.size());
+  }
+  void shakeHands() {
+    feed(Direction::kToClient, words({1, 4}));
+    feed(Direction::kToDaemon, words({2, 4, 105}));
+    feed(Direction::kToClient, words({3, 4}));
+  }
+
+  Lines lines;
+  Tracer tracer{7, 4711, lines.sink()};
+};
+
+const std::string kEnableText =
+    "LCE ServiceMsg event_id: ENABLE transaction_id: 0 data { enable_msg { enable: true } }";
+const Blob kEnablePayload = {7, 0, 0, 0, 0x1a, 4, 0x0a, 2, 8, 1};
+
+TEST_F(OrbdSimTracerTest, HandshakeAndFrames) {
+  shakeHands();
+  feed(Direction::kToDaemon, frame({105, 1, 5, 0, 4, 0}, kEnablePayload));
+  feed(Direction::kToClient, frame({1, 105, 5, 0, 4, 0}, {7, 0, 0, 0, 0x1a, 4, 0x0a, 2, 8, 1}));
+  tracer.end(Direction::kToDaemon);
+  tracer.end(Direction::kToClient);
+  EXPECT_EQ((std::vector<std::string>{
+                "to-client connection 7 pid 4711 endpoint 0 session 4 handshake init",
+                "to-daemon connection 7 pid 4711 endpoint 105 session 4 handshake response",
+                "to-client connection 7 pid 4711 endpoint 105 session 4 handshake complete",
+                "to-daemon connection 7 pid 4711 endpoint 105 session 4 message 5 " + kEnableText,
+                "to-client connection 7 pid 4711 endpoint 105 session 4 message 5 LCE ClientMsg "
+                "event_id: STATUS_IND transaction_id: 0 data { status_msg { status: SUCCESS } }"}),
+            lines.get());
+}
+
+TEST_F(OrbdSimTracerTest, PiecesMakeNoDifference) {
+  const Blob all = join({words({2, 4, 105}), frame({105, 1, 5, 0, 4, 0}, kEnablePayload),
+                         frame({105, 1, 5, 0, 4, 0}, kEnablePayload)});
+  for (const uint8_t byte : all) feed(Direction::kToDaemon, {byte});
+  const std::vector<std::string> single = lines.get();
+  ASSERT_EQ(3u, single.size());
+  Lines others;
+  Tracer other(7, 4711, others.sink());
+  other.feed(Direction::kToDaemon, all.data(), all.size());
+  EXPECT_EQ(single, others.get());
+}
+
+TEST_F(OrbdSimTracerTest, UnusualWordsOfTheHeaderAreShown) {
+  tracer.skipHandshake();
+  feed(Direction::kToDaemon, frame({105, 3, (uint64_t{9} << 32) + 5, -2, 4, 0}, kEnablePayload));
+  EXPECT_EQ((std::vector<std::string>{
+                "to-daemon connection 7 pid 4711 endpoint 105 session 4 message 38654705669 "
+                "destination 3 subsystem -2 " +
+                kEnableText}),
+            lines.get());
+}
+
+TEST_F(OrbdSimTracerTest, WhatIsNoMessageIsShownAsBytesWithTheReason) {
+  shakeHands();
+  feed(Direction::kToDaemon, frame({105, 1, 6, 0, 4, 0}, {1, 2}));
+  feed(Direction::kToDaemon, frame({105, 1, 5, 0, 4, 0}, {7, 0, 0}));
+  feed(Direction::kToDaemon, frame({105, 1, 5, 0, 4, 0}, {3, 0, 0, 0, 9}));
+  feed(Direction::kToDaemon, frame({105, 1, 5, 0, 4, 0}, {7, 0, 0, 0, 0x12}));
+  feed(Direction::kToDaemon, {1, 2, 3});
+  tracer.end(Direction::kToDaemon);
+  std::vector<std::string> told = lines.get();
+  told.erase(told.begin(), told.begin() + 3);
+  const std::string head = "to-daemon connection 7 pid 4711 endpoint 105 session 4 ";
+  EXPECT_EQ(
+      (std::vector<std::string>{
+          head + "message 6 not decoded (no such message): 0102",
+          head + "message 5 not decoded (shorter than the number of a service): 070000",
+          head + "message 5 service 3 not decoded (no such service): 09",
+          head + "message 5 LCE ServiceMsg not decoded (ServiceMsg.field 2 is cut or damaged): 12",
+          head + "not decoded (the connection ended within a record or frame): 010203"}),
+      told);
+}
+
+TEST_F(OrbdSimTracerTest, WrongRecordIsShownAndTheRestFollows) {
+  feed(Direction::kToClient, words({9, 4}));
+  feed(Direction::kToDaemon, words({2, 5, 106}));
+  EXPECT_EQ(
+      (std::vector<std::string>{
+          "to-client connection 7 pid 4711 endpoint 0 session 0 not decoded (a record of type "
+          "9 where the handshake's init (1) was to be): 0900000004000000",
+          "to-daemon connection 7 pid 4711 endpoint 106 session 5 handshake response"}),
+      lines.get());
+}
+
+TEST_F(OrbdSimTracerTest, FrameThatIsTooLongIsToldWithoutItsPayloadAndTheNextOneFollows) {
+  tracer.skipHandshake();
+  const Blob payload(Tracer::kMaxPayload + 1, 7);
+  const Blob all =
+      join({frame({105, 1, 5, 0, 4, 0}, payload), frame({105, 1, 5, 0, 4, 0}, kEnablePayload)});
+  for (size_t at = 0; at < all.size(); at += 65536) {
+    const size_t size = std::min(all.size() - at, size_t{65536});
+    tracer.feed(Direction::kToDaemon, all.data() + at, size);
+  }
+  const std::string head = "to-daemon connection 7 pid 4711 endpoint 105 session 4 message 5 ";
+  EXPECT_EQ(
+      (std::vector<std::string>{head + "not decoded (too long to be decoded): (1048577 bytes)",
+                                head + kEnableText}),
+      lines.get());
+}
+
+TEST_F(OrbdSimTracerTest, ManyBytesAreShownInPart) {
+  tracer.skipHandshake();
+  feed(Direction::kToDaemon, frame({105, 1, 6, 0, 4, 0}, Blob(257, 0xab)));
+  std::string hex;
+  for (int i = 0; i < 256; ++i) hex += "ab";
+  EXPECT_EQ(
+      "to-daemon connection 7 pid 4711 endpoint 105 session 4 message 6 not decoded (no such "
+      "message): " +
+          hex + "... (257 bytes)",
+      lines.get().at(0));
+}
+
+TEST_F(OrbdSimTracerTest, ProcessWithoutANumberIsSaidAsSuch) {
+  Tracer other(1, 0, lines.sink());
+  const Blob init = words({1, 4});
+  other.feed(Direction::kToClient, init.data(), init.size());
+  EXPECT_EQ(
+      "to-client connection 1 pid unknown (of another pid namespace) endpoint 0 session 4 "
+      "handshake "
+      "init",
+      lines.get().at(0));
+}
+
+TEST(OrbdSimTraceJson, KeysOfEachKind) {
+  std::vector<std::string> lines;
+  Tracer tracer(7, 0, [&](const TraceItem& item) {
+    TraceItem timed = item;
+    timed.time = std::chrono::system_clock::time_point(std::chrono::microseconds(1500000000000001));
+    lines.push_back(orbsim::traceJson(timed));
+  });
+  const auto feed = [&](Direction direction, const Blob& bytes) {
+    tracer.feed(direction, bytes.data(), bytes.size());
+  };
+  feed(Direction::kToClient, words({1, 4}));
+  feed(Direction::kToDaemon, words({2, 4, 105}));
+  feed(Direction::kToDaemon, frame({105, 1, 5, 0, 4, 0}, {7, 0, 0, 0, 8, 2, 0x1a, 6, 0x12, 4, 0x1a,
+                                                          2, 1, 2, 0x48, 5, 0x52, 1, 0xff}));
+  feed(Direction::kToDaemon, frame({105, 1, 5, 0, 4, 0}, {4, 0, 0, 0, 1}));
+  feed(Direction::kToClient, words({3, 4}));
+  feed(Direction::kToClient,
+       frame({1, 105, 5, 0, 4, 0}, {7, 0, 0, 0, 8, 3, 0x1a, 7, 0x22, 5, 0x12, 3, 'a', 0xff, 0x7f}));
+  const std::string time = "{\"time\":\"2017-07-14T02:40:00.000001Z\",";
+  const std::string head = "\"connection\":7,\"pid\":null,\"endpoint\":105,\"session\":4,";
+  const std::string request = time + "\"kind\":\"frame\",\"direction\":\"to-daemon\"," + head +
+                              "\"message_id\":5,\"source\":105,\"destination\":1,\"subsystem\":0,";
+  EXPECT_EQ(
+      (std::vector<std::string>{
+          time + "\"kind\":\"handshake\",\"direction\":\"to-client\",\"connection\":7,\"pid\":null,"
+                 "\"endpoint\":0,\"session\":4,\"step\":\"init\"}",
+          time + "\"kind\":\"handshake\",\"direction\":\"to-daemon\"," + head +
+              "\"step\":\"response\"}",
+          request +
+              "\"length\":19,\"service_number\":7,\"service\":\"LCE\",\"message\":\"ServiceMsg\","
+              "\"fields\":{\"event_id\":\"SET_REPORTING_CRITERIA\",\"transaction_id\":0,\"data\":{"
+              "\"set_reporting_criteria\":{\"criteria_value_1\":0,\"second_list_count\":0,"
+              "\"second_list\":[1,2],\"first_list_count\":0,\"access_network\":\"NONE\","
+              "\"criteria_value_2\":0}},\"unknown\":[{\"field\":9,\"type\":\"varint\",\"value\":5},"
+              "{"
+              "\"field\":10,\"type\":\"bytes\",\"hex\":\"ff\"}]}}",
+          request + "\"length\":5,\"service_number\":4,\"reason\":\"no such service\",\"size\":1,"
+                    "\"hex\":\"01\"}",
+          time + "\"kind\":\"handshake\",\"direction\":\"to-client\"," + head +
+              "\"step\":\"complete\"}",
+          time + "\"kind\":\"frame\",\"direction\":\"to-client\"," + head +
+              "\"message_id\":5,\"source\":1,\"destination\":105,\"subsystem\":0,\"length\":15,"
+              "\"service_number\":7,\"service\":\"LCE\",\"message\":\"ClientMsg\",\"fields\":{"
+              "\"event_id\":\"SET_REPORTING_CRITERIA_ASYNC_RESULT\",\"transaction_id\":0,\"data\":{"
+              "\"set_reporting_criteria_resp\":{\"success\":false,\"error\":\"a\\ufffd\\u007f\"}}}"
+              "}"}),
+      lines);
+}
+
+TEST(OrbdSimTraceText, TimeIsLocalToTheMillisecond) {
+  ASSERT_EQ(0, ::setenv("TZ", "XYZ-2", 1));
+  ::tzset();
+  const std::chrono::system_clock::time_point time(std::chrono::microseconds(1500000000123456));
+  EXPECT_EQ("04:40:00.123 said", orbsim::logText(time, "said"));
+  EXPECT_EQ("{\"time\":\"2017-07-14T02:40:00.123456Z\",\"kind\":\"log\",\"text\":\"said\"}",
+            orbsim::logJson(time, "said"));
+}
+
+// The daemon stand-in's own connections.
+class OrbdSimTraceTest : public OrbdSimTest {
+ protected:
+  void startTraced() {
+    Options options;
+    options.trace = lines.sink();
+    options.log = log.sink();
+    options.reportInterval = std::chrono::milliseconds(0);
+    startDaemon(options);
+  }
+  void prepare(const std::string& list) {
+    startTraced();
+    orbsim::Faults faults;
+    std::string error;
+    ASSERT_TRUE(faults.parse(list, error)) << error;
+    faults.prepare(daemon());
+  }
+  std::string head(const char* direction, uint32_t endpoint) const {
+    return std::string(direction) + " connection 1 pid " + std::to_string(::getpid()) +
+           " endpoint " + std::to_string(endpoint) + " session 1 ";
+  }
+  void TearDown() override {
+    mDaemon.reset();
+    OrbdSimTest::TearDown();
+  }
+
+  Lines lines;
+  LogLines log;
+};
+
+TEST_F(OrbdSimTraceTest, SessionIsTracedFromItsFirstRecord) {
+  startTraced();
+  {
+    Client client(path());
+    client.handshake();
+    client.answerTo(enable(true));
+  }
+  ASSERT_TRUE(daemon().waitForConnectionsClosed(1));
+  EXPECT_EQ(
+      (std::vector<std::string>{
+          head("to-client", 0) + "handshake init", head("to-daemon", 105) + "handshake response",
+          head("to-client", 105) + "handshake complete",
+          head("to-daemon", 105) + "message 5 " + kEnableText,
+          head("to-client", 105) + "message 5 LCE ClientMsg event_id: STATUS_IND "
+                                   "transaction_id: 0 data { status_msg { status: SUCCESS } }"}),
+      lines.get());
+}
+
+TEST_F(OrbdSimTraceTest, ScriptedHandshakeIsLeftOutAndFramesAreNot) {
+  startTraced();
+  daemon().setHandshake([](int fd, uint32_t sessionId) {
+    orbsim::HandshakeReply reply;
+    return orbsim::performHandshake(fd, sessionId, reply);
+  });
+  Client client(path());
+  client.handshake();
+  client.answerTo(enable(true));
+  EXPECT_EQ(head("to-daemon", 105) + "message 5 " + kEnableText, lines.get().at(0));
+}
+
+// Each fault says that it is applied, and its bytes are in the trace.
+TEST_F(OrbdSimTraceTest, HandshakeFaultsSayWhatTheyDo) {
+  const struct {
+    const char* word;
+    const char* said;
+  } kFaults[] = {
+      {"stop-after-init", "stop-after-init: the handshake is not completed"},
+      {"half-record", "half-record: half of the first record, then the end"},
+      {"wrong-id", "wrong-id: the last record names another session"},
+      {"die-after-init", "die-after-init: closed after the first record"},
+      {"die-after-response", "die-after-response: closed after the client's answer"},
+      {"silent", "silent: no handshake"},
+  };
+  for (const auto& fault : kFaults) {
+    LogLines said;
+    Options options;
+    options.log = said.sink();
+    options.trace = lines.sink();
+    startDaemon(options);
+    orbsim::Faults faults;
+    std::string error;
+    ASSERT_TRUE(faults.parse(fault.word, error)) << error;
+    faults.prepare(daemon());
+    {
+      Client client(path());
+      ASSERT_TRUE(daemon().waitForConnections(1));
+      if (std::string(fault.word) != "silent") client.readOnce();
+      if (std::string(fault.word) == "wrong-id") {
+        client.write(Client::reply(1));
+        client.readOnce();
+      }
+    }
+    ASSERT_TRUE(daemon().waitForConnectionsClosed(1));
+    EXPECT_EQ(sessionOf(0) + "fault " + fault.said, said.lines().at(1));
+    mDaemon.reset();
+  }
+  const std::vector<std::string> told = lines.get();
+  const auto count = [&](const std::string& line) {
+    return std::count(told.begin(), told.end(), line);
+  };
+  EXPECT_EQ(4, count(head("to-client", 0) + "handshake init"));
+  std::string half = head("to-client", 0) +
+                     "not decoded (the connection ended within a record or frame): 01000000";
+  half.replace(half.find("session 1"), 9, "session 0");
+  EXPECT_EQ(1, count(half));
+  std::string other = head("to-client", 105) + "handshake complete";
+  other.replace(other.find("session 1"), 9, "session 2");
+  EXPECT_EQ(1, count(other));
+}
+
+TEST_F(OrbdSimTraceTest, AnswerFaultsSayWhatTheyDo) {
+  ASSERT_NO_FATAL_FAILURE(prepare("garbage,close-after=2"));
+  Client client(path());
+  client.handshake();
+  client.send(enable(true));
+  EXPECT_EQ(Blob(16, 0xff), client.readFrame().blob());
+  client.send(enable(true));
+  EXPECT_EQ(Blob(16, 0xff), client.readFrame().blob());
+  EXPECT_TRUE(client.atEnd());
+  const std::string said =
+      sessionOf(105) + "fault garbage: a request is answered with bytes that are no message";
+  EXPECT_EQ((std::vector<std::string>{"listening on " + path(), sessionOf(105) + "open", said, said,
+                                      sessionOf(105) + "fault close-after: closed"}),
+            [this] {
+              std::vector<std::string> all = log.lines();
+              all.resize(5);
+              return all;
+            }());
+}
+
+TEST_F(OrbdSimTraceTest, FaultsWithoutAnAnswerSayWhatTheyDo) {
+  ASSERT_NO_FATAL_FAILURE(prepare("no-answer"));
+  {
+    Client client(path());
+    client.handshake();
+    client.send(enable(true));
+    ASSERT_TRUE(daemon().waitForFrames(1));
+  }
+  ASSERT_TRUE(daemon().waitForConnectionsClosed(1));
+  EXPECT_EQ(sessionOf(105) + "fault no-answer: a request is left", log.lines().at(2));
+
+  mDaemon.reset();
+  ASSERT_NO_FATAL_FAILURE(prepare("no-read"));
+  EXPECT_EQ("fault no-read: what clients send is not read", log.lines().back());
+}
+
+TEST_F(OrbdSimTraceTest, CutFrameSaysSoAndIsTraced) {
+  ASSERT_NO_FATAL_FAILURE(prepare("cut-frame"));
+  Client client(path());
+  client.handshake();
+  client.send(enable(true));
+  EXPECT_EQ(20u, client.readExactly(48).size());
+  ASSERT_TRUE(daemon().waitForConnectionsClosed(1));
+  EXPECT_EQ(sessionOf(105) +
+                "fault cut-frame: a request is answered with a part of a frame, then the end",
+            log.lines().at(2));
+  EXPECT_EQ(
+      head("to-client", 105) +
+          "not decoded (the connection ended within a record or frame): " + std::string(40, '0'),
+      lines.get().back());
+}
+
+}  // namespace
+}  // namespace orbsimtest

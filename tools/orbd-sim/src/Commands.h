@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#pragma once
+
+#include <functional>
+
+#include "orbtool/CommandLine.h"
+
+namespace orbsim {
+
+// A command of the program: each add...() below adds one to the command line, in a file of its own,
+// and gives what runs it once its options are read. The command line outlives it.
+struct Command {
+  CLI::App* app = nullptr;
+  std::function<int()> run;
+};
+
+// What the program does without a command: play the daemon.
+Command addServe(orbtool::CommandLine& line);
+
+// For --socket of all commands: where one can listen.
+CLI::Validator placeToListen();
+
+}  // namespace orbsim

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+// orbd-sim without a command: plays the daemon until a signal ends it.
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <string>
+
+#include "Commands.h"
+#include "Program.h"
+#include "orbsim/Daemon.h"
+#include "orbsim/Faults.h"
+#include "orbtool/Run.h"
+
+namespace orbsim {
+namespace {
+
+constexpr char kFooterHead[] = "Faults, for an application's error paths:\n";
+constexpr char kFooterEnd[] =
+    "\n"
+    "SIGINT and SIGTERM end it.\n"
+    "Exit status: 0 ended by a signal, 1 the socket cannot be served, 2 wrong arguments.\n"
+    "Examples: orbd-sim --interval 100 --seed 7\n"
+    "          orbd-sim --faults silent,connections=1\n"
+    "          orbd-sim --trace --json";
+
+struct Arguments {
+  std::string socket = kSocketPath;
+  std::string interval = "500";
+  std::string seed = "1";
+  std::string faults;
+  bool trace = false;
+  bool json = false;
+  bool quiet = false;
+};
+
+bool parseNumber(const std::string& text, unsigned long long limit, unsigned long long& value) {
+  if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos) return false;
+  errno = 0;
+  value = std::strtoull(text.c_str(), nullptr, 10);
+  return errno == 0 && value <= limit;
+}
+
+CLI::Validator numberUpTo(unsigned long long limit, const std::string& what) {
+  return CLI::Validator(
+      [limit, what](std::string& text) {
+        unsigned long long value = 0;
+        return parseNumber(text, limit, value) ? std::string() : "not " + what + ": " + text;
+      },
+      "");
+}
+
+unsigned long long numberOf(const std::string& text) {
+  unsigned long long value = 0;
+  parseNumber(text, std::numeric_limits<unsigned long long>::max(), value);
+  return value;
+}
+
+int serve(const Arguments& arguments) {
+  const Output output(arguments.json);
+  Options options;
+  options.socketPath = arguments.socket;
+  options.reportInterval = std::chrono::milliseconds(numberOf(arguments.interval));
+  options.seed = numberOf(arguments.seed);
+  options.record = false;
+  if (!arguments.quiet) options.log = output.log();
+  if (arguments.trace) options.trace = output.trace();
+  Faults faults;
+  std::string error;
+  if (!arguments.faults.empty()) faults.parse(arguments.faults, error);  // as it was before
+
+  holdSignals();
+  Daemon daemon(options);
+  faults.prepare(daemon);
+  if (!daemon.start()) {
+    std::fprintf(stderr, "orbd-sim: %s\n", daemon.error().c_str());
+    return orbtool::kExitFailed;
+  }
+  faults.apply(daemon);
+  waitForEnd();
+  daemon.stop();
+  return orbtool::kExitDone;
+}
+
+}  // namespace
+
+CLI::Validator placeToListen() {
+  return CLI::Validator([](std::string& path) { return SocketPlace::whyWrong(path); }, "");
+}
+
+Command addServe(orbtool::CommandLine& line) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App& app = line.app();
+  app.add_option("-s,--socket", arguments->socket,
+                 "Listen on PATH. Its directory must exist; that of the default alone is made "
+                 "where it is missing, and removed at the end.")
+      ->type_name("PATH")
+      ->default_str(kSocketPath)
+      ->take_last()
+      ->check(placeToListen());
+  app.add_option("-i,--interval", arguments->interval,
+                 "Send a report, or play a step of a handoff, every MS milliseconds to clients "
+                 "that asked for it; 0 for none.")
+      ->type_name("MS")
+      ->default_str(arguments->interval)
+      ->take_last()
+      ->check(numberUpTo(86400000, "a number of milliseconds"));
+  app.add_option("-S,--seed", arguments->seed, "Start the models of link and handoffs from N.")
+      ->type_name("N")
+      ->default_str(arguments->seed)
+      ->take_last()
+      ->check(numberUpTo(std::numeric_limits<unsigned long long>::max(), "a number"));
+  app.add_option("-f,--faults", arguments->faults,
+                 "Misbehave as the words of LIST say, separated by commas; see below.")
+      ->type_name("LIST")
+      ->take_last()
+      ->check(CLI::Validator(
+          [](std::string& list) {
+            std::string error;
+            Faults().parse(list, error);
+            return error;
+          },
+          ""));
+  CLI::Option* const trace = app.add_flag(
+      "-t,--trace", arguments->trace, "Print each record of the handshake and each frame decoded.");
+  app.add_flag("-j,--json", arguments->json,
+               "Print the trace and the log as JSON, an object a line.")
+      ->needs(trace);
+  app.add_flag("-q,--quiet", arguments->quiet, "Log nothing.");
+  app.footer(std::string(kFooterHead) + Faults::kHelp + kFooterEnd);
+  return {&app, [arguments] { return serve(*arguments); }};
+}
+
+}  // namespace orbsim

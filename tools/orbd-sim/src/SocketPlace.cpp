@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#include "orbsim/SocketPlace.h"
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace orbsim {
+namespace {
+
+constexpr size_t kMaxPath = sizeof(sockaddr_un::sun_path) - 1;
+
+sockaddr_un addressOf(const std::string& path) {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+  return address;
+}
+
+// What a connection to the socket comes to: 0 when it is taken or at least queued, as somebody is
+// at home then; otherwise errno.
+int connectError(const sockaddr_un& address) {
+  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  if (fd < 0) return errno;
+  const int result = ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+  const int error = result == 0 || errno == EAGAIN ? 0 : errno;
+  ::close(fd);
+  return error;
+}
+
+}  // namespace
+
+std::string SocketPlace::whyWrong(const std::string& path) {
+  if (path.empty()) return "a socket needs a path";
+  if (path.size() > kMaxPath)
+    return "a socket's path has at most " + std::to_string(kMaxPath) + " bytes: " + path;
+  const size_t slash = path.rfind('/');
+  if (path == kSocketPath || slash == std::string::npos) return {};
+  struct stat status = {};
+  if (::stat(path.substr(0, slash + 1).c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return {};
+  return "its directory does not exist: " + path;
+}
+
+int SocketPlace::open(int backlog) {
+  mError.clear();
+  if (mPath.empty() || mPath.size() > kMaxPath) {
+    mError = whyWrong(mPath);
+    return -1;
+  }
+  const int fd = makeDirectory() && clear() ? listen(backlog) : -1;
+  if (fd < 0) leave();
+  return fd;
+}
+
+// A missing directory elsewhere is a mistake in the path: made on the way, it would stay and be in
+// somebody's way.
+bool SocketPlace::makeDirectory() {
+  if (mPath != kSocketPath) return true;
+  if (::mkdir(kSocketDirectory, 0755) != 0) {
+    if (errno == EEXIST) return true;
+    mError = std::string("cannot make ") + kSocketDirectory + ": " + std::strerror(errno);
+    return false;
+  }
+  mMadeDirectory = true;
+  if (mLog) mLog(std::string("made ") + kSocketDirectory);
+  // Whatever the umask says, applications of every user connect.
+  return ::chmod(kSocketDirectory, 0755) == 0 || fail(std::strerror(errno));
+}
+
+// Takes away what is left of a server that has ended without doing so itself.
+bool SocketPlace::clear() {
+  struct stat status = {};
+  if (::lstat(mPath.c_str(), &status) != 0) return true;  // bind() will tell
+  if (!S_ISSOCK(status.st_mode)) return fail("it exists and is no socket");
+  const int error = connectError(addressOf(mPath));
+  if (error == 0) return fail("somebody listens there already");
+  // Whether anybody is at home, only a refusal tells.
+  if (error != ECONNREFUSED)
+    return fail(std::string("a socket is there that cannot be tried: ") + std::strerror(error));
+  if (::unlink(mPath.c_str()) == 0 || errno == ENOENT) return true;
+  return fail(std::string("cannot remove the socket that nobody uses: ") + std::strerror(errno));
+}
+
+int SocketPlace::listen(int backlog) {
+  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  if (fd < 0) {
+    fail(std::strerror(errno));
+    return -1;
+  }
+  const sockaddr_un address = addressOf(mPath);
+  const bool bound = ::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+  // Applications of every user connect.
+  if (bound && ::chmod(mPath.c_str(), 0666) == 0 && ::listen(fd, backlog) == 0) return fd;
+  fail(std::strerror(errno));
+  if (bound) removeSocket();
+  ::close(fd);
+  return -1;
+}
+
+bool SocketPlace::fail(const std::string& reason) {
+  mError = "cannot listen on " + mPath + ": " + reason;
+  return false;
+}
+
+void SocketPlace::removeSocket() { ::unlink(mPath.c_str()); }
+
+void SocketPlace::leave() {
+  if (!mMadeDirectory) return;
+  mMadeDirectory = false;
+  const bool removed = ::rmdir(kSocketDirectory) == 0;
+  if (!mLog) return;
+  mLog(removed ? std::string("removed ") + kSocketDirectory
+               : std::string("left ") + kSocketDirectory + ": " + std::strerror(errno));
+}
+
+}  // namespace orbsim
