@@ -18,8 +18,11 @@ struct Command {
 
 // What the program does without a command: play the daemon.
 Command addServe(orbtool::CommandLine& line);
+Command addRelay(orbtool::CommandLine& line);
 
 // For --socket of all commands: where one can listen.
 CLI::Validator placeToListen();
+// --trace, and --json that needs it.
+void addTraceOptions(CLI::App& app, bool& trace, bool& json);
 
 }  // namespace orbsim

@@ -9,12 +9,16 @@
 #include <cstdlib>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "Commands.h"
 #include "Program.h"
 #include "orbsim/Daemon.h"
 #include "orbsim/Faults.h"
+#include "orbsim/Recording.h"
+#include "orbsim/Replay.h"
 #include "orbtool/Run.h"
 
 namespace orbsim {
@@ -34,6 +38,8 @@ struct Arguments {
   std::string interval = "500";
   std::string seed = "1";
   std::string faults;
+  std::string replay;
+  double speed = 1;
   bool trace = false;
   bool json = false;
   bool quiet = false;
@@ -61,6 +67,11 @@ unsigned long long numberOf(const std::string& text) {
   return value;
 }
 
+int fail(const std::string& reason) {
+  std::fprintf(stderr, "orbd-sim: %s\n", reason.c_str());
+  return orbtool::kExitFailed;
+}
+
 int serve(const Arguments& arguments) {
   const Output output(arguments.json);
   Options options;
@@ -73,14 +84,20 @@ int serve(const Arguments& arguments) {
   Faults faults;
   std::string error;
   if (!arguments.faults.empty()) faults.parse(arguments.faults, error);  // as it was before
+  std::vector<RecordedEvent> events;
+  if (!arguments.replay.empty() && !readRecording(arguments.replay, events, error))
+    return fail(error);
 
   holdSignals();
   Daemon daemon(options);
   faults.prepare(daemon);
-  if (!daemon.start()) {
-    std::fprintf(stderr, "orbd-sim: %s\n", daemon.error().c_str());
-    return orbtool::kExitFailed;
+  std::optional<Replay> replay;
+  if (!arguments.replay.empty()) {
+    replay.emplace(daemon, events, arguments.speed);
+    daemon.log("replaying " + std::to_string(replay->connections()) + " connections of " +
+               arguments.replay);
   }
+  if (!daemon.start()) return fail(daemon.error());
   faults.apply(daemon);
   waitForEnd();
   daemon.stop();
@@ -91,6 +108,13 @@ int serve(const Arguments& arguments) {
 
 CLI::Validator placeToListen() {
   return CLI::Validator([](std::string& path) { return SocketPlace::whyWrong(path); }, "");
+}
+
+void addTraceOptions(CLI::App& app, bool& trace, bool& json) {
+  CLI::Option* const option = app.add_flag(
+      "-t,--trace", trace, "Print each record of the handshake and each frame decoded");
+  app.add_flag("-j,--json", json, "Print the trace and the log as JSON, an object a line")
+      ->needs(option);
 }
 
 Command addServe(orbtool::CommandLine& line) {
@@ -126,11 +150,27 @@ Command addServe(orbtool::CommandLine& line) {
             return error;
           },
           ""));
-  CLI::Option* const trace = app.add_flag(
-      "-t,--trace", arguments->trace, "Print each record of the handshake and each frame decoded.");
-  app.add_flag("-j,--json", arguments->json,
-               "Print the trace and the log as JSON, an object a line.")
-      ->needs(trace);
+  app.add_option("-R,--replay", arguments->replay,
+                 "Say to clients what the recording FILE says that a daemon said; orbd-sim relay "
+                 "makes recordings.")
+      ->type_name("FILE")
+      ->take_last()
+      ->excludes("--interval", "--seed", "--faults");
+  app.add_option("-x,--speed", arguments->speed,
+                 "Replay X times as fast as it was recorded, 0.001 to 1000.")
+      ->type_name("X")
+      ->default_str("1")
+      ->take_last()
+      ->check(CLI::Validator(
+          [](std::string& text) {
+            double speed = 0;
+            return CLI::detail::lexical_cast(text, speed) && speed >= 0.001 && speed <= 1000
+                       ? std::string()
+                       : "not a number from 0.001 to 1000: " + text;
+          },
+          ""))
+      ->needs("--replay");
+  addTraceOptions(app, arguments->trace, arguments->json);
   app.add_flag("-q,--quiet", arguments->quiet, "Log nothing.");
   app.footer(std::string(kFooterHead) + Faults::kHelp + kFooterEnd);
   return {&app, [arguments] { return serve(*arguments); }};

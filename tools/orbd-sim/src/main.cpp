@@ -17,7 +17,7 @@ int run(int argc, char** argv) {
                             "Play the system daemon: serve link capacity (LCE), link latency (LLE) "
                             "and link interruption (LLI) on its socket and log what clients do.");
   const orbsim::Command serve = orbsim::addServe(line);
-  const std::vector<orbsim::Command> commands = {};
+  const std::vector<orbsim::Command> commands = {orbsim::addRelay(line)};
   if (const auto status = line.parse(argc, argv)) return *status;
   for (const orbsim::Command& command : commands) {
     if (!command.app->parsed()) continue;
@@ -25,7 +25,7 @@ int run(int argc, char** argv) {
     const auto given = std::find_if(options.begin(), options.end(),
                                     [](const CLI::Option* option) { return option->count() > 0; });
     if (given != options.end())
-      return line.refuse((*given)->get_name() + " stands after the command");
+      return line.refuse("an option before the command: " + (*given)->get_name());
     return command.run();
   }
   return serve.run();

@@ -62,6 +62,10 @@ class FrameReader {
   void feed(const uint8_t* data, size_t size);
   // Takes the next whole frame out of the stream into `header` and `payload`.
   Result next(Header& header, Blob& payload);
+  // What is there of a frame that is not whole.
+  Blob rest() const {
+    return Blob(mBytes.begin() + static_cast<std::ptrdiff_t>(mConsumed), mBytes.end());
+  }
   size_t buffered() const { return mBytes.size() - mConsumed; }
 
  private:

@@ -1,0 +1,521 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+// Recordings: as files, and played back to clients.
+
+#include <fstream>
+
+#include "OrbdSimClient.h"
+#include "orbsim/Handshake.h"
+#include "orbsim/Recording.h"
+#include "orbsim/Relay.h"
+#include "orbsim/Replay.h"
+
+namespace orbsimtest {
+namespace {
+
+using orbsim::Direction;
+using orbsim::RecordedEvent;
+using orbsim::Replay;
+using std::chrono::microseconds;
+
+Blob words(std::vector<uint32_t> all) {
+  Blob bytes(4 * all.size());
+  std::memcpy(bytes.data(), all.data(), bytes.size());
+  return bytes;
+}
+
+// Events as a relay would have seen them.
+class Script {
+ public:
+  explicit Script(uint32_t endpoint = kLcePid, uint32_t session = 9)
+      : mEndpoint(endpoint), mSession(session) {}
+
+  // The next connection; what follows belongs to it.
+  Script& open() {
+    ++mConnection;
+    return add(RecordedEvent::Kind::kOpen, Direction::kToDaemon, {});
+  }
+  Script& handshake() {
+    said(words({1, mSession})).asked(words({2, mSession, mEndpoint}));
+    return said(words({3, mSession}));
+  }
+  Script& from(uint32_t endpoint, uint32_t session) {
+    mEndpoint = endpoint;
+    mSession = session;
+    return *this;
+  }
+  Script& at(int milliseconds) {
+    mTime = microseconds(1000 * milliseconds);
+    return *this;
+  }
+  Script& asked(const Blob& bytes) {
+    return add(RecordedEvent::Kind::kBytes, Direction::kToDaemon, bytes);
+  }
+  Script& said(const Blob& bytes) {
+    return add(RecordedEvent::Kind::kBytes, Direction::kToClient, bytes);
+  }
+  template <typename Request>
+  Script& request(const Request& message) {
+    return asked(frame<Request>({mEndpoint, 1, 5, 0, mSession, 0}, serialize(message)));
+  }
+  template <typename Request>
+  Script& answer(const typename Wire<Request>::Answer& message) {
+    return said(frame<Request>({1, mEndpoint, 5, 0, mSession, 0}, serialize(message)));
+  }
+  Script& end(Direction direction) { return add(RecordedEvent::Kind::kEnd, direction, {}); }
+
+  const std::vector<RecordedEvent>& events() const { return mEvents; }
+
+ private:
+  template <typename Request>
+  static Blob frame(Header header, const Blob& blob) {
+    const Blob payload = orbsim::encodeBlobPayload(Wire<Request>::kSdkType, blob);
+    header.payloadLength = payload.size();
+    return orbsim::encodeFrame(header, payload);
+  }
+  Script& add(RecordedEvent::Kind kind, Direction direction, const Blob& bytes) {
+    RecordedEvent event;
+    event.time = mTime;
+    event.connection = mConnection;
+    event.kind = kind;
+    event.direction = direction;
+    event.bytes = bytes;
+    mEvents.push_back(event);
+    return *this;
+  }
+
+  uint32_t mEndpoint;
+  uint32_t mSession;
+  uint32_t mConnection = 0;
+  microseconds mTime{0};
+  std::vector<RecordedEvent> mEvents;
+};
+
+LceProto::ClientMsg status(LceProto::Status value) {
+  LceProto::ClientMsg message;
+  message.mutable_data()->mutable_status_msg()->set_status(value);
+  return message;
+}
+
+LceProto::ClientMsg report(uint32_t rate) {
+  LceProto::ClientMsg message;
+  message.set_event_id(LceProto::ESTIMATION_REPORTS_IND);
+  message.mutable_data()->mutable_estimation_reports_resp()->set_rate(rate);
+  return message;
+}
+
+LceProto::ClientMsg lastReport(uint32_t rate) {
+  LceProto::ClientMsg message;
+  message.set_event_id(LceProto::GET_LAST_ESTIMATION_REPORT_IND);
+  message.mutable_data()->mutable_get_last_estimation_report_resp()->set_rate(rate);
+  return message;
+}
+
+LceProto::ClientMsg criteriaResult(uint64_t transaction, const std::string& error) {
+  LceProto::ClientMsg message;
+  message.set_event_id(LceProto::SET_REPORTING_CRITERIA_ASYNC_RESULT);
+  message.set_transaction_id(transaction);
+  message.mutable_data()->mutable_set_reporting_criteria_resp()->set_error(error);
+  return message;
+}
+
+using Lce = LceProto::ServiceMsg;
+using Lle = LleProto::ServiceMsg;
+
+class OrbdSimReplayTest : public OrbdSimTest {
+ protected:
+  void play(const std::vector<RecordedEvent>& events, double speed = 1) {
+    stop();
+    Options options;
+    options.log = mLog.sink();
+    options.socketPath = path();
+    mDaemon = std::make_unique<Daemon>(options);
+    mReplay = std::make_unique<Replay>(*mDaemon, events, speed);
+    ASSERT_TRUE(mDaemon->start()) << mDaemon->error();
+  }
+  void stop() {
+    if (mDaemon) mDaemon->stop();
+    mReplay.reset();
+  }
+  void TearDown() override {
+    stop();
+    OrbdSimTest::TearDown();
+  }
+  static LceProto::ClientMsg hear(Client& client) { return parse(client.readFrame()); }
+  static uint32_t rateHeard(Client& client) {
+    return hear(client).data().estimation_reports_resp().rate();
+  }
+  bool logged(const std::string& end) const {
+    for (const std::string& line : mLog.lines()) {
+      if (line.size() >= end.size() && line.compare(line.size() - end.size(), end.size(), end) == 0)
+        return true;
+    }
+    return false;
+  }
+
+  LogLines mLog;
+  std::unique_ptr<Replay> mReplay;
+};
+
+TEST_F(OrbdSimReplayTest, RequestsAreAnsweredAsRecordedWithTheLiveTransaction) {
+  ASSERT_NO_FATAL_FAILURE(play(Script()
+                                   .open()
+                                   .handshake()
+                                   .request(enable(true))
+                                   .answer<Lce>(status(LceProto::INTERNAL_ERROR))
+                                   .request(criteria(5, {}, 0))
+                                   .answer<Lce>(criteriaResult(5, "first"))
+                                   .request(criteria(6, {}, 0))
+                                   .answer<Lce>(criteriaResult(6, "second"))
+                                   .events()));
+  Client client(path());
+  client.handshake();
+  EXPECT_EQ(9u, client.sessionId());
+  client.send(enable(true));
+  const Frame frame = client.readFrame();
+  EXPECT_EQ(9u, frame.header.sessionId);
+  EXPECT_EQ(kLcePid, frame.header.destination);
+  EXPECT_EQ(1u, frame.header.source);
+  EXPECT_EQ(LceProto::INTERNAL_ERROR, parse(frame).data().status_msg().status());
+  for (const char* const wanted : {"first", "second"}) {
+    const auto answer = client.answerTo(criteria(1234567, {}, 0));
+    EXPECT_EQ(wanted, answer.data().set_reporting_criteria_resp().error());
+    EXPECT_EQ(1234567u, answer.transaction_id());
+  }
+  EXPECT_TRUE(logged("LCE SET_REPORTING_CRITERIA: recorded, 1 to follow"));
+}
+
+// Requests that were sent before the first answer came each keep their own.
+TEST_F(OrbdSimReplayTest, AnswersBelongToTheirRequests) {
+  ASSERT_NO_FATAL_FAILURE(play(Script()
+                                   .open()
+                                   .handshake()
+                                   .request(enable(true))
+                                   .request(criteria(5, {}, 0))
+                                   .request(getLast())
+                                   .answer<Lce>(status(LceProto::SUCCESS))
+                                   .answer<Lce>(criteriaResult(5, "NONE"))
+                                   .answer<Lce>(lastReport(77))
+                                   .events()));
+  Client client(path());
+  client.handshake();
+  EXPECT_EQ(77u, client.answerTo(getLast()).data().get_last_estimation_report_resp().rate());
+  EXPECT_EQ(8u, client.answerTo(criteria(8, {}, 0)).transaction_id());
+  EXPECT_EQ(LceProto::SUCCESS, client.answerTo(enable(true)).data().status_msg().status());
+}
+
+TEST_F(OrbdSimReplayTest, RequestThatWasNotRecordedSoOftenIsLeft) {
+  ASSERT_NO_FATAL_FAILURE(play(Script()
+                                   .open()
+                                   .handshake()
+                                   .request(enable(true))
+                                   .answer<Lce>(status(LceProto::SUCCESS))
+                                   .request(getLast())
+                                   .answer<Lce>(lastReport(1))
+                                   .events()));
+  Client client(path());
+  client.handshake();
+  client.answerTo(enable(true));
+  client.send(enable(true));
+  client.send(action(LceProto::START));
+  EXPECT_EQ(1u, client.answerTo(getLast()).data().get_last_estimation_report_resp().rate());
+  EXPECT_TRUE(logged("LCE ENABLE: not recorded, or not so often"));
+  EXPECT_TRUE(logged("LCE PERFORM_REPORTING_ACTION: not recorded, or not so often"));
+}
+
+// No upper bound: a machine may be slow, but nothing comes before its time.
+TEST_F(OrbdSimReplayTest, IndicationsFollowTheirRequestAtTheRecordedDistance) {
+  ASSERT_NO_FATAL_FAILURE(play(Script()
+                                   .at(5000)
+                                   .open()
+                                   .handshake()
+                                   .at(7000)
+                                   .request(action(LceProto::START))
+                                   .at(7040)
+                                   .answer<Lce>(report(1))
+                                   .at(7090)
+                                   .answer<Lce>(report(2))
+                                   .answer<Lce>(report(3))
+                                   .events()));
+  Client client(path());
+  client.handshake();
+  const auto start = std::chrono::steady_clock::now();
+  const auto passed = [start] { return std::chrono::steady_clock::now() - start; };
+  client.send(action(LceProto::START));
+  EXPECT_EQ(1u, rateHeard(client));
+  EXPECT_LE(std::chrono::milliseconds(40), passed());
+  EXPECT_EQ(2u, rateHeard(client));
+  EXPECT_LE(std::chrono::milliseconds(90), passed());
+  EXPECT_EQ(3u, rateHeard(client));
+}
+
+TEST_F(OrbdSimReplayTest, SpeedDividesTheDistances) {
+  // Of half an hour nothing would be heard within the time limit of a test.
+  ASSERT_NO_FATAL_FAILURE(play(Script()
+                                   .open()
+                                   .handshake()
+                                   .request(action(LceProto::START))
+                                   .at(1800000)
+                                   .answer<Lce>(report(1))
+                                   .events(),
+                               1000));
+  Client client(path());
+  client.handshake();
+  const auto start = std::chrono::steady_clock::now();
+  client.send(action(LceProto::START));
+  EXPECT_EQ(1u, rateHeard(client));
+  EXPECT_LE(std::chrono::milliseconds(1800), std::chrono::steady_clock::now() - start);
+}
+
+TEST_F(OrbdSimReplayTest, EndOfTheDaemonIsPlayed) {
+  ASSERT_NO_FATAL_FAILURE(play(Script()
+                                   .open()
+                                   .handshake()
+                                   .request(enable(true))
+                                   .answer<Lce>(status(LceProto::SUCCESS))
+                                   .said({1, 2, 3})
+                                   .end(Direction::kToClient)
+                                   .open()
+                                   .handshake()
+                                   .end(Direction::kToClient)
+                                   .events()));
+  Client client(path());
+  client.handshake();
+  EXPECT_EQ(LceProto::SUCCESS, client.answerTo(enable(true)).data().status_msg().status());
+  EXPECT_EQ((Blob{1, 2, 3}), client.readExactly(10));
+  Client second(path());
+  second.handshake();
+  EXPECT_TRUE(second.atEnd());
+}
+
+// The end of a connection that the client had left is the client's own.
+TEST_F(OrbdSimReplayTest, EndOfTheClientIsNotPlayed) {
+  ASSERT_NO_FATAL_FAILURE(play(Script()
+                                   .open()
+                                   .handshake()
+                                   .request(enable(true))
+                                   .end(Direction::kToDaemon)
+                                   .end(Direction::kToClient)
+                                   .open()
+                                   .events()));
+  Client client(path());
+  client.handshake();
+  client.send(enable(true));
+  ASSERT_TRUE(daemon().waitForFrames(1));
+  client.send(getLast());
+  ASSERT_TRUE(daemon().waitForFrames(2));
+  EXPECT_FALSE(client.hasInput());
+}
+
+TEST_F(OrbdSimReplayTest, ConnectionsAreFoundByTheirEndpoint) {
+  Script script(kLcePid, 3);
+  script.open().handshake().request(getLast()).answer<Lce>(lastReport(11));
+  script.from(kLlePid, 4).open().handshake();
+  LleProto::ClientMsg answer;
+  answer.set_event_id(LleProto::GET_REPORT_RESP);
+  answer.mutable_data()->mutable_get_report_resp()->set_ul_latency_estimation(22);
+  script.request(lleGetLast()).answer<Lle>(answer);
+  ASSERT_NO_FATAL_FAILURE(play(script.events()));
+  // The other one comes first: it has the id of the first, and its own answers under that.
+  Client lle(path(), kLlePid);
+  lle.handshake();
+  EXPECT_EQ(3u, lle.sessionId());
+  lle.send(lleGetLast());
+  const Frame heard = lle.readFrame();
+  EXPECT_EQ(3u, heard.header.sessionId);
+  EXPECT_EQ(kLlePid, heard.header.destination);
+  EXPECT_EQ(22u, parse<Lle>(heard).data().get_report_resp().ul_latency_estimation());
+  Client lce(path(), kLcePid);
+  lce.handshake();
+  EXPECT_EQ(11u, lce.answerTo(getLast()).data().get_last_estimation_report_resp().rate());
+  // There is no third.
+  Client third(path());
+  EXPECT_TRUE(third.atEnd());
+  ASSERT_TRUE(daemon().waitForConnectionsClosed(1));
+  EXPECT_TRUE(logged("no recorded connection is left"));
+}
+
+TEST_F(OrbdSimReplayTest, EndpointThatWasNotRecordedIsRefused) {
+  ASSERT_NO_FATAL_FAILURE(play(Script().open().handshake().events()));
+  {
+    Client lli(path(), kLliPid);
+    lli.handshake();
+    EXPECT_TRUE(lli.atEnd());
+  }
+  ASSERT_TRUE(daemon().waitForConnectionsClosed(1));
+  EXPECT_TRUE(logged("no recorded connection of endpoint 107 is left"));
+  // The one that was there is left.
+  Client lce(path());
+  lce.handshake();
+  EXPECT_EQ(9u, lce.sessionId());
+}
+
+TEST_F(OrbdSimReplayTest, HandshakeThatCameToNothingDoesSoAgain) {
+  Script script;
+  script.open().said(words({1, 9})).asked(words({2, 9, kLcePid})).said(words({3, 10}));
+  script.end(Direction::kToClient).open().end(Direction::kToClient).open().handshake();
+  ASSERT_NO_FATAL_FAILURE(play(script.events()));
+  Client wrong(path());
+  EXPECT_EQ(words({1, 9, 3, 10}), wrong.readExactly(17));
+  Client silent(path());
+  EXPECT_TRUE(silent.atEnd());
+  Client well(path());
+  well.handshake();
+  EXPECT_EQ(9u, well.sessionId());
+}
+
+// What a relay records of a session with the stand-in is what a replay says, byte for byte.
+TEST_F(OrbdSimReplayTest, ReplayOfARelayedSessionSaysTheSameBytes) {
+  const auto session = [](const std::string& at) {
+    Client client(at);
+    std::vector<Blob> heard;
+    client.handshake();
+    for (const auto& request :
+         {enable(true), getLast(), criteria(3, {1, 2}, 2), getLast(), enable(false)}) {
+      client.send(request);
+      heard.push_back(client.readFrame().bytes());
+    }
+    return heard;
+  };
+  std::vector<RecordedEvent> events;
+  orbsim::RelayOptions options;
+  options.daemonPath = path();
+  options.socketPath = mDirectory + "/relay";
+  options.record = [&](const RecordedEvent& event) { events.push_back(event); };
+  orbsim::Relay relay(options);
+  daemon().setNextSessionId(77);
+  ASSERT_TRUE(relay.start()) << relay.error();
+  const std::vector<Blob> live = session(options.socketPath);
+  relay.stop();
+  ASSERT_NO_FATAL_FAILURE(play(events));
+  EXPECT_EQ(live, session(path()));
+}
+
+class OrbdSimRecordingTest : public OrbdSimTest {
+ protected:
+  std::string file() const { return mDirectory + "/recording"; }
+  std::string errorOf(const std::string& text) const {
+    std::ofstream(file()) << text;
+    std::vector<RecordedEvent> events;
+    std::string error;
+    EXPECT_FALSE(orbsim::readRecording(file(), events, error)) << text;
+    EXPECT_EQ(0u, error.find(file() + ":")) << error;
+    return error.substr(file().size() + 1);
+  }
+};
+
+TEST_F(OrbdSimRecordingTest, WhatIsWrittenIsRead) {
+  const std::vector<RecordedEvent> written = Script()
+                                                 .open()
+                                                 .at(1)
+                                                 .handshake()
+                                                 .at(86400123)
+                                                 .asked({0, 255, 16})
+                                                 .end(Direction::kToClient)
+                                                 .end(Direction::kToDaemon)
+                                                 .events();
+  orbsim::RecordingWriter writer;
+  ASSERT_TRUE(writer.open(file())) << writer.error();
+  for (const RecordedEvent& event : written) writer.write(event);
+  ASSERT_EQ("", writer.error());
+  std::vector<RecordedEvent> read;
+  std::string error;
+  ASSERT_TRUE(orbsim::readRecording(file(), read, error)) << error;
+  ASSERT_EQ(written.size(), read.size());
+  for (size_t i = 0; i < read.size(); ++i) {
+    EXPECT_EQ(written[i].time, read[i].time);
+    EXPECT_EQ(written[i].connection, read[i].connection);
+    EXPECT_EQ(written[i].kind, read[i].kind);
+    EXPECT_EQ(written[i].bytes, read[i].bytes);
+    if (written[i].kind != RecordedEvent::Kind::kOpen) {
+      EXPECT_EQ(written[i].direction, read[i].direction);
+    }
+  }
+}
+
+TEST_F(OrbdSimRecordingTest, FileIsAsDocumented) {
+  orbsim::RecordingWriter writer;
+  ASSERT_TRUE(writer.open(file()));
+  RecordedEvent event;
+  event.connection = 1;
+  event.process = 4711;
+  writer.write(event);
+  event.process = 0;
+  writer.write(event);
+  event.time = microseconds(1500);
+  event.kind = RecordedEvent::Kind::kBytes;
+  event.direction = Direction::kToClient;
+  event.bytes = {1, 0xab};
+  writer.write(event);
+  event.kind = RecordedEvent::Kind::kEnd;
+  writer.write(event);
+  event.kind = RecordedEvent::Kind::kClosed;
+  writer.write(event);
+  std::ifstream in(file());
+  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  EXPECT_EQ(
+      "{\"orbd-sim-recording\":1}\n"
+      "{\"time\":0.0,\"connection\":1,\"event\":\"open\",\"pid\":4711}\n"
+      "{\"time\":0.0,\"connection\":1,\"event\":\"open\",\"pid\":null}\n"
+      "{\"time\":0.0015,\"connection\":1,\"event\":\"bytes\",\"direction\":\"to-client\",\"bytes\":"
+      "\"01ab\"}\n"
+      "{\"time\":0.0015,\"connection\":1,\"event\":\"end\",\"direction\":\"to-client\"}\n"
+      "{\"time\":0.0015,\"connection\":1,\"event\":\"closed\"}\n",
+      text);
+}
+
+// A relay that was killed may leave a part of its last line.
+TEST_F(OrbdSimRecordingTest, LastLineThatIsCutIsNotCounted) {
+  std::ofstream(file()) << "{\"orbd-sim-recording\":1}\n"
+                           "{\"time\":0,\"connection\":1,\"event\":\"open\"}\n"
+                           "{\"time\":1,\"connec";
+  std::vector<RecordedEvent> events;
+  std::string error;
+  EXPECT_TRUE(orbsim::readRecording(file(), events, error)) << error;
+  EXPECT_EQ(1u, events.size());
+}
+
+TEST_F(OrbdSimRecordingTest, WhatIsNoneIsSaid) {
+  const std::string head = "{\"orbd-sim-recording\":1}\n";
+  const std::string missing = " a key is missing or of another type";
+  EXPECT_EQ(" this is no recording", errorOf(""));
+  EXPECT_EQ("1: this is no recording", errorOf("text\n"));
+  EXPECT_EQ("1: this is no recording", errorOf("[]\n"));
+  EXPECT_EQ("1: a recording of another version", errorOf("{\"orbd-sim-recording\":2}\n"));
+  EXPECT_EQ("2: this is no JSON", errorOf(head + "{\n{}\n"));
+  EXPECT_EQ("2:" + missing, errorOf(head + "{}\n"));
+  EXPECT_EQ("2:" + missing, errorOf(head + "[]\n"));
+  EXPECT_EQ("2:" + missing, errorOf(head + "{\"time\":\"0\",\"connection\":1}\n"));
+  EXPECT_EQ("2: a time that cannot be", errorOf(head + "{\"time\":-1}\n"));
+  EXPECT_EQ("2: a time that cannot be", errorOf(head + "{\"time\":1e300}\n"));
+  const std::string event = head + "{\"time\":0,\"connection\":1,\"event\":";
+  EXPECT_EQ("2: no such event", errorOf(event + "\"other\"}\n"));
+  EXPECT_EQ("2:" + missing, errorOf(event + "\"end\"}\n"));
+  EXPECT_EQ("2: no such direction", errorOf(event + "\"end\",\"direction\":\"up\"}\n"));
+  const std::string bytes = event + "\"bytes\",\"direction\":\"to-client\",\"bytes\":";
+  EXPECT_EQ("2: bytes that are not in hexadecimal", errorOf(bytes + "\"0\"}\n"));
+  EXPECT_EQ("2: bytes that are not in hexadecimal", errorOf(bytes + "\"0g\"}\n"));
+  EXPECT_EQ("2:" + missing, errorOf(bytes + "1}\n"));
+}
+
+TEST_F(OrbdSimRecordingTest, FileThatCannotBeOpenedIsNamedWithTheCause) {
+  std::vector<RecordedEvent> events;
+  std::string error;
+  EXPECT_FALSE(orbsim::readRecording(mDirectory + "/none", events, error));
+  EXPECT_EQ(mDirectory + "/none: " + strerror(ENOENT), error);
+  EXPECT_FALSE(orbsim::readRecording(mDirectory, events, error));
+  EXPECT_EQ(mDirectory + ": " + strerror(EISDIR), error);
+  orbsim::RecordingWriter writer;
+  EXPECT_FALSE(writer.open(mDirectory + "/none/file"));
+  EXPECT_EQ(mDirectory + "/none/file: " + strerror(ENOENT), writer.error());
+}
+
+TEST_F(OrbdSimRecordingTest, FullDiskIsTold) {
+  orbsim::RecordingWriter writer;
+  EXPECT_FALSE(writer.open("/dev/full"));
+  EXPECT_EQ(std::string("/dev/full: ") + strerror(ENOSPC), writer.error());
+}
+
+}  // namespace
+}  // namespace orbsimtest
