@@ -131,6 +131,26 @@ exec 6<&-
 run "$work/unread" 1 1 1
 end "$relay"
 end "$daemon"
+
+echo "a reader that takes its time holds nobody up"
+serve "$work/daemon" "$work/daemon.log" -q -s "$work/daemon" -i 1
+daemon=$served
+exec 6< <(exec "$simulator" relay -tj --to "$work/daemon")
+relay=$!
+until [[ -S /dev/socket/orb ]]; do
+  kill -0 "$relay" || fail "not served"
+done
+# A pipe holds 64 KiB, and these make more.
+run "$work/unread" 200 200 1
+kill "$relay"
+lines=$(cat <&6)
+exec 6<&-
+wait "$relay" || fail "exit status $?"
+((${#lines} > 100000)) || fail "only ${#lines} bytes of trace"
+[[ $lines == *'"text":"stopped"}' ]] || fail "the last line is ${lines: -100}"
+end "$daemon"
+
+echo "a full disk"
 status=0
 "$simulator" relay -t --to "$work/daemon" >/dev/full 2>"$work/err" &
 relay=$!

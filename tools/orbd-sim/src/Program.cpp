@@ -5,12 +5,15 @@
 
 #include <signal.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 namespace orbsim {
 namespace {
+
+// What may wait for a reader.
+constexpr size_t kMaxBytes = size_t{64} << 20;
 
 sigset_t endingSignals() {
   sigset_t ending;
@@ -20,16 +23,13 @@ sigset_t endingSignals() {
   return ending;
 }
 
-void print(std::string line) {
-  static std::atomic<bool> readerIsGone{false};
-  if (readerIsGone.load()) return;
-  line += '\n';
+// False when nobody will ever read it, which is no failure: nobody misses the rest.
+bool writeLine(const std::string& line) {
   const size_t written = std::fwrite(line.data(), 1, line.size(), stdout);
-  if ((written < line.size() || std::fflush(stdout) != 0) && errno == EPIPE) {
-    // Which is no failure: nobody misses the rest.
-    readerIsGone.store(true);
-    std::clearerr(stdout);
-  }
+  if (written == line.size() && std::fflush(stdout) == 0) return true;
+  if (errno != EPIPE) return true;  // the program's end tells
+  std::clearerr(stdout);
+  return false;
 }
 
 }  // namespace
@@ -45,17 +45,63 @@ void waitForEnd() {
   int signal = 0;
   while (sigwait(&ending, &signal) != 0) {
   }
+  pthread_sigmask(SIG_UNBLOCK, &ending, nullptr);
 }
 
-std::function<void(const std::string&)> Output::log() const {
-  return [json = mJson](const std::string& line) {
-    const auto now = std::chrono::system_clock::now();
-    print(json ? logJson(now, line) : logText(now, line));
-  };
+Output::~Output() {
+  {
+    const std::lock_guard<std::mutex> lock(mLock);
+    mEnding = true;
+  }
+  mChanged.notify_all();
+  if (mThread.joinable()) mThread.join();
 }
 
-TraceSink Output::trace() const {
-  return [json = mJson](const TraceItem& item) { print(json ? traceJson(item) : traceText(item)); };
+std::function<void(const std::string&)> Output::log() {
+  return [this](const std::string& text) { print(logLine(text)); };
+}
+
+TraceSink Output::trace() {
+  return [this](const TraceItem& item) { print(mJson ? traceJson(item) : traceText(item)); };
+}
+
+std::string Output::logLine(const std::string& text) const {
+  const auto now = std::chrono::system_clock::now();
+  return mJson ? logJson(now, text) : logText(now, text);
+}
+
+void Output::print(std::string line) {
+  line += '\n';
+  const std::lock_guard<std::mutex> lock(mLock);
+  if (mBytes + line.size() > kMaxBytes) {
+    ++mDropped;
+    return;
+  }
+  mBytes += line.size();
+  mLines.push_back(std::move(line));
+  if (!mThread.joinable()) mThread = std::thread(&Output::write, this);
+  mChanged.notify_all();
+}
+
+void Output::write() {
+  std::unique_lock<std::mutex> lock(mLock);
+  for (bool read = true;;) {
+    mChanged.wait(lock, [this] { return mEnding || !mLines.empty() || mDropped > 0; });
+    if (mLines.empty() && mDropped == 0) return;
+    std::string line;
+    if (mLines.empty()) {
+      line = logLine(std::to_string(std::exchange(mDropped, 0)) +
+                     " lines were left out: nobody read them in time") +
+             "\n";
+    } else {
+      line = std::move(mLines.front());
+      mLines.pop_front();
+      mBytes -= line.size();
+    }
+    lock.unlock();
+    read = read && writeLine(line);
+    lock.lock();
+  }
 }
 
 }  // namespace orbsim

@@ -3,8 +3,14 @@
 
 #pragma once
 
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
 #include <functional>
+#include <mutex>
 #include <string>
+#include <thread>
 
 #include "orbsim/Trace.h"
 
@@ -13,20 +19,37 @@ namespace orbsim {
 // From here on, and in threads that start later, SIGINT and SIGTERM wait for waitForEnd(). A reader
 // of the output that goes away does not take the program with it.
 void holdSignals();
-// Until one of the two comes.
+// Until one of the two comes. Another one then ends the program at once.
 void waitForEnd();
 
 // What is printed on standard output, one line for each thing: text, or JSON Lines. Any thread may
-// print; a line is written in one piece.
+// print and none waits for the reader: a thread of its own writes, started by the first line, so
+// after holdSignals(). Of what a reader leaves lying for long, the newest is dropped and counted.
+// The sinks must not be used any more when it is destroyed, which writes what is left. `mLock`
+// guards all but the form; it is not held while a line is written.
 class Output {
  public:
   explicit Output(bool json) : mJson(json) {}
+  ~Output();
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
 
-  std::function<void(const std::string&)> log() const;
-  TraceSink trace() const;
+  std::function<void(const std::string&)> log();
+  TraceSink trace();
 
  private:
+  std::string logLine(const std::string& text) const;
+  void print(std::string line);
+  void write();
+
   const bool mJson;
+  std::mutex mLock;
+  std::condition_variable mChanged;
+  std::deque<std::string> mLines;
+  size_t mBytes = 0;      // of the lines
+  uint64_t mDropped = 0;  // not told yet
+  bool mEnding = false;
+  std::thread mThread;
 };
 
 }  // namespace orbsim

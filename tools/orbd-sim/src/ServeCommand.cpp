@@ -73,7 +73,7 @@ int fail(const std::string& reason) {
 }
 
 int serve(const Arguments& arguments) {
-  const Output output(arguments.json);
+  Output output(arguments.json);
   Options options;
   options.socketPath = arguments.socket;
   options.reportInterval = std::chrono::milliseconds(numberOf(arguments.interval));
