@@ -45,6 +45,9 @@ check() {
   # shellcheck disable=SC2016
   inside '[[ -d /proc/$$/task/$$ ]]' || fail "/proc does not know the processes"
 
+  # Where the system lets its users have terminals of their own.
+  ! bwrap --ro-bind / / --dev /dev -- true 2>/dev/null || inside ': <>/dev/ptmx' || fail "terminals"
+
   expect_status 0 "$leave"
   nothing_left "a daemon"
   expect_status 7 "$leave; exit 7"
