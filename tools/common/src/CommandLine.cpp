@@ -83,7 +83,7 @@ std::optional<int> CommandLine::parse(int argc, const char* const* argv) {
   } catch (const CLI::Success& wanted) {
     return mApp.exit(wanted);
   } catch (const CLI::RequiredError& error) {
-    const std::vector<std::string> unknown = mApp.remaining();
+    const std::vector<std::string> unknown = mApp.remaining(true);
     if (!unknown.empty()) return refuse("no such command or option: " + unknown.front());
     if (mShell.empty()) return refuse(reasonOf(error));
   } catch (const CLI::ParseError& error) {
