@@ -84,6 +84,7 @@ TEST_F(Installed, AreTheLibraryTheStandInsAndTheTools) {
   }
   const std::set<std::string> expected = {"libOrbSdlSdk.so." ORB_VERSION,
                                           "orbd-sim",
+                                          "orbctl",
                                           "orblog",
                                           "liblog.so",
                                           "libcutils.so",

@@ -3,11 +3,12 @@
 # Copyright (c) 2026 The OrbSdlSdk authors
 # The platform is one of two. A device's library is linked to stubs of the device's libraries, which are
 # not installed, nor is anything that stands for the device: platform.sh WORK CMAKE SOURCES LIBRARY
-# ORBLOG, the last two in place of those that a build for a device makes.
+# ORBLOG ORBCTL, the last three in place of those that a build for a device makes.
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 library=$4
 orblog=$5
+orbctl=$6
 
 refused() { # refused SENTENCE OPTION...
   local sentence=$1
@@ -43,10 +44,11 @@ readelf -d "$device/platform/device/libdiag.so" | grep -q 'soname: \[libdiag.so.
   fail "the device's own name of libdiag is not used"
 
 cp -a "${library%.so*}".so* "$device/"
-mkdir -p "$device/tools/orblog"
+mkdir -p "$device/tools/orblog" "$device/tools/orbctl"
 cp "$orblog" "$device/tools/orblog/"
+cp "$orbctl" "$device/tools/orbctl/"
 run "$cmake" --install "$device" --prefix "$work/prefix"
 strays=$(cd "$work/prefix" && find . -type f -o -type l | grep -v -E \
-  '^\./(lib/libOrbSdlSdk\.so[.0-9]*|lib/(cmake/OrbSdlSdk|pkgconfig)/.*|include/orb/.*\.h|bin/orblog|share/man/.*)$') || true
+  '^\./(lib/libOrbSdlSdk\.so[.0-9]*|lib/(cmake/OrbSdlSdk|pkgconfig)/.*|include/orb/.*\.h|bin/(orblog|orbctl)|share/man/.*)$') || true
 [[ -z $strays ]] || fail "installed for a device, too: $strays"
 rm -rf "$work"
