@@ -53,8 +53,9 @@ TEST_F(OrblogSelection, JsonHasTheTimeOfTheWholeDay) {
   const std::string file = write("orb_log_p0_00", {lineAt("10:54:01 PM.161", "late", 'E')});
   expect(decrypt({"--json", file}),
          "{\"time\":\"2025-05-24 22:54:01.161\",\"pid\":1234,\"tid\":1240,\"level\":\"E\","
-         "\"tag\":\"ORB\",\"message\":\"late\",\"file\":\"" +
-             file + "\",\"offset\":512}\n");
+         "\"tag\":\"ORB\",\"unit\":null,\"function\":null,\"line\":null,\"message\":\"late\","
+         "\"file\":\"" +
+             file + "\",\"offset\":512,\"parsed\":true}\n");
 }
 
 TEST_F(OrblogSelection, LinesOfBothFormsAreMerged) {

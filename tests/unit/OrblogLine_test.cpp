@@ -172,13 +172,13 @@ TEST(OrblogText, JsonHoldsNoControlCharacters) {
   appendJson(out,
              "\x7f\xC2\x80\xC2\x9B"
              "31m\xC2\x9F\xC2\xA0");
-  EXPECT_EQ(out, "\"\\u007f\\u0080\\u009b31m\\u009f\xC2\xA0\"");
+  EXPECT_EQ(out, "\"\\u007f\\u0080\\u009b31m\\u009f\\u00a0\"");
 }
 
 TEST(OrblogText, JsonStringsAreWellFormed) {
   std::string out;
   appendJson(out, "a\"b\\c\n\x7f\xC3\xBC\xFF");
-  EXPECT_EQ(out, "\"a\\\"b\\\\c\\u000a\\u007f\xC3\xBC\\ufffd\"");
+  EXPECT_EQ(out, "\"a\\\"b\\\\c\\n\\u007f\\u00fc\\ufffd\"");
 }
 
 // What a file holds; given in pieces of so many records.

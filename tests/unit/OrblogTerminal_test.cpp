@@ -56,9 +56,26 @@ class OrblogTerminal : public testing::Test {
 };
 
 TEST_F(OrblogTerminal, GetsNoControlCharacters) {
+  setenv("NO_COLOR", "1", 1);
   write({lineAt("10:00:01.000", "a\x1b]0;title\x07z\tb")});
   EXPECT_EQ(decryptOnTerminal(STDOUT_FILENO),
             lineAt("10:00:01.000", "a\\x1b]0;title\\x07z\tb") + "\r\n");
+}
+
+TEST_F(OrblogTerminal, GetsColoursUnlessTheUserOrTheTerminalHasNone) {
+  const std::string line = lineAt("10:00:01.000", "a\x1b[7m", 'W'),
+                    safe = lineAt("10:00:01.000", "a\\x1b[7m", 'W');
+  write({line});
+  setenv("TERM", "xterm", 1);
+  unsetenv("NO_COLOR");
+  EXPECT_EQ(decryptOnTerminal(STDOUT_FILENO), "\x1b[33m" + safe + "\x1b[0m\r\n");
+  setenv("NO_COLOR", "", 1);
+  EXPECT_EQ(decryptOnTerminal(STDOUT_FILENO), "\x1b[33m" + safe + "\x1b[0m\r\n");
+  setenv("NO_COLOR", "1", 1);
+  EXPECT_EQ(decryptOnTerminal(STDOUT_FILENO), safe + "\r\n");
+  unsetenv("NO_COLOR");
+  setenv("TERM", "dumb", 1);
+  EXPECT_EQ(decryptOnTerminal(STDOUT_FILENO), safe + "\r\n");
 }
 
 TEST_F(OrblogTerminal, SeesTheProgressOfALongRead) {

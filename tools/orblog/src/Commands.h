@@ -2,19 +2,39 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// The commands of orblog. Each reads its own part of the command line, whose first word is the
-// command, and returns the exit status.
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "orblog/Colour.h"
+#include "orblog/KeyFiles.h"
+#include "orblog/LinePrinter.h"
+
+// The commands of orblog: what the command line gives each of them, and the exit status that it
+// gives back.
 namespace orblog {
 
-constexpr int kExitDone = 0;
-constexpr int kExitFailed = 1;  // something could not be read or written
-constexpr int kExitUsage = 2;
+struct DecryptRequest {
+  std::string key, passphraseFile;
+  bool follow = false;
+  bool json = false;
+  ColourWish colour = ColourWish::Auto;
+  std::optional<size_t> lastLines;
+  Selection selection;
+  std::vector<std::string> files;
+};
 
-int runDecrypt(int argc, char** argv);
-int runInfo(int argc, char** argv);
-int runKeygen(int argc, char** argv);
+struct InfoRequest {
+  std::string key, passphraseFile;
+  std::vector<std::string> files;
+};
 
-// One line that names what is wrong with the command line.
-int refuse(const char* command, const char* format, ...) __attribute__((format(printf, 2, 3)));
+int runDecrypt(const DecryptRequest& request);
+int runInfo(const InfoRequest& request);
+int runKeygen(const KeyFilesRequest& request);
+
+// Reads the command line and runs the command that it names.
+int runOrblog(int argc, char** argv);
 
 }  // namespace orblog

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 // orblog info: what encrypted log files hold, as far as it can be told with and without the key.
-#include <getopt.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,55 +17,10 @@
 #include "orblog/LogFiles.h"
 #include "orblog/LogLine.h"
 #include "orblog/Text.h"
+#include "orbtool/Run.h"
 
 namespace orblog {
 namespace {
-
-const char kHelp[] =
-    "Usage: orblog info [OPTIONS] FILE|DIR...\n"
-    "Tell what encrypted log files hold: size, records by their lengths and the size of the\n"
-    "key that the header is made for; with the private key also whether it fits, how many\n"
-    "records can be read and the time that they cover.\n"
-    "\n"
-    "  -k, --key FILE           The RSA private key in PEM form (PKCS#1 or PKCS#8).\n"
-    "  -p, --passphrase-file FILE\n"
-    "                           The first line of FILE opens an encrypted key. [Default: ask]\n"
-    "  -h, --help               Print this text and exit.\n"
-    "\n"
-    "Exit status: 0 all was read, 1 something could not be read, 2 wrong arguments.\n"
-    "Example: orblog info --key orb_log_private.pem /data/vendor/orb_logs\n";
-
-struct Arguments {
-  std::string key, passphraseFile;
-  std::vector<std::string> files;
-};
-
-// The exit status when the program is to end now, -1 when it is to go on.
-int parseArguments(int argc, char** argv, Arguments& arguments) {
-  static const option kOptions[] = {{"key", required_argument, nullptr, 'k'},
-                                    {"passphrase-file", required_argument, nullptr, 'p'},
-                                    {"help", no_argument, nullptr, 'h'},
-                                    {nullptr, 0, nullptr, 0}};
-  int choice = 0;
-  while ((choice = getopt_long(argc, argv, "k:p:h", kOptions, nullptr)) != -1) {
-    switch (choice) {
-      case 'k':
-        arguments.key = optarg;
-        break;
-      case 'p':
-        arguments.passphraseFile = optarg;
-        break;
-      case 'h':
-        std::fputs(kHelp, stdout);
-        return kExitDone;
-      default:
-        return kExitUsage;  // getopt_long has said why
-    }
-  }
-  arguments.files.assign(argv + optind, argv + argc);
-  if (arguments.files.empty()) return refuse("info", "no file or directory is given");
-  return -1;
-}
 
 // Where the lengths lead.
 struct Walk {
@@ -226,27 +180,23 @@ void Informer::tellContents(LogSource& source, uint64_t size) {
 
 }  // namespace
 
-int runInfo(int argc, char** argv) {
-  Arguments arguments;
-  const int status = parseArguments(argc, argv, arguments);
-  if (status >= 0) return status;
+int runInfo(const InfoRequest& request) {
   Console console;
   std::optional<PrivateKey> key;
-  if (!arguments.key.empty()) {
+  if (!request.key.empty()) {
     std::string error;
-    key = PrivateKey::load(arguments.key, arguments.passphraseFile, error);
+    key = PrivateKey::load(request.key, request.passphraseFile, error);
     if (!key) {
       console.problem(error);
-      return kExitFailed;
+      return orbtool::kExitFailed;
     }
-    if (!key->warning().empty()) console.note(arguments.key + ": " + key->warning());
+    if (!key->warning().empty()) console.note(request.key + ": " + key->warning());
   }
-  const FileList list = findLogFiles(arguments.files);
+  const FileList list = findLogFiles(request.files);
   for (const std::string& problem : list.problems) console.problem(problem);
   Informer(key ? &*key : nullptr, console).tellAll(list.files);
   console.reportUntold();
-  if (std::fflush(stdout) != 0) console.problem("standard output does not take the lines");
-  return console.hadProblem() ? kExitFailed : kExitDone;
+  return console.hadProblem() ? orbtool::kExitFailed : orbtool::kExitDone;
 }
 
 }  // namespace orblog

@@ -2,14 +2,37 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "orblog/LinePrinter.h"
 
+#include <algorithm>
+
+#include "orblog/Colour.h"
 #include "orblog/Text.h"
 
 namespace orblog {
 namespace {
 
+constexpr size_t kPiece = size_t{32} << 10;
+
 void appendMember(std::string& out, const char* name, std::string_view text) {
   out += name;
   appendJson(out, text);
+}
+
+void appendMember(std::string& out, const char* name, uint64_t number) {
+  out += name;
+  out += std::to_string(number);
+}
+
+// The message has a tag of its own, as a rule the record's; only then nothing is lost by splitting.
+void appendMessage(std::string& out, const LogLine& line) {
+  const std::optional<MessageParts> parts = parseMessage(line.message);
+  if (parts && parts->tag == line.tag) {
+    appendMember(out, ",\"unit\":", parts->unit);
+    appendMember(out, ",\"function\":", parts->function);
+    appendMember(out, ",\"line\":", parts->line);
+    appendMember(out, ",\"message\":", parts->text);
+  } else {
+    appendMember(out, ",\"unit\":null,\"function\":null,\"line\":null,\"message\":", line.message);
+  }
 }
 
 // One object per line, always with the same members in the same order; those that a text does not
@@ -17,52 +40,113 @@ void appendMember(std::string& out, const char* name, std::string_view text) {
 void appendObject(std::string& out, const std::string& file, const Record& record,
                   const std::optional<LogLine>& line) {
   if (line) {
-    appendMember(out, "{\"time\":", line->time);
-    out += ",\"pid\":" + std::to_string(line->pid) + ",\"tid\":" + std::to_string(line->tid);
+    appendMember(out, "{\"time\":", line->time.view());
+    appendMember(out, ",\"pid\":", static_cast<uint64_t>(line->pid));
+    appendMember(out, ",\"tid\":", line->tid);
     appendMember(out, ",\"level\":", std::string_view(&line->level, 1));
     appendMember(out, ",\"tag\":", line->tag);
-    appendMember(out, ",\"message\":", line->message);
+    appendMessage(out, *line);
   } else {
-    out += "{\"time\":null,\"pid\":null,\"tid\":null,\"level\":null,\"tag\":null";
-    appendMember(out, ",\"message\":", record.text);
+    appendMember(out,
+                 "{\"time\":null,\"pid\":null,\"tid\":null,\"level\":null,\"tag\":null,"
+                 "\"unit\":null,\"function\":null,\"line\":null,\"message\":",
+                 record.text);
   }
   appendMember(out, ",\"file\":", file);
-  out += ",\"offset\":" + std::to_string(record.offset) + "}";
+  appendMember(out, ",\"offset\":", record.offset);
+  out += line ? ",\"parsed\":true}" : ",\"parsed\":false}";
+}
+
+template <class Values, class Value>
+bool isAmong(const Values& values, const Value& value) {
+  return values.empty() || std::find(values.begin(), values.end(), value) != values.end();
 }
 
 }  // namespace
 
 bool Selection::takes(const std::optional<LogLine>& line, Stamp stamp) const {
-  if (line && levelRank(line->level) < leastLevel) return false;
+  if (line && (levelRank(line->level) < leastLevel || !isAmong(pids, line->pid) ||
+               !isAmong(tags, line->tag)))
+    return false;
   if (stamp == kNoStamp) return true;
   return (!since || stamp >= *since) && (!until || stamp <= *until);
 }
 
+bool LinePrinter::needsLine() const { return mForm == Form::Json || mForm == Form::Colour; }
+
 void LinePrinter::print(const std::string& file, const Record& record, Stamp stamp) {
-  const bool needsLine = mForm == Form::Json || !mSelection.takesAll();
-  const std::optional<LogLine> line = needsLine ? parseLine(record.text) : std::nullopt;
+  if (mSelection.grep != nullptr && !mSelection.grep->isIn(record.text)) return;
+  const bool parses = needsLine() || !mSelection.takesAll();
+  const std::optional<LogLine> line = parses ? parseLine(record.text) : std::nullopt;
   const bool taken = mSelection.takes(line, stamp);
   if (!line && !mSelection.takesAll()) {
     Unjudged& unjudged = mUnjudged[file];
     ++(taken ? unjudged.printed : unjudged.leftOut);
   }
   if (!taken) return;
-  mBuffer.clear();
+  if (mMostKept) {
+    keep(file, record);
+  } else {
+    write(file, record, line);
+  }
+}
+
+void LinePrinter::keepLast(size_t count) {
+  mMostKept = count;
+  mKept.clear();
+  mOldest = 0;
+}
+
+// The strings of the line that goes are used for the one that comes.
+void LinePrinter::keep(const std::string& file, const Record& record) {
+  if (mKept.size() < *mMostKept) {
+    mKept.push_back({file, record});
+  } else if (!mKept.empty()) {
+    mKept[mOldest].file = file;
+    mKept[mOldest].record = record;
+    mOldest = (mOldest + 1) % mKept.size();
+  }
+}
+
+void LinePrinter::writeKept() {
+  mMostKept.reset();
+  const std::vector<Kept> all = std::exchange(mKept, {});
+  for (size_t i = 0; i < all.size(); ++i) {
+    const Kept& kept = all[(mOldest + i) % all.size()];
+    write(kept.file, kept.record,
+          needsLine() ? parseLine(kept.record.text) : std::optional<LogLine>());
+  }
+}
+
+void LinePrinter::write(const std::string& file, const Record& record,
+                        const std::optional<LogLine>& line) {
   switch (mForm) {
     case Form::Text:
-      mBuffer = record.text;
+      mBuffer += record.text;
       break;
     case Form::SafeText:
-      mBuffer = terminalSafe(record.text);
+      mBuffer += terminalSafe(record.text);
+      break;
+    case Form::Colour:
+      appendColoured(mBuffer, line ? line->level : 'X', terminalSafe(record.text));
       break;
     case Form::Json:
       appendObject(mBuffer, file, record, line);
       break;
   }
   mBuffer += '\n';
-  std::fwrite(mBuffer.data(), 1, mBuffer.size(), mOut);
+  if (mBuffer.size() >= kPiece) put();
 }
 
-bool LinePrinter::flush() { return std::fflush(mOut) == 0 && std::ferror(mOut) == 0; }
+void LinePrinter::put() {
+  mFailed = mFailed || std::fwrite(mBuffer.data(), 1, mBuffer.size(), mOut) < mBuffer.size();
+  mBuffer.clear();
+}
+
+bool LinePrinter::flush() {
+  put();
+  mFailed = mFailed || std::fflush(mOut) != 0;
+  return !mFailed;
+}
 
 }  // namespace orblog

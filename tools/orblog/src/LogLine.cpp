@@ -119,14 +119,49 @@ bool takeTime(Scanner& in, Fields& fields) {
 }
 
 // The time of a line that begins with a time of so many characters, with the hour of 24.
-std::string wholeDayTime(std::string_view text, size_t size, int hour) {
-  std::string time(text.substr(0, kSecondSize));
+TimeText wholeDayTime(std::string_view text, size_t size, int hour) {
+  TimeText time(text.substr(0, kSecondSize));
   time[kHourPlace] = static_cast<char>('0' + hour / 10);
   time[kHourPlace + 1] = static_cast<char>('0' + hour % 10);
-  return time.append(text.substr(size - kMillisSize, kMillisSize));
+  for (size_t i = 0; i < kMillisSize; ++i) time[kSecondSize + i] = text[size - kMillisSize + i];
+  return time;
+}
+
+// The place of the first blank behind a colon and digits; npos when there is none.
+size_t endOfHead(std::string_view text) {
+  for (size_t blank = text.find(' '); blank != std::string_view::npos;
+       blank = text.find(' ', blank + 1)) {
+    size_t digits = blank;
+    while (digits > 0 && text[digits - 1] >= '0' && text[digits - 1] <= '9') --digits;
+    if (digits < blank && digits > 0 && text[digits - 1] == ':') return blank;
+  }
+  return std::string_view::npos;
 }
 
 }  // namespace
+
+Stamp stampOf(const tm& local, int millisecond) {
+  return Fields{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
+                local.tm_min,         local.tm_sec,     millisecond}
+      .stamp();
+}
+
+tm fieldsOf(Stamp stamp, int& millisecond) {
+  const auto take = [&stamp](int radix) {
+    const int value = static_cast<int>(stamp % radix);
+    stamp /= radix;
+    return value;
+  };
+  tm fields = {};
+  millisecond = take(1000);
+  fields.tm_sec = take(61);
+  fields.tm_min = take(60);
+  fields.tm_hour = take(24);
+  fields.tm_mday = take(31) + 1;
+  fields.tm_mon = take(12);
+  fields.tm_year = static_cast<int>(stamp) - 1900;
+  return fields;
+}
 
 int levelRank(char letter) {
   constexpr char kLetters[] = "XVDIWEF";
@@ -157,6 +192,26 @@ std::optional<LogLine> parseLine(std::string_view text) {
   line.tag = in.rest().substr(0, colon);
   line.message = in.rest().substr(colon + 3);
   return line;
+}
+
+std::optional<MessageParts> parseMessage(std::string_view message) {
+  MessageParts parts;
+  if (message.empty() || message.front() != '|') return std::nullopt;
+  const size_t bar = message.find('|', 1);
+  if (bar == std::string_view::npos) return std::nullopt;
+  parts.tag = message.substr(1, bar - 1);
+  message.remove_prefix(bar + 1);
+  const size_t colons = message.find("::");
+  const size_t blank = endOfHead(message);
+  if (colons == std::string_view::npos || blank == std::string_view::npos) return std::nullopt;
+  const size_t colon = message.rfind(':', blank);
+  if (colon < colons + 2) return std::nullopt;
+  parts.unit = message.substr(0, colons);
+  parts.function = message.substr(colons + 2, colon - colons - 2);
+  Scanner number(message.substr(colon + 1, blank - colon - 1));
+  if (!number.takeNumber(parts.line)) return std::nullopt;
+  parts.text = message.substr(blank + 1);
+  return parts;
 }
 
 std::optional<Stamp> parseMoment(std::string_view text, const tm& today, bool latest) {

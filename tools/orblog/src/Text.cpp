@@ -2,8 +2,10 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "orblog/Text.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 
 namespace orblog {
 namespace {
@@ -39,6 +41,10 @@ bool isControl(char32_t character) {
   return character < 0x20 || (character >= 0x7F && character < 0xA0);
 }
 
+bool needsNoEscape(char letter) {
+  return letter >= 0x20 && letter < 0x7F && letter != '"' && letter != '\\';
+}
+
 void appendEscape(std::string& out, const char* format, unsigned value) {
   char escape[8];
   std::snprintf(escape, sizeof escape, format, value);
@@ -64,23 +70,16 @@ std::string terminalSafe(std::string_view text) {
 }
 
 void appendJson(std::string& out, std::string_view text) {
-  out += '"';
-  while (!text.empty()) {
-    size_t size = 0;
-    const char32_t character = firstCharacter(text, size);
-    if (character == kInvalid) {
-      out += "\\ufffd";
-    } else if (character == '"' || character == '\\') {
-      out += '\\';
-      out += text[0];
-    } else if (isControl(character)) {
-      appendEscape(out, "\\u%04x", static_cast<unsigned>(character));
-    } else {
-      out += text.substr(0, size);
-    }
-    text.remove_prefix(size);
+  // Nearly all texts are their own JSON, and the library's writer looks at each character.
+  if (std::all_of(text.begin(), text.end(), needsNoEscape)) {
+    out += '"';
+    out += text;
+    out += '"';
+    return;
   }
-  out += '"';
+  // All beyond ASCII is escaped, so that no terminal finds a control character in it.
+  using nlohmann::json;
+  out += json(text).dump(-1, ' ', true, json::error_handler_t::replace);
 }
 
 }  // namespace orblog

@@ -12,7 +12,8 @@ namespace orblog {
 // daemon put there.
 std::string terminalSafe(std::string_view text);
 
-// Appends the text as a JSON string with its quotes; bytes that are no UTF-8 become U+FFFD.
+// Appends the text as a JSON string with its quotes, in ASCII; bytes that are no UTF-8 become
+// U+FFFD.
 void appendJson(std::string& out, std::string_view text);
 
 }  // namespace orblog
