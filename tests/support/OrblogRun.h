@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -19,11 +20,19 @@
 
 namespace orblogtest {
 
-// The program, running, with both its outputs in pipes.
+// How the program is started, beyond its arguments.
+struct Start {
+  Start(int most = -1) : descriptors(most) {}
+  int descriptors;               // so many files it may open at a time
+  std::string input;             // standard input is this file
+  int inputPipe = -1;            // or this end of a pipe
+  const char* output = nullptr;  // standard output is this file
+};
+
+// The program, running, with both its outputs in pipes and without a terminal.
 class Orblog {
  public:
-  // With `descriptors` it may open so many files at a time.
-  explicit Orblog(const std::vector<std::string>& arguments, int descriptors = -1) {
+  explicit Orblog(const std::vector<std::string>& arguments, const Start& start = {}) {
     std::array<int, 2> out = {}, err = {};
     if (pipe(out.data()) != 0 || pipe(err.data()) != 0) std::abort();
     std::vector<std::string> words = {built(ORBLOG_PROGRAM)};
@@ -33,10 +42,14 @@ class Orblog {
     argv.push_back(nullptr);
     mProcess = fork();
     if (mProcess == 0) {
+      setsid();
       dup2(out[1], STDOUT_FILENO);
       dup2(err[1], STDERR_FILENO);
       for (const int fd : {out[0], out[1], err[0], err[1]}) close(fd);
-      if (descriptors >= 0) limitDescriptors(descriptors);
+      if (!start.input.empty()) moveTo(open(start.input.c_str(), O_RDONLY), STDIN_FILENO);
+      if (start.inputPipe >= 0) moveTo(start.inputPipe, STDIN_FILENO);
+      if (start.output != nullptr) moveTo(open(start.output, O_WRONLY), STDOUT_FILENO);
+      if (start.descriptors >= 0) limitDescriptors(start.descriptors);
       execv(argv[0], argv.data());
       _exit(127);
     }
@@ -87,6 +100,10 @@ class Orblog {
   };
   static constexpr int kPatienceMs = 60000;
 
+  static void moveTo(int fd, int place) {
+    if (dup2(fd, place) < 0) _exit(127);
+    close(fd);
+  }
   // Beside the standard streams, which are all that it inherits.
   static void limitDescriptors(int count) {
     for (int fd = STDERR_FILENO + 1; fd < 1024; ++fd) close(fd);
@@ -130,8 +147,8 @@ struct Result {
   std::string out, err;
 };
 
-inline Result runOrblog(const std::vector<std::string>& arguments, int descriptors = -1) {
-  Orblog program(arguments, descriptors);
+inline Result runOrblog(const std::vector<std::string>& arguments, const Start& start = {}) {
+  Orblog program(arguments, start);
   const int status = program.wait();
   return {status, program.out(), program.err()};
 }

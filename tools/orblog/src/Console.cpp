@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "orblog/Console.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -44,6 +45,13 @@ void Console::reportUntold() {
       print(file + ": and " + std::to_string(count - kToldPerFile) + " places more like these");
   }
   mTold.clear();
+}
+
+// A pipe may lead to a pager.
+bool Console::mayGoOnBesideLines() const {
+  struct stat status = {};
+  return fstat(STDOUT_FILENO, &status) == 0 && isatty(STDOUT_FILENO) == 0 &&
+         (S_ISREG(status.st_mode) || S_ISCHR(status.st_mode));
 }
 
 void Console::startProgress(uint64_t total) {

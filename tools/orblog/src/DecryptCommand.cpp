@@ -4,7 +4,9 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <optional>
 #include <string>
 
@@ -22,6 +24,13 @@ void blockEndingSignals() {
   sigaddset(&ending, SIGINT);
   sigaddset(&ending, SIGTERM);
   sigprocmask(SIG_BLOCK, &ending, nullptr);
+}
+
+// Whoever does not read on knows it.
+int failWriting(int error) {
+  std::clearerr(stdout);
+  if (error != EPIPE) std::fprintf(stderr, "orblog: standard output: %s\n", std::strerror(error));
+  return orbtool::kExitFailed;
 }
 
 LinePrinter::Form formOf(const DecryptRequest& request) {
@@ -42,6 +51,8 @@ int runDecrypt(const DecryptRequest& request) {
     return orbtool::kExitFailed;
   }
   if (!key->warning().empty()) console.note(request.key + ": " + key->warning());
+  // The printer gathers lines itself, and no line that failed is tried again at the end.
+  std::setvbuf(stdout, nullptr, _IONBF, 0);
   LinePrinter printer(stdout, formOf(request), request.selection);
   if (request.lastLines) printer.keepLast(*request.lastLines);
   Decryption decryption(*key, printer, console);
@@ -49,7 +60,7 @@ int runDecrypt(const DecryptRequest& request) {
   decryption.readAll(request.files, request.follow);
   printer.writeKept();
   const bool followed = request.follow && follow(decryption, request.files);
-  if (!printer.flush()) return orbtool::kExitFailed;  // whoever flushes it at the end says why
+  if (!printer.flush()) return failWriting(printer.error());
   return followed || !console.hadProblem() ? orbtool::kExitDone : orbtool::kExitFailed;
 }
 

@@ -3,9 +3,13 @@
 #include "orblog/Decryption.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <optional>
 #include <utility>
+
+#include "orblog/FileStart.h"
+#include "orblog/InputStream.h"
 
 namespace orblog {
 namespace {
@@ -19,38 +23,50 @@ bool lacksEnd(const Finding& finding) {
   return finding.kind == Finding::Kind::CutRecord || finding.kind == Finding::Kind::HeaderCut;
 }
 
-// Gives the records of a file once more. The parser is as it was before it read them for the first
-// time, up to `end`, when with `finishes` nothing was to follow.
-class ReadAgain {
+// Gives the records of a file up to `end`, a few at a time; with `finishes` nothing is to follow.
+// What else the parser says of them is for `see`.
+class ReadPieces {
  public:
-  ReadAgain(LogSource& file, LogParser parser, uint64_t end, bool finishes, size_t room)
-      : mFile(file), mParser(std::move(parser)), mEnd(end), mFinishes(finishes), mRoom(room) {}
+  ReadPieces(LogSource& file, std::shared_ptr<LogParser> parser, uint64_t end, bool finishes,
+             size_t room, std::function<void(Parsed&)> see = {})
+      : mFile(file),
+        mParser(std::move(parser)),
+        mEnd(end),
+        mFinishes(finishes),
+        mRoom(room),
+        mSee(std::move(see)) {}
   std::vector<Record> operator()() {
     Parsed parsed;
     parsed.room = mRoom;
     while (mMore && parsed.records.empty()) {
       parsed.findings.clear();
-      mMore = mFile.readSome(mParser, mEnd, parsed);
-      if (!mMore && mFinishes) mParser.finish(parsed);
+      mMore = mFile.readSome(*mParser, mEnd, parsed);
+      if (!mMore && mFinishes) mParser->finish(parsed);
+      if (mSee) mSee(parsed);
     }
     // What it has beyond whole records is read again with the next ones.
-    (void)mParser.restart();
+    (void)mParser->restart();
     return std::move(parsed.records);
   }
 
  private:
   LogSource& mFile;
-  LogParser mParser;
+  std::shared_ptr<LogParser> mParser;
   const uint64_t mEnd;
   const bool mFinishes;
   const size_t mRoom;
+  std::function<void(Parsed&)> mSee;
   bool mMore = true;
 };
+
+void eraseInput(std::vector<std::string>& arguments) {
+  arguments.erase(std::remove(arguments.begin(), arguments.end(), "-"), arguments.end());
+}
 
 }  // namespace
 
 Decryption::Decryption(const PrivateKey& key, LinePrinter& printer, Console& console)
-    : mPrinter(printer), mConsole(console), mFinder(key, mRing) {}
+    : mKey(key), mPrinter(printer), mConsole(console), mFinder(key, mRing) {}
 
 void Decryption::open(const std::vector<std::string>& paths) {
   const size_t former = mSources.size();
@@ -76,19 +92,71 @@ size_t Decryption::share() const {
 void Decryption::report(const Source& source, std::vector<Finding> findings, Extent extent) {
   if (extent == Extent::SeenAgain)
     findings.erase(std::remove_if(findings.begin(), findings.end(), lacksEnd), findings.end());
+  const auto lacksKey = [](const Finding& finding) {
+    return finding.kind == Finding::Kind::HeaderUnreadable ||
+           finding.kind == Finding::Kind::HeaderCut;
+  };
+  if (std::any_of(findings.begin(), findings.end(), lacksKey)) {
+    const std::vector<uint8_t> start = source.file->start(kStartSize);
+    explainHeaders(findings, {start.data(), start.size()}, mKey, mRing);
+  }
   mConsole.report(source.file->path(), findings);
+}
+
+// The records of a file that is read for the first time and is in order, which need not be read
+// before they are printed.
+std::optional<RecordStream> Decryption::readInOrder(Source& source, Extent extent) {
+  LogSource& file = *source.file;
+  if (extent == Extent::SeenAgain || source.seen > 0 || !file.fault().empty()) return std::nullopt;
+  const uint64_t end = file.look();
+  std::vector<Record> ends;
+  if (end <= share() || !file.isInOrder(end, extent == Extent::Present, ends)) return std::nullopt;
+  RecordTimes times;
+  times.add({ends.front()});
+  times.add({ends.back()});
+  const bool areLines = times.first() != kNoStamp && parseLine(ends.back().text);
+  if (!areLines) return std::nullopt;
+  times.leaveOpen();
+  source.latest = times.last();
+  const auto see = [this, &source, extent](Parsed& parsed) {
+    LogSource& read = *source.file;
+    report(source, std::move(parsed.findings), extent);
+    const uint64_t seen = read.parser().seen();
+    if (seen > source.seen) mConsole.advance(seen - source.seen);
+    source.seen = seen;
+    if (!read.fault().empty()) mConsole.problem(read.path() + ": " + read.fault());
+  };
+  // The file's own parser, which goes on from there when the file has grown.
+  const std::shared_ptr<LogParser> parser(std::shared_ptr<void>(), &file.parser());
+  return RecordStream(file.path(), file.changed(), times,
+                      ReadPieces(file, parser, end, extent == Extent::Rest, share(), see));
+}
+
+RecordStream Decryption::readInput() {
+  const auto input = std::make_shared<InputStream>(mKey, mRing, mFinder, mConsole,
+                                                   [this] { (void)mPrinter.flush(); });
+  std::vector<Record> first = input->read();
+  RecordTimes times;
+  times.add(first);
+  times.leaveOpen();
+  const auto load = [input, first = std::move(first)]() mutable {
+    return first.empty() ? input->read() : std::exchange(first, {});
+  };
+  return RecordStream(kInputName, 0, times, load);
 }
 
 // Reads what a file holds behind what was read of it before, and gives its records. Up to the end
 // that the file has now: one that grows as fast as it is read would have none otherwise.
 RecordStream Decryption::read(Source& source, Extent extent) {
+  std::optional<RecordStream> inOrder = readInOrder(source, extent);
+  if (inOrder) return std::move(*inOrder);
   LogSource& file = *source.file;
   const bool finishes = extent != Extent::Present;
   const bool failedBefore = !file.fault().empty();
   const uint64_t end = extent == Extent::SeenAgain || failedBefore ? source.seen : file.look();
   LogParser& parser = file.parser();
-  LogParser again = parser;
-  again.knowNoMoreKeys();
+  const auto again = std::make_shared<LogParser>(parser);
+  again->knowNoMoreKeys();
   RecordTimes times(source.latest);
   std::vector<Record> kept;
   size_t keptSize = 0;
@@ -113,16 +181,19 @@ RecordStream Decryption::read(Source& source, Extent extent) {
   (void)parser.restart();
   if (!failedBefore && !file.fault().empty()) mConsole.problem(file.path() + ": " + file.fault());
   if (times.count() > 0) source.latest = times.last();
-  RecordLoader load = ReadAgain(file, std::move(again), source.seen, finishes, share());
+  RecordLoader load = ReadPieces(file, again, source.seen, finishes, share());
   if (keptSize <= share())
     load = [kept = std::move(kept)]() mutable { return std::exchange(kept, {}); };
   return RecordStream(file.path(), file.changed(), times, std::move(load));
 }
 
 void Decryption::print(RecordStreams streams) {
-  mergeByTime(streams, [this](const std::string& file, const Record& record, Stamp stamp) {
-    mPrinter.print(file, record, stamp);
-  });
+  mergeByTime(
+      streams,
+      [this](const std::string& file, const Record& record, Stamp stamp) {
+        mPrinter.print(file, record, stamp);
+      },
+      [this] { return mPrinter.hasFailed(); });
   noteUnjudged();
   for (const RecordStream& stream : streams) {
     if (stream.missing() > 0)
@@ -145,19 +216,25 @@ void Decryption::noteUnjudged() {
 }
 
 void Decryption::readAll(const std::vector<std::string>& arguments, bool readsOn) {
-  const FileList list = findLogFiles(arguments);
-  for (const std::string& problem : list.problems) mConsole.problem(problem);
+  std::vector<std::string> paths = arguments;
+  eraseInput(paths);
+  const FileList list = findLogFiles(paths);
+  for (const std::string& problem : list.problems)
+    mConsole.problem(readsOn ? problem + "; waiting" : problem);
   open(list.files);
+  RecordStreams streams;
+  // It may bring the key of files that have lost theirs.
+  if (paths.size() < arguments.size()) streams.push_back(readInput());
   uint64_t total = 0;
   for (const Source& source : mSources) total += source.file->size();
   mConsole.startProgress(total);
-  RecordStreams streams;
   for (Source& source : mSources)
     streams.push_back(read(source, readsOn ? Extent::Present : Extent::Rest));
-  mConsole.endProgress();
-  if (!readsOn) mConsole.reportUntold();
+  if (!mConsole.mayGoOnBesideLines()) mConsole.endProgress();
   sortByAge(streams);
   print(std::move(streams));
+  mConsole.endProgress();
+  if (!readsOn) mConsole.reportUntold();
 }
 
 void Decryption::openNew(const std::vector<std::string>& arguments) {

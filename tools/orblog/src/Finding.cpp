@@ -7,7 +7,36 @@
 namespace orblog {
 namespace {
 
-std::string number(uint64_t value) { return std::to_string(value); }
+template <class Number>
+std::string number(Number value) {
+  return std::to_string(value);
+}
+
+// Why no session key comes out of a header.
+std::string causeText(const Finding& finding) {
+  switch (finding.cause) {
+    case Finding::Cause::Text:
+      return "a text file, not an encrypted log file";
+    case Finding::Cause::NoLog:
+      return "not an encrypted log file, or one that is damaged from its start on: neither a "
+             "header "
+             "nor records begin here";
+    case Finding::Cause::OtherSize:
+      return "made for another private key, of up to " + number(finding.headerBits) +
+             " bits; this one has " + number(finding.keyBits);
+    case Finding::Cause::OtherKey:
+      return "no session key comes out of the header with this private key: made for another one, "
+             "as it seems, since the records behind it are in order";
+    case Finding::Cause::Damaged:
+      return "no session key comes out of the header with this private key, which opens other "
+             "files "
+             "given: the header is damaged, or made for another key";
+    case Finding::Cause::Unknown:
+      break;
+  }
+  return "no session key comes out of the header with this private key: another key, a damaged "
+         "header, or not an encrypted log file";
+}
 
 std::string bytes(uint64_t count) { return number(count) + (count == 1 ? " byte" : " bytes"); }
 
@@ -33,13 +62,12 @@ std::string Finding::text() const {
           "as with a public key that is too small for it, so nobody can read its records";
       break;
     case Kind::HeaderUnreadable:
-      what =
-          "no session key comes out of the header with this private key: another key, a damaged "
-          "header, or not an encrypted log file";
+      what = causeText(*this);
       break;
     case Kind::HeaderCut:
       what = "the header is cut off: " + bytes(kHeaderSize) + " expected, " + number(end - offset) +
              " present";
+      if (cause == Cause::Text) what = causeText(*this);
       break;
     case Kind::NoHeader:
       what =

@@ -13,6 +13,7 @@
 
 #include "Commands.h"
 #include "orblog/Console.h"
+#include "orblog/FileStart.h"
 #include "orblog/Format.h"
 #include "orblog/LogFiles.h"
 #include "orblog/LogLine.h"
@@ -52,11 +53,10 @@ Walk walkLengths(PooledFile& file, uint64_t start, uint64_t size) {
   return walk;
 }
 
-// The bytes up to the zeros that fill the field up. A wrapped key may end in a zero byte itself, so
-// it is the next size that keys have; 0 for a field of zeros.
-size_t wrappedSize(const std::array<uint8_t, kHeaderSize>& header) {
-  size_t used = header.size();
-  while (used > 0 && header[used - 1] == 0) --used;
+// A wrapped key may end in a zero byte itself, so it is the next size that keys have; 0 for a field
+// of zeros.
+size_t keySizeOf(const std::array<uint8_t, kHeaderSize>& header) {
+  const size_t used = wrappedSize({header.data(), header.size()});
   for (const size_t size : {size_t{0}, size_t{256}, size_t{384}}) {
     if (used <= size) return size;
   }
@@ -64,7 +64,7 @@ size_t wrappedSize(const std::array<uint8_t, kHeaderSize>& header) {
 }
 
 void printHeader(const std::array<uint8_t, kHeaderSize>& header, bool present) {
-  const size_t wrapped = wrappedSize(header);
+  const size_t wrapped = keySizeOf(header);
   if (!present) {
     std::printf("  header:   none\n");
   } else if (wrapped == 0) {
@@ -99,6 +99,9 @@ class Informer {
   void tell(LogSource& source) {
     const uint64_t size = source.look();
     std::printf("%s: %" PRIu64 " bytes\n", terminalSafe(source.path()).c_str(), size);
+    const std::vector<uint8_t> start = source.start(kStartSize);
+    if (isText({start.data(), start.size()}))
+      return mConsole.problem(source.path() + ": a text file, not an encrypted log file");
     tellStructure(source, size);
     if (mKey != nullptr) tellContents(source, size);
     if (!source.fault().empty()) mConsole.problem(source.path() + ": " + source.fault());
@@ -164,6 +167,10 @@ void Informer::tellContents(LogSource& source, uint64_t size) {
     Parsed parsed;
     more = source.readSome(parser, size, parsed);
     if (!more) parser.finish(parsed);
+    if (!parsed.findings.empty()) {
+      const std::vector<uint8_t> start = source.start(kStartSize);
+      explainHeaders(parsed.findings, {start.data(), start.size()}, *mKey, mRing);
+    }
     mConsole.report(source.path(), parsed.findings);
     contents.add(parsed);
   }

@@ -3,6 +3,7 @@
 #include "orblog/LinePrinter.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "orblog/Colour.h"
 #include "orblog/Text.h"
@@ -139,14 +140,15 @@ void LinePrinter::write(const std::string& file, const Record& record,
 }
 
 void LinePrinter::put() {
-  mFailed = mFailed || std::fwrite(mBuffer.data(), 1, mBuffer.size(), mOut) < mBuffer.size();
+  if (mError == 0 && std::fwrite(mBuffer.data(), 1, mBuffer.size(), mOut) < mBuffer.size())
+    mError = errno;
   mBuffer.clear();
 }
 
 bool LinePrinter::flush() {
   put();
-  mFailed = mFailed || std::fflush(mOut) != 0;
-  return !mFailed;
+  if (mError == 0 && std::fflush(mOut) != 0) mError = errno;
+  return mError == 0;
 }
 
 }  // namespace orblog

@@ -22,10 +22,6 @@ namespace fs = std::filesystem;
 // Larger than any record, so that every piece takes the reading on.
 constexpr size_t kPieceSize = size_t{128} << 10;
 static_assert(kPieceSize > kLengthSize + kGreatestLength);
-// The search for lost records may take so much of an empty file and so much more per byte: what it
-// costs goes by what there is to read.
-constexpr uint64_t kLeastBudget = uint64_t{4} << 20;
-constexpr uint64_t kBudgetPerByte = 512;
 constexpr uint64_t kMostBudget = uint64_t{1} << 30;
 
 bool startsWith(const std::string& text, const char* start) {
@@ -92,6 +88,7 @@ FileList findLogFiles(const std::vector<std::string>& arguments) {
 
 LogSource::LogSource(const std::string& path, FilePool& pool, KeyRing& ring, KeyFinder* finder)
     : mFile(path, pool),
+      mRing(ring),
       mFinder(finder),
       mParser(ring, [this](ByteView header) { return openHeader(header); }) {
   mParser.setSearchBudget(kLeastBudget);
@@ -161,12 +158,54 @@ bool LogSource::readSome(LogParser& parser, uint64_t end, Parsed& out) {
   return !parser.feed({piece.data(), filled}, out, more) || more;
 }
 
+std::vector<uint8_t> LogSource::start(size_t most) {
+  std::vector<uint8_t> bytes(most);
+  const ssize_t size = pread(mFile.fd(), bytes.data(), most, 0);
+  bytes.resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
+  return bytes;
+}
+
+bool LogSource::addRecord(size_t key, uint64_t at, std::vector<Record>& records) {
+  std::array<uint8_t, kLengthSize + kLongestSeal> bytes;
+  const ssize_t size = pread(mFile.fd(), bytes.data(), bytes.size(), static_cast<off_t>(at));
+  if (size < static_cast<ssize_t>(kLengthSize)) return false;
+  const size_t sealed = readLength(bytes.data());
+  if (sealed > static_cast<size_t>(size) - kLengthSize) return false;
+  records.push_back({at, {}});
+  return mRing.opens(key, {bytes.data() + kLengthSize, sealed}, records.back().text);
+}
+
+bool LogSource::isInOrder(uint64_t end, bool mayLackEnd, std::vector<Record>& ends) {
+  const std::vector<uint8_t> header = start(kHeaderSize);
+  if (header.size() < kHeaderSize) return false;
+  const std::optional<size_t> key = openHeader({header.data(), header.size()});
+  if (!key) return false;
+  std::vector<uint8_t> piece(kPieceSize);
+  uint64_t at = kHeaderSize, last = 0, pieceStart = 0, pieceEnd = 0;
+  while (at + kLengthSize <= end) {
+    if (at + kLengthSize > pieceEnd) {
+      const ssize_t size = pread(mFile.fd(), piece.data(), piece.size(), static_cast<off_t>(at));
+      if (size < static_cast<ssize_t>(kLengthSize)) return false;
+      pieceStart = at;
+      pieceEnd = at + static_cast<uint64_t>(size);
+    }
+    const size_t sealed = readLength(piece.data() + (at - pieceStart));
+    if (sealed < kSealSize || sealed > kLongestSeal) return false;
+    if (at + kLengthSize + sealed > end) break;
+    last = at;
+    at += kLengthSize + sealed;
+  }
+  return (at == end || mayLackEnd) && last != 0 && addRecord(*key, kHeaderSize, ends) &&
+         addRecord(*key, last, ends);
+}
+
 // False, for the caller to return.
 bool LogSource::fail(uint64_t offset, int error) {
   mFault = error == ENOENT || error == ESTALE
                ? "removed before it was read to its end; with more descriptors (ulimit -n) it "
                  "would have been kept open"
-               : "offset " + std::to_string(offset) + ": the file cannot be read";
+               : "offset " + std::to_string(offset) +
+                     ": the file cannot be read: " + std::strerror(error);
   return false;
 }
 

@@ -37,7 +37,7 @@ const Record* RecordStream::record() {
     mNext = 0;
     mRecords = mLoad();
     if (mRecords.empty()) {
-      mMissing = mLeft;
+      mMissing = mTimes.isOpen() ? 0 : mLeft;
       end();
       return nullptr;
     }
@@ -71,13 +71,14 @@ void sortByAge(RecordStreams& streams) {
 }
 
 void mergeByTime(RecordStreams& streams,
-                 const std::function<void(const std::string& file, const Record&, Stamp)>& use) {
+                 const std::function<void(const std::string& file, const Record&, Stamp)>& use,
+                 const std::function<bool()>& isOver) {
   using Head = std::pair<Stamp, size_t>;  // and the stream
   std::priority_queue<Head, std::vector<Head>, std::greater<>> heads;
   for (size_t i = 0; i < streams.size(); ++i) {
     if (!streams[i].atEnd()) heads.emplace(streams[i].stamp(), i);
   }
-  while (!heads.empty()) {
+  while (!heads.empty() && !(isOver && isOver())) {
     const size_t number = heads.top().second;
     heads.pop();
     RecordStream& stream = streams[number];

@@ -8,69 +8,73 @@
 #include <openssl/rsa.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <vector>
 
 #include "orblog/Format.h"
+#include "orblog/Text.h"
 
 namespace orblog {
 namespace {
 
-constexpr size_t kLongestPassphrase = 1023;  // what OpenSSL has room for
+constexpr size_t kLargestFile = size_t{64} << 10;
 
-int givePassphrase(char* buffer, int size, int, void* user) {
-  const std::string& text = static_cast<const Passphrase*>(user)->text();
-  if (size < 0 || text.size() > static_cast<size_t>(size)) return -1;
-  std::memcpy(buffer, text.data(), text.size());
-  return static_cast<int>(text.size());
+// Gives the passphrase to OpenSSL, which asks for it only where a key is encrypted, and more than
+// once where it tries several ways of reading it.
+struct Opener {
+  const std::string& path;
+  Passphrase passphrase;
+  bool isKnown = false;
+  bool wasAsked = false;
+  std::string error;
+
+  static int give(char* buffer, int size, int, void* user) {
+    Opener& opener = *static_cast<Opener*>(user);
+    if (!opener.isKnown && !opener.wasAsked)
+      opener.isKnown =
+          opener.passphrase.ask("Passphrase for " + terminalSafe(opener.path) + ": ", opener.error);
+    opener.wasAsked = true;
+    const std::string& text = opener.passphrase.text();
+    if (!opener.isKnown || size < 0 || text.size() > static_cast<size_t>(size)) return -1;
+    std::memcpy(buffer, text.data(), text.size());
+    return static_cast<int>(text.size());
+  }
+};
+
+bool holds(const std::string& text, const char* part) {
+  return text.find(part) != std::string::npos;
+}
+
+// Why no private key came out of a file of this text.
+std::string whyNone(const Opener& opener, const std::string& text) {
+  if (!opener.error.empty()) return "the key is encrypted, and no passphrase came: " + opener.error;
+  if (opener.wasAsked) return "the passphrase is wrong";
+  if (holds(text, "PRIVATE KEY-----")) return "a private key, but a damaged one";
+  if (holds(text, "-----BEGIN PUBLIC KEY-----") || holds(text, "-----BEGIN RSA PUBLIC KEY-----"))
+    return "a public key; logs are opened by the private key that belongs to it";
+  if (holds(text, "-----BEGIN ")) return "in PEM form, but no private key";
+  return "not a private key in PEM form";
 }
 
 }  // namespace
 
-Passphrase::~Passphrase() { OPENSSL_cleanse(mText.data(), mText.size()); }
-
-bool Passphrase::load(const std::string& path, std::string& error) {
-  // OpenSSL's streams, unbuffered: no copy of the text stays behind in a buffer of stdio's.
-  errno = 0;
-  const OpenSslPtr<BIO> file(BIO_new_file(path.c_str(), "r"));
-  if (file == nullptr) {
-    error = "cannot open " + path + ": " + std::strerror(errno);
-    ERR_clear_error();
-    return false;
-  }
-  std::array<char, kLongestPassphrase + 2> line = {};
-  const int size = BIO_gets(file.get(), line.data(), static_cast<int>(line.size()));
-  mText.reserve(line.size());
-  if (size > 0) mText.assign(line.data(), strcspn(line.data(), "\r\n"));
-  OPENSSL_cleanse(line.data(), line.size());
-  ERR_clear_error();
-  if (mText.empty() || mText.size() > kLongestPassphrase) {
-    error = path + ": the first line is no passphrase";
-    return false;
-  }
-  return true;
-}
-
 std::optional<PrivateKey> PrivateKey::load(const std::string& path,
                                            const std::string& passphraseFile, std::string& error) {
-  Passphrase passphrase;
-  if (!passphraseFile.empty() && !passphrase.load(passphraseFile, error)) return std::nullopt;
-  errno = 0;
-  const OpenSslPtr<BIO> file(BIO_new_file(path.c_str(), "r"));
-  if (file == nullptr) {
-    error = "cannot open " + path + ": " + std::strerror(errno);
-    ERR_clear_error();
-    return std::nullopt;
+  Opener opener{path, {}, false, false, {}};
+  if (!passphraseFile.empty()) {
+    if (!opener.passphrase.load(passphraseFile, error)) return std::nullopt;
+    opener.isKnown = true;
   }
-  // Without a callback OpenSSL asks at the terminal.
-  OpenSslPtr<EVP_PKEY> key(PEM_read_bio_PrivateKey(
-      file.get(), nullptr, passphraseFile.empty() ? nullptr : givePassphrase,
-      passphraseFile.empty() ? nullptr : &passphrase));
+  Secret text;
+  if (!text.read(path, kLargestFile, false, error)) return std::nullopt;
+  const OpenSslPtr<BIO> file(
+      BIO_new_mem_buf(text.text().data(), static_cast<int>(text.text().size())));
+  OpenSslPtr<EVP_PKEY> key(
+      file == nullptr ? nullptr
+                      : PEM_read_bio_PrivateKey(file.get(), nullptr, Opener::give, &opener));
   ERR_clear_error();
   if (key == nullptr) {
-    error = path + ": not a private key in PEM form, or the passphrase is wrong";
+    error = path + ": " + whyNone(opener, text.text());
     return std::nullopt;
   }
   if (EVP_PKEY_get_base_id(key.get()) != EVP_PKEY_RSA) {

@@ -26,7 +26,9 @@ class Console {
   void reportUntold();
   bool hadProblem() const { return mHadProblem; }
 
-  // Shown on a terminal, for inputs that take a while.
+  // Shown on a terminal, for inputs that take a while. Where that terminal may show the lines, too,
+  // it has to end before them.
+  bool mayGoOnBesideLines() const;
   void startProgress(uint64_t total);
   void advance(uint64_t bytes);
   void endProgress();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -15,9 +16,11 @@
 namespace orblog {
 
 // Reads a set of log files and prints their lines in the order of time; once, or on and on as they
-// grow. Every round reads the files twice, unless there is little: first for what is wrong with
-// them and when they were written, then, all at the same time, for the lines. So its memory does
-// not depend on how much they hold. Used by one thread.
+// grow. What is wrong with a file and when it was written has to be known before any of its lines
+// is printed. Of a file whose lengths lead through all of it that is told by its first and last
+// record. Others are read twice, unless they hold little: first for that, and then, all at the same
+// time, for the lines. So its memory does not depend on how much they hold. Standard input comes as
+// it comes. Used by one thread.
 class Decryption {
  public:
   // All three must outlive it.
@@ -42,11 +45,14 @@ class Decryption {
   void open(const std::vector<std::string>& paths);
   void openNew(const std::vector<std::string>& arguments);
   RecordStream read(Source& source, Extent extent);
+  std::optional<RecordStream> readInOrder(Source& source, Extent extent);
+  RecordStream readInput();
   void report(const Source& source, std::vector<Finding> findings, Extent extent);
   void print(RecordStreams streams);
   void noteUnjudged();
   size_t share() const;
 
+  const PrivateKey& mKey;
   LinePrinter& mPrinter;
   Console& mConsole;
   KeyRing mRing;

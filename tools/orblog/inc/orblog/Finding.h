@@ -21,12 +21,17 @@ struct Finding {
     CutRecord,         // the last record lacks its end
     ReadableAgain,     // after a fault that has been reported already
   };
+  // Why there is no session key, as far as the bytes and the private key tell.
+  enum class Cause { Unknown, Text, NoLog, OtherSize, OtherKey, Damaged };
   Kind kind = Kind::HeaderZero;
-  uint64_t offset = 0;   // where it begins
-  uint64_t end = 0;      // the first byte after it
+  Cause cause = Cause::Unknown;  // HeaderUnreadable, HeaderCut
+  uint64_t offset = 0;           // where it begins
+  uint64_t end = 0;              // the first byte after it
   uint64_t value = 0;    // the number of records, the length, or the bytes that there should be
   bool resumed = false;  // records are read again from `end` on
   bool gaveUp = false;   // the search for more ended before the end of the file
+  int headerBits = 0;    // OtherSize: of the key that the header is made for, at most
+  int keyBits = 0;       // OtherSize: of the private key
   std::string origin;    // NoHeader: the file whose session key fits
 
   // False for what only explains itself: nothing was lost by it.

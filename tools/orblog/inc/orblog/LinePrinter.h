@@ -56,8 +56,9 @@ class LinePrinter {
   std::map<std::string, Unjudged> takeUnjudged() { return std::exchange(mUnjudged, {}); }
   // False when the output did not take everything so far.
   bool flush();
-  // The output took nothing more some time ago.
-  bool hasFailed() const { return mFailed; }
+  // The output took nothing more some time ago; for the reason of this errno.
+  bool hasFailed() const { return mError != 0; }
+  int error() const { return mError; }
 
  private:
   struct Kept {
@@ -72,7 +73,7 @@ class LinePrinter {
   const Form mForm;
   const Selection mSelection;
   std::string mBuffer;  // what is not written yet
-  bool mFailed = false;
+  int mError = 0;
   std::map<std::string, Unjudged> mUnjudged;
   std::optional<size_t> mMostKept;  // while lines are kept
   std::vector<Kept> mKept;          // a ring when it is full

@@ -20,6 +20,11 @@ struct FileList {
   std::vector<std::string> problems;
 };
 
+// The search for lost records may take so much of an empty file and so much more per byte: what it
+// costs goes by what there is to read.
+constexpr uint64_t kLeastBudget = uint64_t{4} << 20;
+constexpr uint64_t kBudgetPerByte = 512;
+
 // The log files that the arguments name: files themselves, and of directories every orb_log_* file
 // in them and in their subdirectories, except the configuration, the trace and keys.
 FileList findLogFiles(const std::vector<std::string>& arguments);
@@ -51,6 +56,13 @@ class LogSource {
   // that may have been taken back by its writer meanwhile. False when it came to `end`, which is
   // the file's present end or was once, and when that cannot be read.
   bool readSome(LogParser& parser, uint64_t end, Parsed& out);
+  // The first bytes, so many at most.
+  std::vector<uint8_t> start(size_t most);
+  // Whether the header's key opens the first and the last record and the lengths lead from one to
+  // the other, each such as the library writes, and to `end`: then nothing but records that were
+  // altered can be wrong with it, and it has one session key. The two records come in `ends`. With
+  // `mayLackEnd` the record behind the last may be a part of one.
+  bool isInOrder(uint64_t end, bool mayLackEnd, std::vector<Record>& ends);
   // Why it could not be read; empty when it could.
   const std::string& fault() const { return mFault; }
   // False when its name belongs to another file by now, or records that were read are cut off.
@@ -62,7 +74,9 @@ class LogSource {
   }
   LogSource(const std::string& path, FilePool& pool, KeyRing& ring, KeyFinder* finder);
   bool fail(uint64_t offset, int error);
+  bool addRecord(size_t key, uint64_t at, std::vector<Record>& records);
   PooledFile mFile;
+  KeyRing& mRing;
   KeyFinder* const mFinder;
   LogParser mParser;
   uint64_t mBudgeted = 0;  // bytes of the file that the parser has search budget for

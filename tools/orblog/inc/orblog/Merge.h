@@ -22,13 +22,17 @@ class RecordTimes {
   explicit RecordTimes(Stamp former = kNoStamp) : mLead(former), mLast(former) {}
   // Records that follow those so far.
   void add(const std::vector<Record>& records);
-  uint64_t count() const { return mCount; }
+  // Nobody knows how many follow.
+  void leaveOpen() { mIsOpen = true; }
+  bool isOpen() const { return mIsOpen; }
+  uint64_t count() const { return mIsOpen ? UINT64_MAX : mCount; }
   Stamp lead() const { return mLead; }  // of texts before the first line
   Stamp first() const { return mFirst != kNoStamp ? mFirst : mLead; }
   Stamp last() const { return mLast != kNoStamp ? mLast : mLead; }
 
  private:
   uint64_t mCount = 0;
+  bool mIsOpen = false;
   Stamp mLead;
   Stamp mFirst = kNoStamp;  // of the first record, if that is a line
   Stamp mLast;
@@ -84,8 +88,10 @@ using RecordStreams = std::vector<RecordStream>;
 void sortByAge(RecordStreams& streams);
 
 // Calls `use` for all records, least stamp first; equal ones in the order of the streams. Records
-// of one stream keep their order even where its clock was set back.
+// of one stream keep their order even where its clock was set back. Ends before the record at which
+// `isOver` says so.
 void mergeByTime(RecordStreams& streams,
-                 const std::function<void(const std::string& file, const Record&, Stamp)>& use);
+                 const std::function<void(const std::string& file, const Record&, Stamp)>& use,
+                 const std::function<bool()>& isOver = {});
 
 }  // namespace orblog

@@ -9,6 +9,7 @@
 #include "orblog/ByteView.h"
 #include "orblog/KeyRing.h"
 #include "orblog/OpenSsl.h"
+#include "orblog/Passphrase.h"
 
 namespace orblog {
 
@@ -16,7 +17,7 @@ namespace orblog {
 class PrivateKey {
  public:
   // An encrypted file needs its passphrase: the first line of `passphraseFile`, or what the user
-  // types when that is empty. None on failure, with a sentence in `error`.
+  // types when that is empty; asked for once. None on failure, with a sentence in `error`.
   static std::optional<PrivateKey> load(const std::string& path, const std::string& passphraseFile,
                                         std::string& error);
   int bits() const;
@@ -29,20 +30,6 @@ class PrivateKey {
  private:
   explicit PrivateKey(OpenSslPtr<EVP_PKEY> key) : mKey(std::move(key)) {}
   OpenSslPtr<EVP_PKEY> mKey;
-};
-
-// The first line of a file, wiped when it goes.
-class Passphrase {
- public:
-  Passphrase() = default;
-  Passphrase(const Passphrase&) = delete;
-  Passphrase& operator=(const Passphrase&) = delete;
-  ~Passphrase();
-  bool load(const std::string& path, std::string& error);
-  const std::string& text() const { return mText; }
-
- private:
-  std::string mText;
 };
 
 // Opens headers with the private key and puts what it finds on the ring. All files of one run of a
