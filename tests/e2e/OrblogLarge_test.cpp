@@ -161,6 +161,30 @@ TEST_F(OrblogLarge, MemoryDoesNotGrowWithHugeLengths) {
   EXPECT_LT(much, little + kAllowedKb);
 }
 
+TEST_F(OrblogLarge, MemoryDoesNotGrowWithAFileWhateverIsAskedOfIt) {
+  write("orb_log_p0_00", 0, 4000);
+  write("orb_log_p0_01", 0, 46000);
+  const std::vector<std::vector<std::string>> kWishes = {
+      {"--json"}, {"--grep", "line [0-9]+5 "}, {"-n", "10"}, {"--color", "always"}, {"-"}};
+  for (const std::vector<std::string>& wish : kWishes) {
+    const auto peak = [&](const std::string& name) {
+      Start start;
+      start.output = "/dev/null";
+      std::vector<std::string> arguments = decrypt(name);
+      if (wish[0] == "-") {
+        start.input = arguments.back();
+        arguments.pop_back();
+      }
+      arguments.insert(arguments.end(), wish.begin(), wish.end());
+      Orblog program(arguments, start);
+      EXPECT_EQ(program.wait(), 0) << program.err();
+      return program.peakKb();
+    };
+    const long little = peak("orb_log_p0_00");
+    EXPECT_LT(peak("orb_log_p0_01"), little + kAllowedKb) << wish[0];
+  }
+}
+
 TEST_F(OrblogLarge, AThousandFilesAreReadWithFewDescriptors) {
   // Later files have lines between those of the earlier ones, and each has some more than fit into
   // what is kept of it.

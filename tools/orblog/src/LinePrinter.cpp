@@ -3,7 +3,9 @@
 #include "orblog/LinePrinter.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <charconv>
 
 #include "orblog/Colour.h"
 #include "orblog/Text.h"
@@ -19,8 +21,9 @@ void appendMember(std::string& out, const char* name, std::string_view text) {
 }
 
 void appendMember(std::string& out, const char* name, uint64_t number) {
-  out += name;
-  out += std::to_string(number);
+  std::array<char, 20> digits;
+  const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+  out.append(name).append(digits.data(), static_cast<size_t>(end - digits.data()));
 }
 
 // The message has a tag of its own, as a rule the record's; only then nothing is lost by splitting.

@@ -3,8 +3,10 @@
 #include "orblog/Text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <nlohmann/json.hpp>
 
 namespace orblog {
@@ -41,8 +43,22 @@ bool isControl(char32_t character) {
   return character < 0x20 || (character >= 0x7F && character < 0xA0);
 }
 
-bool needsNoEscape(char letter) {
-  return letter >= 0x20 && letter < 0x7F && letter != '"' && letter != '\\';
+bool needsEscape(uint8_t letter) {
+  return static_cast<uint8_t>(letter - 0x20) >= 0x5F || letter == '"' || letter == '\\';
+}
+
+// In blocks of a fixed size, which the compiler handles at once.
+bool needsEscape(std::string_view text) {
+  constexpr size_t kBlock = 32;
+  for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
+    std::array<uint8_t, kBlock> block;
+    std::memcpy(block.data(), text.data(), kBlock);
+    bool needs = false;
+    for (const uint8_t letter : block) needs |= needsEscape(letter);
+    if (needs) return true;
+  }
+  return std::any_of(text.begin(), text.end(),
+                     [](char letter) { return needsEscape(static_cast<uint8_t>(letter)); });
 }
 
 void appendEscape(std::string& out, const char* format, unsigned value) {
@@ -71,7 +87,7 @@ std::string terminalSafe(std::string_view text) {
 
 void appendJson(std::string& out, std::string_view text) {
   // Nearly all texts are their own JSON, and the library's writer looks at each character.
-  if (std::all_of(text.begin(), text.end(), needsNoEscape)) {
+  if (!needsEscape(text)) {
     out += '"';
     out += text;
     out += '"';
