@@ -28,7 +28,10 @@ refused "ORB_STATIC_PROTOBUF needs libprotobuf-lite.a" -DORB_PLATFORM=device \
 
 # A device brings its own libraries only: all else that the linker offers for it is inside.
 device=$work/device
-configure "$sources" "$device" -DORB_PLATFORM=device -DORB_SONAME_DIAG=libdiag.so.1
+# The programs that stand for the device's have the places of this machine's build in them: those are
+# not looked for when they are installed.
+configure "$sources" "$device" -DORB_PLATFORM=device -DORB_SONAME_DIAG=libdiag.so.1 \
+  -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON
 "$cmake" --build "$device" --target OrbSdlSdk -- -n -v >"$work/log"
 link=$(grep -- '-o libOrbSdlSdk.so' "$work/log")
 # A linker that leaves out what nobody has needed so far wants libraries behind the objects.
