@@ -26,7 +26,10 @@ step() {
   shift 2
   key="$key $(declare -f "$@" | cksum)"
   [[ ! -f $cache/stamp/$name || $(<"$cache/stamp/$name") != "$key" ]] || return 0
+  install_build_tools
   say "$name ..."
+  # What is half done must not count as done when this recipe comes back.
+  rm -f "$cache/stamp/$name"
   # A shell of its own: a function whose status is looked at would go on after an error.
   set +e
   (
@@ -44,11 +47,15 @@ step() {
   say "$name: $((SECONDS - begin)) s"
 }
 
-# The Debian packages that are needed beyond those of every build.
+# The Debian packages that are needed beyond those of every build: always, and to fill the cache, so that
+# a machine without them can use one that is full.
 install_tools() {
-  local packages=(apt perl make xz-utils bzip2 util-linux qemu-user-static)
+  "$repository/scripts/setup" util-linux qemu-user-static || exit 3
+}
+install_build_tools() {
+  local packages=(apt perl make xz-utils bzip2)
   # Any npm will do; Debian's would be in the way of another's node.
-  command -v npm >/dev/null || packages+=(npm)
+  [[ -d $cache/zig ]] || command -v npm >/dev/null || packages+=(npm)
   "$repository/scripts/setup" "${packages[@]}" || exit 3
 }
 
@@ -63,6 +70,7 @@ bootstrap() {
   mkdir -p "$cache"/{bin,include,lib/pkgconfig,stamp,download,work,log}
   # Two builds may share the cache.
   exec 9>"$cache/.lock"
+  flock -n 9 || say "somebody else fills $cache; waiting"
   flock -w 1800 9 || fail 1 "somebody else has been filling $cache for half an hour"
   (
     # Meant for builds of this machine's programs, or for a caller's own.
@@ -76,10 +84,12 @@ bootstrap() {
 
 all_steps() {
   local versions how others status=0
+  # The archive's index is as old as the run that fetched it.
+  rm -rf "$cache/work/apt"
   step compiler "$zig_version" fetch_zig
-  step sources "${debian_sources[*]}" fetch_debian
+  step sources "${debian_sources[*]} $(protoc --version)" fetch_debian
   versions="zig $zig_version, $(downloaded_versions)"
-  how=$(declare -f wrapper configured cross_cmake pc_file | cksum)
+  how=$target_flags\ $(declare -f wrapper configured cross_cmake pc_file | cksum)
   step tools "$versions $how" make_wrappers make_helpers
   # Two at a time: a configure script has one process only. Both in the background: in a list whose
   # status is asked for, a step would go on after an error.

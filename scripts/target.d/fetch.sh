@@ -109,7 +109,9 @@ keep_download() { # keep_download FILE SHA256
 # protoc will do. Its checksum is in the signed index.
 fetch_source() {
   local name=$1 version versions wanted file sum records
-  ! downloaded "${name}_*.orig.tar.?z*" || return 0
+  wanted=
+  [[ $name != protobuf ]] || wanted=$(protoc --version | awk '{print $2}')
+  ! downloaded "${name}_$wanted*.orig.tar.?z*" || return 0
   rm -f "$cache/download/${name}"_*
   private_apt
   rm -rf "$cache/work/fetch"
@@ -117,8 +119,7 @@ fetch_source() {
   cd "$cache/work/fetch"
   records=$(apt-cache showsrc --only-source "$name") || unfetchable "Debian's archive has no source of $name"
   mapfile -t versions < <(awk '/^Version:/ {print $2}' <<<"$records" | sort -urV)
-  if [[ $name == protobuf ]]; then
-    wanted=$(protoc --version | awk '{print $2}')
+  if [[ -n $wanted ]]; then
     mapfile -t versions < <(printf '%s\n' "${versions[@]}" | grep -F -- "$wanted-")
   fi
   for version in "${versions[@]}"; do

@@ -55,8 +55,9 @@ link_started() {
 
 # An empty root: the C library, a shell, and what was unpacked where a device can be written to.
 check_package() {
-  local root=$build/package/root status=0
-  [[ $(way_of_starting) != emulator ]] || {
+  local root=$build/package/root status=0 way
+  way=$(way_of_starting) || exit 1
+  [[ $way != emulator ]] || {
     say "NOT CHECKED: programs of an empty root start only where the kernel starts target programs"
     return 0
   }

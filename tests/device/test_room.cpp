@@ -26,6 +26,7 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -144,18 +145,38 @@ void dropCapabilities() {
   _exit(kNoRoom);
 }
 
+// A device may set its clock meanwhile.
+time_t now() {
+  timespec time = {};
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return time.tv_sec;
+}
+
 // The status of the child, or kTooLong. SIGCHLD is blocked.
 int await(pid_t child, int seconds) {
   sigset_t ended;
   sigemptyset(&ended);
   sigaddset(&ended, SIGCHLD);
-  const time_t limit = time(nullptr) + seconds;
+  const time_t limit = now() + seconds;
   for (int status = 0;;) {
     if (waitpid(child, &status, WNOHANG) == child)
       return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    const timespec left = {limit - time(nullptr), 0};
+    const timespec left = {limit - now(), 0};
     if (left.tv_sec <= 0) return kTooLong;
     sigtimedwait(&ended, nullptr, &left);
+  }
+}
+
+// What the test has started in sessions of their own became this process's children.
+void killChildren() {
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator("/proc", error)) {
+    const pid_t process = std::atoi(entry.path().filename().c_str());
+    if (process <= 0) continue;
+    std::ifstream status(entry.path() / "status");
+    for (std::string line; std::getline(status, line);) {
+      if (line == "PPid:\t" + std::to_string(getpid())) kill(process, SIGKILL);
+    }
   }
 }
 
@@ -180,7 +201,10 @@ int main(int argc, char** argv) {
   if (child == 0) become(argv + 3, argv[1]);
   const int status = await(child, seconds);
   kill(-child, SIGKILL);
-  while (waitpid(-1, nullptr, 0) > 0) continue;
+  // One that is killed may leave a child of its own.
+  do {
+    killChildren();
+  } while (waitpid(-1, nullptr, 0) > 0);
   if (shared) {
     for (const char* room : kRooms) empty(room);
   }
