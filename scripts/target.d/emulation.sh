@@ -61,6 +61,13 @@ emulated() {
   if [[ $way == namespace ]]; then in_namespace "$@"; else "$@"; fi
 }
 
+tests_of() { ctest --preset "$1" -N | sed -nE 's/^ *Test +#[0-9]+: //p'; }
+
+# The tests that this machine has and the target lacks, but for those that are named with a reason.
+unnamed_tests() {
+  comm -23 <(tests_of dev | sort) <({ tests_of aarch64-musl; sed 's/[,:].*//' "$build/not_run.txt"; } | sort -u)
+}
+
 run_tests() {
   local status=0
   cd "$repository"
@@ -69,6 +76,10 @@ run_tests() {
   if [[ -s $build/not_run.txt ]]; then
     echo "Not run on the target:"
     sort "$build/not_run.txt" | sed 's/^/  /'
+  fi
+  if (($# == 0)) && [[ -n $(unnamed_tests) ]]; then
+    unnamed_tests | sed '1i Missing on the target, and no reason is given:'
+    status=1
   fi
   say "done"
   return "$status"
