@@ -101,7 +101,7 @@ TEST_F(OrbctlWatch, AllServicesWhenNoneIsNamed) {
 
 TEST_F(OrbctlWatch, EndsAfterItsTime) {
   startDaemon();
-  const Result result = runOrbctl({"watch", "lli", "--seconds", "0.5"});
+  const Result result = runOrbctl({"watch", "lli", "--seconds", "12.5"});
   EXPECT_EQ(0, result.status) << result.error;
   EXPECT_TRUE(contains(result.out, " lli  status SUCCESS\n")) << result.out;
 }
@@ -287,7 +287,7 @@ TEST_F(OrbctlWatch, ReportLceSendsAllCriteriaAndActions) {
 
 TEST_F(OrbctlWatch, ReportLceStopsAsAsked) {
   startDaemon();
-  const Result result = runOrbctl({"report", "lce", "--action", "stop", "--seconds", "1"});
+  const Result result = runOrbctl({"report", "lce", "--action", "stop", "--seconds", "12"});
   EXPECT_EQ(0, result.status) << result.error;
   EXPECT_FALSE(contains(result.out, "Mbit/s")) << result.out;
   EXPECT_EQ(LceProto::STOP, lceRequests(3).at(2).data().perform_reporting_action().action());

@@ -52,6 +52,8 @@ class Watcher {
       if (!mStatus) wait();
     }
     mScreen.reset();
+    if (mLost > 0)
+      mProblems.push_back("events that came too fast and are lost: " + std::to_string(mLost));
     return *mStatus;
   }
   // To be told when the terminal has been given back.
@@ -87,7 +89,7 @@ class Watcher {
       if (mStatus) break;
       take(event);
     }
-    if (lost > 0) mProblems.push_back(std::to_string(lost) + " reports came too fast and are lost");
+    mLost += lost;
     const Clock::time_point now = Clock::now();
     if (const auto news = mFollowing.advance(now)) show(*news);
     if (mFollowing.broken()) end(orbtool::kExitFailed, "the library cannot be set up");
@@ -211,6 +213,7 @@ class Watcher {
   Clock::time_point mDrawn;
   bool mChanged = true;
   uint64_t mReports = 0;
+  uint64_t mLost = 0;
   std::optional<int> mStatus;
   std::vector<std::string> mProblems;
 };
