@@ -68,7 +68,7 @@ class OrbctlStatus : public testing::Test {
     return runOrbctl({"status", "--timeout", timeout});
   }
   // Of a state in which something does not come.
-  static Result shortStatus() { return status("0.5"); }
+  static Result shortStatus() { return status("2"); }
 
   orbsim::Daemon mDaemon;
 };
@@ -241,17 +241,17 @@ TEST_F(OrbctlStatus, DaemonThatEndsTheConnectionInItsAnswer) {
 TEST_F(OrbctlStatus, ServiceWithoutAnAnswer) {
   startDaemon();
   mDaemon.setAutoAnswer(orbsim::kSdkTypeLle, false);
-  expect(status("3"), 13, "well: ", "\nlle     no answer within 3 s\nlli     enabled ");
+  expect(status("8"), 13, "well: ", "\nlle     no answer within 8 s\nlli     enabled ");
 }
 
 TEST_F(OrbctlStatus, DaemonThatDoesNotRead) {
   startDaemon("no-read");
-  expect(shortStatus(), 13, "well: ", "\nlce     no answer within 0.5 s\n");
+  expect(shortStatus(), 13, "well: ", "\nlce     no answer within 2 s\n");
 }
 
 TEST_F(OrbctlStatus, AnswersThatAreNoMessages) {
   startDaemon("garbage");
-  expect(shortStatus(), 13, "well: ", "\nlce     no answer within 0.5 s\n");
+  expect(shortStatus(), 13, "well: ", "\nlce     no answer within 2 s\n");
 }
 
 TEST_F(OrbctlStatus, AnotherSocketIsLookedAtWithoutItsServices) {
