@@ -178,7 +178,7 @@ unpack_source() {
     echo "the source of $1 is damaged; the next run fetches it again"
     return 1
   }
-  rm -rf "${cache:?}/work/$1"
-  mkdir -p "$cache/work/$1"
+  mkdir -p "$cache/work"
+  (cd "$cache/work" && rm -rf -- "$1" && mkdir "$1")
   tar -xf "$archive" -C "$cache/work/$1" --strip-components=1
 }
