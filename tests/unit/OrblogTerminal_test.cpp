@@ -8,6 +8,7 @@
 
 #include "Built.h"
 #include "OrblogFiles.h"
+#include "OrblogRun.h"
 
 using namespace orblogtest;
 
@@ -76,6 +77,19 @@ TEST_F(OrblogTerminal, GetsColoursUnlessTheUserOrTheTerminalHasNone) {
   unsetenv("NO_COLOR");
   setenv("TERM", "dumb", 1);
   EXPECT_EQ(decryptOnTerminal(STDOUT_FILENO), safe + "\r\n");
+}
+
+TEST_F(OrblogTerminal, IsNoPlaceToTypeALog) {
+  const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  ASSERT_TRUE(master >= 0 && grantpt(master) == 0 && unlockpt(master) == 0);
+  Start start;
+  start.input = ptsname(master);
+  const Result result = runOrblog({"decrypt", "--key", keyPair().path(), "-"}, start);
+  EXPECT_EQ(result.err,
+            "orblog decrypt: standard input is a terminal, and nobody types an encrypted log; try "
+            "'orblog decrypt --help'\n");
+  EXPECT_EQ(result.status, 2);
+  close(master);
 }
 
 TEST_F(OrblogTerminal, SeesTheProgressOfALongRead) {

@@ -2,6 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "orbtool/CommandLine.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -246,6 +248,8 @@ std::string complete(DecryptRequest& request, const Rest& rest) {
     return "--since is after --until, so no line is between them";
   if (request.follow && namesStandardInput(request.files))
     return "standard input is read to its end anyway, without --follow";
+  if (namesStandardInput(request.files) && isatty(STDIN_FILENO) == 1)
+    return "standard input is a terminal, and nobody types an encrypted log";
   const bool hasCase = rest.caseOption->count() > 0;
   if (rest.grep.empty()) return hasCase ? "--case-sensitive without --grep" : "";
   std::string error;
