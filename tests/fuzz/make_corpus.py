@@ -141,6 +141,34 @@ FRAMES = {
 }
 
 
+# The trace: switches, then what passes.
+TO_DAEMON, TO_CLIENT, NO_HANDSHAKE, IN_PIECES = 0, 1, 2, 7 << 2
+RESPONSE = struct.pack("<III", 2, 1, 105)
+TRACE = {
+    "handshake_to_client": bytes([TO_CLIENT]) + struct.pack("<IIII", 1, 1, 3, 1)
+                           + frame(carried(7, LCE["report"])),
+    "handshake_to_daemon": bytes([TO_DAEMON]) + RESPONSE
+                           + frame(carried(9, block(3, block(2, number(1, 1)))), source=107),
+    "wrong_record": bytes([TO_CLIENT]) + struct.pack("<IIII", 9, 1, 3, 1),
+    "lle_in_pieces": bytes([TO_CLIENT | NO_HANDSHAKE | IN_PIECES])
+                     + frame(carried(8, LLE["report"])) + frame(carried(8, LLE["report"])),
+    "lli": bytes([TO_CLIENT | NO_HANDSHAKE]) + frame(carried(9, LLI["handoff_start"])),
+    "control_characters": bytes([TO_CLIENT | NO_HANDSHAKE])
+                          + frame(carried(7, message(3, 4, block(2, b"\x1b[2J\n\x9b\xff")))),
+    "lists": bytes([TO_DAEMON | NO_HANDSHAKE])
+             + frame(carried(7, block(3, block(2, block(3, b"\1\2\3") + number(5, 4) * 3)))),
+    "unknown_fields": bytes([NO_HANDSHAKE]) + frame(carried(
+        7, number(9, 1) + block(10, b"x") + varint(11 << 3 | 5) + b"abcd" + varint(12 << 3 | 1)
+        + b"abcdefgh" + varint(13 << 3 | 3) + number(1, 1) + varint(13 << 3 | 4))),
+    "oneof_again": bytes([NO_HANDSHAKE]) + frame(carried(
+        7, block(3, block(1, number(1, 1)) + block(4, number(1, 2))))),
+    "message_alone": bytes([NO_HANDSHAKE]) + LCE["report"],
+    "too_long": bytes([NO_HANDSHAKE]) + frame(b"abc", length=2**64 - 1) + frame(b""),
+    "payload_cut": bytes([NO_HANDSHAKE | IN_PIECES]) + frame(carried(7, b"abc"), length=100),
+    "no_service": bytes([NO_HANDSHAKE]) + frame(carried(3, b"x")) + frame(b"x", 6) + frame(b"\7"),
+}
+
+
 # Steps of the handshake target, as its source lists them.
 def piece(content):
     return bytes([len(content)]) + content
@@ -317,6 +345,7 @@ ORBLOG = {
 CORPUS = {
     "blob_lce": LCE, "blob_lle": LLE, "blob_lli": LLI, "send_blob": SEND_BLOB, "frames": FRAMES,
     "handshake": HANDSHAKE, "daemon": DAEMON, "log_config": LOG_CONFIG, "orblog": ORBLOG,
+    "trace": TRACE,
 }
 
 
