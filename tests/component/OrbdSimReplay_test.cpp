@@ -46,7 +46,7 @@ class Script {
     return *this;
   }
   Script& at(int milliseconds) {
-    mTime = microseconds(1000 * milliseconds);
+    mTime = std::chrono::milliseconds(milliseconds);
     return *this;
   }
   Script& asked(const Blob& bytes) {
