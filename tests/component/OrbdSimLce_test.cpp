@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The daemon stand-in's link capacity service, its link model and its log.
+// The daemon stand-in's link capacity service and its log.
 
 #include "OrbdSimClient.h"
-#include "orbsim/LinkModel.h"
+#include "OrbdSimCourse.h"
 
 namespace orbsimtest {
 namespace {
@@ -59,18 +59,18 @@ TEST_F(OrbdSimLceTest, LastReportNeedsCriteria) {
   EXPECT_NE(0u, answer.data().get_last_estimation_report_resp().rate());
 }
 
-TEST_F(OrbdSimLceTest, StartedReportsFollowTheLinkModelUntilStopped) {
+TEST_F(OrbdSimLceTest, StartedReportsFollowTheDeviceUntilStopped) {
   daemon().setReportInterval(std::chrono::milliseconds(1));
   Client client(path());
   client.handshake();
   client.answerTo(criteria(1, {}, 0));
   client.send(action(LceProto::START));
-  orbsim::LinkModel model(Options{}.seed);
+  Course course(1);
   for (int i = 0; i < 20; ++i) {
     const auto message = parse(client.readFrame());
     ASSERT_EQ(LceProto::ESTIMATION_REPORTS_IND, message.event_id());
     const auto& report = message.data().estimation_reports_resp();
-    const orbsim::LinkEstimate expected = model.next();
+    const orbsim::LinkEstimate expected = course.next().link;
     EXPECT_EQ(expected.rate, report.rate());
     EXPECT_EQ(expected.confidence, static_cast<uint32_t>(report.confidence_level()));
     EXPECT_EQ(expected.downlink, report.link_direction() == LceProto::DOWN_LINK);
@@ -104,12 +104,20 @@ TEST_F(OrbdSimLceTest, ResetStartsTheEstimateOverAndKeepsReporting) {
   Client client(path());
   client.handshake();
   client.answerTo(criteria(1, {}, 0));
-  const auto first = client.answerTo(getLast()).data().get_last_estimation_report_resp().rate();
-  const auto second = client.answerTo(getLast()).data().get_last_estimation_report_resp().rate();
+  const auto last = [&client] {
+    return client.answerTo(getLast()).data().get_last_estimation_report_resp();
+  };
+  const auto first = last();
+  EXPECT_NE(first.rate(), last().rate());
+  EXPECT_NE(LceProto::L0, first.confidence_level());
   client.send(action(LceProto::RESET));
-  const auto third = client.answerTo(getLast()).data().get_last_estimation_report_resp().rate();
-  EXPECT_NE(first, second);
-  EXPECT_EQ(first, third);
+  EXPECT_EQ(LceProto::L0, last().confidence_level());
+  EXPECT_EQ(LceProto::L1, last().confidence_level());
+  client.send(action(LceProto::START));
+  ASSERT_TRUE(daemon().waitForLceState(1, [](const auto& state) { return state.reporting; }));
+  client.send(action(LceProto::RESET));
+  EXPECT_EQ(LceProto::L0, last().confidence_level());
+  EXPECT_TRUE(daemon().lceState(1).reporting);
 }
 
 TEST_F(OrbdSimLceTest, NothingIsSentBeforeTheClientsFirstFrame) {
@@ -138,7 +146,7 @@ TEST_F(OrbdSimLceTest, LastReportIsAnEstimateAlsoWhenNoneWasSentYet) {
   client.answerTo(criteria(1, {}, 0));
   client.send(action(LceProto::START));
   const auto first = client.answerTo(getLast()).data().get_last_estimation_report_resp().rate();
-  EXPECT_EQ(orbsim::LinkModel(Options{}.seed).next().rate, first);
+  EXPECT_EQ(Course(0).next().link.rate, first);
 }
 
 TEST_F(OrbdSimLceTest, MutedServiceKeepsItsStateAndSendsNothing) {
@@ -173,42 +181,6 @@ TEST_F(OrbdSimLceTest, LogTellsEachEventInOneLine) {
           sessionOf(kLcePid) + "lce: -> SET_REPORTING_CRITERIA_ASYNC_RESULT txn=12 error=NONE",
           sessionOf(kLcePid) + "closed", "stopped"}),
       log.lines());
-}
-
-TEST(LinkModelTest, SameSeedGivesSameEstimates) {
-  orbsim::LinkModel one(7);
-  orbsim::LinkModel two(7);
-  orbsim::LinkModel other(8);
-  bool differs = false;
-  for (int i = 0; i < 100; ++i) {
-    const uint32_t rate = one.next().rate;
-    EXPECT_EQ(rate, two.next().rate);
-    differs = differs || rate != other.next().rate;
-  }
-  EXPECT_TRUE(differs);
-}
-
-TEST(LinkModelTest, EstimatesVaryWithinPlausibleBounds) {
-  orbsim::LinkModel model(1);
-  uint32_t uplinks = 0;
-  uint32_t confidences = 0;
-  uint32_t lastRate = 0;
-  for (int i = 0; i < 1000; ++i) {
-    const orbsim::LinkEstimate estimate = model.next();
-    EXPECT_GE(estimate.rate, 2000u);
-    EXPECT_LE(estimate.rate, 120000u);
-    EXPECT_LE(estimate.confidence, 7u);
-    EXPECT_LE(estimate.queueSizeUl, 64000u);
-    if (i > 0) {
-      EXPECT_LT(std::abs(static_cast<int>(estimate.rate) - static_cast<int>(lastRate)), 26000);
-    }
-    lastRate = estimate.rate;
-    confidences |= 1u << estimate.confidence;
-    uplinks += estimate.downlink ? 0 : 1;
-  }
-  EXPECT_GT(uplinks, 300u);
-  EXPECT_LT(uplinks, 700u);
-  EXPECT_NE(0u, confidences & (confidences - 1)) << "more than one level";
 }
 
 }  // namespace

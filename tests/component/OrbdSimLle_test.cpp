@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The daemon stand-in's link latency service, its latency model and its log.
+// The daemon stand-in's link latency service and its log.
 
 #include "OrbdSimClient.h"
-#include "orbsim/LatencyModel.h"
+#include "OrbdSimCourse.h"
 
 namespace orbsimtest {
 namespace {
 
 using Request = LleProto::ServiceMsg;
 using orbsim::LatencyEstimate;
-using orbsim::LatencyModel;
 using orbsim::LleState;
 
 class OrbdSimLleTest : public OrbdSimTest {
@@ -87,15 +86,15 @@ TEST_F(OrbdSimLleTest, CriteriaAreKeptAndAnsweredWithSuccess) {
   ASSERT_TRUE(daemon().waitForLleState(1, [](const auto& state) { return state.criteria == 0; }));
 }
 
-TEST_F(OrbdSimLleTest, CriteriaOtherThanZeroStartReportsThatFollowTheModel) {
+TEST_F(OrbdSimLleTest, CriteriaOtherThanZeroStartReportsThatFollowTheDevice) {
   setInterval(1);
   EXPECT_EQ(LleProto::SUCCESS, statusOf(lleCriteria(7)));
-  LatencyModel model(Options{}.seed);
+  Course course(1);
   for (int i = 0; i < 60; ++i) {
     const auto message = read();
     ASSERT_EQ(LleProto::IND_REPORT_RESP, message.event_id());
     ASSERT_TRUE(message.data().has_ind_report_resp());
-    expectEstimate(model.next(), 1, message.data().ind_report_resp());
+    expectEstimate(course.next().latency, 1, message.data().ind_report_resp());
   }
   ASSERT_TRUE(daemon().waitForLleState(1, [](const auto& state) { return state.reports >= 60; }));
 }
@@ -129,16 +128,16 @@ TEST_F(OrbdSimLleTest, LastReportWithoutCriteriaIsNotValidAndEmpty) {
 TEST_F(OrbdSimLleTest, LastReportIsNewWhileNoReportsAreRunning) {
   setInterval(0);
   statusOf(lleCriteria(1));
-  LatencyModel model(Options{}.seed);
-  expectEstimate(model.next(), 0, lastReport());
-  expectEstimate(model.next(), 0, lastReport());
+  Course course(0);
+  expectEstimate(course.next().latency, 0, lastReport());
+  expectEstimate(course.next().latency, 0, lastReport());
 }
 
 TEST_F(OrbdSimLleTest, LastReportIsTheOneSentWhileReportsAreRunning) {
   setInterval(3600000);
   statusOf(lleCriteria(1));
   const auto sent = read().data().ind_report_resp();
-  const LatencyEstimate expected = LatencyModel(Options{}.seed).next();
+  const LatencyEstimate expected = Course(3600000).next().latency;
   expectEstimate(expected, 3600000, sent);
   expectEstimate(expected, 3600000, lastReport());
   expectEstimate(expected, 3600000, lastReport());
@@ -197,70 +196,6 @@ TEST_F(OrbdSimLleTest, LogTellsEachEventInOneLine) {
           session + "request of 2 bytes cannot be read", session + "-> STATUS_IND INVALID_ARG",
           sessionOf(kLlePid) + "closed", "stopped"}),
       log.lines());
-}
-
-TEST(LatencyModelTest, SameSeedGivesSameEstimates) {
-  LatencyModel one(7);
-  LatencyModel two(7);
-  LatencyModel other(8);
-  bool differs = false;
-  for (int i = 0; i < 200; ++i) {
-    const LatencyEstimate first = one.next();
-    const LatencyEstimate second = two.next();
-    EXPECT_EQ(first.ulLatency, second.ulLatency);
-    EXPECT_EQ(first.ulVariance, second.ulVariance);
-    EXPECT_EQ(first.dlLatency, second.dlLatency);
-    EXPECT_EQ(first.dlVariance, second.dlVariance);
-    EXPECT_EQ(first.rat, second.rat);
-    differs = differs || first.ulLatency != other.next().ulLatency;
-  }
-  EXPECT_TRUE(differs);
-}
-
-TEST(LatencyModelTest, EveryTechnologyIsVisitedInItsOwnRange) {
-  struct {
-    uint64_t ulLow, ulHigh, dlLow, dlHigh;
-    int visits;
-  } ranges[] = {{70000, 160000, 50000, 120000, 0},
-                {18000, 45000, 12000, 35000, 0},
-                {4000, 12000, 2000, 9000, 0}};
-  LatencyModel model(1);
-  for (int i = 0; i < 2000; ++i) {
-    const LatencyEstimate estimate = model.next();
-    ASSERT_TRUE(LleProto::RatType_IsValid(estimate.rat));
-    auto& range = ranges[estimate.rat];
-    ++range.visits;
-    EXPECT_GE(estimate.ulLatency, range.ulLow);
-    EXPECT_LE(estimate.ulLatency, range.ulHigh);
-    EXPECT_GE(estimate.dlLatency, range.dlLow);
-    EXPECT_LE(estimate.dlLatency, range.dlHigh);
-  }
-  for (const auto& range : ranges) EXPECT_GT(range.visits, 200);
-}
-
-TEST(LatencyModelTest, ValuesVaryAndTechnologiesStayForAWhile) {
-  LatencyModel model(1);
-  LatencyEstimate last = model.next();
-  int steady = 1;
-  int moved = 0;
-  for (int i = 0; i < 2000; ++i) {
-    const LatencyEstimate estimate = model.next();
-    EXPECT_GT(estimate.ulVariance, 0u);
-    EXPECT_GT(estimate.dlVariance, 0u);
-    if (estimate.rat == last.rat) {
-      ++steady;
-    } else {
-      EXPECT_GE(steady, 8);
-      EXPECT_TRUE(estimate.rat == LleProto::LTE || last.rat == LleProto::LTE) << "neighbours";
-      steady = 1;
-    }
-    if (estimate.ulLatency != last.ulLatency && estimate.dlLatency != last.dlLatency &&
-        estimate.ulVariance != last.ulVariance && estimate.dlVariance != last.dlVariance) {
-      ++moved;
-    }
-    last = estimate;
-  }
-  EXPECT_GT(moved, 1800);
 }
 
 }  // namespace

@@ -7,8 +7,22 @@
 #include <utility>
 
 #include "orbsim/Session.h"
+#include "orbsim/World.h"
 
 namespace orbsim {
+
+Control::Control(const Options& options)
+    : mOptions(options),
+      mRecorder(options.record),
+      mWorld(std::make_unique<World>(options.seed, options.model, options.reportInterval)),
+      mReportInterval(options.reportInterval.count()) {}
+
+Control::~Control() = default;
+
+void Control::setReportInterval(std::chrono::milliseconds interval) {
+  mReportInterval.store(interval.count());
+  mWorld->setInterval(interval);
+}
 
 void Control::log(const char* format, ...) {
   if (!logs()) return;

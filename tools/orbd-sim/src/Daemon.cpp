@@ -12,10 +12,14 @@
 #include <system_error>
 #include <utility>
 
+#include "orbsim/World.h"
+
 namespace orbsim {
 
 Daemon::Daemon(Options options)
-    : mControl(options), mPlace(options.socketPath, mControl.options().log) {}
+    : mControl(options), mPlace(options.socketPath, mControl.options().log) {
+  mControl.world().setChanged([this] { wakeSessions(); });
+}
 
 Daemon::~Daemon() { stop(); }
 
@@ -49,6 +53,7 @@ bool Daemon::start() {
     return false;
   }
   mControl.log("listening on %s", socketPath().c_str());
+  mControl.world().listening();
   return true;
 }
 

@@ -124,6 +124,9 @@ void Daemon::setNextSessionId(uint32_t id) {
 
 void Daemon::setReportInterval(std::chrono::milliseconds interval) {
   mControl.setReportInterval(interval);
+}
+
+void Daemon::wakeSessions() const {
   for (const auto& session : sessions()) session->wake();
 }
 

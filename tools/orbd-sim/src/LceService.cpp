@@ -3,6 +3,8 @@
 
 #include "orbsim/LceService.h"
 
+#include <algorithm>
+
 namespace orbsim {
 namespace {
 
@@ -51,7 +53,7 @@ std::string reportText(const Report& report) {
 }  // namespace
 
 LceService::LceService(Session& session, Control& control)
-    : TypedService(session, control), mLink(control.options().seed) {}
+    : TypedService(session, control), mReporter(control.world(), kSdkTypeLce) {}
 
 bool LceService::handleRequest(const LceProto::ServiceMsg& request) {
   switch (request.event_id()) {
@@ -88,7 +90,8 @@ void LceService::handleSetCriteria(const LceProto::ServiceMsg& request) {
 void LceService::handleGetLastReport() {
   LceProto::ClientMsg answer;
   answer.set_event_id(LceProto::GET_LAST_ESTIMATION_REPORT_IND);
-  fillReport(mState.criteriaSet ? &mLink.latest(nextDue().has_value()) : nullptr,
+  const bool running = nextDue().has_value();
+  fillReport(mState.criteriaSet ? &told(mReporter.latest(running)) : nullptr,
              *answer.mutable_data()->mutable_get_last_estimation_report_resp());
   send(answer);
 }
@@ -107,7 +110,7 @@ void LceService::handleAction(const LceProto::ServiceMsg& request) {
       break;
     case LceProto::RESET:
       // The estimate starts over; whether reports are running stays as it is.
-      mLink = Estimator<LinkModel>(mControl.options().seed);
+      mSinceReset = 0;
       break;
     default:
       sendStatus(Outcome::kInvalidArg);
@@ -115,9 +118,16 @@ void LceService::handleAction(const LceProto::ServiceMsg& request) {
   }
 }
 
+const LinkEstimate& LceService::told(const Estimate& estimate) {
+  mTold = estimate.link;
+  if (mSinceReset < 7) mTold.confidence = std::min(mTold.confidence, mSinceReset++);
+  return mTold;
+}
+
 bool LceService::makeReport(LceProto::ClientMsg& report) {
   report.set_event_id(LceProto::ESTIMATION_REPORTS_IND);
-  fillReport(mState.criteriaSet ? &mLink.next() : nullptr,
+  const LinkEstimate& estimate = told(mReporter.next());
+  fillReport(mState.criteriaSet ? &estimate : nullptr,
              *report.mutable_data()->mutable_estimation_reports_resp());
   return true;
 }

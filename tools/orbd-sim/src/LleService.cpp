@@ -22,7 +22,7 @@ std::string reportText(const Report& report) {
 }  // namespace
 
 LleService::LleService(Session& session, Control& control)
-    : TypedService(session, control), mLatency(control.options().seed) {}
+    : TypedService(session, control), mReporter(control.world(), kSdkTypeLle) {}
 
 bool LleService::handleRequest(const LleProto::ServiceMsg& request) {
   switch (request.event_id()) {
@@ -47,13 +47,13 @@ void LleService::handleGetLastReport() {
   LleProto::ClientMsg answer;
   answer.set_event_id(LleProto::GET_REPORT_RESP);
   LleProto::GetReportResp& report = *answer.mutable_data()->mutable_get_report_resp();
-  if (mState.criteria != 0) fillReport(mLatency.latest(nextDue().has_value()), report);
+  if (mState.criteria != 0) fillReport(mReporter.latest(nextDue().has_value()).latency, report);
   send(answer);
 }
 
 bool LleService::makeReport(LleProto::ClientMsg& report) {
   report.set_event_id(LleProto::IND_REPORT_RESP);
-  fillReport(mLatency.next(), *report.mutable_data()->mutable_ind_report_resp());
+  fillReport(mReporter.next().latency, *report.mutable_data()->mutable_ind_report_resp());
   return true;
 }
 

@@ -8,7 +8,7 @@
 namespace orbsim {
 
 LliService::LliService(Session& session, Control& control)
-    : TypedService(session, control), mHandoffs(control.options().seed) {}
+    : TypedService(session, control), mWorld(control.world()) {}
 
 bool LliService::handleRequest(const LliProto::ServiceMsg& request) {
   if (request.event_id() != LliProto::REG_LINK_INTERRUPT_IND) return false;
@@ -22,16 +22,22 @@ void LliService::handleRegister(const LliProto::ServiceMsg& request) {
     return;
   }
   const bool wanted = request.data().reg_link_interrupt_ind().register_ind();
-  if (wanted && !mState.registered) mHandoffs.abandon();
   mState.registered = wanted;
   sendStatus(Outcome::kSuccess);
 }
 
+// Found before the model's time begins for this very service: then it is the first one.
+void LliService::startReports() {
+  mNext = mWorld.nextHandoff();
+  mWorld.wanted(kSdkTypeLli);
+}
+
 bool LliService::makeReport(LliProto::ClientMsg& report) {
-  const auto step = mHandoffs.next(static_cast<uint64_t>(mControl.reportInterval().count()));
-  if (!step) return false;
+  const auto phase = mWorld.phase(mNext);
+  if (!phase) return false;
+  ++mNext;
   report.set_event_id(LliProto::LLI_IND_RESP);
-  *report.mutable_data()->mutable_lli_ind_resp() = *step;
+  *report.mutable_data()->mutable_lli_ind_resp() = phase->indication;
   return true;
 }
 

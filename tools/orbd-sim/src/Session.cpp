@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "orbsim/Handshake.h"
+#include "orbsim/World.h"
 
 namespace orbsim {
 namespace {
@@ -49,6 +50,7 @@ void Session::run() {
   if (handshake()) {
     mEstablished.store(true);
     mControl.recorder().sessionOpened();
+    mControl.world().connected();
     log("open");
     serve();
   }
@@ -251,7 +253,7 @@ void Session::runDueServices() {
   for (auto& entry : mServices) {
     if (!entry.second) continue;
     const auto due = entry.second->nextDue();
-    if (due && *due <= now) entry.second->handleDue(now);
+    if (due && *due <= now) entry.second->handleDue();
   }
 }
 

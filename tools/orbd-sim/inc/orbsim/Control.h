@@ -9,11 +9,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
 
 #include "orbsim/Frame.h"
+#include "orbsim/Model.h"
 #include "orbsim/Recorder.h"
 #include "orbsim/SocketPlace.h"
 #include "orbsim/Trace.h"
@@ -21,13 +23,15 @@
 namespace orbsim {
 
 class Session;
+class World;
 
 // How a daemon is set up; fixed for its life.
 struct Options {
   std::string socketPath = kSocketPath;
   int backlog = 16;
   std::chrono::milliseconds reportInterval{500};  // 0: no periodic reports
-  uint64_t seed = 1;                              // of the services' models
+  uint64_t seed = 1;                              // of the model
+  ModelSettings model;
   bool record = true;  // keep frames, replies and states for tests; false: only count them
   size_t maxQueuedBytes = size_t{64} << 20;     // per session, for a client that does not read
   std::function<void(const std::string&)> log;  // one line per event, from any thread; may be empty
@@ -47,14 +51,13 @@ using FrameHandler = std::function<bool(Session& session, const Frame& frame)>;
 // `mLock` guards the hooks and the set of muted services; hooks are called without it.
 class Control {
  public:
-  explicit Control(const Options& options)
-      : mOptions(options),
-        mRecorder(options.record),
-        mReportInterval(options.reportInterval.count()) {}
+  explicit Control(const Options& options);
+  ~Control();
 
   const Options& options() const { return mOptions; }
   Recorder& recorder() { return mRecorder; }
   const Recorder& recorder() const { return mRecorder; }
+  World& world() { return *mWorld; }
 
   bool logs() const { return static_cast<bool>(mOptions.log); }
   void log(const char* format, ...) __attribute__((format(printf, 2, 3)));
@@ -74,13 +77,12 @@ class Control {
   std::chrono::milliseconds reportInterval() const {
     return std::chrono::milliseconds(mReportInterval.load());
   }
-  void setReportInterval(std::chrono::milliseconds interval) {
-    mReportInterval.store(interval.count());
-  }
+  void setReportInterval(std::chrono::milliseconds interval);
 
  private:
   const Options mOptions;
   Recorder mRecorder;
+  const std::unique_ptr<World> mWorld;
   std::atomic<int64_t> mReportInterval;
   std::atomic<bool> mReading{true};
 

@@ -113,6 +113,8 @@ class Daemon {
   void setAutoAnswer(bool on) { mControl.setAnswers(on); }
   void setAutoAnswer(uint32_t sdkType, bool on) { mControl.setAnswers(sdkType, on); }
   void setFrameHandler(FrameHandler handler) { mControl.setFrameHandler(std::move(handler)); }
+  // The device that the services tell of, and its time.
+  World& world() { return mControl.world(); }
   // For connections accepted from now on; empty gives the ordinary handshake back.
   void setHandshake(HandshakeScript script) { mControl.setHandshakeScript(std::move(script)); }
   void setSessionHandshake(SessionHandshake handshake) {
@@ -131,6 +133,7 @@ class Daemon {
   State state(uint32_t sessionId) const {
     return mControl.recorder().state<State>(sessionId);
   }
+  void wakeSessions() const;
   void acceptLoop();
   void acceptOne();
   void pauseAccepting();

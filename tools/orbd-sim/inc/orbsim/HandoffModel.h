@@ -4,47 +4,42 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <vector>
 
 #include "lli.pb.h"
+#include "orbsim/Model.h"
 #include "orbsim/Random.h"
 
 namespace orbsim {
 
-// Plays handoffs between radio technologies, one after the other with a pause between them: entry
+// What is told of a handoff, and when: milliseconds of the model's time.
+struct HandoffPhase {
+  int64_t at = 0;
+  LliProto::LliIndResp indication;
+};
+
+// Plans handoffs between radio technologies, one after the other with a pause between them: entry
 // into the pre-handoff phase, imminent for some steps, start, success or now and then failure,
 // exit. Some are called off: entry, exit. The time to the interruption counts down from the entry
-// to 0 at the start; how long the interruption will be is told until it is over. A handoff that
-// succeeded is where the next one sets out from. The same seed gives the same handoffs on every
-// machine. Owned and used by one thread.
+// to 0 at the start; the interruption lasts exactly as long as it was told. The same seed gives the
+// same handoffs on every machine. Owned and used by one thread at a time.
 class HandoffModel {
  public:
   explicit HandoffModel(uint64_t seed) : mRandom(seed) {}
 
-  // The next step; nothing while there is a pause. `stepMs` is the time between two calls in
-  // milliseconds; within a handoff it counts as it was at the entry.
-  std::optional<LliProto::LliIndResp> next(uint64_t stepMs);
-  // Forgets the handoff under way, and the pause: the next step is an entry.
-  void abandon();
+  // The phases of the next one, in order. `stepMs` is the time between two that are told.
+  std::vector<HandoffPhase> plan(int64_t entry, int64_t stepMs, LliProto::LliRatType source);
+  // Steps from the end of a handoff to the entry of the next one.
+  uint32_t pause() { return 2 + mRandom.below(4); }
+
+  static std::vector<HandoffPhase> ordered(int64_t entry, int64_t stepMs,
+                                           LliProto::LliRatType source, const HandoffOrder& order);
 
  private:
-  enum class Step { kEntry, kImminent, kStart, kOutcome, kExit };
-
-  void enter(uint64_t stepMs);
-  void leave();
-  LliProto::LliRatType otherRat();
-  LliProto::LliIndResp indication(LliProto::HandoffInfo info,
-                                  LliProto::PreHandoffState state = LliProto::ENTRY) const;
+  LliProto::LliRatType otherRat(LliProto::LliRatType source);
 
   Random mRandom;
-  Step mNext = Step::kEntry;
-  uint32_t mPause = 0;  // steps before the next entry
-  LliProto::LliRatType mSource = LliProto::LLI_3GPP_LTE;
-  LliProto::LliRatType mTarget = LliProto::NULL_BEARER;
-  bool mSucceeded = false;
-  uint64_t mStepMs = 1;
-  uint64_t mStepsLeft = 0;  // until the interruption
-  uint64_t mDurationMs = 0;
+  LliProto::LliRatType mTarget = LliProto::NULL_BEARER;  // that was tried last
 };
 
 }  // namespace orbsim

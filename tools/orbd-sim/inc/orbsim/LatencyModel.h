@@ -4,8 +4,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "lle.pb.h"
+#include "orbsim/Radio.h"
 #include "orbsim/Random.h"
 
 namespace orbsim {
@@ -19,40 +21,32 @@ struct LatencyEstimate {
   LleProto::RatType rat = LleProto::LTE;
 };
 
-// A plausible radio link: the latency of each direction wanders within what its technology can do,
-// WCDMA being the slowest and NR5G the fastest, and the variance follows how much it moves. Now and
-// then the link changes to a neighbouring technology and the estimates start over there. The same
-// seed gives the same estimates on every machine. Owned and used by one thread.
+// The latency of the device's link: each direction moves within what the technology can do, towards
+// its upper end as the load of the cell grows, and the variance follows how much it moves. While
+// the link is interrupted everything waits, so the latency grows by the time that this lasts. In
+// another technology the estimates start over. The same seed gives the same estimates on every
+// machine. Owned and used by one thread at a time.
 class LatencyModel {
  public:
-  explicit LatencyModel(uint64_t seed);
+  explicit LatencyModel(uint64_t seed) : mRandom(seed) {}
 
-  LatencyEstimate next();
+  // `waitedUs` is how long the link has been interrupted, `held` a latency in microseconds that
+  // takes the place of what the radio gives.
+  LatencyEstimate next(const Radio& radio, uint64_t waitedUs, std::optional<uint64_t> held);
 
  private:
-  // In microseconds.
-  struct Range {
-    int64_t low;
-    int64_t high;
-  };
+  using Range = Technology::Range;
   struct Direction {
     int64_t sample = 0;    // what the link does
-    int64_t target = 0;    // where that is heading
     int64_t latency = 0;   // the estimate of it: a running mean
     int64_t variance = 0;  // and its mean square deviation
-    uint32_t stepsToTarget = 0;
   };
 
-  static Range uplink(LleProto::RatType rat);
-  static Range downlink(LleProto::RatType rat);
   static Direction settled(Range range);
-  void changeRat(LleProto::RatType rat);
-  void step(Direction& direction, Range range);
-  int64_t within(Range range);
+  void step(Direction& direction, Range range, int64_t load);
 
   Random mRandom;
-  LleProto::RatType mRat = LleProto::LTE;
-  uint32_t mStepsOnRat = 0;
+  const Technology* mTechnology = nullptr;  // that the estimates are about
   Direction mUplink;
   Direction mDownlink;
 };

@@ -6,14 +6,13 @@
 #include <string>
 
 #include "lce.pb.h"
-#include "orbsim/Estimator.h"
-#include "orbsim/LinkModel.h"
+#include "orbsim/Reporter.h"
 #include "orbsim/TypedService.h"
 
 namespace orbsim {
 
-// Link capacity estimation: reports run from START to STOP or to a disable; the criteria stay.
-// Rates are in kbit/s, the queue in bytes.
+// Link capacity estimation: reports run from START to STOP or to a disable; the criteria stay, and
+// RESET takes the confidence away that has grown. Rates are in kbit/s, the queue in bytes.
 // Owned by the session and used only on the session's thread, so it has no lock.
 class LceService
     : public TypedService<LceProto::ServiceMsg, LceProto::ClientMsg, LceState, kSdkTypeLce> {
@@ -24,6 +23,8 @@ class LceService
   bool handleRequest(const LceProto::ServiceMsg& request) override;
   bool reporting() const override { return mState.reporting; }
   void stopReporting() override { mState.reporting = false; }
+  void startReports() override { mReporter.start(); }
+  std::optional<Clock::time_point> reportDue() override { return mReporter.due(); }
   bool makeReport(LceProto::ClientMsg& report) override;
   std::string describe(const LceProto::ServiceData& data) const override;
   std::string describe(const LceProto::ClientData& data) const override;
@@ -32,7 +33,12 @@ class LceService
   void handleGetLastReport();
   void handleAction(const LceProto::ServiceMsg& request);
 
-  Estimator<LinkModel> mLink;
+  // The estimate, as sure as it can be since the last reset.
+  const LinkEstimate& told(const Estimate& estimate);
+
+  Reporter mReporter;
+  uint32_t mSinceReset = 7;  // estimates; no more than the levels of confidence count
+  LinkEstimate mTold;
 };
 
 }  // namespace orbsim

@@ -6,8 +6,7 @@
 #include <string>
 
 #include "lle.pb.h"
-#include "orbsim/Estimator.h"
-#include "orbsim/LatencyModel.h"
+#include "orbsim/Reporter.h"
 #include "orbsim/TypedService.h"
 
 namespace orbsim {
@@ -26,6 +25,8 @@ class LleService
   bool handleRequest(const LleProto::ServiceMsg& request) override;
   bool reporting() const override { return mState.criteria != 0; }
   void stopReporting() override { mState.criteria = 0; }
+  void startReports() override { mReporter.start(); }
+  std::optional<Clock::time_point> reportDue() override { return mReporter.due(); }
   bool makeReport(LleProto::ClientMsg& report) override;
   std::string describe(const LleProto::ServiceData& data) const override;
   std::string describe(const LleProto::ClientData& data) const override;
@@ -35,7 +36,7 @@ class LleService
   template <typename Report>
   void fillReport(const LatencyEstimate& estimate, Report& report) const;
 
-  Estimator<LatencyModel> mLatency;
+  Reporter mReporter;
 };
 
 }  // namespace orbsim

@@ -9,12 +9,11 @@
 
 #include "orbsim/Control.h"
 #include "orbsim/Frame.h"
+#include "orbsim/World.h"
 
 namespace orbsim {
 
 class Session;
-
-using Clock = std::chrono::steady_clock;
 
 // One service of the daemon as one session sees it: decodes its requests, keeps the session's state
 // and answers through the session. Made when the session's first blob for it comes; owned by the
@@ -25,8 +24,8 @@ class Service {
 
   virtual void handleBlob(const Blob& blob) = 0;
   // When the service next wants handleDue(); nothing while it only answers.
-  virtual std::optional<Clock::time_point> nextDue() const { return std::nullopt; }
-  virtual void handleDue(Clock::time_point /*now*/) {}
+  virtual std::optional<Clock::time_point> nextDue() { return std::nullopt; }
+  virtual void handleDue() {}
 };
 
 // Short name of a service for the log.

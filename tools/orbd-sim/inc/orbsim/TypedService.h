@@ -28,13 +28,14 @@ Blob serialize(const Message& message) {
 }
 
 // What all services do alike: read a request or refuse it, enable and disable, send periodic
-// messages at the report interval, answer, log and record. What a service does with its other
+// messages when the world has one, answer, log and record. What a service does with its other
 // requests, when it reports and what its messages say in the log is its own.
 //
 // Requests are answered whether or not the client has enabled the service: a client that finds a
 // restarted daemon goes on with whatever request comes next. While the answers of the service are
 // switched off it keeps its state and sends nothing.
-template <typename Request, typename Answer, typename State, uint32_t kSdkType>
+template <typename Request, typename Answer, typename State, uint32_t kSdkType,
+          bool kDropsStale = true>
 class TypedService : public Service {
  public:
   void handleBlob(const Blob& blob) final {
@@ -51,24 +52,20 @@ class TypedService : public Service {
     } else if (!handleRequest(request)) {
       sendStatus(Outcome::kNotSupported);
     }
-    // The first report follows at once, the next ones an interval apart.
-    if (reporting() && !wasReporting) mLastReportAt = Clock::time_point{};
+    if (reporting() && !wasReporting) startReports();
     record();
   }
 
-  std::optional<Clock::time_point> nextDue() const final {
-    const auto interval = mControl.reportInterval();
-    if (!reporting() || interval.count() <= 0) return std::nullopt;
-    if (mLastReportAt == Clock::time_point{}) return mLastReportAt;
-    return mLastReportAt + interval;
+  std::optional<Clock::time_point> nextDue() final {
+    if (!reporting()) return std::nullopt;
+    return reportDue();
   }
 
-  void handleDue(Clock::time_point now) final {
-    mLastReportAt = now;
+  void handleDue() final {
     // A client that does not read gets no pile of stale reports.
-    if (mSession.queuedBytes() > 0) return;
+    const bool stale = kDropsStale && mSession.queuedBytes() > 0;
     Answer report;
-    if (!makeReport(report) || !send(report)) return;
+    if (!makeReport(report) || stale || !send(report)) return;
     ++mState.reports;
     record();
   }
@@ -86,6 +83,9 @@ class TypedService : public Service {
   // Whether periodic messages are wanted, and that they no longer are.
   virtual bool reporting() const = 0;
   virtual void stopReporting() = 0;
+  // Periodic messages begin; when the next one is due.
+  virtual void startReports() = 0;
+  virtual std::optional<Clock::time_point> reportDue() = 0;
   // The next periodic message. False: there is nothing to tell this time.
   virtual bool makeReport(Answer& report) = 0;
   // The service's own part of a log line, with a blank in front, or nothing.
@@ -152,7 +152,6 @@ class TypedService : public Service {
   }
 
   Session& mSession;
-  Clock::time_point mLastReportAt;  // meaningful while reporting; the epoch before the first one
 };
 
 }  // namespace orbsim

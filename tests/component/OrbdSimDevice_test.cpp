@@ -1,0 +1,444 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+// The device that the daemon stand-in's services tell of: what they say agrees.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "orbsim/Device.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using LliProto::LliIndResp;
+using orbsim::Device;
+using orbsim::Estimate;
+using orbsim::HandoffModel;
+using orbsim::HandoffOrder;
+using orbsim::HandoffPhase;
+using orbsim::ModelSettings;
+using orbsim::Ramp;
+using orbsim::Technology;
+using orbsim::technologyOf;
+
+// All of it, so that nothing that differs is overlooked.
+std::vector<uint64_t> numbers(const Estimate& estimate) {
+  const auto& link = estimate.link;
+  const auto& latency = estimate.latency;
+  return {link.rate,         link.confidence,    link.downlink ? 1u : 0u,
+          link.queueSizeUl,  latency.ulLatency,  latency.ulVariance,
+          latency.dlLatency, latency.dlVariance, static_cast<uint64_t>(latency.rat)};
+}
+
+std::vector<HandoffPhase> phasesOf(const Device& device, uint64_t from = 0) {
+  std::vector<HandoffPhase> all;
+  while (const HandoffPhase* const phase = device.phaseFrom(from)) {
+    all.push_back(*phase);
+    ++from;
+  }
+  return all;
+}
+
+std::vector<LliProto::HandoffInfo> infos(const std::vector<HandoffPhase>& phases) {
+  std::vector<LliProto::HandoffInfo> all;
+  for (const HandoffPhase& phase : phases) all.push_back(phase.indication.handoff_info());
+  return all;
+}
+
+ModelSettings still() {
+  ModelSettings settings;
+  settings.handoffs = false;
+  return settings;
+}
+
+TEST(DeviceTest, SameSeedDoesTheSame) {
+  Device one(7, {});
+  Device two(7, {});
+  Device other(8, {});
+  for (Device* const device : {&one, &two, &other}) device->setStep(500);
+  bool differs = false;
+  for (int i = 0; i < 300; ++i) {
+    const auto first = numbers(one.step(i * 500));
+    EXPECT_EQ(first, numbers(two.step(i * 500)));
+    differs = differs || first != numbers(other.step(i * 500));
+  }
+  EXPECT_TRUE(differs);
+  const auto ones = phasesOf(one);
+  const auto twos = phasesOf(two);
+  ASSERT_EQ(ones.size(), twos.size());
+  EXPECT_GT(ones.size(), 50u);
+  for (size_t i = 0; i < ones.size(); ++i) {
+    EXPECT_EQ(ones[i].at, twos[i].at);
+    EXPECT_EQ(ones[i].indication.SerializeAsString(), twos[i].indication.SerializeAsString());
+  }
+}
+
+// The same on every machine and with every compiler.
+TEST(DeviceTest, SeedOneDoesWhatItAlwaysDid) {
+  Device device(1, {});
+  device.setStep(500);
+  Estimate last;
+  for (int i = 0; i < 200; ++i) last = device.step(i * 500);
+  EXPECT_EQ((std::vector<uint64_t>{69172, 4, 0, 2848, 7305, 942239, 3943, 1471836, 2}), numbers(last));
+}
+
+TEST(DeviceTest, WhoLooksInBetweenChangesNothing) {
+  Device one(3, {});
+  Device two(3, {});
+  one.setStep(500);
+  two.setStep(500);
+  for (int i = 0; i < 300; ++i) {
+    two.moveTo(i * 500 - 123);
+    two.moveTo(i * 500 - 1);
+    EXPECT_EQ(numbers(one.step(i * 500)), numbers(two.step(i * 500)));
+  }
+}
+
+TEST(DeviceTest, EstimatesVaryWithinWhatTheTechnologyCanDo) {
+  Device device(1, {});
+  device.setStep(500);
+  int uplinks = 0;
+  int moved = 0;
+  std::set<uint32_t> confidences;
+  std::set<std::string> seen;
+  Estimate last = device.step(0);
+  for (int i = 1; i < 4000; ++i) {
+    const Estimate estimate = device.step(i * 500);
+    const Technology& technology = device.technology();
+    seen.insert(technology.word);
+    EXPECT_EQ(technology.latencyRat, estimate.latency.rat);
+    const int64_t best = estimate.link.downlink ? technology.downlinkRate : technology.uplinkRate;
+    EXPECT_LE(estimate.link.rate, best + best / 50);
+    EXPECT_LE(estimate.link.confidence, 7u);
+    EXPECT_LE(estimate.link.queueSizeUl, 64000u);
+    EXPECT_GT(estimate.latency.ulVariance, 0u);
+    EXPECT_GT(estimate.latency.dlVariance, 0u);
+    if (estimate.link.rate > 0) {
+      const auto within = [](uint64_t value, Technology::Range range) {
+        return value >= static_cast<uint64_t>(range.low) &&
+               value <= static_cast<uint64_t>(range.high);
+      };
+      EXPECT_TRUE(within(estimate.latency.ulLatency, technology.uplinkLatency));
+      EXPECT_TRUE(within(estimate.latency.dlLatency, technology.downlinkLatency));
+    }
+    confidences.insert(estimate.link.confidence);
+    uplinks += estimate.link.downlink ? 0 : 1;
+    moved += estimate.latency.ulLatency != last.latency.ulLatency &&
+                     estimate.latency.dlLatency != last.latency.dlLatency &&
+                     estimate.latency.ulVariance != last.latency.ulVariance &&
+                     estimate.latency.dlVariance != last.latency.dlVariance
+                 ? 1
+                 : 0;
+    last = estimate;
+  }
+  EXPECT_GT(uplinks, 1200);
+  EXPECT_LT(uplinks, 2800);
+  EXPECT_GT(moved, 3600);
+  EXPECT_GT(confidences.size(), 1u);
+  EXPECT_EQ(6u, seen.size());
+}
+
+TEST(DeviceTest, NothingGoesThroughAnInterruptedLinkAndLatenciesGrow) {
+  Device device(1, still());
+  device.setStep(10);
+  HandoffOrder order;
+  order.target = "ehrpd";
+  order.notice = 100ms;
+  order.duration = 200ms;
+  device.orderHandoff(50, order);
+  uint64_t last = 0;
+  for (int at = 0; at <= 500; at += 10) {
+    const Estimate estimate = device.step(at);
+    const bool interrupted = at >= 150 && at < 350;
+    EXPECT_EQ(interrupted, estimate.link.rate == 0) << at;
+    if (interrupted) {
+      EXPECT_GT(estimate.latency.dlLatency, last) << at;
+      last = estimate.latency.dlLatency;
+      EXPECT_EQ(LleProto::LTE, estimate.latency.rat);
+    }
+    if (at >= 350) {
+      EXPECT_STREQ("ehrpd", device.technology().word);
+      EXPECT_EQ(LleProto::WCDMA, estimate.latency.rat) << "the nearest that there is";
+      EXPECT_LE(estimate.link.rate, 3162u);
+      EXPECT_GE(estimate.latency.dlLatency, 60000u);
+    }
+  }
+  EXPECT_GE(last, 190000u);
+}
+
+TEST(DeviceTest, SignalFadesBeforeAHandoffAndComesBackAfterIt) {
+  Device device(1, still());
+  device.setStep(100);
+  HandoffOrder order;
+  order.target = "lte";
+  order.notice = 3000ms;
+  device.orderHandoff(100, order);
+  const auto best = [](const Estimate& estimate) {
+    return estimate.link.rate * 1000 / (estimate.link.downlink ? 110000 : 40000);
+  };
+  device.step(0);
+  Estimate estimate;
+  for (int at = 100; at < 3100; at += 100) estimate = device.step(at);
+  EXPECT_LT(best(estimate), 200u);
+  EXPECT_GT(best(device.step(3200)), 300u);
+}
+
+TEST(DeviceTest, FailedHandoffLeavesTheDeviceWhereItWas) {
+  Device device(1, still());
+  device.setStep(100);
+  HandoffOrder order;
+  order.target = "5g";
+  order.result = HandoffOrder::Result::kFailure;
+  device.orderHandoff(0, order);
+  device.step(5000);
+  EXPECT_STREQ("lte", device.technology().word);
+  EXPECT_FALSE(device.inHandoff());
+  const auto all = infos(phasesOf(device));
+  EXPECT_EQ(1, std::count(all.begin(), all.end(), LliProto::HANDOFF_FAILURE));
+  EXPECT_EQ(0, std::count(all.begin(), all.end(), LliProto::HANDOFF_SUCCESS));
+}
+
+TEST(DeviceTest, OrderedHandoffThatIsCalledOffNeverStarts) {
+  Device device(1, still());
+  HandoffOrder order;
+  order.target = "5g";
+  order.result = HandoffOrder::Result::kCalledOff;
+  device.orderHandoff(0, order);
+  device.moveTo(5000);
+  const auto phases = phasesOf(device);
+  ASSERT_EQ(2u, phases.size());
+  EXPECT_EQ(LliProto::ENTRY, phases[0].indication.pre_handoff_state());
+  EXPECT_EQ(1000u, phases[0].indication.estimated_time_to_interruption());
+  EXPECT_EQ(LliProto::EXIT, phases[1].indication.pre_handoff_state());
+}
+
+TEST(DeviceTest, NewOrderEndsTheHandoffUnderWay) {
+  Device device(1, still());
+  device.setStep(100);
+  HandoffOrder order;
+  order.target = "5g";
+  order.notice = 0ms;
+  order.duration = 1000ms;
+  device.orderHandoff(0, order);
+  order.target = "wcdma";
+  device.orderHandoff(500, order);
+  device.moveTo(500);
+  const auto phases = phasesOf(device);
+  EXPECT_EQ((std::vector<LliProto::HandoffInfo>{LliProto::PRE_HANDOFF, LliProto::HANDOFF_START,
+                                                LliProto::HANDOFF_FAILURE, LliProto::PRE_HANDOFF,
+                                                LliProto::PRE_HANDOFF, LliProto::HANDOFF_START}),
+            infos(phases));
+  EXPECT_EQ(LliProto::EXIT, phases[3].indication.pre_handoff_state());
+  EXPECT_EQ(LliProto::LLI_3GPP_5G, phases[3].indication.target_rat());
+  device.moveTo(5000);
+  EXPECT_STREQ("wcdma", device.technology().word);
+}
+
+TEST(DeviceTest, RampGoesFromOneRateToTheOtherAndStaysThere) {
+  Device device(1, still());
+  device.orderRate(1000, Ramp{50000, 2000, 1000ms});
+  EXPECT_GT(device.step(999).link.rate, 0u);
+  EXPECT_EQ(50000u, device.step(1000).link.rate);
+  EXPECT_EQ(26000u, device.step(1500).link.rate);
+  EXPECT_EQ(2000u, device.step(2000).link.rate);
+  EXPECT_EQ(2000u, device.step(9000).link.rate);
+  device.orderRate(10000, Ramp{{}, 4000, 1000ms});
+  EXPECT_EQ(3000u, device.step(10500).link.rate) << "from what it was";
+  device.orderRate(12000, std::nullopt);
+  EXPECT_GT(device.step(12000).link.rate, 4000u) << "wanders again";
+}
+
+TEST(DeviceTest, LatencyIsHeldInBothDirections) {
+  ModelSettings settings = still();
+  settings.latency = 30000;
+  settings.rate = 7000;
+  Device device(1, settings);
+  EXPECT_EQ(7000u, device.step(0).link.rate);
+  EXPECT_EQ(30000u, device.step(1).latency.ulLatency);
+  device.orderLatency(10, Ramp{{}, 130000, 100ms});
+  EXPECT_EQ(80000u, device.step(60).latency.dlLatency);
+  EXPECT_EQ(130000u, device.step(200).latency.ulLatency);
+}
+
+TEST(DeviceTest, TechnologyCanBeChangedWithoutAHandoff) {
+  ModelSettings settings = still();
+  settings.rat = "wcdma";
+  Device device(1, settings);
+  EXPECT_EQ(LleProto::WCDMA, device.step(0).latency.rat);
+  device.orderTechnology(10, "5g");
+  EXPECT_EQ(LleProto::NR5G, device.step(10).latency.rat);
+  EXPECT_TRUE(phasesOf(device).empty());
+  device.orderTechnology(20, "none");
+  EXPECT_EQ(0u, device.step(20).link.rate);
+}
+
+TEST(TechnologyTest, EachOneThatAnIndicationCanNameHasAWord) {
+  std::set<std::string> words;
+  for (int rat = LliProto::LliRatType_MIN; rat <= LliProto::LliRatType_MAX; ++rat) {
+    const Technology& technology = technologyOf(static_cast<LliProto::LliRatType>(rat));
+    EXPECT_EQ(rat, technology.rat);
+    EXPECT_EQ(&technology, orbsim::technologyNamed(technology.word));
+    EXPECT_LE(technology.uplinkRate, technology.downlinkRate);
+    EXPECT_LT(technology.uplinkLatency.low, technology.uplinkLatency.high);
+    EXPECT_LT(technology.downlinkLatency.low, technology.downlinkLatency.high);
+    words.insert(technology.word);
+  }
+  EXPECT_EQ(12u, words.size());
+  EXPECT_EQ("none wcdma geran lte tdscdma wlan 5g ciwlan 1x hrpd ehrpd wlan2",
+            orbsim::technologyWords());
+  EXPECT_FALSE(orbsim::isTechnologyWord("6g"));
+}
+
+// Handoffs of the model's own accord, one after the other.
+class HandoffModelTest : public ::testing::Test {
+ protected:
+  std::vector<HandoffPhase> next(int64_t stepMs = 500) {
+    const auto phases = mModel.plan(mEntry, stepMs, mHere);
+    mEntry = phases.back().at + mModel.pause() * stepMs;
+    const auto all = infos(phases);
+    if (std::count(all.begin(), all.end(), LliProto::HANDOFF_SUCCESS) == 1) {
+      mHere = phases.front().indication.target_rat();
+    }
+    return phases;
+  }
+
+  HandoffModel mModel{1};
+  int64_t mEntry = 0;
+  LliProto::LliRatType mHere = LliProto::LLI_3GPP_LTE;
+};
+
+TEST_F(HandoffModelTest, StepsComeInTheOrderOfAHandoff) {
+  int succeeded = 0;
+  int failed = 0;
+  int calledOff = 0;
+  for (int i = 0; i < 300; ++i) {
+    const std::vector<HandoffPhase> phases = next();
+    const auto all = infos(phases);
+    ASSERT_EQ(LliProto::PRE_HANDOFF, all.front());
+    ASSERT_EQ(LliProto::PRE_HANDOFF, all.back());
+    for (size_t k = 0; k + 1 < phases.size(); ++k) {
+      EXPECT_EQ(LliProto::ENTRY, phases[k].indication.pre_handoff_state());
+      EXPECT_LT(phases[k].at, phases[k + 1].at);
+    }
+    EXPECT_EQ(LliProto::EXIT, phases.back().indication.pre_handoff_state());
+    if (all.size() == 2) {
+      ++calledOff;
+      continue;
+    }
+    ASSERT_GE(all.size(), 7u) << "at least three are imminent";
+    const size_t start = all.size() - 3;
+    for (size_t k = 1; k < start; ++k) EXPECT_EQ(LliProto::HANDOFF_IMMINENT, all[k]);
+    EXPECT_EQ(LliProto::HANDOFF_START, all[start]);
+    const LliProto::HandoffInfo outcome = all[start + 1];
+    succeeded += outcome == LliProto::HANDOFF_SUCCESS ? 1 : 0;
+    failed += outcome == LliProto::HANDOFF_FAILURE ? 1 : 0;
+  }
+  EXPECT_EQ(300, succeeded + failed + calledOff);
+  EXPECT_GT(calledOff, 10);
+  EXPECT_GT(failed, 10);
+  EXPECT_GT(succeeded, failed + calledOff) << "now and then only";
+}
+
+TEST_F(HandoffModelTest, WhatIsToldOfTimesComesTrue) {
+  for (int i = 0; i < 100; ++i) {
+    const std::vector<HandoffPhase> phases = next();
+    if (phases.size() == 2) continue;
+    const HandoffPhase& start = phases[phases.size() - 3];
+    const HandoffPhase& outcome = phases[phases.size() - 2];
+    const auto duration = static_cast<int64_t>(start.indication.estimated_interruption_duration());
+    EXPECT_GE(duration, 20);
+    EXPECT_LE(duration, 200);
+    EXPECT_EQ(duration, outcome.at - start.at) << "as long as it was told";
+    for (const HandoffPhase& phase : phases) {
+      const bool over = phase.at >= outcome.at;
+      const int64_t left = over ? 0 : start.at - phase.at;
+      EXPECT_EQ(left, static_cast<int64_t>(phase.indication.estimated_time_to_interruption()));
+      EXPECT_EQ(over ? 0 : duration,
+                static_cast<int64_t>(phase.indication.estimated_interruption_duration()));
+    }
+  }
+}
+
+TEST_F(HandoffModelTest, CalledOffHandoffTellsNoTimesAtItsExit) {
+  int seen = 0;
+  for (int i = 0; i < 100; ++i) {
+    const std::vector<HandoffPhase> phases = next();
+    if (phases.size() != 2) continue;
+    ++seen;
+    EXPECT_EQ(500, phases[1].at - phases[0].at);
+    EXPECT_EQ(0u, phases[1].indication.estimated_time_to_interruption());
+    EXPECT_EQ(0u, phases[1].indication.estimated_interruption_duration());
+  }
+  EXPECT_GT(seen, 0);
+}
+
+TEST_F(HandoffModelTest, HandoffsAreBetweenTwoTechnologiesAndSetOutFromWhereTheDeviceIs) {
+  LliProto::LliRatType here = LliProto::LLI_3GPP_LTE;
+  std::pair<int, int> before{-1, -1};
+  std::set<int> seen;
+  for (int i = 0; i < 200; ++i) {
+    const std::vector<HandoffPhase> phases = next();
+    const auto source = phases.front().indication.source_rat();
+    const auto target = phases.front().indication.target_rat();
+    for (const HandoffPhase& phase : phases) {
+      EXPECT_EQ(source, phase.indication.source_rat());
+      EXPECT_EQ(target, phase.indication.target_rat());
+    }
+    EXPECT_EQ(here, source);
+    EXPECT_NE(source, target);
+    EXPECT_NE(LliProto::NULL_BEARER, target);
+    EXPECT_TRUE(LliProto::LliRatType_IsValid(target));
+    EXPECT_NE(before, std::make_pair(int{source}, int{target}));
+    before = {source, target};
+    seen.insert(target);
+    here = mHere;
+  }
+  EXPECT_EQ(6u, seen.size());
+}
+
+TEST(DeviceHandoffsTest, PauseOfSomeStepsLiesBetweenTwoHandoffs) {
+  Device device(1, {});
+  device.setStep(500);
+  device.moveTo(200000);
+  const auto phases = phasesOf(device);
+  ASSERT_FALSE(phases.empty());
+  EXPECT_EQ(0, phases.front().at) << "none before the first";
+  int pauses = 0;
+  for (size_t i = 1; i < phases.size(); ++i) {
+    if (phases[i - 1].indication.pre_handoff_state() != LliProto::EXIT) continue;
+    const int64_t pause = phases[i].at - phases[i - 1].at;
+    EXPECT_GE(pause, 1000);
+    EXPECT_LE(pause, 2500);
+    EXPECT_EQ(LliProto::ENTRY, phases[i].indication.pre_handoff_state());
+    ++pauses;
+  }
+  EXPECT_GT(pauses, 10);
+}
+
+TEST(DeviceHandoffsTest, CountdownKeepsThePaceOfItsEntry) {
+  Device device(1, {});
+  device.setStep(500);
+  for (int i = 1; i < 300; ++i) {
+    device.moveTo(i * 100);
+    device.setStep(10 + i * 37 % 1000);
+  }
+  const auto phases = phasesOf(device);
+  ASSERT_GT(phases.size(), 20u);
+  int64_t start = 0;
+  for (const HandoffPhase& phase : phases) {
+    const auto left = static_cast<int64_t>(phase.indication.estimated_time_to_interruption());
+    if (phase.indication.handoff_info() == LliProto::PRE_HANDOFF) start = phase.at + left;
+    if (left > 0) {
+      EXPECT_EQ(start, phase.at + left);
+    }
+  }
+}
+
+}  // namespace
