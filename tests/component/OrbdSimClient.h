@@ -115,6 +115,11 @@ class Client {
     ASSERT_EQ(static_cast<ssize_t>(bytes.size()),
               ::send(mFd, bytes.data(), bytes.size(), MSG_NOSIGNAL));
   }
+  // False when the other side has gone.
+  bool tryWrite(const Blob& bytes) {
+    return ::send(mFd, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
+           static_cast<ssize_t>(bytes.size());
+  }
   bool atEnd() { return readOnce().empty(); }
   bool hasInput() {
     pollfd input = {mFd, POLLIN, 0};

@@ -4,7 +4,8 @@
 #
 # The daemon stand-in and an example application, each of which may be built for another machine and
 # run by an emulator: what the application prints first for each service is what the file says. The
-# stand-in's models give the same on every machine. Run by ctest inside the sandbox:
+# stand-in's model gives the same on every machine, and its time begins when all services listen. Run by
+# ctest inside the sandbox:
 # pairing.sh FILE daemon COMMAND... application COMMAND...
 set -euo pipefail
 
@@ -30,7 +31,7 @@ fail() {
   exit 1
 }
 
-"${daemon[@]}" --quiet --seed 1 --interval 20 &
+"${daemon[@]}" --quiet --seed 1 --interval 20 --begin lce,lle,lli &
 simulator=$!
 until [[ -S /dev/socket/orb ]]; do
   kill -0 "$simulator" 2>/dev/null || fail "the daemon stand-in has ended"

@@ -20,6 +20,13 @@ struct Command {
 Command addServe(orbtool::CommandLine& line);
 Command addRelay(orbtool::CommandLine& line);
 
+// Play a scenario to a command.
+Command addRun(orbtool::CommandLine& line);
+// Look at scenarios without playing them.
+Command addCheck(orbtool::CommandLine& line);
+// Give orders to a daemon that runs.
+Command addCtl(orbtool::CommandLine& line);
+
 // For --socket of all commands: where one can listen.
 CLI::Validator placeToListen();
 // --trace, and --json that needs it.

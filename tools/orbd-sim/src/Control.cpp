@@ -64,6 +64,25 @@ void Control::setFrameHandler(FrameHandler handler) {
   mFrameHandler = std::move(handler);
 }
 
+void Control::refuse(const Refusal& refusal) {
+  std::lock_guard<std::mutex> lock(mLock);
+  mRefusals.push_back(refusal);
+  mRefuses.store(true);
+}
+
+std::optional<Refusal> Control::takeRefusal(const RequestWords& request) {
+  std::lock_guard<std::mutex> lock(mLock);
+  for (auto refusal = mRefusals.begin(); refusal != mRefusals.end(); ++refusal) {
+    if (refusal->sdkType != request.sdkType) continue;
+    if (!refusal->request.empty() && refusal->request != request.request) continue;
+    Refusal taken = *refusal;
+    if (--refusal->times == 0) mRefusals.erase(refusal);
+    mRefuses.store(!mRefusals.empty());
+    return taken;
+  }
+  return std::nullopt;
+}
+
 bool Control::answers(uint32_t sdkType) const {
   std::lock_guard<std::mutex> lock(mLock);
   return !mAllMuted && mMuted.count(sdkType) == 0;

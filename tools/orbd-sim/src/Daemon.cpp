@@ -92,6 +92,7 @@ void Daemon::acceptLoop() {
     {
       std::lock_guard<std::mutex> lock(mLock);
       if (mStopping) return;
+      closeRetiredLocked();
       if (mListenerKilled) closeListenerLocked();
       fds[1].fd = mAccepting ? mListenFd : -1;
     }
@@ -128,7 +129,7 @@ void Daemon::acceptOne() {
     lock.unlock();
     mControl.log("connection refused: %s", error.what());
     entry.session.reset();
-    mControl.recorder().connectionClosed(false);
+    mControl.recorder().connectionClosed(0, false);
     return;
   }
   mSessions.push_back(std::move(entry));
@@ -165,7 +166,13 @@ void Daemon::closeListener() {
   closeListenerLocked();
 }
 
+void Daemon::closeRetiredLocked() {
+  for (const int fd : mRetiredFds) ::close(fd);
+  mRetiredFds.clear();
+}
+
 void Daemon::closeListenerLocked() {
+  closeRetiredLocked();
   if (mListenFd < 0) return;
   ::close(mListenFd);
   mListenFd = -1;

@@ -104,6 +104,51 @@ void Daemon::killListener() {
   mWake.wake();
 }
 
+void Daemon::vanish() {
+  killListener();
+  closeAll();
+}
+
+bool Daemon::reappear() {
+  {
+    std::lock_guard<std::mutex> lock(mLock);
+    if (!mRunning || !mListenerKilled) return true;
+  }
+  const int fd = mPlace.open(mControl.options().backlog);
+  if (fd < 0) {
+    mControl.log("%s", mPlace.error().c_str());
+    return false;
+  }
+  {
+    std::lock_guard<std::mutex> lock(mLock);
+    // The accept thread may be polling the old one still, so that one closes it.
+    if (mListenFd >= 0) mRetiredFds.push_back(mListenFd);
+    mListenFd = fd;
+    mListenerKilled = false;
+    mNextId = 1;
+  }
+  mWake.wake();
+  mControl.log("listening on %s", socketPath().c_str());
+  return true;
+}
+
+std::vector<SessionView> Daemon::sessionViews() const {
+  std::vector<SessionView> views;
+  for (const auto& session : sessions()) {
+    if (session->established()) views.push_back(session->view());
+  }
+  return views;
+}
+
+size_t Daemon::sendToUsers(uint32_t sdkType, const Blob& blob) {
+  size_t sent = 0;
+  for (const auto& session : sessions()) {
+    if (!session->established() || !session->uses(sdkType)) continue;
+    if (session->sendBlob(sdkType, blob)) ++sent;
+  }
+  return sent;
+}
+
 void Daemon::setAccepting(bool on) {
   {
     std::lock_guard<std::mutex> lock(mLock);

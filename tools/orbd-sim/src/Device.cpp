@@ -158,7 +158,7 @@ void Device::abandon() {
   }
   mPhase = Phase::kNone;
   mRadio.setLeaving(false);
-  mPhases.push_back(end);
+  remember(end);
 }
 
 void Device::happen(const HandoffPhase& phase) {
@@ -181,12 +181,16 @@ void Device::happen(const HandoffPhase& phase) {
       mRadio.setLeaving(mPhase == Phase::kComing);
       break;
   }
+  remember(phase);
+  if (mPhase == Phase::kNone && mPlan.empty()) planNext();
+}
+
+void Device::remember(const HandoffPhase& phase) {
   mPhases.push_back(phase);
   while (mPhases.size() > kRemembered) {
     mPhases.pop_front();
     ++mForgotten;
   }
-  if (mPhase == Phase::kNone && mPlan.empty()) planNext();
 }
 
 void Device::planNext() {

@@ -34,7 +34,7 @@ LinkEstimate LinkModel::next(const Radio& radio, bool interrupted, std::optional
   mRates[1] = rateOf(technology.downlinkRate);
   const int64_t rate = mRates[mDownlink ? 1 : 0];
   mQueue = std::clamp<int64_t>(mQueue + (kOffered - mRates[0]) / 8, 0, kQueueRoom);
-  const bool steady = std::llabs(rate - before) <= before / 12;
+  const bool steady = !interrupted && std::llabs(rate - before) <= before / 12;
   mConfidence = std::clamp<int64_t>(mConfidence + (steady ? 1 : -1), 1, 7);
 
   LinkEstimate estimate;

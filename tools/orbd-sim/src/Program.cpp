@@ -20,6 +20,7 @@ sigset_t endingSignals() {
   sigemptyset(&ending);
   sigaddset(&ending, SIGINT);
   sigaddset(&ending, SIGTERM);
+  sigaddset(&ending, SIGHUP);
   return ending;
 }
 
@@ -45,6 +46,7 @@ void waitForEnd() {
   int signal = 0;
   while (sigwait(&ending, &signal) != 0) {
   }
+  // Who sends a second one does not want to wait for the end.
   pthread_sigmask(SIG_UNBLOCK, &ending, nullptr);
 }
 

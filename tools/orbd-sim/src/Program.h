@@ -16,10 +16,10 @@
 
 namespace orbsim {
 
-// From here on, and in threads that start later, SIGINT and SIGTERM wait for waitForEnd(). A reader
-// of the output that goes away does not take the program with it.
+// From here on, and in threads that start later, SIGINT, SIGTERM and SIGHUP wait for waitForEnd().
+// A reader of the output that goes away does not take the program with it.
 void holdSignals();
-// Until one of the two comes. Another one then ends the program at once.
+// Until one of them comes. The next one ends the program at once.
 void waitForEnd();
 
 // What is printed on standard output, one line for each thing: text, or JSON Lines. Any thread may

@@ -11,8 +11,11 @@ void Recorder::connectionOpened() {
   mChanged.notify_all();
 }
 
-void Recorder::connectionClosed(bool wasSession) {
+void Recorder::connectionClosed(uint32_t sessionId, bool wasSession) {
   std::lock_guard<std::mutex> lock(mLock);
+  if (!mKeepContents) {
+    std::apply([&](auto&... states) { (states.erase(sessionId), ...); }, mStates);
+  }
   ++mTotals.connectionsClosed;
   if (wasSession) ++mTotals.sessionsClosed;
   mChanged.notify_all();

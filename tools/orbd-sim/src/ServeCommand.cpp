@@ -3,6 +3,7 @@
 
 // orbd-sim without a command: plays the daemon until a signal ends it.
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -15,6 +16,7 @@
 
 #include "Commands.h"
 #include "Program.h"
+#include "orbsim/ControlSocket.h"
 #include "orbsim/Daemon.h"
 #include "orbsim/Faults.h"
 #include "orbsim/Recording.h"
@@ -27,7 +29,7 @@ namespace {
 constexpr char kFooterHead[] = "Faults, for an application's error paths:\n";
 constexpr char kFooterEnd[] =
     "\n"
-    "SIGINT and SIGTERM end it.\n"
+    "SIGINT, SIGTERM and SIGHUP end it, a second one at once.\n"
     "Exit status: 0 ended by a signal, 1 the socket cannot be served, 2 wrong arguments.\n"
     "Examples: orbd-sim --interval 100 --seed 7\n"
     "          orbd-sim --faults silent,connections=1\n"
@@ -40,6 +42,8 @@ struct Arguments {
   std::string faults;
   std::string replay;
   double speed = 1;
+  std::string begin;
+  std::string control;
   bool trace = false;
   bool json = false;
   bool quiet = false;
@@ -72,6 +76,20 @@ int fail(const std::string& reason) {
   return orbtool::kExitFailed;
 }
 
+// False when LIST is none of services. Without one, time begins with the first report.
+bool setBegin(const std::string& list, ModelSettings& model) {
+  if (list.empty()) return true;
+  model.begin = Begin::kReporting;
+  for (size_t start = 0; start <= list.size();) {
+    const size_t comma = std::min(list.find(',', start), list.size());
+    const uint32_t service = serviceNamed(list.substr(start, comma - start));
+    if (service == 0) return false;
+    model.beginWith.insert(service);
+    start = comma + 1;
+  }
+  return true;
+}
+
 int serve(const Arguments& arguments) {
   Output output(arguments.json);
   Options options;
@@ -88,8 +106,11 @@ int serve(const Arguments& arguments) {
   if (!arguments.replay.empty() && !readRecording(arguments.replay, events, error))
     return fail(error);
 
+  setBegin(arguments.begin, options.model);
+
   holdSignals();
   Daemon daemon(options);
+  ControlSocket control(daemon);
   faults.prepare(daemon);
   std::optional<Replay> replay;
   if (!arguments.replay.empty()) {
@@ -99,7 +120,9 @@ int serve(const Arguments& arguments) {
   }
   if (!daemon.start()) return fail(daemon.error());
   faults.apply(daemon);
+  if (!arguments.control.empty() && !control.open(arguments.control)) return fail(control.error());
   waitForEnd();
+  control.close();
   daemon.stop();
   return orbtool::kExitDone;
 }
@@ -150,12 +173,29 @@ Command addServe(orbtool::CommandLine& line) {
             return error;
           },
           ""));
+  app.add_option("-b,--begin", arguments->begin,
+                 "Begin the model's time, and all reports, once clients want reports of each "
+                 "service of LIST: lce, lle, lli, separated by commas. Without it: once one wants "
+                 "any.")
+      ->type_name("LIST")
+      ->take_last()
+      ->check(CLI::Validator(
+          [](std::string& list) {
+            ModelSettings model;
+            return setBegin(list, model) ? std::string() : "not a list of services: " + list;
+          },
+          ""));
+  app.add_option("-c,--control", arguments->control,
+                 "Take orders of 'orbd-sim ctl' on PATH, from the same user.")
+      ->type_name("PATH")
+      ->take_last()
+      ->check(placeToListen());
   app.add_option("-R,--replay", arguments->replay,
                  "Say to clients what the recording FILE says that a daemon said; orbd-sim relay "
                  "makes recordings.")
       ->type_name("FILE")
       ->take_last()
-      ->excludes("--interval", "--seed", "--faults");
+      ->excludes("--interval", "--seed", "--faults", "--begin");
   app.add_option("-x,--speed", arguments->speed,
                  "Replay X times as fast as it was recorded, 0.001 to 1000.")
       ->type_name("X")

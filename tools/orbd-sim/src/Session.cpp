@@ -52,6 +52,7 @@ void Session::run() {
     mControl.recorder().sessionOpened();
     mControl.world().connected();
     log("open");
+    if (mControl.options().onSession) mControl.options().onSession(view(), true);
     serve();
   }
   finish();
@@ -141,6 +142,8 @@ void Session::handleFrame(const Frame& frame) {
   mClientSpoke = true;
   if (endpoint() == 0) mEndpoint.store(frame.header.source);
   mControl.recorder().frame(frame);
+  if (mControl.options().onFrame) mControl.options().onFrame(frame);
+  mUses.fetch_or(bitOf(frame.sdkType()));
   const FrameHandler handler = mControl.frameHandler();
   if (handler && handler(*this, frame)) return;
   if (!frame.isBlob()) {
@@ -156,7 +159,36 @@ void Session::handleFrame(const Frame& frame) {
     log("%s: ignored: no such service (%u) here", serviceName(type), type);
     return;
   }
+  if (mControl.refuses() && refuse(frame)) return;
   service->handleBlob(frame.blob());
+}
+
+bool Session::refuse(const Frame& frame) {
+  const RequestWords request = wordsOf(frame);
+  const auto refusal = mControl.takeRefusal(request);
+  if (!refusal) return false;
+  log("%s: %s refused: %s", serviceName(frame.sdkType()), request.request.c_str(),
+      refusal->with.c_str());
+  answerBlob(frame.sdkType(), refusalOf(frame, *refusal));
+  return true;
+}
+
+bool Session::answerBlob(uint32_t sdkType, const Blob& blob) {
+  const auto delay = mControl.answerDelay();
+  if (delay.count() <= 0 && mLate.empty()) return sendBlob(sdkType, blob);
+  auto due = Clock::now() + delay;
+  if (!mLate.empty()) due = std::max(due, mLate.back().first);
+  const Blob payload = encodeBlobPayload(sdkType, blob);
+  mLate.emplace_back(due, encodeFrame(headerFor(kSendBlobMessageId, payload.size()), payload));
+  return true;
+}
+
+void Session::sendLate() {
+  const Clock::time_point now = Clock::now();
+  while (!mLate.empty() && mLate.front().first <= now) {
+    send(std::move(mLate.front().second));
+    mLate.pop_front();
+  }
 }
 
 bool Session::send(Blob bytes) {
@@ -248,6 +280,7 @@ void Session::wake() {
 
 // Services act on their own only towards a client that has spoken.
 void Session::runDueServices() {
+  sendLate();
   if (!mClientSpoke) return;
   const Clock::time_point now = Clock::now();
   for (auto& entry : mServices) {
@@ -259,6 +292,7 @@ void Session::runDueServices() {
 
 int Session::pollTimeout() const {
   std::optional<Clock::time_point> earliest;
+  if (!mLate.empty()) earliest = mLate.front().first;
   for (const auto& entry : mServices) {
     if (!entry.second) continue;
     const auto due = entry.second->nextDue();
@@ -289,7 +323,8 @@ void Session::finish() {
   }
   log("closed");
   mFinished.store(true);
-  mControl.recorder().connectionClosed(wasSession);
+  if (wasSession && mControl.options().onSession) mControl.options().onSession(view(), false);
+  mControl.recorder().connectionClosed(mId, wasSession);
 }
 
 void Session::log(const char* format, ...) {

@@ -94,9 +94,11 @@ int SocketPlace::listen(int backlog) {
     return -1;
   }
   const sockaddr_un address = addressOf(mPath);
+  // The path never has another mode than its own.
+  ::fchmod(fd, mMode);
   const bool bound = ::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
-  // Applications of every user connect.
-  if (bound && ::chmod(mPath.c_str(), 0666) == 0 && ::listen(fd, backlog) == 0) return fd;
+  // Whatever the umask says.
+  if (bound && ::chmod(mPath.c_str(), mMode) == 0 && ::listen(fd, backlog) == 0) return fd;
   fail(std::strerror(errno));
   if (bound) removeSocket();
   ::close(fd);

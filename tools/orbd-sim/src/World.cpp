@@ -29,7 +29,7 @@ void World::wanted(uint32_t sdkType) {
     if (!first && (mSettings.begin != Begin::kReporting || !mMissing.empty())) return;
     begin();
   }
-  changed();
+  tellBegun();
 }
 
 void World::beginIf(Begin event) {
@@ -38,7 +38,7 @@ void World::beginIf(Begin event) {
     if (mBegun || mSettings.begin != event) return;
     begin();
   }
-  changed();
+  tellBegun();
 }
 
 void World::begin() {
@@ -47,6 +47,12 @@ void World::begin() {
   mDevice.setStep(mIntervalMs);
   // What was asked for before has seen the first tick already.
   if (mTicks.empty() && mIntervalMs > 0) makeTick(0);
+}
+
+// The epoch does not change any more.
+void World::tellBegun() {
+  changed();
+  if (mOnBegun) mOnBegun(mEpoch);
 }
 
 bool World::begun() const {
@@ -58,12 +64,6 @@ std::optional<Milliseconds> World::now() const {
   const std::lock_guard<std::mutex> lock(mLock);
   if (!mBegun) return std::nullopt;
   return Milliseconds(nowMs(Clock::now()));
-}
-
-std::optional<Clock::time_point> World::timeOf(Milliseconds modelTime) const {
-  const std::lock_guard<std::mutex> lock(mLock);
-  if (!mBegun) return std::nullopt;
-  return wallOf(modelTime.count());
 }
 
 void World::setInterval(Milliseconds interval) {
@@ -221,7 +221,8 @@ int64_t World::tickTime(uint64_t number) const {
 // Lets everything happen up to now, ticks and events each at their time.
 void World::advance(Clock::time_point at) {
   const uint64_t current = tickLocked(at);
-  while (mIntervalMs > 0 && mFirstTick + mTicks.size() <= current) makeTick(tickTime(mFirstTick + mTicks.size()));
+  while (mIntervalMs > 0 && mFirstTick + mTicks.size() <= current)
+    makeTick(tickTime(mFirstTick + mTicks.size()));
   mDevice.moveTo(nowMs(at));
 }
 

@@ -17,7 +17,8 @@ int run(int argc, char** argv) {
                             "Play the system daemon: serve link capacity (LCE), link latency (LLE) "
                             "and link interruption (LLI) on its socket and log what clients do.");
   const orbsim::Command serve = orbsim::addServe(line);
-  const std::vector<orbsim::Command> commands = {orbsim::addRelay(line)};
+  const std::vector<orbsim::Command> commands = {orbsim::addRelay(line), orbsim::addRun(line),
+                                                 orbsim::addCheck(line), orbsim::addCtl(line)};
   if (const auto status = line.parse(argc, argv)) return *status;
   for (const orbsim::Command& command : commands) {
     if (!command.app->parsed()) continue;

@@ -11,12 +11,15 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "orbsim/Frame.h"
 #include "orbsim/Model.h"
 #include "orbsim/Recorder.h"
+#include "orbsim/Requests.h"
 #include "orbsim/SocketPlace.h"
 #include "orbsim/Trace.h"
 
@@ -24,6 +27,13 @@ namespace orbsim {
 
 class Session;
 class World;
+
+// A session, as people see it.
+struct SessionView {
+  uint32_t id = 0;
+  int process = 0;  // 0 where it has no number on this side
+  uint64_t endpoint = 0;
+};
 
 // How a daemon is set up; fixed for its life.
 struct Options {
@@ -35,6 +45,10 @@ struct Options {
   bool record = true;  // keep frames, replies and states for tests; false: only count them
   size_t maxQueuedBytes = size_t{64} << 20;     // per session, for a client that does not read
   std::function<void(const std::string&)> log;  // one line per event, from any thread; may be empty
+  // From the session's thread: a handshake was completed, that session's connection is closed; a
+  // frame has come, before anything is done about it.
+  std::function<void(const SessionView& session, bool open)> onSession;
+  std::function<void(const Frame&)> onFrame;
   TraceSink trace;  // what passes on each connection, from any thread; may be empty
 };
 
@@ -48,7 +62,8 @@ using FrameHandler = std::function<bool(Session& session, const Frame& frame)>;
 
 // What the sessions of one daemon share: settings that a script may change while they run, the
 // hooks, the log and the recorder. Owned by Daemon and outlives its sessions; used by any thread.
-// `mLock` guards the hooks and the set of muted services; hooks are called without it.
+// `mLock` guards the hooks, the refusals and the set of muted services; hooks are called without
+// it.
 class Control {
  public:
   explicit Control(const Options& options);
@@ -72,6 +87,14 @@ class Control {
   void setAnswers(bool on);
   void setAnswers(uint32_t sdkType, bool on);
 
+  // Requests that are not carried out, in the order in which they were refused.
+  void refuse(const Refusal& refusal);
+  std::optional<Refusal> takeRefusal(const RequestWords& request);
+  bool refuses() const { return mRefuses.load(); }
+  // By how much answers come late.
+  Milliseconds answerDelay() const { return Milliseconds(mAnswerDelay.load()); }
+  void setAnswerDelay(Milliseconds delay) { mAnswerDelay.store(delay.count()); }
+
   bool reading() const { return mReading.load(); }
   void setReading(bool on) { mReading.store(on); }
   std::chrono::milliseconds reportInterval() const {
@@ -84,6 +107,8 @@ class Control {
   Recorder mRecorder;
   const std::unique_ptr<World> mWorld;
   std::atomic<int64_t> mReportInterval;
+  std::atomic<int64_t> mAnswerDelay{0};
+  std::atomic<bool> mRefuses{false};
   std::atomic<bool> mReading{true};
 
   mutable std::mutex mLock;
@@ -91,6 +116,7 @@ class Control {
   FrameHandler mFrameHandler;
   bool mAllMuted = false;
   std::set<uint32_t> mMuted;
+  std::vector<Refusal> mRefusals;
 };
 
 }  // namespace orbsim

@@ -56,8 +56,9 @@ class Daemon {
 
   // Observing. Totals, frames and replies add up over restarts until clearRecords(). The waits
   // return false when the time is up.
-  size_t sessionCount() const;               // open now, handshake completed
-  std::vector<uint32_t> sessionIds() const;  // of those, oldest first
+  size_t sessionCount() const;                    // open now, handshake completed
+  std::vector<uint32_t> sessionIds() const;       // of those, oldest first
+  std::vector<SessionView> sessionViews() const;  // of the same
   Totals totals() const { return mControl.recorder().totals(); }
   std::vector<Frame> frames() const { return mControl.recorder().frames(); }
   std::vector<Blob> handshakeReplies() const { return mControl.recorder().handshakeReplies(); }
@@ -101,8 +102,18 @@ class Daemon {
   bool closeSession(uint32_t sessionId);
   void closeAll();
   // Closes the listening socket and removes its path; sessions go on. start() does not undo it
-  // before stop().
+  // before stop(), reappear() does.
   void killListener();
+  // As a daemon that has ended: nobody listens, and no session is left.
+  void vanish();
+  // Undoes vanish() and killListener() as a restart would: session ids count from 1 again. False,
+  // with a line in the log, when the socket cannot be had any more. Not beside start() or stop().
+  bool reappear();
+  // To every session whose client has asked that service for something; how many those are.
+  size_t sendToUsers(uint32_t sdkType, const Blob& blob);
+  // Requests to be refused, and by how much answers come late.
+  void refuse(const Refusal& refusal) { mControl.refuse(refusal); }
+  void setAnswerDelay(Milliseconds delay) { mControl.setAnswerDelay(delay); }
   // While off, connections stay in the backlog.
   void setAccepting(bool on);
   // While off, sessions do not read what clients send.
@@ -140,6 +151,7 @@ class Daemon {
   void reapFinished();
   void closeListener();
   void closeListenerLocked();
+  void closeRetiredLocked();
   std::shared_ptr<Session> find(uint32_t sessionId, bool establishedOnly) const;
   std::vector<std::shared_ptr<Session>> sessions() const;
 
@@ -154,7 +166,8 @@ class Daemon {
   bool mStopping = false;
   bool mListenerKilled = false;
   bool mAccepting = true;
-  int mListenFd = -1;  // closed by the accept thread, or by stop() after that has ended
+  std::vector<int> mRetiredFds;  // of listeners that were killed
+  int mListenFd = -1;            // closed by the accept thread, or by stop() after that has ended
   uint32_t mNextId = 1;
   std::vector<Entry> mSessions;
 };

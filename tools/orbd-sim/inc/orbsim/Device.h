@@ -76,6 +76,7 @@ class Device {
   void begin(const HandoffOrder& order);
   void abandon();
   void happen(const HandoffPhase& phase);
+  void remember(const HandoffPhase& phase);
   void planNext();
 
   const bool mByItself;

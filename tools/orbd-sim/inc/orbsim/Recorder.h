@@ -53,13 +53,12 @@ class Recorder {
   explicit Recorder(bool keepContents) : mKeepContents(keepContents) {}
 
   void connectionOpened();
-  void connectionClosed(bool wasSession);
+  void connectionClosed(uint32_t sessionId, bool wasSession);
   void sessionOpened();
   void handshakeReply(const Blob& bytes);
   void frame(const Frame& frame);
   template <typename State>
   void setState(uint32_t sessionId, const State& state) {
-    if (!mKeepContents) return;
     std::lock_guard<std::mutex> lock(mLock);
     std::get<States<State>>(mStates)[sessionId] = state;
     mChanged.notify_all();
@@ -100,7 +99,8 @@ class Recorder {
     return mChanged.wait_for(lock, timeout, condition);
   }
 
-  const bool mKeepContents;  // false: count only, so that a long run does not grow
+  // False: nothing of what is over but its count, so that a long run does not grow.
+  const bool mKeepContents;
   mutable std::mutex mLock;
   mutable std::condition_variable mChanged;
   Totals mTotals;

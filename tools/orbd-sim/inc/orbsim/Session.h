@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include "orbsim/Control.h"
 #include "orbsim/Frame.h"
@@ -51,6 +52,11 @@ class Session {
   // Sends the header exactly as given, also where it does not fit the payload.
   bool sendFrame(const Header& header, const Blob& payload);
   bool sendBlob(uint32_t sdkType, const Blob& blob);
+  // An answer of a service, on the session's thread: in its order, and late while answers are.
+  bool answerBlob(uint32_t sdkType, const Blob& blob);
+  // Whether the client has asked that service for anything.
+  bool uses(uint32_t sdkType) const { return (mUses.load() & bitOf(sdkType)) != 0; }
+  SessionView view() const { return {mId, mProcess, endpoint()}; }
   // The header of a well-formed frame to this client.
   Header headerFor(uint64_t messageId, size_t payloadLength) const;
   size_t queuedBytes() const;
@@ -69,6 +75,9 @@ class Session {
   bool receive();
   bool handleInput();
   void handleFrame(const Frame& frame);
+  bool refuse(const Frame& frame);
+  void sendLate();
+  static uint32_t bitOf(uint32_t sdkType) { return sdkType < 32 ? 1u << sdkType : 0; }
   bool enqueue(Blob bytes);
   void flush();
   bool flushLocked();
@@ -84,10 +93,12 @@ class Session {
   std::atomic<uint64_t> mEndpoint{0};
   std::atomic<bool> mEstablished{false};
   std::atomic<bool> mFinished{false};
+  std::atomic<uint32_t> mUses{0};  // a bit for each service
 
   // The session's thread only.
   FrameReader mReader;
   std::map<uint32_t, std::unique_ptr<Service>> mServices;
+  std::deque<std::pair<Clock::time_point, Blob>> mLate;  // answers with their times
   bool mClientSpoke = false;  // nothing is sent on our own before the client's first frame
   bool mPeerGone = false;     // hung up while reading was switched off
 

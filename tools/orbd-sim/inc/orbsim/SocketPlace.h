@@ -20,7 +20,8 @@ class SocketPlace {
   using Log = std::function<void(const std::string&)>;
 
   // The log is told of the directory; it may be empty.
-  SocketPlace(std::string path, Log log) : mPath(std::move(path)), mLog(std::move(log)) {}
+  SocketPlace(std::string path, Log log, unsigned mode = 0666)
+      : mPath(std::move(path)), mLog(std::move(log)), mMode(mode) {}
 
   // Why nobody can listen on the path, as far as that can be seen beforehand; empty when nothing
   // speaks against it.
@@ -44,6 +45,7 @@ class SocketPlace {
 
   const std::string mPath;
   const Log mLog;
+  const unsigned mMode;  // applications of every user connect, or the owner alone
   std::string mError;
   bool mMadeDirectory = false;
 };

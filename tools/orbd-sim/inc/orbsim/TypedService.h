@@ -47,11 +47,13 @@ class TypedService : public Service {
     }
     if (mControl.logs()) mSession.log("%s: %s", name(), requestText(request).c_str());
     const bool wasReporting = reporting();
+    mAnswering = true;
     if (request.event_id() == kEnableEvent) {
       handleEnable(request);
     } else if (!handleRequest(request)) {
       sendStatus(Outcome::kNotSupported);
     }
+    mAnswering = false;
     if (reporting() && !wasReporting) startReports();
     record();
   }
@@ -103,7 +105,9 @@ class TypedService : public Service {
 
   bool send(const Answer& message) {
     if (!mControl.answers(kSdkType)) return false;
-    const bool sent = mSession.sendBlob(kSdkType, serialize(message));
+    const Blob blob = serialize(message);
+    const bool sent =
+        mAnswering ? mSession.answerBlob(kSdkType, blob) : mSession.sendBlob(kSdkType, blob);
     if (mControl.logs()) {
       mSession.log("%s: %s %s", name(), sent ? "->" : "not sent:", answerText(message).c_str());
     }
@@ -152,6 +156,7 @@ class TypedService : public Service {
   }
 
   Session& mSession;
+  bool mAnswering = false;
 };
 
 }  // namespace orbsim

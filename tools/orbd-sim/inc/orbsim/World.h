@@ -34,6 +34,9 @@ class World {
   // Before any thread: called when something that was not foreseen is due earlier.
   void setChanged(std::function<void()> changed) { mChanged = std::move(changed); }
 
+  // Before any thread: called once the model's time has begun.
+  void setBegun(std::function<void(Clock::time_point)> begun) { mOnBegun = std::move(begun); }
+
   // What may begin the model's time, see Begin.
   void listening() { beginIf(Begin::kListening); }
   void connected() { beginIf(Begin::kConnected); }
@@ -41,7 +44,6 @@ class World {
   bool begun() const;
   // The model's time; nothing before it has begun.
   std::optional<Milliseconds> now() const;
-  std::optional<Clock::time_point> timeOf(Milliseconds modelTime) const;
 
   // 0: no ticks but those that somebody asks for.
   void setInterval(Milliseconds interval);
@@ -91,9 +93,11 @@ class World {
   void changed() const {
     if (mChanged) mChanged();
   }
+  void tellBegun();
 
   const ModelSettings mSettings;
   std::function<void()> mChanged;
+  std::function<void(Clock::time_point)> mOnBegun;
 
   mutable std::mutex mLock;
   Device mDevice;

@@ -1,0 +1,207 @@
+#!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+#
+# Scenarios and orders of the daemon stand-in as a program. Run by ctest inside the sandbox, whose
+# /dev/socket the runs then use: orbd_sim_run.sh ORBD_SIM ALL_SERVICES
+set -euo pipefail
+
+simulator=$1 application=$2
+work=$(mktemp -d)
+export ORB_LOG_LEVEL=S simulator work
+# What runs besides when this fails would keep the sandbox and its output open.
+trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
+
+fail() {
+  echo "FAILED: $1" >&2
+  cat "$work/err" >&2 || true
+  exit 1
+}
+# expect STATUS ARGUMENT...: what is printed is in $work/out and $work/err then.
+expect() {
+  local wanted=$1 status=0
+  shift
+  "$simulator" "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
+  ((status == wanted)) || fail "status $status, not $wanted, of: $*"
+}
+says() { [[ $(<"$work/err") == "$1" ]] || fail "not: $1"; }
+scenario() { printf '%s\n' "$2" >"$work/$1.json"; }
+nothing_left() {
+  [[ ! -e /dev/socket/orb ]] || fail "the socket is left"
+  ! compgen -G '/tmp/orbd-sim-*' >/dev/null || fail "a folder is left"
+}
+
+echo "check"
+expect 0 check steady handoff rate-drop vanish slow-answers refused
+[[ ! -s $work/out && ! -s $work/err ]] || fail "check of what is right says something"
+expect 0 check --schema
+grep -q '"http://json-schema.org/draft-07/schema#"' "$work/out" || fail "--schema"
+scenario wrong '{"timeline": [{"at": 1, "handoff": {"to": "5g", "notice": "1"}}]}'
+scenario right '{"timeline": [{"at": 1, "handoff": {"to": "5g", "notice": 1}}]}'
+expect 1 check "$work/right.json" "$work/wrong.json" "$work/none.json"
+[[ $(wc -l <"$work/err") == 2 ]] || fail "a line for each"
+grep -q "^orbd-sim check: $work/wrong.json: /timeline/0/handoff/notice: " "$work/err" || fail "place"
+grep -q "^orbd-sim check: $work/none.json: No such file or directory$" "$work/err" || fail "errno"
+expect 2 check
+grep -q "^orbd-sim check: no FILE given; try " "$work/err" || fail "check without a file"
+
+echo "the command's status"
+expect 7 run steady -- bash -c 'exit 7'
+nothing_left
+# shellcheck disable=SC2016
+expect $((128 + 15)) run steady -- bash -c 'kill -TERM $$'
+expect 127 run steady -- no-such-command
+grep -q '^orbd-sim run: cannot start no-such-command: ' "$work/err" || fail "no such command"
+expect 126 run steady -- /dev/null
+expect 2 run steady
+expect 2 run "$work/wrong.json" -- true
+grep -q "^orbd-sim run: $work/wrong.json: /timeline/0/" "$work/err" || fail "wrong scenario"
+expect 2 run --sandbox --no-sandbox steady -- true
+# shellcheck disable=SC2016
+expect 0 run --no-sandbox steady -- bash -c '[[ -S /dev/socket/orb && $ORB_SOCKET == /dev/socket/orb ]]'
+nothing_left
+expect 0 run --log "$work/log" steady -- true
+grep -q ' listening on /dev/socket/orb$' "$work/log" || fail "--log"
+expect 0 run --log - steady -- true
+grep -q ' stopped$' "$work/err" || fail "--log -"
+
+echo "ready scenarios"
+expect 0 run steady -- "$application" --seconds 1
+grep -q '^lce  .* 40.0 Mbit/s' "$work/out" || fail "steady rate"
+grep -q '^lle  uplink 25.0 ms, downlink 25.0 ms, LTE$' "$work/out" || fail "steady latency"
+expect 0 run handoff -- "$application" --seconds 4
+for phase in 'pre-handoff entry, interruption in 1000 ms' start success 'pre-handoff exit'; do
+  grep -q "^lli  LTE to 5G: $phase$" "$work/out" || fail "handoff: $phase"
+done
+grep -q '^lce  .* 0.0 Mbit/s' "$work/out" || fail "nothing is interrupted"
+grep -q '^lle  .*, 5G$' "$work/out" || fail "latencies are not of the new technology"
+expect 1 run rate-drop -- "$application" --seconds 4
+grep -q '^lce  .* 50.0 Mbit/s' "$work/out" || fail "rate before"
+grep -q '^lce  .* 2.0 Mbit/s' "$work/out" || fail "rate after"
+expect 1 run slow-answers -- "$application" --seconds 1
+expect 1 run refused -- "$application" --seconds 1
+grep -q 'lce: criteria refused (status 3)' "$work/err" || fail "type mismatch"
+expect 3 run vanish -- "$application"
+says "$(sed '$d' "$work/err")
+orbd-sim run: /expect/0: no reconnection within 10 s after 6 s"
+
+echo "failed expectations"
+scenario expect '{"begin": "connected", "expect": [
+  {"sends": {"service": "lle", "request": "set-criteria", "fields": {"criteria": 2}, "within": 1}},
+  {"sends": {"service": "lce", "request": "start"}},
+  {"sends-not": {"service": "lli"}}, {"at-most": {"requests": 3, "service": "lce"}}]}'
+expect 3 run "$work/expect.json" -- "$application" --seconds 1
+[[ $(wc -l <"$work/err") == 2 ]] || fail "a line for each that failed"
+grep -q '^orbd-sim run: /expect/0: no lle set-criteria criteria=2 within 1 s$' "$work/err" || fail "0"
+grep -q '^orbd-sim run: /expect/2: lli at ' "$work/err" || fail "2"
+# Whatever the command's own status is.
+expect 3 run "$work/expect.json" -- bash -c 'exit 1'
+
+echo "the scenario's end"
+scenario end '{"end": 0.2}'
+expect 0 run "$work/end.json" -- sleep 600
+expect 5 run "$work/end.json" -- bash -c 'trap "exit 5" TERM; sleep 600 & wait'
+nothing_left
+
+echo "signals"
+# Sends a signal to a run whose command says when it is ready to get one.
+signalled() {
+  local wanted=$1 script=$2 status=0
+  shift 2
+  exec 4< <(exec "$simulator" run steady -- bash -c "$script" 2>"$work/err")
+  local process=$!
+  read -r -u 4 _
+  kill "$1" "$process"
+  if (($# == 2)); then
+    read -r -u 4 _
+    kill "$2" "$process"
+  fi
+  wait "$process" || status=$?
+  exec 4<&-
+  ((status == wanted)) || fail "status $status, not $wanted, of: $script"
+  (($# == 2)) || nothing_left
+}
+signalled 5 'trap "exit 5" TERM; echo ready; while :; do read -t 1 || true; done <> <(:)' -TERM
+signalled 6 'trap "exit 6" INT; echo ready; while :; do read -t 1 || true; done <> <(:)' -INT
+signalled $((128 + 1)) 'echo ready; exec sleep 600' -HUP
+# A second one waits for nobody.
+signalled $((128 + 15)) 'trap "echo again" TERM; echo ready; while :; do read -t 1 || true; done <> <(:)' \
+  -TERM -TERM
+rm -f /dev/socket/orb
+
+echo "orders"
+ctl() { expect "$1" ctl --control "$work/control" "${@:2}"; }
+exec 4< <(exec "$simulator" --interval 3600000 --control "$work/control" --begin lce)
+process=$!
+read -r -u 4 _
+until [[ -S $work/control ]]; do kill -0 "$process" || fail "the daemon stand-in has ended"; done
+[[ $(stat -c %a "$work/control") == 600 ]] || fail "mode of the control socket"
+ctl 0 status
+grep -qx 'listening on /dev/socket/orb' "$work/out" || fail "status: socket"
+grep -qx 'time has not begun' "$work/out" || fail "status: time"
+"$application" >"$work/application" 2>&1 &
+application_process=$!
+until grep -q '^lce  enabled$' "$work/application"; do
+  kill -0 "$application_process" || fail "the application has ended"
+  ctl 0 status
+done
+until ctl 0 status && grep -q 'lce enabled and reporting, [1-9]' "$work/out"; do :; done
+grep -q "^session [0-9]* pid [0-9]* endpoint 105, lce enabled and reporting" "$work/out" || fail "session"
+ctl 0 send lce rate=1234000 direction=up
+ctl 0 send lle ul-latency=1500 dl-latency=2500 rat=5g
+ctl 0 send lli phase=start source=lte target=ehrpd
+until grep -q '^lli  LTE to eHRPD: start$' "$work/application"; do
+  kill -0 "$application_process" || fail "the application has ended"
+done
+until grep -q '^lle  uplink 1.5 ms, downlink 2.5 ms, 5G$' "$work/application"; do
+  kill -0 "$application_process" || fail "the application has ended"
+done
+until grep -q '^lce  uplink 1234.0 Mbit/s' "$work/application"; do
+  kill -0 "$application_process" || fail "the application has ended"
+done
+ctl 0 set rate=50..2 over=1 latency=20 rat=5g
+ctl 0 set rate=wander
+ctl 0 pause
+ctl 0 status --json
+grep -q '"paused":true' "$work/out" || fail "status --json: paused"
+grep -q '"rat":"5g"' "$work/out" || fail "status --json: rat"
+ctl 0 resume
+ctl 0 pause 600
+ctl 0 resume
+ctl 0 handoff lte notice=600 duration=1 result=failure
+ctl 1 handoff 5g
+says "orbd-sim ctl: a handoff is under way"
+ctl 0 delay 0.1
+ctl 0 refuse lce NOT_SUPPORTED request=set-criteria times=2
+ctl 0 fault silent for=600
+ctl 0 fault none
+ctl 1 drop 99
+says "orbd-sim ctl: no session 99"
+ctl 2 set rat=6g
+ctl 2 dance
+grep -q '^orbd-sim ctl: no such order: dance; there are ' "$work/err" || fail "no such order"
+ctl 2 set speed=3
+ctl 2 send
+ctl 2 send lce rate
+ctl 2 send lce speed=1
+ctl 2 vanish
+ctl 2 status now
+expect 2 ctl status
+ctl 0 drop
+wait "$application_process" 2>/dev/null || true
+ctl 0 vanish 600
+ctl 1 vanish 1
+says "orbd-sim ctl: the daemon is gone already"
+kill -HUP "$process"
+wait "$process" || fail "exit status $?"
+exec 4<&-
+[[ ! -e $work/control ]] || fail "the control socket is left"
+ctl 1 status
+grep -q "^orbd-sim ctl: $work/control: No such file or directory" "$work/err" || fail "no daemon"
+
+# The same of a run, whose command gives the orders here.
+# shellcheck disable=SC2016
+expect 0 run --control "$work/control" steady -- \
+  bash -c '"$simulator" ctl --control "$work/control" status && "$simulator" ctl --control "$work/control" set rate=5'
+grep -q 'device on lte, .* 40.000 Mbit/s' "$work/out" || fail "control of a run"
+rm -rf "$work"

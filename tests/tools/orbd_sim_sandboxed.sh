@@ -1,0 +1,61 @@
+#!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+#
+# Scenarios that are played in the sandbox that the daemon stand-in finds by itself. Run by ctest outside
+# of any: orbd_sim_sandboxed.sh ORBD_SIM ALL_SERVICES. Works in the current directory, which the sandbox
+# keeps writable.
+set -euo pipefail
+
+simulator=$1 application=$2
+work=$(mktemp -d "$PWD/orbd-sim-test.XXXXXX")
+trap 'kill -KILL $(jobs -p) 2>/dev/null || true; rm -rf "$work"' EXIT
+export ORB_LOG_LEVEL=S
+
+fail() {
+  echo "FAILED: $1" >&2
+  cat "$work/err" >&2 || true
+  exit 1
+}
+expect() {
+  local wanted=$1 status=0
+  shift
+  "$simulator" run --sandbox "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
+  ((status == wanted)) || fail "status $status, not $wanted, of: $*"
+}
+
+expect 7 steady -- bash -c 'exit 7'
+# shellcheck disable=SC2016
+expect $((128 + 15)) steady -- bash -c 'kill -TERM $$'
+expect 127 steady -- no-such-command
+expect 0 steady --log "$work/log" -- "$application" --seconds 1
+grep -q '^lce  .* 40.0 Mbit/s' "$work/out" || fail "no rate of the scenario"
+grep -q ' listening on /dev/socket/orb$' "$work/log" || fail "--log"
+# The scenario need not be where the sandbox can see it.
+hidden=$(mktemp /tmp/scenario.XXXXXX)
+echo '{"expect": [{"sends": {"service": "lce"}}]}' >"$hidden"
+expect 3 "$hidden" -- true
+rm -f "$hidden"
+[[ $(<"$work/err") == "orbd-sim run: /expect/0: no lce" ]] || fail "the expectation"
+
+# Signals go through to the command.
+exec 4< <(exec "$simulator" run --sandbox steady -- \
+  bash -c 'trap "exit 5" TERM; echo ready; while :; do read -t 1 || true; done <> <(:)' 2>"$work/err")
+process=$!
+read -r -u 4 _
+kill -TERM "$process"
+status=0
+wait "$process" || status=$?
+((status == 5)) || fail "status $status of a command that was asked to end"
+exec 4< <(exec "$simulator" run --sandbox steady -- \
+  bash -c 'trap "echo again" TERM; echo ready; while :; do read -t 1 || true; done <> <(:)' 2>"$work/err")
+process=$!
+read -r -u 4 _
+kill -TERM "$process"
+read -r -u 4 _
+kill -TERM "$process"
+status=0
+wait "$process" || status=$?
+((status == 128 + 15)) || fail "status $status after a second signal"
+# The command is gone with it, and so nobody keeps the pipe open.
+cat <&4 >/dev/null

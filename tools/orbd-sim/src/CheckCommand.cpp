@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+// orbd-sim check: looks at scenarios without playing them.
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Commands.h"
+#include "orbsim/Scenario.h"
+#include "orbtool/Run.h"
+
+namespace orbsim {
+namespace {
+
+struct Arguments {
+  std::vector<std::string> files;
+  bool schema = false;
+};
+
+int check(const Arguments& arguments) {
+  if (arguments.schema) std::fputs(Scenario::schema().c_str(), stdout);
+  bool right = true;
+  for (const std::string& file : arguments.files) {
+    std::string error;
+    if (Scenario::fromFile(file, error)) continue;
+    std::fprintf(stderr, "orbd-sim check: %s\n", error.c_str());
+    right = false;
+  }
+  return right ? orbtool::kExitDone : orbtool::kExitFailed;
+}
+
+}  // namespace
+
+Command addCheck(orbtool::CommandLine& line) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App* const app = line.app().add_subcommand(
+      "check", "Say what is wrong with scenarios, one line for each, without playing them.");
+  CLI::Option* const schema =
+      app->add_flag("--schema", arguments->schema, "Print the JSON schema of scenarios.");
+  app->add_option("FILE", arguments->files,
+                  "A scenario, or the name of a ready one: handoff, rate-drop, refused, "
+                  "slow-answers, steady, vanish.")
+      ->type_name("")
+      ->expected(1, -1)
+      ->allow_extra_args(false);  // words in brackets are no lists
+  app->footer(
+      "Exit status: 0 all are right, 1 one is not, 2 wrong arguments.\n"
+      "Example: orbd-sim check *.json");
+  return {app, [arguments, schema, &line] {
+            if (arguments->files.empty() && schema->count() == 0)
+              return line.refuse("no FILE given");
+            return check(*arguments);
+          }};
+}
+
+}  // namespace orbsim

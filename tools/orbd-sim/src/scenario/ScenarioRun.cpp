@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#include <algorithm>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <set>
+#include <utility>
+
+#include "ControlServer.h"
+#include "Expectations.h"
+#include "Stage.h"
+#include "orbsim/Scenario.h"
+#include "orbsim/World.h"
+
+namespace orbsim {
+
+// The run behind its public face: what the daemon's threads tell goes to the expectations, what the
+// timeline holds goes to the world or, at its time, to the stage. `mLock` guards the beginning and
+// wakes those who wait.
+class ScenarioRun::Player {
+ public:
+  Player(Scenario scenario, Options options)
+      : mScenario(std::move(scenario)),
+        mExpectations(data().expectations),
+        mDaemon(configured(std::move(options))) {
+    mDaemon.world().setBegun([this](Clock::time_point epoch) { begun(epoch); });
+  }
+  ~Player() { stop(); }
+
+  void onEnd(std::function<void()> what) { mOnEnd = std::move(what); }
+  std::string control(const std::string& path);
+  bool start();
+  void stop();
+  const std::string& error() const { return mDaemon.error(); }
+  bool waitUntilDecided(Milliseconds timeout);
+  std::vector<std::string> failures();
+  Daemon& daemon() { return mDaemon; }
+
+ private:
+  const ScenarioData& data() const { return *mScenario.data(); }
+  Options configured(Options options);
+  void begun(Clock::time_point epoch);
+  void schedule(Clock::time_point epoch, const Step& step);
+  void makeState(Action action);
+  void orderModel(const Step& step);
+  static bool isModel(const Action& action) { return action.index() <= 3; }
+  // What has to be so before anybody connects.
+  static bool isState(const Action& action);
+  Milliseconds timelineEnd() const;
+  Expectations::Time now() { return mDaemon.world().now(); }
+  void changed() {
+    const std::lock_guard<std::mutex> lock(mLock);
+    mChanged.notify_all();
+  }
+
+  const Scenario mScenario;
+  Expectations mExpectations;
+  mutable std::mutex mLock;
+  std::condition_variable mChanged;
+  std::optional<Clock::time_point> mEpoch;
+  bool mOver = false;
+  std::set<size_t> mDone;   // steps that are so from the start; the owner's thread only, before it
+  std::vector<Step> mEnds;  // of what is so from the start
+  std::function<void()> mOnEnd;
+  Daemon mDaemon;
+  Stage mStage{mDaemon};
+  ControlServer mControl{mDaemon, mStage};
+};
+
+Options ScenarioRun::Player::configured(Options options) {
+  mScenario.configure(options);
+  options.onFrame = [this](const Frame& frame) {
+    mExpectations.request(wordsOf(frame), now());
+    changed();
+  };
+  options.onSession = [this](const SessionView& session, bool open) {
+    mExpectations.session(session, open, now());
+    changed();
+  };
+  return options;
+}
+
+bool ScenarioRun::Player::isState(const Action& action) {
+  return std::holds_alternative<DelayAction>(action) || std::holds_alternative<Refusal>(action) ||
+         std::holds_alternative<FaultAction>(action) || std::holds_alternative<PauseAction>(action);
+}
+
+bool ScenarioRun::Player::start() {
+  std::vector<const FaultAction*> faults;
+  for (size_t i = 0; i < data().timeline.size(); ++i) {
+    const Step& step = data().timeline[i];
+    if (isModel(step.action)) {
+      orderModel(step);
+      mDone.insert(i);
+    } else if (step.at.count() == 0 && isState(step.action)) {
+      makeState(step.action);
+      if (const auto* const fault = std::get_if<FaultAction>(&step.action)) faults.push_back(fault);
+      mDone.insert(i);
+    }
+  }
+  if (!mDaemon.start()) return false;
+  for (const FaultAction* const fault : faults) fault->faults.apply(mDaemon);
+  return true;
+}
+
+// Its length, if it has one, counts from the beginning, so the end is a step of its own then.
+void ScenarioRun::Player::makeState(Action action) {
+  if (auto* const fault = std::get_if<FaultAction>(&action)) {
+    if (fault->length) mEnds.emplace_back(Step{*fault->length, FaultAction{}});
+    fault->length.reset();
+  } else if (auto* const pause = std::get_if<PauseAction>(&action)) {
+    if (pause->length) mEnds.emplace_back(Step{*pause->length, PauseAction{false, {}}});
+    pause->length.reset();
+  }
+  mStage.perform(action);
+}
+
+void ScenarioRun::Player::orderModel(const Step& step) {
+  World& world = mDaemon.world();
+  if (const auto* const order = std::get_if<HandoffOrder>(&step.action)) {
+    world.orderHandoff(*order, step.at);
+  } else if (const auto* const rate = std::get_if<RateAction>(&step.action)) {
+    world.orderRate(rate->ramp, step.at);
+  } else if (const auto* const latency = std::get_if<LatencyAction>(&step.action)) {
+    world.orderLatency(latency->ramp, step.at);
+  } else if (const auto* const rat = std::get_if<TechnologyAction>(&step.action)) {
+    world.orderTechnology(rat->rat, step.at);
+  }
+}
+
+void ScenarioRun::Player::schedule(Clock::time_point epoch, const Step& step) {
+  mStage.at(epoch + step.at, [this, &step] {
+    const std::string reason = mStage.perform(step.action);
+    if (!reason.empty()) mDaemon.log("not done: " + reason);
+  });
+}
+
+// On the thread that began it, which may be one of the daemon's.
+void ScenarioRun::Player::begun(Clock::time_point epoch) {
+  for (size_t i = 0; i < data().timeline.size(); ++i) {
+    if (mDone.count(i) != 0) continue;
+    schedule(epoch, data().timeline[i]);
+  }
+  for (const Step& step : mEnds) schedule(epoch, step);
+  if (data().end && mOnEnd) mStage.at(epoch + *data().end, mOnEnd);
+  const std::lock_guard<std::mutex> lock(mLock);
+  mEpoch = epoch;
+  mChanged.notify_all();
+}
+
+std::string ScenarioRun::Player::control(const std::string& path) {
+  return mControl.open(path) ? std::string() : mControl.error();
+}
+
+void ScenarioRun::Player::stop() {
+  mControl.close();
+  mStage.stop();
+  mDaemon.stop();
+  const std::lock_guard<std::mutex> lock(mLock);
+  mOver = true;
+  mChanged.notify_all();
+}
+
+Milliseconds ScenarioRun::Player::timelineEnd() const {
+  Milliseconds last{0};
+  for (const Step& step : data().timeline) {
+    Milliseconds end = step.at;
+    if (const auto* const vanish = std::get_if<VanishAction>(&step.action)) end += vanish->length;
+    if (const auto* const order = std::get_if<HandoffOrder>(&step.action)) {
+      end += order->notice + order->duration;
+    }
+    last = std::max(last, end);
+  }
+  return last;
+}
+
+bool ScenarioRun::Player::waitUntilDecided(Milliseconds timeout) {
+  const auto deadline = Clock::now() + timeout;
+  const Milliseconds timeline = timelineEnd();
+  std::unique_lock<std::mutex> lock(mLock);
+  while (!mOver) {
+    auto wake = deadline;
+    if (mEpoch) {
+      const auto watched = mExpectations.watchUntil(timeline);
+      // A moment later, so that what comes at the very end is still in time.
+      const auto end = *mEpoch + std::max(timeline, watched.value_or(timeline)) + Milliseconds(1);
+      if (Clock::now() >= end) return true;
+      wake = std::min(wake, end);
+    }
+    if (Clock::now() >= deadline) return false;
+    mChanged.wait_until(lock, wake);
+  }
+  return true;
+}
+
+std::vector<std::string> ScenarioRun::Player::failures() {
+  bool over = false;
+  {
+    const std::lock_guard<std::mutex> lock(mLock);
+    over = mOver;
+  }
+  std::vector<std::string> all = mExpectations.failures(now(), over);
+  if (!mStage.error().empty()) all.push_back(mStage.error());
+  if (over && !mDaemon.world().begun() && !data().timeline.empty()) {
+    all.push_back("the scenario never began");
+  }
+  return all;
+}
+
+ScenarioRun::ScenarioRun(Scenario scenario, Options options)
+    : mPlayer(std::make_unique<Player>(std::move(scenario), std::move(options))) {}
+
+ScenarioRun::~ScenarioRun() = default;
+
+bool ScenarioRun::start() { return mPlayer->start(); }
+
+void ScenarioRun::onEnd(std::function<void()> what) { mPlayer->onEnd(std::move(what)); }
+
+void ScenarioRun::stop() { mPlayer->stop(); }
+
+const std::string& ScenarioRun::error() const { return mPlayer->error(); }
+
+bool ScenarioRun::waitUntilDecided(std::chrono::milliseconds timeout) {
+  return mPlayer->waitUntilDecided(timeout);
+}
+
+std::vector<std::string> ScenarioRun::failures() const { return mPlayer->failures(); }
+
+Daemon& ScenarioRun::daemon() { return mPlayer->daemon(); }
+
+std::string ScenarioRun::control(const std::string& path) { return mPlayer->control(path); }
+
+}  // namespace orbsim
