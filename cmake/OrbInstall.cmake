@@ -4,15 +4,20 @@
 # each other from where they lie, so the prefix may be chosen late and be moved. An absolute folder for
 # libraries is where it is: the package lies below the prefix nevertheless, where it is looked for,
 # and the pkg-config file beside the libraries is told the prefix when it is installed.
+#
+# Components, for `cmake --install --component`: runtime, development, tools, and testkit, what
+# applications are tested with.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS OrbSdlSdk EXPORT OrbSdlSdkTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+install(TARGETS OrbSdlSdk EXPORT OrbSdlSdkTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(ORB_PLATFORM STREQUAL "host")
   install(TARGETS orb_log orb_cutils orb_diag EXPORT OrbSdlSdkTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
 endif()
-install(DIRECTORY include/orb DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY include/orb DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
+  FILES_MATCHING PATTERN "*.h")
 
 # A folder as the pkg-config file names it.
 function(orb_pc_folder RESULT FOLDER)
@@ -24,25 +29,33 @@ endfunction()
 orb_pc_folder(ORB_PC_LIBDIR ${CMAKE_INSTALL_LIBDIR})
 orb_pc_folder(ORB_PC_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR})
 
-set(ORB_PC ${CMAKE_CURRENT_BINARY_DIR}/OrbSdlSdk.pc)
 if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
-  set(ORB_PACKAGE_DIR lib/cmake/OrbSdlSdk)
-  set(ORB_PC_PREFIX @ORB_PC_PREFIX@)
-  configure_file(cmake/OrbSdlSdk.pc.in ${ORB_PC}.in @ONLY)
-  install(CODE "
-    set(ORB_PC_PREFIX \"\${CMAKE_INSTALL_PREFIX}\")
-    configure_file(\"${ORB_PC}.in\" \"${ORB_PC}\" @ONLY)")
+  set(ORB_CMAKE_DIR lib/cmake)
 else()
-  set(ORB_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/OrbSdlSdk)
-  file(RELATIVE_PATH ORB_PC_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
-  set(ORB_PC_PREFIX "\${pcfiledir}/${ORB_PC_PREFIX}")
-  configure_file(cmake/OrbSdlSdk.pc.in ${ORB_PC} @ONLY)
+  set(ORB_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake)
 endif()
-install(FILES ${ORB_PC} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-install(EXPORT OrbSdlSdkTargets NAMESPACE OrbSdlSdk:: DESTINATION ${ORB_PACKAGE_DIR}
-  FILE OrbSdlSdkConfig.cmake)
+# orb_install_pc(NAME TEMPLATE COMPONENT): a pkg-config file beside the libraries.
+function(orb_install_pc NAME TEMPLATE COMPONENT)
+  set(pc ${CMAKE_CURRENT_BINARY_DIR}/${NAME}.pc)
+  if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    set(ORB_PC_PREFIX @ORB_PC_PREFIX@)
+    configure_file(${TEMPLATE} ${pc}.in @ONLY)
+    install(CODE "
+      set(ORB_PC_PREFIX \"\${CMAKE_INSTALL_PREFIX}\")
+      configure_file(\"${pc}.in\" \"${pc}\" @ONLY)" COMPONENT ${COMPONENT})
+  else()
+    file(RELATIVE_PATH ORB_PC_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+    set(ORB_PC_PREFIX "\${pcfiledir}/${ORB_PC_PREFIX}")
+    configure_file(${TEMPLATE} ${pc} @ONLY)
+  endif()
+  install(FILES ${pc} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT ${COMPONENT})
+endfunction()
+orb_install_pc(OrbSdlSdk ${PROJECT_SOURCE_DIR}/cmake/OrbSdlSdk.pc.in development)
+
+install(EXPORT OrbSdlSdkTargets NAMESPACE OrbSdlSdk:: DESTINATION ${ORB_CMAKE_DIR}/OrbSdlSdk
+  COMPONENT development FILE OrbSdlSdkConfig.cmake)
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/OrbSdlSdkConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/OrbSdlSdkConfigVersion.cmake
-  DESTINATION ${ORB_PACKAGE_DIR})
+  DESTINATION ${ORB_CMAKE_DIR}/OrbSdlSdk COMPONENT development)

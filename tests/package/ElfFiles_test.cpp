@@ -89,6 +89,7 @@ TEST_F(Installed, AreTheLibraryTheStandInsAndTheTools) {
                                           "liblog.so",
                                           "libcutils.so",
                                           "libdiag.so",
+                                          "liborb_redirect.so",
                                           "orbdiag"};
   EXPECT_EQ(expected, names);
 }
@@ -172,7 +173,7 @@ TEST_F(Installed, ControlFlowIsKnownToTheLoaderWhereTheCLibraryIsFitForIt) {
 TEST_F(Installed, ExportsAreThoseOfTheVersionScripts) {
   EXPECT_EQ(namesOf(ORB_SOURCES "/cmake/OrbSdlSdk.map"), library().exported());
   EXPECT_EQ(20u, library().exported().size());
-  for (const char* name : {"liblog", "libcutils", "libdiag"}) {
+  for (const char* name : {"liblog", "libcutils", "libdiag", "liborb_redirect"}) {
     EXPECT_EQ(namesOf(std::string(ORB_SOURCES "/platform/host/") + name + ".map"),
               binaries().at(std::string(name) + ".so").exported());
   }

@@ -83,4 +83,32 @@ status=0
 wait $! 2>/dev/null || status=$?
 ((status == 143)) || fail "status $status of a sandbox that was terminated"
 nothing_left "a daemon of a sandbox that was terminated"
+
+# What is wrong comes with the next step, in one line.
+expect_words() { # expect_words STATUS LINE ARGUMENT...
+  local wanted=$1 line=$2 status=0
+  shift 2
+  "$sandbox" "$@" >"$work/out" 2>"$work/err" || status=$?
+  ((status == wanted)) || fail "status $status of: $*"
+  # shellcheck disable=SC2053
+  [[ ! -s $work/out && $(<"$work/err") == $line ]] || fail "$(<"$work/err"), not $line"
+}
+name=${sandbox##*/}
+expect_words 2 "$name: unknown option: --loud; try '$name --help'" --loud true
+expect_words 2 "$name: no command given; try '$name --help'"
+expect_words 2 "$name: no such command: no-such-command; try '$name --help'" -- no-such-command
+ORB_SANDBOX_BIND=/nowhere expect_words 2 "$name: ORB_SANDBOX_BIND: no such directory: /nowhere" true
+cat >"$work/bin/bwrap" <<'EOF'
+#!/bin/sh
+echo "bwrap: No permissions to create new namespace" >&2
+exit 1
+EOF
+expect_words 1 "$name: no namespaces may be made here (bwrap: No permissions*try '$name --redirect'" true
+mkdir "$work/few"
+for tool in bash dirname readlink realpath sed; do ln -s "$(type -P "$tool")" "$work/few/"; done
+ln -s "$(type -P true)" "$work/few/true"
+PATH=$work/few expect_words 1 "$name: bubblewrap is not installed*try '$name --redirect'" true
+[[ $("$sandbox" -h) == "$("$sandbox" --help)" && $("$sandbox" --help) == "Usage: $name "* ]] || fail "--help"
+[[ $("$sandbox" --version) =~ ^"$name "[0-9.]+$ && $("$sandbox" -V) == "$("$sandbox" --version)" ]] ||
+  fail "--version"
 echo "alike with and without process numbers of its own"

@@ -19,7 +19,7 @@ void arm(const Fault& fault, Probe& probe);
 // Safe while the library's threads run: no call fails after the return but those under way.
 void disarm();
 
-// Where the library's connect() finds the daemon instead of the fixed path, so that several runs
+// Where connect() finds the daemon instead of the fixed path, so that several runs
 // can go on side by side. Null: where it always is.
 void redirectTo(const char* socketPath);
 

@@ -8,15 +8,14 @@
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 
 #include <cerrno>
 #include <cstdarg>
 #include <cstdint>
-#include <cstring>
 #include <ctime>
 
 #include "Interposer.h"
+#include "Redirection.h"
 
 #define ORB_CALLER __builtin_return_address(0)
 #define ORB_NAMED(name) __asm__(name)
@@ -79,14 +78,11 @@ int orbTestSocket(int domain, int type, int protocol) {
 int orbTestConnect(int fd, const sockaddr* address, socklen_t size) ORB_NAMED("connect");
 int orbTestConnect(int fd, const sockaddr* address, socklen_t size) {
   static const auto real = next<int (*)(int, const sockaddr*, socklen_t)>("connect");
-  const void* const caller = ORB_CALLER;
-  const Failure* const failure = decide(Call::Connect, caller);
+  const Failure* const failure = decide(Call::Connect, ORB_CALLER);
   sockaddr_un elsewhere = {};
-  if (redirection != nullptr && failcalls::inLibrary(reinterpret_cast<uintptr_t>(caller))) {
-    elsewhere.sun_family = AF_UNIX;
-    std::strncpy(elsewhere.sun_path, redirection, sizeof elsewhere.sun_path - 1);
+  if (redirection != nullptr && host::isDaemonSocket(address, size)) {
+    size = host::addressOf(redirection, elsewhere);
     address = reinterpret_cast<const sockaddr*>(&elsewhere);
-    size = sizeof elsewhere;
   }
   return plain(failure, [&] { return real(fd, address, size); });
 }

@@ -1,0 +1,64 @@
+#!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+#
+# An application beside a daemon stand-in where no sandbox can be made: redirect.sh SANDBOX ORBD_SIM
+# APPLICATION.
+set -euo pipefail
+
+sandbox=$1
+export simulator=$2 application=$3
+work=$(mktemp -d "$PWD/redirect-test.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+
+fail() {
+  echo "FAILED: $1" >&2
+  exit 1
+}
+
+# A bubblewrap that may do nothing: nobody is to ask it.
+mkdir "$work/bin"
+printf '#!/bin/sh\nexit 99\n' >"$work/bin/bwrap"
+chmod +x "$work/bin/bwrap"
+export work PATH=$work/bin:$PATH ORB_LOG_LEVEL=S
+
+# shellcheck disable=SC2016
+"$sandbox" --redirect bash -euc '
+  echo "$ORB_SOCKET" >"$work/socket"
+  exec 4< <(exec "$simulator" --interval 50 --socket "$ORB_SOCKET")
+  daemon=$!
+  read -r -u 4 line
+  [[ $line == *"listening on $ORB_SOCKET" ]]
+  "$application" --seconds 1 >"$work/out"
+  kill "$daemon"
+  cat <&4 >"$work/log"' || fail "status $? of the application; it said: $(cat "$work/out")"
+grep -q '^LCE  [1-9][0-9]* reports' "$work/out" || fail "no reports: $(cat "$work/out")"
+[[ ! -e $(dirname "$(<"$work/socket")") ]] || fail "the socket's folder is still there"
+
+# Its status, its input, and where the socket is are the command's own.
+status=0
+[[ $(echo text | "$sandbox" -r cat) == text ]] || fail "standard input"
+"$sandbox" -r bash -c 'exit 7' || status=$?
+((status == 7)) || fail "status $status, not 7"
+# shellcheck disable=SC2016
+[[ $("$sandbox" -r bash -c 'echo "$ORB_SOCKET"') != $("$sandbox" -r bash -c 'echo "$ORB_SOCKET"') ]] ||
+  fail "two commands have one socket"
+
+# A signal reaches the command, and what was made goes.
+mkfifo "$work/ready"
+for signal in TERM INT HUP; do
+  # Bash has a command that it does not wait for ignore INT.
+  # shellcheck disable=SC2016
+  (trap - INT && exec "$sandbox" --redirect bash -euc '
+    trap "echo ended >\"\$work/ended\"; exit 9" TERM INT HUP
+    echo "$ORB_SOCKET" >"$work/ready"
+    read -r line <"$work/ready"') &
+  read -r socket <"$work/ready"
+  kill -$signal $!
+  status=0
+  wait $! || status=$?
+  ((status == 9)) || fail "status $status after $signal"
+  [[ $(<"$work/ended") == ended ]] || fail "the command was not told of $signal"
+  rm "$work/ended"
+  [[ ! -e ${socket%/*} ]] || fail "the socket's folder is left after $signal"
+done
