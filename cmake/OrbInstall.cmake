@@ -59,3 +59,7 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/OrbSdlSdkConfigVers
   COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/OrbSdlSdkConfigVersion.cmake
   DESTINATION ${ORB_CMAKE_DIR}/OrbSdlSdk COMPONENT development)
+
+if(TARGET orb_testkit)
+  include(tools/testkit/install.cmake)
+endif()

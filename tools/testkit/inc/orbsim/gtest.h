@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// A GoogleTest fixture with a daemon of its own for each test:
+//
+//   class MyApplication : public orbsim::testkit::DaemonTest {};
+//   TEST_F(MyApplication, SlowsDownWithTheLink) {
+//     Application application;
+//     ASSERT_TRUE(daemon().waitForRequest(orbsim::testkit::Service::kLce, "start"));
+//     daemon().send(orbsim::testkit::Capacity{2000});
+//     ...
+//   }
+//
+// A test that plays a scenario fails with each expectation that was not met:
+//
+//   TEST_F(MyApplication, ReconnectsInTime) {
+//     play(R"({"timeline": [{"at": 1, "vanish": 1}], "expect": [{"reconnects": {}}]})");
+//     Application application;
+//     expectAsPlayed();
+//   }
+//
+// With the environment variable ORBSIM_LOG the daemon's log goes to standard error.
+#ifndef ORBSIM_GTEST_H
+#define ORBSIM_GTEST_H
+
+#include <gtest/gtest.h>
+#include <orbsim/testkit.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ostream>
+#include <string>
+
+namespace orbsim::testkit {
+
+inline void PrintTo(const Request& request, std::ostream* stream) { *stream << request.text(); }
+
+// Owns the daemon; it runs from SetUp() to TearDown(). Used on the test's thread.
+class DaemonTest : public ::testing::Test {
+ protected:
+  explicit DaemonTest(Settings settings = {}) : mDaemon(withLog(std::move(settings))) {}
+
+  void SetUp() override { ASSERT_TRUE(mDaemon.start()) << mDaemon.error(); }
+  void TearDown() override { mDaemon.stop(); }
+
+  TestDaemon& daemon() { return mDaemon; }
+
+  // Before the application connects: the daemon begins anew, with this scenario.
+  void play(const std::string& text) { restartIf(mDaemon.useScenario(text)); }
+  void playFile(const std::string& file) { restartIf(mDaemon.useScenarioFile(file)); }
+
+  // Lets the scenario go by; each expectation that was not met is a failure of the test.
+  void expectAsPlayed(Milliseconds timeout = patience()) {
+    EXPECT_TRUE(mDaemon.waitUntilDecided(timeout)) << "the scenario has not ended";
+    mDaemon.stop();
+    for (const std::string& failure : mDaemon.failures()) ADD_FAILURE() << failure;
+  }
+
+ private:
+  static Settings withLog(Settings settings) {
+    if (!settings.log && std::getenv("ORBSIM_LOG") != nullptr) {
+      settings.log = [](const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); };
+    }
+    return settings;
+  }
+  void restartIf(bool used) {
+    ASSERT_TRUE(used) << mDaemon.error();
+    mDaemon.stop();
+    ASSERT_TRUE(mDaemon.start()) << mDaemon.error();
+  }
+
+  TestDaemon mDaemon;
+};
+
+}  // namespace orbsim::testkit
+
+#endif  // ORBSIM_GTEST_H

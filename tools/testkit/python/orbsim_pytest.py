@@ -1,0 +1,274 @@
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+"""Tests of applications that use libOrbSdlSdk, run as they are beside a daemon stand-in.
+
+In conftest.py:
+
+    pytest_plugins = ["orbsim_pytest"]
+
+A test plays a scenario to a program and looks at what came of it:
+
+    def test_reconnects(orbsim):
+        run = orbsim.run(["./player"], {
+            "begin": "connected",
+            "timeline": [{"at": 1, "vanish": 2}],
+            "expect": [{"reconnects": {"after": 3, "within": 10}}],
+            "end": 14})
+        assert run.as_expected, run.failures
+        assert "reconnected" in run.output
+
+or says what happens while the program runs, with the same steps:
+
+    def test_says_that_the_daemon_is_gone(orbsim):
+        with orbsim.start(["./player"]) as player:
+            player.wait_for("connected")
+            player.order(vanish=2)
+            player.wait_for("no daemon")
+
+No test needs root, a /dev/socket or namespaces: the program's connections to the daemon are sent to a
+socket of the test's own. `orbsim.sandbox = True` puts daemon and program into a sandbox instead, with a
+/data and /tmp of its own. ORBD_SIM and ORB_SANDBOX name the two programs where they are not installed
+with this file, ORBSIM_TIMEOUT the seconds that waits last.
+"""
+import json
+import os
+import pathlib
+import re
+import shutil
+import signal
+import socket
+import subprocess
+import tempfile
+import threading
+import time
+
+import pytest
+
+# Seconds that a wait lasts for what does not come; what comes ends it at once.
+TIMEOUT = int(os.environ.get("ORBSIM_TIMEOUT", "20"))
+_SPEAKER = "orbd-sim run: "
+_SILENT = {"interval": 0, "begin": "listening", "model": {"handoffs": False}}
+
+
+def _program(name, variable):
+    beside = pathlib.Path(__file__).resolve().parents[3] / "bin" / name
+    found = os.environ.get(variable) or (str(beside) if beside.exists() else shutil.which(name))
+    if not found:
+        raise FileNotFoundError(f"there is no {name}: install the tools, or name it in {variable}")
+    return found
+
+
+class Run:
+    """How a program ended: `status` is its exit status, negative for the number of the signal that ended
+    it; `output` what it printed, `errors` what it printed to standard error; `failures` are the
+    expectations of the scenario that it did not meet."""
+
+    def __init__(self, status, output, errors):
+        lines = errors.splitlines()
+        self.failures = [line[len(_SPEAKER):] for line in lines if line.startswith(_SPEAKER)]
+        self.status = status
+        self.output = output
+        self.errors = "\n".join(line for line in lines if not line.startswith(_SPEAKER))
+
+    @property
+    def as_expected(self):
+        return self.status == 0 and not self.failures
+
+    def __repr__(self):
+        return f"Run(status={self.status}, failures={self.failures}, output={self.output!r}, " \
+               f"errors={self.errors!r})"
+
+
+class _Lines:
+    """What comes through a pipe, read by a thread of its own."""
+
+    def __init__(self, pipe):
+        self._changed = threading.Condition()
+        self._lines = []
+        self._ended = False
+        self._next = 0
+        self._thread = threading.Thread(target=self._read, args=(pipe,), daemon=True)
+        self._thread.start()
+
+    def _read(self, pipe):
+        with pipe:
+            for line in pipe:
+                with self._changed:
+                    self._lines.append(line)
+                    self._changed.notify_all()
+        with self._changed:
+            self._ended = True
+            self._changed.notify_all()
+
+    def wait_for(self, pattern, timeout):
+        """The match in the first line behind that of the last call; None when there is none in time."""
+        wanted = re.compile(pattern)
+        deadline = time.monotonic() + timeout
+        with self._changed:
+            while True:
+                while self._next < len(self._lines):
+                    self._next += 1
+                    match = wanted.search(self._lines[self._next - 1])
+                    if match:
+                        return match
+                left = deadline - time.monotonic()
+                if self._ended or left <= 0:
+                    return None
+                self._changed.wait(left)
+
+    def text(self):
+        with self._changed:
+            return "".join(self._lines)
+
+    def all(self):
+        self._thread.join()
+        return self.text()
+
+
+class Application:
+    """A program that runs beside a daemon. Ended by stop(), or at the end of the `with`."""
+
+    def __init__(self, command, control, **options):
+        self._control = control
+        self._process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                         stderr=subprocess.PIPE, text=True, errors="replace",
+                                         **options)
+        self._output = _Lines(self._process.stdout)
+        self._errors = _Lines(self._process.stderr)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.stop()
+
+    @property
+    def output(self):
+        """What it has printed so far."""
+        return self._output.text()
+
+    def wait_for(self, pattern, timeout=TIMEOUT):
+        """Until it prints a line with that regular expression, behind the line of the last call."""
+        match = self._output.wait_for(pattern, timeout)
+        assert match, f"not printed: {pattern!r}; there was:\n{self.output}{self._errors.text()}"
+        return match
+
+    def order(self, **step):
+        """Lets something happen now: a step of a scenario's timeline without its time. Gives the
+        daemon's answer."""
+        with self._connected() as connection:
+            connection.sendall(json.dumps(step).encode() + b"\n")
+            with connection.makefile() as lines:
+                answer = json.loads(lines.readline())
+        assert answer.get("ok"), f"{step}: {answer.get('error')}"
+        return answer
+
+    def _connected(self):
+        # The daemon is there before the program; this may be earlier than both.
+        deadline = time.monotonic() + TIMEOUT
+        while True:
+            connection = socket.socket(socket.AF_UNIX)
+            connection.settimeout(TIMEOUT)
+            try:
+                connection.connect(self._control)
+                return connection
+            except (FileNotFoundError, ConnectionRefusedError):
+                connection.close()
+                if self._process.poll() is not None or time.monotonic() > deadline:
+                    raise
+                time.sleep(0.02)
+
+    def sessions(self):
+        """The daemon's open sessions, and what each asked for."""
+        return self.order(status=True)["sessions"]
+
+    def wait_for_session(self, condition, timeout=TIMEOUT):
+        """Until one of the daemon's sessions meets the condition, such as
+        `lambda session: session["lce"]["reporting"]`; that session."""
+        deadline = time.monotonic() + timeout
+        while True:
+            sessions = self.sessions()
+            for session in sessions:
+                if condition(session):
+                    return session
+            assert time.monotonic() < deadline, f"no such session: {sessions}\n{self.output}"
+            time.sleep(0.02)
+
+    def wait(self, timeout=TIMEOUT):
+        """Until the program has ended by itself."""
+        try:
+            self._process.wait(timeout)
+        except subprocess.TimeoutExpired:
+            self.kill()
+            raise
+        return Run(self._process.returncode, self._output.all(), self._errors.all())
+
+    def stop(self, number=signal.SIGTERM, timeout=TIMEOUT):
+        """Sends it a signal, SIGTERM, and gives how it ended. A second call gives the same."""
+        if self._process.poll() is None:
+            self._process.send_signal(number)
+        return self.wait(timeout)
+
+    def kill(self):
+        # A second signal to `orbd-sim run` ends the program the hard way.
+        for number in (signal.SIGTERM, signal.SIGTERM, signal.SIGKILL):
+            self._process.send_signal(number)
+            try:
+                self._process.wait(2)
+                return
+            except subprocess.TimeoutExpired:
+                pass
+        self._process.wait()
+
+
+class Simulator:
+    """Starts programs beside a daemon; each has one of its own."""
+
+    def __init__(self, folder):
+        self._folder = pathlib.Path(folder)
+        self._sockets = tempfile.TemporaryDirectory(prefix="orbsim-")  # a socket's path is short
+        self._started = []
+        self.sandbox = False
+
+    def start(self, command, scenario=None, env=None, cwd=None):
+        """Starts a program beside a daemon that plays a scenario: the text of one as a dictionary, a
+        file, or the name of a ready one. Without, the daemon answers and is silent otherwise."""
+        number = len(self._started)
+        place = self._folder / f"orbsim{number}"
+        place.mkdir()
+        if scenario is None or isinstance(scenario, dict):
+            file = place / "scenario.json"
+            file.write_text(json.dumps(_SILENT if scenario is None else scenario))
+            scenario = file
+        control = os.path.join(self._sockets.name, str(number))
+        run = [_program("orb-sandbox", "ORB_SANDBOX")]
+        if not self.sandbox:
+            run.append("--redirect")
+        run += [_program("orbd-sim", "ORBD_SIM"), "run", "--no-sandbox", "--control", control,
+                "--log", str(place / "daemon.log"), str(scenario), "--"]
+        environment = dict(os.environ if env is None else env)
+        folders = [environment.get("ORB_SANDBOX_BIND"), str(place), os.path.dirname(control)]
+        environment["ORB_SANDBOX_BIND"] = ":".join(filter(None, folders))
+        application = Application(run + [str(word) for word in command], control, env=environment,
+                                  cwd=cwd)
+        self._started.append(application)
+        return application
+
+    def run(self, command, scenario, timeout=TIMEOUT, **options):
+        """Plays a scenario to a program until that ends, by itself or as the scenario's "end" says;
+        `timeout` counts from there."""
+        end = scenario.get("end", 0) if isinstance(scenario, dict) else 0
+        return self.start(command, scenario, **options).wait(end + timeout)
+
+    def close(self):
+        for application in self._started:
+            application.stop()
+        self._sockets.cleanup()
+
+
+@pytest.fixture
+def orbsim(tmp_path):
+    """A Simulator; what it has started ends with the test."""
+    simulator = Simulator(tmp_path)
+    yield simulator
+    simulator.close()
