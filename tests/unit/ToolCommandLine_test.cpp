@@ -73,6 +73,15 @@ TEST_F(ToolCommandLine, WordsAfterTwoDashesAreNoOptions) {
   EXPECT_EQ((std::vector<std::string>{"--sec", "-x"}), services);
 }
 
+TEST_F(ToolCommandLine, WordsOfAnotherProgramStayAsTheyAre) {
+  std::vector<std::string> rest;
+  line.keepRest(*line.app().get_subcommand("watch"), rest);
+  EXPECT_EQ(std::nullopt,
+            parse({"watch", "--seconds", "3", "lce", "--", "app", "[1,2]", "--", "-x"}));
+  EXPECT_EQ((std::vector<std::string>{"app", "[1,2]", "--", "-x"}), rest);
+  EXPECT_EQ((std::vector<std::string>{"lce"}), services);
+}
+
 TEST_F(ToolCommandLine, HelpIsOfTheProgramOrOfItsCommand) {
   EXPECT_EQ(0, parse({"--help"}));
   EXPECT_NE(std::string::npos, out.find("--socket")) << out;

@@ -20,6 +20,16 @@ const CLI::App* commandOf(const CLI::App& app, const std::string& word) {
   return found == commands.end() ? nullptr : *found;
 }
 
+// The command that the words in front of "--" name, or the tool itself.
+const CLI::App& commandNamed(const CLI::App& app, const std::vector<std::string>& words) {
+  const CLI::App* command = &app;
+  for (const std::string& word : words) {
+    if (word == "--") break;
+    if (const CLI::App* const next = commandOf(*command, word)) command = next;
+  }
+  return *command;
+}
+
 // An option's whole name, the given one where it is no abbreviation or that of several.
 std::string whole(const CLI::App& app, const std::string& name) {
   std::vector<std::string> longer;
@@ -73,8 +83,22 @@ CommandLine::CommandLine(const std::string& name, const std::string& description
   mApp.formatter(help);
 }
 
+void CommandLine::keepRest(const CLI::App& command, std::vector<std::string>& words) {
+  mRests[&command] = &words;
+}
+
+// The parser would take words in brackets for lists, and those of another program may be anything.
+void CommandLine::takeRest(std::vector<std::string>& words) const {
+  const auto rest = mRests.find(&commandNamed(mApp, words));
+  const auto dashes = std::find(words.begin(), words.end(), "--");
+  if (rest == mRests.end() || dashes == words.end()) return;
+  rest->second->assign(dashes + 1, words.end());
+  words.erase(dashes, words.end());
+}
+
 std::optional<int> CommandLine::parse(int argc, const char* const* argv) {
   std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+  takeRest(words);
   words = withWholeOptions(mApp, std::move(words));
   std::reverse(words.begin(), words.end());  // as the parser takes them
   // A command that the tool requires is not missed by those who ask for these.

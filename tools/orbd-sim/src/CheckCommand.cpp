@@ -43,9 +43,7 @@ Command addCheck(orbtool::CommandLine& line) {
   app->add_option("FILE", arguments->files,
                   "A scenario, or the name of a ready one: handoff, rate-drop, refused, "
                   "slow-answers, steady, vanish.")
-      ->type_name("")
-      ->expected(1, -1)
-      ->allow_extra_args(false);  // words in brackets are no lists
+      ->type_name("");
   app->footer(
       "Exit status: 0 all are right, 1 one is not, 2 wrong arguments.\n"
       "Example: orbd-sim check *.json");

@@ -272,11 +272,7 @@ Command addCtl(orbtool::CommandLine& line) {
       ->required()
       ->take_last();
   app->add_flag("-j,--json", arguments->json, "Print the daemon's answer, a JSON object.");
-  app->add_option("WORD", arguments->words, "The order, see below.")
-      ->required()
-      ->type_name("")
-      ->expected(1, -1)
-      ->allow_extra_args(false);  // words in brackets are no lists
+  app->add_option("WORD", arguments->words, "The order, see below.")->required()->type_name("");
   app->footer(kFooter);
   return {app, [arguments, &line] { return ctl(*arguments, line); }};
 }

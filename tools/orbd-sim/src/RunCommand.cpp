@@ -245,18 +245,14 @@ Command addRun(orbtool::CommandLine& line) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App* const app = line.app().add_subcommand(
       "run",
-      "Play a scenario to a command: a daemon on a socket of its own, and the command once "
-      "that listens.");
+      "Play a scenario to a command: a daemon on a socket of its own, and the command, with its "
+      "arguments behind --, once that listens.");
   app->add_option("FILE", arguments->file,
                   "The scenario, or the name of a ready one: handoff, rate-drop, refused, "
                   "slow-answers, steady, vanish.")
       ->required()
       ->type_name("");
-  app->add_option("COMMAND", arguments->command, "What is run, with its arguments; behind --.")
-      ->required()
-      ->type_name("")
-      ->expected(1, -1)
-      ->allow_extra_args(false);  // words in brackets are no lists
+  line.keepRest(*app, arguments->command);
   app->add_option("-c,--control", arguments->control,
                   "Take orders of 'orbd-sim ctl' on PATH, from the same user.")
       ->type_name("PATH")
@@ -281,7 +277,10 @@ Command addRun(orbtool::CommandLine& line) {
       "when it cannot be started; 3 the client did not do what the scenario expects; 1 the daemon\n"
       "cannot be played, 2 wrong arguments or a wrong scenario.\n"
       "Example: orbd-sim run handoff -- ./app --verbose");
-  return {app, [arguments] { return run(*arguments); }};
+  return {app, [arguments, &line] {
+            if (arguments->command.empty()) return line.refuse("no command to run behind --");
+            return run(*arguments);
+          }};
 }
 
 }  // namespace orbsim

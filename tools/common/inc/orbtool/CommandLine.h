@@ -3,6 +3,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,6 +18,9 @@ class CommandLine {
   CommandLine(const std::string& name, const std::string& description);
 
   CLI::App& app() { return mApp; }
+  // What follows "--" behind this command goes into words as it stands, and is no argument: for a
+  // command that starts programs. The words outlive parse().
+  void keepRest(const CLI::App& command, std::vector<std::string>& words);
   // The status when the program is to end now.
   std::optional<int> parse(int argc, const char* const* argv);
   // For wrong use that only the tool can see: says why, gives the status.
@@ -25,8 +29,11 @@ class CommandLine {
   std::string name() const;
 
  private:
+  void takeRest(std::vector<std::string>& words) const;
+
   CLI::App mApp;
   std::string mShell;
+  std::map<const CLI::App*, std::vector<std::string>*> mRests;
 };
 
 // The words with each abbreviated long option written out, where it is the beginning of one only.
