@@ -5,3 +5,6 @@ foreach(language C CXX)
   set(CMAKE_SHARED_LIBRARY_RPATH_LINK_${language}_FLAG "")
   set(CMAKE_EXECUTABLE_RPATH_LINK_${language}_FLAG "")
 endforeach()
+# It precompiles a header when it is told that the input is one, and takes -emit-pch for a request to link.
+set(CMAKE_CXX_COMPILE_OPTIONS_CREATE_PCH
+  -Winvalid-pch -Xclang -include -Xclang <PCH_HEADER> -x c++-header)
