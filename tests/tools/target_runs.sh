@@ -1,0 +1,53 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+#
+# How runs of scripts/target end, and how they get along with each other: target_runs.sh SCRIPTS. A copy of
+# the scripts runs with a stand-in for npm, the first program that they start to make a compiler. It says
+# that it is there and stays until it is ended. A lock tells who is left, as in sandbox.sh.
+set -euo pipefail
+
+work=$(mktemp -d "$PWD/target-runs.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+lock=$work/lock ready=$work/ready
+export work lock ready
+
+fail() {
+  echo "FAILED: $1" >&2
+  cat "$work"/said* >&2
+  exit 1
+}
+
+mkdir -p "$work/project/scripts" "$work/bin"
+cp -R "$1/target" "$1/target.d" "$work/project/scripts/"
+printf '#!/bin/sh\n' >"$work/project/scripts/setup"
+printf '#!/bin/sh\necho x86_64\n' >"$work/bin/uname"
+printf '#!/bin/sh\necho libprotoc 3.21.12\n' >"$work/bin/protoc"
+# Besides itself it leaves one process behind that has nobody, and a process group of its own.
+cat >"$work/bin/npm" <<'NPM'
+#!/bin/bash
+exec 7>>"$lock"
+flock --shared 7
+(setsid sleep 600 </dev/null >/dev/null 2>&1 &)
+echo >"$ready"
+sleep 120
+NPM
+chmod +x "$work"/bin/* "$work/project/scripts/setup"
+PATH=$work/bin:$PATH
+mkfifo "$ready"
+
+# Started as from a terminal, where Ctrl-C is not ignored.
+start() { # start NAME
+  env --default-signal=INT "$work/project/scripts/target" --cache "$work/cache" build 2>"$work/said.$1" &
+}
+
+for signal in INT TERM HUP; do
+  start "$signal"
+  read -r -t 60 <"$ready" || fail "npm is not started"
+  ! flock --nonblock "$lock" true || fail "the stand-in for npm has no lock"
+  status=0
+  kill -"$signal" $!
+  wait $! 2>/dev/null || status=$?
+  ((status == 128 + $(kill -l "$signal"))) || fail "status $status after SIG$signal"
+  flock --timeout 60 "$lock" true || fail "something runs on after SIG$signal"
+done
