@@ -77,6 +77,8 @@ bootstrap() {
     unset CFLAGS CXXFLAGS CPPFLAGS LDFLAGS CPATH C_INCLUDE_PATH CPLUS_INCLUDE_PATH LIBRARY_PATH DESTDIR \
       MAKEFLAGS CMAKE_PREFIX_PATH CMAKE_TOOLCHAIN_FILE CMAKE_GENERATOR CMAKE_BUILD_TYPE \
       CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER APT_CONFIG
+    # Not in the home folder, and gone with the rest.
+    export npm_config_cache=$cache/work/npm-cache
     all_steps
   )
   exec 9>&-

@@ -29,7 +29,7 @@ cat >"$work/bin/npm" <<'NPM'
 exec 7>>"$lock"
 flock --shared 7
 (setsid sleep 600 </dev/null >/dev/null 2>&1 &)
-echo >"$ready"
+echo "$npm_config_cache" >"$ready"
 sleep 120
 NPM
 chmod +x "$work"/bin/* "$work/project/scripts/setup"
@@ -43,7 +43,8 @@ start() { # start NAME
 
 for signal in INT TERM HUP; do
   start "$signal"
-  read -r -t 60 <"$ready" || fail "npm is not started"
+  read -r -t 60 npm_cache <"$ready" || fail "npm is not started"
+  [[ $npm_cache == "$work/cache/"* ]] || fail "npm keeps what it fetches in '$npm_cache'"
   ! flock --nonblock "$lock" true || fail "the stand-in for npm has no lock"
   status=0
   kill -"$signal" $!
