@@ -19,14 +19,24 @@ fail() {
   exit "$1"
 }
 
+# lock DESCRIPTOR FOLDER WAY: until the descriptor is closed nobody else has the folder in a way that does
+# not go with this one.
+lock() {
+  flock --nonblock "$3" "$1" && return
+  say "another run has $2; waiting for it to end"
+  flock "$3" "$1"
+}
+
 # step NAME KEY FUNCTION...: runs the functions, unless that was done for this KEY with the functions as
-# they are. What they say goes to a log. Status 3 of one, "cannot be fetched", becomes this script's.
+# they are. What they say goes to a log. Status 3 of one, "cannot be fetched", becomes this script's. Ends
+# with status 4 if there is something to do in a cache that others may use at the same time.
 step() {
   local name=$1 key=$2 begin=$SECONDS status=0
   shift 2
   key="$key $(declare -f "$@" | cksum)"
   [[ ! -f $cache/stamp/$name || $(<"$cache/stamp/$name") != "$key" ]] || return 0
-  install_build_tools
+  [[ $way == --exclusive ]] || exit 4
+  install_build_tools 8>&- 9>&-
   say "$name ..."
   # What is half done must not count as done when this recipe comes back.
   rm -f "$cache/stamp/$name"
@@ -35,7 +45,7 @@ step() {
   (
     set -euo pipefail
     for function; do "$function"; done
-  ) >"$cache/log/$name" 2>&1 9>&-
+  ) >"$cache/log/$name" 2>&1 8>&- 9>&-
   status=$?
   set -e
   if ((status != 0)); then
@@ -61,27 +71,44 @@ install_build_tools() {
 
 bootstrap() {
   [[ $(uname -m) == x86_64 ]] || fail 3 "the cross compiler is for x86-64 machines, this is $(uname -m)"
-  install_tools
+  install_tools 8>&-
   # The steps remove folders with common names, so they work in a folder of their own only.
   if [[ ! -e $cache/.orb-target ]]; then
     [[ -z $(ls -A "$cache") ]] || fail 1 "$cache is not empty and was not made by this script"
     : >"$cache/.orb-target"
   fi
   mkdir -p "$cache"/{bin,include,lib/pkgconfig,stamp,download,work,log}
-  # Two builds may share the cache.
   exec 9>"$cache/.lock"
-  flock -n 9 || say "somebody else fills $cache; waiting"
-  flock -w 1800 9 || fail 1 "somebody else has been filling $cache for half an hour"
-  (
-    # Meant for builds of this machine's programs, or for a caller's own.
-    unset CFLAGS CXXFLAGS CPPFLAGS LDFLAGS CPATH C_INCLUDE_PATH CPLUS_INCLUDE_PATH LIBRARY_PATH DESTDIR \
-      MAKEFLAGS CMAKE_PREFIX_PATH CMAKE_TOOLCHAIN_FILE CMAKE_GENERATOR CMAKE_BUILD_TYPE \
-      CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER APT_CONFIG
-    # Not in the home folder, and gone with the rest.
-    export npm_config_cache=$cache/work/npm-cache
-    all_steps
-  )
-  exec 9>&-
+  use_cache
+}
+
+# Runs share the cache while they use it. One that has to fill it waits for the others, and looks at it
+# again afterwards: between the two kinds of lock it may have been another's.
+use_cache() {
+  local way=--shared status
+  while :; do
+    lock 9 "$cache" "$way"
+    # As in step.
+    set +e
+    (
+      set -euo pipefail
+      # Meant for builds of this machine's programs, or for a caller's own.
+      unset CFLAGS CXXFLAGS CPPFLAGS LDFLAGS CPATH C_INCLUDE_PATH CPLUS_INCLUDE_PATH LIBRARY_PATH DESTDIR \
+        MAKEFLAGS CMAKE_PREFIX_PATH CMAKE_TOOLCHAIN_FILE CMAKE_GENERATOR CMAKE_BUILD_TYPE \
+        CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER APT_CONFIG
+      # Not in the home folder, and gone with the rest.
+      export npm_config_cache=$cache/work/npm-cache
+      all_steps
+    )
+    status=$?
+    set -e
+    case $way,$status in
+      --shared,0) return ;;
+      --shared,4) way=--exclusive ;;
+      --exclusive,0) way=--shared ;;
+      *) exit "$status" ;;
+    esac
+  done
 }
 
 all_steps() {

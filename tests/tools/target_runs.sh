@@ -8,19 +8,21 @@
 set -euo pipefail
 
 work=$(mktemp -d "$PWD/target-runs.XXXXXX")
-trap 'rm -rf "$work"' EXIT
+trap 'jobs -p | xargs -r kill 2>/dev/null; wait; rm -rf "$work"' EXIT
 lock=$work/lock ready=$work/ready
 export work lock ready
 
 fail() {
   echo "FAILED: $1" >&2
-  cat "$work"/said* >&2
+  find "$work" -name 'said.*' -type f -exec cat {} + >&2
   exit 1
 }
 
-mkdir -p "$work/project/scripts" "$work/bin"
-cp -R "$1/target" "$1/target.d" "$work/project/scripts/"
-printf '#!/bin/sh\n' >"$work/project/scripts/setup"
+mkdir -p "$work"/{project,other}/scripts "$work/bin"
+for project in project other; do
+  cp -R "$1/target" "$1/target.d" "$work/$project/scripts/"
+  printf '#!/bin/sh\n' >"$work/$project/scripts/setup"
+done
 printf '#!/bin/sh\necho x86_64\n' >"$work/bin/uname"
 printf '#!/bin/sh\necho libprotoc 3.21.12\n' >"$work/bin/protoc"
 # Besides itself it leaves one process behind that has nobody, and a process group of its own.
@@ -32,13 +34,14 @@ flock --shared 7
 echo "$npm_config_cache" >"$ready"
 sleep 120
 NPM
-chmod +x "$work"/bin/* "$work/project/scripts/setup"
+chmod +x "$work"/bin/* "$work"/*/scripts/setup
 PATH=$work/bin:$PATH
 mkfifo "$ready"
 
 # Started as from a terminal, where Ctrl-C is not ignored.
-start() { # start NAME
-  env --default-signal=INT "$work/project/scripts/target" --cache "$work/cache" build 2>"$work/said.$1" &
+start() { # start NAME [PROJECT [CACHE]]
+  env --default-signal=INT "$work/${2-project}/scripts/target" --cache "$work/${3-cache}" build \
+    2>"$work/said.$1" &
 }
 
 for signal in INT TERM HUP; do
@@ -52,3 +55,31 @@ for signal in INT TERM HUP; do
   ((status == 128 + $(kill -l "$signal"))) || fail "status $status after SIG$signal"
   flock --timeout 60 "$lock" true || fail "something runs on after SIG$signal"
 done
+
+# The second run with FOLDER waits for the first, and says so: waits FOLDER PROJECT CACHE.
+waits() {
+  local first second line said
+  start first
+  first=$!
+  read -r -t 60 _ <"$ready" || fail "npm is not started"
+  rm -f "$work/said.second"
+  mkfifo "$work/said.second"
+  start second "$2" "$3"
+  second=$!
+  said=
+  # Open for writing as well, so that its end is not the end of the file.
+  exec 6<>"$work/said.second"
+  while [[ $said != *"another run has $1; waiting"* ]]; do
+    read -r -t 60 -u 6 line || fail "the second run does not wait for $1: $said"
+    said+=$line
+  done
+  [[ $said != *compiler* ]] || fail "the second run has begun: $said"
+  kill "$first"
+  read -r -t 60 _ <"$ready" || fail "the second run does not go on"
+  kill "$second"
+  wait "$first" "$second" 2>/dev/null || true
+  exec 6<&-
+  rm "$work/said.second"
+}
+waits "$work/cache" other cache
+waits "$work/project/build/aarch64-musl" project another
