@@ -31,12 +31,14 @@ cat >"$work/bin/npm" <<'NPM'
 exec 7>>"$lock"
 flock --shared 7
 (setsid sleep 600 </dev/null >/dev/null 2>&1 &)
-echo "$npm_config_cache" >"$ready"
+echo "${npm_config_cache-}" >"$ready"
 sleep 120
 NPM
 chmod +x "$work"/bin/* "$work"/*/scripts/setup
 PATH=$work/bin:$PATH
 mkfifo "$ready"
+# Not by its name, as to open that waits without a limit.
+exec 5<>"$ready"
 
 # Started as from a terminal, where Ctrl-C is not ignored.
 start() { # start NAME [PROJECT [CACHE]]
@@ -46,7 +48,7 @@ start() { # start NAME [PROJECT [CACHE]]
 
 for signal in INT TERM HUP; do
   start "$signal"
-  read -r -t 60 npm_cache <"$ready" || fail "npm is not started"
+  read -r -t 60 npm_cache <&5 || fail "npm is not started"
   [[ $npm_cache == "$work/cache/"* ]] || fail "npm keeps what it fetches in '$npm_cache'"
   ! flock --nonblock "$lock" true || fail "the stand-in for npm has no lock"
   status=0
@@ -61,7 +63,7 @@ waits() {
   local first second line said
   start first
   first=$!
-  read -r -t 60 _ <"$ready" || fail "npm is not started"
+  read -r -t 60 _ <&5 || fail "npm is not started"
   rm -f "$work/said.second"
   mkfifo "$work/said.second"
   start second "$2" "$3"
@@ -75,7 +77,7 @@ waits() {
   done
   [[ $said != *compiler* ]] || fail "the second run has begun: $said"
   kill "$first"
-  read -r -t 60 _ <"$ready" || fail "the second run does not go on"
+  read -r -t 60 _ <&5 || fail "the second run does not go on"
   kill "$second"
   wait "$first" "$second" 2>/dev/null || true
   exec 6<&-
@@ -83,3 +85,13 @@ waits() {
 }
 waits "$work/cache" other cache
 waits "$work/project/build/aarch64-musl" project another
+
+# Both are past the cache when they start CMake.
+ln -s npm "$work/bin/cmake"
+for project in project other; do
+  echo 'nothing() { :; } && all_steps() { step one key nothing; }' >>"$work/$project/scripts/target.d/bootstrap.sh"
+done
+for project in project other; do
+  start "$project" "$project" full
+  read -r -t 60 _ <&5 || fail "a run waits for another one that uses what is there"
+done
