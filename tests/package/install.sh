@@ -3,12 +3,13 @@
 # Copyright (c) 2026 The OrbSdlSdk authors
 # Installs the library that BUILD has made, with a folder for libraries named in one of the ways in
 # which people do that, and uses it by pkg-config and by CMake: install.sh WORK CMAKE SOURCES BUILD
-# CC WAY.
+# CC WAY [EMULATOR...].
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 build=$4
 read -ra cc <<<"$5"
 way=$6
+emulator=("${@:7}")
 
 prefix=$work/prefix
 options=()
@@ -59,16 +60,21 @@ use_by_pkg_config() {
   read -ra flags <<<"$(pkg-config --cflags --libs OrbSdlSdk)"
   run "${cc[@]}" "$here/consumer/consumer.c" -o "$work/by_pkg_config" "${flags[@]}" \
     "-Wl,-rpath,$libraries"
-  run "$work/by_pkg_config"
+  run "${emulator[@]}" "$work/by_pkg_config"
 }
 
 use_by_cmake() {
-  # Which folders below a prefix CMake looks through depends on the system.
-  local place=-DOrbSdlSdk_DIR=$libraries/cmake/OrbSdlSdk
-  [[ $way != default && $way != absolute ]] || place=-DCMAKE_PREFIX_PATH=$prefix
+  local place=-DCMAKE_PREFIX_PATH=$prefix
+  # Which folders below a prefix CMake looks through depends on the system; a toolchain has it look below
+  # a root of its own only.
+  if [[ $way != default && $way != absolute ]]; then
+    place=-DOrbSdlSdk_DIR=$libraries/cmake/OrbSdlSdk
+  elif ((${#emulator[@]})); then
+    place=-DOrbSdlSdk_DIR=$prefix/lib/cmake/OrbSdlSdk
+  fi
   configure "$here/consumer" "$work/by_cmake" "$place"
   run "$cmake" --build "$work/by_cmake"
-  run "$work/by_cmake/consumer"
+  run "${emulator[@]}" "$work/by_cmake/consumer"
 }
 
 use_by_pkg_config

@@ -32,15 +32,36 @@ device=$work/device
 # not looked for when they are installed.
 configure "$sources" "$device" -DORB_PLATFORM=device -DORB_SONAME_DIAG=libdiag.so.1 \
   -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON
-"$cmake" --build "$device" --target OrbSdlSdk -- -n -v >"$work/log"
-link=$(grep -- '-o libOrbSdlSdk.so' "$work/log")
+linked_in() {
+  "$cmake" --build "$1" --target OrbSdlSdk -- -n -v >"$work/log"
+  grep -- '-o libOrbSdlSdk.so' "$work/log"
+}
+link=$(linked_in "$device")
 # A linker that leaves out what nobody has needed so far wants libraries behind the objects.
 [[ $link == *.o\ -L*/platform/device\ *-llog*-lcutils*-ldiag* ]] ||
   fail "not linked to the stubs: $link"
 [[ ${link##*-llog} != *.o\ * ]] || fail "linked before the objects: $link"
-[[ $link == *libprotobuf-lite.a* && $link == *-static-libstdc++* && $link == *Demangler.cpp.o* ]] ||
-  fail "not inside the library: $link"
+[[ $link == *libprotobuf-lite.a* && $link == *Demangler.cpp.o* ]] || fail "not inside the library: $link"
+# Compilers for other processors may have no C++ runtime but a static one, and no flag for it.
+[[ $link == *-static-libstdc++* ]] || grep -q '^ORB_HAS_static_libstdc__:INTERNAL=$' "$device/CMakeCache.txt" ||
+  fail "a shared C++ runtime: $link"
 [[ $link != *rpath* ]] || fail "the library has a path of this machine: $link"
+
+shared_cxx=$work/shared_cxx
+configure "$sources" "$shared_cxx" -DORB_PLATFORM=device -DORB_STATIC_CXX=OFF
+link=$(linked_in "$shared_cxx")
+[[ $link == *libprotobuf-lite.a* ]] || fail "protobuf-lite is not inside the library: $link"
+[[ $link != *-static-libstdc++* && $link != *Demangler.cpp.o* ]] ||
+  fail "the C++ runtime is inside the library: $link"
+# Where there is a shared one.
+if ! grep -q CMAKE_TOOLCHAIN_FILE "$work.cmake"; then
+  shared=$work/shared
+  configure "$sources" "$shared" -DORB_PLATFORM=device -DORB_STATIC_PROTOBUF=OFF
+  link=$(linked_in "$shared")
+  [[ $link == *libprotobuf-lite.so* && $link != *libprotobuf-lite.a* ]] || fail "a static protobuf-lite: $link"
+  [[ $link != *-static-libstdc++* && $link != *Demangler.cpp.o* ]] ||
+    fail "the C++ runtime is inside the library beside a shared protobuf-lite: $link"
+fi
 
 run "$cmake" --build "$device" --target orb_stub_diag
 readelf -d "$device/platform/device/libdiag.so" | grep -q 'soname: \[libdiag.so.1\]' ||

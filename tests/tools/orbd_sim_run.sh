@@ -157,7 +157,7 @@ ctl 0 send lli phase=start source=lte target=ehrpd
 until grep -q '^lli  LTE to eHRPD: start$' "$work/application"; do
   kill -0 "$application_process" || fail "the application has ended"
 done
-until grep -q '^lle  uplink 1.5 ms, downlink 2.5 ms, 5G$' "$work/application"; do
+until grep -q '^lle  uplink 1.5 ms, downlink 2.5 ms, NR5G$' "$work/application"; do
   kill -0 "$application_process" || fail "the application has ended"
 done
 until grep -q '^lce  uplink 1234.0 Mbit/s' "$work/application"; do
