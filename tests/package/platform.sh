@@ -69,10 +69,11 @@ readelf -d "$device/platform/device/libdiag.so" | grep -q 'soname: \[libdiag.so.
 
 cp -a "${library%.so*}".so* "$device/"
 mkdir -p "$device/tools/orblog" "$device/tools/orbctl"
-cp "$orblog" "$device/tools/orblog/"
-cp "$orbctl" "$device/tools/orbctl/"
+for tool in "$orblog" "$orbctl"; do
+  cp -r "$tool" "${tool%/*}/completion" "$device/tools/${tool##*/}/"
+done
 run "$cmake" --install "$device" --prefix "$work/prefix"
 strays=$(cd "$work/prefix" && find . -type f -o -type l | grep -v -E \
-  '^\./(lib/libOrbSdlSdk\.so[.0-9]*|lib/(cmake/OrbSdlSdk|pkgconfig)/.*|include/orb/.*\.h|bin/(orblog|orbctl)|share/man/.*)$') || true
+  '^\./(lib/libOrbSdlSdk\.so[.0-9]*|lib/(cmake/OrbSdlSdk|pkgconfig)/.*|include/orb/.*\.h|bin/(orblog|orbctl)|share/(man|bash-completion|zsh)/.*)$') || true
 [[ -z $strays ]] || fail "installed for a device, too: $strays"
 rm -rf "$work"
