@@ -2,7 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <android/log.h>
 #include <errno.h>
 #include <string.h>
 #include <sys/epoll.h>
@@ -16,6 +15,7 @@
 #include "EventManager.h"
 #include "Mutex.h"
 #include "OrbTimer.h"
+#include "PlatformLog.h"
 #include "UniqueFd.h"
 
 namespace orb::utils {
@@ -36,17 +36,16 @@ class OrbEventHandler {
           return eventfd(0, EFD_SEMAPHORE | EFD_NONBLOCK | EFD_CLOEXEC);
         })) {
     UniqueFd ownUntilAdded(mEventFd);  // then the manager closes it
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "OrbEventHandler ctor");
+    PLATFORM_LOG(DEBUG, "OrbEventHandler ctor");
     mEventManager->addEventHandler(mEventFd, cb, this, nullptr, EPOLLIN);
     ownUntilAdded.release();
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr,
-                        "OrbEventHandler: ctor fd[%d] name[%s] addr[%p]", mEventFd, name,
-                        static_cast<void*>(this));
+    PLATFORM_LOG(DEBUG, "OrbEventHandler: ctor fd[%d] name[%s] addr[%p]", mEventFd, name,
+                 static_cast<void*>(this));
   }
   OrbEventHandler(const OrbEventHandler&) = delete;
   OrbEventHandler& operator=(const OrbEventHandler&) = delete;
   virtual ~OrbEventHandler() {
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "dtor");
+    PLATFORM_LOG(DEBUG, "dtor");
     mEventManager->removeEventHandler(mEventFd, true, nullptr, nullptr);
   }
 
@@ -64,10 +63,9 @@ class OrbEventHandler {
     return posting;
   }
   void post(Posting posting) {
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "OrbEventHandler postEvent start for fd[%d]",
-                        mEventFd);
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Wakelock evt start %p %p",
-                        static_cast<void*>(this), address(posting.front()));
+    PLATFORM_LOG(DEBUG, "OrbEventHandler postEvent start for fd[%d]", mEventFd);
+    PLATFORM_LOG(DEBUG, "Wakelock evt start %p %p", static_cast<void*>(this),
+                 address(posting.front()));
     const LockGuard lock(mQueueLock);
     mQueue.splice(mQueue.end(), posting);
     const ssize_t written = count(1 + mUncounted);
@@ -76,9 +74,8 @@ class OrbEventHandler {
       return;
     }
     ++mUncounted;
-    __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                        "Error in writing rv: %d, error: %s, for fd[%d]", static_cast<int>(written),
-                        strerror(errno), mEventFd);
+    PLATFORM_LOG(ERROR, "Error in writing rv: %d, error: %s, for fd[%d]", static_cast<int>(written),
+                 strerror(errno), mEventFd);
   }
 
   // Handles what is queued without being woken for it; on the loop's thread, when that cannot wait.
@@ -100,11 +97,11 @@ class OrbEventHandler {
  private:
   // The event loop's callback: one wake-up handles everything posted so far.
   static void cb(int fd, void* data) {
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "OrbEventHandler cb start");
+    PLATFORM_LOG(DEBUG, "OrbEventHandler cb start");
     auto* self = static_cast<OrbEventHandler*>(data);
     while (self->handleNext(fd)) {
     }
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "OrbEventHandler cb end");
+    PLATFORM_LOG(DEBUG, "OrbEventHandler cb end");
   }
 
   bool handleNext(int fd) {
@@ -122,8 +119,7 @@ class OrbEventHandler {
     void* const itemAddress = address(taken.front());
     handleEvent(std::move(taken.front()));
     taken.clear();
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Wakelock evt end %p %p",
-                        static_cast<void*>(this), itemAddress);
+    PLATFORM_LOG(DEBUG, "Wakelock evt end %p %p", static_cast<void*>(this), itemAddress);
   }
 
   bool takeQueued(Posting& taken) {
@@ -149,13 +145,11 @@ class OrbEventHandler {
 
   static void reportNothingTaken(int fd, int error) {
     if (error == 0) {
-      __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                          "More fd reads than queue events. SHOULD NEVER HAPPEN. fd=%d", fd);
+      PLATFORM_LOG(ERROR, "More fd reads than queue events. SHOULD NEVER HAPPEN. fd=%d", fd);
     } else if (error != EAGAIN) {
       // The order of the two values is that of the line's consumers, not that of its labels.
-      __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                          "CB thread woken, but fd read failed. SHOULD NEVER HAPPEN. fd=%d err=%d",
-                          error, fd);
+      PLATFORM_LOG(ERROR, "CB thread woken, but fd read failed. SHOULD NEVER HAPPEN. fd=%d err=%d",
+                   error, fd);
     }
   }
 

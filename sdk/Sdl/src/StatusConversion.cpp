@@ -2,8 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "StatusConversion.h"
 
-#include <android/log.h>
-
+#include "PlatformLog.h"
 #include "SdkLog.h"
 
 namespace orb::utils {
@@ -38,7 +37,7 @@ status_v2_e statusToStatusV2(status_e status) {
     case STATUS_INVALID_SLOT:
       break;  // the second generation never got a number for it
   }
-  __android_log_print(ANDROID_LOG_ERROR, nullptr, "Unknown Status!");
+  PLATFORM_LOG(ERROR, "Unknown Status!");
   return STATUS_V2_INVALID;
 }
 

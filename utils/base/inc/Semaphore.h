@@ -29,8 +29,9 @@ class Semaphore {
   // As decrease(), but gives up after @p timeout and then returns false.
   bool decreaseFor(std::chrono::milliseconds timeout) {
     UniqueLock lock(mMutex);
-    if (!mCondition.wait_for(lock, timeout, [this]() ORB_REQUIRES(mMutex) { return mCount > 0; }))
+    if (!mCondition.wait_for(lock, timeout, [this]() ORB_REQUIRES(mMutex) { return mCount > 0; })) {
       return false;
+    }
     --mCount;
     return true;
   }

@@ -2,11 +2,12 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "HardStop.h"
 
-#include <android/log.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
+
+#include "PlatformLog.h"
 
 namespace {
 
@@ -25,7 +26,7 @@ bool beginStop() {
 }  // namespace
 
 void hardStop(const char* message) {
-  __android_log_print(ANDROID_LOG_ERROR, nullptr, "%s", message);
+  PLATFORM_LOG(ERROR, "%s", message);
   if (stoppingHere) _exit(kStatus);  // from something that exit() called
   if (beginStop()) exit(kStatus);
   for (;;) pause();

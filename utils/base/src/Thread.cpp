@@ -2,7 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "Thread.h"
 
-#include <android/log.h>
 #include <pthread.h>
 #include <signal.h>
 
@@ -11,6 +10,8 @@
 #include <memory>
 #include <string>
 #include <utility>
+
+#include "PlatformLog.h"
 
 namespace {
 
@@ -43,11 +44,9 @@ void runBody(const std::string& name, const std::function<void()>& body) noexcep
   try {
     body();
   } catch (const std::exception& error) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr, "thread %s ended: %s", name.c_str(),
-                        error.what());
+    PLATFORM_LOG(ERROR, "thread %s ended: %s", name.c_str(), error.what());
   } catch (...) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr, "thread %s ended by an exception",
-                        name.c_str());
+    PLATFORM_LOG(ERROR, "thread %s ended by an exception", name.c_str());
   }
 }
 

@@ -94,25 +94,25 @@ class EventManager {
   EventManager(const EventManager&) = delete;
   EventManager& operator=(const EventManager&) = delete;
 
-  // Watches `fd` for `events` (epoll flags). False only when `fd` has a handler already, which
+  // Watches @p fd for @p events (epoll flags). False only when @p fd has a handler already, which
   // stays as it is. A descriptor that epoll refuses is logged, recorded and reported as added all
   // the same: the record is what its later removal, and with it the close, relies on.
   bool addEventHandler(int fd, EventCallback callback, void* data, CloseCallback closeCallback,
                        int events);
-  // Whether a pass of the loop will wake for `fd`: it is added and epoll has not refused it.
+  // Whether a pass of the loop will wake for @p fd: it is added and epoll has not refused it.
   bool isWatched(int fd) const;
 
-  // Requests the removal of `fd`; `closeFd` asks for its close as well, through `closeFunc` if
+  // Requests the removal of @p fd; @p closeFd asks for its close as well, through @p closeFunc if
   // given. Calls the handler's CloseCallback before it returns. No effect for an unknown
   // descriptor. A later request for the same descriptor replaces one that is still pending.
   void removeEventHandler(int fd, bool closeFd, CloseFunc closeFunc, void* closeData);
 
-  // Requests removal and close of `fd`, even if it has no handler. Despite the name the close is
-  // left to the loop thread; what happens at once is that `fd` is dispatched no more.
+  // Requests removal and close of @p fd, even if it has no handler. Despite the name the close is
+  // left to the loop thread; what happens at once is that @p fd is dispatched no more.
   void immediatelyRemoveEventHandler(int fd);
 
   // One pass of the loop: waits until a descriptor is ready, the next timer is due or wake() is
-  // called, runs due timers, dispatches, then works off removals. `timer` may be null. A wait that
+  // called, runs due timers, dispatches, then works off removals. @p timer may be null. A wait that
   // fails (a signal included) ends the pass at once and without timers; just call again.
   void processEvents(OrbTimer* timer);
 
@@ -135,10 +135,10 @@ class EventManager {
   void lockRecursiveMutex();
   void unlockRecursiveMutex();
 
-  // Reads `fd`, which must be non-blocking, until nothing is left.
+  // Reads @p fd, which must be non-blocking, until nothing is left.
   static void clearRead(int fd, void* data);
 
-  // The removal pass; `fd` is removeFd(), `manager` the EventManager. The loop calls it with the
+  // The removal pass; @p fd is removeFd(), @p manager the EventManager. The loop calls it with the
   // mutex held, and so must anybody else who gives pending removals their pass: a removal that
   // replaces another one during an unlocked pass would be forgotten.
   static void processRemove(int fd, void* manager);
@@ -148,7 +148,7 @@ class EventManager {
   int wakeFd() const { return mWakeFd; }
   int removeFd() const { return mRemoveFd; }
 
-  // The names of the flags in `events` other than EPOLLIN that the loop can tell, each followed by
+  // The names of the flags in @p events other than EPOLLIN that the loop can tell, each followed by
   // one blank.
   static std::string eventNames(uint32_t events);
 
@@ -163,7 +163,7 @@ class EventManager {
   HandlerObject& record(int fd);
   static Updates::node_type newUpdate(int fd);
   void queueUpdate(Updates::node_type queued, const EventManagerUpdate& update);
-  HandlerObject takeHandler(int fd);  // `fd` has a handler
+  HandlerObject takeHandler(int fd);  // @p fd has a handler
   void runUpdates(const Updates& updates) const;
 
   mutable RecursiveMutex mMutex;

@@ -45,20 +45,20 @@ class OrbTimer {
     long delay;  // period in milliseconds
   };
 
-  // Heap order: true when `a` is due later than `b`, so that the earliest event is on top.
+  // Heap order: true when @p a is due later than @p b, so that the earliest event is on top.
   struct TimedEventCmp {
     bool operator()(const TimedEvent& a, const TimedEvent& b) const {
       return cmpTimeSpec(a.when, b.when) == 1;
     }
   };
 
-  explicit OrbTimer(IOrbTimerMonitor* monitor);  // `monitor` may be null
+  explicit OrbTimer(IOrbTimerMonitor* monitor);  // @p monitor may be null
   virtual ~OrbTimer() = default;
   OrbTimer(const OrbTimer&) = delete;
   OrbTimer& operator=(const OrbTimer&) = delete;
 
-  // Has `callback(data)` called `delay` milliseconds from now; zero or less is due at once. Returns
-  // the event's id, or -1 when `callback` is null or the clock cannot be read.
+  // Has `callback(data)` called @p delay milliseconds from now; zero or less is due at once.
+  // Returns the event's id, or -1 when @p callback is null or the clock cannot be read.
   int addTimedCallback(long delay, Callback callback, void* data);
 
   // Drops every queued event with this id; an unknown id changes nothing.
@@ -79,7 +79,7 @@ class OrbTimer {
   // Ids run from 1 to 0x7FFFFFFE and start over, with no look at what is still queued.
   int getNextTimerId();
 
-  // Advances `t`. Division truncates toward zero and only one second is carried: a negative delay
+  // Advances @p t. Division truncates toward zero and only one second is carried: a negative delay
   // may leave `t.tv_nsec` negative, which the comparison with the present copes with.
   static void addDelayToTimeval(long delay, timespec& t);
 

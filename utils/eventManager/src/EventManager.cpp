@@ -3,7 +3,6 @@
 
 #include "EventManager.h"
 
-#include <android/log.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -13,6 +12,7 @@
 
 #include "HardStop.h"
 #include "OrbTimer.h"
+#include "PlatformLog.h"
 
 namespace orb::utils {
 
@@ -61,29 +61,22 @@ void RecursiveMutex::lock() { pthread_mutex_lock(&mMutex); }
 void RecursiveMutex::unlock() { pthread_mutex_unlock(&mMutex); }
 
 EventManager::EventManager() {
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "EventManager: ctor");
+  PLATFORM_LOG(DEBUG, "EventManager: ctor");
   mEpollFd.reset(openAboveStandardStreams([] { return epoll_create1(EPOLL_CLOEXEC); }));
-  if (mEpollFd.get() == -1) {
-    hardStop("Cannot create epoll instance");
-  }
+  if (mEpollFd.get() == -1) hardStop("Cannot create epoll instance");
   UniqueFd wakeFd(newEventFd());
-  if (wakeFd.get() == -1) {
-    hardStop("Cannot create eventfd instance");
-  }
+  if (wakeFd.get() == -1) hardStop("Cannot create eventfd instance");
   addEventHandler(wakeFd.get(), clearRead, nullptr, nullptr, kInternalEvents);
   UniqueFd removeFd(newEventFd());
-  if (removeFd.get() == -1) {
-    hardStop("Cannot create removeFd instance");
-  }
+  if (removeFd.get() == -1) hardStop("Cannot create removeFd instance");
   addEventHandler(removeFd.get(), processRemove, nullptr, nullptr, kInternalEvents);
   mWakeFd = wakeFd.release();
   mRemoveFd = removeFd.release();
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "EventManager is ready. epollFd:%d",
-                      mEpollFd.get());
+  PLATFORM_LOG(DEBUG, "EventManager is ready. epollFd:%d", mEpollFd.get());
 }
 
 EventManager::~EventManager() {
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "EventManager: dtor");
+  PLATFORM_LOG(DEBUG, "EventManager: dtor");
   // Queues both for a pass that will not come: see wakeFd() for who closes them.
   immediatelyRemoveEventHandler(mWakeFd);
   immediatelyRemoveEventHandler(mRemoveFd);
@@ -92,12 +85,11 @@ EventManager::~EventManager() {
 bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
                                    CloseCallback closeCallback, int events) {
   const Lock lock(mMutex);
-  __android_log_print(
-      ANDROID_LOG_DEBUG, nullptr,
-      "addEventHandler(int %d, EventCallback %p, void* %p, CloseCallback %p, events %d) EX", fd,
-      reinterpret_cast<void*>(callback), data, reinterpret_cast<void*>(closeCallback), events);
+  PLATFORM_LOG(
+      DEBUG, "addEventHandler(int %d, EventCallback %p, void* %p, CloseCallback %p, events %d) EX",
+      fd, reinterpret_cast<void*>(callback), data, reinterpret_cast<void*>(closeCallback), events);
   if (mHandlers.count(fd) != 0) {
-    __android_log_print(ANDROID_LOG_WARN, nullptr, "fd=%d is already in handlers", fd);
+    PLATFORM_LOG(WARN, "fd=%d is already in handlers", fd);
     return false;
   }
   HandlerObject& handler = record(fd);
@@ -106,9 +98,9 @@ bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
   event.data.fd = fd;
   const bool watched = epoll_ctl(mEpollFd.get(), EPOLL_CTL_ADD, fd, &event) == 0;
   if (watched) {
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Added event handler %d", fd);
+    PLATFORM_LOG(DEBUG, "Added event handler %d", fd);
   } else {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr, "Cannot add event handler. err:%d", errno);
+    PLATFORM_LOG(ERROR, "Cannot add event handler. err:%d", errno);
   }
   handler.callback = callback;
   handler.closeCallback = closeCallback;
@@ -144,44 +136,34 @@ bool EventManager::isWatched(int fd) const {
 
 void EventManager::removeEventHandler(int fd, bool closeFd, CloseFunc closeFunc, void* closeData) {
   Lock lock(mMutex);
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "removeEventHandler(int fd: %d) EX", fd);
-  if (mHandlers.count(fd) == 0) {
-    return;
-  }
+  PLATFORM_LOG(DEBUG, "removeEventHandler(int fd: %d) EX", fd);
+  if (mHandlers.count(fd) == 0) return;
   HandlerObject handler = takeHandler(fd);
   remApprovedFd(fd);
   queueUpdate(std::move(handler.removal), {fd, closeFd, closeFunc, closeData});
   lock.unlock();
-  if (handler.closeCallback != nullptr) {
-    handler.closeCallback(fd, handler.data);
-  }
+  if (handler.closeCallback != nullptr) handler.closeCallback(fd, handler.data);
 }
 
 void EventManager::immediatelyRemoveEventHandler(int fd) {
   Lock lock(mMutex);
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "immediatelyRemoveEventHandler(int fd: %d) EX",
-                      fd);
+  PLATFORM_LOG(DEBUG, "immediatelyRemoveEventHandler(int fd: %d) EX", fd);
   remApprovedFd(fd);
   const auto found = mHandlers.find(fd);
   const bool known = found != mHandlers.end();
   queueUpdate(known ? std::move(found->second.removal) : newUpdate(fd),
               {fd, /*closeFd=*/true, nullptr, nullptr});
-  if (!known) {
-    return;
-  }
+  if (!known) return;
   const HandlerObject handler = takeHandler(fd);
   lock.unlock();
-  if (handler.closeCallback != nullptr) {
-    handler.closeCallback(fd, handler.data);
-  }
+  if (handler.closeCallback != nullptr) handler.closeCallback(fd, handler.data);
 }
 
 EventManager::HandlerObject EventManager::takeHandler(int fd) {
   HandlerObject handler = std::move(mHandlers.at(fd));
   const size_t erased = mHandlers.erase(fd);
   if (erased != 1) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr, "handlers.erase for fd %d returned %ld!", fd,
-                        static_cast<long>(erased));
+    PLATFORM_LOG(ERROR, "handlers.erase for fd %d returned %ld!", fd, static_cast<long>(erased));
   }
   return handler;
 }
@@ -192,9 +174,8 @@ void EventManager::queueUpdate(Updates::node_type queued, const EventManagerUpda
   mUpdates.insert(std::move(queued));
   const ssize_t result = addOne(mRemoveFd);
   if (result != static_cast<ssize_t>(sizeof(uint64_t))) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                        "Error in rem write. rv: %d, error: %s, for fd[%d]",
-                        static_cast<int>(result), strerror(errno), mRemoveFd);
+    PLATFORM_LOG(ERROR, "Error in rem write. rv: %d, error: %s, for fd[%d]",
+                 static_cast<int>(result), strerror(errno), mRemoveFd);
   }
 }
 
@@ -203,17 +184,14 @@ void EventManager::processEvents(OrbTimer* timer) {
   const int count = epoll_wait(mEpollFd.get(), mEvents.data(), kMaxEvents, timeout);
   mWaitFailed = count == -1 && errno != EINTR;
   if (count == -1) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr, "epoll_wait error");
+    PLATFORM_LOG(ERROR, "epoll_wait error");
     return;
   }
   ++mProcessingDepth;
-  if (timer != nullptr) {
-    timer->processEvents();
-  }
+  if (timer != nullptr) timer->processEvents();
   bool removalDue = false;
   for (int i = 0; i < count; ++i) {
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr,
-                        "there are %d file descriptor(s) with events pending", count - i);
+    PLATFORM_LOG(DEBUG, "there are %d file descriptor(s) with events pending", count - i);
     const epoll_event& event = mEvents[static_cast<size_t>(i)];
     if (event.data.fd == mRemoveFd) {
       removalDue = true;  // after the others: the pass may close what they are about
@@ -231,18 +209,16 @@ void EventManager::processEvents(OrbTimer* timer) {
 void EventManager::dispatch(int index, int fd, uint32_t events) {
   Lock lock(mMutex);
   if (!isApprovedFd(fd)) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                        "file descriptor %d is not on the approved list, cannot process event", fd);
+    PLATFORM_LOG(ERROR, "file descriptor %d is not on the approved list, cannot process event", fd);
     return;
   }
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "processing event number: %d, handling %d for %d",
-                      index, static_cast<int>(events), fd);
+  PLATFORM_LOG(DEBUG, "processing event number: %d, handling %d for %d", index,
+               static_cast<int>(events), fd);
   if ((events & kBrokenEvents) != 0) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr, "file descriptor '%d' sent HUP/ERR.", fd);
+    PLATFORM_LOG(ERROR, "file descriptor '%d' sent HUP/ERR.", fd);
   } else if ((events & EPOLLIN) == 0) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                        "Unhandled epoll event: %s [flags 0%o]. SHOULD NOT HAPPEN",
-                        eventNames(events).c_str(), events);
+    PLATFORM_LOG(ERROR, "Unhandled epoll event: %s [flags 0%o]. SHOULD NOT HAPPEN",
+                 eventNames(events).c_str(), events);
   } else {
     dispatchReadable(fd, std::move(lock));
     return;
@@ -255,21 +231,19 @@ void EventManager::dispatch(int index, int fd, uint32_t events) {
 void EventManager::dispatchReadable(int fd, Lock lock) {
   const auto found = mHandlers.find(fd);
   if (found == mHandlers.end()) {
-    __android_log_print(
-        ANDROID_LOG_ERROR, nullptr,
-        "file descriptor '%d' does not have an event handler registered. SHOULD NOT HAPPEN", fd);
+    PLATFORM_LOG(
+        ERROR, "file descriptor '%d' does not have an event handler registered. SHOULD NOT HAPPEN",
+        fd);
     lock.unlock();
     immediatelyRemoveEventHandler(fd);
     return;
   }
   const EventCallback callback = found->second.callback;
   void* const data = found->second.data;
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr,
-                      "file descriptor '%d' is processing events [callback:%p, data:%p]", fd,
-                      reinterpret_cast<void*>(callback), data);
+  PLATFORM_LOG(DEBUG, "file descriptor '%d' is processing events [callback:%p, data:%p]", fd,
+               reinterpret_cast<void*>(callback), data);
   if (callback == nullptr) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                        "no callback registered fd:%d. SHOULD NOT HAPPEN.", fd);
+    PLATFORM_LOG(ERROR, "no callback registered fd:%d. SHOULD NOT HAPPEN.", fd);
     lock.unlock();
     immediatelyRemoveEventHandler(fd);
     return;
@@ -281,16 +255,14 @@ void EventManager::dispatchReadable(int fd, Lock lock) {
 std::string EventManager::eventNames(uint32_t events) {
   std::string names;
   for (const EventName& event : kEventNames) {
-    if ((events & event.flag) != 0) {
-      names += event.name;
-    }
+    if ((events & event.flag) != 0) names += event.name;
   }
   return names;
 }
 
 void EventManager::processRemove(int fd, void* manager) {
   EventManager& self = *static_cast<EventManager*>(manager);
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "processRemove enter");
+  PLATFORM_LOG(DEBUG, "processRemove enter");
   for (;;) {
     Lock lock(self.mMutex);
     Updates updates;
@@ -299,36 +271,32 @@ void EventManager::processRemove(int fd, void* manager) {
     self.runUpdates(updates);
     lock.lock();
     for (const auto& update : updates) {
-      __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Clearing local update FD:%d", update.first);
+      PLATFORM_LOG(DEBUG, "Clearing local update FD:%d", update.first);
       self.mUpdates.erase(update.first);  // asked for again meanwhile: this pass was for that, too
     }
     if (self.mUpdates.empty()) {
       clearRead(fd, nullptr);
       lock.unlock();
-      __android_log_print(ANDROID_LOG_DEBUG, nullptr, "processRemove exit");
+      PLATFORM_LOG(DEBUG, "processRemove exit");
       return;
     }
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "updateEpollFd not finished, repeating: %p",
-                        manager);
+    PLATFORM_LOG(DEBUG, "updateEpollFd not finished, repeating: %p", manager);
   }
 }
 
 void EventManager::runUpdates(const Updates& updates) const {
   for (const auto& [fd, update] : updates) {
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "removing %d from epollFd", fd);
+    PLATFORM_LOG(DEBUG, "removing %d from epollFd", fd);
     if (epoll_ctl(mEpollFd.get(), EPOLL_CTL_DEL, fd, nullptr) == -1) {
-      __android_log_print(ANDROID_LOG_ERROR, nullptr, "Cannot remove event handler errno %d",
-                          errno);
+      PLATFORM_LOG(ERROR, "Cannot remove event handler errno %d", errno);
     }
-    if (!update->closeFd) {
-      continue;
-    }
+    if (!update->closeFd) continue;
     if (update->closeFunc != nullptr) {
       update->closeFunc(update->closeData);
     } else {
       close(fd);
     }
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Closed %d", fd);
+    PLATFORM_LOG(DEBUG, "Closed %d", fd);
   }
 }
 
@@ -340,17 +308,16 @@ void EventManager::clearRead(int fd, void* /*data*/) {
   } while (result >
            0);  // 0 is the end of a stream: an eventfd never gives it, a pipe would for ever
   if (result == -1 && errno != EAGAIN) {
-    __android_log_print(ANDROID_LOG_WARN, nullptr, "Error while clearing the read buffer on fd %d",
-                        fd);
+    PLATFORM_LOG(WARN, "Error while clearing the read buffer on fd %d", fd);
   }
 }
 
 void EventManager::wake() {
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "wake() EX");
+  PLATFORM_LOG(DEBUG, "wake() EX");
   const ssize_t result = addOne(mWakeFd);
   if (result != static_cast<ssize_t>(sizeof(uint64_t))) {
-    __android_log_print(ANDROID_LOG_WARN, nullptr, "Error in writing rv: %ld, error: %s",
-                        static_cast<long>(result), strerror(errno));
+    PLATFORM_LOG(WARN, "Error in writing rv: %ld, error: %s", static_cast<long>(result),
+                 strerror(errno));
   }
 }
 
@@ -358,12 +325,9 @@ int EventManager::getNumRegisteredFds() {
   const Lock lock(mMutex);
   const int count = static_cast<int>(mApprovedFds.size()) - kInternalFds;
   if (count < 0) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr, "Invalid approvedFd size %d. Should not happen",
-                        count);
+    PLATFORM_LOG(ERROR, "Invalid approvedFd size %d. Should not happen", count);
   }
-  for (const int fd : mApprovedFds) {
-    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Approved FD: %d", fd);
-  }
+  for (const int fd : mApprovedFds) PLATFORM_LOG(DEBUG, "Approved FD: %d", fd);
   return count;
 }
 

@@ -3,12 +3,12 @@
 
 #include "OrbTimer.h"
 
-#include <android/log.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
+
+#include "PlatformLog.h"
 
 namespace {
 
@@ -33,31 +33,25 @@ OrbTimer::OrbTimer(IOrbTimerMonitor* monitor) : mMonitor(monitor) {}
 
 int OrbTimer::addTimedCallback(long delay, Callback callback, void* data) {
   if (callback == nullptr) {
-    __android_log_print(ANDROID_LOG_WARN, nullptr,
-                        "addTimedCallback failed; cannot have NULL callback function");
+    PLATFORM_LOG(WARN, "addTimedCallback failed; cannot have NULL callback function");
     return -1;
   }
   timespec when{};
   if (now(when) != 0) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr, "addTimedCallback failed; clock_gettime(): %s",
-                        strerror(errno));
+    PLATFORM_LOG(ERROR, "addTimedCallback failed; clock_gettime(): %s", strerror(errno));
     return -1;
   }
   addDelayToTimeval(delay, when);
   const TimedEvent event{getNextTimerId(), when, callback, data, delay};
   push(event);
-  if (mMonitor != nullptr && sameEvent(mQueue.front(), event)) {
-    mMonitor->onNextTimerChanged();
-  }
+  if (mMonitor != nullptr && sameEvent(mQueue.front(), event)) mMonitor->onNextTimerChanged();
   return event.id;
 }
 
 void OrbTimer::removeTimedCallback(int id) {
   const auto hasId = [id](const TimedEvent& event) { return event.id == id; };
   const auto firstRemoved = std::remove_if(mQueue.begin(), mQueue.end(), hasId);
-  if (firstRemoved == mQueue.end()) {
-    return;
-  }
+  if (firstRemoved == mQueue.end()) return;
   mQueue.erase(firstRemoved, mQueue.end());
   std::make_heap(mQueue.begin(), mQueue.end(), TimedEventCmp());
 }
@@ -65,31 +59,26 @@ void OrbTimer::removeTimedCallback(int id) {
 int OrbTimer::processEvents() {
   for (;;) {
     const int remaining = timeUntilNextEvent();
-    if (remaining != 0) {
-      return remaining;
-    }
+    if (remaining != 0) return remaining;
     // Off the queue before the call: the callback may change the queue.
     const TimedEvent event = pop();
     const int result = event.callback(event.data);
-    if (result != kCallbackDone && !reschedule(event, result)) {
-      return -1;
-    }
+    if (result != kCallbackDone && !reschedule(event, result)) return -1;
   }
 }
 
-// Queues `event` again as its callback's result asks. False when the clock cannot be read: then the
-// event is lost, as there is no telling when it would be due.
+// Queues @p event again as its callback's result asks. False when the clock cannot be read: then
+// the event is lost, as there is no telling when it would be due.
 bool OrbTimer::reschedule(TimedEvent event, int result) {
   if (now(event.when) != 0) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                        "timeUntilNextCallback failed; clock_gettime(): %s", strerror(errno));
+    PLATFORM_LOG(ERROR, "timeUntilNextCallback failed; clock_gettime(): %s", strerror(errno));
     return false;
   }
   if (result > kCallbackSamePeriod) {
     event.delay = result;
   } else if (result < kCallbackDone) {
-    __android_log_print(ANDROID_LOG_WARN, nullptr, "Invalid delay (%lld), using %lld instead",
-                        static_cast<long long>(result), static_cast<long long>(event.delay));
+    PLATFORM_LOG(WARN, "Invalid delay (%lld), using %lld instead", static_cast<long long>(result),
+                 static_cast<long long>(event.delay));
   }
   addDelayToTimeval(event.delay, event.when);
   push(event);
@@ -97,37 +86,29 @@ bool OrbTimer::reschedule(TimedEvent event, int result) {
 }
 
 int OrbTimer::timeUntilNextEvent() const {
-  if (mQueue.empty()) {
-    return -1;
-  }
+  if (mQueue.empty()) return -1;
   timespec current{};
   if (now(current) != 0) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr,
-                        "timeUntilNextCallback failed; clock_gettime(): %s", strerror(errno));
+    PLATFORM_LOG(ERROR, "timeUntilNextCallback failed; clock_gettime(): %s", strerror(errno));
     return -1;
   }
   timespec left{};
   if (!subTimeSpec(mQueue.front().when, current, left)) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr, "timeUntilNextCallback: subTimeSpec() failed");
+    PLATFORM_LOG(ERROR, "timeUntilNextCallback: subTimeSpec() failed");
     return -1;
   }
-  if (left.tv_sec < 0 || (left.tv_sec == 0 && left.tv_nsec < 1)) {
-    return 0;
-  }
+  if (left.tv_sec < 0 || (left.tv_sec == 0 && left.tv_nsec < 1)) return 0;
   // A wait that does not fit must not wrap: 0 would fire the event early, -1 would wait for ever.
-  if (left.tv_sec > INT_MAX / kMillisPerSecond) {
-    return INT_MAX;
-  }
+  if (left.tv_sec > INT_MAX / kMillisPerSecond) return INT_MAX;
   const long long millis = static_cast<long long>(left.tv_sec) * kMillisPerSecond +
                            (left.tv_nsec + kNanosPerMilli - 1) / kNanosPerMilli;
   return static_cast<int>(std::min<long long>(millis, INT_MAX));
 }
 
 void OrbTimer::log() const {
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr,
-                      "OrbTimer *******************************************");
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "    items queued: %zu", mQueue.size());
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "    next item in: %dms", timeUntilNextEvent());
+  PLATFORM_LOG(DEBUG, "OrbTimer *******************************************");
+  PLATFORM_LOG(DEBUG, "    items queued: %zu", mQueue.size());
+  PLATFORM_LOG(DEBUG, "    next item in: %dms", timeUntilNextEvent());
 }
 
 int OrbTimer::getNextTimerId() {
@@ -166,12 +147,8 @@ bool OrbTimer::subTimeSpec(const timespec& a, const timespec& b, timespec& resul
 }
 
 int OrbTimer::cmpTimeSpec(const timespec& a, const timespec& b) {
-  if (a.tv_sec != b.tv_sec) {
-    return a.tv_sec < b.tv_sec ? -1 : 1;
-  }
-  if (a.tv_nsec != b.tv_nsec) {
-    return a.tv_nsec < b.tv_nsec ? -1 : 1;
-  }
+  if (a.tv_sec != b.tv_sec) return a.tv_sec < b.tv_sec ? -1 : 1;
+  if (a.tv_nsec != b.tv_nsec) return a.tv_nsec < b.tv_nsec ? -1 : 1;
   return 0;
 }
 

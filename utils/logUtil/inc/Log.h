@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <android/log.h>
 #include <sys/time.h>
 #include <sys/types.h>
 

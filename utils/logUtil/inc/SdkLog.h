@@ -2,6 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <android/log.h>
+
 #include <string>
 
 // Front end of the SDK layer: writes a line to the platform log and nowhere else. No state, no
@@ -21,9 +23,10 @@ std::string escapePercent(const std::string& text);
 
 // The usual call: level debug, position of the caller. SDK_LOG_AT is for lines whose number log
 // consumers rely on; it takes the number instead of __LINE__.
-#define SDK_LOG_AT(tag, line, ...) SdkLog::print(3, tag, __FILE__, __func__, line, __VA_ARGS__)
+#define SDK_LOG_AT(tag, line, ...) \
+  SdkLog::print(ANDROID_LOG_DEBUG, tag, __FILE__, __func__, line, __VA_ARGS__)
 #define SDK_LOG(tag, ...) SDK_LOG_AT(tag, __LINE__, __VA_ARGS__)
 // For lines of a unit that is spread over files or helper functions: shown under the unit's own
 // names.
 #define SDK_LOG_AS(tag, file, function, ...) \
-  SdkLog::print(3, tag, file, function, __LINE__, __VA_ARGS__)
+  SdkLog::print(ANDROID_LOG_DEBUG, tag, file, function, __LINE__, __VA_ARGS__)

@@ -2,13 +2,14 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "DiagCmdProcessor.h"
 
-#include <android/log.h>
 #include <diag/diag.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <utility>
+
+#include "PlatformLog.h"
 
 namespace {
 
@@ -60,8 +61,8 @@ void* DiagCmdProcessor::diagCmdHandler(void* request, unsigned short length) {
   // Without a handler this throws: registering the command before initialize() is a programming
   // error.
   const bool ok = (*current)(static_cast<unsigned char*>(request), length, response);
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, "Orb-Diag: retVal: %d, size: %d", ok ? 1 : 0,
-                      static_cast<int>(response.size()));
+  PLATFORM_LOG(DEBUG, "Orb-Diag: retVal: %d, size: %d", ok ? 1 : 0,
+               static_cast<int>(response.size()));
   return nullptr;
 }
 

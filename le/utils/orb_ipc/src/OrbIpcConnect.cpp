@@ -66,7 +66,7 @@ void OrbIpcSession::concludeConnect(const Connection& connection, Attempt result
     if (result != Attempt::Connected) failed.swap(connection->socket);
   }
   if (tellEnd) {
-    ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: mThreadSemaphore.increase");
+    ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kConnect, "Connect fail: mThreadSemaphore.increase");
     connection->ended->increase();
   }
   if (closed) return;
@@ -82,7 +82,7 @@ OrbIpcSession::Connection OrbIpcSession::openConnection(SharedSocket& socket) {
   connection->endTold = OrbIpcConnection::EndTold::ByConnectingThread;
   socket->reset(
       openAboveStandardStreams([] { return ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0); }));
-  ORB_LOG_AS(3, kUnit, kConnect, "Created socket; mSocketFd: %d", socket->get());
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kConnect, "Created socket; mSocketFd: %d", socket->get());
   if (socket->get() < 0 || !mayBegin(connection)) return nullptr;
   return connection;
 }
@@ -101,7 +101,7 @@ bool OrbIpcSession::mayBegin(Connection connection) {
       return true;
     }
   }
-  ORB_LOG_AS(6, kUnit, kConnect, "mSocketFd != -1; RETURNING!!!");
+  ORB_LOG_AS(ANDROID_LOG_ERROR, kUnit, kConnect, "mSocketFd != -1; RETURNING!!!");
   return false;
 }
 
@@ -110,12 +110,12 @@ OrbIpcSession::Attempt OrbIpcSession::connectWithRetries(const Connection& conne
   for (int left = kAttempts; isOpen(connection);) {
     if (connectOnce(socket->get())) return setUpConnection(connection, socket);
     if (--left == 0) {
-      ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: Max retry reached!!");
+      ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kConnect, "Connect fail: Max retry reached!!");
       return Attempt::Failed;
     }
     if (!waitBeforeRetry(connection)) return Attempt::Failed;
   }
-  ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: mSocketFd is -1; break");
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kConnect, "Connect fail: mSocketFd is -1; break");
   return Attempt::Closed;
 }
 
@@ -128,7 +128,7 @@ bool OrbIpcSession::connectOnce(int fd) {
   fcntl(fd, F_SETFL, flags | O_NONBLOCK);
   const int result = ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
   fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
-  ORB_LOG_AS(3, kUnit, kConnect, "Connect ret: %d", result);
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kConnect, "Connect ret: %d", result);
   return result == 0;
 }
 
@@ -137,14 +137,14 @@ OrbIpcSession::Attempt OrbIpcSession::setUpConnection(const Connection& connecti
   // From here on closing the session ends the receive: the socket is connected, so shutdown()
   // works.
   if (!isOpen(connection)) {
-    ORB_LOG_AS(3, kUnit, kConnect, "Connect fail: mSocketFd is -1; break");
+    ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kConnect, "Connect fail: mSocketFd is -1; break");
     return Attempt::Closed;
   }
   unsigned int sessionId = 0;
   if (!performHandshake(socket->get(), sessionId)) return Attempt::Failed;
   socket.reset();  // the receiver is to be the last one that lets go
   if (!startReceiver(connection, sessionId)) return Attempt::Failed;
-  ORB_LOG_AS(3, kUnit, kConnect, "Connect success: Handshake success");
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kConnect, "Connect success: Handshake success");
   return Attempt::Connected;
 }
 
@@ -169,23 +169,25 @@ bool OrbIpcSession::performHandshake(int fd, unsigned int& confirmed) {
   int32_t sessionId = 0;
   bool result = false;
   while (receiveHandshake(fd, type, sessionId)) {
-    ORB_LOG_AS(3, kUnit, kHandshake, "handshakeEvtType: %d", type);
+    ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kHandshake, "handshakeEvtType: %d", type);
     if (type == kHandshakeInit) {
       expectedSessionId = sessionId;
-      ORB_LOG_AS(3, kUnit, kHandshake, "Received HANDSHAKE_INIT; sessionId: %d", sessionId);
+      ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kHandshake, "Received HANDSHAKE_INIT; sessionId: %d",
+                 sessionId);
       answerHandshake(fd, sessionId);
       continue;
     }
     if (type == kHandshakeComplete) {
-      ORB_LOG_AS(3, kUnit, kHandshake, "HANDSHAKE_COMPLETE: receivedSessionId: %d", sessionId);
+      ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kHandshake, "HANDSHAKE_COMPLETE: receivedSessionId: %d",
+                 sessionId);
       result = sessionId == expectedSessionId;
       if (result) confirmed = static_cast<unsigned int>(sessionId);
     } else {
-      ORB_LOG_AS(6, kUnit, kHandshake, "Unknown handshake type");
+      ORB_LOG_AS(ANDROID_LOG_ERROR, kUnit, kHandshake, "Unknown handshake type");
     }
     break;
   }
-  ORB_LOG_AS(3, kUnit, kHandshake, "returning: result: %d", result ? 1 : 0);
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kHandshake, "returning: result: %d", result ? 1 : 0);
   return result;
 }
 
@@ -194,16 +196,18 @@ bool OrbIpcSession::receiveHandshake(int fd, int32_t& type, int32_t& sessionId) 
   const ssize_t length = recv(fd, buffer, kMaxRead, 0);
   if (length == -1) {
     const int error = errno;
-    ORB_LOG_AS(6, kUnit, kHandshake, "recv returns error: errno: %d(%s)", error, strerror(error));
+    ORB_LOG_AS(ANDROID_LOG_ERROR, kUnit, kHandshake, "recv returns error: errno: %d(%s)", error,
+               strerror(error));
     return false;
   }
-  ORB_LOG_AS(3, kUnit, kHandshake, "recv: len: %d", static_cast<int>(length));
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kHandshake, "recv: len: %d", static_cast<int>(length));
   if (length > kMaxRead) {
-    ORB_LOG_AS(6, kUnit, kHandshake, "recv: readLen is greater than max size");
+    ORB_LOG_AS(ANDROID_LOG_ERROR, kUnit, kHandshake, "recv: readLen is greater than max size");
     return false;
   }
   if (static_cast<size_t>(length) != kHandshakeRecord) {
-    ORB_LOG_AS(6, kUnit, kHandshake, "Received data size does not match with expected size");
+    ORB_LOG_AS(ANDROID_LOG_ERROR, kUnit, kHandshake,
+               "Received data size does not match with expected size");
     return false;
   }
   memcpy(&type, buffer, sizeof(type));
@@ -213,7 +217,7 @@ bool OrbIpcSession::receiveHandshake(int fd, int32_t& type, int32_t& sessionId) 
 
 void OrbIpcSession::answerHandshake(int fd, int32_t sessionId) {
   const int32_t reply[] = {kHandshakeResp, sessionId, static_cast<int32_t>(mOwn)};
-  ORB_LOG_AS(3, kUnit, kHandshake, "Sending HANDSHAKE_RESP");
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kHandshake, "Sending HANDSHAKE_RESP");
   // A reply that does not get out shows in the next receive.
   (void)::send(fd, reply, sizeof(reply), sendFlags());
 }

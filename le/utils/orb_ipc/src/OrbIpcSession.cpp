@@ -297,13 +297,14 @@ OrbIpcSession::Connection OrbIpcSession::takeSocket(bool forGood,
       socket.swap(connection->socket);
       const auto endTold = connection->endTold;
       if (endTold != OrbIpcConnection::EndTold::ByNobody) ended = connection->ended;
-      if (forGood && endTold == OrbIpcConnection::EndTold::ByReceiver)
+      if (forGood && endTold == OrbIpcConnection::EndTold::ByReceiver) {
         connection->keptSession = weak_from_this().lock();
+      }
     }
   }
   mStateChanged.notify_all();
   if (socket) {
-    ORB_LOG_AS(3, __FILE__, "cleanup", "closing socket Fd %d", socket->get());
+    ORB_LOG_AS(ANDROID_LOG_DEBUG, __FILE__, "cleanup", "closing socket Fd %d", socket->get());
     // Wakes whoever is blocked in a receive or a send on it; the last holder closes the number.
     shutdown(socket->get(), SHUT_RDWR);
   }

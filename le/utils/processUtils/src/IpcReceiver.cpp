@@ -44,12 +44,13 @@ bool receivePayload(int fd, ipcMsg_t* frame, int& received) {
   const ssize_t result = recv(fd, frame->payload(), frame->payloadLength, MSG_WAITALL);
   if (result == -1) {
     const int error = errno;
-    ORB_LOG_AS(6, kUnit, kReceiver, "Error 2nd recv: errno: %d(%s)", error, strerror(error));
+    ORB_LOG_AS(ANDROID_LOG_ERROR, kUnit, kReceiver, "Error 2nd recv: errno: %d(%s)", error,
+               strerror(error));
     return false;
   }
   received = static_cast<int>(result);
   if (static_cast<uint64_t>(static_cast<int64_t>(received)) != frame->payloadLength) {
-    ORB_LOG_AS(6, kUnit, kReceiver,
+    ORB_LOG_AS(ANDROID_LOG_ERROR, kUnit, kReceiver,
                "Unexpected data received: expected size: %d, received size: %d",
                static_cast<int>(frame->payloadLength), received);
     return false;
@@ -62,17 +63,18 @@ bool receiveFrame(int fd, const HandlerRef& handlerRef) {
   ipcMsg_t header = {};  // what a short header leaves out reads as zero
   const ssize_t result = recv(fd, &header, sizeof(header), MSG_WAITALL);
   const int error = errno;
-  ORB_LOG_AS(3, kUnit, kReceiver, "recv: len: %d", static_cast<int>(result));
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "recv: len: %d", static_cast<int>(result));
   if (result <= 0) {
-    ORB_LOG_AS(6, kUnit, kReceiver, "Error 1st recv");
+    ORB_LOG_AS(ANDROID_LOG_ERROR, kUnit, kReceiver, "Error 1st recv");
     errno = error;
     return false;
   }
-  ORB_LOG_AS(3, kUnit, kReceiver, "Received data size: %d", static_cast<int>(header.payloadLength));
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "Received data size: %d",
+             static_cast<int>(header.payloadLength));
   const FrameBuffer frame = allocateFrame(header);
   int received = 0;
   if (!receivePayload(fd, frame.get(), received)) return false;
-  ORB_LOG_AS(3, kUnit, kReceiver, "recv: length: %d", received);
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "recv: length: %d", received);
   const auto handler = handlerRef.lock();
   if (handler) handler->handleMsg(frame.get());
   return handler != nullptr;
@@ -90,8 +92,8 @@ unsigned int forgetSocket(const SharedSocket& socket) {
   if (found == sockets.end()) return 0;
   const auto key = found->first;
   const auto sessionId = static_cast<unsigned int>(key.second);
-  ORB_LOG_AS(3, kUnit, kReceiver, "Cleaning up session %d, socket %d", static_cast<int>(sessionId),
-             socket->get());
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "Cleaning up session %d, socket %d",
+             static_cast<int>(sessionId), socket->get());
   last = std::move(found->second);
   sockets.erase(found);
   globals->mReceiverThreads.erase(key);
@@ -99,12 +101,14 @@ unsigned int forgetSocket(const SharedSocket& socket) {
 }
 
 void reportException(int fd) {
-  ORB_LOG_AS(6, kUnit, kReceiver, "receiver of socket %d ended by an exception", fd);
+  ORB_LOG_AS(ANDROID_LOG_ERROR, kUnit, kReceiver, "receiver of socket %d ended by an exception",
+             fd);
 }
 
 void endSession(const SharedSocket& socket, const HandlerRef& handlerRef) {
   const unsigned int sessionId = forgetSocket(socket);
-  ORB_LOG_AS(3, kUnit, kReceiver, "Notifying session %d", static_cast<int>(sessionId));
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "Notifying session %d",
+             static_cast<int>(sessionId));
   const auto handler = handlerRef.lock();
   if (!handler) return;
   try {
@@ -134,7 +138,7 @@ void receiveFrames(SharedSocket socket, HandlerRef handler) {
   try {
     while (receiveFrame(fd, handler)) {
     }
-    ORB_LOG_AS(3, kUnit, kReceiver, "ipc recv error: %d for socket %d", errno, fd);
+    ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "ipc recv error: %d for socket %d", errno, fd);
   } catch (...) {
     reportException(fd);
   }
