@@ -40,7 +40,7 @@ class LogEncryptionConfigTest : public LogEncryptionFixture {
     EXPECT_EQ("app", lines[2].tag);
     EXPECT_EQ(kInitFailedLine, lines[2].text);
     EXPECT_EQ(kVersionLine, lines[3].text);
-    EXPECT_EQ(1u, LogTestPeer::queuedRecords());  // printToAdb's
+    EXPECT_EQ(1u, LogTestPeer::recordDump().queuedRecords());  // printToAdb's
     say("goes on");
     EXPECT_TRUE(recording::has("|T|File::f:1 goes on"));
     EXPECT_TRUE(namesIn(kMain).empty());
@@ -61,7 +61,7 @@ TEST_F(LogEncryptionConfigTest, MissingFileIsNoFailureAndNothingIsSaid) {
     EXPECT_FALSE(LogTestPeer::encryptionEnabled());
     EXPECT_EQ((Texts{"|ORB|Log::init:225 cannot open liborbalog.so", kVersionLine}),
               recording::texts());
-    EXPECT_EQ(0u, LogTestPeer::queuedRecords());
+    EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRecords());
     LogTestPeer::reset();
   };
   startsSilently();
@@ -83,7 +83,7 @@ TEST_F(LogEncryptionConfigTest, UsableFileIsFollowedByItsKeySizeAndTheVersion) {
   EXPECT_TRUE(endsWith(lines[1].text, " public_key size " +
                                           std::to_string(testkeys::rsaKey(2048).publicPem.size())));
   EXPECT_EQ(kVersionLine, lines[2].text);
-  EXPECT_EQ(0u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRecords());
 }
 
 TEST_F(LogEncryptionConfigTest, TextAroundTheKeyDoesNoHarm) {
@@ -182,14 +182,14 @@ TEST_F(LogEncryptionConfigTest, InitAfterReleaseTakesTheNewConfiguration) {
   configure(4000, 5);
   log.init("orb");
   EXPECT_TRUE(LogTestPeer::encryptionEnabled());
-  EXPECT_EQ(4000u, LogTestPeer::recordsPerFile());
-  EXPECT_EQ(5, LogTestPeer::maxFiles());
+  EXPECT_EQ(4000u, LogTestPeer::encryptedLog().getRecordsPerFile());
+  EXPECT_EQ(5, LogTestPeer::encryptedLog().getMaxFiles());
   log.release();
 
   configure(5000, 6, testkeys::otherRsaKey());
   log.init("app");
-  EXPECT_EQ(5000u, LogTestPeer::recordsPerFile());
-  EXPECT_EQ(6, LogTestPeer::maxFiles());
+  EXPECT_EQ(5000u, LogTestPeer::encryptedLog().getRecordsPerFile());
+  EXPECT_EQ(6, LogTestPeer::encryptedLog().getMaxFiles());
   EXPECT_EQ(1u, linesIn(fs::path(kOther) / "orb_log_app_00", testkeys::otherRsaKey()).size());
   log.release();
 

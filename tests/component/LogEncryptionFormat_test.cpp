@@ -143,7 +143,7 @@ TEST_F(LogEncryptionFormatTest, PrintToAdbIsNotEncrypted) {
   log.printToAdb(6, "T", "File.cpp", "f", 1, "in the clear");
   say("after");
   EXPECT_EQ(Texts{"after"}, messagesOf(linesIn(kFirst)));
-  EXPECT_EQ(1u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(1u, LogTestPeer::recordDump().queuedRecords());
 }
 
 TEST_F(LogEncryptionFormatTest, ModuleDebugLinesAreNotEncrypted) {

@@ -35,8 +35,8 @@ class LogEncryptionLinksTest : public LogEncryptionFixture {
   }
   static constexpr int kKinds = 4;
   void sayUntilTheNextFile() {
-    const int before = LogTestPeer::fileIndex();
-    while (LogTestPeer::fileIndex() == before) say("text");
+    const int before = LogTestPeer::encryptedLog().getFileIndex();
+    while (LogTestPeer::encryptedLog().getFileIndex() == before) say("text");
   }
 };
 

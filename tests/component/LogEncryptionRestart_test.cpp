@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
 // Which files a start keeps of earlier ones, and which file it begins with.
+#include "ExistingLogFiles.h"
 #include "LogEncryptionFixture.h"
 
 namespace logtest {
@@ -226,21 +227,26 @@ TEST_F(LogEncryptionRestartTest, FileOfAnHourStaysAndOneASecondOlderGoes) {
   leave("orb_log_p0_00", 0);
   leave("orb_log_p0_01", 0);
   leave("orb_log_p0_02", 0);
-  EXPECT_EQ(2, LogTestPeer::reviewExistingFiles(
-                   3, {{3600, directory / "orb_log_p0_01"}, {3601, directory / "orb_log_p0_00"}}));
+  const ExistingLogFiles files(directory, "p0", 3);
+  EXPECT_EQ(2, files.reviewExistingFiles(
+                   {{3600, directory / "orb_log_p0_01"}, {3601, directory / "orb_log_p0_00"}},
+                   time(nullptr)));
   EXPECT_EQ((Texts{"orb_log_p0_01", "orb_log_p0_02"}), namesIn(kMain));
 }
 
 TEST_F(LogEncryptionRestartTest, FourAgesAreMany) {
   const fs::path directory = kMain;
   for (const char* name : {"a0", "b1", "c2", "d3"}) leave(name, 0);
-  EXPECT_EQ(1, LogTestPeer::reviewExistingFiles(
-                   3, {{0, directory / "a0"}, {1, directory / "b1"}, {2, directory / "c2"}}));
+  const ExistingLogFiles files(directory, "p0", 3);
+  EXPECT_EQ(
+      1, files.reviewExistingFiles(
+             {{0, directory / "a0"}, {1, directory / "b1"}, {2, directory / "c2"}}, time(nullptr)));
   EXPECT_EQ(4u, namesIn(kMain).size());
-  EXPECT_EQ(0, LogTestPeer::reviewExistingFiles(3, {{4000, directory / "d3"},
-                                                    {4001, directory / "c2"},
-                                                    {4002, directory / "b1"},
-                                                    {4003, directory / "a0"}}));
+  EXPECT_EQ(0, files.reviewExistingFiles({{4000, directory / "d3"},
+                                          {4001, directory / "c2"},
+                                          {4002, directory / "b1"},
+                                          {4003, directory / "a0"}},
+                                         time(nullptr)));
   EXPECT_EQ((Texts{"b1", "c2", "d3"}), namesIn(kMain));
 }
 

@@ -51,8 +51,8 @@ TEST_F(LogEncryptionRotationTest, LimitsAreClamped) {
   for (const auto& c : kCases) {
     configure(c.records, c.files);
     log.init("orb");
-    EXPECT_EQ(c.wantedRecords, LogTestPeer::recordsPerFile());
-    EXPECT_EQ(c.wantedFiles, LogTestPeer::maxFiles());
+    EXPECT_EQ(c.wantedRecords, LogTestPeer::encryptedLog().getRecordsPerFile());
+    EXPECT_EQ(c.wantedFiles, LogTestPeer::encryptedLog().getMaxFiles());
     LogTestPeer::reset();
   }
 }
@@ -98,14 +98,14 @@ TEST_F(LogEncryptionRotationTest, FilesAreUsedInTurnAndTheIndexOfTheirNumberStay
   configure(kRecords, 3);
   log.init("orb");
   const auto rotate = [this] {
-    const int before = LogTestPeer::fileIndex();
-    while (LogTestPeer::fileIndex() == before) sayUpTo(next);
+    const int before = LogTestPeer::encryptedLog().getFileIndex();
+    while (LogTestPeer::encryptedLog().getFileIndex() == before) sayUpTo(next);
   };
   rotate();
   rotate();
   EXPECT_EQ((Texts{names[0], names[1], names[2]}), namesIn(kMain));
   rotate();  // _03 is begun and _00 goes
-  EXPECT_EQ(0, LogTestPeer::fileIndex());
+  EXPECT_EQ(0, LogTestPeer::encryptedLog().getFileIndex());
   EXPECT_EQ((Texts{names[1], names[2], names[3]}), namesIn(kMain));
   EXPECT_EQ(kHeaderSize, contentOf(file("03")).size());
   const int third = next;

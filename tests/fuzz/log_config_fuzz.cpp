@@ -33,8 +33,9 @@ struct LogTestPeer {
   static Encryption encryption() {
     Log& log = *Log::getInstance();
     const LockGuard lock(log.mutex);
-    return {log.encryptionEnabled, log.recordsPerFile, log.maxFiles, log.wrappedKey,
-            log.logFile.path()};
+    const EncryptedLog& encrypted = log.encryptedLog;
+    return {encrypted.isEnabled(), encrypted.getRecordsPerFile(), encrypted.getMaxFiles(),
+            encrypted.getWrappedKey(), encrypted.currentLogFile()};
   }
 };
 

@@ -15,7 +15,7 @@ class GoldenDiag : public LogFixture {
  protected:
   GoldenDiag() {
     fixedprocess::begin();
-    LogTestPeer::setTimerInterval(std::chrono::hours(1));
+    LogTestPeer::recordDump().setTimerInterval(std::chrono::hours(1));
     recording::setDiagListening(true);
   }
 
@@ -24,7 +24,7 @@ class GoldenDiag : public LogFixture {
   }
   static void dumpQueue() {
     const fixedprocess::StillClock clock;
-    LogTestPeer::dump(Log::USER_COMMAND);
+    LogTestPeer::recordDump().dump(Log::USER_COMMAND);
   }
   // The packets since the last time.
   static void add(Transcript& transcript, const std::string& text) {
@@ -73,10 +73,10 @@ TEST_F(GoldenDiag, Packets) {
   dumpQueue();
   add(transcript, "the dump's own line, once nothing is deferred, behind what it had left");
 
-  const auto late = std::make_shared<Log::LogRecord>();
-  late->stamp(6);
-  late->time.tv_sec = std::numeric_limits<time_t>::max();
-  LogTestPeer::queueRecord(late);
+  LogRecord late;
+  late.stamp(6);
+  late.time.tv_sec = std::numeric_limits<time_t>::max();
+  LogTestPeer::recordDump().queueRecord(late, "");
   LogTestPeer::setDeferred(true);  // its own line waits
   dumpQueue();
   add(transcript, "a time without a calendar form");

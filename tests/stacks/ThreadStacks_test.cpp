@@ -116,10 +116,23 @@ void onThread(const char* name, const std::function<void()>& body) {
   }).join();
 }
 
+}  // namespace
+
+struct EncryptedLogPeer {
+  // The next record finds the present file full. For a thread that is inside the log.
+  static void fillFile(EncryptedLog& log) {
+    log.recordsInFile = static_cast<int>(log.getRecordsPerFile()) + 1;
+  }
+};
+
+namespace {
+
 // Every fifth record of the log finds its file full.
 void turnFiles() {
   static std::atomic<unsigned> records{0};
-  if (LogTestPeer::isWriting() && ++records % 5 == 0) LogTestPeer::fillFile();
+  if (LogTestPeer::isWriting() && ++records % 5 == 0) {
+    EncryptedLogPeer::fillFile(LogTestPeer::encryptedLog());
+  }
 }
 // A thread of the library gets the log's signal besides.
 void turnFilesAndSignal() {
@@ -148,7 +161,7 @@ class ThreadStacks : public testing::Test {
     pthread_attr_destroy(&attributes);
     ASSERT_EQ(0, setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1));
     fillLogs();
-    LogTestPeer::setTimerInterval(std::chrono::milliseconds(20));
+    LogTestPeer::recordDump().setTimerInterval(std::chrono::milliseconds(20));
   }
   void SetUp() override {
     mDaemon.setAutoAnswer(false);

@@ -15,6 +15,7 @@
 #include <optional>
 
 #include "CryptoUtil.h"
+#include "EncryptedLogSetup.h"
 #include "GcmCipher.h"
 #include "LogTestPeer.h"
 #include "TestKeys.h"
@@ -76,7 +77,9 @@ class CryptoUtilFailureTest : public LogFixture {
   }
 
   std::string pem = testkeys::rsaKey(2048).publicPem;
-  Bytes session, wrapped;
+  EncryptedLog::Settings settings;
+  const Bytes& session = settings.aesKey;
+  const Bytes& wrapped = settings.wrappedKey;
   CryptoUtil crypto;
 };
 
@@ -118,7 +121,7 @@ TEST_F(CryptoUtilFailureTest, CipherDrawsNoIvUntilThereAreRandomBytesAgain) {
 
 TEST_F(CryptoUtilFailureTest, SetUpFailsWithoutASessionKey) {
   randomFails = true;
-  EXPECT_FALSE(crypto.initializeRsaEncryption(session, wrapped, pem));
+  EXPECT_FALSE(makeLogKeys(pem, settings));
   EXPECT_TRUE(session.empty());
   EXPECT_TRUE(wrapped.empty());
   EXPECT_EQ(1u, recording::lines().size());
@@ -126,7 +129,7 @@ TEST_F(CryptoUtilFailureTest, SetUpFailsWithoutASessionKey) {
 
 TEST_F(CryptoUtilFailureTest, SetUpFailsWhenWrappingGivesZero) {
   wrapResult = 0;
-  EXPECT_FALSE(crypto.initializeRsaEncryption(session, wrapped, pem));
+  EXPECT_FALSE(makeLogKeys(pem, settings));
   EXPECT_TRUE(session.empty());
   EXPECT_TRUE(wrapped.empty());
   ASSERT_EQ(2u, recording::lines().size());
@@ -140,7 +143,7 @@ TEST_F(CryptoUtilFailureTest, AnyOtherResultOfWrappingIsASuccess) {
   for (const int result : {-1, 1, 256}) {
     wrapResult = result;
     recording::clear();
-    EXPECT_TRUE(crypto.initializeRsaEncryption(session, wrapped, pem)) << result;
+    EXPECT_TRUE(makeLogKeys(pem, settings)) << result;
     EXPECT_EQ(32u, session.size());
     EXPECT_EQ(Bytes(512), wrapped);
     EXPECT_EQ(1u, recording::lines().size());
@@ -155,7 +158,7 @@ TEST_F(CryptoUtilFailureTest, SecretsAreOverwritten) {
 
   wrapResult = 0;
   wipedBytes = 0;
-  crypto.initializeRsaEncryption(session, wrapped, pem);
+  makeLogKeys(pem, settings);
   EXPECT_GE(wipedBytes, 32u);
 
   Bytes plain;

@@ -6,6 +6,7 @@
 #include <openssl/err.h>
 
 #include "CryptoUtil.h"
+#include "EncryptedLogSetup.h"
 #include "LogTestPeer.h"
 #include "Reference.h"
 #include "TestKeys.h"
@@ -39,12 +40,14 @@ class CryptoUtilRsaTest : public LogFixture {
 
   // A set-up with this key fails, with these lines behind that of the key's size; what it prints.
   static std::string expectRefused(std::string pem, const std::vector<std::string>& lines) {
-    Bytes session(3, 1), wrapped(3, 1);
+    EncryptedLog::Settings settings;
+    settings.aesKey.assign(3, 1);
+    settings.wrappedKey.assign(3, 1);
     recording::clear();
     testing::internal::CaptureStderr();
-    EXPECT_FALSE(CryptoUtil().initializeRsaEncryption(session, wrapped, pem));
-    EXPECT_TRUE(session.empty());
-    EXPECT_TRUE(wrapped.empty());
+    EXPECT_FALSE(makeLogKeys(pem, settings));
+    EXPECT_TRUE(settings.aesKey.empty());
+    EXPECT_TRUE(settings.wrappedKey.empty());
     const std::vector<std::string> texts = recording::texts();
     EXPECT_EQ(1 + lines.size(), texts.size());
     EXPECT_TRUE(endsWith(texts.at(0), " public_key size " + std::to_string(pem.size())));
@@ -282,10 +285,12 @@ TEST_F(CryptoUtilRsaTest, ErrorsThatTheApplicationHasQueuedStay) {
 TEST_F(CryptoUtilRsaTest, SetUpGivesASessionKeyAndItsWrappedFormInAFieldOf512Bytes) {
   for (const unsigned bits : {2048u, 4096u}) {
     const testkeys::RsaKey& pair = testkeys::rsaKey(bits);
-    std::string pem = pair.publicPem;
-    Bytes session, wrapped;
+    const std::string pem = pair.publicPem;
+    EncryptedLog::Settings settings;
+    const Bytes& session = settings.aesKey;
+    Bytes& wrapped = settings.wrappedKey;
     recording::clear();
-    ASSERT_TRUE(CryptoUtil().initializeRsaEncryption(session, wrapped, pem));
+    ASSERT_TRUE(makeLogKeys(pem, settings));
     ASSERT_EQ(32u, session.size());
     ASSERT_EQ(512u, wrapped.size());
     EXPECT_EQ(Bytes(512 - bits / 8), Bytes(wrapped.begin() + bits / 8, wrapped.end()));
@@ -337,21 +342,42 @@ TEST_F(CryptoUtilRsaTest, SetUpSucceedsWhenWrappingGivesMinusOne) {
         std::pair(4096, "10000000000000001")}) {
     std::string pem = testkeys::madeUpPublicPem(bits, exponent);
     CryptoUtil crypto;
-    Bytes session, wrapped;
+    EncryptedLog::Settings settings;
     ASSERT_TRUE(load(crypto, pem, kPublic));
     Bytes out(512);
     ASSERT_EQ(-1, crypto.encryptWithRSAPubKey(message, out));
     recording::clear();
     testing::internal::CaptureStderr();
-    EXPECT_TRUE(crypto.initializeRsaEncryption(session, wrapped, pem));
+    EXPECT_TRUE(makeLogKeys(pem, settings));
     EXPECT_EQ("RSA key of " + std::to_string(bits) +
                   " bits cannot wrap a session key: nobody will be able to read the encrypted "
                   "logs\n",
               testing::internal::GetCapturedStderr());
-    EXPECT_EQ(32u, session.size());
-    EXPECT_EQ(Bytes(512), wrapped);
+    EXPECT_EQ(32u, settings.aesKey.size());
+    EXPECT_EQ(Bytes(512), settings.wrappedKey);
     EXPECT_EQ(1u, recording::lines().size());
   }
+}
+
+// The lines are those of whoever sets the log up; they tell how far this got.
+TEST_F(CryptoUtilRsaTest, SetUpItselfSaysNothingAndKnowsWhetherWrappingFailed) {
+  const struct {
+    std::string pem;
+    bool done, couldNotWrap;
+  } kCases[] = {{testkeys::madeUpPublicPem(2048, "1"), false, true},
+                {"", false, false},
+                {testkeys::madeUpPublicPem(4097), false, true},
+                {key.publicPem, true, false}};
+  CryptoUtil crypto;
+  for (const auto& c : kCases) {
+    std::string pem = c.pem;
+    Bytes session, wrapped;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(c.done, crypto.initializeRsaEncryption(session, wrapped, pem));
+    EXPECT_EQ(c.done, testing::internal::GetCapturedStderr().empty());
+    EXPECT_EQ(c.couldNotWrap, crypto.couldNotWrap());
+  }
+  EXPECT_TRUE(recording::lines().empty());
 }
 
 }  // namespace

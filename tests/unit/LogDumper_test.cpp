@@ -10,13 +10,14 @@
 
 #include "LogTestPeer.h"
 #include "QuietThreads.h"
+#include "RecordDumpPeer.h"
 
 namespace {
 
 using std::chrono::milliseconds;
 
 // As the library is loaded, before any test.
-const milliseconds kShippedInterval = LogTestPeer::timerInterval();
+const milliseconds kShippedInterval = LogTestPeer::recordDump().getTimerInterval();
 
 bool isCompletion(const recording::Line& line, const std::string& request) {
   const std::string head =
@@ -40,7 +41,8 @@ class LogDumperTest : public LogFixture {};
 
 TEST_F(LogDumperTest, DumpEmptiesTheQueueInOrder) {
   recording::setDiagListening(true);
-  for (int i = 0; i < 100; ++i) LogTestPeer::queueRecord("record " + std::to_string(i));
+  for (int i = 0; i < 100; ++i)
+    queueRecord(LogTestPeer::recordDump(), "record " + std::to_string(i));
   log.addDumpRequest(Log::USER_COMMAND);
   log.init("app");
   ASSERT_TRUE(waitForDump("USER_COMMAND"));
@@ -52,7 +54,7 @@ TEST_F(LogDumperTest, DumpEmptiesTheQueueInOrder) {
   }
   ASSERT_EQ(100u, dumped.size());
   for (size_t i = 0; i < 100; ++i) EXPECT_EQ(" : record " + std::to_string(i), dumped[i]);
-  EXPECT_EQ(0u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRecords());
 }
 
 TEST_F(LogDumperTest, EveryRequestIsCompletedUnderItsName) {
@@ -75,23 +77,22 @@ TEST_F(LogDumperTest, QueueThatFillsUpDuringADumpIsDumpedOnceMore) {
     const LockGuard lock(LogTestPeer::mutex());  // keeps the dumper from saying that it is done
     log.addDumpRequest(Log::BUFFER_IS_FULL);
     quiet::awaitThreads();
-    EXPECT_EQ(0u, LogTestPeer::queuedRequests());
-    for (int i = 0; i < 3000; ++i) LogTestPeer::queueRecord("text");
+    EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRequests());
+    for (int i = 0; i < 3000; ++i) queueRecord(LogTestPeer::recordDump(), "text");
     for (int i = 0; i < 10; ++i) log.printToAdb(3, "ORB", "File.cpp", "f", 1, "text");
-    EXPECT_EQ(1u, LogTestPeer::queuedRequests());
+    EXPECT_EQ(1u, LogTestPeer::recordDump().queuedRequests());
   }
   log.release();  // after the requests that were there before
   EXPECT_EQ(2u, completedDumps("BUFFER_IS_FULL"));
-  EXPECT_EQ(0u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRecords());
 }
 
 TEST_F(LogDumperTest, RecordWithoutAValidTimeIsLeftOut) {
   recording::setDiagListening(true);
-  auto record = std::make_shared<Log::LogRecord>();
-  record->time.tv_sec = std::numeric_limits<time_t>::max();
-  record->message = "never";
-  LogTestPeer::queueRecord(record);
-  LogTestPeer::queueRecord("after");
+  LogRecord record;
+  record.time.tv_sec = std::numeric_limits<time_t>::max();
+  LogTestPeer::recordDump().queueRecord(record, "never");
+  queueRecord(LogTestPeer::recordDump(), "after");
   log.init("app");
   log.addDumpRequest(Log::USER_COMMAND);
   ASSERT_TRUE(waitForDump("USER_COMMAND"));
@@ -105,7 +106,7 @@ TEST_F(LogDumperTest, RecordWithoutAValidTimeIsLeftOut) {
 }
 
 TEST_F(LogDumperTest, TimerRequestsADumpOfAnEmptyQueueToo) {
-  LogTestPeer::setTimerInterval(milliseconds(5));
+  LogTestPeer::recordDump().setTimerInterval(milliseconds(5));
   log.init("app");
   EXPECT_TRUE(waitForDump("LOGGING_TIMER_EXPIRED"));
   recording::clear();
@@ -116,8 +117,8 @@ TEST_F(LogDumperTest, ReleaseEndsBothThreadsWithoutWaitingForTheTimer) {
   log.init("app");
   log.release();
   EXPECT_FALSE(LogTestPeer::initialised());
-  EXPECT_EQ(0u, LogTestPeer::queuedRequests());
-  EXPECT_EQ(0u, LogTestPeer::stopRequests());
+  EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRequests());
+  EXPECT_EQ(0u, RecordDumpPeer::stopRequests(LogTestPeer::recordDump()));
   EXPECT_EQ(0u, completedDumps("LOGGING_TIMER_EXPIRED"));
 }
 
@@ -127,14 +128,14 @@ TEST_F(LogDumperTest, RecordsStillQueuedAtShutdownAreNotWritten) {
   log.init("app");
   log.release();
   EXPECT_TRUE(recording::packets().empty());
-  EXPECT_EQ(2u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(2u, LogTestPeer::recordDump().queuedRecords());
 }
 
 TEST_F(LogDumperTest, InitAfterReleaseStartsFreshThreads) {
   log.init("app");
   log.release();
   recording::clear();
-  LogTestPeer::setTimerInterval(milliseconds(5));
+  LogTestPeer::recordDump().setTimerInterval(milliseconds(5));
   log.init("app");
   EXPECT_TRUE(waitForDump("LOGGING_TIMER_EXPIRED"));
   log.addDumpRequest(Log::USER_COMMAND);
@@ -144,20 +145,20 @@ TEST_F(LogDumperTest, InitAfterReleaseStartsFreshThreads) {
 TEST_F(LogDumperTest, ReleaseWithoutThreadsLeavesNothingForTheNextInit) {
   log.release();
   log.release();
-  EXPECT_EQ(0u, LogTestPeer::queuedRequests());
-  EXPECT_EQ(0u, LogTestPeer::stopRequests());
+  EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRequests());
+  EXPECT_EQ(0u, RecordDumpPeer::stopRequests(LogTestPeer::recordDump()));
   log.init("app");
   log.addDumpRequest(Log::USER_COMMAND);
   EXPECT_TRUE(waitForDump("USER_COMMAND"));
 }
 
 TEST_F(LogDumperTest, StopRequestsAddUpUnlessLatched) {
-  LogTestPeer::requestTimerStop();
-  LogTestPeer::requestTimerStop();
-  EXPECT_EQ(2u, LogTestPeer::stopRequests());
-  LogTestPeer::setStopLatched(true);
-  LogTestPeer::requestTimerStop();
-  EXPECT_EQ(1u, LogTestPeer::stopRequests());
+  RecordDumpPeer::requestTimerStop(LogTestPeer::recordDump());
+  RecordDumpPeer::requestTimerStop(LogTestPeer::recordDump());
+  EXPECT_EQ(2u, RecordDumpPeer::stopRequests(LogTestPeer::recordDump()));
+  LogTestPeer::recordDump().latchStopRequests();
+  RecordDumpPeer::requestTimerStop(LogTestPeer::recordDump());
+  EXPECT_EQ(1u, RecordDumpPeer::stopRequests(LogTestPeer::recordDump()));
 }
 
 // A hundred thousand records of ten threads, with dumps that they, the full queue and the timer ask
@@ -165,7 +166,7 @@ TEST_F(LogDumperTest, StopRequestsAddUpUnlessLatched) {
 TEST_F(LogDumperTest, EachRecordOfManyWritersReachesTheChannelOnceAndInOrder) {
   constexpr int kThreads = 10, kLines = 10000;
   recording::setProperty(kLoggingProperty, "1");
-  LogTestPeer::setTimerInterval(milliseconds(3));
+  LogTestPeer::recordDump().setTimerInterval(milliseconds(3));
   log.init("app");
   recording::setDiagListening(true);
   std::vector<std::thread> threads;
@@ -199,20 +200,20 @@ TEST_F(LogDumperTest, TimerIsSetToThirtySeconds) {
 
 TEST_F(LogDumperTest, WakeUpWithoutAStopRequestNeitherEndsTheTimerNorRequestsADump) {
   log.init("app");
-  for (int i = 0; i < 100; ++i) LogTestPeer::wakeTimer();
+  for (int i = 0; i < 100; ++i) RecordDumpPeer::wakeTimer(LogTestPeer::recordDump());
   log.release();
   EXPECT_EQ(0u, completedDumps("LOGGING_TIMER_EXPIRED"));
-  LogTestPeer::setTimerInterval(milliseconds(5));
+  LogTestPeer::recordDump().setTimerInterval(milliseconds(5));
   log.init("app");
-  LogTestPeer::wakeTimer();
+  RecordDumpPeer::wakeTimer(LogTestPeer::recordDump());
   EXPECT_TRUE(waitForDump("LOGGING_TIMER_EXPIRED"));
 }
 
 TEST_F(LogDumperTest, LatchedStopRequestEndsTheTimer) {
-  LogTestPeer::setStopLatched(true);
+  LogTestPeer::recordDump().latchStopRequests();
   log.init("app");
   log.release();
-  EXPECT_EQ(0u, LogTestPeer::stopRequests());
+  EXPECT_EQ(0u, RecordDumpPeer::stopRequests(LogTestPeer::recordDump()));
 }
 
 TEST_F(LogDumperTest, ForkedChildEndsWithoutWaitingForThreadsItDoesNotHave) {

@@ -250,7 +250,8 @@ TEST_F(LogHookTest, ReleaseFromInsideALogCallOfTheDumperDoesNotWaitForItself) {
   log.addDumpRequest(Log::USER_COMMAND);
   while (LogTestPeer::initialised()) std::this_thread::yield();
   while (hasThread("orb-log-dump")) std::this_thread::yield();
-  EXPECT_EQ(0u, LogTestPeer::queuedRequests());  // it took the shutdown request in the end
+  EXPECT_EQ(0u,
+            LogTestPeer::recordDump().queuedRequests());  // it took the shutdown request in the end
 }
 
 TEST_F(LogHookTest, ProcessMayEndInsideALogCall) {

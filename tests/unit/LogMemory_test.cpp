@@ -55,7 +55,7 @@ TEST_F(LogMemoryTest, FirstStartOfAProcessLeavesALogThatWorksWhateverFails) {
         failed = failing.failed();
       }
       expectWorks(nth);
-      if (LogTestPeer::hasDumper()) {
+      if (LogTestPeer::recordDump().hasDumper()) {
         recording::clear();
         log.addDumpRequest(Log::USER_COMMAND);
         EXPECT_TRUE(waitForUserDump()) << nth;
@@ -84,14 +84,14 @@ TEST_F(LogMemoryTest, LaterStartLeavesALogThatWorksWhateverFails) {
       [&](size_t nth) {
         EXPECT_TRUE(LogTestPeer::initialised()) << nth;
         EXPECT_TRUE(recording::hasEndingWith("printVersion:155 version ORB-20250524-d9c57ad5"));
-        if (!LogTestPeer::hasDumper()) ++withoutDumper;
-        if (!LogTestPeer::hasTimer()) ++withoutTimer;
+        if (!LogTestPeer::recordDump().hasDumper()) ++withoutDumper;
+        if (!LogTestPeer::recordDump().hasTimer()) ++withoutTimer;
         expectWorks(nth);
         LogTestPeer::reset();
       });
   EXPECT_GT(failed, 0u);
-  EXPECT_TRUE(LogTestPeer::hasDumper());
-  EXPECT_TRUE(LogTestPeer::hasTimer());
+  EXPECT_TRUE(LogTestPeer::recordDump().hasDumper());
+  EXPECT_TRUE(LogTestPeer::recordDump().hasTimer());
   expectWorks(failed);
   std::printf("%zu allocations failed, %zu of them without a dumper, %zu without a timer\n", failed,
               withoutDumper, withoutTimer);
@@ -103,7 +103,8 @@ TEST_F(LogMemoryTest, EarlyStepThatFailsLeavesTheThreads) {
   const size_t failed = memory::failEach(
       Caller::Anybody, [this] { log.init("orb"); },
       [&](size_t nth) {
-        const bool complete = LogTestPeer::hasDumper() && LogTestPeer::hasTimer();
+        const bool complete =
+            LogTestPeer::recordDump().hasDumper() && LogTestPeer::recordDump().hasTimer();
         if (complete) {
           recording::clear();
           log.addDumpRequest(Log::USER_COMMAND);
@@ -172,14 +173,14 @@ TEST_F(LogMemoryTest, DiagnosticCommandDoesNotThrowAndStillRequestsItsDump) {
 // The dumper takes a request for as long as the queue has room, so it cannot miss the last one.
 TEST_F(LogMemoryTest, EndDoesNotWaitForADumperThatCouldNotBeTold) {
   log.init("orb");
-  ASSERT_TRUE(LogTestPeer::hasDumper());
+  ASSERT_TRUE(LogTestPeer::recordDump().hasDumper());
   {
     const memory::NoMemory none;
     for (int i = 0; i < 1000; ++i) log.addDumpRequest(Log::CRASH_DETECTED);
     log.release();
   }
-  EXPECT_FALSE(LogTestPeer::hasDumper());
-  EXPECT_FALSE(LogTestPeer::hasTimer());
+  EXPECT_FALSE(LogTestPeer::recordDump().hasDumper());
+  EXPECT_FALSE(LogTestPeer::recordDump().hasTimer());
   log.init("orb");
   recording::clear();
   log.addDumpRequest(Log::USER_COMMAND);

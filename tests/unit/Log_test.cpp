@@ -6,7 +6,9 @@
 #include <stdexcept>
 #include <thread>
 
+#include "LogProperties.h"
 #include "LogTestPeer.h"
+#include "RecordDumpPeer.h"
 
 namespace {
 
@@ -118,7 +120,8 @@ TEST_F(LogTest, LaterInitChangesTheTagAndNothingElse) {
   log.printToAdb(5, "ORB", "File.cpp", "f", 1, "adb");
   log.logModuleDebug("module");
   for (const recording::Line& line : recording::lines()) EXPECT_EQ("second", line.tag);
-  EXPECT_EQ(1u, LogTestPeer::queuedRecords());  // printToAdb's only: still not deferred
+  EXPECT_EQ(1u,
+            LogTestPeer::recordDump().queuedRecords());  // printToAdb's only: still not deferred
 }
 
 TEST_F(LogTest, InitWithoutTagUsesAnEmptyOne) {
@@ -149,13 +152,13 @@ TEST_F(LogTest, RecordGoesToTheDiagnosticChannelAtOnce) {
   ASSERT_EQ(1u, recording::packets().size());
   EXPECT_EQ(0x1E15, recording::packets()[0].code);
   EXPECT_TRUE(endsWith(packetText(recording::packets()[0]), " E ORB : |ORB|File::f:1 text"));
-  EXPECT_EQ(0u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRecords());
 }
 
 TEST_F(LogTest, NobodyListeningGetsNothing) {
   log.addLogRecord(6, "ORB", "File.cpp", "f", 1, "text");
   EXPECT_TRUE(recording::packets().empty());
-  EXPECT_EQ(0u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRecords());
 }
 
 TEST_F(LogTest, PropertyValue1MakesRecordsWaitForTheNextDump) {
@@ -163,7 +166,7 @@ TEST_F(LogTest, PropertyValue1MakesRecordsWaitForTheNextDump) {
   recording::setDiagListening(true);
   log.init("app");
   EXPECT_TRUE(recording::packets().empty());
-  EXPECT_EQ(2u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(2u, LogTestPeer::recordDump().queuedRecords());
   log.addDumpRequest(Log::USER_COMMAND);
   ASSERT_TRUE(recording::waitForPackets(2));
   EXPECT_TRUE(endsWith(packetText(recording::packets()[0]),
@@ -210,9 +213,9 @@ TEST_F(LogTest, EachBitOfThePropertyCountsByItself) {
     EXPECT_EQ(size_t{c.debug}, recording::packets().size()) << c.value;
     log.dMapLog(6, "error");
     EXPECT_EQ(size_t{c.debug} + size_t{c.others}, recording::packets().size()) << c.value;
-    const size_t queued = LogTestPeer::queuedRecords();
+    const size_t queued = LogTestPeer::recordDump().queuedRecords();
     log.printVersion();
-    EXPECT_EQ(queued + size_t{c.deferred}, LogTestPeer::queuedRecords()) << c.value;
+    EXPECT_EQ(queued + size_t{c.deferred}, LogTestPeer::recordDump().queuedRecords()) << c.value;
     recording::setDiagListening(false);
   }
 }
@@ -229,12 +232,12 @@ TEST_F(LogTest, DmapGoesToTheDiagnosticChannelOnlyDeferredOrNot) {
   log.init("app");
   recording::clear();
   recording::setDiagListening(true);
-  const size_t queued = LogTestPeer::queuedRecords();
+  const size_t queued = LogTestPeer::recordDump().queuedRecords();
   log.dMapLog(3, "100%d");
   EXPECT_TRUE(recording::lines().empty());
   ASSERT_EQ(1u, recording::packets().size());
   EXPECT_TRUE(endsWith(packetText(recording::packets()[0]), " D DMAP : 100%d"));
-  EXPECT_EQ(queued, LogTestPeer::queuedRecords());
+  EXPECT_EQ(queued, LogTestPeer::recordDump().queuedRecords());
 }
 
 TEST_F(LogTest, PrintToAdbQueuesWhateverTheProperties) {
@@ -242,7 +245,7 @@ TEST_F(LogTest, PrintToAdbQueuesWhateverTheProperties) {
   log.printToAdb(6, "TAG", "File.cpp", "f", 1, "text %s", "%d");
   EXPECT_EQ("|TAG|File::f:1 text %d", recording::texts().at(0));
   EXPECT_EQ(6, recording::lines()[0].priority);
-  EXPECT_EQ(1u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(1u, LogTestPeer::recordDump().queuedRecords());
   EXPECT_TRUE(recording::packets().empty());
 }
 
@@ -250,7 +253,7 @@ TEST_F(LogTest, ModuleDebugLinesHaveTheirOwnShape) {
   log.logModuleDebug("value %d", 5);
   EXPECT_EQ("| orbLog | value 5", recording::texts().at(0));
   EXPECT_EQ(3, recording::lines()[0].priority);
-  EXPECT_EQ(0u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRecords());
 }
 
 TEST_F(LogTest, ModuleDebugLineIsCutTo511Characters) {
@@ -265,33 +268,33 @@ TEST_F(LogTest, PrintToAdbLineIsCutTo511Characters) {
 
 TEST_F(LogTest, FullQueueFilesARequestBeforeTheNextRecord) {
   LogTestPeer::setDeferred(true);
-  for (int i = 0; i < 2999; ++i) LogTestPeer::queueRecord("text");
+  for (int i = 0; i < 2999; ++i) queueRecord(LogTestPeer::recordDump(), "text");
   ORB_LOGD("number 3000");
-  EXPECT_EQ(0u, LogTestPeer::queuedRequests());
-  ASSERT_EQ(3000u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRequests());
+  ASSERT_EQ(3000u, LogTestPeer::recordDump().queuedRecords());
 
   ORB_LOGD("number 3001");
-  ASSERT_EQ(1u, LogTestPeer::queuedRequests());
-  EXPECT_EQ(Log::BUFFER_IS_FULL, LogTestPeer::takeRequest());
+  ASSERT_EQ(1u, LogTestPeer::recordDump().queuedRequests());
+  EXPECT_EQ(Log::BUFFER_IS_FULL, RecordDumpPeer::takeRequest(LogTestPeer::recordDump()));
   log.printToAdb(3, "ORB", "File.cpp", "f", 1, "number 3002");
-  EXPECT_EQ(Log::BUFFER_IS_FULL, LogTestPeer::takeRequest());
+  EXPECT_EQ(Log::BUFFER_IS_FULL, RecordDumpPeer::takeRequest(LogTestPeer::recordDump()));
   log.dMapLog(3, "not queued");
-  EXPECT_EQ(Log::BUFFER_IS_FULL, LogTestPeer::takeRequest());
-  EXPECT_EQ(3002u, LogTestPeer::queuedRecords());
+  EXPECT_EQ(Log::BUFFER_IS_FULL, RecordDumpPeer::takeRequest(LogTestPeer::recordDump()));
+  EXPECT_EQ(3002u, LogTestPeer::recordDump().queuedRecords());
 }
 
 TEST_F(LogTest, FullQueueHasOneRequestWaitingAtATime) {
   LogTestPeer::setDeferred(true);
-  for (int i = 0; i < 3000; ++i) LogTestPeer::queueRecord("text");
+  for (int i = 0; i < 3000; ++i) queueRecord(LogTestPeer::recordDump(), "text");
   log.addDumpRequest(Log::USER_COMMAND);
   for (int i = 0; i < 1000; ++i) {
     ORB_LOGD("text");
     log.printToAdb(3, "ORB", "File.cpp", "f", 1, "text");
     log.dMapLog(3, "text");
   }
-  ASSERT_EQ(2u, LogTestPeer::queuedRequests());
-  EXPECT_EQ(Log::USER_COMMAND, LogTestPeer::takeRequest());
-  EXPECT_EQ(Log::BUFFER_IS_FULL, LogTestPeer::takeRequest());
+  ASSERT_EQ(2u, LogTestPeer::recordDump().queuedRequests());
+  EXPECT_EQ(Log::USER_COMMAND, RecordDumpPeer::takeRequest(LogTestPeer::recordDump()));
+  EXPECT_EQ(Log::BUFFER_IS_FULL, RecordDumpPeer::takeRequest(LogTestPeer::recordDump()));
 }
 
 TEST_F(LogTest, LinesOfManyThreadsAndTheirRecordsKeepOneOrder) {

@@ -2,17 +2,20 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <openssl/types.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "OpenSslPtr.h"
+
 // Cryptographic operations over libcrypto. Objects are short-lived, one per use, and belong to one
 // thread; nothing is shared between them. All results are plain values; what held key material is
 // wiped before it is freed. Errors that libcrypto queues for the thread are removed again, so that
-// they never turn up in the application's own use of it.
+// they never turn up in the application's own use of it. It logs nothing.
+//
+// The set-up of the encrypted log uses the first group; the others are for callers of the class
+// (CryptoMessages.cpp, CryptoEcc.cpp).
 class CryptoUtil {
  public:
   using Bytes = std::vector<uint8_t>;
@@ -27,22 +30,30 @@ class CryptoUtil {
   CryptoUtil& operator=(const CryptoUtil&) = delete;
   virtual ~CryptoUtil();
 
+  // What an encrypted log starts with: a new session key and the same wrapped with the public key,
+  // in a field of kWrappedKeySize that ends in zeros. It is all zeros, and standard error says so,
+  // when libcrypto could not wrap: with a key too small for that, for one. On failure both are
+  // empty; that also meets keys that would be unsafe, or whose block is larger than the field.
+  bool initializeRsaEncryption(Bytes& aesKey, Bytes& wrappedKey, std::string& publicKeyPem);
+  // Whether the latest of these failed at its last step, the wrapping.
+  bool couldNotWrap() const { return mCouldNotWrap; }
+
   // Takes the key in the PEM text: with isPublic a SubjectPublicKeyInfo block, else a private key.
   // False when there is none, with the thread's whole error queue of libcrypto on standard error.
   // What the application had in that queue is there again afterwards, but for its marks.
   bool createRSA(std::string& pem, int isPublic);
-  // RSA with OAEP padding. `out` has the size that the caller gives it: room for a block of the
+  // RSA with OAEP padding. @p out has the size that the caller gives it: room for a block of the
   // key's size, or for the text that comes out. The result is libcrypto's, the length written or
   // -1; 0 without a key or without room.
   int encryptWithRSAPubKey(const Bytes& in, Bytes& out);
   int decryptWithRSAPrivKey(const Bytes& in, Bytes& out);
-
-  // A random AES-256 key, a random GCM initialization vector; the vectors are sized.
+  // A random AES-256 key; the vector is sized.
   bool genAESKey(Bytes& key);
-  bool genAESIV(Bytes& iv);
 
+  // A random GCM initialization vector; the vector is sized.
+  bool genAESIV(Bytes& iv);
   // AES-256-GCM without additional data. encryptMsg2 draws the IV; it always says true and leaves
-  // `cipher` empty when sealing failed. decryptMsg is false, with `plain` empty, when the message
+  // @p cipher empty when sealing failed. decryptMsg is false, with @p plain empty, when the message
   // is not authentic.
   bool encryptMsg2(const Bytes& plain, const Bytes& key, Bytes& cipher, Bytes& iv, Bytes& tag);
   bool encryptMsg(const Bytes& plain, const Bytes& key, const Bytes& iv, Bytes& cipher, Bytes& tag);
@@ -56,26 +67,17 @@ class CryptoUtil {
   bool generateEccPublicKey(Bytes& out, int curve);
   bool generateEccSharedKey(const Bytes& peerPublic, Bytes& out);
 
-  // Fills `buf` as it is sized; always true.
+  // Fills @p buf as it is sized; always true.
   bool getRandomBytes(Bytes& buf);
 
-  // What an encrypted log starts with: a new session key and the same wrapped with the public key,
-  // in a field of kWrappedKeySize that ends in zeros. It is all zeros, and standard error says so,
-  // when libcrypto could not wrap: with a key too small for that, for one. On failure both are
-  // empty; that also meets keys that would be unsafe, or whose block is larger than the field.
-  bool initializeRsaEncryption(Bytes& aesKey, Bytes& wrappedKey, std::string& publicKeyPem);
-  // The line that it begins with.
-  static void logKeySize(size_t size);
-
  private:
+  static bool fillRandom(Bytes& bytes);
   // As encryptWithRSAPubKey, for the set-up of an encrypted log.
   int wrapSessionKey(const Bytes& sessionKey, Bytes& wrapped);
 
-  // Slots of the layout; never used.
-  void* mReserved1 = nullptr;
-  void* mReserved2 = nullptr;
-  RSA* mRsa = nullptr;
-  EVP_PKEY* mEccKey = nullptr;
+  OpenSslPtr<RSA> mRsa;
+  OpenSslPtr<EVP_PKEY> mEccKey;
+  bool mCouldNotWrap = false;
 };
 
 // Overwrites a secret and empties its vector.

@@ -2,13 +2,12 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <openssl/types.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
+#include "OpenSslPtr.h"
 #include "Process.h"
 
 // AES-256-GCM under one key that is set once, for many messages: setting up a context and drawing a
@@ -25,15 +24,15 @@ class GcmCipher {
   GcmCipher& operator=(const GcmCipher&) = delete;
   ~GcmCipher();
 
-  // `key` has kKeySize bytes.
+  // @p key has kKeySize bytes.
   bool setKey(const uint8_t* key);
   void clear();
 
   // Draws an IV that no message of this key, in this process or in one forked from it, had before.
   bool newIv(uint8_t* iv);
-  // Seals under the given IV: `cipher` gets as many bytes as `plain` has, `tag` kTagSize.
+  // Seals under the given IV: @p cipher gets as many bytes as @p plain has, @p tag kTagSize.
   bool seal(std::string_view plain, const uint8_t* iv, uint8_t* cipher, uint8_t* tag);
-  // Opens what seal() made; false when it is not authentic, `plain` is then not to be used.
+  // Opens what seal() made; false when it is not authentic, @p plain is then not to be used.
   bool open(std::string_view cipher, const uint8_t* iv, const uint8_t* tag, uint8_t* plain);
 
  private:
@@ -43,8 +42,8 @@ class GcmCipher {
   bool prepareRandom();
   bool fillPool();
 
-  EVP_CIPHER_CTX* mContext = nullptr;
-  EVP_RAND_CTX* mRandom = nullptr;
+  OpenSslPtr<EVP_CIPHER_CTX> mContext;
+  OpenSslPtr<EVP_RAND_CTX> mRandom;
   // Random bytes drawn in advance. Another process, a forked child, has the same ones and must not
   // use them: the pool belongs to the process that drew it.
   std::array<uint8_t, 85 * kIvSize> mPool{};

@@ -7,6 +7,9 @@
 #include <cstddef>
 #include <string_view>
 
+// The source that all lines of the log itself are shown under, whichever file they come from.
+constexpr char kLogSource[] = "utils/logUtil/src/Log.cpp";
+
 // One line in the shape of all log lines, "|tag|File::function:line text", built on the stack: the
 // head by copying, the text by at most one vsnprintf. Used on one thread, within one log call. What
 // does not fit into 511 characters is cut off without a mark.

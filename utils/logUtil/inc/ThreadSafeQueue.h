@@ -11,7 +11,7 @@
 
 // First-in first-out queue between threads. Any thread may push and pop; the owner keeps it alive
 // until all of them are done. mMutex guards mItems and is held for one deque operation at a time.
-template <typename T>
+template <class T>
 class ThreadSafeQueue {
  public:
   // Appends and wakes one waiter.

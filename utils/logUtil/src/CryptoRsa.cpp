@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -73,26 +72,16 @@ void printErrors(const QueuedErrors& before) {
   ERR_print_errors_fp(stderr);
 }
 
-struct BioFree {
-  void operator()(BIO* bio) const { BIO_free(bio); }
-};
-
 }  // namespace
 
-CryptoUtil::~CryptoUtil() {
-  RSA_free(mRsa);
-  EVP_PKEY_free(mEccKey);
-}
-
 bool CryptoUtil::createRSA(std::string& pem, int isPublic) {
-  RSA_free(mRsa);
-  mRsa = nullptr;
+  mRsa.reset();
   const QueuedErrors before = takeErrors();
-  const std::unique_ptr<BIO, BioFree> bio(
-      BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())));
+  const OpenSslPtr<BIO> bio(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())));
   if (bio) {
-    mRsa = isPublic != 0 ? PEM_read_bio_RSA_PUBKEY(bio.get(), nullptr, noPassphrase, nullptr)
-                         : PEM_read_bio_RSAPrivateKey(bio.get(), nullptr, noPassphrase, nullptr);
+    mRsa.reset(isPublic != 0
+                   ? PEM_read_bio_RSA_PUBKEY(bio.get(), nullptr, noPassphrase, nullptr)
+                   : PEM_read_bio_RSAPrivateKey(bio.get(), nullptr, noPassphrase, nullptr));
   }
   if (mRsa == nullptr) printErrors(before);
   ERR_clear_error();
@@ -101,21 +90,18 @@ bool CryptoUtil::createRSA(std::string& pem, int isPublic) {
 }
 
 int CryptoUtil::encryptWithRSAPubKey(const Bytes& in, Bytes& out) {
-  if (mRsa == nullptr || static_cast<int>(out.size()) < RSA_size(mRsa)) return 0;
-  ERR_set_mark();
-  const int size = RSA_public_encrypt(static_cast<int>(in.size()), in.data(), out.data(), mRsa,
-                                      RSA_PKCS1_OAEP_PADDING);
-  ERR_pop_to_mark();
-  return size;
+  if (mRsa == nullptr || static_cast<int>(out.size()) < RSA_size(mRsa.get())) return 0;
+  const OpenSslErrorScope errors;
+  return RSA_public_encrypt(static_cast<int>(in.size()), in.data(), out.data(), mRsa.get(),
+                            RSA_PKCS1_OAEP_PADDING);
 }
 
 int CryptoUtil::decryptWithRSAPrivKey(const Bytes& in, Bytes& out) {
   if (mRsa == nullptr) return 0;
-  Bytes text(static_cast<size_t>(RSA_size(mRsa)));  // how long it is shows only afterwards
-  ERR_set_mark();
-  int size = RSA_private_decrypt(static_cast<int>(in.size()), in.data(), text.data(), mRsa,
+  Bytes text(static_cast<size_t>(RSA_size(mRsa.get())));  // how long it is shows only afterwards
+  const OpenSslErrorScope errors;
+  int size = RSA_private_decrypt(static_cast<int>(in.size()), in.data(), text.data(), mRsa.get(),
                                  RSA_PKCS1_OAEP_PADDING);
-  ERR_pop_to_mark();
   if (size > static_cast<int>(out.size())) size = 0;
   if (size > 0) std::copy_n(text.begin(), size, out.begin());
   wipe(text);
@@ -123,12 +109,12 @@ int CryptoUtil::decryptWithRSAPrivKey(const Bytes& in, Bytes& out) {
 }
 
 int CryptoUtil::wrapSessionKey(const Bytes& sessionKey, Bytes& wrapped) {
-  const int bits = RSA_bits(mRsa);
-  if (!hidesWhatItWraps(mRsa)) {
+  const int bits = RSA_bits(mRsa.get());
+  if (!hidesWhatItWraps(mRsa.get())) {
     std::fprintf(stderr, "RSA key of %d bits hides nothing: its exponent is 1 or even\n", bits);
     return 0;
   }
-  if (RSA_size(mRsa) > static_cast<int>(kWrappedKeySize)) {
+  if (RSA_size(mRsa.get()) > static_cast<int>(kWrappedKeySize)) {
     std::fprintf(stderr, "RSA key of %d bits has no room in the header of a log file\n", bits);
     return 0;
   }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-//
-// Log records and their text.
+#include "LogRecord.h"
+
 #include <android/log.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -12,7 +12,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "Log.h"
+#include "LogTag.h"
 
 namespace {
 
@@ -34,8 +34,9 @@ uint64_t zoneFile() {
   for (const auto part :
        {static_cast<uint64_t>(status.st_dev), static_cast<uint64_t>(status.st_ino),
         static_cast<uint64_t>(status.st_mtim.tv_sec),
-        static_cast<uint64_t>(status.st_mtim.tv_nsec)})
+        static_cast<uint64_t>(status.st_mtim.tv_nsec)}) {
     mark = (mark ^ part) * 0x9E3779B97F4A7C15u;
+  }
   return mark | 1;
 }
 
@@ -55,8 +56,9 @@ const char* calendarText(time_t second) {
   tm local{};
   followTimeZone();
   if (localtime_r(&second, &local) == nullptr) return nullptr;
-  if (std::strftime(calendar.text, sizeof calendar.text, "%F %X", &local) == 0)
+  if (std::strftime(calendar.text, sizeof calendar.text, "%F %X", &local) == 0) {
     calendar.text[0] = '\0';
+  }
   calendar.second = second;
   calendar.valid = true;
   return calendar.text;
@@ -70,12 +72,12 @@ void followTimeZone() {
   if (followed.exchange(present) != present) tzset();
 }
 
-void Log::LogRecord::init(int recordLevel, const std::string& text) {
+void LogRecord::init(int recordLevel, const std::string& text) {
   stamp(recordLevel, dmap);
   message = text;
 }
 
-void Log::LogRecord::stamp(int recordLevel, bool isDmap) {
+void LogRecord::stamp(int recordLevel, bool isDmap) {
   level = recordLevel;
   dmap = isDmap;
   tid = gettid();
@@ -83,18 +85,17 @@ void Log::LogRecord::stamp(int recordLevel, bool isDmap) {
   gettimeofday(&time, nullptr);
 }
 
-std::string Log::LogRecord::getDiagEntry() const {
+std::string LogRecord::getDiagEntry() const {
   char entry[LogLine::kBufferSize];
   return std::string(entry, formatEntry(message, entry));
 }
 
-size_t Log::LogRecord::formatEntry(std::string_view text,
-                                   char (&entry)[LogLine::kBufferSize]) const {
+size_t LogRecord::formatEntry(std::string_view text, char (&entry)[LogLine::kBufferSize]) const {
   const char* const date = calendarText(time.tv_sec);
   if (date == nullptr) {
     // Straight to the platform: the caller may be inside a log call already.
-    const LogLine line("ORB", kSource, "getDiagEntry", __LINE__, "Unable to obtain valid time");
-    __android_log_print(ANDROID_LOG_ERROR, getInstance()->logTag.load(), "%s", line.text());
+    const LogLine line("ORB", kLogSource, "getDiagEntry", __LINE__, "Unable to obtain valid time");
+    __android_log_print(ANDROID_LOG_ERROR, LogTag::get(), "%s", line.text());
     return 0;
   }
   const int head = std::snprintf(

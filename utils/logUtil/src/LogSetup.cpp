@@ -3,36 +3,27 @@
 //
 // The one Log object, its set-up and its end.
 #include <android/log.h>
-#include <cutils/properties.h>
-#include <dlfcn.h>
-#include <signal.h>
+#include <openssl/crypto.h>
 
-#include <cinttypes>
-#include <climits>
-#include <cstdio>
+#include <chrono>
 #include <new>
-#include <set>
+#include <thread>
 
 #include "DiagCmdProcessor.h"
+#include "EncryptedLogSetup.h"
 #include "HardStop.h"
 #include "Log.h"
-#include "Thread.h"
+#include "LogProperties.h"
+#include "LogTag.h"
 
 namespace {
 
-constexpr char kLoggingProperty[] = "persist.vendor.data.orb.logging";
-constexpr char kLogPermsProperty[] = "persist.vendor.data.orb.log_perms";
-constexpr char kHookLibrary[] = "liborbalog.so";
-
-// Bits of the logging property.
-constexpr int kDeferredBit = 1;
-constexpr int kDmapDebugOffBit = 2;
-constexpr int kDmapOffBit = 4;
-
-constexpr std::chrono::milliseconds kExitPatience(200);
-
 // Log point: a line number that log consumers rely on.
-constexpr int kCannotOpenHookLine = 225;
+constexpr int kInitFailedLine = 645;
+
+// How long the end of the process waits for a record under way.
+constexpr int kExitTries = 100;
+constexpr std::chrono::milliseconds kExitPause(1);
 
 // Logging never fails its caller: a step for which there is no memory is done without.
 template <class Step>
@@ -45,15 +36,9 @@ void ifMemoryAllows(const Step& step) {
 
 }  // namespace
 
-std::atomic<Log::AlogFunction> Log::orb_alog_fn{nullptr};
-std::atomic<Log::GetPersistSettingFunction> Log::orbGetPersistSetting{nullptr};
-std::atomic<Log::DecodeBufferFunction> Log::orbDecodeBuffer{nullptr};
-void* Log::_libalog_handle = nullptr;
-
 Log* Log::getInstance() {
-  alignas(Log) static unsigned char storage[sizeof(Log)];
-  static Log* const instance = new (storage) Log;
-  return instance;
+  static NeverDestroyed<Log> instance;
+  return &instance.get();
 }
 
 // Builds the log when the library is loaded and stops its threads when the process exits: after
@@ -74,7 +59,7 @@ const LoadedLog loadedLog;
 void Log::init(const char* tag) {
   home.setOnce();
   if (home.isElsewhere()) return;
-  ifMemoryAllows([&] { setTag(tag); });
+  ifMemoryAllows([&] { LogTag::set(tag); });
   {
     LockGuard lock(lifecycleMutex);
     if (initialised || changing) return;
@@ -94,9 +79,9 @@ void Log::setUp(const char* tag) {
   readProperties();
   ifMemoryAllows([&] { registerDiagCommand(); });
   ifMemoryAllows([&] { loadHook(); });
-  ifMemoryAllows([&] { setTag(tag); });
+  ifMemoryAllows([&] { LogTag::set(tag); });
   ifMemoryAllows([&] { initLogEncryption(); });
-  ifMemoryAllows([&] { startThreads(); });
+  ifMemoryAllows([&] { recordDump.start(); });
 }
 
 void Log::releaseAtExit() {
@@ -111,41 +96,19 @@ void Log::release() {
     if (!initialised || changing) return;
     changing = true;
   }
-  if (dumperThread != nullptr) addDumpRequest(SHUTDOWN);
-  if (timerThread != nullptr) requestTimerStop();
-  stop(timerThread, false);
-  // The dumper logs, so it may be waiting for the very call that the caller is in; and the end of
-  // the process does not wait for one that is stuck.
-  const bool stuck = exiting && dumperThread != nullptr && !dumperEnded->decreaseFor(kExitPatience);
-  stop(dumperThread, Writer::isHere() || stuck);
+  // The dumper logs, so it may be waiting for the very call that the caller is in.
+  recordDump.stop(Writer::isHere(), exiting);
   LockGuard lock(lifecycleMutex);
   initialised = false;
   changing = false;
 }
 
-void Log::stop(std::unique_ptr<Thread>& thread, bool waitsForCaller) {
-  if (thread == nullptr) return;
-  if (waitsForCaller || thread->isHere()) {
-    thread->detach();
-  } else {
-    thread->join();
-  }
-  thread.reset();
-}
-
-// Lines read the tag without a lock, so no text that was ever a tag goes away. They are few.
-void Log::setTag(const char* tag) {
-  static std::set<std::string>* const tags = new std::set<std::string>;
-  LockGuard lock(lifecycleMutex);
-  logTag = tags->insert(tag != nullptr ? tag : "").first->c_str();
-}
-
 void Log::readProperties() {
-  const int bits = property_get_int32(kLoggingProperty, 0);
-  deferredLogging = (bits & kDeferredBit) != 0;
-  dmapDebugSuppressed = (bits & (kDmapDebugOffBit | kDmapOffBit)) != 0;
-  dmapSuppressed = (bits & kDmapOffBit) != 0;
-  logPermsEnabled = property_get_bool(kLogPermsProperty, 0) != 0;
+  const LogProperties properties = LogProperties::read();
+  deferredLogging = properties.deferredLogging;
+  dmapDebugSuppressed = properties.dmapDebugSuppressed;
+  dmapSuppressed = properties.dmapSuppressed;
+  logPermsEnabled = properties.logPermsEnabled;
 }
 
 void Log::registerDiagCommand() {
@@ -159,74 +122,46 @@ void Log::registerDiagCommand() {
       });
 }
 
-void Log::loadHook() {
-  void* const library = dlopen(kHookLibrary, RTLD_NOW);
-  if (library == nullptr) {
-    dlerror();  // the thread is the application's, and so is what it asks next
-    addLogRecord(ANDROID_LOG_ERROR, "ORB", kSource, "init", kCannotOpenHookLine,
-                 "cannot open liborbalog.so");
-    return;
+void Log::initLogEncryption() {
+  stopEncryption();
+  const UniqueFd config = openLogConfig();
+  if (config.get() < 0) return;
+  bool done = false;
+  ifMemoryAllows([&] { done = startEncryption(config.get()); });
+  if (done) return;
+  stopEncryption();
+  printToAdb(ANDROID_LOG_ERROR, "ORB", kLogSource, "initLogEncryption", kInitFailedLine,
+             "C-Logging Init failed");
+}
+
+bool Log::startEncryption(int config) {
+  EncryptedLog::Settings settings;
+  settings.logPermsEnabled = logPermsEnabled;
+  if (!readLogConfig(config, settings)) return false;
+  // libcrypto takes itself down while the process exits; threads that still log must not use it
+  // then.
+  static const bool stopsInTime = OPENSSL_atexit([] { getInstance()->stopBeforeExit(); }) == 1;
+  const Writer writer(mutex);
+  return stopsInTime && encryptedLog.start(settings);
+}
+
+void Log::stopEncryption() {
+  const Writer writer(mutex);
+  encryptedLog.stop();
+}
+
+// libcrypto is about to go. A record that is being sealed is waited for, but not a log call that is
+// stuck somewhere else: that one finds the flag when it comes to sealing. A forked child has
+// nothing to stop; from inside a log call this thread holds the log itself.
+void Log::stopBeforeExit() {
+  EncryptedLog::noteCryptoGone();
+  if (home.isElsewhere() || Writer::isHere()) return;
+  for (int left = kExitTries; left > 0; --left) {
+    if (mutex.try_lock()) {
+      encryptedLog.stop();
+      mutex.unlock();
+      return;
+    }
+    std::this_thread::sleep_for(kExitPause);
   }
-  if (!resolve(library, "alog", orb_alog_fn)) {
-    addLogRecord(ANDROID_LOG_ERROR, "ORB", kSource, "init", __LINE__, "cannot find main function");
-    dlclose(library);
-    return;
-  }
-  _libalog_handle = library;
-  if (!resolve(library, "getPersistSetting", orbGetPersistSetting) ||
-      !resolve(library, "decodeBuffer", orbDecodeBuffer)) {
-    addLogRecord(ANDROID_LOG_ERROR, "ORB", kSource, "init", __LINE__,
-                 "cannot find debug cmd function");
-    return;
-  }
-  struct sigaction action = {};
-  action.sa_handler = eintrTestHandler;  // without SA_RESTART: interrupting calls is what it is for
-  sigemptyset(&action.sa_mask);
-  sigaction(SIGUSR1, &action, nullptr);
-  letThreadsTakeUserSignal();
-}
-
-template <typename Function>
-bool Log::resolve(void* library, const char* symbol, std::atomic<Function>& pointer) {
-  dlerror();
-  void* const address = dlsym(library, symbol);
-  const bool found = dlerror() == nullptr;
-  pointer = found ? reinterpret_cast<Function>(address) : nullptr;
-  return found;
-}
-
-// May interrupt a thread anywhere, in a log call too: nothing here takes the log's mutex.
-void Log::eintrTestHandler(int signalNumber) {
-  const ErrnoKeeper keeper;
-  char text[32];
-  std::snprintf(text, sizeof text, "Received signal %d", signalNumber);
-  const LogLine line("ORB", kSource, "eintrTestHandler", __LINE__, text);
-  __android_log_print(ANDROID_LOG_DEBUG, getInstance()->logTag.load(), "%s", line.text());
-}
-
-// A thread that cannot be had is done without: logging goes on, records may have to wait.
-void Log::startThreads() {
-  dumpRequests.begin();
-  const auto ended = std::make_shared<Semaphore>();
-  dumperEnded = ended;
-  auto dumperHandle = std::make_unique<Thread>();
-  auto timerHandle = std::make_unique<Thread>();
-  if (startThread(*dumperHandle, "orb-log-dump", ThreadWork::Library, [this, ended] {
-        dumper();
-        ended->increase();
-      }))
-    dumperThread = std::move(dumperHandle);
-  if (startThread(*timerHandle, "orb-log-timer", ThreadWork::Library, [this] { timerLoop(); }))
-    timerThread = std::move(timerHandle);
-}
-
-int property_get_int32(const char* key, int defaultValue) {
-  if (key == nullptr) return defaultValue;
-  char text[PROPERTY_VALUE_MAX] = "";
-  if (property_get(key, text, "") <= 0) return defaultValue;
-  char* end = nullptr;
-  errno = 0;
-  const intmax_t value = strtoimax(text, &end, 0);
-  if (errno == ERANGE || end == text || value > INT_MAX) return defaultValue;
-  return static_cast<int>(value);
 }

@@ -1,24 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-//
-// Where encrypted logs are, and which of those that earlier processes left behind are kept.
+#include "ExistingLogFiles.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <ctime>
 #include <memory>
+#include <string_view>
+#include <utility>
 
-#include "Log.h"
 #include "Thread.h"
+#include "UniqueFd.h"
 
 namespace {
-
-constexpr char kMainTag[] = "orb";
-constexpr char kMainDirectory[] = "/data/vendor/orb_logs/main";
-constexpr char kOtherDirectory[] = "/data/vendor/orb_logs/other";
 
 constexpr size_t kKeptFiles = 3;
 constexpr int64_t kMaxAge = 3600;  // seconds
@@ -54,7 +51,7 @@ int64_t ageOf(const struct stat& status, time_t now) {
 // by then, and a name another file.
 struct OldFiles {
   UniqueFd directory;
-  std::map<int64_t, std::string> paths;  // by age
+  ExistingLogFiles::ByAge paths;
   time_t now;
 
   void remove() const {
@@ -75,28 +72,19 @@ bool isOtherFile(std::string_view name) {
 
 }  // namespace
 
-// The directory follows the present tag, as file names follow the one that encryption began with.
-std::string Log::getLogFilePath() const {
-  return std::string(logTag.load()) == kMainTag ? kMainDirectory : kOtherDirectory;
-}
+ExistingLogFiles::ExistingLogFiles(std::string folder, const std::string& fileTag, int maxFiles)
+    : mFolder(std::move(folder)), mPrefix("orb_log_" + fileTag), mMaxFiles(maxFiles) {}
 
-std::string Log::getFileTag() const {
-  const std::string tag = logTag.load();
-  return tag == kMainTag ? "p0" : tag;
-}
-
-void Log::checkExistingFiles() {
-  const std::string path = getLogFilePath();
-  const Directory directory = openDirectory(path);
-  if (!directory) return;
-  const std::string prefix = "orb_log_" + getFileTag();
+int ExistingLogFiles::checkExistingFiles() const {
+  const Directory directory = openDirectory(mFolder);
+  if (!directory) return 0;
   timespec now = {};
   clock_gettime(CLOCK_REALTIME, &now);
   // By age: of files of one age only the first that is met counts.
-  std::map<int64_t, std::string> files;
+  ByAge files;
   while (const dirent* entry = readdir(directory.get())) {
     const std::string_view name = entry->d_name;
-    if (isOtherFile(name) || name.find(prefix) == std::string_view::npos) continue;
+    if (isOtherFile(name) || name.find(mPrefix) == std::string_view::npos) continue;
     // Whoever can write to the directory can put links there, to anything.
     struct stat status = {};
     if (fstatat(dirfd(directory.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0 ||
@@ -106,25 +94,25 @@ void Log::checkExistingFiles() {
     const int64_t age = ageOf(status, now.tv_sec);
     const auto place = files.lower_bound(age);
     if (place != files.end() && place->first == age) continue;
-    files.emplace_hint(place, age, path + "/" + entry->d_name);
+    files.emplace_hint(place, age, mFolder + "/" + entry->d_name);
   }
-  if (!files.empty()) reviewExistingFiles(std::move(files), now.tv_sec);
+  return files.empty() ? 0 : reviewExistingFiles(std::move(files), now.tv_sec);
 }
 
-void Log::reviewExistingFiles(std::map<int64_t, std::string> files, time_t now) {
-  fileIndex = static_cast<unsigned char>(files.begin()->second.back()) - '0' + 1;
-  if (fileIndex >= maxFiles) fileIndex = 0;
+int ExistingLogFiles::reviewExistingFiles(ByAge files, time_t now) const {
+  const int next = static_cast<unsigned char>(files.begin()->second.back()) - '0' + 1;
   const auto firstOld = files.size() <= kKeptFiles ? files.upper_bound(kMaxAge)
                                                    : std::next(files.begin(), kKeptFiles);
   files.erase(files.begin(), firstOld);
   removeOldFiles(std::move(files), now);
+  return next >= mMaxFiles ? 0 : next;
 }
 
 // A name that this run may begin a file under is free when this returns. Removing takes longer than
 // finding, so what is left of very many files goes while the application goes on.
-void Log::removeOldFiles(std::map<int64_t, std::string> files, time_t now) const {
+void ExistingLogFiles::removeOldFiles(ByAge files, time_t now) const {
   const bool many = files.size() > kRemovedAtOnce;
-  const std::string stem = getLogFilePath() + "/orb_log_" + getFileTag() + "_0";
+  const std::string stem = mFolder + "/" + mPrefix + "_0";
   for (auto file = files.begin(); file != files.end();) {
     const std::string& path = file->second;
     const bool mayBegin =
@@ -138,7 +126,7 @@ void Log::removeOldFiles(std::map<int64_t, std::string> files, time_t now) const
   }
   if (files.empty()) return;
   const std::shared_ptr<const OldFiles> old(
-      new OldFiles{descriptorOf(getLogFilePath()), std::move(files), now});
+      new OldFiles{descriptorOf(mFolder), std::move(files), now});
   Thread remover;
   if (startThread(remover, "orb-log-remove", ThreadWork::Library, [old] { old->remove(); })) {
     remover.detach();

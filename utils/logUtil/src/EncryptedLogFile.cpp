@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-#include "LogFile.h"
+#include "EncryptedLogFile.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -27,7 +27,7 @@ bool isPlain(const struct stat& status) { return S_ISREG(status.st_mode) && stat
 // one that a write has raised is gone before the thread takes any again. The limit may change at
 // any time, from outside too, so it is not asked for: that would cost as much and could be wrong by
 // the time of the write.
-class LogFile::SizeSignal {
+class EncryptedLogFile::SizeSignal {
  public:
   SizeSignal() {
     sigemptyset(&mSignal);
@@ -59,22 +59,22 @@ class LogFile::SizeSignal {
   bool mWaited;
 };
 
-LogFile::LogFile(std::string path, std::vector<uint8_t> header)
+EncryptedLogFile::EncryptedLogFile(std::string path, std::vector<uint8_t> header)
     : mPath(std::move(path)), mHeader(std::move(header)) {}
 
-void LogFile::create() {
+void EncryptedLogFile::create() {
   close();
   take(kOpenFlags | O_CREAT | O_EXCL, true);
 }
 
-bool LogFile::start() {
+bool EncryptedLogFile::start() {
   close();
   mBegun = false;
   unlink(mPath.c_str());
   return append(nullptr, 0);
 }
 
-bool LogFile::append(const uint8_t* data, size_t size) {
+bool EncryptedLogFile::append(const uint8_t* data, size_t size) {
   if (!isStill() && !openFile()) return false;
   SizeSignal signal;
   if (mRemains >= 0 && mRemains < mSize && !cutAt(mRemains)) return false;
@@ -83,12 +83,12 @@ bool LogFile::append(const uint8_t* data, size_t size) {
   return size == 0 || put(signal, data, size);
 }
 
-void LogFile::close() { mFd.reset(); }
+void EncryptedLogFile::close() { mFd.reset(); }
 
 // A file that was shortened has lost its header, too, when it is shorter than that; and when it has
 // just room for a header and the latest piece, for it may have been emptied in the very moment
 // between the look at it and that piece.
-bool LogFile::needsHeader() const {
+bool EncryptedLogFile::needsHeader() const {
   if (mHeader.empty()) return false;
   const auto header = static_cast<off_t>(mHeader.size());
   return !mBegun || mSize < header || (mSize < mEnd && mSize < header + mLatest);
@@ -96,7 +96,7 @@ bool LogFile::needsHeader() const {
 
 // What stands in a file without a header nobody can read, so it goes. Somebody else's file stays as
 // it is all the same.
-bool LogFile::putHeader(SizeSignal& signal) {
+bool EncryptedLogFile::putHeader(SizeSignal& signal) {
   const bool useless = mBegun || mSize < static_cast<off_t>(mHeader.size());
   if (mSize > 0 && useless && (!mMade || !cutAt(0))) return false;
   mBegun = put(signal, mHeader.data(), mHeader.size());
@@ -104,7 +104,7 @@ bool LogFile::putHeader(SizeSignal& signal) {
 }
 
 // False with nothing of the piece in the file: what follows half a piece could not be read.
-bool LogFile::put(SizeSignal& signal, const uint8_t* data, size_t size) {
+bool EncryptedLogFile::put(SizeSignal& signal, const uint8_t* data, size_t size) {
   ssize_t written = 0;
   do {
     written = write(mFd.get(), data, size);
@@ -124,7 +124,7 @@ bool LogFile::put(SizeSignal& signal, const uint8_t* data, size_t size) {
 }
 
 // What cannot be cut off now is so before the next piece.
-bool LogFile::cutAt(off_t end) {
+bool EncryptedLogFile::cutAt(off_t end) {
   const bool cut = ftruncate(mFd.get(), end) == 0;
   mRemains = cut ? -1 : end;
   if (cut) mSize = mEnd = end;
@@ -132,7 +132,7 @@ bool LogFile::cutAt(off_t end) {
 }
 
 // Opens what has the name, or a new file; not if nothing may be written to it.
-bool LogFile::take(int flags, bool made) {
+bool EncryptedLogFile::take(int flags, bool made) {
   // What the application prints meanwhile must not get into a log that it has no stream for.
   UniqueFd file(openAboveStandardStreams([&] { return open(mPath.c_str(), flags, kMode); }));
   struct stat status = {};
@@ -151,14 +151,14 @@ bool LogFile::take(int flags, bool made) {
   return true;
 }
 
-bool LogFile::openFile() {
+bool EncryptedLogFile::openFile() {
   create();
   if (mFd.get() >= 0) return true;
   return take(kOpenFlags, false);
 }
 
 // The file may have been removed or renamed, and another one, or a link, may have its name by now.
-bool LogFile::isStill() {
+bool EncryptedLogFile::isStill() {
   struct stat status = {};
   status.st_ino = mInode;
   status.st_dev = mDevice;
@@ -169,7 +169,7 @@ bool LogFile::isStill() {
 
 // Whether the file of @p status, of which device and inode count, has the name and no other one; if
 // so, @p status is its present one.
-bool LogFile::isUnderTheName(struct stat& status) const {
+bool EncryptedLogFile::isUnderTheName(struct stat& status) const {
   struct stat named = {};
   if (lstat(mPath.c_str(), &named) != 0 || !isPlain(named) || named.st_ino != status.st_ino ||
       named.st_dev != status.st_dev) {

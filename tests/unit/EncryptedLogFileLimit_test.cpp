@@ -6,7 +6,7 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 
-#include "LogFileFixture.h"
+#include "EncryptedLogFileFixture.h"
 
 namespace logfile {
 namespace {
@@ -38,9 +38,9 @@ void block() {
 volatile sig_atomic_t taken = 0;
 void take(int) { ++taken; }
 
-class LogFileLimitTest : public LogFileFixture {
+class EncryptedLogFileLimitTest : public EncryptedLogFileFixture {
  protected:
-  LogFileLimitTest() : LogFileFixture("[header]") {}
+  EncryptedLogFileLimitTest() : EncryptedLogFileFixture("[header]") {}
 
   // In a child with the signal's usual disposition, for which it is the end of the process. True
   // when the child gets through and finds everything as it should be.
@@ -58,7 +58,7 @@ class LogFileLimitTest : public LogFileFixture {
   }
 };
 
-TEST_F(LogFileLimitTest, ReachedLimitDropsThePieceAndNotTheProcess) {
+TEST_F(EncryptedLogFileLimitTest, ReachedLimitDropsThePieceAndNotTheProcess) {
   EXPECT_TRUE(holdsInAChild([this] {
     file.start();
     append("one");
@@ -70,7 +70,7 @@ TEST_F(LogFileLimitTest, ReachedLimitDropsThePieceAndNotTheProcess) {
   EXPECT_EQ("[header]one", content());
 }
 
-TEST_F(LogFileLimitTest, LimitBelowTheSizeDoesTheSame) {
+TEST_F(EncryptedLogFileLimitTest, LimitBelowTheSizeDoesTheSame) {
   EXPECT_TRUE(holdsInAChild([this] {
     file.start();
     append("one");
@@ -82,7 +82,7 @@ TEST_F(LogFileLimitTest, LimitBelowTheSizeDoesTheSame) {
   EXPECT_EQ("[header]onetwo", content());
 }
 
-TEST_F(LogFileLimitTest, PieceThatFitsByHalfIsTakenBack) {
+TEST_F(EncryptedLogFileLimitTest, PieceThatFitsByHalfIsTakenBack) {
   EXPECT_TRUE(holdsInAChild([this] {
     file.start();
     append("one");
@@ -92,7 +92,7 @@ TEST_F(LogFileLimitTest, PieceThatFitsByHalfIsTakenBack) {
   EXPECT_EQ("[header]one", content());
 }
 
-TEST_F(LogFileLimitTest, HeaderThatDoesNotFitIsDroppedAlike) {
+TEST_F(EncryptedLogFileLimitTest, HeaderThatDoesNotFitIsDroppedAlike) {
   EXPECT_TRUE(holdsInAChild([this] {
     limitTo(0);
     const bool none = !file.start() && !append("lost");
@@ -104,7 +104,7 @@ TEST_F(LogFileLimitTest, HeaderThatDoesNotFitIsDroppedAlike) {
   EXPECT_EQ("[header]one", content());
 }
 
-TEST_F(LogFileLimitTest, HandlerOfTheApplicationHearsNothing) {
+TEST_F(EncryptedLogFileLimitTest, HandlerOfTheApplicationHearsNothing) {
   EXPECT_TRUE(holdsInAChild([this] {
     signal(SIGXFSZ, take);
     file.start();
@@ -114,7 +114,7 @@ TEST_F(LogFileLimitTest, HandlerOfTheApplicationHearsNothing) {
   }));
 }
 
-TEST_F(LogFileLimitTest, ThreadThatBlocksTheSignalFindsNoneLater) {
+TEST_F(EncryptedLogFileLimitTest, ThreadThatBlocksTheSignalFindsNoneLater) {
   EXPECT_TRUE(holdsInAChild([this] {
     block();
     file.start();
@@ -123,7 +123,7 @@ TEST_F(LogFileLimitTest, ThreadThatBlocksTheSignalFindsNoneLater) {
   }));
 }
 
-TEST_F(LogFileLimitTest, SignalThatWaitedBeforeStillWaits) {
+TEST_F(EncryptedLogFileLimitTest, SignalThatWaitedBeforeStillWaits) {
   EXPECT_TRUE(holdsInAChild([this] {
     block();
     raise(SIGXFSZ);
@@ -133,7 +133,7 @@ TEST_F(LogFileLimitTest, SignalThatWaitedBeforeStillWaits) {
   }));
 }
 
-TEST_F(LogFileLimitTest, MaskIsAsItWasAfterEveryPiece) {
+TEST_F(EncryptedLogFileLimitTest, MaskIsAsItWasAfterEveryPiece) {
   EXPECT_TRUE(holdsInAChild([this] {
     const bool first = append("one") && !isBlocked();
     block();

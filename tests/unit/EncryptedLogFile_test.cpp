@@ -2,17 +2,17 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
 // One file of the encrypted log: what comes to be in it, under which name.
-#include "LogFile.h"
+#include "EncryptedLogFile.h"
 
 #include "Descriptors.h"
-#include "LogFileFixture.h"
+#include "EncryptedLogFileFixture.h"
 
 namespace logfile {
 namespace {
 
-class LogFileTest : public LogFileFixture {};
+class EncryptedLogFileTest : public EncryptedLogFileFixture {};
 
-TEST_F(LogFileTest, AppendsToANewAndToAnOldFile) {
+TEST_F(EncryptedLogFileTest, AppendsToANewAndToAnOldFile) {
   EXPECT_TRUE(append("one"));
   EXPECT_TRUE(append("two"));
   EXPECT_EQ("onetwo", content());
@@ -21,20 +21,20 @@ TEST_F(LogFileTest, AppendsToANewAndToAnOldFile) {
   EXPECT_EQ("onetwo3four", content());
 }
 
-TEST_F(LogFileTest, NothingToAppendCreatesTheFile) {
+TEST_F(EncryptedLogFileTest, NothingToAppendCreatesTheFile) {
   EXPECT_TRUE(file.append(nullptr, 0));
   EXPECT_TRUE(fs::exists(path));
   EXPECT_EQ("", content());
 }
 
-TEST_F(LogFileTest, ObjectWithoutAFileAppendsNothing) {
-  LogFile none;
+TEST_F(EncryptedLogFileTest, ObjectWithoutAFileAppendsNothing) {
+  EncryptedLogFile none;
   none.create();
   EXPECT_FALSE(none.start());
   EXPECT_FALSE(append(none, "text"));
 }
 
-TEST_F(LogFileTest, FileThatExistsIsNotCreatedAgain) {
+TEST_F(EncryptedLogFileTest, FileThatExistsIsNotCreatedAgain) {
   append("text");
   file.create();
   EXPECT_EQ("text", content());
@@ -42,7 +42,7 @@ TEST_F(LogFileTest, FileThatExistsIsNotCreatedAgain) {
   EXPECT_EQ("textmore", content());
 }
 
-TEST_F(LogFileTest, StartRemovesWhatHasTheName) {
+TEST_F(EncryptedLogFileTest, StartRemovesWhatHasTheName) {
   append("of an earlier run");
   EXPECT_TRUE(file.start());
   EXPECT_EQ("", content());
@@ -50,7 +50,7 @@ TEST_F(LogFileTest, StartRemovesWhatHasTheName) {
   EXPECT_EQ("text", content());
 }
 
-TEST_F(LogFileTest, NewFileIsSubjectToTheMask) {
+TEST_F(EncryptedLogFileTest, NewFileIsSubjectToTheMask) {
   const mode_t former = umask(022);
   append("text");
   struct stat status = {};
@@ -63,8 +63,8 @@ TEST_F(LogFileTest, NewFileIsSubjectToTheMask) {
   umask(former);
 }
 
-TEST_F(LogFileTest, PiecesGoToTheFileThatTheyName) {
-  LogFile other = made(directory / "other");
+TEST_F(EncryptedLogFileTest, PiecesGoToTheFileThatTheyName) {
+  EncryptedLogFile other = made(directory / "other");
   for (int i = 0; i < 3; ++i) {
     EXPECT_TRUE(append("a"));
     EXPECT_TRUE(append(other, "b"));
@@ -72,20 +72,20 @@ TEST_F(LogFileTest, PiecesGoToTheFileThatTheyName) {
   EXPECT_EQ("aaa", content());
   EXPECT_EQ("bbb", content(directory / "other"));
   // With the name goes the file; there is nothing left to append to.
-  LogFile moved(std::move(other));
+  EncryptedLogFile moved(std::move(other));
   EXPECT_TRUE(append(moved, "c"));
   EXPECT_FALSE(append(other, "d"));  // NOLINT(bugprone-use-after-move)
   EXPECT_EQ("bbbc", content(directory / "other"));
 }
 
-TEST_F(LogFileTest, RemovedFileIsCreatedAgain) {
+TEST_F(EncryptedLogFileTest, RemovedFileIsCreatedAgain) {
   append("one");
   fs::remove(path);
   EXPECT_TRUE(append("two"));
   EXPECT_EQ("two", content());
 }
 
-TEST_F(LogFileTest, RenamedFileKeepsWhatItHasAndANewOneIsBegun) {
+TEST_F(EncryptedLogFileTest, RenamedFileKeepsWhatItHasAndANewOneIsBegun) {
   append("one");
   fs::rename(path, directory / "moved");
   EXPECT_TRUE(append("two"));
@@ -93,7 +93,7 @@ TEST_F(LogFileTest, RenamedFileKeepsWhatItHasAndANewOneIsBegun) {
   EXPECT_EQ("one", content(directory / "moved"));
 }
 
-TEST_F(LogFileTest, FileThatTookTheNameIsUsed) {
+TEST_F(EncryptedLogFileTest, FileThatTookTheNameIsUsed) {
   append("one");
   std::ofstream(directory / "new") << "new";
   fs::rename(directory / "new", path);
@@ -101,28 +101,28 @@ TEST_F(LogFileTest, FileThatTookTheNameIsUsed) {
   EXPECT_EQ("newtwo", content());
 }
 
-TEST_F(LogFileTest, ShortenedFileIsContinuedAtItsEnd) {
+TEST_F(EncryptedLogFileTest, ShortenedFileIsContinuedAtItsEnd) {
   append("onetwo");
   fs::resize_file(path, 3);
   EXPECT_TRUE(append("four"));
   EXPECT_EQ("onefour", content());
 }
 
-TEST_F(LogFileTest, MissingDirectoryIsFoundOnceItIsThere) {
-  LogFile deep = made(directory / "sub" / "log");
+TEST_F(EncryptedLogFileTest, MissingDirectoryIsFoundOnceItIsThere) {
+  EncryptedLogFile deep = made(directory / "sub" / "log");
   EXPECT_FALSE(append(deep, "one"));
   fs::create_directory(directory / "sub");
   EXPECT_TRUE(append(deep, "two"));
   EXPECT_EQ("two", content(directory / "sub" / "log"));
 }
 
-TEST_F(LogFileTest, FileInTheDirectorysPlaceIsRefused) {
+TEST_F(EncryptedLogFileTest, FileInTheDirectorysPlaceIsRefused) {
   std::ofstream(directory / "sub") << "text";
   EXPECT_FALSE(append(directory / "sub" / "log", "one"));
   EXPECT_EQ("text", content(directory / "sub"));
 }
 
-TEST_F(LogFileTest, OnlyRegularFilesAreWritten) {
+TEST_F(EncryptedLogFileTest, OnlyRegularFilesAreWritten) {
   EXPECT_FALSE(append(directory, "one"));
 
   ASSERT_EQ(0, mkfifo(path.c_str(), 0666));
@@ -140,7 +140,7 @@ TEST_F(LogFileTest, OnlyRegularFilesAreWritten) {
   EXPECT_TRUE(append("one"));
 }
 
-TEST_F(LogFileTest, NameThatBecameAPipeOrADirectoryIsRefused) {
+TEST_F(EncryptedLogFileTest, NameThatBecameAPipeOrADirectoryIsRefused) {
   append("one");
   fs::remove(path);
   ASSERT_EQ(0, mkfifo(path.c_str(), 0666));
@@ -153,13 +153,13 @@ TEST_F(LogFileTest, NameThatBecameAPipeOrADirectoryIsRefused) {
   EXPECT_EQ("four", content());
 }
 
-TEST_F(LogFileTest, InterruptedWriteIsRepeated) {
+TEST_F(EncryptedLogFileTest, InterruptedWriteIsRepeated) {
   outcomes = {{EINTR, 0}, {EINTR, 0}};
   EXPECT_TRUE(append("one"));
   EXPECT_EQ("one", content());
 }
 
-TEST_F(LogFileTest, PieceThatDoesNotFitIsDropped) {
+TEST_F(EncryptedLogFileTest, PieceThatDoesNotFitIsDropped) {
   append("one");
   outcomes = {{ENOSPC, 0}};
   EXPECT_FALSE(append("two"));
@@ -167,7 +167,7 @@ TEST_F(LogFileTest, PieceThatDoesNotFitIsDropped) {
   EXPECT_EQ("onethree", content());
 }
 
-TEST_F(LogFileTest, HalfAPieceIsTakenBackAndNotTriedAgain) {
+TEST_F(EncryptedLogFileTest, HalfAPieceIsTakenBackAndNotTriedAgain) {
   append("one");
   outcomes = {{0, 2}};
   writes = 0;
@@ -178,13 +178,13 @@ TEST_F(LogFileTest, HalfAPieceIsTakenBackAndNotTriedAgain) {
   EXPECT_EQ("onethree", content());
 }
 
-TEST_F(LogFileTest, FirstPieceIsTakenBackAlike) {
+TEST_F(EncryptedLogFileTest, FirstPieceIsTakenBackAlike) {
   outcomes = {{0, 1}};
   EXPECT_FALSE(append("one"));
   EXPECT_EQ("", content());
 }
 
-TEST_F(LogFileTest, HalfAPieceThatCannotBeTakenBackGoesBeforeTheNext) {
+TEST_F(EncryptedLogFileTest, HalfAPieceThatCannotBeTakenBackGoesBeforeTheNext) {
   append("one");
   outcomes = {{0, 2}};
   truncateFails = true;
@@ -197,7 +197,7 @@ TEST_F(LogFileTest, HalfAPieceThatCannotBeTakenBackGoesBeforeTheNext) {
   EXPECT_EQ("onethree", content());
 }
 
-TEST_F(LogFileTest, HalfAPieceThatSomebodyElseTookBackIsGone) {
+TEST_F(EncryptedLogFileTest, HalfAPieceThatSomebodyElseTookBackIsGone) {
   append("one");
   outcomes = {{0, 2}};
   truncateFails = true;
@@ -207,7 +207,7 @@ TEST_F(LogFileTest, HalfAPieceThatSomebodyElseTookBackIsGone) {
   EXPECT_EQ("othree", content());
 }
 
-TEST_F(LogFileTest, OneDescriptorIsKeptAndGivenBack) {
+TEST_F(EncryptedLogFileTest, OneDescriptorIsKeptAndGivenBack) {
   const size_t before = openDescriptors();
   for (int i = 0; i < 20; ++i) {
     file = made(directory / std::to_string(i));
@@ -227,7 +227,7 @@ TEST_F(LogFileTest, OneDescriptorIsKeptAndGivenBack) {
   EXPECT_EQ(before, openDescriptors());
 }
 
-TEST_F(LogFileTest, DescriptorIsClosedOnExec) {
+TEST_F(EncryptedLogFileTest, DescriptorIsClosedOnExec) {
   append("text");
   bool found = false;
   for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {

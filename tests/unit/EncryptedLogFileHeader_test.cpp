@@ -2,17 +2,17 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
 // No piece stands in a file of the encrypted log without the header before it.
-#include "LogFileFixture.h"
+#include "EncryptedLogFileFixture.h"
 
 namespace logfile {
 namespace {
 
-class LogFileHeaderTest : public LogFileFixture {
+class EncryptedLogFileHeaderTest : public EncryptedLogFileFixture {
  protected:
-  LogFileHeaderTest() : LogFileFixture("[header]") {}
+  EncryptedLogFileHeaderTest() : EncryptedLogFileFixture("[header]") {}
 };
 
-TEST_F(LogFileHeaderTest, StartedFileHasTheHeaderAlone) {
+TEST_F(EncryptedLogFileHeaderTest, StartedFileHasTheHeaderAlone) {
   EXPECT_TRUE(file.start());
   EXPECT_EQ("[header]", content());
   EXPECT_TRUE(append("one"));
@@ -20,19 +20,19 @@ TEST_F(LogFileHeaderTest, StartedFileHasTheHeaderAlone) {
   EXPECT_EQ("[header]onetwo", content());
 }
 
-TEST_F(LogFileHeaderTest, CreatedFileIsEmptyUntilItIsStarted) {
+TEST_F(EncryptedLogFileHeaderTest, CreatedFileIsEmptyUntilItIsStarted) {
   file.create();
   EXPECT_EQ("", content());
   EXPECT_TRUE(file.start());
   EXPECT_EQ("[header]", content());
 }
 
-TEST_F(LogFileHeaderTest, FileThatWasNotStartedGetsItBeforeTheFirstPiece) {
+TEST_F(EncryptedLogFileHeaderTest, FileThatWasNotStartedGetsItBeforeTheFirstPiece) {
   EXPECT_TRUE(append("one"));
   EXPECT_EQ("[header]one", content());
 }
 
-TEST_F(LogFileHeaderTest, RemovedEmptiedAndReplacedFilesGetItAgain) {
+TEST_F(EncryptedLogFileHeaderTest, RemovedEmptiedAndReplacedFilesGetItAgain) {
   file.start();
   append("one");
   fs::remove(path);
@@ -48,8 +48,8 @@ TEST_F(LogFileHeaderTest, RemovedEmptiedAndReplacedFilesGetItAgain) {
   EXPECT_EQ("[header]fourfive", content());
 }
 
-TEST_F(LogFileHeaderTest, LateDirectoryGetsItToo) {
-  LogFile deep = made(directory / "sub" / "log");
+TEST_F(EncryptedLogFileHeaderTest, LateDirectoryGetsItToo) {
+  EncryptedLogFile deep = made(directory / "sub" / "log");
   deep.create();
   EXPECT_FALSE(deep.start());
   EXPECT_FALSE(append(deep, "lost"));
@@ -59,7 +59,7 @@ TEST_F(LogFileHeaderTest, LateDirectoryGetsItToo) {
   EXPECT_EQ("[header]onetwo", content(directory / "sub" / "log"));
 }
 
-TEST_F(LogFileHeaderTest, FullDiskAtTheStartGetsItOnceThereIsRoom) {
+TEST_F(EncryptedLogFileHeaderTest, FullDiskAtTheStartGetsItOnceThereIsRoom) {
   outcomes = {{ENOSPC, 0}, {ENOSPC, 0}};
   EXPECT_FALSE(file.start());
   EXPECT_FALSE(append("lost"));
@@ -68,7 +68,7 @@ TEST_F(LogFileHeaderTest, FullDiskAtTheStartGetsItOnceThereIsRoom) {
   EXPECT_EQ("[header]one", content());
 }
 
-TEST_F(LogFileHeaderTest, HalfOfItDoesNotStay) {
+TEST_F(EncryptedLogFileHeaderTest, HalfOfItDoesNotStay) {
   outcomes = {{0, 3}};
   EXPECT_FALSE(file.start());
   EXPECT_EQ("", content());
@@ -79,7 +79,7 @@ TEST_F(LogFileHeaderTest, HalfOfItDoesNotStay) {
   EXPECT_EQ("[header]one", content());
 }
 
-TEST_F(LogFileHeaderTest, HalfThatCannotBeTakenBackGoesBeforeThePiece) {
+TEST_F(EncryptedLogFileHeaderTest, HalfThatCannotBeTakenBackGoesBeforeThePiece) {
   outcomes = {{0, 3}};
   truncateFails = true;
   EXPECT_FALSE(file.start());
@@ -90,7 +90,7 @@ TEST_F(LogFileHeaderTest, HalfThatCannotBeTakenBackGoesBeforeThePiece) {
   EXPECT_EQ("[header]one", content());
 }
 
-TEST_F(LogFileHeaderTest, StaysAloneWhenThePieceDoesNotFit) {
+TEST_F(EncryptedLogFileHeaderTest, StaysAloneWhenThePieceDoesNotFit) {
   outcomes = {{0, kAll}, {0, 2}};
   EXPECT_FALSE(append("lost"));
   EXPECT_EQ("[header]", content());
@@ -98,7 +98,7 @@ TEST_F(LogFileHeaderTest, StaysAloneWhenThePieceDoesNotFit) {
   EXPECT_EQ("[header]one", content());
 }
 
-TEST_F(LogFileHeaderTest, FileThatWasCutInsideItIsBegunAnew) {
+TEST_F(EncryptedLogFileHeaderTest, FileThatWasCutInsideItIsBegunAnew) {
   file.start();
   append("one");
   for (const size_t size : {1u, 7u}) {
@@ -108,7 +108,7 @@ TEST_F(LogFileHeaderTest, FileThatWasCutInsideItIsBegunAnew) {
   }
 }
 
-TEST_F(LogFileHeaderTest, FileThatWasCutBehindItIsContinued) {
+TEST_F(EncryptedLogFileHeaderTest, FileThatWasCutBehindItIsContinued) {
   file.start();
   for (const char* text : {"one", "two", "three"}) append(text);
   fs::resize_file(path, 14);
@@ -116,7 +116,7 @@ TEST_F(LogFileHeaderTest, FileThatWasCutBehindItIsContinued) {
   EXPECT_EQ("[header]onetwofour", content());
 }
 
-TEST_F(LogFileHeaderTest, FileThatWasEmptiedInTheMomentBeforeAPieceIsBegunAnew) {
+TEST_F(EncryptedLogFileHeaderTest, FileThatWasEmptiedInTheMomentBeforeAPieceIsBegunAnew) {
   file.start();
   append("one");
   outcomes = {{0, kAll, [this] { fs::resize_file(path, 0); }}};
@@ -135,7 +135,7 @@ TEST_F(LogFileHeaderTest, FileThatWasEmptiedInTheMomentBeforeAPieceIsBegunAnew) 
 }
 
 // Whoever made it knows what it is.
-TEST_F(LogFileHeaderTest, ShortFileOfSomebodyElseIsLeftAlone) {
+TEST_F(EncryptedLogFileHeaderTest, ShortFileOfSomebodyElseIsLeftAlone) {
   file.start();
   leave(directory / "new", "note");
   fs::rename(directory / "new", path);
@@ -146,7 +146,7 @@ TEST_F(LogFileHeaderTest, ShortFileOfSomebodyElseIsLeftAlone) {
   EXPECT_EQ("[header]one", content());
 }
 
-TEST_F(LogFileHeaderTest, FileThatCannotBeRemovedAtTheStartGetsItBehindWhatItHas) {
+TEST_F(EncryptedLogFileHeaderTest, FileThatCannotBeRemovedAtTheStartGetsItBehindWhatItHas) {
   leave(path, "[former]old");
   unlinkFails = true;
   EXPECT_TRUE(file.start());

@@ -23,10 +23,10 @@
 // Others may be able to write to the folder. So a new file is made where nothing has the name, and
 // what has the name already is written to only if it is a regular file of this user without a
 // second name; links are not followed.
-class LogFile {
+class EncryptedLogFile {
  public:
-  LogFile() = default;  // no file; nothing can be appended to it
-  LogFile(std::string path, std::vector<uint8_t> header);
+  EncryptedLogFile() = default;  // no file; nothing can be appended to it
+  EncryptedLogFile(std::string path, std::vector<uint8_t> header);
 
   const std::string& path() const { return mPath; }
   // Makes an empty file if there is none.

@@ -23,7 +23,7 @@
 #include <utility>
 #include <vector>
 
-#include "LogFile.h"
+#include "EncryptedLogFile.h"
 
 namespace logfile {
 
@@ -79,9 +79,9 @@ extern "C" uid_t geteuid() {
 namespace logfile {
 
 // A folder of its own, and a file in it that is not there yet.
-class LogFileFixture : public testing::Test {
+class EncryptedLogFileFixture : public testing::Test {
  protected:
-  explicit LogFileFixture(std::string text = "") : header(std::move(text)) {
+  explicit EncryptedLogFileFixture(std::string text = "") : header(std::move(text)) {
     char name[] = "/tmp/logfile-XXXXXX";
     directory = mkdtemp(name);
     path = directory / "log";
@@ -90,20 +90,22 @@ class LogFileFixture : public testing::Test {
     truncateFails = unlinkFails = false;
     user.reset();
   }
-  ~LogFileFixture() override {
+  ~EncryptedLogFileFixture() override {
     file.close();
     unlinkFails = false;
     fs::remove_all(directory);
   }
 
-  LogFile made(const fs::path& name) const { return LogFile(name, {header.begin(), header.end()}); }
+  EncryptedLogFile made(const fs::path& name) const {
+    return EncryptedLogFile(name, {header.begin(), header.end()});
+  }
   bool append(const std::string& text) { return append(file, text); }
-  static bool append(LogFile& to, const std::string& text) {
+  static bool append(EncryptedLogFile& to, const std::string& text) {
     return to.append(reinterpret_cast<const uint8_t*>(text.data()), text.size());
   }
   // By an object of its own.
   bool append(const fs::path& name, const std::string& text) const {
-    LogFile other = made(name);
+    EncryptedLogFile other = made(name);
     return append(other, text);
   }
   std::string content() const { return content(path); }
@@ -117,7 +119,7 @@ class LogFileFixture : public testing::Test {
 
   const std::string header;
   fs::path directory, path;
-  LogFile file;
+  EncryptedLogFile file;
 };
 
 }  // namespace logfile

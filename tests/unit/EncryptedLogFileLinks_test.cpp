@@ -2,7 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
 // Whoever can write to the folder cannot lead the log to another file.
-#include "LogFileFixture.h"
+#include "EncryptedLogFileFixture.h"
 
 namespace {
 
@@ -20,9 +20,10 @@ extern "C" int fstat(int fd, struct stat* status) {
 namespace logfile {
 namespace {
 
-class LogFileLinksTest : public LogFileFixture {
+class EncryptedLogFileLinksTest : public EncryptedLogFileFixture {
  protected:
-  LogFileLinksTest() : LogFileFixture("[header]"), foreign(directory / "foreign") {
+  EncryptedLogFileLinksTest()
+      : EncryptedLogFileFixture("[header]"), foreign(directory / "foreign") {
     leave(foreign, "of somebody else");
   }
   void expectForeignAsItWas() const { EXPECT_EQ("of somebody else", content(foreign)); }
@@ -30,7 +31,7 @@ class LogFileLinksTest : public LogFileFixture {
   const fs::path foreign;
 };
 
-TEST_F(LogFileLinksTest, NothingIsAppendedThroughASymbolicLink) {
+TEST_F(EncryptedLogFileLinksTest, NothingIsAppendedThroughASymbolicLink) {
   fs::create_symlink(foreign, path);
   file.create();
   EXPECT_FALSE(append("text"));
@@ -38,7 +39,7 @@ TEST_F(LogFileLinksTest, NothingIsAppendedThroughASymbolicLink) {
   EXPECT_TRUE(fs::is_symlink(path));
 }
 
-TEST_F(LogFileLinksTest, NothingIsMadeWhereALinkLeadsNowhere) {
+TEST_F(EncryptedLogFileLinksTest, NothingIsMadeWhereALinkLeadsNowhere) {
   const fs::path nowhere = directory / "nowhere";
   fs::create_symlink(nowhere, path);
   file.create();
@@ -46,7 +47,7 @@ TEST_F(LogFileLinksTest, NothingIsMadeWhereALinkLeadsNowhere) {
   EXPECT_FALSE(fs::exists(nowhere));
 }
 
-TEST_F(LogFileLinksTest, StartPutsAFileInALinksPlace) {
+TEST_F(EncryptedLogFileLinksTest, StartPutsAFileInALinksPlace) {
   for (const fs::path& target : {foreign, directory / "nowhere"}) {
     fs::remove(path);
     fs::create_symlink(target, path);
@@ -59,7 +60,7 @@ TEST_F(LogFileLinksTest, StartPutsAFileInALinksPlace) {
   EXPECT_FALSE(fs::exists(directory / "nowhere"));
 }
 
-TEST_F(LogFileLinksTest, LinkThatTakesTheNameOfAnOpenFileIsNotFollowed) {
+TEST_F(EncryptedLogFileLinksTest, LinkThatTakesTheNameOfAnOpenFileIsNotFollowed) {
   file.start();
   fs::remove(path);
   fs::create_symlink(foreign, path);
@@ -70,7 +71,7 @@ TEST_F(LogFileLinksTest, LinkThatTakesTheNameOfAnOpenFileIsNotFollowed) {
   EXPECT_EQ("[header]text", content());
 }
 
-TEST_F(LogFileLinksTest, NotEvenALinkToTheLogItself) {
+TEST_F(EncryptedLogFileLinksTest, NotEvenALinkToTheLogItself) {
   file.start();
   fs::rename(path, directory / "moved");
   fs::create_symlink("moved", path);
@@ -78,7 +79,7 @@ TEST_F(LogFileLinksTest, NotEvenALinkToTheLogItself) {
   EXPECT_EQ("[header]", content(directory / "moved"));
 }
 
-TEST_F(LogFileLinksTest, FileWithASecondNameIsNotWritten) {
+TEST_F(EncryptedLogFileLinksTest, FileWithASecondNameIsNotWritten) {
   fs::create_hard_link(foreign, path);
   file.create();
   EXPECT_FALSE(append("text"));
@@ -90,7 +91,7 @@ TEST_F(LogFileLinksTest, FileWithASecondNameIsNotWritten) {
 }
 
 // By then its other name is its only one, but that is not the log's.
-TEST_F(LogFileLinksTest, FileThatLosesTheNameWhileItIsOpenedIsNotWritten) {
+TEST_F(EncryptedLogFileLinksTest, FileThatLosesTheNameWhileItIsOpenedIsNotWritten) {
   fs::create_hard_link(foreign, path);
   file.create();
   bool done = false;
@@ -102,7 +103,7 @@ TEST_F(LogFileLinksTest, FileThatLosesTheNameWhileItIsOpenedIsNotWritten) {
   EXPECT_EQ("[header]text", content());
 }
 
-TEST_F(LogFileLinksTest, OpenFileThatGetsASecondNameIsNotWrittenUntilThatIsGone) {
+TEST_F(EncryptedLogFileLinksTest, OpenFileThatGetsASecondNameIsNotWrittenUntilThatIsGone) {
   file.start();
   fs::create_hard_link(path, directory / "second");
   EXPECT_FALSE(append("lost"));
@@ -112,7 +113,7 @@ TEST_F(LogFileLinksTest, OpenFileThatGetsASecondNameIsNotWrittenUntilThatIsGone)
   EXPECT_EQ("[header]text", content());
 }
 
-TEST_F(LogFileLinksTest, FileOfAnotherUserIsNotWritten) {
+TEST_F(EncryptedLogFileLinksTest, FileOfAnotherUserIsNotWritten) {
   leave(path, "[header]text");
   user = geteuid() + 1;
   EXPECT_FALSE(append("more"));
@@ -123,14 +124,14 @@ TEST_F(LogFileLinksTest, FileOfAnotherUserIsNotWritten) {
 }
 
 // There are file systems on which all files belong to one user, whoever makes them.
-TEST_F(LogFileLinksTest, FileThatWasMadeHereMayBelongToAnybody) {
+TEST_F(EncryptedLogFileLinksTest, FileThatWasMadeHereMayBelongToAnybody) {
   user = geteuid() + 1;
   EXPECT_TRUE(file.start());
   EXPECT_TRUE(append("text"));
   EXPECT_EQ("[header]text", content());
 }
 
-TEST_F(LogFileLinksTest, NothingIsCutShortBehindALink) {
+TEST_F(EncryptedLogFileLinksTest, NothingIsCutShortBehindALink) {
   file.start();
   append("one");
   fs::remove(path);

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <atomic>
+
+// The tag that the process's lines go out under in the platform log, empty until one is set. Any
+// thread reads it at any time, without a lock and while the process exits; so no text that was ever
+// a tag goes away. They are few. A lock of its own makes setting it one at a time.
+class LogTag {
+ public:
+  static const char* get() { return current.load(); }
+  // Null counts as the empty tag. Throws std::bad_alloc, and the former tag stays.
+  static void set(const char* tag);
+
+ private:
+  static std::atomic<const char*> current;
+};

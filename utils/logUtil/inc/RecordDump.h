@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string_view>
+
+#include "DumpRequest.h"
+#include "LogRecord.h"
+#include "Mutex.h"
+#include "Semaphore.h"
+#include "Thread.h"
+#include "ThreadSafeQueue.h"
+
+// The records that wait, and the two threads that write them to the diagnostic channel in batches:
+// the dumper empties the queue at each request, the timer files one every 30 seconds. One object,
+// owned by the log; what it reports goes to the function that it was made with, on the dumper's
+// thread. Any thread adds records and requests at any time; start() and stop() are for one thread
+// at a time, which the log sees to. The queues have their own locks; timerMutex guards the timer's
+// stop requests and is not held while a thread is waited for. Without memory a record or a request
+// is dropped.
+class RecordDump : public DumpRequest {
+ public:
+  // Told of each dump that is done, with its request's name.
+  using Completed = void (*)(const char* request, int milliseconds);
+  explicit RecordDump(Completed completed) : mCompleted(completed) {}
+  RecordDump(const RecordDump&) = delete;
+  RecordDump& operator=(const RecordDump&) = delete;
+
+  // A thread that cannot be had is done without: records may have to wait.
+  void start();
+  // Ends both threads and waits for them, but not for one that cannot end before this returns: the
+  // calling one, the dumper when @p dumperWaits says that it waits for the caller, and one that is
+  // stuck while the process ends, which gets 200 ms.
+  void stop(bool dumperWaits, bool exiting);
+
+  // Queues a record of this text.
+  void queueRecord(const LogRecord& stamped, std::string_view message);
+  // Files BUFFER_IS_FULL when 3000 records wait. One such request that waits is enough: the dump
+  // that it leads to takes whatever is queued by then.
+  void requestDumpWhenFull() {
+    if (records.size() >= kFullQueue) requestDumpOnce();
+  }
+  void addDumpRequest(DumpRequestType type);
+  // Empties the record queue, as the dumper does. Its lock is held for one record at a time, so
+  // writers go on meanwhile.
+  void dump(DumpRequestType type);
+
+  size_t queuedRecords() const { return records.size(); }
+  size_t queuedRequests() const { return dumpRequests.size(); }
+  bool hasDumper() const { return dumperThread != nullptr; }
+  bool hasTimer() const { return timerThread != nullptr; }
+  // From the timer's next period on.
+  void setTimerInterval(std::chrono::milliseconds interval) { timerInterval = interval; }
+  std::chrono::milliseconds getTimerInterval() const { return timerInterval; }
+  // A latched stop request is the only one, whatever was asked for before.
+  void latchStopRequests();
+
+ private:
+  friend struct RecordDumpPeer;  // tests of the timer's stop requests
+
+  static constexpr size_t kFullQueue = 3000;
+
+  void requestDumpOnce();
+  void dumper();
+  void timerLoop();
+  void requestTimerStop();
+  static void end(std::unique_ptr<Thread>& thread, bool waits);
+
+  Completed mCompleted;
+  ThreadSafeQueue<std::shared_ptr<LogRecord>> records;
+  ThreadSafeQueue<DumpRequestType> dumpRequests;
+
+  // Of start() and stop().
+  std::unique_ptr<Thread> dumperThread;
+  std::unique_ptr<Thread> timerThread;
+  std::shared_ptr<Semaphore> dumperEnded;  // of the present dumper
+
+  Mutex timerMutex;
+  Condition timerWake;
+  unsigned stopRequests ORB_GUARDED_BY(timerMutex) = 0;
+  bool stopLatched ORB_GUARDED_BY(timerMutex) = false;
+  std::atomic<std::chrono::milliseconds> timerInterval{std::chrono::seconds(30)};
+};
