@@ -3,11 +3,11 @@
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
 # An application beside a daemon stand-in where no sandbox can be made: redirect.sh SANDBOX ORBD_SIM
-# APPLICATION.
+# APPLICATION ORBCTL.
 set -euo pipefail
 
 sandbox=$1
-export simulator=$2 application=$3
+export simulator=$2 application=$3 orbctl=$4
 work=$(mktemp -d "$PWD/redirect-test.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
@@ -30,9 +30,12 @@ export work PATH=$work/bin:$PATH ORB_LOG_LEVEL=S
   read -r -u 4 line
   [[ $line == *"listening on $ORB_SOCKET" ]]
   "$application" --seconds 1 >"$work/out"
+  "$orbctl" status --json >"$work/status"
   kill "$daemon"
   cat <&4 >"$work/log"' || fail "status $? of the application; it said: $(cat "$work/out")"
 grep -q '^LCE  [1-9][0-9]* reports' "$work/out" || fail "no reports: $(cat "$work/out")"
+grep -q "\"socket\":\"$(<"$work/socket")\"" "$work/status" || fail "$(<"$work/status")"
+grep -q '"services":.*"lli"' "$work/status" || fail "services were not asked: $(<"$work/status")"
 [[ ! -e $(dirname "$(<"$work/socket")") ]] || fail "the socket's folder is still there"
 
 # Its status, its input, and where the socket is are the command's own.

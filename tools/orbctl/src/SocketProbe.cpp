@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "UniqueFd.h"
@@ -195,6 +196,14 @@ SocketFinding shakeHands(int fd, std::chrono::milliseconds timeout) {
 }
 
 }  // namespace
+
+std::string daemonSocket() {
+  const char* const libraries = std::getenv("LD_PRELOAD");
+  const char* const path = std::getenv("ORB_SOCKET");
+  const bool redirected = libraries != nullptr && path != nullptr && *path != '\0' &&
+                          std::strstr(libraries, "/liborb_redirect.so") != nullptr;
+  return redirected ? path : kSocketPath;
+}
 
 const char* wordOf(SocketState state) {
   switch (state) {

@@ -108,8 +108,8 @@ StatusReport findStatus(const std::string& path, milliseconds timeout) {
   report.socket = probeSocket(path, timeout);
   if (report.socket.state != SocketState::kWell) {
     report.notAskedBecause = "the socket is not well";
-  } else if (path != kSocketPath) {
-    report.notAskedBecause = std::string("the library uses ") + kSocketPath + " only";
+  } else if (path != daemonSocket()) {
+    report.notAskedBecause = "the library uses " + daemonSocket() + " only";
   } else {
     const QuietLog quiet;
     EventQueue queue;

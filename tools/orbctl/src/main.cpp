@@ -254,7 +254,7 @@ int watchOrReport(const orbtool::CommandLine& line, Arguments& arguments) {
 
 int run(int argc, char** argv) {
   Arguments arguments;
-  arguments.status.socket = kSocketPath;
+  arguments.status.socket = daemonSocket();
   orbtool::CommandLine line("orbctl", "Ask the link daemon: is it there, what does it send?");
   CLI::App& app = line.app();
   app.require_subcommand(1);

@@ -12,6 +12,10 @@ namespace orbctl {
 // Where the library looks for the daemon.
 constexpr char kSocketPath[] = "/dev/socket/orb";
 
+// Where it finds it from this process: at the path in ORB_SOCKET with the redirection of
+// `orb-sandbox --redirect`.
+std::string daemonSocket();
+
 // What a socket path is found to be, from the file system inwards.
 enum class SocketState {
   kNoFolder,
