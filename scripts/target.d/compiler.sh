@@ -39,13 +39,14 @@ make_wrappers() {
     '    cat "$file.stripped" >"$file" && rm "$file.stripped" || exit 1' 'done'
   # ORB_STARTED_AS is what the program is to know itself by, ORB_STARTED_DESCRIPTORS its limit of them.
   # Tests see in ORB_EMULATED what they cannot measure. No core files: the emulator writes one of its
-  # own for each program that aborts on purpose. The emulator is found whatever PATH the program is to have.
+  # own for each program that aborts on purpose. The emulator is found whatever PATH the program is to have,
+  # and while there are descriptors enough to look for it.
   # shellcheck disable=SC2016
   wrapper run 'if [ -n "${ORB_STARTED_AS-}" ]; then set -- -0 "$ORB_STARTED_AS" "$@"; fi' \
     'limit=${ORB_STARTED_DESCRIPTORS-}' 'unset ORB_STARTED_AS ORB_STARTED_DESCRIPTORS' \
     'export QEMU_LD_PREFIX="$cache/sysroot" ORB_EMULATED=1' 'ulimit -c 0' \
-    '[ -z "$limit" ] || ulimit -n "$limit"' \
-    'qemu=$(PATH=$PATH:/usr/bin command -v qemu-aarch64-static) || exit 127' 'exec "$qemu" "$@"'
+    'qemu=$(PATH=$PATH:/usr/bin command -v qemu-aarch64-static) || exit 127' \
+    '[ -z "$limit" ] || ulimit -n "$limit"' 'exec "$qemu" "$@"'
 }
 
 make_helpers() {
