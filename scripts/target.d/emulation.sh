@@ -58,6 +58,8 @@ emulated() {
     namespace) say "target programs are started by the kernel (binfmt_misc in a user namespace)" ;;
     emulator) say "target programs are started with the emulator in front: $cache/bin/$triple-run" ;;
   esac
+  # A sandbox has a /tmp of its own.
+  [[ $cache != /tmp/* ]] || export ORB_SANDBOX_BIND=$cache${ORB_SANDBOX_BIND:+:$ORB_SANDBOX_BIND}
   if [[ $way == namespace ]]; then in_namespace "$@"; else "$@"; fi
 }
 

@@ -20,7 +20,9 @@ make_package() {
   cp -L "$cache/lib/libcrypto.so.3" "$stage/lib/"
   (
     cd "$build"
-    find examples tests -type f -perm -u+x ! -name '*.o' ! -name '*.sh' -print
+    # What a test of packages that failed has left below its folder is none of ours.
+    find examples tests -type f -perm -u+x ! -name '*.o' ! -name '*.sh' \
+      ! -path 'tests/package/*/*/*' -print
     find tests/hooks -name '*.so'
     echo tests/orblog.1
   ) | sort -u | tar -C "$build" -cf - -T - | tar -C "$stage/build" -xf -
