@@ -7,7 +7,7 @@
 set -euo pipefail
 
 sandbox=$1
-export simulator=$2 application=$3 orbctl=$4
+export simulator=$2 application=$3 orbctl=$4 sandbox
 work=$(mktemp -d "$PWD/redirect-test.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
@@ -46,6 +46,23 @@ status=0
 # shellcheck disable=SC2016
 [[ $("$sandbox" -r bash -c 'echo "$ORB_SOCKET"') != $("$sandbox" -r bash -c 'echo "$ORB_SOCKET"') ]] ||
   fail "two commands have one socket"
+
+# What the documents show has the application's status, too.
+pages=$(dirname "$(dirname "$sandbox")")/docs
+# shellcheck disable=SC2016
+printf '#!/bin/sh\nexec "$sandbox" "$@"\n' >"$work/bin/orb-sandbox"
+# shellcheck disable=SC2016
+printf '#!/bin/sh\nexec "$simulator" "$@"\n' >"$work/bin/orbd-sim"
+printf '#!/bin/sh\nexit 7\n' >"$work/my-player"
+cp "$work/my-player" "$work/application"
+chmod +x "$work"/bin/* "$work/my-player" "$work/application"
+for page in testing-applications.md man/orb-sandbox.1; do
+  shown=$(sed 's/\\-/-/g' "$pages/$page" | grep '^orb-sandbox --redirect bash -c') ||
+    fail "no example in $page"
+  status=0
+  (cd "$work" && eval "$shown") || status=$?
+  ((status == 7)) || fail "status $status, not 7, of: $shown"
+done
 
 # A signal reaches the command, and what was made goes.
 mkfifo "$work/ready"
