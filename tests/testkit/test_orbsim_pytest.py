@@ -1,10 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 """The pytest fixture itself, with the example programs of this build as applications."""
+import json
 import os
 import signal
+import time
 
 import pytest
+from orbsim_pytest import Simulator
 
 MONITOR = os.environ["LCE_MONITOR"]
 
@@ -51,6 +54,53 @@ def test_run_that_lasts_too_long_is_ended(orbsim):
     with pytest.raises(Exception, match="timed out"):
         orbsim.run(shell("trap '' TERM; while :; do sleep 1; done"), {},
                    timeout=1)
+
+
+def test_end_of_a_scenario_is_counted_wherever_it_stands(orbsim, tmp_path):
+    scenario = {"interval": 0.1, "begin": "listening", "end": 2}
+    (tmp_path / "mine.json").write_text(json.dumps(scenario))
+    ready = {**os.environ, "ORB_SCENARIOS": str(tmp_path)}
+    # Half a second more than the end: less than that without it.
+    for form, env in ((scenario, None), (tmp_path / "mine.json", None), ("mine", ready)):
+        begun = time.monotonic()
+        with pytest.raises(Exception, match="timed out"):
+            orbsim.run(shell("trap '' TERM; while :; do sleep 0.1; done"), form, timeout=0.5, env=env)
+        assert time.monotonic() - begun >= 2.5, form
+
+
+def test_status_of_a_program_that_a_signal_ended_is_128_and_its_number(orbsim):
+    run = orbsim.run(shell("kill -KILL $$"), {})
+    assert run.status == 128 + signal.SIGKILL
+
+
+def test_run_ends_though_a_process_left_behind_holds_the_output(orbsim, tmp_path):
+    gate = tmp_path / "gate"
+    os.mkfifo(gate)
+    try:
+        run = orbsim.run(shell(f"echo said; setsid cat {gate} & exit 0"), {})
+        assert (run.status, run.output) == (0, "said\n")
+    finally:
+        os.close(os.open(gate, os.O_RDWR))  # lets it go
+
+
+def test_close_ends_all_programs_and_tells_the_first_error(tmp_path):
+    stopped = []
+
+    class Program:
+        def __init__(self, name, error=None):
+            self.name, self.error = name, error
+
+        def stop(self):
+            stopped.append(self.name)
+            if self.error:
+                raise self.error
+
+    simulator = Simulator(tmp_path)
+    simulator._started += [Program("one"), Program("two", TimeoutError("of two")),
+                           Program("three", OSError("of three")), Program("four")]
+    with pytest.raises(TimeoutError, match="of two"):
+        simulator.close()
+    assert stopped == ["one", "two", "three", "four"]
 
 
 def test_environment_and_folder_are_the_given_ones(orbsim, tmp_path):

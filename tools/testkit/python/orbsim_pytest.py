@@ -46,6 +46,8 @@ import pytest
 
 # Seconds that a wait lasts for what does not come; what comes ends it at once.
 TIMEOUT = int(os.environ.get("ORBSIM_TIMEOUT", "20"))
+# Seconds that a pipe is read on when its program has ended.
+_LEFT_OPEN = 2
 _SPEAKER = "orbd-sim run: "
 _SILENT = {"interval": 0, "begin": "listening", "model": {"handoffs": False}}
 
@@ -58,8 +60,34 @@ def _program(name, variable):
     return found
 
 
+def _scenario_file(scenario, env, cwd):
+    """The file that orbd-sim reads for a file's name or that of a ready scenario."""
+    name = str(scenario)
+    file = pathlib.Path(cwd or ".") / name
+    if "/" in name or file.is_file():
+        return file
+    folder = (os.environ if env is None else env).get("ORB_SCENARIOS")
+    if folder:
+        return pathlib.Path(cwd or ".") / folder / f"{name}.json"
+    program = pathlib.Path(_program("orbd-sim", "ORBD_SIM")).resolve()
+    folders = [program.parents[1] / "share/orbd-sim/scenarios"]
+    folders += [each / "tools/orbd-sim/scenarios" for each in program.parents]
+    files = [each / f"{name}.json" for each in folders]
+    return next((each for each in files if each.is_file()), file)
+
+
+def _end_of(scenario, env=None, cwd=None):
+    """The seconds after which a scenario ends: a dictionary, a file, or the name of a ready one."""
+    try:
+        if not isinstance(scenario, dict):
+            scenario = json.loads(_scenario_file(scenario, env, cwd).read_text())
+        return float(scenario.get("end", 0))
+    except (OSError, ValueError, TypeError, AttributeError):
+        return 0  # the daemon says what is wrong with it
+
+
 class Run:
-    """How a program ended: `status` is its exit status, negative for the number of the signal that ended
+    """How a program ended: `status` is its exit status, 128 and the number of the signal when one ended
     it; `output` what it printed, `errors` what it printed to standard error; `failures` are the
     expectations of the scenario that it did not meet."""
 
@@ -121,7 +149,9 @@ class _Lines:
             return "".join(self._lines)
 
     def all(self):
-        self._thread.join()
+        """Up to the end of the pipe. What the program left running may hold that open for ever: then what
+        there is."""
+        self._thread.join(_LEFT_OPEN)
         return self.text()
 
 
@@ -257,13 +287,21 @@ class Simulator:
     def run(self, command, scenario, timeout=TIMEOUT, **options):
         """Plays a scenario to a program until that ends, by itself or as the scenario's "end" says;
         `timeout` counts from there."""
-        end = scenario.get("end", 0) if isinstance(scenario, dict) else 0
-        return self.start(command, scenario, **options).wait(end + timeout)
+        application = self.start(command, scenario, **options)
+        return application.wait(
+            _end_of(scenario, options.get("env"), options.get("cwd")) + timeout)
 
     def close(self):
+        """Ends all programs, also behind one that does not end as it should; the first error is raised."""
+        first = None
         for application in self._started:
-            application.stop()
+            try:
+                application.stop()
+            except Exception as error:  # whatever it is, the others go on running without this
+                first = first or error
         self._sockets.cleanup()
+        if first:
+            raise first
 
 
 @pytest.fixture
