@@ -44,7 +44,7 @@ def test_holds_while_a_handoff_comes_at_3_2_seconds(orbsim):
         "interval": 0.1,
         "model": {"handoffs": False, "rate": 50},
         "timeline": [{"at": 3.2, "handoff": {"to": "5g", "notice": 0.4, "duration": 0.3}}],
-        "end": 5})
+        "end": 8})
     assert run.as_expected, run
     rest = run.output.partition(", hold")[2]
     assert "high quality at 50000 kbit/s, send" in run.output
@@ -60,7 +60,7 @@ def test_finds_a_daemon_that_was_gone(orbsim):
                    {"sends": {"service": "lce", "request": "start", "after": 1.5, "within": 10}},
                    {"sends": {"service": "lli", "request": "register", "after": 1.5, "within": 10}},
                    {"at-most": {"requests": 20}}],
-        "end": 6})
+        "end": 12})
     assert run.as_expected, run
     assert "daemon absent" in run.output
 
