@@ -44,6 +44,23 @@ TEST_F(Fixture, ShowsRequestsAsText) {
   EXPECT_EQ("lce set-criteria value1=5 value2=6", testing::PrintToString(request));
 }
 
+TEST_F(Fixture, DoesNotWaitForAScenarioThatIsNotPlayed) {
+  const std::string undecided =
+      R"({"begin": "connected", "expect": [{"sends-not": {"service": "lle", "within": 60}}]})";
+  play(undecided);
+  testing::TestPartResultArray results;
+  {
+    const testing::ScopedFakeTestPartResultReporter reporter(
+        testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &results);
+    play("{");
+    expectAsPlayed(std::chrono::hours(1));
+  }
+  ASSERT_EQ(2, results.size());
+  EXPECT_NE(nullptr, std::strstr(results.GetTestPartResult(1).message(), "no scenario is played"));
+  play(undecided);
+  EXPECT_NONFATAL_FAILURE(expectAsPlayed(Milliseconds(1)), "the scenario has not ended");
+}
+
 TEST_F(Fixture, NamesWhatIsWrongWithAScenario) {
   testing::TestPartResultArray results;
   {

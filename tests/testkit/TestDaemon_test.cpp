@@ -100,6 +100,7 @@ TEST_F(Kit, RequestsAreTold) {
   ASSERT_TRUE(daemon().waitForRequest(Service::kLce, "set-criteria", 1, &request));
   EXPECT_EQ("17", request.fields["value1"]);
   EXPECT_EQ("LTE", request.fields["network"]);
+  EXPECT_NE(std::string::npos, request.text().find(" network=LTE")) << request.text();
   EXPECT_EQ(std::to_string(transaction), request.fields["transaction"]);
   ASSERT_TRUE(daemon().waitForRequest(Service::kLce, "get-last-report"));
   EXPECT_TRUE(waitFor("criteria 1"));
@@ -302,6 +303,7 @@ TEST_F(Kit, AnswersMayNotCome) {
   daemon().setAnswering(false);
   EXPECT_EQ(0, createLceClient(onLce));
   ASSERT_TRUE(daemon().waitForRequest(Service::kLce, "enable"));
+  EXPECT_TRUE(lines().empty());
   daemon().setAnswering(true);
   enableLce();
   // Whatever the first request was answered with would have come before this.

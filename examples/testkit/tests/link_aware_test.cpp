@@ -150,12 +150,12 @@ TEST_F(LinkAware, LowersItsQualityWhenTheRateFallsFrom50To2) {
 
 // The same as a course of time: a scenario.
 TEST_F(LinkAware, KeepsUpWithAScenario) {
-  play(R"({
+  ASSERT_NO_FATAL_FAILURE(play(R"({
     "begin": ["lce"], "interval": 0.1, "model": {"handoffs": false, "rate": 50},
     "timeline": [{"at": 0.5, "rate": {"to": 2, "over": 0.5}}, {"at": 1.2, "vanish": 0.5}],
     "expect": [{"reconnects": {"after": 1.2, "within": 15}},
                {"sends": {"service": "lce", "request": "start", "after": 1.2, "within": 15}},
-               {"at-most": {"requests": 10}}]})");
+               {"at-most": {"requests": 10}}]})"));
   start();
   expectAsPlayed();
 }

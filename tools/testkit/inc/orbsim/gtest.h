@@ -14,7 +14,8 @@
 // A test that plays a scenario fails with each expectation that was not met:
 //
 //   TEST_F(MyApplication, ReconnectsInTime) {
-//     play(R"({"timeline": [{"at": 1, "vanish": 1}], "expect": [{"reconnects": {}}]})");
+//     ASSERT_NO_FATAL_FAILURE(
+//         play(R"({"timeline": [{"at": 1, "vanish": 1}], "expect": [{"reconnects": {}}]})"));
 //     Application application;
 //     expectAsPlayed();
 //   }
@@ -45,12 +46,16 @@ class DaemonTest : public ::testing::Test {
 
   TestDaemon& daemon() { return mDaemon; }
 
-  // Before the application connects: the daemon begins anew, with this scenario.
+  // Before the application connects: the daemon begins anew, with this scenario. One that is wrong
+  // is a failure of the test, which only ASSERT_NO_FATAL_FAILURE ends there; otherwise it goes on
+  // with the daemon as it was.
   void play(const std::string& text) { restartIf(mDaemon.useScenario(text)); }
   void playFile(const std::string& file) { restartIf(mDaemon.useScenarioFile(file)); }
 
-  // Lets the scenario go by; each expectation that was not met is a failure of the test.
+  // Lets the scenario go by; each expectation that was not met is a failure of the test. There is
+  // nothing to wait for when play() has failed.
   void expectAsPlayed(Milliseconds timeout = patience()) {
+    ASSERT_TRUE(mPlays) << "no scenario is played";
     EXPECT_TRUE(mDaemon.waitUntilDecided(timeout)) << "the scenario has not ended";
     mDaemon.stop();
     for (const std::string& failure : mDaemon.failures()) ADD_FAILURE() << failure;
@@ -64,12 +69,15 @@ class DaemonTest : public ::testing::Test {
     return settings;
   }
   void restartIf(bool used) {
+    mPlays = false;
     ASSERT_TRUE(used) << mDaemon.error();
     mDaemon.stop();
     ASSERT_TRUE(mDaemon.start()) << mDaemon.error();
+    mPlays = true;
   }
 
   TestDaemon mDaemon;
+  bool mPlays = true;  // false: play() has failed
 };
 
 }  // namespace orbsim::testkit

@@ -37,10 +37,12 @@ enum class Service { kLce, kLle, kLli };
 struct Request {
   uint32_t connection = 0;  // numbered from 1 on since the daemon's (re)start
   Service service = Service::kLce;
-  std::string name;  // enable, disable, set-criteria, get-last-report, start, stop, reset, register
+  // enable, disable, set-criteria, get-last-report, start, stop, reset, register, unregister, and
+  // unknown for what is none of these.
+  std::string name;
   std::map<std::string, std::string> fields;  // such as those of the criteria
 
-  // For a message: "lce set-criteria access=lte ...".
+  // For a message: "lce set-criteria network=LTE ...".
   std::string text() const;
 };
 
