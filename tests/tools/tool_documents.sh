@@ -34,7 +34,10 @@ grep -oE -- '--[a-z][a-z-]*' "$work/page" | sort -u >"$work/in_page" || true
 while read -r word; do
   grep -qE -- "(^|[^a-z-])$word([^a-z-]|\$)" "$work/page" || fail "$page does not tell of $word"
 done <"$work/words"
-unknown=$(comm -13 "$work/words" "$work/in_page" | grep -vxF -f <(printf '%s\n' "${others[@]}") || true)
+# For those who build packages: the help is silent of it.
+"$tool" --completion bash >/dev/null || fail "no --completion"
+unknown=$(comm -13 "$work/words" "$work/in_page" |
+  grep -vxF -e --completion -f <(printf '%s\n' "${others[@]}") || true)
 [[ -z $unknown ]] || fail "$page tells of what there is not: $unknown"
 
 for shell in bash zsh; do

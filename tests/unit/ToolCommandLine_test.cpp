@@ -27,8 +27,14 @@ class ToolCommandLine : public testing::Test {
     CLI::App* const watch = line.app().add_subcommand("watch", "Look");
     watch->add_option("--seconds", seconds, "How long");
     watch->add_flag("--second-hand", "Not new");
+    watch->add_option("--color", color, "When")
+        ->type_name("WHEN")
+        ->check(CLI::IsMember({"auto", "always", "never"}));
     watch->add_option("SERVICE", services, "Which");
-    line.app().add_subcommand("status", "Tell");
+    line.app()
+        .add_subcommand("status", "Tell")
+        ->add_option("PART", part, "Of what")
+        ->check(CLI::IsMember({"all", "none"}));
   }
   std::optional<int> parse(std::vector<const char*> words) {
     words.insert(words.begin(), "orbtest");
@@ -41,7 +47,7 @@ class ToolCommandLine : public testing::Test {
   }
 
   CommandLine line{"orbtest", "Try it."};
-  std::string socket, out, error;
+  std::string socket, color, part, out, error;
   int seconds = 0;
   std::vector<std::string> services;
 };
@@ -59,6 +65,22 @@ TEST_F(ToolCommandLine, LongOptionsMayBeAbbreviated) {
   EXPECT_EQ(std::nullopt, parse({"--soc=b", "watch", "--seconds", "4"}));
   EXPECT_EQ("b", socket);
   EXPECT_EQ(4, seconds);
+}
+
+TEST_F(ToolCommandLine, LastOfSeveralCountsUnlessTheyAreGathered) {
+  EXPECT_EQ(std::nullopt,
+            parse({"-s", "a", "--socket=b", "watch", "--seconds=1", "--seconds=2", "lce", "lle"}));
+  EXPECT_EQ("b", socket);
+  EXPECT_EQ(2, seconds);
+  EXPECT_EQ((std::vector<std::string>{"lce", "lle"}), services);
+}
+
+TEST_F(ToolCommandLine, WordsThatNothingTakesAreNamedInTheirOrder) {
+  EXPECT_EQ(2, parse({"status", "all", "more", "--and"}));
+  EXPECT_EQ("orbtest status: unexpected argument: more --and; try 'orbtest status --help'\n",
+            error);
+  EXPECT_EQ(2, parse({"status", "all", "--completion", "bash"}));
+  EXPECT_EQ(0U, error.find("orbtest status: unknown option: --completion bash; ")) << error;
 }
 
 TEST_F(ToolCommandLine, AbbreviationOfTwoIsRefused) {
@@ -90,6 +112,29 @@ TEST_F(ToolCommandLine, HelpIsOfTheProgramOrOfItsCommand) {
   EXPECT_EQ("", error);
   EXPECT_EQ(0, parse({"watch", "-h"}));
   EXPECT_NE(std::string::npos, out.find("--seconds")) << out;
+}
+
+TEST_F(ToolCommandLine, HelpOfACommandTellsOfTheToolsOptionsWhereTheyMayStandThere) {
+  EXPECT_EQ(0, parse({"watch", "-h"}));
+  EXPECT_EQ(std::string::npos, out.find("--socket")) << out;
+  line.app().get_subcommand("watch")->fallthrough();
+  EXPECT_EQ(0, parse({"watch", "-h"}));
+  EXPECT_NE(std::string::npos, out.find("\n\nOptions of all commands:\n")) << out;
+  EXPECT_NE(std::string::npos, out.find("\n  -s, --socket ")) << out;
+  EXPECT_EQ(out.find("--help"), out.rfind("--help")) << out;
+  EXPECT_EQ(std::string::npos, out.find("--completion")) << out;
+}
+
+TEST_F(ToolCommandLine, HelpNamesTheKindOfAValueAlone) {
+  EXPECT_EQ(0, parse({"watch", "-h"}));
+  EXPECT_NE(std::string::npos, out.find("  --color WHEN            When\n")) << out;
+}
+
+TEST_F(ToolCommandLine, WrongShellIsNamed) {
+  EXPECT_EQ(2, parse({"--completion", "fish"}));
+  EXPECT_EQ("orbtest: --completion: fish not in {bash,zsh}; try 'orbtest --help'\n", error);
+  EXPECT_EQ(2, parse({"--completion"}));
+  EXPECT_EQ(0U, error.find("orbtest: --completion: ")) << error;
 }
 
 TEST_F(ToolCommandLine, VersionNamesTheProgram) {
@@ -148,11 +193,50 @@ TEST_F(ToolCommandLine, CompletionKnowsCommandsAndTheirOptions) {
   EXPECT_EQ("\n", offered(script, "orbtest status --sec", 2));
 }
 
+TEST_F(ToolCommandLine, CompletionOffersOptionsToADashOnly) {
+  EXPECT_EQ(0, parse({"--completion", "bash"}));
+  EXPECT_EQ("watch status\n", offered(out, "orbtest ''", 1));
+  EXPECT_EQ("--help -h --version -V --socket -s\n", offered(out, "orbtest -", 1));
+  EXPECT_EQ("\n", offered(out, "orbtest watch ''", 2));  // files
+  EXPECT_EQ("all none\n", offered(out, "orbtest status ''", 2));
+  EXPECT_EQ("\n", offered(out, "orbtest watch -- --sec", 3));
+  EXPECT_EQ("\n", offered(out, "orbtest watch -- ''", 3));
+}
+
+TEST_F(ToolCommandLine, CompletionKnowsValues) {
+  EXPECT_EQ(0, parse({"--completion", "bash"}));
+  EXPECT_EQ("auto always never\n", offered(out, "orbtest watch --color ''", 3));
+  EXPECT_EQ("auto always\n", offered(out, "orbtest watch --color a", 3));
+  EXPECT_EQ("auto always never\n", offered(out, "orbtest watch --color =", 3));
+  EXPECT_EQ("auto always\n", offered(out, "orbtest watch --color = a", 4));
+  EXPECT_EQ("--seconds --second-hand\n", offered(out, "orbtest watch --color = auto --s", 5));
+  EXPECT_EQ("\n", offered(out, "orbtest watch --seconds ''", 3));
+  EXPECT_EQ("\n", offered(out, "orbtest watch --seconds --s", 3));
+}
+
+TEST_F(ToolCommandLine, CompletionTakesNoValueForACommand) {
+  EXPECT_EQ(0, parse({"--completion", "bash"}));
+  EXPECT_EQ("watch status\n", offered(out, "orbtest -s watch ''", 3));
+  EXPECT_EQ("watch status\n", offered(out, "orbtest --socket = watch ''", 4));
+  EXPECT_EQ("\n", offered(out, "orbtest -s watch --sec", 3));
+}
+
+TEST_F(ToolCommandLine, CompletionHasTheToolsOptionsWhereTheyMayStand) {
+  line.app().get_subcommand("status")->fallthrough();
+  EXPECT_EQ(0, parse({"--completion", "bash"}));
+  EXPECT_EQ("--socket\n", offered(out, "orbtest status --so", 2));
+  EXPECT_EQ("\n", offered(out, "orbtest status -s all", 3));
+  EXPECT_EQ("\n", offered(out, "orbtest watch --so", 2));
+}
+
 TEST_F(ToolCommandLine, CompletionForZshNamesAllWords) {
   EXPECT_EQ(0, parse({"--completion=zsh"}));
   EXPECT_EQ(0U, out.find("#compdef orbtest\n")) << out;
   EXPECT_NE(std::string::npos, out.find("\"orbtest watch\") choices=\"--help -h --seconds "
-                                        "--second-hand\" ;;"))
+                                        "--second-hand --color\" ;;"))
+      << out;
+  EXPECT_NE(std::string::npos,
+            out.find("\"orbtest watch --color\") choices=\"auto always never\" ;;"))
       << out;
 }
 

@@ -12,6 +12,8 @@
 namespace orbtool {
 namespace {
 
+const char kCompletion[] = "--completion";
+
 const CLI::App* commandOf(const CLI::App& app, const std::string& word) {
   const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
   const auto found = std::find_if(commands.begin(), commands.end(), [&](const CLI::App* command) {
@@ -45,13 +47,18 @@ std::string whole(const CLI::App& app, const std::string& name) {
 // What was wrong, on one line, and in our words where it happens most.
 std::string reasonOf(const CLI::ParseError& error) {
   std::string text = error.what();
+  if (text.compare(0, 2, ": ") == 0) text = kCompletion + text;  // what is hidden has no name
   std::replace(text.begin(), text.end(), '\n', ' ');
   text.erase(text.find_last_not_of(' ') + 1);
   if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) &&
       text.find("ubcommand") != std::string::npos)
     return "no command given";
-  if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError)) return text;
-  const std::string words = text.substr(std::min(text.find(": "), text.size() - 2) + 2);
+  return text;
+}
+
+// The words that nothing takes, in their order.
+std::string reasonFor(const std::vector<std::string>& extra) {
+  const std::string words = CLI::detail::join(extra, " ");
   return (words.compare(0, 1, "-") == 0 ? "unknown option: " : "unexpected argument: ") + words;
 }
 
@@ -73,10 +80,12 @@ std::vector<std::string> withWholeOptions(const CLI::App& app, std::vector<std::
 
 CommandLine::CommandLine(const std::string& name, const std::string& description)
     : mApp(description, name) {
+  // Of an option that is given several times the last one counts, unless it gathers values.
+  mApp.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   mApp.set_help_flag("-h,--help", "Print this text, or after a command that command's, and exit");
   mApp.set_version_flag("-V,--version", name + " " ORB_TOOL_VERSION, "Print the version and exit");
   // For those who build packages, not for people: it stays out of the help.
-  mApp.add_option("--completion", mShell)->check(CLI::IsMember({"bash", "zsh"}))->group("");
+  mApp.add_option(kCompletion, mShell)->check(CLI::IsMember({"bash", "zsh"}))->group("");
   const auto help = std::make_shared<HelpText>();
   help->label("Positionals", "Arguments");
   help->label("SUBCOMMAND", "COMMAND");
@@ -110,6 +119,8 @@ std::optional<int> CommandLine::parse(int argc, const char* const* argv) {
     const std::vector<std::string> unknown = mApp.remaining(true);
     if (!unknown.empty()) return refuse("no such command or option: " + unknown.front());
     if (mShell.empty()) return refuse(reasonOf(error));
+  } catch (const CLI::ExtrasError&) {
+    return refuse(reasonFor(mApp.remaining(true)));
   } catch (const CLI::ParseError& error) {
     return refuse(reasonOf(error));
   }

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <sstream>
 
+#include "orbtool/CommandLine.h"
+
 namespace orbtool {
 namespace {
 
@@ -44,16 +46,29 @@ std::string namesOf(const CLI::Option& option) {
   for (const std::string& name : option.get_snames()) names += (names.empty() ? "-" : ", -") + name;
   for (const std::string& name : option.get_lnames())
     names += (names.empty() ? "--" : ", --") + name;
-  const bool isFlag = option.get_type_size() == 0;
-  return isFlag ? names : names + " " + option.get_type_name();
+  if (option.get_type_size() == 0) return names;  // a flag
+  // What its check tells behind that stands in the description.
+  const std::string type = option.get_type_name();
+  return names + " " + type.substr(0, type.find(':'));
 }
 
 }  // namespace
+
+// What stands in the tool's own help otherwise, and can be given behind the command, too.
+std::string HelpText::make_inherited(const CLI::App& app) const {
+  std::string text;
+  const std::vector<const CLI::Option*> own = app.get_options();
+  for (const CLI::Option* option : optionsOf(app)) {
+    if (std::find(own.begin(), own.end(), option) == own.end()) text += make_option(option, false);
+  }
+  return text.empty() ? text : "\nOptions of all commands:\n" + text;
+}
 
 std::string HelpText::make_help(const CLI::App* app, std::string name, CLI::AppFormatMode) const {
   std::string text = make_usage(app, std::move(name));
   text += broken(app->get_description(), 0);
   text += make_positionals(app) + make_groups(app, CLI::AppFormatMode::Normal);
+  text += make_inherited(*app);
   const auto commands = app->get_subcommands({});
   if (!commands.empty()) text += "Commands:\n";
   for (const CLI::App* command : commands) text += make_subcommand(command);

@@ -16,6 +16,9 @@ class HelpText : public CLI::Formatter {
                         CLI::AppFormatMode mode) const override;
   std::string make_option(const CLI::Option* option, bool isPositional) const override;
   std::string make_subcommand(const CLI::App* command) const override;
+
+ private:
+  std::string make_inherited(const CLI::App& app) const;
 };
 
 }  // namespace orbtool

@@ -75,7 +75,7 @@ std::vector<std::string> wordsOf(const Words<Value, kCount>& words) {
 }
 
 CLI::Validator oneOf(const std::vector<std::string>& words) {
-  return CLI::IsMember(words, CLI::ignore_case).description("");
+  return CLI::IsMember(words, CLI::ignore_case);
 }
 
 // A time that the clocks can hold.

@@ -65,13 +65,15 @@ CLI::Option* addLast(CLI::App& app, const char* names, Value& value, const char*
   return app.add_option(names, value, description)->type_name(type)->take_last();
 }
 
-// An option whose value this function takes; it says what is wrong with it, if anything.
+// An option whose value this function takes; it says what is wrong with it, if anything. `values`
+// are offered where a shell completes: "{one,other}".
 CLI::Option* addRead(CLI::App& app, const char* names, const char* type, const char* description,
-                     const std::function<std::string(const std::string&)>& take) {
+                     const std::function<std::string(const std::string&)>& take,
+                     const char* values = "") {
   return app
       .add_option_function<std::string>(
           names, [](const std::string&) {}, description)
-      ->check(take)
+      ->check(take, values)
       ->type_name(type)
       ->take_last();
 }
@@ -142,9 +144,11 @@ struct Rest {
 void addSelection(CLI::App& app, DecryptRequest& request, Rest& rest) {
   Selection& selection = request.selection;
   const int64_t now = millisecondsNow();
-  addRead(app, "-l,--level", "LEVEL",
-          "Only lines of LEVEL and above: V, D, I, W, E or F. [Default: all]",
-          [&](const std::string& text) { return takeLevel(text, selection.leastLevel); });
+  addRead(
+      app, "-l,--level", "LEVEL",
+      "Only lines of LEVEL and above: V, D, I, W, E or F. [Default: all]",
+      [&](const std::string& text) { return takeLevel(text, selection.leastLevel); },
+      "{V,D,I,W,E,F}");
   addRead(app, "-s,--since", "TIME", "Only lines from TIME on", [&, now](const std::string& text) {
     return takeMoment(text, now, false, selection.since);
   });
@@ -182,20 +186,22 @@ void addDecrypt(CLI::App& app, DecryptRequest& request, Rest& rest) {
       "-j,--json", request.json,
       "Print a JSON object per line: time, pid, tid, level, tag, unit, function, line, "
       "message, file, offset, parsed");
-  addRead(command, "--color", "WHEN",
-          "Colour lines by their level: auto (on a terminal, unless NO_COLOR is set), always or "
-          "never. [Default: auto]",
-          [&](const std::string& text) {
-            if (text == "auto")
-              request.colour = ColourWish::Auto;
-            else if (text == "always")
-              request.colour = ColourWish::Always;
-            else if (text == "never")
-              request.colour = ColourWish::Never;
-            else
-              return "not one of auto, always and never: " + text;
-            return std::string();
-          });
+  addRead(
+      command, "--color", "WHEN",
+      "Colour lines by their level: auto (on a terminal, unless NO_COLOR is set), always or "
+      "never. [Default: auto]",
+      [&](const std::string& text) {
+        if (text == "auto")
+          request.colour = ColourWish::Auto;
+        else if (text == "always")
+          request.colour = ColourWish::Always;
+        else if (text == "never")
+          request.colour = ColourWish::Never;
+        else
+          return "not one of auto, always and never: " + text;
+        return std::string();
+      },
+      "{auto,always,never}");
 }
 
 void addInfo(CLI::App& app, InfoRequest& request) {

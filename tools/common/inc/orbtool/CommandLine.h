@@ -40,6 +40,10 @@ class CommandLine {
 // Also for the command that the words name.
 std::vector<std::string> withWholeOptions(const CLI::App& app, std::vector<std::string> words);
 
+// The options that can stand behind a command: its own, and where the tool's may stand there,
+// those.
+std::vector<const CLI::Option*> optionsOf(const CLI::App& app);
+
 // A script that completes the tool's words: for "bash" or "zsh".
 std::string completion(const CLI::App& app, const std::string& shell);
 
