@@ -270,7 +270,7 @@ TEST_F(OrblogDecrypt, WhatIsNotThereIsNamedAndTheRestIsRead) {
   expectFault(result, one + "\n",
               "orblog: " + path("missing") + ": " + strerror(ENOENT) + "\n" +
                   "orblog: " + path("empty") + ": no log files in this directory\n" +
-                  "orblog: " + path("pipe") + ": not a regular file\n");
+                  "orblog: " + path("pipe") + ": not a regular file; give - to read standard input\n");
 }
 
 TEST_F(OrblogDecrypt, KeysOfEveryFormAreRead) {

@@ -59,7 +59,7 @@ SocketFinding lookAtPath(const std::string& path) {
   if (stat(folder.c_str(), &status) != 0) {
     if (errno == EACCES) return noPermission(folder);
     return found(SocketState::kNoFolder, folder + " does not exist",
-                 "start the daemon, or scripts/sandbox with orbd-sim on a desk");
+                 "start the daemon; on a desk: orb-sandbox with orbd-sim");
   }
   if (!S_ISDIR(status.st_mode))
     return found(SocketState::kNoFolder, folder + " is no folder", "see what lies in its place");

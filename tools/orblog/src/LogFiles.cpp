@@ -103,7 +103,7 @@ std::unique_ptr<LogSource> LogSource::open(const std::string& path, FilePool& po
     return nullptr;
   }
   if (!S_ISREG(source->mFile.status().st_mode)) {
-    error = path + ": not a regular file";
+    error = path + ": not a regular file; give - to read standard input";
     return nullptr;
   }
   return source;
