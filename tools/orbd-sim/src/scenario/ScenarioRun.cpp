@@ -45,7 +45,12 @@ class ScenarioRun::Player {
   void schedule(Clock::time_point epoch, const Step& step);
   void makeState(Action action);
   void orderModel(const Step& step);
-  static bool isModel(const Action& action) { return action.index() <= 3; }
+  static bool isModel(const Action& action) {
+    return std::holds_alternative<HandoffOrder>(action) ||
+           std::holds_alternative<RateAction>(action) ||
+           std::holds_alternative<LatencyAction>(action) ||
+           std::holds_alternative<TechnologyAction>(action);
+  }
   // What has to be so before anybody connects.
   static bool isState(const Action& action);
   Milliseconds timelineEnd() const;
@@ -61,8 +66,12 @@ class ScenarioRun::Player {
   std::condition_variable mChanged;
   std::optional<Clock::time_point> mEpoch;
   bool mOver = false;
-  std::set<size_t> mDone;   // steps that are so from the start; the owner's thread only, before it
-  std::vector<Step> mEnds;  // of what is so from the start
+  std::set<size_t> mDone;  // steps that are so from the start; the owner's thread only, before it
+  struct End {
+    Milliseconds at;
+    std::function<void()> what;
+  };
+  std::vector<End> mEnds;  // of what is so from the start
   std::function<void()> mOnEnd;
   Daemon mDaemon;
   Stage mStage{mDaemon};
@@ -107,14 +116,14 @@ bool ScenarioRun::Player::start() {
 
 // Its length, if it has one, counts from the beginning, so the end is a step of its own then.
 void ScenarioRun::Player::makeState(Action action) {
-  if (auto* const fault = std::get_if<FaultAction>(&action)) {
-    if (fault->length) mEnds.emplace_back(Step{*fault->length, FaultAction{}});
-    fault->length.reset();
-  } else if (auto* const pause = std::get_if<PauseAction>(&action)) {
-    if (pause->length) mEnds.emplace_back(Step{*pause->length, PauseAction{false, {}}});
-    pause->length.reset();
-  }
+  auto* const fault = std::get_if<FaultAction>(&action);
+  auto* const pause = std::get_if<PauseAction>(&action);
+  std::optional<Milliseconds> length;
+  if (fault != nullptr) length = std::exchange(fault->length, std::nullopt);
+  if (pause != nullptr) length = std::exchange(pause->length, std::nullopt);
   mStage.perform(action);
+  if (length)
+    mEnds.push_back({*length, fault != nullptr ? mStage.faultsEnd() : mStage.pausesEnd()});
 }
 
 void ScenarioRun::Player::orderModel(const Step& step) {
@@ -143,7 +152,7 @@ void ScenarioRun::Player::begun(Clock::time_point epoch) {
     if (mDone.count(i) != 0) continue;
     schedule(epoch, data().timeline[i]);
   }
-  for (const Step& step : mEnds) schedule(epoch, step);
+  for (const End& end : mEnds) mStage.at(epoch + end.at, end.what);
   if (data().end && mOnEnd) mStage.at(epoch + *data().end, mOnEnd);
   const std::lock_guard<std::mutex> lock(mLock);
   mEpoch = epoch;

@@ -86,7 +86,7 @@ std::string Stage::act(const VanishAction& action) {
   at(Clock::now() + action.length, [this] {
     const std::lock_guard<std::mutex> lock(mActing);
     mGone = false;
-    reappear();
+    if (!mFaultRefuses) reappear();
   });
   return {};
 }
@@ -110,16 +110,19 @@ std::string Stage::act(const Refusal& refusal) {
 std::string Stage::act(const FaultAction& action) {
   if (mGone) return "the daemon is gone";
   endFault();
+  ++mFaults;
   action.faults.prepare(mDaemon);
   if (mDaemon.running()) action.faults.apply(mDaemon);
   mFaultRefuses = action.words == "refuse";
-  if (action.length) {
-    at(Clock::now() + *action.length, [this] {
-      const std::lock_guard<std::mutex> lock(mActing);
-      endFault();
-    });
-  }
+  if (action.length) at(Clock::now() + *action.length, faultsEnd(mFaults));
   return {};
+}
+
+std::function<void()> Stage::faultsEnd(uint64_t number) {
+  return [this, number] {
+    const std::lock_guard<std::mutex> lock(mActing);
+    if (number == mFaults) endFault();
+  };
 }
 
 // A daemon as it should be, whatever was wrong with it.
@@ -128,15 +131,32 @@ void Stage::endFault() {
   mDaemon.setFrameHandler({});
   mDaemon.setAccepting(true);
   mDaemon.setReading(true);
-  if (std::exchange(mFaultRefuses, false)) reappear();
+  // Who is gone besides comes back when that is over.
+  if (std::exchange(mFaultRefuses, false) && !mGone) reappear();
 }
 
 std::string Stage::act(const PauseAction& action) {
+  ++mPauses;
   mDaemon.world().setPaused(action.on);
-  if (action.length) {
-    at(Clock::now() + *action.length, [this] { mDaemon.world().setPaused(false); });
-  }
+  if (action.length) at(Clock::now() + *action.length, pausesEnd(mPauses));
   return {};
+}
+
+std::function<void()> Stage::pausesEnd(uint64_t number) {
+  return [this, number] {
+    const std::lock_guard<std::mutex> lock(mActing);
+    if (number == mPauses) mDaemon.world().setPaused(false);
+  };
+}
+
+std::function<void()> Stage::faultsEnd() {
+  const std::lock_guard<std::mutex> lock(mActing);
+  return faultsEnd(mFaults);
+}
+
+std::function<void()> Stage::pausesEnd() {
+  const std::lock_guard<std::mutex> lock(mActing);
+  return pausesEnd(mPauses);
 }
 
 std::string Stage::act(const SendAction& action) {

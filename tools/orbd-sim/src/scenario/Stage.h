@@ -4,6 +4,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -30,6 +31,9 @@ class Stage {
   // Carries it out. Empty, or why it cannot be done now.
   std::string perform(const Action& action);
   void at(Clock::time_point time, std::function<void()> what);
+  // What ends the present fault or pause, and leaves one alone that has come after it.
+  std::function<void()> faultsEnd();
+  std::function<void()> pausesEnd();
   // Nothing happens any more. Waits for what is happening.
   void stop();
 
@@ -49,6 +53,8 @@ class Stage {
   std::string act(const SendAction& action);
   std::string act(const DropAction& action);
   std::string act(const StatusAction&) { return {}; }
+  std::function<void()> faultsEnd(uint64_t number);
+  std::function<void()> pausesEnd(uint64_t number);
   void endFault();
   void reappear();
   void loop();
@@ -57,6 +63,8 @@ class Stage {
   std::mutex mActing;
   bool mGone = false;          // with mActing
   bool mFaultRefuses = false;  // with mActing
+  uint64_t mFaults = 0;        // that there were: the number of the present one; with mActing
+  uint64_t mPauses = 0;        // the same of pauses; with mActing
 
   mutable std::mutex mLock;
   std::condition_variable mChanged;

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+// Things of a timeline that last, and end: each for as long as it says, whatever comes between.
+
+#include <condition_variable>
+
+#include "OrbdSimClient.h"
+#include "orbsim/Scenario.h"
+#include "orbsim/World.h"
+
+namespace orbsimtest {
+namespace {
+
+using namespace std::chrono_literals;
+using orbsim::Scenario;
+using orbsim::ScenarioRun;
+
+// The end of a scenario comes after all that was to happen before it, so what is then can be told
+// without waiting for what must not come.
+class OrbdSimTimelineTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/orbd-sim-test-XXXXXX";
+    ASSERT_NE(nullptr, ::mkdtemp(pattern));
+    mDirectory = pattern;
+  }
+  void TearDown() override {
+    mRun.reset();
+    std::filesystem::remove_all(mDirectory);
+  }
+  void playToTheEnd(const std::string& timeline) {
+    std::string error;
+    const auto scenario =
+        Scenario::fromText(R"({"interval": 0, "end": 0.5, "timeline": [)" + timeline + "]}", error);
+    ASSERT_TRUE(scenario.has_value()) << error;
+    Options options;
+    options.socketPath = path();
+    options.log = log.sink();
+    mRun = std::make_unique<ScenarioRun>(*scenario, options);
+    mRun->onEnd([this] {
+      const std::lock_guard<std::mutex> lock(mLock);
+      mEnded = true;
+      mChanged.notify_all();
+    });
+    ASSERT_TRUE(mRun->start()) << mRun->error();
+    std::unique_lock<std::mutex> lock(mLock);
+    ASSERT_TRUE(mChanged.wait_for(lock, 60s, [this] { return mEnded; }));
+  }
+  std::string path() const { return mDirectory + "/orb"; }
+  orbsim::World& world() { return mRun->daemon().world(); }
+  bool dies() {
+    Client client(path());
+    return client.readOnce().size() == 8 && client.atEnd();
+  }
+
+  std::string mDirectory;
+  LogLines log;
+  std::mutex mLock;
+  std::condition_variable mChanged;
+  bool mEnded = false;
+  std::unique_ptr<ScenarioRun> mRun;
+};
+
+TEST_F(OrbdSimTimelineTest, EndOfAFaultLeavesTheNextOneAlone) {
+  playToTheEnd(R"({"at": 0.01, "fault": {"words": "silent", "for": 0.1}},
+                  {"at": 0.02, "fault": {"words": "die-after-init", "for": 3600}})");
+  EXPECT_TRUE(dies());
+}
+
+TEST_F(OrbdSimTimelineTest, EndOfAFaultOfTheBeginningLeavesTheNextOneAlone) {
+  playToTheEnd(R"({"at": 0, "fault": {"words": "silent", "for": 0.1}},
+                  {"at": 0.02, "fault": {"words": "die-after-init"}})");
+  EXPECT_TRUE(dies());
+}
+
+TEST_F(OrbdSimTimelineTest, EndOfAPauseLeavesTheNextOneAlone) {
+  playToTheEnd(R"({"at": 0.01, "pause": 0.1}, {"at": 0.02, "pause": 3600})");
+  EXPECT_TRUE(world().paused());
+}
+
+TEST_F(OrbdSimTimelineTest, EndOfAPauseOfTheBeginningLeavesTheNextOneAlone) {
+  playToTheEnd(R"({"at": 0, "pause": 0.1}, {"at": 0.02, "pause": true})");
+  EXPECT_TRUE(world().paused());
+}
+
+TEST_F(OrbdSimTimelineTest, PauseOfTheBeginningEnds) {
+  playToTheEnd(R"({"at": 0, "pause": 0.1})");
+  EXPECT_FALSE(world().paused());
+}
+
+TEST_F(OrbdSimTimelineTest, FaultEndsWhileTheDaemonIsGone) {
+  playToTheEnd(R"({"at": 0, "fault": {"words": "die-after-init", "for": 0.1}},
+                  {"at": 0.05, "vanish": 0.3})");
+  std::unique_ptr<Client> client;
+  do {
+    client = std::make_unique<Client>(path());
+  } while (!client->connected());
+  client->handshake();
+  EXPECT_EQ(LceProto::SUCCESS, client->answerTo(enable(true)).data().status_msg().status());
+}
+
+TEST_F(OrbdSimTimelineTest, EndOfRefusingBringsNobodyBackWhoIsGone) {
+  playToTheEnd(R"({"at": 0.01, "fault": {"words": "refuse", "for": 0.1}},
+                  {"at": 0.02, "vanish": 3600})");
+  EXPECT_FALSE(Client(path()).connected());
+}
+
+TEST_F(OrbdSimTimelineTest, DaemonThatIsBackRefusesForAsLongAsTheFaultSays) {
+  playToTheEnd(R"({"at": 0.01, "fault": {"words": "refuse", "for": 3600}},
+                  {"at": 0.02, "vanish": 0.1})");
+  EXPECT_FALSE(Client(path()).connected());
+}
+
+}  // namespace
+}  // namespace orbsimtest
