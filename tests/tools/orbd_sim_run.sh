@@ -68,6 +68,12 @@ grep -q ' listening on /dev/socket/orb$' "$work/log" || fail "--log"
 expect 0 run --log - steady -- true
 grep -q ' stopped$' "$work/err" || fail "--log -"
 
+# Who started the run may have had no interest in the status of children.
+status=0
+timeout 300 env --ignore-signal=CHLD -- "$simulator" run steady -- bash -c 'exit 7' || status=$?
+((status == 7)) || fail "status $status where SIGCHLD was ignored"
+nothing_left
+
 echo "ready scenarios"
 # The application wants something of every service: without a handoff its status is 1.
 expect 1 run steady -- "$application" --seconds 1
@@ -202,6 +208,20 @@ exec 4<&-
 [[ ! -e $work/control ]] || fail "the control socket is left"
 ctl 1 status
 grep -q "^orbd-sim ctl: $work/control: No such file or directory" "$work/err" || fail "no daemon"
+
+# One that does not answer is not waited for without end.
+exec 4< <(exec "$simulator" --socket "$work/stopped" --control "$work/control")
+process=$!
+read -r -u 4 _
+until [[ -S $work/control ]]; do kill -0 "$process" || fail "the daemon stand-in has ended"; done
+kill -STOP "$process"
+ctl 1 status
+says "orbd-sim ctl: $work/control: no answer"
+kill -CONT "$process"
+ctl 0 status
+kill -TERM "$process"
+wait "$process" || fail "exit status $?"
+exec 4<&-
 
 # The same of a run, whose command gives the orders here.
 # shellcheck disable=SC2016

@@ -4,12 +4,14 @@
 // orbd-sim ctl: orders for a daemon that runs, by its control socket.
 
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -24,6 +26,9 @@ namespace {
 
 using Json = nlohmann::json;
 using Words = std::vector<std::string>;
+
+constexpr time_t kPatience = 10;  // seconds, for a daemon that does not answer
+constexpr char kNoAnswer[] = "no answer";
 
 struct Arguments {
   std::string control;
@@ -142,7 +147,8 @@ bool ordersOf(const Words& words, std::vector<Json>& orders, std::string& error)
   return false;
 }
 
-// A connection to the control socket. -1 with errno when there is none.
+// A connection to the control socket, on which nothing is waited for without end. -1 with errno
+// when there is none.
 int connectTo(const std::string& path) {
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
@@ -153,6 +159,9 @@ int connectTo(const std::string& path) {
   std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (fd < 0) return -1;
+  const timeval patience = {kPatience, 0};
+  ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+  ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
   if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) return fd;
   const int error = errno;
   ::close(fd);
@@ -160,7 +169,7 @@ int connectTo(const std::string& path) {
   return -1;
 }
 
-// The answer to one line; empty when the connection ends.
+// The answer to one line; empty when the connection ends, or nothing comes for too long.
 std::string answerTo(int fd, const std::string& line) {
   if (::send(fd, line.data(), line.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(line.size())) {
     return {};
@@ -215,7 +224,9 @@ int ctl(const Arguments& arguments, const orbtool::CommandLine& line) {
   if (!ordersOf(arguments.words, orders, error)) return line.refuse(error);
   const int fd = connectTo(arguments.control);
   if (fd < 0) {
-    std::fprintf(stderr, "orbd-sim ctl: %s: %s\n", arguments.control.c_str(), std::strerror(errno));
+    // A queue of connections that nobody takes is no answer either.
+    const char* const reason = errno == EAGAIN ? kNoAnswer : std::strerror(errno);
+    std::fprintf(stderr, "orbd-sim ctl: %s: %s\n", arguments.control.c_str(), reason);
     return orbtool::kExitFailed;
   }
   int status = orbtool::kExitDone;
@@ -223,7 +234,7 @@ int ctl(const Arguments& arguments, const orbtool::CommandLine& line) {
     const std::string text = answerTo(fd, order.dump() + "\n");
     const Json answer = Json::parse(text, nullptr, /*allow_exceptions=*/false);
     if (!answer.is_object()) {
-      std::fprintf(stderr, "orbd-sim ctl: %s: no answer\n", arguments.control.c_str());
+      std::fprintf(stderr, "orbd-sim ctl: %s: %s\n", arguments.control.c_str(), kNoAnswer);
       status = orbtool::kExitFailed;
       break;
     }
@@ -258,7 +269,9 @@ constexpr char kFooter[] =
     "  fault WORDS [for=SECONDS]           Misbehave as --faults says.\n"
     "  status                              Sessions and what they use, and the device.\n"
     "\n"
-    "Exit status: 0 done, 1 the daemon cannot be reached or refuses, 2 wrong arguments.\n"
+    "Exit status: 0 done, 1 the daemon cannot be reached, does not answer within 10 seconds or "
+    "refuses,\n"
+    "2 wrong arguments.\n"
     "Example: orbd-sim ctl --control build/control set rate=50..2 over=1";
 
 }  // namespace

@@ -17,7 +17,8 @@ namespace {
 
 // Nothing else here uses it.
 constexpr int kAskToEnd = SIGALRM;
-constexpr time_t kPatience = 10;  // seconds, for a command that was asked to end
+constexpr time_t kPatience = 10;   // seconds, for a command that was asked to end
+constexpr int kStatusUnknown = 1;  // of a command whose status somebody else has taken
 
 sigset_t endingSignals() {
   sigset_t set;
@@ -50,6 +51,8 @@ void RunProcess::prepare() {
   const sigset_t held = heldSignals();
   pthread_sigmask(SIG_BLOCK, &held, nullptr);
   signal(SIGPIPE, SIG_IGN);
+  // Where it was ignored, children would leave no status, and nothing would wake the waiting.
+  signal(SIGCHLD, SIG_DFL);
 }
 
 int RunProcess::start(const std::vector<std::string>& command,
@@ -81,10 +84,12 @@ int RunProcess::wait(const std::function<void(int signal)>& pass) {
   timespec patience = {kPatience, 0};
   for (;;) {
     int status = 0;
-    if (::waitpid(mChild, &status, WNOHANG) == mChild) {
+    const pid_t ended = ::waitpid(mChild, &status, WNOHANG);
+    if (ended == mChild) {
       if (asked && WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) return 0;
       return statusOf(status);
     }
+    if (ended < 0 && errno == ECHILD) return kStatusUnknown;
     siginfo_t information = {};
     const int signal =
         asked ? ::sigtimedwait(&held, &information, &patience) : ::sigwaitinfo(&held, &information);
