@@ -28,7 +28,7 @@ says() { [[ $(<"$work/err") == "$1" ]] || fail "not: $1"; }
 scenario() { printf '%s\n' "$2" >"$work/$1.json"; }
 nothing_left() {
   [[ ! -e /dev/socket/orb ]] || fail "the socket is left"
-  ! compgen -G '/tmp/orbd-sim-*' >/dev/null || fail "a folder is left"
+  ! compgen -G '/tmp/orbsim-*' >/dev/null || fail "a folder is left"
 }
 
 echo "check"
@@ -67,6 +67,44 @@ expect 0 run --log "$work/log" steady -- true
 grep -q ' listening on /dev/socket/orb$' "$work/log" || fail "--log"
 expect 0 run --log - steady -- true
 grep -q ' stopped$' "$work/err" || fail "--log -"
+expect 1 run --log /dev/full steady -- true
+says "orbd-sim run: /dev/full: No space left on device"
+expect 7 run --log /dev/full steady -- bash -c 'exit 7'
+expect 1 run --log "$work/none/log" steady -- true
+says "orbd-sim run: $work/none/log: No such file or directory"
+expect 1 run --log "$work/log" --trace steady -- "$application" --seconds 1
+grep -q ' to-daemon .* LCE ' "$work/log" || fail "--trace"
+expect 0 run --log - --trace --json steady -- true
+[[ $(head -n 1 "$work/err") == '{"time":"'*'Z","kind":"log","text":"'* ]] || fail "--json"
+expect 2 run --trace steady -- true
+grep -q '^orbd-sim run: --trace requires --log; try ' "$work/err" || fail "--trace without --log"
+expect 2 run --log - --json steady -- true
+
+echo "where the socket is"
+# Who may make the daemon's own place owns it.
+rmdir /dev/socket
+expect 0 run --log "$work/log" steady -- test -S /dev/socket/orb
+grep -q ' made /dev/socket$' "$work/log" || fail "the folder is not told of"
+[[ ! -e /dev/socket ]] || fail "the folder is left"
+mkdir /dev/socket
+# Others have a place of their own, and are told that an ordinary application does not look there.
+chmod 555 /dev/socket
+long=$work/$(printf '%0100d' 0)
+mkdir "$long"
+for TMPDIR in /nonexistent "$long"; do
+  export TMPDIR
+  # shellcheck disable=SC2016
+  expect 0 run --no-sandbox steady -- bash -c '[[ $ORB_SOCKET == /tmp/orbsim-*/orb && -S $ORB_SOCKET ]]'
+  [[ $(<"$work/err") == "orbd-sim run: listening on /tmp/orbsim-"*"/orb, where applications look only under \
+'orb-sandbox --redirect'" ]] || fail "where the socket is"
+  nothing_left
+done
+unset TMPDIR
+chmod 555 /tmp
+expect 1 run --no-sandbox steady -- true
+says "orbd-sim run: cannot make a folder in /tmp: Permission denied"
+chmod 1777 /tmp
+chmod 755 /dev/socket
 
 # Who started the run may have had no interest in the status of children.
 status=0

@@ -32,6 +32,11 @@ expect 127 steady -- no-such-command
 expect 1 steady --log "$work/log" -- "$application" --seconds 1
 grep -q '^lce  .* 40.0 Mbit/s' "$work/out" || fail "no rate of the scenario"
 grep -q ' listening on /dev/socket/orb$' "$work/log" || fail "--log"
+expect 1 steady --log "$work/log" --trace --json -- "$application" --seconds 1
+grep -q '"kind":"frame"' "$work/log" || fail "--trace --json"
+# The scenario comes as an open file, which is not for the command.
+# shellcheck disable=SC2016
+expect 0 steady -- bash -c 'for fd in /proc/self/fd/*; do [[ $(readlink "$fd") != *.json ]] || exit 9; done'
 # The scenario need not be where the sandbox can see it.
 hidden=$(mktemp /tmp/scenario.XXXXXX)
 echo '{"expect": [{"sends": {"service": "lce"}}]}' >"$hidden"

@@ -38,6 +38,14 @@ grep -q "\"socket\":\"$(<"$work/socket")\"" "$work/status" || fail "$(<"$work/st
 grep -q '"services":.*"lli"' "$work/status" || fail "services were not asked: $(<"$work/status")"
 [[ ! -e $(dirname "$(<"$work/socket")") ]] || fail "the socket's folder is still there"
 
+# A run takes part by itself, wherever else it could listen.
+# shellcheck disable=SC2016
+"$sandbox" --redirect "$simulator" run steady -- bash -euc '
+  [[ $ORB_SOCKET != /dev/socket/orb ]]
+  "$application" --seconds 1 >"$work/out"' 2>"$work/err" || fail "status $? of a run: $(cat "$work/err")"
+grep -q '^LCE  [1-9][0-9]* reports' "$work/out" || fail "no reports of a run: $(cat "$work/out")"
+[[ ! -s $work/err ]] || fail "a run said: $(cat "$work/err")"
+
 # Its status, its input, and where the socket is are the command's own.
 status=0
 [[ $(echo text | "$sandbox" -r cat) == text ]] || fail "standard input"

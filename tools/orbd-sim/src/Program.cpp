@@ -24,15 +24,6 @@ sigset_t endingSignals() {
   return ending;
 }
 
-// False when nobody will ever read it, which is no failure: nobody misses the rest.
-bool writeLine(const std::string& line) {
-  const size_t written = std::fwrite(line.data(), 1, line.size(), stdout);
-  if (written == line.size() && std::fflush(stdout) == 0) return true;
-  if (errno != EPIPE) return true;  // the program's end tells
-  std::clearerr(stdout);
-  return false;
-}
-
 }  // namespace
 
 void holdSignals() {
@@ -50,13 +41,14 @@ void waitForEnd() {
   pthread_sigmask(SIG_UNBLOCK, &ending, nullptr);
 }
 
-Output::~Output() {
+int Output::finish() {
   {
     const std::lock_guard<std::mutex> lock(mLock);
     mEnding = true;
   }
   mChanged.notify_all();
   if (mThread.joinable()) mThread.join();
+  return mError;
 }
 
 std::function<void(const std::string&)> Output::log() {
@@ -83,6 +75,18 @@ void Output::print(std::string line) {
   mLines.push_back(std::move(line));
   if (!mThread.joinable()) mThread = std::thread(&Output::write, this);
   mChanged.notify_all();
+}
+
+// False when nobody will ever read it, which is no failure: nobody misses the rest.
+bool Output::writeLine(const std::string& line) {
+  const size_t written = std::fwrite(line.data(), 1, line.size(), mStream);
+  if (written == line.size() && std::fflush(mStream) == 0) return true;
+  if (errno == EPIPE) {
+    std::clearerr(mStream);
+    return false;
+  }
+  if (mError == 0) mError = errno;
+  return true;
 }
 
 void Output::write() {

@@ -14,12 +14,16 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "Commands.h"
+#include "Program.h"
 #include "RunProcess.h"
+#include "orbsim/PrivateSocket.h"
+#include "orbsim/ProgramPath.h"
 #include "orbsim/Scenario.h"
 #include "orbtool/Run.h"
 
@@ -32,8 +36,11 @@ namespace {
 constexpr char kSocketVariable[] = "ORB_SOCKET";
 // More folders for the sandbox to keep.
 constexpr char kBindVariable[] = "ORB_SANDBOX_BIND";
+// What takes it from there for ordinary applications.
+constexpr char kRedirectLibrary[] = "liborb_redirect";
 constexpr char kSandboxBeside[] = "orb-sandbox";
 constexpr char kSandboxInSources[] = "scripts/sandbox";
+constexpr char kOpenFiles[] = "/proc/self/fd/";
 constexpr int kExitUnexpected = 3;
 
 struct Arguments {
@@ -41,46 +48,16 @@ struct Arguments {
   std::vector<std::string> command;
   std::string control;
   std::string log;
+  bool trace = false;
+  bool json = false;
   bool sandbox = false;
   bool noSandbox = false;
   int signals = -1;  // descriptor on which the parent outside of the sandbox passes signals on
 };
 
-// A folder for the socket alone, gone with the object.
-class PrivateFolder {
- public:
-  PrivateFolder() {
-    const char* const temporary = std::getenv("TMPDIR");
-    mPath = std::string(temporary != nullptr && *temporary == '/' ? temporary : "/tmp") +
-            "/orbd-sim-XXXXXX";
-    if (::mkdtemp(mPath.data()) == nullptr) mPath.clear();
-  }
-  ~PrivateFolder() {
-    if (!mPath.empty()) ::rmdir(mPath.c_str());
-  }
-  PrivateFolder(const PrivateFolder&) = delete;
-  PrivateFolder& operator=(const PrivateFolder&) = delete;
-
-  const std::string& path() const { return mPath; }
-
- private:
-  std::string mPath;
-};
-
-std::string ownPath() {
-  char path[PATH_MAX];
-  const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
-  return length > 0 ? std::string(path, static_cast<size_t>(length)) : std::string();
-}
-
-std::string folderOf(const std::string& path) {
-  const size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
-}
-
 // Beside the program, or in the sources that the build tree lies in; empty when there is none.
 std::string findSandbox() {
-  std::string folder = folderOf(ownPath());
+  std::string folder = folderOf(programPath());
   const std::string beside = folder + "/" + kSandboxBeside;
   if (::access(beside.c_str(), X_OK) == 0) return beside;
   while (folder.size() > 1) {
@@ -91,9 +68,18 @@ std::string findSandbox() {
   return {};
 }
 
-// The daemon's own place, where applications look that nobody tells of another.
+// Whether what the command connects to goes where ORB_SOCKET says.
+bool redirected() {
+  const char* const libraries = std::getenv("LD_PRELOAD");
+  return libraries != nullptr && std::strstr(libraries, kRedirectLibrary) != nullptr;
+}
+
+// The daemon's own place, where applications look that nobody tells of another. Root in a container
+// has no sandbox and needs none: the place can be made there.
 bool ownsDefaultPlace() {
-  return ::access(kSocketDirectory, W_OK) == 0 && SocketPlace::whyWrong(kSocketPath).empty();
+  if (redirected()) return false;
+  if (::access(kSocketDirectory, W_OK) == 0) return true;
+  return errno == ENOENT && ::access(folderOf(kSocketDirectory).c_str(), W_OK) == 0;
 }
 
 std::vector<std::string> environmentWith(const std::string& name, const std::string& value) {
@@ -120,16 +106,56 @@ void listenForSignals(int fd) {
   }).detach();
 }
 
-bool openLog(const std::string& name, Options& options) {
-  if (name.empty()) return true;
-  std::FILE* const file = name == "-" ? stderr : std::fopen(name.c_str(), "we");
-  if (file == nullptr) return false;
-  options.log = [file](const std::string& line) {
-    const std::string text = logText(std::chrono::system_clock::now(), line) + "\n";
-    std::fwrite(text.data(), 1, text.size(), file);
-    std::fflush(file);
-  };
-  return true;
+// The daemon's log, and the trace where it is wanted. Made before what writes to it, closed or
+// destroyed after that.
+class Log {
+ public:
+  explicit Log(const Arguments& arguments) : mArguments(arguments) {}
+  ~Log() { close(); }
+  Log(const Log&) = delete;
+  Log& operator=(const Log&) = delete;
+
+  bool open(Options& options) {
+    const std::string& name = mArguments.log;
+    if (name.empty()) return true;
+    mFile = name == "-" ? stderr : std::fopen(name.c_str(), "we");
+    if (mFile == nullptr) return told(errno);
+    mOutput.emplace(mArguments.json, mFile);
+    options.log = mOutput->log();
+    if (mArguments.trace) options.trace = mOutput->trace();
+    return true;
+  }
+  // False when it could not be written whole.
+  bool close() {
+    if (mFile == nullptr) return true;
+    int error = mOutput->finish();
+    if (mFile != stderr && std::fclose(mFile) != 0 && error == 0) error = errno;
+    mFile = nullptr;
+    return error == 0 || told(error);
+  }
+
+ private:
+  bool told(int error) const {
+    std::fprintf(stderr, "orbd-sim run: %s: %s\n", mArguments.log.c_str(), std::strerror(error));
+    return false;
+  }
+
+  const Arguments& mArguments;
+  std::FILE* mFile = nullptr;
+  std::optional<Output> mOutput;
+};
+
+int cannotPlay(const std::string& error) {
+  std::fprintf(stderr, "orbd-sim run: %s\n", error.c_str());
+  return orbtool::kExitFailed;
+}
+
+// The command, and its status.
+int runCommand(const Arguments& arguments, const std::string& socket, RunProcess& process) {
+  const auto environment = environmentWith(kSocketVariable, socket);
+  const int status = process.start(arguments.command, environment, /*sheltered=*/false);
+  if (status != 0) return cannotStart(arguments.command.front(), status);
+  return process.wait([&process](int signal) { process.kill(signal); });
 }
 
 // The daemon here, the command beside it.
@@ -139,36 +165,37 @@ int runHere(const Arguments& arguments, const Scenario& scenario) {
     ::fcntl(arguments.signals, F_SETFD, FD_CLOEXEC);
     listenForSignals(arguments.signals);
   }
-  const PrivateFolder folder;
+  const PrivateSocket socket(ownsDefaultPlace() ? kSocketPath : "");
+  if (socket.path().empty()) return cannotPlay(socket.error());
+  if (socket.path() != kSocketPath && !redirected()) {
+    std::fprintf(stderr,
+                 "orbd-sim run: listening on %s, where applications look only under "
+                 "'orb-sandbox --redirect'\n",
+                 socket.path().c_str());
+  }
   Options options;
   options.record = false;
-  options.socketPath = ownsDefaultPlace() ? kSocketPath : folder.path() + "/orb";
-  if (!openLog(arguments.log, options)) {
-    std::fprintf(stderr, "orbd-sim run: %s: %s\n", arguments.log.c_str(), std::strerror(errno));
-    return orbtool::kExitFailed;
-  }
+  options.socketPath = socket.path();
+  Log log(arguments);
+  if (!log.open(options)) return orbtool::kExitFailed;
   ScenarioRun run(scenario, options);
   run.onEnd(RunProcess::askToEnd);
-  std::string error;
-  if (!run.start()) error = run.error();
-  if (error.empty() && !arguments.control.empty()) error = run.control(arguments.control);
-  if (!error.empty()) {
-    std::fprintf(stderr, "orbd-sim run: %s\n", error.c_str());
-    return orbtool::kExitFailed;
-  }
+  if (!run.start()) return cannotPlay(run.error());
+  const std::string error =
+      arguments.control.empty() ? std::string() : run.control(arguments.control);
+  if (!error.empty()) return cannotPlay(error);
 
   RunProcess process;
-  const auto environment = environmentWith(kSocketVariable, options.socketPath);
-  int status = process.start(arguments.command, environment, /*sheltered=*/false);
-  if (status != 0) return cannotStart(arguments.command.front(), status);
-  status = process.wait([&process](int signal) { process.kill(signal); });
+  const int status = runCommand(arguments, socket.path(), process);
   run.stop();
-  if (process.cutShort()) return status;
+  const bool logged = log.close();
+  if (process.cutShort() || !process.started()) return status;
   const auto failures = run.failures();
   for (const std::string& failure : failures) {
     std::fprintf(stderr, "orbd-sim run: %s\n", failure.c_str());
   }
-  return failures.empty() ? status : kExitUnexpected;
+  if (!failures.empty()) return kExitUnexpected;
+  return status == 0 && !logged ? orbtool::kExitFailed : status;
 }
 
 std::string foldersToKeep(const Arguments& arguments, const std::string& program) {
@@ -193,7 +220,7 @@ std::string foldersToKeep(const Arguments& arguments, const std::string& program
 // others there.
 int runInSandbox(const Arguments& arguments, const std::string& sandbox) {
   RunProcess::prepare();
-  const std::string program = ownPath();
+  const std::string program = programPath();
   const std::string path = Scenario::pathOf(arguments.file);
   const int file = ::open(path.c_str(), O_RDONLY);
   int pipe[2] = {-1, -1};
@@ -206,7 +233,9 @@ int runInSandbox(const Arguments& arguments, const std::string& sandbox) {
                                       "--signals-from=" + std::to_string(pipe[0])};
   if (!arguments.control.empty()) command.push_back("--control=" + arguments.control);
   if (!arguments.log.empty()) command.push_back("--log=" + arguments.log);
-  command.push_back("/proc/self/fd/" + std::to_string(file));
+  if (arguments.trace) command.push_back("--trace");
+  if (arguments.json) command.push_back("--json");
+  command.push_back(kOpenFiles + std::to_string(file));
   command.push_back("--");
   command.insert(command.end(), arguments.command.begin(), arguments.command.end());
 
@@ -221,6 +250,12 @@ int runInSandbox(const Arguments& arguments, const std::string& sandbox) {
   });
 }
 
+// The file that the parent outside of the sandbox has opened for us is not the command's.
+void closeOpened(const std::string& path) {
+  const size_t length = std::strlen(kOpenFiles);
+  if (path.compare(0, length, kOpenFiles) == 0) ::close(std::atoi(path.c_str() + length));
+}
+
 int run(const Arguments& arguments) {
   std::string error;
   const auto scenario = Scenario::fromFile(arguments.file, error);
@@ -228,12 +263,14 @@ int run(const Arguments& arguments) {
     std::fprintf(stderr, "orbd-sim run: %s\n", error.c_str());
     return orbtool::kExitUsage;
   }
-  const bool wanted = arguments.sandbox || (!arguments.noSandbox && !ownsDefaultPlace());
+  if (arguments.signals >= 0) closeOpened(arguments.file);
+  const bool reached = redirected() || ownsDefaultPlace();
+  const bool wanted = arguments.sandbox || (!arguments.noSandbox && !reached);
   const std::string sandbox = wanted ? findSandbox() : std::string();
   if (!sandbox.empty()) return runInSandbox(arguments, sandbox);
   if (arguments.sandbox) {
     std::fprintf(stderr, "orbd-sim run: there is no %s beside %s\n", kSandboxBeside,
-                 ownPath().c_str());
+                 programPath().c_str());
     return orbtool::kExitFailed;
   }
   return runHere(arguments, *scenario);
@@ -262,20 +299,25 @@ Command addRun(orbtool::CommandLine& line) {
                   "Write the daemon's log to FILE; - for standard error.")
       ->type_name("FILE")
       ->take_last();
+  addTraceOptions(*app, arguments->trace, arguments->json);
+  app->get_option("--trace")->needs("--log")->description(
+      "Write each record of the handshake and each frame decoded to the log");
+  app->get_option("--json")->description("Write trace and log as JSON, an object a line");
   CLI::Option* const sandbox = app->add_flag(
       "--sandbox", arguments->sandbox,
       "Run both in a sandbox, with a /dev/socket of its own. This is what happens unless there is "
-      "a /dev/socket that can be written.");
+      "a /dev/socket that can be written, or made, or 'orb-sandbox -r' is around.");
   app->add_flag("--no-sandbox", arguments->noSandbox,
-                "Do without. Where /dev/socket cannot be written the socket is in a folder of its "
-                "own, and ORB_SOCKET tells the command.")
+                "Do without. Where /dev/socket cannot be written or made, and under 'orb-sandbox "
+                "-r', the socket is in a folder of its own. Only under the latter "
+                "applications find it there, by ORB_SOCKET.")
       ->excludes(sandbox);
   app->add_option("--signals-from", arguments->signals, "")->group("");
   app->footer(
       "SIGINT, SIGTERM and SIGHUP are passed on to the command; a second one kills it.\n"
       "Exit status: the command's, 128 and the number of the signal that killed it, 126 or 127\n"
       "when it cannot be started; 3 the client did not do what the scenario expects; 1 the daemon\n"
-      "cannot be played, 2 wrong arguments or a wrong scenario.\n"
+      "cannot be played or the log not written, 2 wrong arguments or a wrong scenario.\n"
       "Example: orbd-sim run handoff -- ./app --verbose");
   return {app, [arguments, &line] {
             if (arguments->command.empty()) return line.refuse("no command to run behind --");

@@ -33,6 +33,7 @@ class RunProcess {
   static void askToEnd();
   void kill(int signal) const;
 
+  bool started() const { return mChild > 0; }
   // Whether a second signal cut the waiting short.
   bool cutShort() const { return mCutShort; }
 

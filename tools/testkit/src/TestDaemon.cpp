@@ -7,8 +7,9 @@
 #include <optional>
 #include <utility>
 
-#include "PrivateSocket.h"
+#include "ProcessRedirection.h"
 #include "Words.h"
+#include "orbsim/PrivateSocket.h"
 #include "orbsim/Requests.h"
 #include "orbsim/Scenario.h"
 #include "orbsim/World.h"

@@ -4,16 +4,15 @@
 #include "orbsim/Scenario.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 
 #include "Json.h"
+#include "orbsim/ProgramPath.h"
 
 namespace orbsim {
 namespace {
@@ -23,14 +22,6 @@ constexpr char kFolderVariable[] = "ORB_SCENARIOS";
 bool isFile(const std::string& path) {
   struct stat status = {};
   return ::stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
-}
-
-std::string folderOfProgram() {
-  char path[PATH_MAX];
-  const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
-  if (length <= 0) return {};
-  const std::string program(path, static_cast<size_t>(length));
-  return program.substr(0, program.rfind('/'));
 }
 
 std::optional<std::string> contentOf(const std::string& file, std::string& error) {
@@ -59,7 +50,7 @@ std::string readyScenario(const std::string& name) {
 std::vector<std::string> Scenario::folders() {
   if (const char* const named = std::getenv(kFolderVariable)) return {named};
   std::vector<std::string> all;
-  std::string folder = folderOfProgram();
+  std::string folder = folderOf(programPath());
   all.push_back(folder + "/../share/orbd-sim/scenarios");
   // A build tree lies somewhere below the sources.
   for (int i = 0; i < 6 && !folder.empty(); ++i) {

@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-#include "PrivateSocket.h"
+#include "ProcessRedirection.h"
 
 #include <dlfcn.h>
-#include <stdlib.h>
-#include <sys/un.h>
-#include <unistd.h>
+#include <sys/socket.h>
 
 #include <atomic>
-#include <cerrno>
-#include <cstring>
-#include <utility>
 
 #include "Redirection.h"
 
@@ -28,31 +23,6 @@ bool comesFirst() {
 }
 
 }  // namespace
-
-PrivateSocket::PrivateSocket(std::string path) : mPath(std::move(path)) {
-  if (!mPath.empty()) return;
-  // A socket's path is short; that of a folder for temporary files may be too long for one.
-  const char* const wanted = getenv("TMPDIR");
-  if (wanted != nullptr && *wanted == '/' && makeIn(wanted)) return;
-  makeIn("/tmp");
-}
-
-PrivateSocket::~PrivateSocket() {
-  if (!mFolder.empty()) ::rmdir(mFolder.c_str());
-}
-
-bool PrivateSocket::makeIn(const std::string& parent) {
-  std::string folder = parent + "/orbsim-XXXXXX";
-  if (folder.size() + sizeof "/orb" > sizeof(sockaddr_un::sun_path)) return false;
-  if (::mkdtemp(folder.data()) == nullptr) {
-    mError = "cannot make a folder in " + parent + ": " + std::strerror(errno);
-    return false;
-  }
-  mFolder = folder;
-  mPath = folder + "/orb";
-  mError.clear();
-  return true;
-}
 
 ProcessRedirection::ProcessRedirection(const std::string& path) {
   if (!comesFirst()) {
