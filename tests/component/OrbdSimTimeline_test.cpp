@@ -3,6 +3,7 @@
 
 // Things of a timeline that last, and end: each for as long as it says, whatever comes between.
 
+#include <algorithm>
 #include <condition_variable>
 
 #include "OrbdSimClient.h"
@@ -110,6 +111,18 @@ TEST_F(OrbdSimTimelineTest, DaemonThatIsBackRefusesForAsLongAsTheFaultSays) {
   playToTheEnd(R"({"at": 0.01, "fault": {"words": "refuse", "for": 3600}},
                   {"at": 0.02, "vanish": 0.1})");
   EXPECT_FALSE(Client(path()).connected());
+}
+
+TEST_F(OrbdSimTimelineTest, EachStepHasALineInTheLog) {
+  playToTheEnd(R"({"at": 0, "delay": 0}, {"at": 0.01, "rate": 5}, {"at": 0.02, "rat": "5g"},
+                  {"at": 0.03, "pause": true}, {"at": 0.04, "drop": 9}, {"at": 0.05, "vanish": 3600})");
+  const auto lines = log.lines();
+  const auto start = std::find(lines.begin(), lines.end(), R"(scenario: {"rate":5})");
+  ASSERT_EQ(R"(scenario: {"delay":0})", lines.front());
+  EXPECT_EQ((std::vector<std::string>{R"(scenario: {"rate":5})", R"(scenario: {"rat":"5g"})",
+                                      R"(scenario: {"pause":true})", R"(scenario: {"drop":9})",
+                                      "not done: no session 9", R"(scenario: {"vanish":3600})"}),
+            (std::vector<std::string>{start, lines.end()}));
 }
 
 }  // namespace

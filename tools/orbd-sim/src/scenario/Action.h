@@ -59,6 +59,7 @@ using Action = std::variant<HandoffOrder, RateAction, LatencyAction, TechnologyA
 struct Step {
   Milliseconds at{0};
   Action action;
+  std::string words;  // as it was written, without its time
 };
 
 // What a client is to do. Times are those of the scenario.

@@ -226,7 +226,9 @@ bool readTimeline(const Json& json, ScenarioData& data, std::string& error) {
     const std::string place = placeOf("/timeline", std::to_string(i));
     const auto action = readAction(json.at(i), place, error);
     if (!action) return false;
-    placed.push_back({{secondsOf(json.at(i).at("at")), *action}, place});
+    Json words = json.at(i);
+    words.erase("at");
+    placed.push_back({{secondsOf(json.at(i).at("at")), *action, words.dump()}, place});
   }
   std::stable_sort(placed.begin(), placed.end(), [](const Placed& one, const Placed& other) {
     return one.step.at < other.step.at;

@@ -120,9 +120,8 @@ std::string ControlServer::answer(const std::string& line) {
   const auto action = readAction(*json, "", error);
   if (!action) return refusal(error, true);
   if (std::holds_alternative<StatusAction>(*action)) return status();
-  error = mStage.perform(*action);
+  error = mStage.perform(*action, "control: " + line);
   if (!error.empty()) return refusal(error, false);
-  mDaemon.log("control: " + line);
   return lineOf({{"ok", true}});
 }
 

@@ -43,7 +43,7 @@ class ScenarioRun::Player {
   Options configured(Options options);
   void begun(Clock::time_point epoch);
   void schedule(Clock::time_point epoch, const Step& step);
-  void makeState(Action action);
+  void makeState(const Step& step);
   void orderModel(const Step& step);
   static bool isModel(const Action& action) {
     return std::holds_alternative<HandoffOrder>(action) ||
@@ -51,6 +51,8 @@ class ScenarioRun::Player {
            std::holds_alternative<LatencyAction>(action) ||
            std::holds_alternative<TechnologyAction>(action);
   }
+  // What the log says of it.
+  static std::string wordsOf(const Step& step) { return "scenario: " + step.words; }
   // What has to be so before anybody connects.
   static bool isState(const Action& action);
   Milliseconds timelineEnd() const;
@@ -81,7 +83,7 @@ class ScenarioRun::Player {
 Options ScenarioRun::Player::configured(Options options) {
   mScenario.configure(options);
   options.onFrame = [this](const Frame& frame) {
-    mExpectations.request(wordsOf(frame), now());
+    mExpectations.request(orbsim::wordsOf(frame), now());
     changed();
   };
   options.onSession = [this](const SessionView& session, bool open) {
@@ -102,9 +104,8 @@ bool ScenarioRun::Player::start() {
     const Step& step = data().timeline[i];
     if (isModel(step.action)) {
       orderModel(step);
-      mDone.insert(i);
     } else if (step.at.count() == 0 && isState(step.action)) {
-      makeState(step.action);
+      makeState(step);
       if (const auto* const fault = std::get_if<FaultAction>(&step.action)) faults.push_back(fault);
       mDone.insert(i);
     }
@@ -115,13 +116,14 @@ bool ScenarioRun::Player::start() {
 }
 
 // Its length, if it has one, counts from the beginning, so the end is a step of its own then.
-void ScenarioRun::Player::makeState(Action action) {
+void ScenarioRun::Player::makeState(const Step& step) {
+  Action action = step.action;
   auto* const fault = std::get_if<FaultAction>(&action);
   auto* const pause = std::get_if<PauseAction>(&action);
   std::optional<Milliseconds> length;
   if (fault != nullptr) length = std::exchange(fault->length, std::nullopt);
   if (pause != nullptr) length = std::exchange(pause->length, std::nullopt);
-  mStage.perform(action);
+  mStage.perform(action, wordsOf(step));
   if (length)
     mEnds.push_back({*length, fault != nullptr ? mStage.faultsEnd() : mStage.pausesEnd()});
 }
@@ -141,8 +143,11 @@ void ScenarioRun::Player::orderModel(const Step& step) {
 
 void ScenarioRun::Player::schedule(Clock::time_point epoch, const Step& step) {
   mStage.at(epoch + step.at, [this, &step] {
-    const std::string reason = mStage.perform(step.action);
-    if (!reason.empty()) mDaemon.log("not done: " + reason);
+    if (isModel(step.action)) {
+      mDaemon.log(wordsOf(step));  // the device does it by itself
+    } else {
+      mStage.perform(step.action, wordsOf(step));
+    }
   });
 }
 

@@ -52,9 +52,15 @@ void Stage::loop() {
   }
 }
 
-std::string Stage::perform(const Action& action) {
-  const std::lock_guard<std::mutex> lock(mActing);
-  return std::visit([this](const auto& what) { return act(what); }, action);
+std::string Stage::perform(const Action& action, const std::string& words) {
+  mDaemon.log(words);
+  std::string reason;
+  {
+    const std::lock_guard<std::mutex> lock(mActing);
+    reason = std::visit([this](const auto& what) { return act(what); }, action);
+  }
+  if (!reason.empty()) mDaemon.log("not done: " + reason);
+  return reason;
 }
 
 std::string Stage::act(const HandoffOrder& order) {
@@ -81,7 +87,6 @@ std::string Stage::act(const TechnologyAction& action) {
 std::string Stage::act(const VanishAction& action) {
   if (mGone) return "the daemon is gone already";
   mGone = true;
-  mDaemon.log("vanishes");
   mDaemon.vanish();
   at(Clock::now() + action.length, [this] {
     const std::lock_guard<std::mutex> lock(mActing);

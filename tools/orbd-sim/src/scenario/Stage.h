@@ -28,8 +28,8 @@ class Stage {
   Stage(const Stage&) = delete;
   Stage& operator=(const Stage&) = delete;
 
-  // Carries it out. Empty, or why it cannot be done now.
-  std::string perform(const Action& action);
+  // Carries it out; the log has a line with `words` first. Empty, or why it cannot be done now.
+  std::string perform(const Action& action, const std::string& words);
   void at(Clock::time_point time, std::function<void()> what);
   // What ends the present fault or pause, and leaves one alone that has come after it.
   std::function<void()> faultsEnd();
