@@ -16,8 +16,8 @@
 
 // Core of the SDK client: one worker thread for all client types, a listener per type and the
 // dispatch of events. handleEvent() and the pure operations run on the worker, the notify functions
-// on the thread that has the news. mLock guards listeners, active types and registrations; it is
-// never held while a listener runs. The worker's thread holds a reference to the client for as long
+// on the thread that has the news. mLock guards what belongs to a type; it is never held while a
+// listener runs. The worker's thread holds a reference to the client for as long
 // as it runs.
 class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClientEvent>>,
                       public std::enable_shared_from_this<SdkClientBase> {
@@ -48,33 +48,40 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   bool isTypeActive(OrbSdkClientType type);
   bool isRunning() const { return mRunning; }
 
-  void notifyReceivedBlob(OrbSdkClientType type, const std::vector<uint8_t>& blob);
-  void notifyServiceUp(OrbSdkClientType type);
-  void notifyServiceDown();
+  // The one way to the listeners. A connection passes its flag @p stopped: once that is set, which
+  // is done under mLock, nothing that the connection has to tell is delivered.
+  using Stopped = std::atomic<bool>;
+  void notifyReceivedBlob(OrbSdkClientType type, const std::vector<uint8_t>& blob,
+                          const Stopped* stopped = nullptr);
+  void notifyServiceUp(OrbSdkClientType type, const Stopped* stopped = nullptr);
+  void notifyServiceDown(const Stopped* stopped = nullptr);
 
  protected:
   void sdkThread(OrbSdkClientType type, std::shared_ptr<SdkClientEvent> event);
-  // The cleanup event of @p type has been handled; returns true when no type is active any more,
-  // which ends the worker after its present pass.
-  virtual bool retireType(OrbSdkClientType type);
-  // Whether a failure to send for @p type is still anybody's business.
-  virtual bool isLeaving(OrbSdkClientType) { return false; }
+  // Sends the disable message, which @p event carries; false when it did not go out.
+  virtual bool sendDisableMessage(SdkClientEvent& event) = 0;
+  // The cleanup event of @p type has been handled: one user less. True when no type is active any
+  // more, which ends the worker after its present pass.
+  virtual bool deactivateType(OrbSdkClientType type);
+  // Whether a failure to send for @p type is nobody's business any more.
+  virtual bool isBeingDisabled(OrbSdkClientType) { return false; }
 
-  // Shared, because a copy would need memory at moments that must not fail. Empty for a type that
-  // has never registered.
+  // Shared, because a copy would need memory at moments that must not fail.
   using ListenerRef = std::shared_ptr<const Listener>;
-  using Listeners = std::array<ListenerRef, kOrbSdkClientTypes>;  // by type
+  // What belongs to one client type.
+  struct TypeState {
+    unsigned registrations = 0;  // the type is active while there are any
+    ListenerRef listener;        // empty for a type that has never registered
+  };
+  // Empty for unknown types.
   ListenerRef knownListener(OrbSdkClientType type) ORB_REQUIRES(mLock);
   // The same, and the type counts as registered from now on, with an empty listener if need be.
   ListenerRef listenerOf(OrbSdkClientType type);
-  void deliverBlob(OrbSdkClientType type, const ListenerRef& listener,
-                   const std::vector<uint8_t>& blob);
   static void call(const ListenerRef& listener, SdkStatus status);
-  static void callAll(const Listeners& listeners, SdkStatus status);
 
   // Connects when that is needed, then sends. False when the blob did not go out; a connection
   // that could not be had has been reported by then.
-  bool deliver(const SdkClientEvent& event);
+  bool deliver(SdkClientEvent& event);
 
   void goOnWithoutWait();
 
@@ -83,8 +90,6 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   Semaphore mNeverSignalled;
 
   Mutex mLock;
-  std::vector<bool> mActiveTypes ORB_GUARDED_BY(mLock);
-  std::array<unsigned, kOrbSdkClientTypes> mRegistrations ORB_GUARDED_BY(mLock){};
-  Listeners mListeners ORB_GUARDED_BY(mLock);
+  std::array<TypeState, kOrbSdkClientTypes> mTypes ORB_GUARDED_BY(mLock);
   const ListenerRef mNoListener = std::make_shared<const Listener>();
 };

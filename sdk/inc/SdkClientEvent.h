@@ -24,9 +24,9 @@ class SdkClientEvent : public OrbEventBase {
       : cleanup(lastOfType), type(clientType), blob(std::move(message)) {}
   bool isMultiThreadEvent() override { return true; }
 
-  const bool cleanup;  // after this event the client type is retired
+  const bool cleanup;  // carries the disable message; after it the client type is deactivated
   const OrbSdkClientType type;
   const std::vector<uint8_t> blob;
   bool inbound = false;  // came from the service and goes to the listener
-  bool silent = false;   // retires the type without a word to the service
+  bool silent = false;   // a cleanup event without a disable message
 };

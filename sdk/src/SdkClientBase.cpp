@@ -44,13 +44,15 @@ size_t index(OrbSdkClientType type) {
   return std::min(static_cast<size_t>(type), kOrbSdkClientTypes - 1);
 }
 
+bool isSet(const SdkClientBase::Stopped* stopped) { return stopped != nullptr && *stopped; }
+
 }  // namespace
 
 uint64_t SdkClientBase::mTransactionId = 1;
 uint32_t SdkClientBase::mTransactionId32 = 1;
 
 SdkClientBase::SdkClientBase(OrbTimer* timer, orb::utils::EventManager* eventManager)
-    : OrbEventHandler("SdkClientBase", timer, eventManager), mActiveTypes(kOrbSdkClientTypes) {}
+    : OrbEventHandler("SdkClientBase", timer, eventManager) {}
 
 SdkClientBase::~SdkClientBase() = default;
 
@@ -93,7 +95,7 @@ void SdkClientBase::sdkThread(OrbSdkClientType, std::shared_ptr<SdkClientEvent> 
 }
 
 // The epoll descriptor is unusable, for instance because the application has closed it. Requests
-// and farewells are still handled, only later, and the loop does not spin.
+// and cleanup events are still handled, only later, and the loop does not spin.
 void SdkClientBase::goOnWithoutWait() {
   mNeverSignalled.decreaseFor(kWithoutWait);
   handleQueued();
@@ -114,44 +116,46 @@ void SdkClientBase::handleEvent(std::shared_ptr<SdkClientEvent> event) {
       return;
     }
   }
-  if (!deliver(*event) && !isLeaving(type)) call(listenerOf(type), SendFailed);
+  if (!deliver(*event) && !isBeingDisabled(type)) call(listenerOf(type), SendFailed);
   if (event->cleanup) {
     SDK_LOG(kTag, "cleanup");
-    retireType(type);
+    deactivateType(type);
   }
 }
 
-bool SdkClientBase::deliver(const SdkClientEvent& event) {
+bool SdkClientBase::deliver(SdkClientEvent& event) {
   try {
-    if (!isConnected(event.type) && !event.cleanup) {
+    bool connected = isConnected(event.type);
+    if (!connected && !event.cleanup) {
       SDK_LOG_AS(kTag, __FILE__, kHandleEvent, "Reconnect client");
       connectOrbSdkClient(event.type);
+      connected = isConnected(event.type);
     }
-    return event.silent || !isConnected(event.type) || sendBlobToService(event.type, event.blob);
+    if (event.silent || !connected) return true;
+    return event.cleanup ? sendDisableMessage(event) : sendBlobToService(event.type, event.blob);
   } catch (const std::bad_alloc&) {
     return false;
   }
 }
 
-bool SdkClientBase::retireType(OrbSdkClientType type) {
+bool SdkClientBase::deactivateType(OrbSdkClientType type) {
   const LockGuard lock(mLock);
-  unsigned& registrations = mRegistrations[index(type)];
+  unsigned& registrations = mTypes[index(type)].registrations;
   if (registrations > 0) --registrations;
-  if (registrations == 0) mActiveTypes[index(type)] = false;
-  const bool last = std::find(mActiveTypes.begin(), mActiveTypes.end(), true) == mActiveTypes.end();
+  const bool last = std::none_of(mTypes.begin(), mTypes.end(),
+                                 [](const TypeState& each) { return each.registrations > 0; });
   if (last) mRunning = false;
   return last;
 }
 
 void SdkClientBase::activateType(OrbSdkClientType type) {
   const LockGuard lock(mLock);
-  ++mRegistrations[index(type)];
-  mActiveTypes[index(type)] = true;
+  ++mTypes[index(type)].registrations;
 }
 
 bool SdkClientBase::isTypeActive(OrbSdkClientType type) {
   const LockGuard lock(mLock);
-  return mActiveTypes[index(type)];
+  return mTypes[index(type)].registrations > 0;
 }
 
 void SdkClientBase::setClientListener(OrbSdkClientType type, Listener listener) {
@@ -159,32 +163,31 @@ void SdkClientBase::setClientListener(OrbSdkClientType type, Listener listener) 
   if (number >= kOrbSdkClientTypes) return;
   ListenerRef exchanged = std::make_shared<const Listener>(std::move(listener));
   const LockGuard lock(mLock);
-  mListeners[number].swap(exchanged);  // the former one goes after the lock
+  mTypes[number].listener.swap(exchanged);  // the former one goes after the lock
 }
 
 SdkClientBase::ListenerRef SdkClientBase::knownListener(OrbSdkClientType type) {
   const size_t number = static_cast<size_t>(type);
-  return number < kOrbSdkClientTypes ? mListeners[number] : nullptr;
+  return number < kOrbSdkClientTypes ? mTypes[number].listener : nullptr;
 }
 
 SdkClientBase::ListenerRef SdkClientBase::listenerOf(OrbSdkClientType type) {
   const size_t number = static_cast<size_t>(type);
+  if (number >= kOrbSdkClientTypes) return nullptr;
   const LockGuard lock(mLock);
-  if (number < kOrbSdkClientTypes && !mListeners[number]) mListeners[number] = mNoListener;
-  return knownListener(type);
+  ListenerRef& listener = mTypes[number].listener;
+  if (!listener) listener = mNoListener;
+  return listener;
 }
 
-void SdkClientBase::notifyReceivedBlob(OrbSdkClientType type, const std::vector<uint8_t>& blob) {
+void SdkClientBase::notifyReceivedBlob(OrbSdkClientType type, const std::vector<uint8_t>& blob,
+                                       const Stopped* stopped) {
   ListenerRef listener;
   {
     const LockGuard lock(mLock);
+    if (isSet(stopped)) return;
     listener = knownListener(type);
   }
-  deliverBlob(type, listener, blob);
-}
-
-void SdkClientBase::deliverBlob(OrbSdkClientType type, const ListenerRef& listener,
-                                const std::vector<uint8_t>& blob) {
   const int typeNumber = static_cast<int>(type);
   if (!listener) {
     __android_log_print(
@@ -192,32 +195,30 @@ void SdkClientBase::deliverBlob(OrbSdkClientType type, const ListenerRef& listen
         "OrbSdkClientType %d is not registered with this client. Should never occur!", typeNumber);
     return;
   }
-  constexpr char kFunction[] = "notifyReceivedBlob";
-  if (!*listener) SDK_LOG_AS(kTag, __FILE__, kFunction, "second null");
-  SDK_LOG_AS(kTag, __FILE__, kFunction, "Send response RESPONSE %d", typeNumber);
+  if (!*listener) SDK_LOG(kTag, "second null");
+  SDK_LOG(kTag, "Send response RESPONSE %d", typeNumber);
   (*listener)(BlobReceived, blob);
 }
 
-void SdkClientBase::notifyServiceUp(OrbSdkClientType type) {
+void SdkClientBase::notifyServiceUp(OrbSdkClientType type, const Stopped* stopped) {
   ListenerRef listener;
   {
     const LockGuard lock(mLock);
+    if (isSet(stopped)) return;
     listener = knownListener(type);
   }
   call(listener, ServiceUp);
 }
 
-void SdkClientBase::notifyServiceDown() {
-  Listeners listeners;
+void SdkClientBase::notifyServiceDown(const Stopped* stopped) {
+  std::array<ListenerRef, kOrbSdkClientTypes> listeners;  // in ascending order of types
   {
     const LockGuard lock(mLock);
-    listeners = mListeners;
+    if (isSet(stopped)) return;
+    std::transform(mTypes.begin(), mTypes.end(), listeners.begin(),
+                   [](const TypeState& each) { return each.listener; });
   }
-  callAll(listeners, ServiceDown);
-}
-
-void SdkClientBase::callAll(const Listeners& listeners, SdkStatus status) {
-  for (const ListenerRef& listener : listeners) call(listener, status);
+  for (const ListenerRef& listener : listeners) call(listener, ServiceDown);
 }
 
 void SdkClientBase::call(const ListenerRef& listener, SdkStatus status) {

@@ -233,6 +233,19 @@ TEST_F(SdkClientTest, RetiringATypeWithoutFarewellSendsNothing) {
   EXPECT_EQ(1u, mDaemon.totals().frames);
 }
 
+TEST_F(SdkClientTest, RequestWithTheBytesOfTheDisableMessageIsNotThatMessage) {
+  mClient = join(Type::LCE);
+  const auto cleanup = std::make_shared<SdkClientEvent>(Type::LCE, Blob{1}, true);
+  const auto disable = std::make_shared<SdkDisable>(cleanup);
+  mClient->noteDisable(Type::LCE, SdkDisable::Place{disable});
+  EXPECT_TRUE(mClient->sendBlobToService(Type::LCE, {1}));
+  EXPECT_TRUE(disable->claimMessage()) << "it is still to be sent";
+  disable->noteMessageSent();
+  mClient->postEvent(cleanup);
+  ASSERT_TRUE(mDaemon.waitForSessionsClosed(1));
+  EXPECT_EQ(2u, mDaemon.totals().frames) << "not by the worker: somebody else had claimed it";
+}
+
 TEST_F(SdkClientTest, NewClientIsMadeAfterTheLastHasLeft) {
   join(Type::LCE);
   SdkClient::destroyInstance(Type::LCE);

@@ -84,7 +84,7 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
   }
 };
 
-TEST_F(OutOfMemoryThreads, WorkerLosesNothingInSilenceAndRetiresItsTypes) {
+TEST_F(OutOfMemoryThreads, WorkerLosesNothingInSilenceAndDeactivatesItsTypes) {
   for (const ServiceOps& service : kServices) {
     failEach("worker", service, [&](size_t nth) {
       const bool failed = wholeLifeFails(service, nth, [this] { expectNothingLeft(); });

@@ -42,18 +42,18 @@ class SdkBaseTest : public ::testing::Test {
   void TearDown() override { leave(); }
 
   // A cleanup event makes no connection, so that no daemon is needed.
-  static std::shared_ptr<SdkClientEvent> farewell() {
+  static std::shared_ptr<SdkClientEvent> cleanup() {
     return std::make_shared<SdkClientEvent>(OrbSdkClientType::LCE, std::vector<uint8_t>(), true);
   }
   SdkBase::Created create(const SdkBase::Change& change = {}) {
     return mService->createSdkInstance(
         OrbSdkClientType::LCE, [](SdkClientBase::SdkStatus, const std::vector<uint8_t>&) {},
-        nullptr, farewell(), change);
+        nullptr, cleanup(), change);
   }
   bool leave() {
-    const auto departure = mService->beginLeaving();
-    if (departure) SdkBase::finishLeaving(departure);
-    return departure != nullptr;
+    const auto disable = mService->beginDisable();
+    if (disable) SdkBase::finishDisable(disable);
+    return disable != nullptr;
   }
 
   const std::shared_ptr<Service> mService = std::make_shared<Service>();
@@ -61,7 +61,7 @@ class SdkBaseTest : public ::testing::Test {
 
 TEST_F(SdkBaseTest, HasNoClientAtFirst) {
   EXPECT_FALSE(mService->hasClient());
-  EXPECT_FALSE(mService->accept({}, farewell()));
+  EXPECT_FALSE(mService->accept({}, cleanup()));
   EXPECT_FALSE(leave());
 }
 
@@ -71,8 +71,8 @@ TEST_F(SdkBaseTest, RefusedCallChangesNothing) {
   EXPECT_FALSE(mService->accept(change));
   ASSERT_EQ(SdkBase::Created::Yes, create());
   ASSERT_TRUE(leave());
-  EXPECT_FALSE(mService->accept(change, farewell()));
-  EXPECT_EQ(SdkBase::Created::Left, create(change));
+  EXPECT_FALSE(mService->accept(change, cleanup()));
+  EXPECT_EQ(SdkBase::Created::Disabled, create(change));
   EXPECT_FALSE(changed);
 }
 
@@ -128,8 +128,8 @@ TEST_F(SdkBaseTest, ObjectThatHasLeftTakesNothingMore) {
   ASSERT_EQ(SdkBase::Created::Yes, create());
   EXPECT_TRUE(leave());
   EXPECT_FALSE(mService->hasClient());
-  EXPECT_FALSE(mService->accept({}, farewell()));
-  EXPECT_EQ(SdkBase::Created::Left, create());
+  EXPECT_FALSE(mService->accept({}, cleanup()));
+  EXPECT_EQ(SdkBase::Created::Disabled, create());
   EXPECT_FALSE(leave());
 }
 

@@ -33,6 +33,9 @@ class FakeClient : public SdkClientBase {
     note("send " + number(type) + " " + std::to_string(blob.size()));
     return sendable;
   }
+  bool sendDisableMessage(SdkClientEvent& event) override {
+    return sendBlobToService(event.type, event.blob);
+  }
 
   void note(const std::string& what) {
     const std::lock_guard<std::mutex> lock(mNotesLock);
@@ -183,7 +186,7 @@ TEST_F(SdkClientBaseTest, InboundEventWithoutListenerIsSentLikeAnyOther) {
   EXPECT_EQ(mClient->notes(), (Strings{"connect 9", "send 9 2"}));
 }
 
-TEST_F(SdkClientBaseTest, CleanupOfAnUnconnectedTypeOnlyRetiresIt) {
+TEST_F(SdkClientBaseTest, CleanupOfAnUnconnectedTypeOnlyDeactivatesIt) {
   mClient->setRunning(true);
   mClient->activateType(Type::LCE);
   handle(Type::LCE, {1}, true);
@@ -227,7 +230,7 @@ TEST_F(SdkClientBaseTest, OneOfTwoTypesKeepsTheWorkerRunning) {
   EXPECT_FALSE(mClient->isRunning());
 }
 
-TEST_F(SdkClientBaseTest, LateCleanupDoesNotRetireASuccessorOfTheSameType) {
+TEST_F(SdkClientBaseTest, LateCleanupDoesNotDeactivateASuccessorOfTheSameType) {
   mClient->setRunning(true);
   mClient->activateType(Type::LCE);
   mClient->activateType(Type::LCE);

@@ -2,15 +2,16 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <list>
-#include <map>
+#include <array>
+#include <chrono>
 #include <memory>
 #include <vector>
 
 #include "Mutex.h"
 #include "OrbIpcClientSession.h"
 #include "SdkClientBase.h"
-#include "SdkDeparture.h"
+#include "SdkClientEndpoint.h"
+#include "SdkDisable.h"
 #include "SendBlobMessage.h"
 
 // Deletes an event manager whose loop runs no more: removals that wait for the next pass get it
@@ -35,9 +36,10 @@ class SdkClientLoop {
 
 // The process's SDK client: one session to the daemon per endpoint, blobs out and in. Held by the
 // service objects that use it, by its worker thread and, while a type is active, as the instance
-// that others join. Joining, and leaving with the question whether that was the last type, are
-// decided under one lock, the instance lock; the inherited mLock, taken after it, guards sessions
-// and departures. No lock is held while a session connects, sends or is waited for.
+// that others join. Joining, and the question whether the type that is deactivated was the last
+// one, are decided under one lock, the instance lock; the inherited mLock, taken after it, guards
+// what belongs to an endpoint. No lock is held while a session connects, sends or is waited for.
+// How a type is disabled is in SdkDisable.
 class SdkClient : private SdkClientLoop, public SdkClientBase {
  public:
   SdkClient(std::unique_ptr<OrbTimer> timer, OwnedEventManager eventManager);
@@ -48,34 +50,37 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   // memory to be had; nothing has changed then.
   static std::shared_ptr<SdkClient> getInstance(OrbSdkClientType type, Listener listener,
                                                 std::shared_ptr<SdkClientEvent> event);
-  // Retires @p type without a farewell message and waits as finishDeparture() does.
+  // Disables @p type without a disable message.
   static void destroyInstance(OrbSdkClientType type);
-
-  // Leaving in two halves. The first names the moment: what the type's connection still receives or
-  // reports from now on is dropped. It posts the farewell, the type's cleanup event. Cannot fail.
-  void beginDeparture(const std::shared_ptr<SdkDeparture>& departure);
-  // The second waits for the worker to send what is queued and to retire the type. A worker that
-  // does not get there in time (daemon absent, silent or not reading, another type's connect or
-  // callback under way) is freed by closing the connection; a healthy one is told the farewell
-  // before. Bounded: returns well within half a second.
-  static void finishDeparture(SdkDeparture& departure);
-  // The second half for a caller who may not wait: a thread of the library sees to it that the
-  // worker is freed in time.
-  static void watchDeparture(const std::shared_ptr<SdkDeparture>& departure);
-  // Instead of the second half when nobody can wait for the worker, which retires the type when it
-  // gets there: a connection that stands gets the farewell and is closed here and now.
-  static void abandonDeparture(SdkDeparture& departure);
 
   void connectOrbSdkClient(OrbSdkClientType type) override;
   bool isConnected(OrbSdkClientType type) override;
   bool sendBlobToService(OrbSdkClientType type, std::vector<uint8_t> blob) override;
 
+  // For SdkDisable. Notes that @p type is being disabled: its connection stops delivering and makes
+  // no further attempt to connect.
+  void noteDisable(OrbSdkClientType type, SdkDisable::Place place);
+  // The connection of the type as long as @p disable is its oldest one: once the worker has
+  // completed that, the connection is the successor's.
+  std::shared_ptr<OrbIpcClientSession> sessionOf(const SdkDisable& disable);
+  // Waits until the worker does not send for @p type; false when that takes longer.
+  bool awaitSendEnd(OrbSdkClientType type, std::chrono::milliseconds timeout);
+  void awaitWorkerEnd(std::chrono::milliseconds timeout) { mLife->awaitEnd(timeout); }
+
  protected:
-  bool retireType(OrbSdkClientType type) override;
-  bool isLeaving(OrbSdkClientType type) override;
+  bool sendDisableMessage(SdkClientEvent& event) override;
+  bool deactivateType(OrbSdkClientType type) override;
+  bool isBeingDisabled(OrbSdkClientType type) override;
 
  private:
   using Session = std::shared_ptr<OrbIpcClientSession>;
+
+  // What belongs to one endpoint, which several client types may share.
+  struct EndpointState {
+    Session session;             // empty before the first connect
+    SdkDisable::Place disables;  // of its types, oldest first
+    bool sending = false;        // the worker is in a send
+  };
 
   static std::shared_ptr<SdkClient> createInstance(OrbSdkClientType type, Listener listener,
                                                    std::shared_ptr<SdkClientEvent> event);
@@ -85,40 +90,40 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   static std::shared_ptr<SdkClient> startInstance(OrbSdkClientType type, Listener listener,
                                                   std::shared_ptr<SdkClientEvent> event);
   void cancelJoining(OrbSdkClientType type);
-  bool awaitTurnEnd(OrbSdkClientType type);
-  static void sayFarewell(SdkDeparture& departure, const Session& session);
   void addListener(OrbSdkClientType type);
-  Session sessionLeavingWith(const SdkDeparture& departure);
-  // The oldest departure of @p type, or empty.
-  std::shared_ptr<SdkDeparture> firstDeparture(OrbSdkClientType type) const ORB_REQUIRES(mLock);
-  std::shared_ptr<SdkDeparture> takeFirstDeparture(OrbSdkClientType type) ORB_REQUIRES(mLock);
+
+  EndpointState& stateOf(OrbSdkClientType type) ORB_REQUIRES(mLock) {
+    return mEndpoints[endpointIndex(endpointOf(type))];
+  }
+  // The oldest disable of @p type, or the end.
+  SdkDisable::Place::iterator oldestDisable(EndpointState& state, OrbSdkClientType type)
+      ORB_REQUIRES(mLock);
   Session createOrbSdkClient(ProcessId id);
-  Session sessionOf(OrbSdkClientType type);
   Session sessionToConnect(OrbSdkClientType type);
   void handleSendBlobMessage(const std::shared_ptr<SendBlobMessage>& msg,
-                             const OrbIpcClientSession* session);
+                             const OrbIpcClientSession& session);
   void handleConnectionStatus(bool connected, OrbSdkClientType type,
-                              const OrbIpcClientSession* session);
+                              const OrbIpcClientSession& session);
 
-  // The worker's turn to send for a type; one at a time.
+  // The worker's turn to send for a type. Looks up in one step on which session, and whether it
+  // may: not for a type whose grace period is over, for which others send the disable message.
   class SendTurn {
    public:
-    SendTurn(SdkClient& client, OrbSdkClientType type, const std::vector<uint8_t>& blob);
+    // @p cleanup: the cleanup event whose disable message is to be sent, if it is that.
+    SendTurn(SdkClient& client, OrbSdkClientType type, const SdkClientEvent* cleanup = nullptr);
     SendTurn(const SendTurn&) = delete;
     SendTurn& operator=(const SendTurn&) = delete;
     ~SendTurn();
-    // False for a type that has used up its patience: its farewell is said by others.
-    explicit operator bool() const { return mGranted; }
+    bool send(std::vector<uint8_t> blob) const;
 
    private:
     SdkClient& mClient;
+    const OrbSdkClientType mType;
+    Session mSession;
     bool mGranted = false;
-    std::shared_ptr<SdkDeparture> mFarewellOf;  // set when the blob is its farewell
+    std::shared_ptr<SdkDisable> mMessageOf;  // set when the disable message is this turn's to send
   };
 
-  // Guarded by mLock.
-  OrbSdkClientType mSending ORB_GUARDED_BY(mLock) = OrbSdkClientType::None;  // whose turn it is
-  Condition mTurnEnded;
-  std::map<ProcessId, Session> mOrbIpcSession ORB_GUARDED_BY(mLock);
-  SdkDeparture::Place mDepartures ORB_GUARDED_BY(mLock);  // of all types, oldest first
+  Condition mSendEnded;
+  std::array<EndpointState, kSdkClientEndpoints> mEndpoints ORB_GUARDED_BY(mLock);
 };

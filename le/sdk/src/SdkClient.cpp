@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Sessions of the SDK client: connecting, sending, receiving. Joining and leaving is in
-// SdkClientInstance.cpp.
+// Sessions of the SDK client: connecting, sending, receiving. Joining and the end of the last type
+// are in SdkClientInstance.cpp.
 #include "SdkClient.h"
 
+#include <algorithm>
 #include <utility>
 
-#include "SdkClientEndpoint.h"
 #include "SdkLog.h"
 
 SdkClient::SdkClient(std::unique_ptr<OrbTimer> timer, OwnedEventManager eventManager)
@@ -15,68 +15,61 @@ SdkClient::SdkClient(std::unique_ptr<OrbTimer> timer, OwnedEventManager eventMan
 
 SdkClient::~SdkClient() {
   SDK_LOG(kSdkClientTag, "dtor");
-  for (auto& [endpoint, session] : mOrbIpcSession) {
-    if (session) session->cleanup();
+  for (EndpointState& state : mEndpoints) {
+    if (state.session) state.session->cleanup();
   }
-}
-
-SdkClient::Session SdkClient::sessionOf(OrbSdkClientType type) {
-  const LockGuard lock(mLock);
-  const auto found = mOrbIpcSession.find(endpointOf(type));
-  return found == mOrbIpcSession.end() ? nullptr : found->second;
 }
 
 bool SdkClient::isConnected(OrbSdkClientType type) {
-  const Session session = sessionOf(type);
+  const LockGuard lock(mLock);
+  const Session& session = stateOf(type).session;
   return session && session->isConnected();
 }
 
-// The session to connect, made when there is none. Empty for a type on its way out that has used up
-// its patience: nobody would close what it opens now.
+// The session to connect, made when there is none. Empty for a disabled type whose grace period is
+// over: nobody would close what it opens now.
 SdkClient::Session SdkClient::sessionToConnect(OrbSdkClientType type) {
-  Session session = sessionOf(type);
+  Session session;
+  {
+    const LockGuard lock(mLock);
+    session = stateOf(type).session;
+  }
   if (!session) session = createOrbSdkClient(endpointOf(type));
   const LockGuard lock(mLock);
-  if (const auto departure = firstDeparture(type)) {
-    if (departure->patienceOver()) return nullptr;
-    session->mute();
+  EndpointState& state = stateOf(type);
+  const auto disable = oldestDisable(state, type);
+  if (disable != state.disables.end()) {
+    if ((*disable)->gracePeriodOver()) return nullptr;
+    session->stopDelivery();
     session->stopRetrying();
   }
-  mOrbIpcSession[endpointOf(type)] = session;
+  state.session = session;
   return session;
 }
 
 void SdkClient::connectOrbSdkClient(OrbSdkClientType type) {
   const Session session = sessionToConnect(type);
   if (session && !session->isConnected()) {
-    // The session must not keep the client alive: the client owns it.
+    // The session must not keep the client alive: the client owns it. It calls what it owns.
     const std::weak_ptr<SdkClientBase> self = weak_from_this();
-    session->connectToServer([self, type, weak = std::weak_ptr(session)](bool connected) {
+    session->connectToServer([self, type, from = session.get()](bool connected) {
       const auto client = std::static_pointer_cast<SdkClient>(self.lock());
-      if (client) client->handleConnectionStatus(connected, type, weak.lock().get());
+      if (client) client->handleConnectionStatus(connected, type, *from);
     });
   }
   SDK_LOG(kSdkClientTag, "IsConnected: %d", session && session->isConnected() ? 1 : 0);
 }
 
-// On the worker for the result of a connect, on the receiver for the loss of the connection. A
-// muted session, one that is closed on purpose, has nothing to report.
+// On the worker for the result of a connect, on the receiver for the loss of the connection.
 void SdkClient::handleConnectionStatus(bool connected, OrbSdkClientType type,
-                                       const OrbIpcClientSession* session) {
+                                       const OrbIpcClientSession& session) {
   SDK_LOG(kSdkClientTag, "handleConnectionStatus: %d type: %d", connected ? 1 : 0,
           static_cast<int>(type));
-  Listeners listeners;
-  {
-    // Under one lock with mute(): a listener that comes after it is not told about this connection.
-    const LockGuard lock(mLock);
-    if (session && session->muted()) return;
-    if (connected) {
-      listeners[0] = knownListener(type);
-    } else {
-      listeners = mListeners;
-    }
+  if (connected) {
+    notifyServiceUp(type, &session.deliveryStopped());
+  } else {
+    notifyServiceDown(&session.deliveryStopped());
   }
-  callAll(listeners, connected ? ServiceUp : ServiceDown);
 }
 
 SdkClient::Session SdkClient::createOrbSdkClient(ProcessId id) {
@@ -90,60 +83,96 @@ SdkClient::Session SdkClient::createOrbSdkClient(ProcessId id) {
     message->deserialize(std::move(payload));
     return message;
   };
-  entry.handler = [self, weak = std::weak_ptr(session)](const std::shared_ptr<OrbIpcMessage>& msg) {
+  entry.handler = [self, from = session.get()](const std::shared_ptr<OrbIpcMessage>& msg) {
     const auto client = std::static_pointer_cast<SdkClient>(self.lock());
     if (!client) return;
-    client->handleSendBlobMessage(std::static_pointer_cast<SendBlobMessage>(msg),
-                                  weak.lock().get());
+    client->handleSendBlobMessage(std::static_pointer_cast<SendBlobMessage>(msg), *from);
   };
   session->registerForMessages({{SendBlobMessage::ID, entry}});
   return session;
 }
 
 bool SdkClient::sendBlobToService(OrbSdkClientType type, std::vector<uint8_t> blob) {
-  const Session session = sessionOf(type);
-  if (!session) {
-    SDK_LOG(kSdkClientTag, "mOrbIpcSession for OrbSdkClientType %d is not found",
-            static_cast<int>(type));
-    return false;
-  }
-  const SendTurn turn(*this, type, blob);
-  return turn && session->send(
-                     std::make_shared<SendBlobMessage>(convertSdkTypeToIpc(type), std::move(blob)));
+  return SendTurn(*this, type).send(std::move(blob));
+}
+
+bool SdkClient::sendDisableMessage(SdkClientEvent& event) {
+  return SendTurn(*this, event.type, &event).send(event.blob);
 }
 
 SdkClient::SendTurn::SendTurn(SdkClient& client, OrbSdkClientType type,
-                              const std::vector<uint8_t>& blob)
-    : mClient(client) {
+                              const SdkClientEvent* cleanup)
+    : mClient(client), mType(type) {
   const LockGuard lock(client.mLock);
-  const auto departure = client.firstDeparture(type);
-  mGranted = !departure || !departure->patienceOver();
-  if (!mGranted) return;
-  client.mSending = type;
-  if (departure && blob == departure->mFarewell->blob && departure->claimFarewell()) {
-    mFarewellOf = departure;
+  EndpointState& state = client.stateOf(type);
+  mSession = state.session;
+  const auto disable = client.oldestDisable(state, type);
+  const bool disabled = disable != state.disables.end();
+  if (!mSession || (disabled && (*disable)->gracePeriodOver())) return;
+  if (disabled && (*disable)->mCleanup.get() == cleanup) {
+    if (!(*disable)->claimMessage()) return;
+    mMessageOf = *disable;
   }
+  mGranted = true;
+  state.sending = true;
 }
 
 SdkClient::SendTurn::~SendTurn() {
-  if (mFarewellOf) mFarewellOf->noteFarewellSaid();
+  if (!mGranted) return;
+  if (mMessageOf) mMessageOf->noteMessageSent();
   {
     const LockGuard lock(mClient.mLock);
-    mClient.mSending = OrbSdkClientType::None;
+    mClient.stateOf(mType).sending = false;
   }
-  mClient.mTurnEnded.notify_all();
+  mClient.mSendEnded.notify_all();
+}
+
+bool SdkClient::SendTurn::send(std::vector<uint8_t> blob) const {
+  if (!mSession) {
+    SDK_LOG_AS(kSdkClientTag, __FILE__, "sendBlobToService",
+               "mOrbIpcSession for OrbSdkClientType %d is not found", static_cast<int>(mType));
+  }
+  return mGranted && mSession->send(std::make_shared<SendBlobMessage>(convertSdkTypeToIpc(mType),
+                                                                      std::move(blob)));
 }
 
 void SdkClient::handleSendBlobMessage(const std::shared_ptr<SendBlobMessage>& msg,
-                                      const OrbIpcClientSession* session) {
+                                      const OrbIpcClientSession& session) {
   SDK_LOG(kSdkClientTag, "handleSendBlobMessage");
   if (!msg) return;
-  const OrbSdkClientType type = convertSdkTypeToSdk(msg->type());
-  ListenerRef listener;
-  {
-    const LockGuard lock(mLock);
-    if (session && session->muted()) return;
-    listener = knownListener(type);
-  }
-  deliverBlob(type, listener, msg->blob());
+  notifyReceivedBlob(convertSdkTypeToSdk(msg->type()), msg->blob(), &session.deliveryStopped());
+}
+
+void SdkClient::noteDisable(OrbSdkClientType type, SdkDisable::Place place) {
+  const LockGuard lock(mLock);
+  EndpointState& state = stateOf(type);
+  state.disables.splice(state.disables.end(), place);
+  if (!state.session) return;
+  state.session->stopDelivery();
+  state.session->stopRetrying();
+}
+
+SdkDisable::Place::iterator SdkClient::oldestDisable(EndpointState& state, OrbSdkClientType type) {
+  return std::find_if(state.disables.begin(), state.disables.end(),
+                      [type](const auto& each) { return each->mType == type; });
+}
+
+bool SdkClient::isBeingDisabled(OrbSdkClientType type) {
+  const LockGuard lock(mLock);
+  EndpointState& state = stateOf(type);
+  return oldestDisable(state, type) != state.disables.end();
+}
+
+SdkClient::Session SdkClient::sessionOf(const SdkDisable& disable) {
+  const LockGuard lock(mLock);
+  EndpointState& state = stateOf(disable.mType);
+  const auto oldest = oldestDisable(state, disable.mType);
+  const bool ours = oldest != state.disables.end() && oldest->get() == &disable;
+  return ours ? state.session : nullptr;
+}
+
+bool SdkClient::awaitSendEnd(OrbSdkClientType type, std::chrono::milliseconds timeout) {
+  UniqueLock lock(mLock);
+  return mSendEnded.wait_for(lock, timeout,
+                             [&]() ORB_REQUIRES(mLock) { return !stateOf(type).sending; });
 }

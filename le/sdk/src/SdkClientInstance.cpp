@@ -1,18 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Life of the SDK client: who joins, who leaves, and what happens when the last one has left.
+// Life of the SDK client: which types join it, and what happens when the last one is deactivated.
 #include <errno.h>
 
-#include <algorithm>
 #include <new>
 #include <utility>
 
-#include "DepartureWatch.h"
 #include "HardStop.h"
 #include "Log.h"
 #include "NeverDestroyed.h"
 #include "SdkClient.h"
-#include "SdkClientEndpoint.h"
 #include "SdkLog.h"
 
 namespace {
@@ -23,16 +20,11 @@ constexpr char kUnit[] = "le/sdk/src/SdkClient.cpp";
 constexpr char kGetInstance[] = "getInstance";
 constexpr char kDestroyInstance[] = "destroyInstance";
 
-// How long a leaving type may go on connecting and sending, then how long a send under way may take
-// to its end, then the retirement once the connection is closed, then the end of its threads.
-// Together well below half a second.
-constexpr std::chrono::milliseconds kPatience(200);
-constexpr std::chrono::milliseconds kTurnEnd(30);
-constexpr std::chrono::milliseconds kAfterClose(100);
+// How long the last type waits for the end of its receiver.
 constexpr std::chrono::milliseconds kThreadEnd(50);
 
-// The joint decision of joining and leaving threads. Never destroyed: threads may leave while the
-// process exits.
+// The joint decision of threads that join and of the worker that deactivates a type. Never
+// destroyed: both may happen while the process exits.
 struct InstanceState {
   Mutex lock;
   Condition created;
@@ -51,25 +43,6 @@ void initLogOnce() {
 }
 
 }  // namespace
-
-ProcessId endpointOf(OrbSdkClientType type) {
-  switch (static_cast<uint32_t>(type)) {
-    case 4:
-      return ProcessId::Client101;
-    case 5:
-      return ProcessId::Client102;
-    case 7:
-      return ProcessId::Client104;
-    case 9:
-      return ProcessId::Lce;
-    case 10:
-      return ProcessId::Lle;
-    case 11:
-      return ProcessId::Lli;
-    default:
-      return ProcessId::Other;
-  }
-}
 
 void EventManagerCloser::operator()(orb::utils::EventManager* manager) const {
   const UniqueFd wakeFd(manager->wakeFd());
@@ -152,17 +125,17 @@ std::shared_ptr<SdkClient> SdkClient::joinInstance(const std::shared_ptr<SdkClie
   return instance;
 }
 
-// Nothing was posted for this user of @p type, so no event will retire it.
+// Nothing was posted for this user of @p type, so no event will deactivate it.
 void SdkClient::cancelJoining(OrbSdkClientType type) {
   std::shared_ptr<SdkClient> former;
   bool last = false;
   {
     const LockGuard lock(state().lock);
-    last = SdkClientBase::retireType(type);
+    last = SdkClientBase::deactivateType(type);
     if (last && state().mInstance.get() == this) former.swap(state().mInstance);
   }
   if (!last) return;
-  mEventManager->wake();  // the others left meanwhile: the worker has to notice
+  mEventManager->wake();  // the others were deactivated meanwhile: the worker has to notice
   SDK_LOG_AS(kSdkClientTag, kUnit, kDestroyInstance, "cleaning mInstance");
 }
 
@@ -182,134 +155,38 @@ void SdkClient::destroyInstance(OrbSdkClientType type) {
     return;
   }
   if (!instance->isTypeActive(type)) return;
-  auto retirement = std::make_shared<SdkClientEvent>(type, std::vector<uint8_t>(), true);
-  retirement->silent = true;
-  const auto departure = std::make_shared<SdkDeparture>(std::move(retirement));
-  instance->beginDeparture(departure);
-  instance.reset();
-  finishDeparture(*departure);
+  auto cleanup = std::make_shared<SdkClientEvent>(type, std::vector<uint8_t>(), true);
+  cleanup->silent = true;
+  const auto disable = std::make_shared<SdkDisable>(std::move(cleanup));
+  SdkDisable::begin(disable, std::move(instance));
+  disable->finish();
 }
 
-void SdkClient::beginDeparture(const std::shared_ptr<SdkDeparture>& departure) {
-  departure->mClient = std::static_pointer_cast<SdkClient>(shared_from_this());
-  departure->mPlace.front() = departure;
-  {
-    const LockGuard lock(mLock);
-    mDepartures.splice(mDepartures.end(), departure->mPlace);
-    const auto found = mOrbIpcSession.find(endpointOf(departure->mType));
-    if (found != mOrbIpcSession.end() && found->second) {
-      found->second->mute();
-      found->second->stopRetrying();
-    }
-  }
-  post(std::move(departure->mPosting));
-}
-
-void SdkClient::finishDeparture(SdkDeparture& departure) {
-  departure.startPatience(kPatience);
-  if (!departure.await(kPatience)) {
-    abandonDeparture(departure);
-    if (!departure.await(kAfterClose)) return;  // the worker finishes when it gets there
-  }
-  if (const Session session = departure.session()) session->awaitReceiver(kThreadEnd);
-  if (departure.wasLast()) departure.mClient->mLife->awaitEnd(kThreadEnd);
-}
-
-void SdkClient::watchDeparture(const std::shared_ptr<SdkDeparture>& departure) {
-  departure->startPatience(kPatience);
-  DepartureWatch::add(departure);
-}
-
-void SdkClient::abandonDeparture(SdkDeparture& departure) {
-  departure.startPatience(std::chrono::milliseconds(0));
-  SdkClient& client = *departure.mClient;
-  client.wakeForUncounted();  // lest the worker does not know of the farewell
-  if (const Session session = client.sessionLeavingWith(departure)) {
-    if (client.awaitTurnEnd(departure.mType)) sayFarewell(departure, session);
-    session->beginClose();
-  }
-}
-
-// The worker gets no further turn for a type without patience. A turn under way is waited for,
-// unless it does not come to its end.
-bool SdkClient::awaitTurnEnd(OrbSdkClientType type) {
-  UniqueLock lock(mLock);
-  return mTurnEnded.wait_for(lock, kTurnEnd,
-                             [&]() ORB_REQUIRES(mLock) { return mSending != type; });
-}
-
-// Before a connection is closed for a type without patience, which may be as healthy as ever: on
-// the thread that has no patience with the worker, or on the worker that comes too late for its
-// turn. Whoever comes second waits for the first one, so that nobody closes in between.
-void SdkClient::sayFarewell(SdkDeparture& departure, const Session& session) {
-  if (departure.mFarewell->silent) return;
-  if (!departure.claimFarewell()) {
-    departure.awaitFarewell();
-    return;
-  }
-  try {
-    SendBlobMessage message(convertSdkTypeToIpc(departure.mType), departure.mFarewell->blob);
-    session->sendAtOnce(message);
-  } catch (...) {
-    // The connection is closed all the same, and nobody waits for this for ever.
-  }
-  departure.noteFarewellSaid();
-}
-
-// The connection of the type as long as it is @p departure's: once the worker has retired that one,
-// the type's connection is its successor's.
-SdkClient::Session SdkClient::sessionLeavingWith(const SdkDeparture& departure) {
-  const LockGuard lock(mLock);
-  if (firstDeparture(departure.mType).get() != &departure) return nullptr;
-  const auto found = mOrbIpcSession.find(endpointOf(departure.mType));
-  return found == mOrbIpcSession.end() ? nullptr : found->second;
-}
-
-bool SdkClient::isLeaving(OrbSdkClientType type) {
-  const LockGuard lock(mLock);
-  return firstDeparture(type) != nullptr;
-}
-
-std::shared_ptr<SdkDeparture> SdkClient::firstDeparture(OrbSdkClientType type) const {
-  for (const auto& departure : mDepartures) {
-    if (departure->mType == type) return departure;
-  }
-  return nullptr;
-}
-
-std::shared_ptr<SdkDeparture> SdkClient::takeFirstDeparture(OrbSdkClientType type) {
-  const auto found = std::find_if(mDepartures.begin(), mDepartures.end(),
-                                  [type](const auto& each) { return each->mType == type; });
-  if (found == mDepartures.end()) return nullptr;
-  auto departure = std::move(*found);
-  mDepartures.erase(found);
-  return departure;
-}
-
-// On the worker, after the farewell of @p type. Ends the connection and, with the last type, makes
-// room for a new instance before anybody can join this one.
-bool SdkClient::retireType(OrbSdkClientType type) {
+// On the worker, after the cleanup event of @p type. Ends the connection and, with the last type,
+// makes room for a new instance before anybody can join this one.
+bool SdkClient::deactivateType(OrbSdkClientType type) {
   Session session;
-  std::shared_ptr<SdkDeparture> departure;
+  std::shared_ptr<SdkDisable> disable;
   std::shared_ptr<SdkClient> former;
   bool last = false;
   {
     const LockGuard instanceLock(state().lock);
-    last = SdkClientBase::retireType(type);
+    last = SdkClientBase::deactivateType(type);
     if (last && state().mInstance.get() == this) former.swap(state().mInstance);
     const LockGuard lock(mLock);
-    const auto found = mOrbIpcSession.find(endpointOf(type));
-    if (found != mOrbIpcSession.end()) {
-      session.swap(found->second);
-      mOrbIpcSession.erase(found);
+    EndpointState& endpoint = stateOf(type);
+    session.swap(endpoint.session);
+    const auto oldest = oldestDisable(endpoint, type);
+    if (oldest != endpoint.disables.end()) {
+      disable = std::move(*oldest);
+      endpoint.disables.erase(oldest);
     }
-    departure = takeFirstDeparture(type);
   }
-  if (session && departure) sayFarewell(*departure, session);
+  if (session && disable) disable->sendMessage(*session);
   if (session) session->beginClose();
   // The lines of the session's end come first; nobody else needs this thread any more.
   if (session && last) session->awaitReceiver(kThreadEnd);
   if (last) SDK_LOG_AS(kSdkClientTag, kUnit, kDestroyInstance, "cleaning mInstance");
-  if (departure) departure->complete(std::move(session), last);
+  if (disable) disable->complete(std::move(session), last);
   return last;
 }

@@ -57,7 +57,7 @@ bool Service::open(const ServiceTable& table, const OpeningPoints& points,
     try {
       const Created created = joinClient(object, [&object, member, cb] { *object.*member = cb; });
       // An object that another thread has just disabled is out of its slot: the next one is new.
-      if (created != Created::Left) return created == Created::Yes;
+      if (created != Created::Disabled) return created == Created::Yes;
     } catch (const std::bad_alloc&) {
       const CallbackGate::Pass pass(*object->mGate);
       if (pass) reportFailure(cb);
@@ -81,7 +81,7 @@ bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
   points.entry.print(table.source);
   ServiceSlot& slot = table.slot();
   std::shared_ptr<Service> object;
-  std::shared_ptr<SdkDeparture> departure;
+  std::shared_ptr<SdkDisable> disable;
   uint64_t gate = 0;
   StatusCallback status = nullptr;
   StatusV2Callback statusV2 = nullptr;
@@ -98,17 +98,17 @@ bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
       status = object->mStatusIndCb;
       statusV2 = *object.*table.statusV2;
     };
-    if (object) departure = object->beginLeaving(std::ref(refuse));  // by reference: no memory
-    if (departure) {
+    if (object) disable = object->beginDisable(std::ref(refuse));  // by reference: no memory
+    if (disable) {
       slot.instance.reset();
       gate = slot.closedGates.add(std::move(object->mGatePlace));
     }
-  } while (object && !departure && !refused && !processStops());
+  } while (object && !disable && !refused && !processStops());
   if (!object) {
     points.noInstance.print(table.source);
     return false;
   }
-  if (!departure) {
+  if (!disable) {
     points.noClient.print(table.source);
     object->tell(status, STATUS_INTERNAL_ERROR);
     object->tell(statusV2, STATUS_V2_INTERNAL_ERROR);
@@ -116,7 +116,7 @@ bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
   }
   object->forgetRequests();
   if (!CallbackGate::insideCallback()) slot.closedGates.await(gate);
-  finishLeaving(departure);
+  finishDisable(disable);
   return true;
 }
 

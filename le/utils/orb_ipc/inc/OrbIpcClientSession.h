@@ -23,15 +23,16 @@ class OrbIpcClientSession : public OrbIpcSession {
   // result before it returns. On a connected session it only replaces the callback.
   void connectToServer(ConnectionCallback callback);
 
-  // A muted session is on its way out: what it still receives or reports is nobody's business.
-  void mute() { mMuted = true; }
-  bool muted() const { return mMuted; }
+  // For the owner of a session that is to be closed: what it still receives or reports reaches
+  // nobody. The session itself only keeps the flag.
+  void stopDelivery() { mDeliveryStopped = true; }
+  const std::atomic<bool>& deliveryStopped() const { return mDeliveryStopped; }
 
  protected:
   void notifyConnectionStatus(bool connected) override;
 
  private:
-  std::atomic<bool> mMuted{false};
+  std::atomic<bool> mDeliveryStopped{false};
   Mutex mCallbackLock;
   // Shared, because a copy would need memory when the connection is lost.
   std::shared_ptr<const ConnectionCallback> mCallback ORB_GUARDED_BY(mCallbackLock);

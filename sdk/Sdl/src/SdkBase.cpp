@@ -20,17 +20,17 @@ SdkBase::~SdkBase() = default;
 
 SdkBase::Created SdkBase::createSdkInstance(OrbSdkClientType type, SdkClientBase::Listener listener,
                                             std::shared_ptr<SdkClientEvent> event,
-                                            std::shared_ptr<SdkClientEvent> farewell,
+                                            std::shared_ptr<SdkClientEvent> cleanup,
                                             const Change& change) {
-  auto departure = std::make_shared<SdkDeparture>(std::move(farewell));
+  auto disable = std::make_shared<SdkDisable>(std::move(cleanup));
   auto posting = postingOf(event);
   {
     UniqueLock lock(mLock);
     awaitSettled(lock);
-    if (mLeft) return Created::Left;
+    if (mDisabled) return Created::Disabled;
     if (mCreating) return Created::No;  // by a thread that is ending the process
     if (change) change();
-    if (!mDeparture) mDeparture = std::move(departure);
+    if (!mDisable) mDisable = std::move(disable);
     if (mClient) {
       if (!posting.empty()) mClient->post(std::move(posting));
       return Created::Yes;
@@ -86,24 +86,23 @@ bool SdkBase::accept(const Change& change, std::shared_ptr<SdkClientEvent> event
   return true;
 }
 
-std::shared_ptr<SdkDeparture> SdkBase::beginLeaving(const Change& refused) {
+std::shared_ptr<SdkDisable> SdkBase::beginDisable(const Change& refused) {
   const LockGuard lock(mLock);
   if (!mClient) {
     if (refused && !mCreating) refused();
     return nullptr;
   }
-  mLeft = true;
+  mDisabled = true;
   mGate->close();
-  auto departure = std::move(mDeparture);
-  mClient->beginDeparture(departure);
-  mClient.reset();  // the departure holds the client: ours is never the last reference
-  return departure;
+  auto disable = std::move(mDisable);
+  SdkDisable::begin(disable, std::move(mClient));
+  return disable;
 }
 
-void SdkBase::finishLeaving(const std::shared_ptr<SdkDeparture>& departure) {
+void SdkBase::finishDisable(const std::shared_ptr<SdkDisable>& disable) {
   if (CallbackGate::insideCallback()) {
-    CallbackGate::afterCallback(departure);
+    CallbackGate::afterCallback(disable);
   } else {
-    SdkClient::finishDeparture(*departure);
+    disable->finish();
   }
 }

@@ -13,7 +13,7 @@
 #include "SdkClientBase.h"
 
 class SdkClient;
-class SdkDeparture;
+class SdkDisable;
 
 // Base of the service objects: holds the handle of the SDK client and reports when there is none.
 // Called from application threads; mLock guards the handle and what belongs to it, is held while an
@@ -21,7 +21,7 @@ class SdkDeparture;
 // while a callback runs or a thread is waited for.
 class SdkBase {
  public:
-  enum class Created { Yes, No, Left };
+  enum class Created { Yes, No, Disabled };
   using StatusCallback = void (*)(status_e);
   using StatusV2Callback = void (*)(status_v2_e);
 
@@ -37,26 +37,26 @@ class SdkBase {
   // accepted: a refused one changes nothing. Throws nothing.
   using Change = std::function<void()>;
 
-  // Reaches the SDK client for @p type and hands it @p event; @p farewell is the cleanup event that
-  // will be posted last. No: there is no client, which has been reported to a status callback.
-  // Left: the object was disabled meanwhile, a new one is needed; nothing was changed. Throws for
-  // want of memory, with nothing changed.
+  // Reaches the SDK client for @p type and hands it @p event; @p cleanup is the cleanup event,
+  // which will be posted last. No: there is no client, which has been reported to a status
+  // callback. Disabled: the object was disabled meanwhile, a new one is needed; nothing was
+  // changed. Throws for want of memory, with nothing changed.
   Created createSdkInstance(OrbSdkClientType type, SdkClientBase::Listener listener,
                             std::shared_ptr<SdkClientEvent> event,
-                            std::shared_ptr<SdkClientEvent> farewell, const Change& change = {});
+                            std::shared_ptr<SdkClientEvent> cleanup, const Change& change = {});
 
   bool hasClient();
   // Applies @p change and posts a request, if there is one; false, with neither done, when there is
   // no client (any more).
   bool accept(const Change& change, std::shared_ptr<SdkClientEvent> event = nullptr);
 
-  // First half of disable: closes the gate, posts the farewell as the last event and gives the
+  // First half of disable: closes the gate, posts the cleanup event as the last one and gives the
   // client away. Empty when there is no client; @p refused is then called under mLock, unless a
-  // creation is under way. The second half is finishLeaving().
-  std::shared_ptr<SdkDeparture> beginLeaving(const Change& refused = {});
+  // creation is under way. The second half is finishDisable().
+  std::shared_ptr<SdkDisable> beginDisable(const Change& refused = {});
   // Waits for the retirement of the type; inside a callback it returns at once, and after the
   // callback that is left to a thread of the library.
-  static void finishLeaving(const std::shared_ptr<SdkDeparture>& departure);
+  static void finishDisable(const std::shared_ptr<SdkDisable>& disable);
 
  protected:
   std::shared_ptr<SdkClient> client();
@@ -75,11 +75,11 @@ class SdkBase {
 
   std::shared_ptr<SdkClient> mClient ORB_GUARDED_BY(mLock);
   // With the client comes what leaving it takes.
-  std::shared_ptr<SdkDeparture> mDeparture ORB_GUARDED_BY(mLock);
+  std::shared_ptr<SdkDisable> mDisable ORB_GUARDED_BY(mLock);
   // One thread is in SdkClient::getInstance(): others wait for what comes of it, for the first
   // answer may come before the handle is stored. The wait ends with the start of a thread and no
   // callback is called meanwhile.
   bool mCreating ORB_GUARDED_BY(mLock) = false;
   Condition mCreated;
-  bool mLeft ORB_GUARDED_BY(mLock) = false;
+  bool mDisabled ORB_GUARDED_BY(mLock) = false;
 };

@@ -1,21 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-#include "DepartureWatch.h"
+#include "DisableWatch.h"
 
 #include "NeverDestroyed.h"
-#include "SdkClient.h"
 #include "Thread.h"
 
-DepartureWatch::State& DepartureWatch::state() {
+DisableWatch::State& DisableWatch::state() {
   static NeverDestroyed<State> instance;
   return instance.get();
 }
 
-void DepartureWatch::add(const std::shared_ptr<SdkDeparture>& departure) {
-  departure->mWatchPlace.front() = departure;
+void DisableWatch::add(const std::shared_ptr<SdkDisable>& disable) {
+  disable->mWatchPlace.front() = disable;
   {
     const LockGuard lock(state().lock);
-    state().queue.splice(state().queue.end(), departure->mWatchPlace);
+    state().queue.splice(state().queue.end(), disable->mWatchPlace);
     if (state().running) return;
     state().running = true;
   }
@@ -23,12 +22,12 @@ void DepartureWatch::add(const std::shared_ptr<SdkDeparture>& departure) {
   if (startThread(closer, "orb-closer", ThreadWork::Library, watch)) {
     closer.detach();
   } else {
-    abandonAll();
+    forceAll();
   }
 }
 
-std::shared_ptr<SdkDeparture> DepartureWatch::next() {
-  SdkDeparture::Place first;  // freed after the lock
+std::shared_ptr<SdkDisable> DisableWatch::next() {
+  SdkDisable::Place first;  // freed after the lock
   const LockGuard lock(state().lock);
   if (state().queue.empty()) {
     state().running = false;
@@ -38,13 +37,13 @@ std::shared_ptr<SdkDeparture> DepartureWatch::next() {
   return first.front();
 }
 
-void DepartureWatch::watch() {
-  while (const auto departure = next()) {
-    if (!departure->awaitPatience()) SdkClient::abandonDeparture(*departure);
+void DisableWatch::watch() {
+  while (const auto disable = next()) {
+    if (!disable->awaitGracePeriod()) disable->force();
   }
 }
 
 // What others have added meanwhile counts on the thread that was not to be had.
-void DepartureWatch::abandonAll() {
-  while (const auto departure = next()) SdkClient::abandonDeparture(*departure);
+void DisableWatch::forceAll() {
+  while (const auto disable = next()) disable->force();
 }

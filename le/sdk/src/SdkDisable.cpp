@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#include "SdkDisable.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "DisableWatch.h"
+#include "SdkClient.h"
+
+namespace {
+
+// How long a disabled type may go on connecting and sending, then how long a send under way may
+// take to its end, then the deactivation once the connection is closed, then the end of its
+// threads. Together well below half a second.
+constexpr std::chrono::milliseconds kGracePeriod(200);
+constexpr std::chrono::milliseconds kSendEnd(30);
+constexpr std::chrono::milliseconds kAfterClose(100);
+constexpr std::chrono::milliseconds kThreadEnd(50);
+
+}  // namespace
+
+SdkDisable::SdkDisable(std::shared_ptr<SdkClientEvent> cleanup)
+    : mCleanup(std::move(cleanup)),
+      mType(mCleanup->type),
+      mPosting(SdkClientBase::prepare(mCleanup)) {}
+
+void SdkDisable::begin(const std::shared_ptr<SdkDisable>& disable,
+                       std::shared_ptr<SdkClient> client) {
+  disable->mClient = std::move(client);
+  disable->mPlace.front() = disable;
+  disable->mClient->noteDisable(disable->mType, std::move(disable->mPlace));
+  disable->mClient->post(std::move(disable->mPosting));
+}
+
+void SdkDisable::finish() {
+  startGracePeriod(kGracePeriod);
+  if (!awaitCompletion(kGracePeriod)) {
+    force();
+    if (!awaitCompletion(kAfterClose)) return;  // the worker finishes when it gets there
+  }
+  if (const auto ended = session()) ended->awaitReceiver(kThreadEnd);
+  if (wasLast()) mClient->awaitWorkerEnd(kThreadEnd);
+}
+
+void SdkDisable::finishLater(const std::shared_ptr<SdkDisable>& disable) {
+  disable->startGracePeriod(kGracePeriod);
+  DisableWatch::add(disable);
+}
+
+void SdkDisable::outside(const std::shared_ptr<AfterCallback>& self) {
+  finishLater(std::static_pointer_cast<SdkDisable>(self));
+}
+
+void SdkDisable::force() {
+  startGracePeriod(std::chrono::milliseconds(0));
+  mClient->wakeForUncounted();  // lest the worker does not know of the cleanup event
+  if (const auto closing = mClient->sessionOf(*this)) {
+    // The worker sends no further message of the type. One under way is waited for, unless it does
+    // not come to its end.
+    if (mClient->awaitSendEnd(mType, kSendEnd)) sendMessage(*closing);
+    closing->beginClose();
+  }
+}
+
+void SdkDisable::startGracePeriod(std::chrono::milliseconds length) {
+  const LockGuard lock(mMutex);
+  mGracePeriodEnd = Clock::now() + length;
+}
+
+bool SdkDisable::gracePeriodOver() const {
+  const LockGuard lock(mMutex);
+  return Clock::now() >= mGracePeriodEnd;
+}
+
+bool SdkDisable::awaitGracePeriod() {
+  Clock::time_point end;
+  {
+    const LockGuard lock(mMutex);
+    end = mGracePeriodEnd;
+  }
+  const auto left = std::max(end - Clock::now(), Clock::duration(0));
+  return awaitCompletion(std::chrono::ceil<std::chrono::milliseconds>(left));
+}
+
+bool SdkDisable::claimMessage() {
+  const LockGuard lock(mMutex);
+  if (mMessage != Message::Unclaimed) return false;
+  mMessage = Message::Claimed;
+  return true;
+}
+
+void SdkDisable::noteMessageSent() {
+  const LockGuard lock(mMutex);
+  mMessage = Message::Sent;
+  mMessageTried.notify_all();
+}
+
+void SdkDisable::awaitMessage() {
+  UniqueLock lock(mMutex);
+  mMessageTried.wait(lock, [this]() ORB_REQUIRES(mMutex) { return mMessage != Message::Claimed; });
+}
+
+// Before a connection is closed after the grace period, which may be as healthy as ever: on the
+// thread that forces the disable, or on the worker that comes too late to send in its turn. Whoever
+// comes second waits for the first one, so that nobody closes in between.
+void SdkDisable::sendMessage(OrbIpcClientSession& session) {
+  if (mCleanup->silent) return;
+  if (!claimMessage()) {
+    awaitMessage();
+    return;
+  }
+  try {
+    SendBlobMessage message(convertSdkTypeToIpc(mType), mCleanup->blob);
+    session.sendAtOnce(message);
+  } catch (...) {
+    // The connection is closed all the same, and nobody waits for this for ever.
+  }
+  noteMessageSent();
+}
+
+void SdkDisable::complete(std::shared_ptr<OrbIpcClientSession> session, bool last) {
+  const LockGuard lock(mMutex);
+  mSession = std::move(session);
+  mLast = last;
+  mDone = true;
+  mCompleted.notify_all();
+}
+
+bool SdkDisable::awaitCompletion(std::chrono::milliseconds timeout) {
+  UniqueLock lock(mMutex);
+  return mCompleted.wait_for(lock, timeout, [this]() ORB_REQUIRES(mMutex) { return mDone; });
+}
+
+std::shared_ptr<OrbIpcClientSession> SdkDisable::session() const {
+  const LockGuard lock(mMutex);
+  return mSession;
+}
+
+bool SdkDisable::wasLast() const {
+  const LockGuard lock(mMutex);
+  return mLast;
+}
