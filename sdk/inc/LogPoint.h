@@ -13,9 +13,9 @@ struct LogSource {
 // A fixed line of the log: log consumers know it by its function, its number and its text, so none
 // of them follows the position in the source.
 struct LogPoint {
-  const char* function;
-  int line;
-  const char* text;
+  const char* function = nullptr;
+  int line = 0;
+  const char* text = nullptr;
 
   // @p values are what the text's conversions take, already of the type they name.
   template <class... Values>

@@ -29,6 +29,15 @@ TEST_F(LceListener, DisabledObjectForgetsItsReportCallback) {
   EXPECT_TRUE(calls().empty());
 }
 
+TEST_F(LceListener, CriteriaDuringWhichTheServiceIsDisabledAreRefusedInSilence) {
+  enableBothQuietly();
+  EXPECT_EQ(-5, serviceApi::request<Lce>(requestPoints("request", 1, 2), true, [](Lce& lce) {
+    EXPECT_EQ(1, orb_lce_disable());
+    return lce.setReportingCriteria({}, onCriteria);
+  }));
+  EXPECT_TRUE(linesOf("request").empty());
+}
+
 class LceObject : public BareServiceObject<LceNames> {};
 
 TEST_F(LceObject, WithoutCallbacksReportsAndResultsAreLoggedAndDropped) {

@@ -80,9 +80,27 @@ TYPED_TEST_P(ServiceListener, DisabledObjectCallsNobody) {
   EXPECT_TRUE(this->calls().empty());
 }
 
+// The line that names a missing client is for objects that never had one.
+TYPED_TEST_P(ServiceListener, RequestDuringWhichTheServiceIsDisabledIsRefusedInSilence) {
+  using Object = typename ObjectOf<TypeParam>::Type;
+  const RequestPoints points = requestPoints("request", 1, 2);
+  this->enableBothQuietly();
+  EXPECT_EQ(-5, serviceApi::request<Object>(points, true, [](Object& object) {
+    EXPECT_EQ(1, TypeParam::disable());
+    return object.request(typename TypeParam::ClientMsg());
+  }));
+  ASSERT_EQ(1, TypeParam::enable(this->onStatus));
+  EXPECT_EQ(-2, serviceApi::request<Object>(points, true, [](Object&) {
+    EXPECT_EQ(1, TypeParam::disable());
+    return kInvalidArguments;
+  }));
+  EXPECT_TRUE(this->linesOf("request").empty());
+}
+
 REGISTER_TYPED_TEST_SUITE_P(ServiceListener, FailedSendIsAnInternalErrorToBoth,
                             ServiceDownIsToldToBoth, ServiceUpAndUnknownStatusesAreOnlyLogged,
-                            StatusCallbackMayDisable, DisabledObjectCallsNobody);
+                            StatusCallbackMayDisable, DisabledObjectCallsNobody,
+                            RequestDuringWhichTheServiceIsDisabledIsRefusedInSilence);
 
 // Without enable: no callback is set, no client and no daemon is needed.
 template <class S>

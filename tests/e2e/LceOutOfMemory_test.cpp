@@ -12,6 +12,7 @@ namespace {
 class LceOutOfMemory : public LceTest {
  protected:
   static constexpr int64_t kRefused = -5;
+  static constexpr size_t kManagerDescriptors = 3;  // too few for the client
 
   // Makes @p request with its first allocation failing, then with its second, until there are no
   // more. All but the last are refused, with @p look at what that has left; returns the last one's
@@ -49,6 +50,24 @@ TEST_F(LceOutOfMemory, RefusedRequestIsNotSentAndTheNextOneIs) {
   orb_lce_disable();
   ASSERT_TRUE(daemon().waitForSessionsClosed(1));
   EXPECT_EQ(5u, daemon().frames().size()) << "enable, three requests, disable";
+}
+
+TEST_F(LceOutOfMemory, WithoutClientThatIsTheReasonAllTheSame) {
+  {
+    const FewDescriptors few(kManagerDescriptors);
+    ASSERT_EQ(0, orb_lce_enable(onStatus));
+  }
+  for (const Request& request : LceNames::requests()) {
+    forgetAll();
+    int64_t result = 0;
+    {
+      const memory::NoMemory none;
+      result = request.valid();
+    }
+    EXPECT_EQ(kRefused, result) << request.function;
+    EXPECT_EQ(lines(), (LogLines{{request.function, "Failed to get SDK client instance"}}));
+  }
+  enable();  // gives the object its client, so that it goes with the test
 }
 
 TEST_F(LceOutOfMemory, RefusedRequestLeavesTheFormerCallbackInItsPlace) {

@@ -185,6 +185,9 @@ TYPED_TEST_P(ServiceApi, WithoutClientRequestsAreRefusedAndDisableReportsToBoth)
   for (const Request& request : TypeParam::requests()) {
     EXPECT_EQ(-5, request.valid()) << request.function;
     expected.emplace_back(request.function, text);
+    if (!request.withoutCallback) continue;
+    EXPECT_EQ(-5, request.withoutCallback()) << request.function;
+    expected.emplace_back(request.function, text);
   }
   EXPECT_EQ(0, TypeParam::disable());
   EXPECT_EQ(-1, TypeParam::destroy());

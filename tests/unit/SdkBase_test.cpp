@@ -23,8 +23,8 @@ class Service : public SdkBase {
  public:
   void blobListener(SdkClientBase::SdkStatus, const std::vector<uint8_t>&) override {}
   void setCallbacks(StatusCallback status, StatusV2Callback v2) {
-    mStatusIndCb = status;
-    mBaseStatusV2Cb = v2;
+    mStatusIndCb.set(status);
+    mBaseStatusV2Cb.set(v2);
   }
 };
 
@@ -39,7 +39,7 @@ class SdkBaseTest : public ::testing::Test {
     recording::clear();
     gCalls.clear();
   }
-  void TearDown() override { leave(); }
+  void TearDown() override { disable(); }
 
   // A cleanup event makes no connection, so that no daemon is needed.
   static std::shared_ptr<SdkClientEvent> cleanup() {
@@ -50,10 +50,10 @@ class SdkBaseTest : public ::testing::Test {
         OrbSdkClientType::LCE, [](SdkClientBase::SdkStatus, const std::vector<uint8_t>&) {},
         nullptr, cleanup(), change);
   }
-  bool leave() {
-    const auto disable = mService->beginDisable();
-    if (disable) SdkBase::finishDisable(disable);
-    return disable != nullptr;
+  bool disable() {
+    const auto begun = mService->beginDisable();
+    if (begun) SdkBase::finishDisable(begun);
+    return begun != nullptr;
   }
 
   const std::shared_ptr<Service> mService = std::make_shared<Service>();
@@ -62,7 +62,7 @@ class SdkBaseTest : public ::testing::Test {
 TEST_F(SdkBaseTest, HasNoClientAtFirst) {
   EXPECT_FALSE(mService->hasClient());
   EXPECT_FALSE(mService->accept({}, cleanup()));
-  EXPECT_FALSE(leave());
+  EXPECT_FALSE(disable());
 }
 
 TEST_F(SdkBaseTest, RefusedCallChangesNothing) {
@@ -70,7 +70,7 @@ TEST_F(SdkBaseTest, RefusedCallChangesNothing) {
   const SdkBase::Change change = [&] { changed = true; };
   EXPECT_FALSE(mService->accept(change));
   ASSERT_EQ(SdkBase::Created::Yes, create());
-  ASSERT_TRUE(leave());
+  ASSERT_TRUE(disable());
   EXPECT_FALSE(mService->accept(change, cleanup()));
   EXPECT_EQ(SdkBase::Created::Disabled, create(change));
   EXPECT_FALSE(changed);
@@ -124,18 +124,18 @@ TEST_F(SdkBaseTest, FailedCreationMayBeTriedAgain) {
   EXPECT_EQ(SdkBase::Created::Yes, create());
 }
 
-TEST_F(SdkBaseTest, ObjectThatHasLeftTakesNothingMore) {
+TEST_F(SdkBaseTest, DisabledObjectTakesNothingMore) {
   ASSERT_EQ(SdkBase::Created::Yes, create());
-  EXPECT_TRUE(leave());
+  EXPECT_TRUE(disable());
   EXPECT_FALSE(mService->hasClient());
   EXPECT_FALSE(mService->accept({}, cleanup()));
   EXPECT_EQ(SdkBase::Created::Disabled, create());
-  EXPECT_FALSE(leave());
+  EXPECT_FALSE(disable());
 }
 
-TEST_F(SdkBaseTest, LastOneOutEndsTheClient) {
+TEST_F(SdkBaseTest, LastDisableEndsTheClient) {
   ASSERT_EQ(SdkBase::Created::Yes, create());
-  ASSERT_TRUE(leave());
+  ASSERT_TRUE(disable());
   EXPECT_TRUE(recording::hasEndingWith(" cleaning mInstance"));
   EXPECT_TRUE(recording::waitFor([](const recording::Line& line) {
     return line.text.find("|OrbSdk|SdkClient::~SdkClient:") == 0;

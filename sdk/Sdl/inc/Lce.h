@@ -4,16 +4,15 @@
 
 #include <orb/lce.h>
 
-#include <map>
 #include <memory>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 #include "Service.h"
 #include "lce.pb.h"
 
 // The link capacity estimation service of the process. Requests come on application threads,
-// answers on the receiver thread; the base's mLock guards callbacks, used ids and pending requests.
+// answers on the receiver thread; the base's mLock guards the pending requests.
 class Lce : public ServiceOf<Lce> {
  public:
   static const ServiceTable kTable;
@@ -28,17 +27,19 @@ class Lce : public ServiceOf<Lce> {
   void forgetRequests() override;
 
  private:
+  // Requests that are not answered yet, by transaction id. The callback is null until the request
+  // is accepted.
+  using PendingCriteria = std::unordered_map<uint32_t, LceReportingCriteriaCb>;
   class NewId;
-  using PendingCriteria = std::map<uint32_t, LceReportingCriteriaCb>;
 
-  uint32_t getNextUniqueId();
+  // Draws an id that no pending request has, and takes it.
+  PendingCriteria::iterator getNextUniqueId() ORB_REQUIRES(mLock);
   void handleAsyncResult(const LceProto::ClientMsg& message);
   template <class Report>
-  void handleReport(const Report& report, const LceEstimationReportCb& cb,
+  void handleReport(const Report& report, const CallbackSlot<LceEstimationReportCb>& slot,
                     const ReportPoints& points);
 
-  LceEstimationReportCb mEstimationReportInd = nullptr;
-  LceEstimationReportCb mLastEstimationReportCb = nullptr;
-  std::unordered_set<uint32_t> mUsedIds;  // issued and not yet answered
-  PendingCriteria mPendingCriteriaCbs;
+  CallbackSlot<LceEstimationReportCb> mEstimationReportInd;
+  CallbackSlot<LceEstimationReportCb> mLastEstimationReportCb;
+  PendingCriteria mPendingCriteriaCbs ORB_GUARDED_BY(mLock);
 };

@@ -10,12 +10,11 @@
 #include "lle.pb.h"
 
 // The link latency estimation service of the process. Requests come on application threads, answers
-// on the receiver thread; the base's mLock guards the callbacks.
+// on the receiver thread. No lock of its own: callbacks are in slots.
 class Lle : public ServiceOf<Lle> {
  public:
   static const ServiceTable kTable;
-  // Where lleSetReportingCriteria says that it cannot be served; log consumers know the numbers.
-  static constexpr RequestPoints kSetReportingCriteria{"lleSetReportingCriteria", 165, 170};
+  static const RequestPoints kSetReportingCriteria;
 
   int64_t setReportingCriteria(uint32_t criteria);
   int64_t getLastEstimationReport(LleEstimationReportCb cb);
@@ -26,9 +25,9 @@ class Lle : public ServiceOf<Lle> {
 
  private:
   template <class Report>
-  void handleReport(const Report& report, const LleEstimationReportCb& cb, int32_t result,
-                    const ReportPoints& points);
+  void handleReport(const Report& report, const CallbackSlot<LleEstimationReportCb>& slot,
+                    int32_t result, const ReportPoints& points);
 
-  LleEstimationReportCb mEstimationReportInd = nullptr;
-  LleEstimationReportCb mLastEstimationReportCb = nullptr;
+  CallbackSlot<LleEstimationReportCb> mEstimationReportInd;
+  CallbackSlot<LleEstimationReportCb> mLastEstimationReportCb;
 };

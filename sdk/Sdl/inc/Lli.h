@@ -10,12 +10,11 @@
 #include "lli.pb.h"
 
 // The link interruption indication service of the process. Requests come on application threads,
-// indications on the receiver thread; the base's mLock guards the callback.
+// indications on the receiver thread. No lock of its own: the callback is in a slot.
 class Lli : public ServiceOf<Lli> {
  public:
   static const ServiceTable kTable;
-  // Where lliRegLinkInterruptInd says that it cannot be served; log consumers know the numbers.
-  static constexpr RequestPoints kRegLinkInterruptInd{"lliRegLinkInterruptInd", 145, 150};
+  static const RequestPoints kRegLinkInterruptInd;
 
   int64_t regLinkInterruptInd(LliLinkInterruptIndCb cb);
 
@@ -25,5 +24,5 @@ class Lli : public ServiceOf<Lli> {
  private:
   void handleIndication(const LliProto::LliIndResp& indication);
 
-  LliLinkInterruptIndCb mLinkInterruptInd = nullptr;
+  CallbackSlot<LliLinkInterruptIndCb> mLinkInterruptInd;
 };

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "CallbackGate.h"
+#include "CallbackSlot.h"
 #include "Mutex.h"
 #include "SdkClientBase.h"
 
@@ -17,8 +18,8 @@ class SdkDisable;
 
 // Base of the service objects: holds the handle of the SDK client and reports when there is none.
 // Called from application threads; mLock guards the handle and what belongs to it, is held while an
-// event is posted, so that nothing is posted behind the event that retires the service, and never
-// while a callback runs or a thread is waited for.
+// event is posted, so that nothing is posted behind the cleanup event, and never while a callback
+// runs or a thread is waited for.
 class SdkBase {
  public:
   enum class Created { Yes, No, Disabled };
@@ -34,7 +35,7 @@ class SdkBase {
   virtual void blobListener(SdkClientBase::SdkStatus status, const std::vector<uint8_t>& blob) = 0;
 
   // What a call changes in the object, applied under mLock in the moment in which the call is
-  // accepted: a refused one changes nothing. Throws nothing.
+  // accepted: a refused one changes nothing. What goes with an event throws nothing.
   using Change = std::function<void()>;
 
   // Reaches the SDK client for @p type and hands it @p event; @p cleanup is the cleanup event,
@@ -46,6 +47,8 @@ class SdkBase {
                             std::shared_ptr<SdkClientEvent> cleanup, const Change& change = {});
 
   bool hasClient();
+  // Unlike that, false for an object that was disabled.
+  bool neverHadClient();
   // Applies @p change and posts a request, if there is one; false, with neither done, when there is
   // no client (any more).
   bool accept(const Change& change, std::shared_ptr<SdkClientEvent> event = nullptr);
@@ -54,15 +57,13 @@ class SdkBase {
   // client away. Empty when there is no client; @p refused is then called under mLock, unless a
   // creation is under way. The second half is finishDisable().
   std::shared_ptr<SdkDisable> beginDisable(const Change& refused = {});
-  // Waits for the retirement of the type; inside a callback it returns at once, and after the
+  // Waits until the type is deactivated; inside a callback it returns at once, and after the
   // callback that is left to a thread of the library.
   static void finishDisable(const std::shared_ptr<SdkDisable>& disable);
 
  protected:
-  std::shared_ptr<SdkClient> client();
-  // The status callbacks, guarded by mLock like every callback of a service.
-  StatusCallback mStatusIndCb ORB_GUARDED_BY(mLock) = nullptr;
-  StatusV2Callback mBaseStatusV2Cb ORB_GUARDED_BY(mLock) = nullptr;
+  CallbackSlot<StatusCallback> mStatusIndCb;
+  CallbackSlot<StatusV2Callback> mBaseStatusV2Cb;
 
   Mutex mLock;
   // Shared, because it may be waited for after the object is gone.
@@ -74,7 +75,7 @@ class SdkBase {
   void awaitSettled(UniqueLock& lock) ORB_REQUIRES(mLock);
 
   std::shared_ptr<SdkClient> mClient ORB_GUARDED_BY(mLock);
-  // With the client comes what leaving it takes.
+  // With the client comes what disable takes.
   std::shared_ptr<SdkDisable> mDisable ORB_GUARDED_BY(mLock);
   // One thread is in SdkClient::getInstance(): others wait for what comes of it, for the first
   // answer may come before the handle is stored. The wait ends with the start of a thread and no

@@ -28,102 +28,133 @@ void fill(LceProto::ServiceMsg& message, const LceReportingCriteria& criteria, u
   request->set_criteria_value_2(criteria.criteriaValue2);
 }
 
-// Lines of the listener. The indication's branch names the other report where it has no data.
-constexpr ReportPoints kLastReport{
-    {kListener, __LINE__, "GET_LAST_ESTIMATION_REPORT_IND"},
-    {kListener, __LINE__,
-     "GET_LAST_ESTIMATION_REPORT_IND rate: %d, confidenceLevel: %d, linkDirection: %d, "
-     "queueSizeUL: %d, errorString: %s"},
-    {kListener, __LINE__, "mLastEstimationReportCb sent"},
-    {kListener, __LINE__, "mLastEstimationReportCb null"},
-    {kListener, __LINE__, "GET_LAST_ESTIMATION_REPORT_IND message data not filled"}};
-constexpr ReportPoints kReportInd{
-    {kListener, __LINE__, "ESTIMATION_REPORTS_IND"},
-    {kListener, __LINE__,
-     "ESTIMATION_REPORTS_IND rate: %d, confidenceLevel: %d, linkDirection: %d, "
-     "queueSizeUL: %d, errorString: %s"},
-    {kListener, __LINE__, "mEstimationReportInd sent"},
-    {kListener, __LINE__, "mEstimationReportInd null"},
-    {kListener, __LINE__, "GET_LAST_ESTIMATION_REPORT_IND message data not filled"}};
-constexpr struct {
-  LogPoint entry, values, noCallback, empty;
-} kAsync{{kListener, __LINE__, "SET_REPORTING_CRITERIA_ASYNC_RESULT"},
-         {kListener, __LINE__,
-          "SET_REPORTING_CRITERIA_ASYNC_RESULT transactionId: %d, success: %d, error: %s"},
-         {kListener, __LINE__, "no cb found"},
-         {kListener, __LINE__, "SET_REPORTING_CRITERIA_ASYNC_RESULT message data not filled"}};
+// All fixed lines of the service but those of its requests, which bear the place that asks.
+struct LcePoints {
+  ServicePoints service;
+  ReportPoints lastReport;
+  ReportPoints reportInd;
+  struct {
+    LogPoint entry, values, noCallback, empty;
+  } criteriaResult;
+};
+constexpr LcePoints kPoints = [] {
+  LcePoints points;
+  ServicePoints& service = points.service;
+  service.enable.entry = {"orb_lce_enable", __LINE__, "Enable"};
+  service.enable.nullCallback = {"orb_lce_enable", __LINE__, "Status ind function null"};
+  service.enable.noInstance = {"orb_lce_enable", __LINE__, kNoInstance};
+  service.create.entry = {"createLceClient", __LINE__, "Create"};
+  service.create.nullCallback = {"createLceClient", __LINE__, "cb function null"};
+  service.create.noInstance = {"createLceClient", __LINE__, kNoInstance};
+  service.disable.entry = {"orb_lce_disable", __LINE__, "Disable"};
+  service.disable.noInstance = {"orb_lce_disable", __LINE__, kNoInstance};
+  service.disable.noClient = {"orb_lce_disable", __LINE__, kNoClient};
+  service.destroy.entry = {"destroySdfClient", __LINE__, "Distroy"};
+  service.destroy.noInstance = {"destroySdfClient", __LINE__, kNoInstance};
+  service.destroy.noClient = {"destroySdfClient", __LINE__, kNoClient};
+  service.constructed = {"Lce", __LINE__, "Lce ctor"};
+  service.destroyed = {"~Lce", __LINE__, "~Lce called"};
+  service.blobListener = {kListener, __LINE__, "Lce::blobListener"};
+  service.unknownStatus = {kListener, __LINE__, "unknown internal status %d"};
+  service.unknownMessage = {kListener, __LINE__, "Unknown message type"};
+  service.status.entry = {kListener, __LINE__, "STATUS_IND"};
+  service.status.raw = {kListener, __LINE__, "status_msg %d"};
+  service.status.converted = {kListener, __LINE__, "status %d"};
+  service.status.empty = {kListener, __LINE__, "Status IND message data not filled"};
+  points.lastReport.entry = {kListener, __LINE__, "GET_LAST_ESTIMATION_REPORT_IND"};
+  points.lastReport.values = {
+      kListener, __LINE__,
+      "GET_LAST_ESTIMATION_REPORT_IND rate: %d, confidenceLevel: %d, linkDirection: %d, "
+      "queueSizeUL: %d, errorString: %s"};
+  points.lastReport.sent = {kListener, __LINE__, "mLastEstimationReportCb sent"};
+  points.lastReport.noCallback = {kListener, __LINE__, "mLastEstimationReportCb null"};
+  points.lastReport.empty = {kListener, __LINE__,
+                             "GET_LAST_ESTIMATION_REPORT_IND message data not filled"};
+  points.reportInd.entry = {kListener, __LINE__, "ESTIMATION_REPORTS_IND"};
+  points.reportInd.values = {
+      kListener, __LINE__,
+      "ESTIMATION_REPORTS_IND rate: %d, confidenceLevel: %d, linkDirection: %d, "
+      "queueSizeUL: %d, errorString: %s"};
+  points.reportInd.sent = {kListener, __LINE__, "mEstimationReportInd sent"};
+  points.reportInd.noCallback = {kListener, __LINE__, "mEstimationReportInd null"};
+  // The name of the other report, as log consumers know it.
+  points.reportInd.empty = {kListener, __LINE__,
+                            "GET_LAST_ESTIMATION_REPORT_IND message data not filled"};
+  points.criteriaResult.entry = {kListener, __LINE__, "SET_REPORTING_CRITERIA_ASYNC_RESULT"};
+  points.criteriaResult.values = {
+      kListener, __LINE__,
+      "SET_REPORTING_CRITERIA_ASYNC_RESULT transactionId: %d, success: %d, error: %s"};
+  points.criteriaResult.noCallback = {kListener, __LINE__, "no cb found"};
+  points.criteriaResult.empty = {kListener, __LINE__,
+                                 "SET_REPORTING_CRITERIA_ASYNC_RESULT message data not filled"};
+  return points;
+}();
 
 }  // namespace
 
-const ServiceTable Lce::kTable{
-    OrbSdkClientType::LCE,
-    kSource,
-    &Lce::mStatusV2Cb,
-    &Lce::mInstance,
-    &Lce::make,
-    &Service::enableMessage<LceProto::ServiceMsg, LceProto::ENABLE>,
-    {"orb_lce_enable", {__LINE__, "Enable"}, {__LINE__, "Status ind function null"}, __LINE__},
-    {"createLceClient", {__LINE__, "Create"}, {__LINE__, "cb function null"}, __LINE__},
-    {"orb_lce_disable", {__LINE__, "Disable"}, __LINE__, __LINE__},
-    {"destroySdfClient", {__LINE__, "Distroy"}, __LINE__, __LINE__},
-    {"Lce", __LINE__, "Lce ctor"},
-    {"~Lce", __LINE__, "~Lce called"},
-    {kListener, __LINE__, "Lce::blobListener"},
-    {kListener, __LINE__, "unknown internal status %d"},
-    {__LINE__, __LINE__, __LINE__, __LINE__},
-    {kListener, __LINE__, "Unknown message type"}};
+const ServiceTable Lce::kTable{OrbSdkClientType::LCE,
+                               kSource,
+                               &Lce::mStatusV2Cb,
+                               &Lce::mInstance,
+                               &Lce::make,
+                               &Service::enableMessage<LceProto::ServiceMsg, LceProto::ENABLE>,
+                               kPoints.service};
 
-uint32_t Lce::getNextUniqueId() {
-  uint32_t id = 0;
-  do {
-    id = static_cast<uint32_t>(rand());
-  } while (id == 0 || !mUsedIds.insert(id).second);
-  return id;
+Lce::PendingCriteria::iterator Lce::getNextUniqueId() {
+  for (;;) {
+    const auto id = static_cast<uint32_t>(rand());
+    if (id == 0) continue;
+    const auto [place, isNew] = mPendingCriteriaCbs.try_emplace(id, nullptr);
+    if (isNew) return place;
+  }
 }
 
-// Out of the used ids again, unless a request has been made with it.
+// The id of a request that is being made; none when the service has no client. Given back unless
+// the request is accepted.
 class Lce::NewId {
  public:
   explicit NewId(Lce& lce) : mLce(lce) {
-    const LockGuard lock(lce.mLock);
-    mId = lce.getNextUniqueId();
+    lce.accept([this]() ORB_REQUIRES(mLce.mLock) {
+      mPlace = &*mLce.getNextUniqueId();
+      mId = mPlace->first;
+    });
   }
   NewId(const NewId&) = delete;
   NewId& operator=(const NewId&) = delete;
   ~NewId() {
-    if (mTaken) return;
+    if (mPlace == nullptr || mAccepted) return;
     const LockGuard lock(mLce.mLock);
-    mLce.mUsedIds.erase(mId);
+    mLce.mPendingCriteriaCbs.erase(mId);
   }
+  explicit operator bool() const { return mPlace != nullptr; }
   uint32_t value() const { return mId; }
-  void take() { mTaken = true; }
+  // In the moment in which the request is accepted, under the lock: its place is still there, for
+  // only disable takes it away, after it has taken the client. The answer goes to @p cb.
+  void take(LceReportingCriteriaCb cb) {
+    mPlace->second = cb;
+    mAccepted = true;
+  }
 
  private:
   Lce& mLce;
   uint32_t mId = 0;
-  bool mTaken = false;
+  PendingCriteria::value_type* mPlace = nullptr;
+  bool mAccepted = false;
 };
 
 int64_t Lce::setReportingCriteria(const LceReportingCriteria& criteria, LceReportingCriteriaCb cb) {
   NewId id(*this);
-  // Made before the request is accepted, for then nothing may fail any more.
-  PendingCriteria one;
-  one.emplace(id.value(), cb);
-  auto pending = one.extract(id.value());
+  if (!id) return kNoService;
   OnArena<LceProto::ServiceMsg> message;
   fill(*message, criteria, id.value());
-  const int64_t result = request(*message, [&] { mPendingCriteriaCbs.insert(std::move(pending)); });
-  if (result != kRequestDone) return result;
-  id.take();
-  return id.value();
+  const int64_t result = request(*message, [&id, cb] { id.take(cb); });
+  return result == kRequestDone ? id.value() : result;
 }
 
 void Lce::forgetRequests() {
   PendingCriteria pending;  // freed after the lock
-  std::unordered_set<uint32_t> ids;
   const LockGuard lock(mLock);
   pending.swap(mPendingCriteriaCbs);
-  ids.swap(mUsedIds);
 }
 
 int64_t Lce::getLastEstimationReport(LceEstimationReportCb cb) {
@@ -152,27 +183,28 @@ void Lce::handleBlob(const std::vector<uint8_t>& blob) {
       handleStatus<ClientLceUtils>(data);
       break;
     case LceProto::GET_LAST_ESTIMATION_REPORT_IND:
-      handleMember(kLastReport, data.has_get_last_estimation_report_resp(), [&] {
-        handleReport(data.get_last_estimation_report_resp(), mLastEstimationReportCb, kLastReport);
+      handleMember(kPoints.lastReport, data.has_get_last_estimation_report_resp(), [&] {
+        handleReport(data.get_last_estimation_report_resp(), mLastEstimationReportCb,
+                     kPoints.lastReport);
       });
       break;
     case LceProto::ESTIMATION_REPORTS_IND:
-      handleMember(kReportInd, data.has_estimation_reports_resp(), [&] {
-        handleReport(data.estimation_reports_resp(), mEstimationReportInd, kReportInd);
+      handleMember(kPoints.reportInd, data.has_estimation_reports_resp(), [&] {
+        handleReport(data.estimation_reports_resp(), mEstimationReportInd, kPoints.reportInd);
       });
       break;
     case LceProto::SET_REPORTING_CRITERIA_ASYNC_RESULT:
-      handleMember(kAsync, data.has_set_reporting_criteria_resp(),
+      handleMember(kPoints.criteriaResult, data.has_set_reporting_criteria_resp(),
                    [&] { handleAsyncResult(*message); });
       break;
     default:
-      log(kTable.unknownMessage);
+      log(kPoints.service.unknownMessage);
       break;
   }
 }
 
 template <class Report>
-void Lce::handleReport(const Report& report, const LceEstimationReportCb& cb,
+void Lce::handleReport(const Report& report, const CallbackSlot<LceEstimationReportCb>& slot,
                        const ReportPoints& points) {
   LceEstimationReport estimation = {};
   estimation.rate = report.rate();
@@ -185,29 +217,26 @@ void Lce::handleReport(const Report& report, const LceEstimationReportCb& cb,
       static_cast<int>(estimation.linkDirection), static_cast<int>(report.queue_size_ul()),
       escapePercent(report.error_string()).c_str());
   const auto status = ClientLceUtils::protoEstimationReportStatusToClient(report.error_string());
-  log(callBack(cb, status, estimation) ? points.sent : points.noCallback);
+  log(callBack(slot, status, estimation) ? points.sent : points.noCallback);
 }
 
 void Lce::handleAsyncResult(const LceProto::ClientMsg& message) {
   const auto& response = message.data().set_reporting_criteria_resp();
   const auto id = static_cast<uint32_t>(message.transaction_id());
-  kAsync.values.print(kSource, static_cast<int>(id), response.success() ? 1 : 0,
-                      escapePercent(response.error()).c_str());
+  kPoints.criteriaResult.values.print(kSource, static_cast<int>(id), response.success() ? 1 : 0,
+                                      escapePercent(response.error()).c_str());
   LceReportingCriteriaCb cb = nullptr;
-  bool found = false;
   {
     const LockGuard lock(mLock);
     const auto pending = mPendingCriteriaCbs.find(id);
-    found = pending != mPendingCriteriaCbs.end();
-    if (found) {
+    if (pending != mPendingCriteriaCbs.end() && pending->second != nullptr) {
       // Out of the table before the call: an answer is delivered once, whatever the callback does.
       cb = pending->second;
       mPendingCriteriaCbs.erase(pending);
-      mUsedIds.erase(id);
     }
   }
-  if (!found) {
-    log(kAsync.noCallback);
+  if (!cb) {
+    log(kPoints.criteriaResult.noCallback);
     return;
   }
   const CallbackGate::Pass pass(*mGate);

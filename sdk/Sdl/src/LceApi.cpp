@@ -17,7 +17,9 @@ bool isValid(const LceReportingCriteria& criteria) {
 }
 
 // The lines of a request; both at the place that asks.
-constexpr RequestPoints at(const char* function, int line) { return {function, line, line}; }
+constexpr RequestPoints at(const char* function, int line) {
+  return requestPoints(function, line, line);
+}
 
 }  // namespace
 

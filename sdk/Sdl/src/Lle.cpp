@@ -9,25 +9,58 @@ namespace {
 
 constexpr LogSource kSource{"Lle", "sdk/Sdl/src/Lle.cpp"};
 
-// Log consumers know the lines by these numbers.
-constexpr ReportPoints kLastReport{
-    {kListener, 261, "GET_REPORT_RESP"},
-    {kListener, 278,
-     "GET_REPORT_RESP status: %d, ulReportStatus: %d, ulLatencyEstimation: %d, "
-     "ulVarianceEstimation: %d, dlReportStatus: %d, dlLatencyEstimation: %d, "
-     "dlVarianceEstimation: %d, reportInterval: %d, rat: %d"},
-    {kListener, 303, "GET_REPORT_RESP cb sent"},
-    {kListener, 305, "mLastEstimationReportCb null"},
-    {kListener, 308, "GET_REPORT_RESP message data not filled"}};
-constexpr ReportPoints kReportInd{
-    {kListener, 312, "IND_REPORT_RESP"},
-    {kListener, 329,
-     "IND_REPORT_RESP status: %d, ulReportStatus: %d, ulLatencyEstimation: %d, "
-     "ulVarianceEstimation: %d, dlReportStatus: %d, dlLatencyEstimation: %d, "
-     "dlVarianceEstimation: %d, reportInterval: %d, rat: %d"},
-    {kListener, 350, "IND_REPORT_RESP cb sent"},
-    {kListener, 352, "mEstimationReportInd null"},
-    {kListener, 355, "IND_REPORT_RESP message data not filled"}};
+// All fixed lines of the service. Log consumers know them by these numbers.
+struct LlePoints {
+  ServicePoints service;
+  RequestPoints setReportingCriteria;
+  ReportPoints lastReport;
+  ReportPoints reportInd;
+};
+constexpr LlePoints kPoints = [] {
+  LlePoints points;
+  ServicePoints& service = points.service;
+  service.enable.entry = {"orb_lle_enable", 20, "Enable"};
+  service.enable.nullCallback = {"orb_lle_enable", 22, "Status ind function null"};
+  service.enable.noInstance = {"orb_lle_enable", 29, kNoInstance};
+  service.disable.entry = {"orb_lle_disable", 53, "Disable"};
+  service.disable.noInstance = {"orb_lle_disable", 56, kNoInstance};
+  service.disable.noClient = {"orb_lle_disable", 61, kNoClient};
+  service.create.entry = {"createLleClient", 82, "Create"};
+  service.create.nullCallback = {"createLleClient", 84, "Cb function null"};
+  service.create.noInstance = {"createLleClient", 91, kNoInstance};
+  service.destroy.entry = {"destroyLleClient", 115, "Destroy"};
+  service.destroy.noInstance = {"destroyLleClient", 118, kNoInstance};
+  service.destroy.noClient = {"destroyLleClient", 123, kNoClient};
+  points.setReportingCriteria = requestPoints("lleSetReportingCriteria", 165, 170);
+  service.constructed = {"Lle", 222, "Lle ctor"};
+  service.destroyed = {"~Lle", 229, "~Lle called"};
+  service.blobListener = {kListener, 240, "Lle::blobListener"};
+  service.status.entry = {kListener, 249, "STATUS_IND"};
+  service.status.raw = {kListener, 251, "status_msg %d"};
+  service.status.converted = {kListener, 254, "status %d"};
+  service.status.empty = {kListener, 257, "Status IND message data not filled"};
+  points.lastReport.entry = {kListener, 261, "GET_REPORT_RESP"};
+  points.lastReport.values = {
+      kListener, 278,
+      "GET_REPORT_RESP status: %d, ulReportStatus: %d, ulLatencyEstimation: %d, "
+      "ulVarianceEstimation: %d, dlReportStatus: %d, dlLatencyEstimation: %d, "
+      "dlVarianceEstimation: %d, reportInterval: %d, rat: %d"};
+  points.lastReport.sent = {kListener, 303, "GET_REPORT_RESP cb sent"};
+  points.lastReport.noCallback = {kListener, 305, "mLastEstimationReportCb null"};
+  points.lastReport.empty = {kListener, 308, "GET_REPORT_RESP message data not filled"};
+  points.reportInd.entry = {kListener, 312, "IND_REPORT_RESP"};
+  points.reportInd.values = {
+      kListener, 329,
+      "IND_REPORT_RESP status: %d, ulReportStatus: %d, ulLatencyEstimation: %d, "
+      "ulVarianceEstimation: %d, dlReportStatus: %d, dlLatencyEstimation: %d, "
+      "dlVarianceEstimation: %d, reportInterval: %d, rat: %d"};
+  points.reportInd.sent = {kListener, 350, "IND_REPORT_RESP cb sent"};
+  points.reportInd.noCallback = {kListener, 352, "mEstimationReportInd null"};
+  points.reportInd.empty = {kListener, 355, "IND_REPORT_RESP message data not filled"};
+  service.unknownMessage = {kListener, 358, "Unknown message type"};
+  service.unknownStatus = {kListener, 367, "unknown internal status %d"};
+  return points;
+}();
 
 template <class Report>
 LleEstimationReport toClient(const Report& report) {
@@ -45,23 +78,14 @@ LleEstimationReport toClient(const Report& report) {
 
 }  // namespace
 
-const ServiceTable Lle::kTable{
-    OrbSdkClientType::LLE,
-    kSource,
-    &Lle::mBaseStatusV2Cb,
-    &Lle::mInstance,
-    &Lle::make,
-    &Service::enableMessage<LleProto::ServiceMsg, LleProto::ENABLE>,
-    {"orb_lle_enable", {20, "Enable"}, {22, "Status ind function null"}, 29},
-    {"createLleClient", {82, "Create"}, {84, "Cb function null"}, 91},
-    {"orb_lle_disable", {53, "Disable"}, 56, 61},
-    {"destroyLleClient", {115, "Destroy"}, 118, 123},
-    {"Lle", 222, "Lle ctor"},
-    {"~Lle", 229, "~Lle called"},
-    {kListener, 240, "Lle::blobListener"},
-    {kListener, 367, "unknown internal status %d"},
-    {249, 251, 254, 257},
-    {kListener, 358, "Unknown message type"}};
+const ServiceTable Lle::kTable{OrbSdkClientType::LLE,
+                               kSource,
+                               &Lle::mBaseStatusV2Cb,
+                               &Lle::mInstance,
+                               &Lle::make,
+                               &Service::enableMessage<LleProto::ServiceMsg, LleProto::ENABLE>,
+                               kPoints.service};
+const RequestPoints Lle::kSetReportingCriteria = kPoints.setReportingCriteria;
 
 int64_t Lle::setReportingCriteria(uint32_t criteria) {
   OnArena<LleProto::ServiceMsg> message;
@@ -88,26 +112,26 @@ void Lle::handleBlob(const std::vector<uint8_t>& blob) {
       handleStatus<ClientLleUtils>(data);
       break;
     case LleProto::GET_REPORT_RESP:
-      handleMember(kLastReport, data.has_get_report_resp(), [&] {
+      handleMember(kPoints.lastReport, data.has_get_report_resp(), [&] {
         const auto& report = data.get_report_resp();
-        handleReport(report, mLastEstimationReportCb, report.status() ? 0 : 1, kLastReport);
+        handleReport(report, mLastEstimationReportCb, report.status() ? 0 : 1, kPoints.lastReport);
       });
       break;
     case LleProto::IND_REPORT_RESP:
       // Unlike an answer, an indication is passed on as valid whatever its status says.
-      handleMember(kReportInd, data.has_ind_report_resp(), [&] {
-        handleReport(data.ind_report_resp(), mEstimationReportInd, 0, kReportInd);
+      handleMember(kPoints.reportInd, data.has_ind_report_resp(), [&] {
+        handleReport(data.ind_report_resp(), mEstimationReportInd, 0, kPoints.reportInd);
       });
       break;
     default:
-      log(kTable.unknownMessage);
+      log(kPoints.service.unknownMessage);
       break;
   }
 }
 
 template <class Report>
-void Lle::handleReport(const Report& report, const LleEstimationReportCb& cb, int32_t result,
-                       const ReportPoints& points) {
+void Lle::handleReport(const Report& report, const CallbackSlot<LleEstimationReportCb>& slot,
+                       int32_t result, const ReportPoints& points) {
   const LleEstimationReport estimation = toClient(report);
   // The line shows the low 32 bits of the 64-bit estimates, signed.
   points.values.print(
@@ -117,5 +141,5 @@ void Lle::handleReport(const Report& report, const LleEstimationReportCb& cb, in
       static_cast<int>(estimation.dlReportStatus), static_cast<int>(estimation.dlLatencyEstimation),
       static_cast<int>(estimation.dlVarianceEstimation),
       static_cast<int>(estimation.reportInterval), static_cast<int>(estimation.rat));
-  log(callBack(cb, result, &estimation) ? points.sent : points.noCallback);
+  log(callBack(slot, result, &estimation) ? points.sent : points.noCallback);
 }

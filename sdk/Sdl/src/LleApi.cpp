@@ -22,12 +22,12 @@ int64_t lleSetReportingCriteria(uint32_t criteria) {
 }
 
 int64_t lleGetLastEstimationReport(LleEstimationReportCb cb) {
-  return serviceApi::request<Lle>({__func__, __LINE__, __LINE__}, cb != nullptr,
+  return serviceApi::request<Lle>(requestPoints(__func__, __LINE__, __LINE__), cb != nullptr,
                                   [&](Lle& lle) { return lle.getLastEstimationReport(cb); });
 }
 
 int64_t lleRegEstimationReports(LleEstimationReportCb cb) {
-  return serviceApi::request<Lle>({__func__, __LINE__, __LINE__}, cb != nullptr,
+  return serviceApi::request<Lle>(requestPoints(__func__, __LINE__, __LINE__), cb != nullptr,
                                   [&](Lle& lle) { return lle.regEstimationReports(cb); });
 }
 

@@ -9,35 +9,58 @@ namespace {
 
 constexpr LogSource kSource{"Lli", "sdk/Sdl/src/Lli.cpp"};
 
-// Log consumers know the lines by these numbers.
-constexpr ReportPoints kIndication{
-    {kListener, 214, "LLI_IND_RESP"},
-    {kListener, 233,
-     "LLI_IND_RESP handoffIndType: %d, handoffState: %d, preHandoffState: %d, sourceRat: %d, "
-     "targetRat: %d, estimatedTimeToInterruption: %lu, estimatedInterruptionDuration: %lu"},
-    {kListener, 251, "LLI_IND_RESP cb sent"},
-    {kListener, 253, "LLI_IND_RESP no cb"},
-    {kListener, 257, "LLI_IND_RESP message data not filled"}};
+// All fixed lines of the service. Log consumers know them by these numbers.
+struct LliPoints {
+  ServicePoints service;
+  RequestPoints regLinkInterruptInd;
+  ReportPoints indication;
+};
+constexpr LliPoints kPoints = [] {
+  LliPoints points;
+  ServicePoints& service = points.service;
+  service.enable.entry = {"orb_lli_enable", 20, "Enable"};
+  service.enable.nullCallback = {"orb_lli_enable", 22, "Status ind function null"};
+  service.enable.noInstance = {"orb_lli_enable", 29, kNoInstance};
+  service.disable.entry = {"orb_lli_disable", 53, "Disable"};
+  service.disable.noInstance = {"orb_lli_disable", 56, kNoInstance};
+  service.disable.noClient = {"orb_lli_disable", 61, kNoClient};
+  service.create.entry = {"createLliClient", 82, "Create"};
+  service.create.nullCallback = {"createLliClient", 84, "cb function null"};
+  service.create.noInstance = {"createLliClient", 91, kNoInstance};
+  service.destroy.entry = {"destroyLliClient", 115, "Destroy"};
+  service.destroy.noInstance = {"destroyLliClient", 118, kNoInstance};
+  service.destroy.noClient = {"destroyLliClient", 123, kNoClient};
+  points.regLinkInterruptInd = requestPoints("lliRegLinkInterruptInd", 145, 150);
+  service.constructed = {"Lli", 177, "Lli ctor"};
+  service.destroyed = {"~Lli", 183, "~Lli called"};
+  service.blobListener = {kListener, 193, "Lli::blobListener"};
+  service.status.entry = {kListener, 202, "STATUS_IND"};
+  service.status.raw = {kListener, 204, "status_msg %d"};
+  service.status.converted = {kListener, 207, "status %d"};
+  service.status.empty = {kListener, 210, "Status IND message data not filled"};
+  points.indication.entry = {kListener, 214, "LLI_IND_RESP"};
+  points.indication.values = {
+      kListener, 233,
+      "LLI_IND_RESP handoffIndType: %d, handoffState: %d, preHandoffState: %d, sourceRat: %d, "
+      "targetRat: %d, estimatedTimeToInterruption: %lu, estimatedInterruptionDuration: %lu"};
+  points.indication.sent = {kListener, 251, "LLI_IND_RESP cb sent"};
+  points.indication.noCallback = {kListener, 253, "LLI_IND_RESP no cb"};
+  points.indication.empty = {kListener, 257, "LLI_IND_RESP message data not filled"};
+  service.unknownMessage = {kListener, __LINE__, "Unknown message type"};
+  service.unknownStatus = {kListener, 269, "unknown internal status %d"};
+  return points;
+}();
 
 }  // namespace
 
-const ServiceTable Lli::kTable{
-    OrbSdkClientType::LLI,
-    kSource,
-    &Lli::mBaseStatusV2Cb,
-    &Lli::mInstance,
-    &Lli::make,
-    &Service::enableMessage<LliProto::ServiceMsg, LliProto::ENABLE>,
-    {"orb_lli_enable", {20, "Enable"}, {22, "Status ind function null"}, 29},
-    {"createLliClient", {82, "Create"}, {84, "cb function null"}, 91},
-    {"orb_lli_disable", {53, "Disable"}, 56, 61},
-    {"destroyLliClient", {115, "Destroy"}, 118, 123},
-    {"Lli", 177, "Lli ctor"},
-    {"~Lli", 183, "~Lli called"},
-    {kListener, 193, "Lli::blobListener"},
-    {kListener, 269, "unknown internal status %d"},
-    {202, 204, 207, 210},
-    {kListener, __LINE__, "Unknown message type"}};
+const ServiceTable Lli::kTable{OrbSdkClientType::LLI,
+                               kSource,
+                               &Lli::mBaseStatusV2Cb,
+                               &Lli::mInstance,
+                               &Lli::make,
+                               &Service::enableMessage<LliProto::ServiceMsg, LliProto::ENABLE>,
+                               kPoints.service};
+const RequestPoints Lli::kRegLinkInterruptInd = kPoints.regLinkInterruptInd;
 
 int64_t Lli::regLinkInterruptInd(LliLinkInterruptIndCb cb) {
   OnArena<LliProto::ServiceMsg> message;
@@ -55,11 +78,11 @@ void Lli::handleBlob(const std::vector<uint8_t>& blob) {
       handleStatus<ClientLliUtils>(data);
       break;
     case LliProto::LLI_IND_RESP:
-      handleMember(kIndication, data.has_lli_ind_resp(),
+      handleMember(kPoints.indication, data.has_lli_ind_resp(),
                    [&] { handleIndication(data.lli_ind_resp()); });
       break;
     default:
-      log(kTable.unknownMessage);
+      log(kPoints.service.unknownMessage);
       break;
   }
 }
@@ -75,11 +98,12 @@ void Lli::handleIndication(const LliProto::LliIndResp& indication) {
   info.targetRat = ClientLliUtils::protoRatToClient(indication.target_rat());
   info.estimatedTimeToInterruption = indication.estimated_time_to_interruption();
   info.estimatedInterruptionDuration = indication.estimated_interruption_duration();
-  kIndication.values.print(kSource, static_cast<int>(type), static_cast<int>(info.handoffState),
-                           static_cast<int>(preState), static_cast<int>(info.sourceRat),
-                           static_cast<int>(info.targetRat),
-                           static_cast<unsigned long>(info.estimatedTimeToInterruption),
-                           static_cast<unsigned long>(info.estimatedInterruptionDuration));
-  log(callBack(mLinkInterruptInd, type, preState, &info) ? kIndication.sent
-                                                         : kIndication.noCallback);
+  kPoints.indication.values.print(kSource, static_cast<int>(type),
+                                  static_cast<int>(info.handoffState), static_cast<int>(preState),
+                                  static_cast<int>(info.sourceRat),
+                                  static_cast<int>(info.targetRat),
+                                  static_cast<unsigned long>(info.estimatedTimeToInterruption),
+                                  static_cast<unsigned long>(info.estimatedInterruptionDuration));
+  log(callBack(mLinkInterruptInd, type, preState, &info) ? kPoints.indication.sent
+                                                         : kPoints.indication.noCallback);
 }

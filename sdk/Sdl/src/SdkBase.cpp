@@ -46,8 +46,8 @@ SdkBase::Created SdkBase::createSdkInstance(OrbSdkClientType type, SdkClientBase
     mCreating = false;
     mClient = std::move(client);
     // Before the next thread tries with callbacks of its own.
-    status = mStatusIndCb;
-    statusV2 = mBaseStatusV2Cb;
+    status = mStatusIndCb.get();
+    statusV2 = mBaseStatusV2Cb.get();
   }
   mCreated.notify_all();
   if (!created) reportNoClient(status, statusV2);
@@ -64,16 +64,20 @@ void SdkBase::reportNoClient(StatusCallback status, StatusV2Callback statusV2) {
   }
 }
 
-bool SdkBase::hasClient() { return client() != nullptr; }
+bool SdkBase::hasClient() {
+  UniqueLock lock(mLock);
+  awaitSettled(lock);
+  return mClient != nullptr;
+}
+
+bool SdkBase::neverHadClient() {
+  UniqueLock lock(mLock);
+  awaitSettled(lock);
+  return !mClient && !mDisabled;
+}
 
 void SdkBase::awaitSettled(UniqueLock& lock) {
   awaitUnlessStopped(mCreated, lock, [this]() ORB_REQUIRES(mLock) { return !mCreating; });
-}
-
-std::shared_ptr<SdkClient> SdkBase::client() {
-  UniqueLock lock(mLock);
-  awaitSettled(lock);
-  return mClient;
 }
 
 bool SdkBase::accept(const Change& change, std::shared_ptr<SdkClientEvent> event) {

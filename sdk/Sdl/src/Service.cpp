@@ -12,10 +12,10 @@
 
 ProcessMark Service::mUsedIn;
 
-Service::Service(const ServiceTable& table) : mTable(table) { log(table.constructed); }
+Service::Service(const ServiceTable& table) : mTable(table) { log(table.points.constructed); }
 
 Service::~Service() {
-  log(mTable.destroyed);
+  log(mTable.points.destroyed);
   // Only an object that was never disabled still has a client.
   if (hasClient()) SdkClient::destroyInstance(mTable.type);
 }
@@ -40,8 +40,8 @@ void reportFailure(void (*cb)(status_v2_e)) { cb(STATUS_V2_INTERNAL_ERROR); }
 }  // namespace
 
 template <class Callback>
-bool Service::open(const ServiceTable& table, const OpeningPoints& points,
-                   Callback Service::*member, Callback cb) {
+bool Service::enableWith(const ServiceTable& table, const EnablePoints& points,
+                         CallbackSlot<Callback> Service::*slot, Callback cb) {
   points.entry.print(table.source);
   if (cb == nullptr) {
     points.nullCallback.print(table.source);
@@ -55,7 +55,7 @@ bool Service::open(const ServiceTable& table, const OpeningPoints& points,
       return false;
     }
     try {
-      const Created created = joinClient(object, [&object, member, cb] { *object.*member = cb; });
+      const Created created = joinClient(object, [&object, slot, cb] { (*object.*slot).set(cb); });
       // An object that another thread has just disabled is out of its slot: the next one is new.
       if (created != Created::Disabled) return created == Created::Yes;
     } catch (const std::bad_alloc&) {
@@ -77,7 +77,7 @@ SdkBase::Created Service::joinClient(const std::shared_ptr<Service>& object, con
       std::make_shared<SdkClientEvent>(table.type, table.enableMessage(false), true), change);
 }
 
-bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
+bool Service::disableWith(const ServiceTable& table, const DisablePoints& points) {
   points.entry.print(table.source);
   ServiceSlot& slot = table.slot();
   std::shared_ptr<Service> object;
@@ -93,10 +93,10 @@ bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
     object = slot.instance;
     // Who is told is read with the decision: the callback of an enable that comes a moment later
     // has nothing to hear.
-    const auto refuse = [&]() ORB_REQUIRES(object->mLock) {
+    const auto refuse = [&] {
       refused = true;
-      status = object->mStatusIndCb;
-      statusV2 = *object.*table.statusV2;
+      status = object->mStatusIndCb.get();
+      statusV2 = (*object.*table.statusV2).get();
     };
     if (object) disable = object->beginDisable(std::ref(refuse));  // by reference: no memory
     if (disable) {
@@ -121,38 +121,48 @@ bool Service::close(const ServiceTable& table, const ClosingPoints& points) {
 }
 
 bool Service::enable(const ServiceTable& table, StatusCallback cb) {
-  return open<StatusCallback>(table, table.enable, &Service::mStatusIndCb, cb);
+  return enableWith<StatusCallback>(table, table.points.enable, &Service::mStatusIndCb, cb);
 }
 
 bool Service::create(const ServiceTable& table, StatusV2Callback cb) {
-  return open(table, table.create, table.statusV2, cb);
+  return enableWith(table, table.points.create, table.statusV2, cb);
 }
 
-bool Service::disable(const ServiceTable& table) { return close(table, table.disable); }
+bool Service::disable(const ServiceTable& table) {
+  return disableWith(table, table.points.disable);
+}
 
-bool Service::destroy(const ServiceTable& table) { return close(table, table.destroy); }
+bool Service::destroy(const ServiceTable& table) {
+  return disableWith(table, table.points.destroy);
+}
 
-std::shared_ptr<Service> Service::readyService(const ServiceTable& table,
-                                               const RequestPoints& points) {
+std::shared_ptr<Service> Service::presentService(const ServiceTable& table,
+                                                 const RequestPoints& points) {
   std::shared_ptr<Service> object = table.slot().get();
-  if (!object) {
-    points.noInstance.print(table.source);
-  } else if (!object->hasClient()) {
-    points.noClient.print(table.source);
-    object.reset();
-  }
+  if (!object) points.noInstance.print(table.source);
   return object;
 }
 
-// Not analysed: read() locks around the members that it is handed.
-void Service::handleStatusInd(status_e status) ORB_NO_THREAD_ANALYSIS {
+std::vector<uint8_t> Service::serialise(const google::protobuf::MessageLite& message) {
+  std::vector<uint8_t> blob(message.ByteSizeLong());
+  message.SerializeToArray(blob.data(), static_cast<int>(blob.size()));
+  return blob;
+}
+
+int64_t Service::request(const google::protobuf::MessageLite& message, const Change& change) {
+  auto event = std::make_shared<SdkClientEvent>(mTable.type, serialise(message));
+  return accept(change, std::move(event)) ? kRequestDone : kNoService;
+}
+
+void Service::handleStatusInd(status_e status) {
   callBack(mStatusIndCb, status);
-  const StatusV2Callback& statusV2 = this->*mTable.statusV2;
-  if (read(statusV2)) callBack(statusV2, orb::utils::statusToStatusV2(status));
+  // Converted only for somebody: the conversion logs what has no second number.
+  const StatusV2Callback statusV2 = (this->*mTable.statusV2).get();
+  if (statusV2) tell(statusV2, orb::utils::statusToStatusV2(status));
 }
 
 void Service::blobListener(SdkClientBase::SdkStatus status, const std::vector<uint8_t>& blob) {
-  log(mTable.blobListener);
+  log(mTable.points.blobListener);
   switch (status) {
     case SdkClientBase::BlobReceived:
       handleBlob(blob);
@@ -165,7 +175,7 @@ void Service::blobListener(SdkClientBase::SdkStatus status, const std::vector<ui
       break;
     default:
       // Service up included: it is not passed on.
-      mTable.unknownStatus.print(mTable.source, static_cast<int>(status));
+      mTable.points.unknownStatus.print(mTable.source, static_cast<int>(status));
       break;
   }
 }

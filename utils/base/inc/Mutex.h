@@ -23,8 +23,6 @@
 #define ORB_ACQUIRE(...) ORB_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define ORB_RELEASE(...) ORB_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
 #define ORB_TRY_ACQUIRE(...) ORB_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
-// For what the analysis cannot follow; the reason stands beside each use.
-#define ORB_NO_THREAD_ANALYSIS ORB_THREAD_ATTRIBUTE(no_thread_safety_analysis)
 
 template <class M>
 class ORB_CAPABILITY("mutex") CheckedMutex {
