@@ -226,7 +226,7 @@ TEST_F(SdkClientTest, ClientIsClearedAwayAfterItsLastSession) {
                             "handleSessionEnd for session 1", "cleaning mInstance"}));
 }
 
-TEST_F(SdkClientTest, RetiringATypeWithoutFarewellSendsNothing) {
+TEST_F(SdkClientTest, DisableWithoutAMessageSendsNothing) {
   join(Type::LCE);
   SdkClient::destroyInstance(Type::LCE);
   ASSERT_TRUE(mDaemon.waitForSessionsClosed(1));

@@ -32,20 +32,20 @@ class AllServicesDisable : public AllServicesTest {
     });
   }
   template <class S>
-  bool farewellArrived(const ServiceOps& service) {
+  bool disableMessageArrived(const ServiceOps& service) {
     const Blob expected = frameBytes<S>(static_cast<uint8_t>(mSessions[service.name]), kDisable);
     return daemon().waitForFrame([&](const Frame& frame) { return frame.bytes() == expected; });
   }
 };
 
-TEST_F(AllServicesDisable, HealthyConnectionGetsTheFarewellWhileTheWorkerConnectsAnother) {
+TEST_F(AllServicesDisable, HealthyConnectionGetsTheDisableMessageWhileTheWorkerConnectsAnother) {
   enable(kLce);
   leaveTheHandshakeOut();
   ASSERT_EQ(1, kLle.enable());
   ASSERT_TRUE(daemon().waitForConnections(2));
 
   disableInTime(kLce);
-  EXPECT_TRUE(farewellArrived<LceNames>(kLce));
+  EXPECT_TRUE(disableMessageArrived<LceNames>(kLce));
   EXPECT_TRUE(daemon().waitForSessionsClosed(1));
   EXPECT_TRUE(kLle.waitForCalls(0).empty());
   expectDisabled(kLce);
@@ -54,7 +54,7 @@ TEST_F(AllServicesDisable, HealthyConnectionGetsTheFarewellWhileTheWorkerConnect
   EXPECT_TRUE(workerAndReceiversEnd());
 }
 
-TEST_F(AllServicesDisable, HealthyConnectionGetsTheFarewellWhileTheWorkerIsInACallback) {
+TEST_F(AllServicesDisable, HealthyConnectionGetsTheDisableMessageWhileTheWorkerIsInACallback) {
   static std::promise<void>* entered = nullptr;
   static std::shared_future<void> left;
   std::promise<void> hasEntered;
@@ -70,16 +70,16 @@ TEST_F(AllServicesDisable, HealthyConnectionGetsTheFarewellWhileTheWorkerIsInACa
   hasEntered.get_future().wait();
 
   disableInTime(kLli);
-  EXPECT_TRUE(farewellArrived<LliNames>(kLli));
+  EXPECT_TRUE(disableMessageArrived<LliNames>(kLli));
   EXPECT_TRUE(daemon().waitForSessionsClosed(1));
   mayLeave.set_value();
 }
 
-TEST_F(AllServicesDisable, DeepQueueOfItsOwnDoesNotCostTheFarewellNorRepeatIt) {
+TEST_F(AllServicesDisable, DeepQueueOfItsOwnDoesNotCostTheDisableMessageNorRepeatIt) {
   enable(kLle);
   for (uint32_t i = 0; i < 50000; ++i) ASSERT_EQ(0, lleSetReportingCriteria(1));
   disableInTime(kLle);
-  EXPECT_TRUE(farewellArrived<LleNames>(kLle));
+  EXPECT_TRUE(disableMessageArrived<LleNames>(kLle));
   ASSERT_TRUE(daemon().waitForSessionsClosed(1));
   const auto frames = daemon().frames();
   EXPECT_EQ(1, std::count_if(frames.begin(), frames.end(),

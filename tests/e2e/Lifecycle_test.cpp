@@ -39,10 +39,10 @@ class Lifecycle : public testing::Test {
     ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
     ASSERT_TRUE(state().waitForAny(Event::Report, 3));
   }
-  bool farewellArrived(size_t sessions) {
+  bool disableMessageArrived(size_t sessions) {
     return mDaemon.waitForFrame([&](const orbsim::Frame& frame) {
-      const orbsim::Blob farewell{7, 0, 0, 0, 0x1A, 0x02, 0x0A, 0x00};
-      return frame.payload == farewell && frame.header.sessionId == sessions;
+      const orbsim::Blob message{7, 0, 0, 0, 0x1A, 0x02, 0x0A, 0x00};
+      return frame.payload == message && frame.header.sessionId == sessions;
     });
   }
   orbsim::Daemon mDaemon;
@@ -51,7 +51,7 @@ class Lifecycle : public testing::Test {
 TEST_F(Lifecycle, DisableReachesTheDaemonBeforeTheSocketIsClosed) {
   enable();
   EXPECT_EQ(1, orb_lce_disable());
-  EXPECT_TRUE(farewellArrived(1));
+  EXPECT_TRUE(disableMessageArrived(1));
   EXPECT_TRUE(mDaemon.waitForSessionsClosed(1));
   EXPECT_TRUE(recording::has("dtor"));
   EXPECT_TRUE(recording::hasEndingWith("~Lce called"));
@@ -101,7 +101,7 @@ TEST_F(Lifecycle, EveryDisableSaysWhoseConnectionHasEnded) {
   }
 }
 
-TEST_F(Lifecycle, RequestsBeforeTheConnectionStandsArriveInOrderBeforeTheFarewell) {
+TEST_F(Lifecycle, RequestsBeforeTheConnectionStandsArriveInOrderBeforeTheDisableMessage) {
   ASSERT_EQ(1, orb_lce_enable(onStatus));
   LceReportingCriteria criteria = {};
   std::vector<int64_t> ids;
@@ -110,7 +110,7 @@ TEST_F(Lifecycle, RequestsBeforeTheConnectionStandsArriveInOrderBeforeTheFarewel
     ASSERT_GT(ids.back(), 0);
   }
   EXPECT_EQ(1, orb_lce_disable());
-  ASSERT_TRUE(farewellArrived(1));
+  ASSERT_TRUE(disableMessageArrived(1));
   EXPECT_EQ(12u, mDaemon.frames().size());
 }
 
@@ -138,7 +138,7 @@ TEST_F(Lifecycle, DisableInsideAReportCallbackReturnsAndANewEnableWorks) {
   ASSERT_TRUE(state().waitDone());
   EXPECT_EQ(1, result);
   ASSERT_TRUE(mDaemon.waitForSessionsClosed(1));
-  EXPECT_TRUE(farewellArrived(1));
+  EXPECT_TRUE(disableMessageArrived(1));
   state().clear();
   enable();
   startReports();

@@ -31,7 +31,7 @@ constexpr size_t kHalfPayload = Header::kSize + 50;
 void answer(Session& session, const Frame& frame) {
   session.sendBlob(frame.sdkType(), {0x1a, 0x04, 0x0a, 0x02, 0x08, 0x01});
 }
-bool isFarewell(const Frame& frame) { return frame.blob() == Blob{0x1a, 0x02, 0x0a, 0x00}; }
+bool isDisableMessage(const Frame& frame) { return frame.blob() == Blob{0x1a, 0x02, 0x0a, 0x00}; }
 
 void allReached(Test& test) { test.waitReached(test.services().size()); }
 void enabled(Test& test) { Heard::get().waitForSuccesses(test.services().size()); }
@@ -88,11 +88,11 @@ const DaemonState kStates[] = {
        flood(test);
        test.daemon().closeAll();
      }},
-    {"DiesOverTheFarewell",
+    {"DiesOverTheDisableMessage",
      [](Test& test) {
        Heard::get().clear();
        test.daemon().setFrameHandler([](Session& session, const Frame& frame) {
-         if (isFarewell(frame)) {
+         if (isDisableMessage(frame)) {
            session.close();
          } else {
            answer(session, frame);
@@ -107,7 +107,7 @@ const DaemonState kStates[] = {
        Heard::get().clear();
        test.daemon().setFrameHandler([](Session& session, const Frame& frame) {
          // Everything that was asked for is answered at the end, and more.
-         for (int i = isFarewell(frame) ? 0 : 199; i < 200; ++i) answer(session, frame);
+         for (int i = isDisableMessage(frame) ? 0 : 199; i < 200; ++i) answer(session, frame);
          return true;
        });
        test.start();

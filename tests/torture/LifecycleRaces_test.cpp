@@ -318,7 +318,7 @@ TEST_F(LifecycleRaces, TheFunctionOfARefusedRequestIsNotCalled) {
 
 // The connections of two services are healthy, the third one waits in a handshake in which the
 // daemon is silent. However closely they are disabled one after the other, the daemon is told.
-TEST_F(LifecycleRaces, TheFarewellIsSaidBesideASilentHandshake) {
+TEST_F(LifecycleRaces, TheDisableMessageIsSentBesideASilentHandshake) {
   constexpr size_t kHealthy = 2;
   std::atomic<size_t> connections{0};
   mDaemon.setHandshake([&connections](int fd, uint32_t sessionId) {
@@ -332,7 +332,7 @@ TEST_F(LifecycleRaces, TheFarewellIsSaidBesideASilentHandshake) {
   });
   startDaemon();
   uint64_t repeats = 0;
-  repeat("a connection ended without the farewell", 10, [&] {
+  repeat("a connection ended without the disable message", 10, [&] {
     EXPECT_EQ(1, orb_lce_enable(ignoreStatus));
     EXPECT_EQ(1, orb_lli_enable(ignoreStatus));
     EXPECT_TRUE(mDaemon.waitForFrames(kHealthy));

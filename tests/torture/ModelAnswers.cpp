@@ -24,7 +24,7 @@ bool read(const orbsim::Frame& frame, Message& message, Asked& asked) {
   asked.transaction = message.transaction_id();
   if (message.data().has_enable_msg()) {
     asked.enable = message.data().enable_msg().enable();
-    asked.farewell = !asked.enable;
+    asked.disables = !asked.enable;
   }
   return true;
 }

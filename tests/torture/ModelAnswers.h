@@ -16,7 +16,7 @@ struct Asked {
   Service service = kLce;
   int event = 0;
   bool enable = false;
-  bool farewell = false;
+  bool disables = false;
   uint32_t tag = 0;  // the number in a request that bears one
   uint64_t transaction = 0;
 };

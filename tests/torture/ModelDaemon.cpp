@@ -124,7 +124,7 @@ bool ModelDaemon::handle(orbsim::Session& session, const orbsim::Frame& frame) {
     return true;
   }
   note(*connection, asked);
-  if (!asked.farewell) answer(session, asked, connection->number);
+  if (!asked.disables) answer(session, asked, connection->number);
   if (mManners.harmful) misbehave(session, *connection);
   return true;
 }
@@ -133,17 +133,18 @@ void ModelDaemon::note(Connection& connection, const Asked& asked) {
   ModelBooks& books = ModelBooks::get();
   const auto number = static_cast<unsigned long long>(connection.number);
   books.history().add("connection %llu: %s event %d%s, request %u", number, nameOf(asked.service),
-                      asked.event, asked.farewell ? ", farewell" : "", asked.tag);
+                      asked.event, asked.disables ? ", disable message" : "", asked.tag);
   if (connection.frames == 0) books.connectionStands(connection.number);
   if (asked.tag != 0) books.arrived(asked.tag, connection.latestStart);
   const Guard lock(mMutex);
-  if (connection.farewells > 0) books.mistake("connection %llu: more after the farewell", number);
+  if (connection.disableMessages > 0)
+    books.mistake("connection %llu: more after the disable message", number);
   if (connection.service >= 0 && connection.service != asked.service) {
     books.mistake("connection %llu has messages of two services", number);
   }
   connection.service = asked.service;
   ++connection.frames;
-  if (asked.farewell) ++connection.farewells;
+  if (asked.disables) ++connection.disableMessages;
   if (asked.enable) ++connection.enables;
 }
 
@@ -194,7 +195,7 @@ void ModelDaemon::touchAll() {
   const Guard lock(mMutex);
   mBlind = true;
   for (auto& [number, connection] : mConnections) {
-    if (connection.farewells == 0) connection.touched = true;
+    if (connection.disableMessages == 0) connection.touched = true;
   }
   mChanged.notify_all();
 }
@@ -251,32 +252,34 @@ void ModelDaemon::finish() {
   if (!mDaemon.waitForConnectionsClosed(mDaemon.totals().connections)) {
     books.mistake("a connection stays");
   }
-  std::array<size_t, kServices> farewells{};
+  std::array<size_t, kServices> disableMessages{};
   std::array<size_t, kServices> enables{};
   const Guard lock(mMutex);
   for (const auto& [number, connection] : mConnections) {
     check(connection);
     if (connection.service < 0) continue;
-    farewells[static_cast<size_t>(connection.service)] += connection.farewells;
+    disableMessages[static_cast<size_t>(connection.service)] += connection.disableMessages;
     enables[static_cast<size_t>(connection.service)] += connection.enables;
   }
   for (const Service service : {kLce, kLle, kLli}) {
-    if (farewells[service] > books.accepted(What::Leave, service) ||
+    if (disableMessages[service] > books.accepted(What::Leave, service) ||
         enables[service] > books.accepted(What::Enable, service)) {
-      books.mistake("%s: %zu enables and %zu farewells are too many", nameOf(service),
-                    enables[service], farewells[service]);
+      books.mistake("%s: %zu enables and %zu disable messages are too many", nameOf(service),
+                    enables[service], disableMessages[service]);
     }
   }
 }
 
 void ModelDaemon::check(const Connection& connection) {
   const bool healthy = connection.plan == Plan::Healthy || connection.plan == Plan::SlowToGreet;
-  if (!healthy || connection.touched || connection.frames == 0 || connection.farewells == 1) return;
+  if (!healthy || connection.touched || connection.frames == 0 || connection.disableMessages == 1)
+    return;
   if (ModelBooks::get().starved()) return;  // nobody got to say it in time
-  ModelBooks::get().mistake("connection %llu of %s ended after %zu messages with %zu farewells",
-                            static_cast<unsigned long long>(connection.number),
-                            nameOf(static_cast<Service>(connection.service)), connection.frames,
-                            connection.farewells);
+  ModelBooks::get().mistake(
+      "connection %llu of %s ended after %zu messages with %zu disable messages",
+      static_cast<unsigned long long>(connection.number),
+      nameOf(static_cast<Service>(connection.service)), connection.frames,
+      connection.disableMessages);
 }
 
 }  // namespace torture

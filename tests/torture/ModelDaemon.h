@@ -47,10 +47,10 @@ class ModelDaemon {
     Plan plan = Plan::Healthy;
     int fd = -1;              // only for the session's own thread
     uint32_t framesToGo = 0;  // until the plan shows
-    bool touched = false;     // perhaps the farewell did not get through
+    bool touched = false;     // perhaps the disable message did not get through
     int service = -1;
     size_t frames = 0;
-    size_t farewells = 0;
+    size_t disableMessages = 0;
     size_t enables = 0;
     uint64_t latestStart = 0;  // of the requests that came
   };
