@@ -26,7 +26,7 @@ class SdkClientEvent : public OrbEventBase {
 
   const bool cleanup;  // carries the disable message; after it the client type is deactivated
   const OrbSdkClientType type;
-  const std::vector<uint8_t> blob;
-  bool inbound = false;  // came from the service and goes to the listener
-  bool silent = false;   // a cleanup event without a disable message
+  std::vector<uint8_t> blob;  // moved out by who sends it
+  bool inbound = false;       // came from the service and goes to the listener
+  bool silent = false;        // a cleanup event without a disable message
 };

@@ -132,7 +132,8 @@ bool SdkClientBase::deliver(SdkClientEvent& event) {
       connected = isConnected(event.type);
     }
     if (event.silent || !connected) return true;
-    return event.cleanup ? sendDisableMessage(event) : sendBlobToService(event.type, event.blob);
+    return event.cleanup ? sendDisableMessage(event)
+                         : sendBlobToService(event.type, std::move(event.blob));
   } catch (const std::bad_alloc&) {
     return false;
   }

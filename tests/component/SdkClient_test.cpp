@@ -246,7 +246,7 @@ TEST_F(SdkClientTest, RequestWithTheBytesOfTheDisableMessageIsNotThatMessage) {
   EXPECT_EQ(2u, mDaemon.totals().frames) << "not by the worker: somebody else had claimed it";
 }
 
-TEST_F(SdkClientTest, NewClientIsMadeAfterTheLastHasLeft) {
+TEST_F(SdkClientTest, NewClientIsMadeAfterTheLastDisable) {
   join(Type::LCE);
   SdkClient::destroyInstance(Type::LCE);
   recording::clear();

@@ -118,7 +118,7 @@ std::shared_ptr<OrbIpcClientSession> sessionThatTells(Dispatched& dispatched) {
 void checkSession(const uint8_t* data, size_t size, const std::vector<Frame>& frames) {
   Dispatched dispatched;
   const auto session = sessionThatTells(dispatched);
-  const auto socket = std::make_shared<UniqueFd>(socketWith(data, size));
+  const auto socket = std::make_shared<IpcSocket>(socketWith(data, size));
   receiveFrames(socket, HandlerRef(session, session->threadSemaphore()));
 
   std::vector<Bytes> blobs;

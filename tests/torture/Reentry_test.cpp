@@ -18,8 +18,6 @@ using orbsim::Blob;
 
 // Enough for an event manager, one too few for the SDK client's own queue.
 constexpr size_t kManagerDescriptors = 3;
-// Bytes of torture::request()'s message, by service.
-constexpr size_t kRequestBytes[] = {6, 12, 8};
 
 struct Tally {
   size_t places = 0;
@@ -138,7 +136,7 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
   // The worker has found the connection standing and is about to send when the connection goes.
   void provokeSendFailure(const Place& place, const std::function<void()>& arm) {
     arm();
-    const WorkerAllocation moment(kRequestBytes[place.service], [&] {
+    const WorkerAllocation moment([&] {
       daemon().closeSession(sessionOf(place.service));
       Probe::get().waitFor(slotOf(kStatus, place.service), STATUS_SERVICE_DOWN);
     });

@@ -5,13 +5,58 @@
 #include <pthread.h>
 
 #include <cstring>
+#include <memory>
+#include <utility>
 
 #include "AllocationHook.h"
+#include "SendBlobMessage.h"
 
 namespace torture {
 
+namespace {
+
+// Notes what make_shared allocates: the object and what the pointers to it share.
+size_t gMeasured = 0;
+template <class T>
+struct Measuring {
+  using value_type = T;
+
+  Measuring() = default;
+  template <class U>
+  Measuring(const Measuring<U>&) {}
+  T* allocate(size_t count) {
+    gMeasured = count * sizeof(T);
+    return std::allocator<T>().allocate(count);
+  }
+  void deallocate(T* memory, size_t count) { std::allocator<T>().deallocate(memory, count); }
+};
+template <class T, class U>
+bool operator==(const Measuring<T>&, const Measuring<U>&) {
+  return true;
+}
+template <class T, class U>
+bool operator!=(const Measuring<T>&, const Measuring<U>&) {
+  return false;
+}
+
+// The code of the class is the library's own.
+struct OfItsSize {
+  alignas(SendBlobMessage) unsigned char bytes[sizeof(SendBlobMessage)];
+};
+size_t sizeOfMessage() {
+  std::allocate_shared<OfItsSize>(Measuring<OfItsSize>());
+  return gMeasured;
+}
+
+}  // namespace
+
 std::atomic<size_t> WorkerAllocation::sSize{0};
 std::function<void()> WorkerAllocation::sAction;
+
+WorkerAllocation::WorkerAllocation(std::function<void()> action) {
+  sAction = std::move(action);
+  sSize.store(sizeOfMessage());
+}
 
 void WorkerAllocation::look(size_t size) {
   if (size == 0 || size != sSize.load(std::memory_order_relaxed)) return;

@@ -7,16 +7,14 @@
 #include <functional>
 
 // Stops the library's worker at one place: between its look at the connection and the send, where
-// it copies the blob that is to be sent. Programs that take its source call orb_hook_allocations().
+// it makes the message that carries the blob. Programs that take its source call
+// orb_hook_allocations().
 namespace torture {
 
-// While it lives, the worker's next allocation of @p size bytes runs @p action first.
+// While it lives, the worker runs @p action first when it makes its next message.
 class WorkerAllocation {
  public:
-  WorkerAllocation(size_t size, std::function<void()> action) {
-    sAction = std::move(action);
-    sSize.store(size);
-  }
+  explicit WorkerAllocation(std::function<void()> action);
   WorkerAllocation(const WorkerAllocation&) = delete;
   WorkerAllocation& operator=(const WorkerAllocation&) = delete;
   ~WorkerAllocation() { sSize.store(0); }

@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <future>
 #include <thread>
 
 #include "../support/FewDescriptors.h"
@@ -25,8 +26,6 @@ using process_end::Traffic;
 
 namespace {
 
-// Bytes of lleSetReportingCriteria(0x7fffffff)'s message.
-constexpr size_t kRequestBytes = 12;
 constexpr size_t kManagerDescriptors = 3;  // too few for the client
 
 // From then on an enable that waits for another thread's may be refused.
@@ -141,10 +140,18 @@ int exitInDownOnReceiver() {
 }
 // The daemon turns this scenario's connections down.
 int exitInDownOnWorker() { exitInside(slotOf(kStatus, kLli), STATUS_SERVICE_DOWN, nullptr); }
+// Once its answer has come, the worker has sent all that was asked for before.
+void awaitAnswer() {
+  static std::promise<void> answered;
+  const LceReportingCriteria criteria = {};
+  lceSetReportingCriteria(&criteria, [](LceReportingCriteriaStatus) { answered.set_value(); });
+  answered.get_future().wait();
+}
 int exitInSendFailure() {
   startTraffic();
   exitInside(slotOf(kStatus, kLle), STATUS_INTERNAL_ERROR, [] {
-    static const WorkerAllocation moment(kRequestBytes, [] {
+    awaitAnswer();
+    static const WorkerAllocation moment([] {
       breakConnections();
       // Each service's loss is told to all.
       Probe::get().waitFor(slotOf(kStatus, kLle), STATUS_SERVICE_DOWN, kServices);

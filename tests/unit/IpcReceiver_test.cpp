@@ -308,7 +308,7 @@ TEST_F(IpcReceiverTest, ReceiverOfAHandlerThatIsGoneStillGivesEverythingBack) {
   auto handler = std::make_shared<RecordingHandler>();
   const auto ended = handler->threadSemaphore();
   mOurs = mPair.ours;
-  ASSERT_TRUE(registerSocket(kPeer, 7, std::make_shared<UniqueFd>(mPair.ours), handler));
+  ASSERT_TRUE(registerSocket(kPeer, 7, std::make_shared<IpcSocket>(mPair.ours), handler));
   const std::weak_ptr<RecordingHandler> watched = handler;
   handler.reset();
   EXPECT_TRUE(watched.expired());  // the waiting receiver keeps none alive

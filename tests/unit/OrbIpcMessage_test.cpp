@@ -40,6 +40,12 @@ TEST(OrbIpcMessage, RawIsMessageThreeAndSerializesToItsPayload) {
   EXPECT_TRUE(OrbIpcRawMessage(0, 0, {}).serialize().empty());
 }
 
+TEST(OrbIpcMessage, RawLeavesRoomForAHeader) {
+  OrbIpcRawMessage message(3, 9, {8, 255, 3});
+  EXPECT_EQ((Bytes{0, 0, 8, 255, 3}), message.serializeBehind(2));
+  EXPECT_EQ((Bytes{8, 255, 3}), message.serialize());
+}
+
 TEST(OrbIpcMessage, SessionEndIsMessageFourWithoutBytes) {
   OrbIpcSessionEndMessage message(0xFFFFFFFF);
   EXPECT_EQ(4u, message.id());

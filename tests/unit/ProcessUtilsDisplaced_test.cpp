@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 // A pair whose socket is on its way out belongs to the next socket that comes with it.
+#include <errno.h>
 #include <gtest/gtest.h>
 
 #include <future>
@@ -13,6 +14,7 @@ using namespace ipctest;
 
 constexpr unsigned long kPeer = 1;
 constexpr unsigned int kSession = 7;
+constexpr ipcMsg_t kFrame = {105, kPeer, 5, 0, kSession, 0};
 
 // Its receiver stays in its first call until release().
 struct BusyHandler : RecordingHandler {
@@ -55,6 +57,12 @@ class ProcessUtilsDisplacedTest : public testing::Test {
     EXPECT_EQ((std::vector<std::string>{"session 7", "receiver " + std::to_string(mNext.ours)}),
               mNextHandler.calls());
     EXPECT_FALSE(isRegistered(kPeer, kSession));
+  }
+  // The socket that has the pair.
+  static SharedSocket registered() {
+    const auto globals = getProcessUtilsGlobals();
+    const ScopedLock<SharedMutex> lock(globals->mLock);
+    return globals->mSockets.at({kPeer, kSession});
   }
   void expectNextIsRegistered() {
     EXPECT_TRUE(ProcessUtilsWrapper::sendMsg(nullptr, 0, 5, 0, 105, kPeer, kSession));
@@ -100,18 +108,43 @@ TEST_F(ProcessUtilsDisplacedTest, PairOfASocketWithUnreadFramesIsRefused) {
 }
 
 TEST_F(ProcessUtilsDisplacedTest, FormerOwnerNeitherForgetsNorUsesThePairOfTheNext) {
-  const UniqueFd former;  // stands for its socket
+  const SharedSocket former = registered();
+  EXPECT_TRUE(sendIpc(kFrame, *former));
   mFormer.closePeer();
   ASSERT_TRUE(registerSocket(kPeer, kSession, mNext.ours, mNextHandler));
-  deregisterSocket(kPeer, kSession, &former);
+  deregisterSocket(kPeer, kSession, former.get());
   recording::clear();
-  EXPECT_FALSE(ProcessUtilsWrapper::sendMsg(nullptr, 0, 5, 0, 105, kPeer, kSession, 0, &former));
+  EXPECT_FALSE(sendIpc(kFrame, *former));
   EXPECT_EQ((Entries{{kDebug, "dstProcessId: 0x1, sessionId: 7"}}), logged());
   expectNextIsRegistered();  // the first frame that it gets
   mBusy.release();
   ASSERT_TRUE(mBusy.waitForEnd());
   mNext.closePeer();
   ASSERT_TRUE(mNextHandler.waitForEnd());
+}
+
+TEST_F(ProcessUtilsDisplacedTest, OwnerSendsNothingOnASocketWhosePairIsForgotten) {
+  const SharedSocket socket = registered();
+  deregisterSocket(kPeer, kSession);
+  recording::clear();
+  EXPECT_FALSE(sendIpc(kFrame, *socket));
+  EXPECT_EQ((Entries{{kDebug, "dstProcessId: 0x1, sessionId: 7"}}), logged());
+  char byte = 0;
+  EXPECT_EQ(-1, recv(mFormer.peer, &byte, 1, MSG_DONTWAIT));
+  EXPECT_EQ(EAGAIN, errno);
+  mBusy.release();
+  mFormer.closePeer();
+  ASSERT_TRUE(mBusy.waitForEnd());
+}
+
+TEST_F(ProcessUtilsDisplacedTest, OwnerSendsNothingOnceTheReceiverHasEnded) {
+  const SharedSocket socket = registered();
+  mBusy.release();
+  mFormer.closePeer();
+  ASSERT_TRUE(mBusy.waitForEnd());
+  recording::clear();
+  EXPECT_FALSE(sendIpc(kFrame, *socket));
+  EXPECT_EQ((Entries{{kDebug, "dstProcessId: 0x1, sessionId: 7"}}), logged());
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ class ProcessUtilsTest : public ::testing::Test {
   static void store(unsigned int sessionId, int fd) {
     const auto globals = getProcessUtilsGlobals();
     const ScopedLock<SharedMutex> lock(globals->mLock);
-    globals->mSockets[{kPeer, sessionId}] = std::make_shared<UniqueFd>(fd);
+    globals->mSockets[{kPeer, sessionId}] = std::make_shared<IpcSocket>(fd);
   }
 
   RecordingHandler mHandler;

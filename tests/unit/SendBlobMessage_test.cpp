@@ -24,6 +24,11 @@ TEST(SendBlobMessage, SerializesTypeInFourBytesThenTheBlob) {
             SendBlobMessage(static_cast<OrbSdkType>(0x11223344), {0}).serialize());
 }
 
+TEST(SendBlobMessage, LeavesRoomForAHeader) {
+  SendBlobMessage message(OrbSdkType::LCE, {0x0A});
+  EXPECT_EQ((Bytes{0, 0, 0, 7, 0, 0, 0, 0x0A}), message.serializeBehind(3));
+}
+
 TEST(SendBlobMessage, DeserializesWhatSerializeMakes) {
   SendBlobMessage message;
   message.deserialize({8, 0, 0, 0, 1, 2, 3});

@@ -105,23 +105,24 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   void handleConnectionStatus(bool connected, OrbSdkClientType type,
                               const OrbIpcClientSession& session);
 
-  // The worker's turn to send for a type. Looks up in one step on which session, and whether it
-  // may: not for a type whose grace period is over, for which others send the disable message.
-  class SendTurn {
+  // One send of the worker. Looks up in one step on which session, and whether it may: not for a
+  // type whose grace period is over, for which others send the disable message.
+  class WorkerSend {
    public:
     // @p cleanup: the cleanup event whose disable message is to be sent, if it is that.
-    SendTurn(SdkClient& client, OrbSdkClientType type, const SdkClientEvent* cleanup = nullptr);
-    SendTurn(const SendTurn&) = delete;
-    SendTurn& operator=(const SendTurn&) = delete;
-    ~SendTurn();
-    bool send(std::vector<uint8_t> blob) const;
+    WorkerSend(SdkClient& client, OrbSdkClientType type, const SdkClientEvent* cleanup = nullptr);
+    WorkerSend(const WorkerSend&) = delete;
+    WorkerSend& operator=(const WorkerSend&) = delete;
+    ~WorkerSend();
+    // Takes @p blob only when it may send.
+    bool send(std::vector<uint8_t>&& blob) const;
 
    private:
     SdkClient& mClient;
     const OrbSdkClientType mType;
     Session mSession;
     bool mGranted = false;
-    std::shared_ptr<SdkDisable> mMessageOf;  // set when the disable message is this turn's to send
+    std::shared_ptr<SdkDisable> mMessageOf;  // set when it is the one to send the disable message
   };
 
   Condition mSendEnded;

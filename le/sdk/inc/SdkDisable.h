@@ -16,8 +16,8 @@ class SdkClient;
 // The disable of one client type, from the moment its cleanup event is posted until the worker has
 // deactivated the type. Made when the type joins, with all the memory that the disable takes. The
 // thread that disables begins and finishes it, the worker completes it. The disable message is sent
-// once, by whoever claims it first: the worker in its turn, or the thread that forces the disable
-// when the grace period is over. mMutex guards what follows it.
+// once, by whoever claims it first: the worker, or the thread that forces the disable when the
+// grace period is over. mMutex guards what follows it.
 class SdkDisable : public AfterCallback {
  public:
   using Clock = std::chrono::steady_clock;

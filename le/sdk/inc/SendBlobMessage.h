@@ -26,7 +26,8 @@ class SendBlobMessage : public OrbIpcMessage {
   SendBlobMessage(OrbSdkType type, std::vector<unsigned char> blob)
       : OrbIpcMessage("SendBlobMessage", ID), mType(type), mBlob(std::move(blob)) {}
 
-  std::vector<unsigned char> serialize() override;
+  std::vector<unsigned char> serialize() override { return serializeBehind(0); }
+  std::vector<unsigned char> serializeBehind(size_t room) override;
   // Expects at least the four bytes of the type; with fewer nothing is changed.
   void deserialize(std::vector<unsigned char> bytes) override;
 

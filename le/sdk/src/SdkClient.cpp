@@ -93,15 +93,15 @@ SdkClient::Session SdkClient::createOrbSdkClient(ProcessId id) {
 }
 
 bool SdkClient::sendBlobToService(OrbSdkClientType type, std::vector<uint8_t> blob) {
-  return SendTurn(*this, type).send(std::move(blob));
+  return WorkerSend(*this, type).send(std::move(blob));
 }
 
 bool SdkClient::sendDisableMessage(SdkClientEvent& event) {
-  return SendTurn(*this, event.type, &event).send(event.blob);
+  return WorkerSend(*this, event.type, &event).send(std::move(event.blob));
 }
 
-SdkClient::SendTurn::SendTurn(SdkClient& client, OrbSdkClientType type,
-                              const SdkClientEvent* cleanup)
+SdkClient::WorkerSend::WorkerSend(SdkClient& client, OrbSdkClientType type,
+                                  const SdkClientEvent* cleanup)
     : mClient(client), mType(type) {
   const LockGuard lock(client.mLock);
   EndpointState& state = client.stateOf(type);
@@ -117,7 +117,7 @@ SdkClient::SendTurn::SendTurn(SdkClient& client, OrbSdkClientType type,
   state.sending = true;
 }
 
-SdkClient::SendTurn::~SendTurn() {
+SdkClient::WorkerSend::~WorkerSend() {
   if (!mGranted) return;
   if (mMessageOf) mMessageOf->noteMessageSent();
   {
@@ -127,7 +127,7 @@ SdkClient::SendTurn::~SendTurn() {
   mClient.mSendEnded.notify_all();
 }
 
-bool SdkClient::SendTurn::send(std::vector<uint8_t> blob) const {
+bool SdkClient::WorkerSend::send(std::vector<uint8_t>&& blob) const {
   if (!mSession) {
     SDK_LOG_AS(kSdkClientTag, __FILE__, "sendBlobToService",
                "mOrbIpcSession for OrbSdkClientType %d is not found", static_cast<int>(mType));

@@ -102,8 +102,8 @@ void SdkDisable::awaitMessage() {
 }
 
 // Before a connection is closed after the grace period, which may be as healthy as ever: on the
-// thread that forces the disable, or on the worker that comes too late to send in its turn. Whoever
-// comes second waits for the first one, so that nobody closes in between.
+// thread that forces the disable, or on the worker that comes too late. Whoever comes second waits
+// for the first one, so that nobody closes in between.
 void SdkDisable::sendMessage(OrbIpcClientSession& session) {
   if (mCleanup->silent) return;
   if (!claimMessage()) {
@@ -111,7 +111,7 @@ void SdkDisable::sendMessage(OrbIpcClientSession& session) {
     return;
   }
   try {
-    SendBlobMessage message(convertSdkTypeToIpc(mType), mCleanup->blob);
+    SendBlobMessage message(convertSdkTypeToIpc(mType), std::move(mCleanup->blob));
     session.sendAtOnce(message);
   } catch (...) {
     // The connection is closed all the same, and nobody waits for this for ever.

@@ -32,10 +32,11 @@ OrbSdkClientType convertSdkTypeToSdk(OrbSdkType type) {
   return OrbSdkClientType::None;
 }
 
-std::vector<unsigned char> SendBlobMessage::serialize() {
-  std::vector<unsigned char> bytes(kTypeSize + mBlob.size());
-  memcpy(bytes.data(), &mType, kTypeSize);
-  if (!mBlob.empty()) memcpy(bytes.data() + kTypeSize, mBlob.data(), mBlob.size());
+std::vector<unsigned char> SendBlobMessage::serializeBehind(size_t room) {
+  std::vector<unsigned char> bytes(room + kTypeSize + mBlob.size());
+  unsigned char* const payload = bytes.data() + room;
+  memcpy(payload, &mType, kTypeSize);
+  if (!mBlob.empty()) memcpy(payload + kTypeSize, mBlob.data(), mBlob.size());
   return bytes;
 }
 

@@ -6,7 +6,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <memory>
 #include <utility>
 
 // An application that has closed its standard streams gives their numbers to whatever is opened
@@ -81,7 +80,3 @@ int openAboveStandardStreams(const Open& open) {
   const StandardStreamsKeeper keeper;
   return aboveStandardStreams(open());
 }
-
-// A socket is read by one thread, written by another and shut down by a third. The number is closed
-// when the last of them lets go, so nobody ever calls the kernel with a number that was given away.
-using SharedSocket = std::shared_ptr<UniqueFd>;

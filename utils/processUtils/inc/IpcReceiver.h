@@ -5,8 +5,8 @@
 #include <memory>
 #include <utility>
 
+#include "IpcSocket.h"
 #include "ProcessHandler.h"
-#include "UniqueFd.h"
 
 // How a receiver thread reaches its handler: shared handlers through a weak reference, so that the
 // thread keeps none alive while it waits for data; others on the owner's promise to outlive the

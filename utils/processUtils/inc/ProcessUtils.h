@@ -9,10 +9,10 @@
 #include <utility>
 
 #include "IpcFrame.h"
+#include "IpcSocket.h"
 #include "Mutex.h"
 #include "ProcessHandler.h"
 #include "Thread.h"
-#include "UniqueFd.h"
 
 // Registered sockets of the process and their receiver threads. One per process, made on first use
 // and kept until no thread can need it. Reached from every thread; mLock guards all fields, is held
@@ -44,9 +44,6 @@ std::shared_ptr<ProcessUtilsGlobals> getProcessUtilsGlobals();
 bool registerSocket(unsigned long id, unsigned int sessionId, SharedSocket socket,
                     const std::shared_ptr<ProcessHandler>& handler,
                     std::shared_ptr<Semaphore> ended = nullptr);
-// The same for a plain descriptor and a handler that its owner keeps alive until the semaphore
-// came. The descriptor is taken over when it was registered and left alone otherwise.
-bool registerSocket(unsigned long id, unsigned int sessionId, int sockFd, ProcessHandler& handler);
 
 // Forgets the pair. The socket is neither shut down nor closed, its receiver goes on until it
 // fails. With @p only the pair is forgotten just when it still stands for that socket.
@@ -62,22 +59,32 @@ bool isReceiverThreadOf(const Semaphore* semaphore);
 // raise a signal.
 int sendFlags(int flags = 0);
 
-// Sends a complete frame on the socket of its (destination, session) in one call. False when there
-// is no such socket, when it is not @p only, or when the call took nothing. A short count passes as
-// success. May block in send, unless @p flags for it say otherwise. A socket that takes nothing any
-// more counts as lost: it is shut down, so that its receiver ends and tells the handler. That
-// there is no room without waiting is no such failure.
-bool sendIpc(ipcMsg_t* msg, int flags = 0, const UniqueFd* only = nullptr);
+// Sends a complete frame in one call on @p socket, which the caller holds. False when it is not
+// registered (any more) or the call took nothing; a short count passes as success. May block in
+// send, unless @p flags for it say otherwise. A socket that takes nothing any more counts as lost:
+// it is shut down, so that its receiver ends and tells the handler. That there is no room without
+// waiting is no such failure.
+bool sendIpc(const ipcMsg_t& msg, const IpcSocket& socket, int flags = 0);
+
+// From here on for programs that take part in the IPC themselves: the sessions of this library use
+// none of it.
+
+// Sends on the socket of the frame's (destination, session); false also when there is none.
+bool sendIpc(ipcMsg_t* msg, int flags = 0);
 
 struct ProcessUtilsWrapper {
   // Builds the frame in one buffer and sends it as sendIpc() does.
   static bool sendMsg(const unsigned char* data, unsigned long len, unsigned long msgId,
                       long subsystemId, unsigned long srcId, unsigned long dstId,
-                      unsigned int sessionId, int flags = 0, const UniqueFd* only = nullptr);
+                      unsigned int sessionId, int flags = 0);
 };
 
-// One-time registration of the process under a name, for programs that take part in the IPC
-// themselves. Descriptor 0 is a valid first socket here. Later calls do nothing.
+// Registers a plain descriptor for a handler that its owner keeps alive until the semaphore came.
+// The descriptor is taken over when it was registered and left alone otherwise.
+bool registerSocket(unsigned long id, unsigned int sessionId, int sockFd, ProcessHandler& handler);
+
+// One-time registration of the process under a name. Descriptor 0 is a valid first socket here.
+// Later calls do nothing.
 void regProcess(unsigned long id, std::string name, unsigned long sessionId, std::string peerName,
                 int sockFd, ProcessHandler& handler);
 unsigned long getAssignedProcessId();

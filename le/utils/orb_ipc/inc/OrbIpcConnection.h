@@ -7,7 +7,6 @@
 
 #include "ProcessUtils.h"
 #include "Semaphore.h"
-#include "UniqueFd.h"
 
 class OrbIpcSession;
 
@@ -22,7 +21,7 @@ struct OrbIpcConnection {
   OrbIpcConnection(const SharedSocket& ours, std::shared_ptr<Semaphore> semaphore)
       : identity(ours), ended(std::move(semaphore)), socket(ours) {}
 
-  const std::weak_ptr<UniqueFd> identity;  // which socket it is, without keeping it open
+  const std::weak_ptr<IpcSocket> identity;  // which socket it is, without keeping it open
   const std::shared_ptr<Semaphore> ended;
   SharedSocket socket;  // empty once the connection is lost or closed, and for good
   EndTold endTold = EndTold::ByNobody;

@@ -2,6 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -23,6 +25,13 @@ class OrbIpcMessage {
 
   virtual std::vector<unsigned char> serialize() = 0;
   virtual void deserialize(std::vector<unsigned char> bytes) = 0;
+  // What serialize() returns, behind @p room bytes for the frame's header. A message that is sent
+  // often writes itself there at once.
+  virtual std::vector<unsigned char> serializeBehind(size_t room) {
+    std::vector<unsigned char> bytes = serialize();
+    bytes.insert(bytes.begin(), room, 0);
+    return bytes;
+  }
 
   unsigned int id() const { return mId; }
   const std::string& name() const { return mName; }
@@ -76,6 +85,11 @@ class OrbIpcRawMessage : public OrbIpcMessage {
         mMsgId(msgId),
         mSubsystemId(subsystemId) {}
   std::vector<unsigned char> serialize() override { return mPayload; }
+  std::vector<unsigned char> serializeBehind(size_t room) override {
+    std::vector<unsigned char> bytes(room + mPayload.size());
+    std::copy(mPayload.begin(), mPayload.end(), bytes.begin() + static_cast<ptrdiff_t>(room));
+    return bytes;
+  }
   void deserialize(std::vector<unsigned char>) override {}
 
   const std::vector<unsigned char> mPayload;

@@ -23,12 +23,12 @@ struct IpcMsgConstructorHandlerPair_t {
 };
 
 // One connection to the daemon: socket, handshake, receiver, dispatch, sending. Must be owned by a
-// shared_ptr. Connecting and sending run on the thread that posts (the SDK worker; a farewell also
-// on one that waits for it, while the worker does not send), incoming frames and the end of the
-// connection on the receiver thread; beginClose(), stopRetrying(), awaitReceiver() and cleanup()
-// may come from any thread. mStateLock guards the state of the connection and is never held across
-// a system call that blocks, a wait for a thread or a call of a handler. The registry and the raw
-// handler are filled before the first connect and constant after it.
+// shared_ptr. Connecting and sending run on the thread that posts (the SDK worker; a disable
+// message also on one that waits for it, while the worker does not send), incoming frames and the
+// end of the connection on the receiver thread; beginClose(), stopRetrying(), awaitReceiver() and
+// cleanup() may come from any thread. mStateLock guards the state of the connection and is never
+// held across a system call that blocks, a wait for a thread or a call of a handler. The registry
+// and the raw handler are filled before the first connect and constant after it.
 class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
                       public std::enable_shared_from_this<OrbIpcSession> {
  public:
@@ -106,7 +106,9 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   void handleOrbIpcIncomingRawMessage(const std::shared_ptr<OrbIpcIncomingRawMessage>& msg);
   void handleSendMessage(const std::shared_ptr<OrbIpcMessage>& msg);
   void handleOrbIpcRawMessage(const std::shared_ptr<OrbIpcRawMessage>& msg);
-  bool sendFrame(const std::vector<unsigned char>& payload, unsigned int msgId, long subsystemId,
+  // Sends on the socket that the session holds. @p frame has the payload behind room for the
+  // header.
+  bool sendFrame(std::vector<unsigned char> frame, unsigned int msgId, long subsystemId,
                  int flags = 0);
   // @p lastWord: the receiver says no more after this.
   void endConnection(const std::shared_ptr<Semaphore>& receiver, bool lastWord = false);

@@ -77,7 +77,7 @@ void OrbIpcSession::concludeConnect(const Connection& connection, Attempt result
 
 OrbIpcSession::Connection OrbIpcSession::openConnection(SharedSocket& socket) {
   if (!mayBegin(nullptr)) return nullptr;
-  socket = std::make_shared<UniqueFd>();
+  socket = std::make_shared<IpcSocket>();
   auto connection = std::make_shared<OrbIpcConnection>(socket, std::make_shared<Semaphore>());
   connection->endTold = OrbIpcConnection::EndTold::ByConnectingThread;
   socket->reset(

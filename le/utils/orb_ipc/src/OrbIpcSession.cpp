@@ -16,7 +16,7 @@ OrbIpcSession::OrbIpcSession(int sockFd, unsigned int sessionId, ProcessId own, 
     : mOwn(own), mPeer(peer), mSessionId(sessionId) {
   if (sockFd >= 0) {
     mConnection =
-        std::make_shared<OrbIpcConnection>(std::make_shared<UniqueFd>(sockFd), threadSemaphore());
+        std::make_shared<OrbIpcConnection>(std::make_shared<IpcSocket>(sockFd), threadSemaphore());
     mConnection->sessionId = sessionId;
   }
   if (!ownThread) return;
@@ -144,7 +144,7 @@ void OrbIpcSession::handleSendMessage(const std::shared_ptr<OrbIpcMessage>& msg)
     ORB_LOGE("IPC socket is not connected");
     return;
   }
-  sendFrame(msg->serialize(), msg->id(), 0);
+  sendFrame(msg->serializeBehind(sizeof(ipcMsg_t)), msg->id(), 0);
 }
 
 void OrbIpcSession::handleOrbIpcRawMessage(const std::shared_ptr<OrbIpcRawMessage>& msg) {
@@ -154,10 +154,11 @@ void OrbIpcSession::handleOrbIpcRawMessage(const std::shared_ptr<OrbIpcRawMessag
     ORB_LOGE("IPC socket is not connected");
     return;
   }
-  sendFrame(msg->mPayload, msg->mMsgId, static_cast<long>(msg->mSubsystemId));
+  sendFrame(msg->serializeBehind(sizeof(ipcMsg_t)), msg->mMsgId,
+            static_cast<long>(msg->mSubsystemId));
 }
 
-bool OrbIpcSession::sendFrame(const std::vector<unsigned char>& payload, unsigned int msgId,
+bool OrbIpcSession::sendFrame(std::vector<unsigned char> frame, unsigned int msgId,
                               long subsystemId, int flags) {
   SharedSocket socket;
   unsigned int sessionId = 0;
@@ -167,15 +168,16 @@ bool OrbIpcSession::sendFrame(const std::vector<unsigned char>& payload, unsigne
     socket = mConnection->socket;
     sessionId = mConnection->sessionId;
   }
-  // By now the daemon may have given the id to another session.
-  return ProcessUtilsWrapper::sendMsg(
-      payload.data(), payload.size(), msgId, subsystemId, static_cast<unsigned long>(toWire(mOwn)),
-      static_cast<unsigned long>(toWire(mPeer)), sessionId, flags, socket.get());
+  auto* const msg = reinterpret_cast<ipcMsg_t*>(frame.data());
+  *msg = {toWire(mOwn), toWire(mPeer), msgId,
+          subsystemId,  sessionId,     frame.size() - sizeof(ipcMsg_t)};
+  return sendIpc(*msg, *socket, flags);
 }
 
 bool OrbIpcSession::sendAtOnce(OrbIpcMessage& msg) {
   // The thread may be the application's: a connection that is gone must not raise a signal there.
-  return mConnected && sendFrame(msg.serialize(), msg.id(), 0, MSG_DONTWAIT | MSG_NOSIGNAL);
+  return mConnected &&
+         sendFrame(msg.serializeBehind(sizeof(ipcMsg_t)), msg.id(), 0, MSG_DONTWAIT | MSG_NOSIGNAL);
 }
 
 void OrbIpcSession::handleSessionEnd(unsigned int sessionId) {

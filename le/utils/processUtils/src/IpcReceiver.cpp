@@ -95,6 +95,7 @@ unsigned int forgetSocket(const SharedSocket& socket) {
   ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "Cleaning up session %d, socket %d",
              static_cast<int>(sessionId), socket->get());
   last = std::move(found->second);
+  last->setRegistered(false);
   sockets.erase(found);
   globals->mReceiverThreads.erase(key);
   return sessionId;
@@ -153,8 +154,4 @@ void receiveFrames(SharedSocket socket, HandlerRef handler) {
   socket.reset();
   tSemaphoreOfThisReceiver = nullptr;
   semaphore->increase();
-}
-
-void ipcReceiver(int sockFd, ProcessHandler& handler) {
-  receiveFrames(std::make_shared<UniqueFd>(sockFd), HandlerRef(handler));
 }

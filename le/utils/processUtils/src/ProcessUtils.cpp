@@ -9,18 +9,19 @@
 #include <sys/socket.h>
 
 #include <new>
-#include <stdexcept>
-#include <vector>
+#include <utility>
 
-#include "IpcReceiver.h"
 #include "Log.h"
 #include "NeverDestroyed.h"
 #include "Process.h"
+#include "SocketTable.h"
 #include "Thread.h"
 
 namespace {
 
 using Globals = ProcessUtilsGlobals;
+
+constexpr char kSendIpc[] = "sendIpc";  // the function of its lines, wherever they are
 
 // Receiver threads outlive static destruction, so what they reach is never destroyed: the holder's
 // storage stays for good, and at exit it lets the globals go only as far as nobody else holds them.
@@ -68,9 +69,10 @@ bool isOnItsWayOut(const UniqueFd& socket) {
   return poll(&state, 1, 0) > 0;  // hang-ups and errors are reported whatever was asked for
 }
 
-// @p displaced gets the socket that had the pair before, to be let go after the lock.
-bool registerLocked(Globals& globals, const Globals::Key& key, SharedSocket socket,
-                    HandlerRef handler, SharedSocket& displaced) ORB_REQUIRES(globals.mLock) {
+}  // namespace
+
+bool registerLocked(ProcessUtilsGlobals& globals, const ProcessUtilsGlobals::Key& key,
+                    SharedSocket socket, HandlerRef handler, SharedSocket& displaced) {
   const auto present = globals.mSockets.find(key);
   const bool taken = present != globals.mSockets.end();
   if (taken && !isOnItsWayOut(*present->second)) {
@@ -80,15 +82,20 @@ bool registerLocked(Globals& globals, const Globals::Key& key, SharedSocket sock
   }
   bool started = false;
   try {
-    // Places first: from its start on the receiver needs them.
+    // Places first: from its start on the receiver needs them. What it is handed may be answered.
     SharedSocket& place = globals.mSockets[key];
     Thread& thread = globals.mReceiverThreads[key];
+    socket->setRegistered(true);
     started = startReceiver(thread, socket, std::move(handler));
     if (started) displaced = std::exchange(place, std::move(socket));
   } catch (const std::bad_alloc&) {
     // No place to note it in: no thread has been started.
   }
-  if (started) return true;
+  if (started) {
+    if (displaced) displaced->setRegistered(false);
+    return true;
+  }
+  socket->setRegistered(false);
   if (!taken) {
     globals.mSockets.erase(key);
     globals.mReceiverThreads.erase(key);
@@ -110,8 +117,6 @@ bool registerSocket(unsigned long id, unsigned int sessionId, SharedSocket socke
                         displaced);
 }
 
-}  // namespace
-
 ProcessUtilsGlobals::~ProcessUtilsGlobals() { ORB_LOGD("ProcessUtilsGlobals dtor"); }
 
 std::shared_ptr<ProcessUtilsGlobals> getProcessUtilsGlobals() {
@@ -128,14 +133,6 @@ bool registerSocket(unsigned long id, unsigned int sessionId, SharedSocket socke
   return registerSocket(id, sessionId, std::move(socket), HandlerRef(handler, std::move(ended)));
 }
 
-bool registerSocket(unsigned long id, unsigned int sessionId, int sockFd, ProcessHandler& handler) {
-  const auto globals = getProcessUtilsGlobals();  // here, as long as nothing owns the descriptor
-  const auto socket = std::make_shared<UniqueFd>(sockFd);
-  if (registerSocket(id, sessionId, socket, HandlerRef(handler))) return true;
-  socket->release();
-  return false;
-}
-
 void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* only) {
   ORB_LOGD("deregisterSocket: ENTER");
   const auto globals = getProcessUtilsGlobals();
@@ -147,6 +144,7 @@ void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* 
       found != globals->mSockets.end() && (only == nullptr || found->second.get() == only);
   if (ours) {
     last = std::move(found->second);
+    last->setRegistered(false);
     globals->mSockets.erase(found);
   }
   ORB_LOGD("deregister socket debug log");
@@ -154,78 +152,23 @@ void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* 
   ORB_LOGD("deregisterSocket: EXIT");
 }
 
-int sendFlags(int flags) { return isLibraryThread() ? flags : flags | MSG_NOSIGNAL; }
-
-bool sendIpc(ipcMsg_t* msg, int flags, const UniqueFd* only) {
-  if (msg == nullptr) {
-    ORB_LOGE("data null");
-    return false;
-  }
-  ORB_LOGD("dstProcessId: 0x%lx, sessionId: %ld", static_cast<unsigned long>(msg->dstProcessId),
-           static_cast<long>(msg->sessionId));
-  SharedSocket socket;
-  {
-    const auto globals = getProcessUtilsGlobals();
-    const ScopedLock<SharedMutex> lock(globals->mLock);
-    const auto found = globals->mSockets.find({msg->dstProcessId, msg->sessionId});
-    if (found == globals->mSockets.end()) return false;
-    if (only != nullptr && found->second.get() != only) return false;  // its successor's
-    socket = found->second;
-  }
-  ORB_LOGD("send: length: %ld", static_cast<long>(msg->payloadLength));
-  const size_t size = sizeof(ipcMsg_t) + msg->payloadLength;
-  if (::send(socket->get(), msg, size, sendFlags(flags)) > 0) return true;
+bool sendWhole(const ipcMsg_t& msg, const IpcSocket& socket, int flags) {
+  ORB_LOG_AS(3, __FILE__, kSendIpc, "send: length: %ld", static_cast<long>(msg.payloadLength));
+  const size_t size = sizeof(ipcMsg_t) + msg.payloadLength;
+  if (::send(socket.get(), &msg, size, sendFlags(flags)) > 0) return true;
   const int error = errno;
-  ORB_LOGE("send: failure, errno: %d(%s)", error, strerror(error));
+  ORB_LOG_AS(6, __FILE__, kSendIpc, "send: failure, errno: %d(%s)", error, strerror(error));
   const bool noRoom = (flags & MSG_DONTWAIT) != 0 && error == EAGAIN;
   // The peer reads no more, but its end of the other direction may be open: nobody would ever tell.
-  if (!noRoom) shutdown(socket->get(), SHUT_RDWR);
+  if (!noRoom) shutdown(socket.get(), SHUT_RDWR);
   return false;
 }
 
-bool ProcessUtilsWrapper::sendMsg(const unsigned char* data, unsigned long len, unsigned long msgId,
-                                  long subsystemId, unsigned long srcId, unsigned long dstId,
-                                  unsigned int sessionId, int flags, const UniqueFd* only) {
-  // Refused here, as each C++ library has a text of its own for it.
-  if (len > static_cast<unsigned long>(PTRDIFF_MAX) - sizeof(ipcMsg_t)) {
-    throw std::length_error("cannot create std::vector larger than max_size()");
-  }
-  std::vector<unsigned char> frame(len + sizeof(ipcMsg_t));
-  auto* msg = reinterpret_cast<ipcMsg_t*>(frame.data());
-  *msg = {srcId, dstId, msgId, subsystemId, sessionId, len};
-  if (len != 0) memcpy(msg->payload(), data, len);
-  return sendIpc(msg, flags, only);
-}
+int sendFlags(int flags) { return isLibraryThread() ? flags : flags | MSG_NOSIGNAL; }
 
-void regProcess(unsigned long id, std::string name, unsigned long sessionId, std::string,
-                int sockFd, ProcessHandler& handler) {
-  const auto globals = getProcessUtilsGlobals();
-  SharedSocket displaced;
-  const ScopedLock<SharedMutex> lock(globals->mLock);
-  if (!globals->mRegistrationOpen) return;
-  const auto socket = std::make_shared<UniqueFd>();
-  globals->mRegistrationOpen = false;
-  globals->mProcessId = id;
-  globals->mProcessName = std::move(name);
-  if (sockFd >= 0) {
-    socket->reset(sockFd);
-    if (registerLocked(*globals, {id, sessionId}, socket, HandlerRef(handler), displaced)) {
-      ORB_LOGD("child listening to sock: %d", sockFd);
-    } else {
-      socket->release();
-    }
-  }
-  ORB_LOGD("registered: %s", globals->mProcessName.c_str());
-}
-
-unsigned long getAssignedProcessId() {
-  const auto globals = getProcessUtilsGlobals();
-  const ScopedLock<SharedMutex> lock(globals->mLock);
-  return globals->mProcessId;
-}
-
-std::string getAssignedProcessName() {
-  const auto globals = getProcessUtilsGlobals();
-  const ScopedLock<SharedMutex> lock(globals->mLock);
-  return globals->mProcessName;
+bool sendIpc(const ipcMsg_t& msg, const IpcSocket& socket, int flags) {
+  ORB_LOGD("dstProcessId: 0x%lx, sessionId: %ld", static_cast<unsigned long>(msg.dstProcessId),
+           static_cast<long>(msg.sessionId));
+  // Without its pair it is on its way out; the pair may be its successor's.
+  return socket.isRegistered() && sendWhole(msg, socket, flags);
 }
