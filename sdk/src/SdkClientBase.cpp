@@ -8,6 +8,7 @@
 #include <new>
 #include <utility>
 
+#include "PlatformLog.h"
 #include "SdkLog.h"
 #include "Thread.h"
 
@@ -191,9 +192,9 @@ void SdkClientBase::notifyReceivedBlob(OrbSdkClientType type, const std::vector<
   }
   const int typeNumber = static_cast<int>(type);
   if (!listener) {
-    __android_log_print(
-        ANDROID_LOG_ERROR, nullptr,
-        "OrbSdkClientType %d is not registered with this client. Should never occur!", typeNumber);
+    PLATFORM_LOG(ERROR,
+                 "OrbSdkClientType %d is not registered with this client. Should never occur!",
+                 typeNumber);
     return;
   }
   if (!*listener) SDK_LOG(kTag, "second null");

@@ -22,10 +22,10 @@ constexpr char kUnit[] = "le/utils/processUtils/src/ProcessUtils.cpp";  // lines
 
 bool sendIpc(ipcMsg_t* msg, int flags) {
   if (msg == nullptr) {
-    ORB_LOG_AS(6, kUnit, "sendIpc", "data null");
+    ORB_LOG_AS(ANDROID_LOG_ERROR, kUnit, "sendIpc", "data null");
     return false;
   }
-  ORB_LOG_AS(3, kUnit, "sendIpc", "dstProcessId: 0x%lx, sessionId: %ld",
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, "sendIpc", "dstProcessId: 0x%lx, sessionId: %ld",
              static_cast<unsigned long>(msg->dstProcessId), static_cast<long>(msg->sessionId));
   SharedSocket socket;
   {
@@ -73,12 +73,13 @@ void regProcess(unsigned long id, std::string name, unsigned long sessionId, std
   if (sockFd >= 0) {
     socket->reset(sockFd);
     if (registerLocked(*globals, {id, sessionId}, socket, HandlerRef(handler), displaced)) {
-      ORB_LOG_AS(3, kUnit, "regProcess", "child listening to sock: %d", sockFd);
+      ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, "regProcess", "child listening to sock: %d", sockFd);
     } else {
       socket->release();
     }
   }
-  ORB_LOG_AS(3, kUnit, "regProcess", "registered: %s", globals->mProcessName.c_str());
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, "regProcess", "registered: %s",
+             globals->mProcessName.c_str());
 }
 
 unsigned long getAssignedProcessId() {

@@ -153,11 +153,13 @@ void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* 
 }
 
 bool sendWhole(const ipcMsg_t& msg, const IpcSocket& socket, int flags) {
-  ORB_LOG_AS(3, __FILE__, kSendIpc, "send: length: %ld", static_cast<long>(msg.payloadLength));
+  ORB_LOG_AS(ANDROID_LOG_DEBUG, __FILE__, kSendIpc, "send: length: %ld",
+             static_cast<long>(msg.payloadLength));
   const size_t size = sizeof(ipcMsg_t) + msg.payloadLength;
   if (::send(socket.get(), &msg, size, sendFlags(flags)) > 0) return true;
   const int error = errno;
-  ORB_LOG_AS(6, __FILE__, kSendIpc, "send: failure, errno: %d(%s)", error, strerror(error));
+  ORB_LOG_AS(ANDROID_LOG_ERROR, __FILE__, kSendIpc, "send: failure, errno: %d(%s)", error,
+             strerror(error));
   const bool noRoom = (flags & MSG_DONTWAIT) != 0 && error == EAGAIN;
   // The peer reads no more, but its end of the other direction may be open: nobody would ever tell.
   if (!noRoom) shutdown(socket.get(), SHUT_RDWR);
