@@ -101,7 +101,7 @@ int serve(const Arguments& arguments) {
   if (arguments.trace) options.trace = output.trace();
   Faults faults;
   std::string error;
-  if (!arguments.faults.empty()) faults.parse(arguments.faults, error);  // as it was before
+  if (!arguments.faults.empty()) faults.parse(arguments.faults, error);  // it was seen to be right
   std::vector<RecordedEvent> events;
   if (!arguments.replay.empty() && !readRecording(arguments.replay, events, error))
     return fail(error);
