@@ -88,6 +88,9 @@ serve "$work/daemon" "$work/daemon.log" --socket "$work/daemon" --interval 1000 
 daemon=$served
 serve /dev/socket/orb "$work/trace" relay --to "$work/daemon" --trace --json --record "$work/session"
 run "$work/live" 3 3 2
+# The application has gone; that the relay knows is to be in its log before it is told to end.
+closed='"kind":"log","text":"connection 3 .* closed, '
+grep -qm1 "$closed" < <(timeout 20 tail -n +1 -f "$work/trace") || fail "no end in the log"
 end "$served"
 end "$daemon"
 [[ ! -e /dev/socket/orb && ! -e $work/daemon ]] || fail "a socket is left"
@@ -97,7 +100,6 @@ for service in LCE LLE LLI; do
   grep -q "\"service\":\"$service\",\"message\":\"ServiceMsg\",\"fields\":{\"event_id\":\"ENABLE\"" \
     "$work/trace" || fail "no $service in the trace"
 done
-grep -q '"kind":"log","text":"connection 3 .* closed, ' "$work/trace" || fail "no end in the log"
 
 for speed in 1 4; do
   echo "replayed, $speed times as fast"
