@@ -72,11 +72,7 @@ install_build_tools() {
 bootstrap() {
   [[ $(uname -m) == x86_64 ]] || fail 3 "the cross compiler is for x86-64 machines, this is $(uname -m)"
   install_tools 8>&-
-  # The steps remove folders with common names, so they work in a folder of their own only.
-  if [[ ! -e $cache/.orb-target ]]; then
-    [[ -z $(ls -A "$cache") ]] || fail 1 "$cache is not empty and was not made by this script"
-    : >"$cache/.orb-target"
-  fi
+  : >>"$cache/.orb-target"
   mkdir -p "$cache"/{bin,include,lib/pkgconfig,stamp,download,work,log}
   exec 9>"$cache/.lock"
   use_cache

@@ -40,9 +40,40 @@ mkfifo "$ready"
 # Not by its name, as to open that waits without a limit.
 exec 5<>"$ready"
 
+# Wrong use: what is wrong comes in one line, and nothing is begun.
+refused() { # refused STATUS LINE ARGUMENT...
+  local wanted=$1 line=$2 status=0
+  shift 2
+  "$work/project/scripts/target" "$@" >"$work/out" 2>"$work/said.refused" || status=$?
+  ((status == wanted)) || fail "status $status of: $*"
+  # shellcheck disable=SC2053
+  [[ ! -s $work/out && $(<"$work/said.refused") == $line ]] || fail "another line of: $*"
+}
+mkdir "$work/foreign"
+: >"$work/foreign/file"
+for cache in "--cache $work/foreign" "--cache=$work/foreign"; do
+  for command in build test shell package; do
+    # shellcheck disable=SC2086 # two words, or one
+    refused 2 "target: $work/foreign is not empty and was not made by this script; name another folder \
+with --cache; try --help" $cache $command
+  done
+done
+[[ $(ls -A "$work/foreign") == file ]] || fail "something was left in a folder of others"
+for cache in --cache --cache=; do refused 2 "target: --cache needs a directory; try --help" $cache; done
+for binfmt in --binfmt "--binfmt maybe" --binfmt= --binfmt=maybe; do
+  # shellcheck disable=SC2086
+  refused 2 "target: --binfmt is yes or no; try --help" $binfmt
+done
+for option in --cach=x --help=x; do refused 2 "target: unknown option: $option; try --help" "$option"; done
+refused 2 "target: *directory*/dev/null*; try --help" --cache=/dev/null/cache build
+refused 2 "target: no command given; try --help" --binfmt=no --cache="$work/cache"
+refused 3 "target: no compiler can be made in a folder with blanks: $work/a b; name another with --cache" \
+  --cache="$work/a b" build
+refused 1 "target: nothing is built yet: scripts/target build" --binfmt=no --cache="$work/cache" shell true
+
 # Started as from a terminal, where Ctrl-C is not ignored.
 start() { # start NAME [PROJECT [CACHE]]
-  env --default-signal=INT "$work/${2-project}/scripts/target" --cache "$work/${3-cache}" build \
+  env --default-signal=INT "$work/${2-project}/scripts/target" --cache="$work/${3-cache}" build \
     2>"$work/said.$1" &
 }
 
