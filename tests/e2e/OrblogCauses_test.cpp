@@ -55,16 +55,53 @@ TEST_F(OrblogCauses, KeyOfAnotherSizeIsNamedWithBoth) {
       other + ": offset 0: made for another private key, of up to 3072 bits; this one has 2048");
 }
 
-TEST_F(OrblogCauses, AnotherKeyIsToldByRecordsInOrder) {
+TEST_F(OrblogCauses, OneFileAloneCannotTellAnotherKeyFromADamagedHeader) {
   static const RsaKeyPair another(2048);
+  const std::string reason =
+      ": offset 0: no session key comes out of the header with this private key: either the header "
+      "is damaged, or the file was written under another key; the records behind it are in order";
   const std::string file = write("orb_log_p0_00", logFor(another));
-  expectFault(decrypt(keyPair().path(), {file}),
-              file +
-                  ": offset 0: no session key comes out of the header with this private key: made "
-                  "for another one, as it seems, since the records behind it are in order");
+  expectFault(decrypt(keyPair().path(), {file}), file + reason);
+  for (const size_t at : {size_t{0}, size_t{100}, size_t{255}}) {
+    Bytes bytes = logFor(keyPair());
+    bytes[at] ^= 1;
+    const std::string damaged = write("orb_log_p0_01", bytes);
+    expectFault(decrypt(keyPair().path(), {damaged}), damaged + reason);
+    Start start;
+    start.input = damaged;
+    expectFault(runOrblog({"decrypt", "-k", keyPair().path(), "-"}, start),
+                "standard input" + reason);
+  }
 }
 
-TEST_F(OrblogCauses, DamagedHeaderIsToldByOtherFiles) {
+TEST_F(OrblogCauses, DamageBehindTheWrappedKeyDoesNoHarm) {
+  Bytes bytes = logFor(keyPair());
+  bytes[256] ^= 1;
+  bytes[511] ^= 0x80;
+  const Result result = decrypt(keyPair().path(), {write("orb_log_p0_00", bytes)});
+  EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 5) << result.out;
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+}
+
+TEST_F(OrblogCauses, DamagedHeaderIsCertainBesideAFileOfTheSameRun) {
+  const std::string good = write("orb_log_p0_00", logFor(keyPair()));
+  Bytes bytes = logFor(keyPair());
+  bytes[100] ^= 1;
+  const std::string bad = write("orb_log_p0_01", bytes);
+  const std::string reason =
+      "orblog: " + bad +
+      ": offset 0: the header is damaged: no session key comes out of it, and the records behind "
+      "it have that of " +
+      good + "\n";
+  const Result result = decrypt(keyPair().path(), {bad, good});
+  EXPECT_EQ(result.err, reason);
+  EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 10) << result.out;
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(runOrblog({"info", "-k", keyPair().path(), bad, good}).err, reason);
+}
+
+TEST_F(OrblogCauses, KeyThatOpensOtherFilesIsSaid) {
   const std::string good = write("orb_log_p0_00", logFor(keyPair()));
   Bytes bytes = keyPair().header(keyOf(9));
   Sealer sealer(keyOf(9));
@@ -104,6 +141,18 @@ TEST_F(OrblogCauses, TextThroughStandardInputIsSaid) {
   start.input = write("text", std::string(3000, 'x'));
   expectFault(runOrblog({"decrypt", "-k", keyPair().path(), "-"}, start),
               "standard input: offset 0: a text file, not an encrypted log file");
+}
+
+TEST_F(OrblogCauses, EmptyStandardInputIsSaid) {
+  const std::string empty = write("empty", Bytes());
+  const Result file = decrypt(keyPair().path(), {empty});
+  Start start;
+  start.input = empty;
+  const Result input = runOrblog({"decrypt", "-k", keyPair().path(), "-"}, start);
+  EXPECT_EQ(input.err, "orblog: standard input: empty, it ended before its first byte\n");
+  EXPECT_EQ(input.out + file.out, "");
+  EXPECT_EQ(input.status, 0);
+  EXPECT_EQ(file.status, input.status);
 }
 
 TEST_F(OrblogCauses, WhatIsNoPrivateKeyIsSaid) {
@@ -187,6 +236,27 @@ TEST_F(OrblogCauses, FullDiskIsToldOnce) {
     EXPECT_EQ(result.err.rfind(begin, 0), 0u) << result.err;
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     EXPECT_EQ(result.status, 1) << arguments[0];
+  }
+}
+
+// What the manual page tells of a closed pipe.
+TEST_F(OrblogCauses, ReaderThatGoesAwayEndsItSilently) {
+  const std::string file = write("orb_log_p0_00", logFor(keyPair()));
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"decrypt", "-k", keyPair().path(), file},
+        {"info", "-k", keyPair().path(), file},
+        {"--help"}}) {
+    Start closed;
+    closed.closesOutput = true;
+    Orblog ended(arguments, closed);
+    EXPECT_EQ(ended.wait(), -1);
+    EXPECT_EQ(ended.endedBy(), SIGPIPE) << arguments[0];
+    EXPECT_EQ(ended.err(), "");
+    closed.ignoresPipe = true;
+    const Result result = runOrblog(arguments, closed);
+    EXPECT_EQ(result.status, arguments.size() > 1 && arguments[0] == "decrypt" ? 1 : 0)
+        << arguments[0];
+    EXPECT_EQ(result.err, "");
   }
 }
 

@@ -14,6 +14,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Built.h"
@@ -27,6 +28,8 @@ struct Start {
   std::string input;             // standard input is this file
   int inputPipe = -1;            // or this end of a pipe
   const char* output = nullptr;  // standard output is this file
+  bool closesOutput = false;     // or a pipe that nobody reads
+  bool ignoresPipe = false;      // which SIGPIPE does not tell
 };
 
 // The program, running, with both its outputs in pipes and without a terminal.
@@ -40,12 +43,16 @@ class Orblog {
     std::vector<char*> argv;
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
+    if (start.closesOutput) close(std::exchange(out[0], -1));
     mProcess = fork();
     if (mProcess == 0) {
       setsid();
+      ::signal(SIGPIPE, start.ignoresPipe ? SIG_IGN : SIG_DFL);
       dup2(out[1], STDOUT_FILENO);
       dup2(err[1], STDERR_FILENO);
-      for (const int fd : {out[0], out[1], err[0], err[1]}) close(fd);
+      for (const int fd : {out[0], out[1], err[0], err[1]}) {
+        if (fd >= 0) close(fd);
+      }
       if (!start.input.empty()) moveTo(open(start.input.c_str(), O_RDONLY), STDIN_FILENO);
       if (start.inputPipe >= 0) moveTo(start.inputPipe, STDIN_FILENO);
       if (start.output != nullptr) moveTo(open(start.output, O_WRONLY), STDOUT_FILENO);
@@ -57,13 +64,14 @@ class Orblog {
     close(err[1]);
     mOut.fd = out[0];
     mErr.fd = err[0];
+    mOut.open = !start.closesOutput;
   }
   Orblog(const Orblog&) = delete;
   Orblog& operator=(const Orblog&) = delete;
   ~Orblog() {
     if (mProcess > 0) kill(mProcess, SIGKILL);
     (void)wait();
-    close(mOut.fd);
+    if (mOut.fd >= 0) close(mOut.fd);
     close(mErr.fd);
   }
 
@@ -84,11 +92,14 @@ class Orblog {
       mProcess = 0;
       mPeakKb = usage.ru_maxrss;
       mStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+      mEndedBy = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
     }
     return mStatus;
   }
   const std::string& out() const { return mOut.text; }
   const std::string& err() const { return mErr.text; }
+  // The signal that ended it, or 0.
+  int endedBy() const { return mEndedBy; }
   // The most memory that it had, when it has ended; at least what this program has.
   long peakKb() const { return mPeakKb; }
 
@@ -138,6 +149,7 @@ class Orblog {
 
   pid_t mProcess = 0;
   int mStatus = -1;
+  int mEndedBy = 0;
   long mPeakKb = 0;
   Output mOut, mErr;
 };

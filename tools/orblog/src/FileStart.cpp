@@ -3,6 +3,8 @@
 #include "orblog/FileStart.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
 
 #include "orblog/Format.h"
 
@@ -21,6 +23,17 @@ bool holdsRecords(ByteView start) {
   return true;
 }
 
+// The number of the known session key that opens the first record behind the header.
+std::optional<size_t> keyOfFirstRecord(ByteView start, const KeyRing& ring) {
+  const size_t sealed = readLength(start.data + kHeaderSize);
+  const ByteView rest = start.from(kHeaderSize + kLengthSize);
+  std::string text;
+  for (size_t i = 0; i < ring.size() && sealed <= rest.size; ++i) {
+    if (ring.opens(i, rest.first(sealed), text)) return i;
+  }
+  return std::nullopt;
+}
+
 void explain(Finding& finding, ByteView start, const PrivateKey& key, const KeyRing& ring) {
   using Cause = Finding::Cause;
   const size_t wrapped = wrappedSize(start.first(kHeaderSize));
@@ -30,8 +43,13 @@ void explain(Finding& finding, ByteView start, const PrivateKey& key, const KeyR
     if (isText(start)) return Cause::Text;
     if (start.size < kHeaderSize + kLengthSize) return Cause::Unknown;
     if (!holdsRecords(start)) return Cause::NoLog;
+    // All files of a run begin with the same header, so one of another file tells what is in this.
+    if (const std::optional<size_t> known = keyOfFirstRecord(start, ring)) {
+      finding.origin = ring.origin(*known);
+      return Cause::Damaged;
+    }
     if (wrapped > key.size() || wrapped + kStep < key.size()) return Cause::OtherSize;
-    return ring.size() > 0 ? Cause::Damaged : Cause::OtherKey;
+    return ring.size() > 0 ? Cause::EitherBesideReadable : Cause::Either;
   };
   finding.cause = cause();
   finding.headerBits = static_cast<int>((wrapped + kStep - 1) / kStep * kStep * 8);

@@ -24,13 +24,18 @@ std::string causeText(const Finding& finding) {
     case Finding::Cause::OtherSize:
       return "made for another private key, of up to " + number(finding.headerBits) +
              " bits; this one has " + number(finding.keyBits);
-    case Finding::Cause::OtherKey:
-      return "no session key comes out of the header with this private key: made for another one, "
-             "as it seems, since the records behind it are in order";
     case Finding::Cause::Damaged:
+      return "the header is damaged: no session key comes out of it, and the records behind it "
+             "have "
+             "that of " +
+             finding.origin;
+    case Finding::Cause::Either:
+      return "no session key comes out of the header with this private key: either the header is "
+             "damaged, or the file was written under another key; the records behind it are in "
+             "order";
+    case Finding::Cause::EitherBesideReadable:
       return "no session key comes out of the header with this private key, which opens other "
-             "files "
-             "given: the header is damaged, or made for another key";
+             "files given: the header is damaged, or made for another key";
     case Finding::Cause::Unknown:
       break;
   }

@@ -102,10 +102,8 @@ std::string PrivateKey::warning() const {
 
 std::optional<SessionKey> PrivateKey::unwrap(ByteView header) const {
   if (header.size != kHeaderSize || size() > kHeaderSize) return std::nullopt;
-  // What was wrapped for a larger key does not end where this key's would.
-  const ByteView rest = header.from(size());
-  if (std::any_of(rest.data, rest.data + rest.size, [](uint8_t byte) { return byte != 0; }))
-    return std::nullopt;
+  // What stands behind the wrapped key is not looked at: zeros that are damaged do no harm, and
+  // what was wrapped for a larger key does not pass.
   const OpenSslPtr<EVP_PKEY_CTX> context(EVP_PKEY_CTX_new(mKey.get(), nullptr));
   std::vector<uint8_t> plain(size());
   size_t plainSize = plain.size();

@@ -22,7 +22,15 @@ struct Finding {
     ReadableAgain,     // after a fault that has been reported already
   };
   // Why there is no session key, as far as the bytes and the private key tell.
-  enum class Cause { Unknown, Text, NoLog, OtherSize, OtherKey, Damaged };
+  enum class Cause {
+    Unknown,
+    Text,                  // no log at all
+    NoLog,                 // no log either, or damaged on the whole of its start
+    OtherSize,             // made for a private key of another size
+    Damaged,               // the header: another file has the session key of what is behind it
+    Either,                // the header is damaged, or made for another private key
+    EitherBesideReadable,  // the same, and the private key opens other files
+  };
   Kind kind = Kind::HeaderZero;
   Cause cause = Cause::Unknown;  // HeaderUnreadable, HeaderCut
   uint64_t offset = 0;           // where it begins
@@ -32,7 +40,7 @@ struct Finding {
   bool gaveUp = false;   // the search for more ended before the end of the file
   int headerBits = 0;    // OtherSize: of the key that the header is made for, at most
   int keyBits = 0;       // OtherSize: of the private key
-  std::string origin;    // NoHeader: the file whose session key fits
+  std::string origin;    // NoHeader, Damaged: the file whose session key fits
 
   // False for what only explains itself: nothing was lost by it.
   bool isProblem() const;
