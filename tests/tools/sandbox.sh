@@ -111,4 +111,33 @@ PATH=$work/few expect_words 1 "$name: bubblewrap is not installed*try '$name --r
 [[ $("$sandbox" -h) == "$("$sandbox" --help)" && $("$sandbox" --help) == "Usage: $name "* ]] || fail "--help"
 [[ $("$sandbox" --version) =~ ^"$name "[0-9.]+$ && $("$sandbox" -V) == "$("$sandbox" --version)" ]] ||
   fail "--version"
+expect_words 2 "$name: --completion is bash or zsh; try '$name --help'" --completion fish
+expect_words 2 "$name: --completion is bash or zsh; try '$name --help'" --completion
+[[ $("$sandbox" --completion=bash) == "$("$sandbox" --completion bash)" ]] || fail "--completion=bash"
+[[ $("$sandbox" --completion zsh) == "#compdef $name"* ]] || fail "--completion zsh"
+
+# What bash offers: the options, then a command, then what that takes.
+"$sandbox" --completion bash >"$work/completion"
+expect_offer() { # expect_offer OFFER SETTING WORD...
+  local offer
+  # shellcheck disable=SC2016
+  offer=$(bash -euc '. "$1"; eval "$2"; COMP_WORDS=("${@:3}") COMP_CWORD=$(($# - 3))
+    "_${3//-/_}" && echo "${COMPREPLY[*]}"' - "$work/completion" "$2" "$name" "${@:3}")
+  [[ $offer == "$1" ]] || fail "'$offer' is offered for ${*:3}, not '$1'"
+}
+# A shell without and with what completes the words of any command.
+expect_offer "--redirect" "" --r
+expect_offer "-r --redirect -h --help -V --version --" "" -r -
+expect_offer "mapfile" "" -r mapf
+expect_offer "mapfile" "" -- mapf
+expect_offer "" "" -- --r
+expect_offer "" "" mapfile --r
+# shellcheck disable=SC2016
+others='_command_offset() { COMPREPLY=("from $1"); }'
+expect_offer "--redirect" "$others" --r
+expect_offer "from 2" "$others" -r mapf
+expect_offer "from 2" "$others" -- --r
+expect_offer "from 1" "$others" mapfile --r
+expect_offer "from 3" "$others" -r -- mapfile -r
+
 echo "alike with and without process numbers of its own"
