@@ -84,6 +84,31 @@ TEST(OrbctlOptions, WrongUseIsRefusedInOneLine) {
   expectRefused({"watch", "--json", "--csv", "-"}, "orbctl watch", "both for standard output");
 }
 
+TEST(OrbctlOptions, WhatIsNoNumberInRangeIsSaidPlainly) {
+  const auto refused = [](const std::vector<std::string>& words, const std::string& command,
+                          const std::string& reason) {
+    expectRefused(words, command, command + ": " + reason + "; try '");
+  };
+  const std::string greatest = "18446744073709551615";
+  for (const std::string& count : {std::string("0"), std::string("1.5"), std::string("-1"),
+                                   std::string("+1"), std::string("0x10"), std::string("many"),
+                                   std::string("18446744073709551616"), std::string(309, '9')})
+    refused({"watch", "-n", count}, "orbctl watch",
+            "--count: not a whole number from 1 to " + greatest + ": " + count);
+  for (const char* const seconds : {"0", "nan", "inf", "1e10", "soon"})
+    refused({"watch", "--seconds", seconds}, "orbctl watch",
+            std::string("--seconds: not a number from 0.001 to 1000000000: ") + seconds);
+  refused({"watch", "--seconds", ""}, "orbctl watch",
+          "--seconds: not a number from 0.001 to 1000000000:");
+  refused({"watch", "--count", ""}, "orbctl watch",
+          "--count: not a whole number from 1 to " + greatest + ":");
+  refused({"status", "-t", "61"}, "orbctl status", "--timeout: not a number from 0.1 to 60: 61");
+  refused({"report", "lle", "--criteria", "1.5"}, "orbctl report lle",
+          "--criteria: not a whole number from 0 to 4294967295: 1.5");
+  refused({"report", "lce", "--first", "1,,2.5"}, "orbctl report lce",
+          "--first: not a whole number from 0 to 4294967295: 2.5");
+}
+
 TEST(OrbctlOptions, CriteriaOutOfRangeAreRefused) {
   const std::vector<std::string> lce = {"report", "lce"};
   const auto refused = [&](const std::vector<std::string>& more, const std::string& part) {

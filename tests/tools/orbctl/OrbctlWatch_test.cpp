@@ -232,9 +232,17 @@ TEST_F(OrbctlWatch, ColorsAreForTerminalsUnlessAsked) {
 
 TEST_F(OrbctlWatch, FullDiskEndsIt) {
   startDaemon();
-  const Result out = runOrbctl({"watch"}, settingOf({}, "/dev/full"));
-  EXPECT_EQ(1, out.status);
-  EXPECT_EQ(0u, out.error.find("orbctl watch: standard output: ")) << out.error;
+  for (const std::vector<std::string>& words : {std::vector<std::string>{"watch"},
+                                                {"watch", "-n", "1"},
+                                                {"watch", "--json"},
+                                                {"watch", "--csv", "-"},
+                                                {"report", "lce", "-n", "1"}}) {
+    const Result out = runOrbctl(words, settingOf({}, "/dev/full"));
+    EXPECT_EQ(1, out.status);
+    const std::string command = words[0] == "report" ? "report lce" : "watch";
+    EXPECT_EQ("orbctl " + command + ": standard output: " + std::strerror(ENOSPC) + "\n",
+              out.error);
+  }
   const Result csv = runOrbctl({"watch", "--csv", "/dev/full"});
   EXPECT_EQ(1, csv.status);
   EXPECT_EQ(0u, csv.error.find("orbctl watch: /dev/full: ")) << csv.error;

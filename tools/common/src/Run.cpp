@@ -11,6 +11,8 @@
 namespace orbtool {
 namespace {
 
+bool isTold = false;  // that output failed; of the main thread
+
 int fail(const char* name, const char* reason) {
   std::fprintf(stderr, "%s: %s\n", name, reason);
   return kExitFailed;
@@ -34,10 +36,12 @@ int runTool(const char* name, const std::function<int()>& body) {
   const bool failedBefore = std::ferror(stdout) != 0;
   const bool written = std::fflush(stdout) == 0 && !failedBefore;
   // Nobody reads what an application with a closed output prints.
-  if (written || errno == EBADF || errno == EPIPE) return status;
+  if (written || isTold || errno == EBADF || errno == EPIPE) return status;
   std::fprintf(stderr, "%s: standard output: %s\n", name,
                errno != 0 ? std::strerror(errno) : "write error");
   return status == kExitDone ? kExitFailed : status;
 }
+
+void outputFailureIsTold() { isTold = true; }
 
 }  // namespace orbtool

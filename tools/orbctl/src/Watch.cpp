@@ -154,9 +154,10 @@ class Watcher {
     for (const auto& output : {mCsv.get(), mText.get()}) {
       errno = 0;
       if (output == nullptr || output->flush()) continue;
+      const std::string reason = std::strerror(errno);
       const bool toFile = output == mCsv.get() && mSettings.csv != "-";
-      end(orbtool::kExitFailed,
-          (toFile ? mSettings.csv : std::string("standard output")) + ": " + std::strerror(errno));
+      if (!toFile) orbtool::outputFailureIsTold();
+      end(orbtool::kExitFailed, (toFile ? mSettings.csv : "standard output") + ": " + reason);
     }
   }
 

@@ -4,9 +4,11 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cmath>
+#include <array>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <tuple>
 #include <vector>
 
@@ -78,6 +80,37 @@ CLI::Validator oneOf(const std::vector<std::string>& words) {
   return CLI::IsMember(words, CLI::ignore_case);
 }
 
+// A number of digits alone, as it is counted. The parser would take 010 for 8.
+CLI::Validator wholeNumber(uint64_t least, uint64_t greatest) {
+  return CLI::Validator(
+      [least, greatest](std::string& text) -> std::string {
+        uint64_t number = 0;
+        const char* const end = text.data() + text.size();
+        const auto [rest, error] = std::from_chars(text.data(), end, number);
+        if (error != std::errc() || rest != end || number < least || number > greatest)
+          return "not a whole number from " + std::to_string(least) + " to " +
+                 std::to_string(greatest) + ": " + text;
+        text = std::to_string(number);
+        return {};
+      },
+      "");
+}
+
+CLI::Validator numberFrom(double least, double greatest) {
+  return CLI::Validator(
+      [least, greatest](const std::string& text) -> std::string {
+        char* end = nullptr;
+        const double number = std::strtod(text.c_str(), &end);
+        if (!text.empty() && *end == '\0' && number >= least && number <= greatest) return {};
+        std::array<char, 64> range;
+        (void)std::snprintf(range.data(), range.size(), "%.10g to %.10g", least, greatest);
+        return std::string("not a number from ") + range.data() + ": " + text;
+      },
+      "");
+}
+
+constexpr uint64_t kMostCount = std::numeric_limits<uint64_t>::max();
+constexpr uint64_t kMostCriterion = std::numeric_limits<uint32_t>::max();
 // A time that the clocks can hold.
 constexpr double kMostSeconds = 1e9;
 
@@ -88,7 +121,7 @@ void addStatus(CLI::App& app, Arguments& arguments) {
       ->default_str(kSocketPath);
   command->add_option("-t,--timeout", arguments.timeout, "Wait S seconds for each step, 0.1 to 60")
       ->type_name("S")
-      ->check(CLI::Range(0.1, 60.0).description(""))
+      ->check(numberFrom(0.1, 60))
       ->default_str("2");
   command->add_flag("-j,--json", arguments.status.json,
                     "Print one JSON object: socket, state, reason, came, session, services, "
@@ -100,10 +133,10 @@ void addStatus(CLI::App& app, Arguments& arguments) {
 void addOutput(CLI::App& command, Arguments& arguments) {
   command.add_option("-n,--count", arguments.count, "End after N reports and indications")
       ->type_name("N")
-      ->check(CLI::PositiveNumber.description(""));
+      ->transform(wholeNumber(1, kMostCount));
   command.add_option("-t,--seconds", arguments.seconds, "End after N seconds, a decimal allowed")
       ->type_name("N")
-      ->check(CLI::Range(0.001, kMostSeconds).description(""));
+      ->check(numberFrom(0.001, kMostSeconds));
   command.add_flag("-j,--json", arguments.watch.json, "Print a JSON object per event");
   command
       .add_option("-c,--csv", arguments.watch.csv,
@@ -133,12 +166,18 @@ void addReportLce(CLI::App& report, Arguments& arguments) {
   for (const auto& [name, text, numbers] :
        {std::tuple{"--first", "The first list", &arguments.firstList},
         std::tuple{"--second", "The second list", &arguments.secondList}})
-    command->add_option(name, *numbers, text + list)->type_name("LIST")->delimiter(',');
+    command->add_option(name, *numbers, text + list)
+        ->type_name("LIST")
+        ->delimiter(',')
+        ->transform(wholeNumber(0, kMostCriterion));
   LceReportingCriteria& criteria = arguments.watch.requests.lceCriteria;
   for (const auto& [name, text, number] :
        {std::tuple{"--value1", "The first", &criteria.criteriaValue1},
         std::tuple{"--value2", "The second", &criteria.criteriaValue2}})
-    command->add_option(name, *number, text + value)->type_name("N")->default_str("0");
+    command->add_option(name, *number, text + value)
+        ->type_name("N")
+        ->transform(wholeNumber(0, kMostCriterion))
+        ->default_str("0");
   command->add_option("--network", arguments.network, "For none, wcdma, lte or nr5g")
       ->type_name("NETWORK")
       ->check(oneOf(wordsOf(kNetworkWords)))
@@ -164,6 +203,7 @@ void addReportLle(CLI::App& report, Arguments& arguments) {
       ->add_option("--criteria", arguments.watch.requests.lleCriteria,
                    "When to report, 0 to 4294967295, in the daemon's meaning")
       ->type_name("N")
+      ->transform(wholeNumber(0, kMostCriterion))
       ->default_str("1");
   command->add_flag("--last", arguments.watch.requests.lastReport, "Print the latest report alone");
   addOutput(*command, arguments);
@@ -231,7 +271,6 @@ int watchOrReport(const orbtool::CommandLine& line, Arguments& arguments) {
   settings.name = line.name();
   if (settings.json && settings.csv == "-")
     return line.refuse("--json and --csv - are both for standard output");
-  if (std::isnan(arguments.seconds)) return line.refuse("--seconds: not a number");
   if (arguments.seconds > 0)
     settings.time = std::chrono::milliseconds(static_cast<int64_t>(arguments.seconds * 1000));
   if (arguments.count > 0) settings.count = arguments.count;
@@ -270,7 +309,6 @@ int run(int argc, char** argv) {
 
   const std::string command = app.get_subcommands().front()->get_name();
   if (command == "status") {
-    if (std::isnan(arguments.timeout)) return line.refuse("--timeout: not a number");
     arguments.status.timeout =
         std::chrono::milliseconds(static_cast<int64_t>(arguments.timeout * 1000));
     return runStatus(arguments.status);

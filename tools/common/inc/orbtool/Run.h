@@ -17,4 +17,8 @@ constexpr int kExitUsage = 2;
 // signal.
 int runTool(const char* name, const std::function<int()>& body);
 
+// For a tool that has found itself, and says, that its output could not be written: runTool does
+// not say so again.
+void outputFailureIsTold();
+
 }  // namespace orbtool
