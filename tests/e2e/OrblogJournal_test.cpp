@@ -120,7 +120,10 @@ TEST_F(OrblogJournal, FaultsOfStandardInputHaveTheirOffsets) {
 }
 
 TEST_F(OrblogJournal, EmptyStandardInputIsNoFault) {
-  expectOut(decrypt({"-"}, inputFrom("/dev/null")), "");
+  const Result result = decrypt({"-"}, inputFrom("/dev/null"));
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err, "orblog: standard input: empty, it ended before its first byte\n");
+  EXPECT_EQ(result.status, 0);
 }
 
 TEST_F(OrblogJournal, StandardInputIsNotFollowedAndNotLookedAt) {

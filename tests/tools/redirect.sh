@@ -44,7 +44,9 @@ grep -q '"services":.*"lli"' "$work/status" || fail "services were not asked: $(
   [[ $ORB_SOCKET != /dev/socket/orb ]]
   "$application" --seconds 1 >"$work/out"' 2>"$work/err" || fail "status $? of a run: $(cat "$work/err")"
 grep -q '^LCE  [1-9][0-9]* reports' "$work/out" || fail "no reports of a run: $(cat "$work/out")"
-[[ ! -s $work/err ]] || fail "a run said: $(cat "$work/err")"
+# This machine's loader tells of a library for another one, which bash cannot preload.
+said=$(grep -v '^ERROR: ld.so: object .* from LD_PRELOAD cannot be preloaded' "$work/err" || true)
+[[ -z $said ]] || fail "a run said: $said"
 
 # Its status, its input, and where the socket is are the command's own.
 status=0
