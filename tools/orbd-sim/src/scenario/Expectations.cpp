@@ -85,15 +85,24 @@ void Expectations::request(const RequestWords& request, Time time) {
 void Expectations::session(const SessionView& session, bool open, Time time) {
   const std::lock_guard<std::mutex> lock(mLock);
   if (!open) {
-    mSessionEnded = true;
+    if (session.process != 0)
+      mEndedProcesses.insert(session.process);  // it may have no number here
+    mEndedEndpoints.insert(session.endpoint);
     return;
   }
   // A client may be back before the daemon has noticed that it went.
   const bool known = !mClients.insert({session.process, session.endpoint}).second;
-  if (!known && !mSessionEnded) return;
+  if (!known && !isBack(session)) return;
   for (Watch& watch : mWatches) {
     if (watch.what.kind == Kind::kReconnects && watch.inTime(time)) watch.met = true;
   }
+}
+
+// Whether it continues one that has ended: of the same process, or of another one that does the
+// same work, as an application that was started again.
+bool Expectations::isBack(const SessionView& session) const {
+  return mEndedProcesses.count(session.process) != 0 ||
+         mEndedEndpoints.count(session.endpoint) != 0;
 }
 
 // What comes before the beginning has no time that could be compared.

@@ -49,10 +49,12 @@ class Expectations {
   };
 
   static void count(Watch& watch, Time time);
+  bool isBack(const SessionView& session) const;
 
   mutable std::mutex mLock;
   std::vector<Watch> mWatches;
-  bool mSessionEnded = false;
+  std::set<int> mEndedProcesses;                // that had a session which has ended
+  std::set<uint64_t> mEndedEndpoints;           // the same
   std::set<std::pair<int, uint64_t>> mClients;  // that had a session: process and endpoint
 };
 
