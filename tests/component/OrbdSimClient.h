@@ -12,6 +12,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -86,12 +87,14 @@ class Client {
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     mConnected = ::connect(mFd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+    if (!mConnected) mError = errno;
   }
   ~Client() { close(); }
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;
 
   bool connected() const { return mConnected; }
+  int error() const { return mError; }  // why it is not
   uint32_t sessionId() const { return mSessionId; }
   void close() {
     if (mFd >= 0) ::close(mFd);
@@ -170,6 +173,7 @@ class Client {
   int mFd;
   uint32_t mProcessId;
   bool mConnected = false;
+  int mError = 0;
   uint32_t mSessionId = 0;
 };
 

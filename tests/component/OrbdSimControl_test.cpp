@@ -4,10 +4,34 @@
 // The daemon stand-in's control socket: a line of JSON for each order and each answer.
 
 #include <sys/stat.h>
+#include <sys/syscall.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
 
 #include "OrbdSimClient.h"
 #include "orbsim/ControlSocket.h"
 #include "orbsim/World.h"
+
+namespace orbsimtest {
+namespace {
+
+// How often there is no descriptor for a connection from now on.
+std::atomic<int> exhausted{0};
+
+}  // namespace
+}  // namespace orbsimtest
+
+// In the place of the C library's.
+extern "C" int accept4(int fd, sockaddr* address, socklen_t* size, int flags) {
+  if (orbsimtest::exhausted.load() > 0) {
+    --orbsimtest::exhausted;
+    errno = EMFILE;
+    return -1;
+  }
+  return static_cast<int>(::syscall(SYS_accept4, fd, address, size, flags));
+}
 
 namespace orbsimtest {
 namespace {
@@ -190,6 +214,30 @@ TEST_F(OrbdSimControlTest, SeveralLinesAtOnceAreAnsweredInTheirOrderAndALineMayC
   EXPECT_EQ(kDone, mOrders->read());
   Orders other(control());
   EXPECT_EQ(kDone, other.give(R"({"resume":true})"));
+}
+
+TEST_F(OrbdSimControlTest, ListIsDoneWholeOrNotAtAll) {
+  EXPECT_NE(std::string::npos, give(R"([{"rat":"5g"},{"rat":"6g"}])").find(R"("wrong":true)"));
+  daemon().world().wanted(orbsim::kSdkTypeLce);
+  EXPECT_EQ("lte", daemon().world().view().rat);
+  EXPECT_EQ(kDone, give(R"([{"rat":"5g"},{"delay":0}])"));
+  EXPECT_EQ("5g", daemon().world().view().rat);
+  EXPECT_NE(std::string::npos, give("[]").find(R"("wrong":true)"));
+}
+
+TEST_F(OrbdSimControlTest, HandoffToWhereTheDeviceIsIsRefused) {
+  EXPECT_EQ(R"({"error":"the device is on lte already","ok":false})",
+            give(R"({"handoff":{"to":"lte"}})"));
+  EXPECT_EQ(kDone, give(R"({"handoff":{"to":"5g"}})"));
+}
+
+TEST_F(OrbdSimControlTest, ConnectionWithoutADescriptorIsTriedAgainALittleLater) {
+  const auto before = std::chrono::steady_clock::now();
+  exhausted = 10;
+  Orders other(control());
+  EXPECT_EQ(kDone, other.give(R"({"delay":0})"));
+  EXPECT_EQ(0, exhausted.load());
+  EXPECT_GE(std::chrono::steady_clock::now() - before, 100ms) << "asked all the time";
 }
 
 TEST_F(OrbdSimControlTest, LineWithoutAnEndEndsTheConnection) {

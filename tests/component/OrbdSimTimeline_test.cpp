@@ -111,6 +111,7 @@ TEST_F(OrbdSimTimelineTest, DaemonThatIsBackRefusesForAsLongAsTheFaultSays) {
   playToTheEnd(R"({"at": 0.01, "fault": {"words": "refuse", "for": 3600}},
                   {"at": 0.02, "vanish": 0.1})");
   EXPECT_FALSE(Client(path()).connected());
+  EXPECT_EQ(ECONNREFUSED, Client(path()).error());
 }
 
 TEST_F(OrbdSimTimelineTest, EachStepHasALineInTheLog) {

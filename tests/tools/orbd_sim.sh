@@ -47,6 +47,10 @@ expect_refused "--faults: connections needs a fault that it limits: connections=
 words="refuse, no-accept, silent, stop-after-init, half-record, wrong-id, die-after-init, \
 die-after-response, no-read, no-answer, garbage, cut-frame, close-after=N, connections=N"
 expect_refused "--faults: no such fault: loud; there are $words" --faults loud
+page=$(dirname "$0")/../../docs/man/orbd-sim.1
+for word in ${words//,/}; do
+  sed '/^\.SH FAULTS/,/^\.SH MODEL/!d; s/\\-/-/g' "$page" | grep -q "^$word"$'\t' || fail "$page: no $word"
+done
 expect_refused "--socket: a socket needs a path" -s ''
 long=/tmp/$(printf '%0103d' 0)
 expect_refused "--socket: a socket's path has at most 107 bytes: $long" --socket "$long"
@@ -96,8 +100,10 @@ if read -r -u 4 line; then fail "quiet, but: $line"; fi
 start --socket "$work/orb" --faults refuse
 expect_line "listening on $work/orb"
 expect_line "fault refuse: nobody listens any more"
+[[ -S $work/orb ]] || fail "the socket that refuses is gone"
 kill "$process"
 expect_line "stopped"
+[[ ! -e $work/orb ]] || fail "the socket that refused is left"
 start --socket "$work/orb" --faults no-accept --trace --json
 line=$(head -n 1 <&4)
 [[ $line == '{"time":"'*'Z","kind":"log","text":"fault no-accept: connections are not accepted"}' ]] ||

@@ -71,11 +71,12 @@ Json rampOf(const Json& value, const Json& over) {
   return ramp;
 }
 
-// "set rate=5 rat=lte" is an order for each.
+// "set rate=5 rat=lte" is an order for each, all of which are looked at before the first is done.
 bool setOrders(const Words& words, std::vector<Json>& orders, std::string& error) {
   const auto fields = fieldsOf(words, 1, error);
   if (!fields) return false;
   const Json over = fields->value("over", Json());
+  bool goes = false;
   for (const auto& field : fields->items()) {
     if (field.key() == "over") continue;
     if (field.key() != "rate" && field.key() != "latency" && field.key() != "rat") {
@@ -86,10 +87,16 @@ bool setOrders(const Words& words, std::vector<Json>& orders, std::string& error
     // A technology's name may look like a number.
     const Json value =
         rat && !field.value().is_string() ? Json(field.value().dump()) : field.value();
-    orders.push_back({{field.key(), rat ? value : rampOf(value, over)}});
+    const Json order = rat ? value : rampOf(value, over);
+    goes = goes || (order.is_object() && order.contains("over"));
+    orders.push_back({{field.key(), order}});
   }
-  if (orders.empty()) error = "set needs rate=, latency= or rat=";
-  return !orders.empty();
+  if (orders.empty()) {
+    error = "set needs rate=, latency= or rat=";
+  } else if (!over.is_null() && !goes) {
+    error = "over is for rate= or latency= with a number to go to";
+  }
+  return error.empty();
 }
 
 // A word that stands alone, and one behind it that may or has to.
@@ -229,30 +236,23 @@ int ctl(const Arguments& arguments, const orbtool::CommandLine& line) {
     std::fprintf(stderr, "orbd-sim ctl: %s: %s\n", arguments.control.c_str(), reason);
     return orbtool::kExitFailed;
   }
-  int status = orbtool::kExitDone;
-  for (const Json& order : orders) {
-    const std::string text = answerTo(fd, order.dump() + "\n");
-    const Json answer = Json::parse(text, nullptr, /*allow_exceptions=*/false);
-    if (!answer.is_object()) {
-      std::fprintf(stderr, "orbd-sim ctl: %s: %s\n", arguments.control.c_str(), kNoAnswer);
-      status = orbtool::kExitFailed;
-      break;
-    }
-    if (arguments.json) std::printf("%s\n", text.c_str());
-    if (!answer.value("ok", false)) {
-      const std::string reason = answer.value("error", "refused");
-      if (answer.value("wrong", false)) {
-        status = line.refuse(reason);
-      } else {
-        std::fprintf(stderr, "orbd-sim ctl: %s\n", reason.c_str());
-        status = orbtool::kExitFailed;
-      }
-      break;
-    }
-    if (!arguments.json && order.contains("status")) printStatus(answer);
-  }
+  const Json order = orders.size() == 1 ? orders.front() : Json(orders);
+  const std::string text = answerTo(fd, order.dump() + "\n");
   ::close(fd);
-  return status;
+  const Json answer = Json::parse(text, nullptr, /*allow_exceptions=*/false);
+  if (!answer.is_object()) {
+    std::fprintf(stderr, "orbd-sim ctl: %s: %s\n", arguments.control.c_str(), kNoAnswer);
+    return orbtool::kExitFailed;
+  }
+  if (arguments.json) std::printf("%s\n", text.c_str());
+  if (answer.value("ok", false)) {
+    if (!arguments.json && order.contains("status")) printStatus(answer);
+    return orbtool::kExitDone;
+  }
+  const std::string reason = answer.value("error", "refused");
+  if (answer.value("wrong", false)) return line.refuse(reason);
+  std::fprintf(stderr, "orbd-sim ctl: %s\n", reason.c_str());
+  return orbtool::kExitFailed;
 }
 
 constexpr char kFooter[] =

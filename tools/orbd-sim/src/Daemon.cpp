@@ -16,8 +16,7 @@
 
 namespace orbsim {
 
-Daemon::Daemon(Options options)
-    : mControl(options), mPlace(options.socketPath, mControl.options().log) {
+Daemon::Daemon(Options options) : mControl(options), mPlace(options.socketPath) {
   mControl.world().setChanged([this] { wakeSessions(); });
 }
 
@@ -30,24 +29,13 @@ bool Daemon::start() {
     mError = std::string("eventfd: ") + std::strerror(errno);
     return false;
   }
-  const int fd = mPlace.open(mControl.options().backlog);
-  if (fd < 0) {
-    mError = mPlace.error();
-    return false;
-  }
-  {
-    std::lock_guard<std::mutex> lock(mLock);
-    mListenFd = fd;
-    mRunning = true;
-    mStopping = false;
-    mListenerKilled = false;
-  }
+  if (!openPlace()) return false;
   try {
     mAcceptThread = std::thread(&Daemon::acceptLoop, this);
   } catch (const std::system_error& error) {
-    closeListener();
-    mPlace.leave();
-    std::lock_guard<std::mutex> lock(mLock);
+    closePlace();
+    leaveDirectory();
+    const LockGuard lock(mLock);
     mRunning = false;
     mError = error.what();
     return false;
@@ -57,32 +45,86 @@ bool Daemon::start() {
   return true;
 }
 
+// False with the error when the daemon cannot listen.
+bool Daemon::openPlace() {
+  std::vector<std::string> lines;
+  bool listening = false;
+  {
+    const LockGuard place(mPlaceLock);
+    const int fd = mPlace.open(mControl.options().backlog);
+    listening = fd >= 0;
+    lines = mPlace.takeLines();
+    if (listening) {
+      mPresence = Presence::kListener;
+      const LockGuard lock(mLock);
+      mListenFd = fd;
+      mRunning = true;
+      mStopping = false;
+      mListenerKilled = false;
+    } else {
+      mError = mPlace.error();
+    }
+  }
+  tell(lines);
+  return listening;
+}
+
+// Nobody listens any more. After the accept thread.
+void Daemon::closePlace() {
+  const LockGuard place(mPlaceLock);
+  clearPlace();
+  const LockGuard lock(mLock);
+  closeListener();
+}
+
+void Daemon::leaveDirectory() {
+  std::vector<std::string> lines;
+  {
+    const LockGuard place(mPlaceLock);
+    mPlace.leave();
+    lines = mPlace.takeLines();
+  }
+  tell(lines);
+}
+
+void Daemon::clearPlace() {
+  const Presence was = std::exchange(mPresence, Presence::kNothing);
+  if (was == Presence::kListener) mPlace.removeSocket();
+  if (was == Presence::kUnused) mPlace.removeUnused();
+}
+
+void Daemon::tell(const std::vector<std::string>& lines) {
+  for (const std::string& line : lines) mControl.log("%s", line.c_str());
+}
+
 void Daemon::stop() {
   {
-    std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     if (!mRunning) return;
     mStopping = true;
   }
   mWake.wake();
   mAcceptThread.join();
-  closeListener();
+  closePlace();
   // The accept thread is gone, so no session is added any more.
   closeAll();
   std::vector<Entry> ended;
   {
-    std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     ended.swap(mSessions);
   }
   for (Entry& entry : ended) entry.thread.join();
-  mPlace.leave();
-  std::lock_guard<std::mutex> lock(mLock);
-  mRunning = false;
-  mNextId = 1;
+  leaveDirectory();
+  {
+    const LockGuard lock(mLock);
+    mRunning = false;
+    mNextId = 1;
+  }
   mControl.log("stopped");
 }
 
 bool Daemon::running() const {
-  std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   return mRunning;
 }
 
@@ -90,10 +132,10 @@ void Daemon::acceptLoop() {
   for (;;) {
     pollfd fds[2] = {};
     {
-      std::lock_guard<std::mutex> lock(mLock);
+      const LockGuard lock(mLock);
       if (mStopping) return;
-      closeRetiredLocked();
-      if (mListenerKilled) closeListenerLocked();
+      closeRetired();
+      if (mListenerKilled) closeListener();
       fds[1].fd = mAccepting ? mListenFd : -1;
     }
     fds[0].fd = mWake.fd();
@@ -111,7 +153,7 @@ void Daemon::acceptLoop() {
 void Daemon::acceptOne() {
   // Under the lock, so that nothing is accepted once setAccepting(false) has returned; the
   // listener does not block.
-  std::unique_lock<std::mutex> lock(mLock);
+  UniqueLock lock(mLock);
   if (!mAccepting || mListenerKilled || mStopping) return;
   const int fd = ::accept4(mListenFd, nullptr, nullptr, SOCK_CLOEXEC);
   if (fd < 0) {
@@ -148,7 +190,7 @@ void Daemon::pauseAccepting() {
 void Daemon::reapFinished() {
   std::vector<Entry> ended;
   {
-    std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     for (size_t i = 0; i < mSessions.size();) {
       if (!mSessions[i].session->finished()) {
         ++i;
@@ -161,23 +203,15 @@ void Daemon::reapFinished() {
   for (Entry& entry : ended) entry.thread.join();
 }
 
-void Daemon::closeListener() {
-  std::lock_guard<std::mutex> lock(mLock);
-  closeListenerLocked();
-}
-
-void Daemon::closeRetiredLocked() {
+void Daemon::closeRetired() {
   for (const int fd : mRetiredFds) ::close(fd);
   mRetiredFds.clear();
 }
 
-void Daemon::closeListenerLocked() {
-  closeRetiredLocked();
-  if (mListenFd < 0) return;
-  ::close(mListenFd);
+void Daemon::closeListener() {
+  closeRetired();
+  if (mListenFd >= 0) ::close(mListenFd);
   mListenFd = -1;
-  // A killed listener's path is gone already, and may be somebody else's by now.
-  if (!mListenerKilled) mPlace.removeSocket();
 }
 
 }  // namespace orbsim

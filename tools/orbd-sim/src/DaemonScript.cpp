@@ -94,14 +94,42 @@ void Daemon::closeAll() {
 
 void Daemon::killListener() {
   {
-    std::lock_guard<std::mutex> lock(mLock);
-    if (mListenFd < 0 || mListenerKilled) return;
-    mListenerKilled = true;
-    // Refuses connections from here on; the accept thread, which may be polling it, closes it.
-    ::shutdown(mListenFd, SHUT_RDWR);
-    mPlace.removeSocket();
+    const LockGuard place(mPlaceLock);
+    silenceListener();
+    clearPlace();
   }
   mWake.wake();
+}
+
+bool Daemon::refuseConnections() {
+  std::vector<std::string> lines;
+  bool there = true;
+  {
+    const LockGuard place(mPlaceLock);
+    if (!serving()) return true;
+    silenceListener();
+    if (mPresence == Presence::kNothing) there = mPlace.leaveUnused();
+    if (there) mPresence = Presence::kUnused;
+    lines = mPlace.takeLines();
+    if (!there) lines.push_back(mPlace.error());
+  }
+  mWake.wake();
+  tell(lines);
+  return there;
+}
+
+// Refuses connections from here on; the accept thread, which may be polling it, closes it.
+void Daemon::silenceListener() {
+  const LockGuard lock(mLock);
+  if (mListenFd < 0 || mListenerKilled) return;
+  mListenerKilled = true;
+  ::shutdown(mListenFd, SHUT_RDWR);
+}
+
+// Between start() and stop(): whoever comes later has nothing to change.
+bool Daemon::serving() const {
+  const LockGuard lock(mLock);
+  return mRunning && !mStopping;
 }
 
 void Daemon::vanish() {
@@ -110,26 +138,34 @@ void Daemon::vanish() {
 }
 
 bool Daemon::reappear() {
+  std::vector<std::string> lines;
+  bool listening = false;
   {
-    std::lock_guard<std::mutex> lock(mLock);
-    if (!mRunning || !mListenerKilled) return true;
-  }
-  const int fd = mPlace.open(mControl.options().backlog);
-  if (fd < 0) {
-    mControl.log("%s", mPlace.error().c_str());
-    return false;
-  }
-  {
-    std::lock_guard<std::mutex> lock(mLock);
-    // The accept thread may be polling the old one still, so that one closes it.
-    if (mListenFd >= 0) mRetiredFds.push_back(mListenFd);
-    mListenFd = fd;
-    mListenerKilled = false;
-    mNextId = 1;
+    const LockGuard place(mPlaceLock);
+    if (!serving() || mPresence == Presence::kListener) return true;
+    const int fd = mPlace.open(mControl.options().backlog);
+    listening = fd >= 0;
+    lines = mPlace.takeLines();
+    if (listening) {
+      mPresence = Presence::kListener;
+      takeListener(fd);
+      lines.push_back("listening on " + socketPath());
+    } else {
+      lines.push_back(mPlace.error());
+    }
   }
   mWake.wake();
-  mControl.log("listening on %s", socketPath().c_str());
-  return true;
+  tell(lines);
+  return listening;
+}
+
+void Daemon::takeListener(int fd) {
+  const LockGuard lock(mLock);
+  // The accept thread may be polling the old one still, so that one closes it.
+  if (mListenFd >= 0) mRetiredFds.push_back(mListenFd);
+  mListenFd = fd;
+  mListenerKilled = false;
+  mNextId = 1;
 }
 
 std::vector<SessionView> Daemon::sessionViews() const {
@@ -151,7 +187,7 @@ size_t Daemon::sendToUsers(uint32_t sdkType, const Blob& blob) {
 
 void Daemon::setAccepting(bool on) {
   {
-    std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     mAccepting = on;
   }
   mWake.wake();
@@ -163,7 +199,7 @@ void Daemon::setReading(bool on) {
 }
 
 void Daemon::setNextSessionId(uint32_t id) {
-  std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   mNextId = id;
 }
 
@@ -177,7 +213,7 @@ void Daemon::wakeSessions() const {
 
 // The newest open session with that id.
 std::shared_ptr<Session> Daemon::find(uint32_t sessionId, bool establishedOnly) const {
-  std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   for (auto entry = mSessions.rbegin(); entry != mSessions.rend(); ++entry) {
     const Session& session = *entry->session;
     if (session.id() != sessionId || session.finished()) continue;
@@ -189,7 +225,7 @@ std::shared_ptr<Session> Daemon::find(uint32_t sessionId, bool establishedOnly) 
 
 // Copies, so that no lock is held while something is done to them.
 std::vector<std::shared_ptr<Session>> Daemon::sessions() const {
-  std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   std::vector<std::shared_ptr<Session>> all;
   all.reserve(mSessions.size());
   for (const Entry& entry : mSessions) all.push_back(entry.session);

@@ -19,7 +19,7 @@
 namespace orbsim {
 
 const char Faults::kHelp[] =
-    "  refuse               Nobody listens on the socket any more.\n"
+    "  refuse               The socket stays, but nobody listens on it: connections are refused.\n"
     "  no-accept            Connections are never accepted.\n"
     "  silent               No handshake: nothing is said.\n"
     "  stop-after-init      Nothing more after the first record of the handshake.\n"
@@ -298,7 +298,7 @@ void Faults::prepare(Daemon& daemon) const {
 
 void Faults::apply(Daemon& daemon) const {
   if (!mRefuse) return;
-  daemon.killListener();
+  daemon.refuseConnections();
   daemon.log("fault refuse: nobody listens any more");
 }
 

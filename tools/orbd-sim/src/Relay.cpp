@@ -24,8 +24,7 @@ constexpr int kRetryMilliseconds = 20;
 
 }  // namespace
 
-Relay::Relay(RelayOptions options)
-    : mOptions(std::move(options)), mPlace(mOptions.socketPath, mOptions.log) {}
+Relay::Relay(RelayOptions options) : mOptions(std::move(options)), mPlace(mOptions.socketPath) {}
 
 Relay::~Relay() { stop(); }
 
@@ -36,6 +35,7 @@ bool Relay::start() {
     mError = "the daemon's socket and the relay's own are the same: " + mOptions.daemonPath;
   if (!mError.empty()) return false;
   mListenFd = mWake.fd() < 0 ? -1 : mPlace.open(kBacklog);
+  logPlace();
   if (mListenFd < 0) {
     mError = mWake.fd() < 0 ? "no descriptor left" : mPlace.error();
     return false;
@@ -50,6 +50,7 @@ bool Relay::start() {
     mPlace.removeSocket();
     ::close(std::exchange(mListenFd, -1));
     mPlace.leave();
+    logPlace();
     return false;
   }
   return true;
@@ -63,7 +64,12 @@ void Relay::stop() {
   mPlace.removeSocket();
   ::close(std::exchange(mListenFd, -1));
   mPlace.leave();
+  logPlace();
   log("stopped");
+}
+
+void Relay::logPlace() {
+  for (const std::string& line : mPlace.takeLines()) log(line);
 }
 
 // The listener, the wake-up, then client and daemon of each connection.

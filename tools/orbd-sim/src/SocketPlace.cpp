@@ -68,7 +68,7 @@ bool SocketPlace::makeDirectory() {
     return false;
   }
   mMadeDirectory = true;
-  if (mLog) mLog(std::string("made ") + kSocketDirectory);
+  mLines.push_back(std::string("made ") + kSocketDirectory);
   // Whatever the umask says, applications of every user connect.
   return ::chmod(kSocketDirectory, 0755) == 0 || fail(std::strerror(errno));
 }
@@ -88,6 +88,15 @@ bool SocketPlace::clear() {
 }
 
 int SocketPlace::listen(int backlog) {
+  const int fd = bind();
+  if (fd < 0 || ::listen(fd, backlog) == 0) return fd;
+  fail(std::strerror(errno));
+  removeSocket();
+  ::close(fd);
+  return -1;
+}
+
+int SocketPlace::bind() {
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (fd < 0) {
     fail(std::strerror(errno));
@@ -98,11 +107,19 @@ int SocketPlace::listen(int backlog) {
   ::fchmod(fd, mMode);
   const bool bound = ::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
   // Whatever the umask says.
-  if (bound && ::chmod(mPath.c_str(), mMode) == 0 && ::listen(fd, backlog) == 0) return fd;
+  if (bound && ::chmod(mPath.c_str(), mMode) == 0) return fd;
   fail(std::strerror(errno));
   if (bound) removeSocket();
   ::close(fd);
   return -1;
+}
+
+bool SocketPlace::leaveUnused() {
+  mError.clear();
+  const int fd = makeDirectory() && clear() ? bind() : -1;
+  if (fd < 0) return false;
+  ::close(fd);
+  return true;
 }
 
 bool SocketPlace::fail(const std::string& reason) {
@@ -112,13 +129,16 @@ bool SocketPlace::fail(const std::string& reason) {
 
 void SocketPlace::removeSocket() { ::unlink(mPath.c_str()); }
 
+void SocketPlace::removeUnused() {
+  if (!clear()) mLines.push_back("left " + mPath + ": it is somebody else's now");
+}
+
 void SocketPlace::leave() {
   if (!mMadeDirectory) return;
   mMadeDirectory = false;
   const bool removed = ::rmdir(kSocketDirectory) == 0;
-  if (!mLog) return;
-  mLog(removed ? std::string("removed ") + kSocketDirectory
-               : std::string("left ") + kSocketDirectory + ": " + std::strerror(errno));
+  mLines.push_back(removed ? std::string("removed ") + kSocketDirectory
+                           : std::string("left ") + kSocketDirectory + ": " + std::strerror(errno));
 }
 
 }  // namespace orbsim

@@ -8,12 +8,12 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "Mutex.h"
 #include "orbsim/Control.h"
 #include "orbsim/Frame.h"
 #include "orbsim/Session.h"
@@ -24,8 +24,10 @@ namespace orbsim {
 // The daemon's side of the socket, for a program to run and for tests to script. start() makes one
 // thread that accepts; every connection gets a thread of its own. start(), stop() and the
 // destructor belong to the owner's thread; everything else may be called from any thread, hooks
-// included, while the daemon is running or stopped. `mLock` guards the listener's state, the id
-// counter and the list of sessions; it is not held while a thread is joined or a hook runs.
+// included, while the daemon is running or stopped. `mPlaceLock` guards the socket's path, so that
+// who takes it away and who puts it back come one after the other; `mLock`, which is taken after
+// it, the listener's state, the id counter and the list of sessions. Neither is held while a thread
+// is joined or a hook runs.
 //
 // Unless a script does otherwise, no frame is sent before the client's first one: to the client a
 // frame right behind the last handshake record could be one read with it.
@@ -104,10 +106,13 @@ class Daemon {
   // Closes the listening socket and removes its path; sessions go on. start() does not undo it
   // before stop(), reappear() does.
   void killListener();
+  // The same, but the path stays, so that connections are refused; it goes with stop(). False, with
+  // a line in the log, when the path cannot be had. A daemon that does not run is left alone.
+  bool refuseConnections();
   // As a daemon that has ended: nobody listens, and no session is left.
   void vanish();
-  // Undoes vanish() and killListener() as a restart would: session ids count from 1 again. False,
-  // with a line in the log, when the socket cannot be had any more. Not beside start() or stop().
+  // Undoes vanish(), killListener() and refuseConnections() as a restart would: session ids count
+  // from 1 again. False, with a line in the log, when the socket cannot be had any more.
   bool reappear();
   // To every session whose client has asked that service for something; how many those are.
   size_t sendToUsers(uint32_t sdkType, const Blob& blob);
@@ -149,27 +154,41 @@ class Daemon {
   void acceptOne();
   void pauseAccepting();
   void reapFinished();
-  void closeListener();
-  void closeListenerLocked();
-  void closeRetiredLocked();
+  // What the path has at present.
+  enum class Presence { kNothing, kListener, kUnused };
+
+  bool openPlace();
+  void closePlace();
+  void leaveDirectory();
+  void clearPlace() ORB_REQUIRES(mPlaceLock);
+  void tell(const std::vector<std::string>& lines);
+  bool serving() const;
+  void silenceListener() ORB_REQUIRES(mPlaceLock);
+  void takeListener(int fd);
+  void closeListener() ORB_REQUIRES(mLock);
+  void closeRetired() ORB_REQUIRES(mLock);
   std::shared_ptr<Session> find(uint32_t sessionId, bool establishedOnly) const;
   std::vector<std::shared_ptr<Session>> sessions() const;
 
   Control mControl;
   WakeFd mWake;
-  SocketPlace mPlace;         // the owner's thread only, but for the socket's removal
   std::string mError;         // the owner's thread only
   std::thread mAcceptThread;  // the owner's thread only
 
-  mutable std::mutex mLock;
-  bool mRunning = false;
-  bool mStopping = false;
-  bool mListenerKilled = false;
-  bool mAccepting = true;
-  std::vector<int> mRetiredFds;  // of listeners that were killed
-  int mListenFd = -1;            // closed by the accept thread, or by stop() after that has ended
-  uint32_t mNextId = 1;
-  std::vector<Entry> mSessions;
+  Mutex mPlaceLock;
+  SocketPlace mPlace ORB_GUARDED_BY(mPlaceLock);
+  Presence mPresence ORB_GUARDED_BY(mPlaceLock) = Presence::kNothing;
+
+  mutable Mutex mLock;
+  bool mRunning ORB_GUARDED_BY(mLock) = false;
+  bool mStopping ORB_GUARDED_BY(mLock) = false;
+  bool mListenerKilled ORB_GUARDED_BY(mLock) = false;
+  bool mAccepting ORB_GUARDED_BY(mLock) = true;
+  std::vector<int> mRetiredFds ORB_GUARDED_BY(mLock);  // of listeners that were killed
+  // Closed by the accept thread, or by stop() after that has ended.
+  int mListenFd ORB_GUARDED_BY(mLock) = -1;
+  uint32_t mNextId ORB_GUARDED_BY(mLock) = 1;
+  std::vector<Entry> mSessions ORB_GUARDED_BY(mLock);
 };
 
 }  // namespace orbsim

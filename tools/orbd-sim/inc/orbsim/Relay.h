@@ -55,6 +55,7 @@ class Relay {
   std::vector<pollfd> pollSet() const;
   void acceptOne();
   void log(const std::string& line) const;
+  void logPlace();
 
   const RelayOptions mOptions;
   SocketPlace mPlace;

@@ -3,8 +3,9 @@
 
 #pragma once
 
-#include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace orbsim {
 
@@ -13,15 +14,12 @@ constexpr char kSocketDirectory[] = "/dev/socket";
 constexpr char kSocketPath[] = "/dev/socket/orb";
 
 // The path that a server listens on, and its directory, which is made where it is missing if it is
-// that of kSocketPath, and gone again at the end. Owned and used by the server's owner thread;
-// removeSocket() also by another, since it touches the file only.
+// that of kSocketPath, and gone again at the end. Owned by the server, which uses it on one thread
+// at a time.
 class SocketPlace {
  public:
-  using Log = std::function<void(const std::string&)>;
-
-  // The log is told of the directory; it may be empty.
-  SocketPlace(std::string path, Log log, unsigned mode = 0666)
-      : mPath(std::move(path)), mLog(std::move(log)), mMode(mode) {}
+  explicit SocketPlace(std::string path, unsigned mode = 0666)
+      : mPath(std::move(path)), mMode(mode) {}
 
   // Why nobody can listen on the path, as far as that can be seen beforehand; empty when nothing
   // speaks against it.
@@ -30,9 +28,17 @@ class SocketPlace {
   // A descriptor that listens, does not block, and takes clients of every user, in the place of a
   // socket that nobody listens on. -1 with error() when that fails; nothing stays then.
   int open(int backlog);
+  // As a server that has ended without taking it away: a socket on which nobody listens, so that
+  // connections are refused. False with error() when that fails.
+  bool leaveUnused();
   void removeSocket();
+  // Removes a socket on which nobody listens; somebody else may have taken the place of the one
+  // that was ours.
+  void removeUnused();
   // Removes the directory that open() made.
   void leave();
+  // What became of the directory, and of what was to be removed, since it was last asked.
+  std::vector<std::string> takeLines() { return std::exchange(mLines, {}); }
 
   const std::string& path() const { return mPath; }
   const std::string& error() const { return mError; }
@@ -41,12 +47,13 @@ class SocketPlace {
   bool makeDirectory();
   bool clear();
   int listen(int backlog);
+  int bind();
   bool fail(const std::string& reason);
 
   const std::string mPath;
-  const Log mLog;
   const unsigned mMode;  // applications of every user connect, or the owner alone
   std::string mError;
+  std::vector<std::string> mLines;
   bool mMadeDirectory = false;
 };
 

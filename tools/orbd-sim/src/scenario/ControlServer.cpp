@@ -17,6 +17,9 @@ namespace {
 
 constexpr size_t kMostClients = 16;
 constexpr size_t kLongestLine = size_t{64} * 1024;
+// Without descriptors a connection stays pending: look again a little later instead of asking for
+// it all the time.
+constexpr int kPauseMs = 20;
 
 Json serviceJson(const ServiceState& state) {
   return {{"enabled", state.enabled}, {"reports", state.reports}};
@@ -52,7 +55,7 @@ std::string refusal(const std::string& reason, bool wrong) {
 }  // namespace
 
 bool ControlServer::open(const std::string& path) {
-  mPlace = std::make_unique<SocketPlace>(path, SocketPlace::Log(), 0600);
+  mPlace = std::make_unique<SocketPlace>(path, 0600);
   mListenFd = mPlace->open(static_cast<int>(kMostClients));
   if (mListenFd < 0) {
     mError = mPlace->error();
@@ -74,9 +77,11 @@ void ControlServer::close() {
 void ControlServer::loop() {
   for (;;) {
     std::vector<pollfd> fds = {{mWake.fd(), POLLIN, 0}};
-    fds.push_back({mClients.size() < kMostClients ? mListenFd : -1, POLLIN, 0});
+    const bool takes = mClients.size() < kMostClients && !mExhausted;
+    fds.push_back({takes ? mListenFd : -1, POLLIN, 0});
     for (const Client& client : mClients) fds.push_back({client.fd, POLLIN, 0});
-    if (::poll(fds.data(), fds.size(), -1) < 0 && errno != EINTR) break;
+    if (::poll(fds.data(), fds.size(), mExhausted ? kPauseMs : -1) < 0 && errno != EINTR) break;
+    mExhausted = false;
     if (fds[0].revents != 0) break;
     for (size_t i = mClients.size(); i-- > 0;) {
       if (fds[i + 2].revents == 0 || receive(mClients[i])) continue;
@@ -91,7 +96,11 @@ void ControlServer::loop() {
 
 void ControlServer::accept() {
   const int fd = ::accept4(mListenFd, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-  if (fd >= 0) mClients.push_back({fd, {}});
+  if (fd >= 0) {
+    mClients.push_back({fd, {}});
+  } else {
+    mExhausted = errno == EMFILE || errno == ENFILE || errno == ENOMEM;
+  }
 }
 
 // False at the end of the connection.
@@ -112,16 +121,25 @@ bool ControlServer::receive(Client& client) {
   }
 }
 
+// An order, or a list of them, of which none is done unless all are right.
 std::string ControlServer::answer(const std::string& line) {
   std::string error;
   const auto json = parseJson(line, error);
   if (!json) return refusal(error, true);
-  if (!checkAction(*json, error)) return refusal(error, true);
-  const auto action = readAction(*json, "", error);
-  if (!action) return refusal(error, true);
-  if (std::holds_alternative<StatusAction>(*action)) return status();
-  error = mStage.perform(*action, "control: " + line);
-  if (!error.empty()) return refusal(error, false);
+  const bool several = json->is_array() && !json->empty();
+  const Json orders = several ? *json : Json::array({*json});
+  std::vector<Action> actions;
+  for (const Json& order : orders) {
+    if (!checkAction(order, error)) return refusal(error, true);
+    const auto action = readAction(order, "", error);
+    if (!action) return refusal(error, true);
+    if (!several && std::holds_alternative<StatusAction>(*action)) return status();
+    actions.push_back(*action);
+  }
+  for (size_t i = 0; i < actions.size(); ++i) {
+    error = mStage.perform(actions[i], "control: " + orders[i].dump());
+    if (!error.empty()) return refusal(error, false);
+  }
   return lineOf({{"ok", true}});
 }
 

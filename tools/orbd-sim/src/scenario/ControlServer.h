@@ -48,6 +48,7 @@ class ControlServer {
   WakeFd mWake;
   int mListenFd = -1;
   std::vector<Client> mClients;  // the thread's only
+  bool mExhausted = false;       // no descriptor was left for a connection; the thread's only
   std::thread mThread;
 };
 

@@ -8,13 +8,19 @@
 #include "orbsim/Service.h"
 
 namespace orbsim {
+namespace {
+
+// To wait for what nobody knows the time of.
+constexpr std::chrono::hours kLongTime{24};
+
+}  // namespace
 
 Stage::Stage(Daemon& daemon) : mDaemon(daemon), mThread(&Stage::loop, this) {}
 
 void Stage::stop() {
   if (!mThread.joinable()) return;
   {
-    const std::lock_guard<std::mutex> lock(mLock);
+    const LockGuard lock(mLock);
     mStopping = true;
     mChanged.notify_all();
   }
@@ -22,26 +28,50 @@ void Stage::stop() {
 }
 
 std::string Stage::error() const {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   return mError;
 }
 
 void Stage::at(Clock::time_point time, std::function<void()> what) {
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   mToCome.emplace(time, std::move(what));
   mChanged.notify_all();
 }
 
+// Has the thread do it after what it is doing, and waits for that. False when it does nothing any
+// more.
+bool Stage::carryOut(std::function<void()> what) {
+  std::future<bool> done;
+  {
+    const LockGuard lock(mLock);
+    if (mWorker != std::this_thread::get_id()) {
+      if (mStopping) return false;
+      mOrders.push_back({std::move(what), {}});
+      done = mOrders.back().done.get_future();
+      mChanged.notify_all();
+    }
+  }
+  if (done.valid()) return done.get();
+  what();
+  return true;
+}
+
 void Stage::loop() {
-  std::unique_lock<std::mutex> lock(mLock);
+  UniqueLock lock(mLock);
+  mWorker = std::this_thread::get_id();
   while (!mStopping) {
-    if (mToCome.empty()) {
-      mChanged.wait(lock);
+    if (!mOrders.empty()) {
+      Order order = std::move(mOrders.front());
+      mOrders.pop_front();
+      lock.unlock();
+      order.what();
+      order.done.set_value(true);
+      lock.lock();
       continue;
     }
     const auto first = mToCome.begin();
-    if (first->first > Clock::now()) {
-      mChanged.wait_until(lock, first->first);
+    if (first == mToCome.end() || first->first > Clock::now()) {
+      mChanged.wait_until(lock, first == mToCome.end() ? Clock::now() + kLongTime : first->first);
       continue;
     }
     const std::function<void()> what = std::move(first->second);
@@ -50,21 +80,27 @@ void Stage::loop() {
     what();
     lock.lock();
   }
+  for (Order& order : mOrders) order.done.set_value(false);
+  mOrders.clear();
 }
 
 std::string Stage::perform(const Action& action, const std::string& words) {
+  std::string reason = "nothing can be done any more";
+  carryOut([&] { reason = actAndLog(action, words); });
+  return reason;
+}
+
+std::string Stage::actAndLog(const Action& action, const std::string& words) {
   mDaemon.log(words);
-  std::string reason;
-  {
-    const std::lock_guard<std::mutex> lock(mActing);
-    reason = std::visit([this](const auto& what) { return act(what); }, action);
-  }
+  std::string reason = std::visit([this](const auto& what) { return act(what); }, action);
   if (!reason.empty()) mDaemon.log("not done: " + reason);
   return reason;
 }
 
 std::string Stage::act(const HandoffOrder& order) {
-  if (mDaemon.world().view().handoff) return "a handoff is under way";
+  const World::View view = mDaemon.world().view();
+  if (view.handoff) return "a handoff is under way";
+  if (view.rat == order.target) return "the device is on " + order.target + " already";
   mDaemon.world().orderHandoff(order);
   return {};
 }
@@ -89,16 +125,19 @@ std::string Stage::act(const VanishAction& action) {
   mGone = true;
   mDaemon.vanish();
   at(Clock::now() + action.length, [this] {
-    const std::lock_guard<std::mutex> lock(mActing);
     mGone = false;
-    if (!mFaultRefuses) reappear();
+    if (mFaultRefuses) {
+      mDaemon.refuseConnections();
+    } else {
+      reappear();
+    }
   });
   return {};
 }
 
 void Stage::reappear() {
   if (mDaemon.reappear()) return;
-  const std::lock_guard<std::mutex> lock(mLock);
+  const LockGuard lock(mLock);
   mError = "the daemon cannot listen again";
 }
 
@@ -125,7 +164,6 @@ std::string Stage::act(const FaultAction& action) {
 
 std::function<void()> Stage::faultsEnd(uint64_t number) {
   return [this, number] {
-    const std::lock_guard<std::mutex> lock(mActing);
     if (number == mFaults) endFault();
   };
 }
@@ -149,19 +187,20 @@ std::string Stage::act(const PauseAction& action) {
 
 std::function<void()> Stage::pausesEnd(uint64_t number) {
   return [this, number] {
-    const std::lock_guard<std::mutex> lock(mActing);
     if (number == mPauses) mDaemon.world().setPaused(false);
   };
 }
 
 std::function<void()> Stage::faultsEnd() {
-  const std::lock_guard<std::mutex> lock(mActing);
-  return faultsEnd(mFaults);
+  std::function<void()> end;
+  carryOut([&] { end = faultsEnd(mFaults); });
+  return end;
 }
 
 std::function<void()> Stage::pausesEnd() {
-  const std::lock_guard<std::mutex> lock(mActing);
-  return pausesEnd(mPauses);
+  std::function<void()> end;
+  carryOut([&] { end = pausesEnd(mPauses); });
+  return end;
 }
 
 std::string Stage::act(const SendAction& action) {

@@ -3,24 +3,26 @@
 
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <functional>
+#include <future>
 #include <map>
-#include <mutex>
 #include <string>
 #include <thread>
 
 #include "Action.h"
+#include "Mutex.h"
 #include "orbsim/Daemon.h"
 #include "orbsim/World.h"
 
 namespace orbsim {
 
-// Where actions are carried out on a daemon, at once or at a time: a thread waits for the times.
-// perform() and at() may be called from any thread, stop() by the owner before the daemon stops.
-// `mLock` guards what is to come; `mActing` keeps actions one after the other, and hooks of the
-// daemon never wait for it.
+// Where actions are carried out on a daemon, at once or at a time, by a thread of its own: one
+// after the other, in the order in which they were given or are due, and with no lock held.
+// perform() and the ends of what lasts wait for that thread, unless they are called on it; they and
+// at() may be called from any thread but the daemon's hooks, which may use at() alone. stop() is
+// for the owner, before the daemon stops. `mLock` guards what is to come.
 class Stage {
  public:
   explicit Stage(Daemon& daemon);
@@ -53,24 +55,33 @@ class Stage {
   std::string act(const SendAction& action);
   std::string act(const DropAction& action);
   std::string act(const StatusAction&) { return {}; }
+  std::string actAndLog(const Action& action, const std::string& words);
+  bool carryOut(std::function<void()> what);
   std::function<void()> faultsEnd(uint64_t number);
   std::function<void()> pausesEnd(uint64_t number);
   void endFault();
   void reappear();
   void loop();
 
-  Daemon& mDaemon;
-  std::mutex mActing;
-  bool mGone = false;          // with mActing
-  bool mFaultRefuses = false;  // with mActing
-  uint64_t mFaults = 0;        // that there were: the number of the present one; with mActing
-  uint64_t mPauses = 0;        // the same of pauses; with mActing
+  struct Order {
+    std::function<void()> what;
+    std::promise<bool> done;  // false: not any more
+  };
 
-  mutable std::mutex mLock;
-  std::condition_variable mChanged;
-  std::multimap<Clock::time_point, std::function<void()>> mToCome;
-  std::string mError;
-  bool mStopping = false;
+  Daemon& mDaemon;
+  // The stage's thread only.
+  bool mGone = false;
+  bool mFaultRefuses = false;
+  uint64_t mFaults = 0;  // that there were: the number of the present one
+  uint64_t mPauses = 0;  // the same of pauses
+
+  mutable Mutex mLock;
+  Condition mChanged;
+  std::deque<Order> mOrders ORB_GUARDED_BY(mLock);
+  std::multimap<Clock::time_point, std::function<void()>> mToCome ORB_GUARDED_BY(mLock);
+  std::string mError ORB_GUARDED_BY(mLock);
+  std::thread::id mWorker ORB_GUARDED_BY(mLock);
+  bool mStopping ORB_GUARDED_BY(mLock) = false;
   std::thread mThread;  // the owner's thread only
 };
 
