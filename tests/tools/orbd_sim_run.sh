@@ -12,18 +12,8 @@ export ORB_LOG_LEVEL=S simulator work
 # What runs besides when this fails would keep the sandbox and its output open.
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
 
-fail() {
-  echo "FAILED: $1" >&2
-  cat "$work/err" >&2 || true
-  exit 1
-}
-# expect STATUS ARGUMENT...: what is printed is in $work/out and $work/err then.
-expect() {
-  local wanted=$1 status=0
-  shift
-  "$simulator" "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
-  ((status == wanted)) || fail "status $status, not $wanted, of: $*"
-}
+# shellcheck source=tests/tools/orbd_sim_checks.bash
+. "$(dirname "$0")/orbd_sim_checks.bash"
 says() { [[ $(<"$work/err") == "$1" ]] || fail "not: $1"; }
 scenario() { printf '%s\n' "$2" >"$work/$1.json"; }
 nothing_left() {
@@ -72,7 +62,7 @@ says "orbd-sim run: /dev/full: No space left on device"
 expect 7 run --log /dev/full steady -- bash -c 'exit 7'
 expect 1 run --log "$work/none/log" steady -- true
 says "orbd-sim run: $work/none/log: No such file or directory"
-expect 1 run --log "$work/log" --trace steady -- "$application" --seconds 1
+expect 1 run --log "$work/log" --trace steady -- "$application" --seconds 5
 grep -q ' to-daemon .* LCE ' "$work/log" || fail "--trace"
 expect 0 run --log - --trace --json steady -- true
 [[ $(head -n 1 "$work/err") == '{"time":"'*'Z","kind":"log","text":"'* ]] || fail "--json"
@@ -114,20 +104,20 @@ nothing_left
 
 echo "ready scenarios"
 # The application wants something of every service: without a handoff its status is 1.
-expect 1 run steady -- "$application" --seconds 1
+expect 1 run steady -- "$application" --seconds 5
 grep -q '^lce  .* 40.0 Mbit/s' "$work/out" || fail "steady rate"
 grep -q '^lle  uplink 25.0 ms, downlink 25.0 ms, LTE$' "$work/out" || fail "steady latency"
-expect 0 run handoff -- "$application" --seconds 4
+expect 0 run handoff -- "$application" --seconds 15
 for phase in 'pre-handoff entry, interruption in 1000 ms' start success 'pre-handoff exit'; do
   grep -q "^lli  LTE to 5G: $phase$" "$work/out" || fail "handoff: $phase"
 done
 grep -q '^lce  .* 0.0 Mbit/s' "$work/out" || fail "nothing is interrupted"
 grep -q '^lle  .*, NR5G$' "$work/out" || fail "latencies are not of the new technology"
-expect 1 run rate-drop -- "$application" --seconds 4
+expect 1 run rate-drop -- "$application" --seconds 15
 grep -q '^lce  .* 50.0 Mbit/s' "$work/out" || fail "rate before"
 grep -q '^lce  .* 2.0 Mbit/s' "$work/out" || fail "rate after"
-expect 1 run slow-answers -- "$application" --seconds 1
-expect 1 run refused -- "$application" --seconds 1
+expect 1 run slow-answers -- "$application" --seconds 5
+expect 1 run refused -- "$application" --seconds 5
 grep -q 'lce: criteria refused (status 3)' "$work/err" || fail "type mismatch"
 expect 3 run vanish -- "$application"
 says "$(sed '$d' "$work/err")
@@ -138,7 +128,7 @@ scenario expect '{"begin": "connected", "expect": [
   {"sends": {"service": "lle", "request": "set-criteria", "fields": {"criteria": 2}, "within": 1}},
   {"sends": {"service": "lce", "request": "start"}},
   {"sends-not": {"service": "lli"}}, {"at-most": {"requests": 3, "service": "lce"}}]}'
-expect 3 run "$work/expect.json" -- "$application" --seconds 1
+expect 3 run "$work/expect.json" -- "$application" --seconds 5
 [[ $(wc -l <"$work/err") == 2 ]] || fail "a line for each that failed"
 grep -q '^orbd-sim run: /expect/0: no lle set-criteria criteria=2 within 1 s$' "$work/err" || fail "0"
 grep -q '^orbd-sim run: /expect/2: lli at ' "$work/err" || fail "2"
@@ -148,7 +138,11 @@ expect 3 run "$work/expect.json" -- bash -c 'exit 1'
 echo "the scenario's end"
 scenario end '{"end": 0.2}'
 expect 0 run "$work/end.json" -- sleep 600
-expect 5 run "$work/end.json" -- bash -c 'trap "exit 5" TERM; sleep 600 & wait'
+# Time begins with the command's connection, before which it has set its trap.
+scenario end '{"begin": "connected", "end": 0.2}'
+export application
+# shellcheck disable=SC2016
+expect 5 run "$work/end.json" -- bash -c 'trap "kill \$!; exit 5" TERM; "$application" & wait; exit 1'
 nothing_left
 
 echo "signals"
@@ -182,31 +176,23 @@ ctl() { expect "$1" ctl --control "$work/control" "${@:2}"; }
 exec 4< <(exec "$simulator" --interval 3600000 --control "$work/control" --begin lce)
 process=$!
 read -r -u 4 _
-until [[ -S $work/control ]]; do kill -0 "$process" || fail "the daemon stand-in has ended"; done
+await "$process" test -S "$work/control"
 [[ $(stat -c %a "$work/control") == 600 ]] || fail "mode of the control socket"
 ctl 0 status
 grep -qx 'listening on /dev/socket/orb' "$work/out" || fail "status: socket"
 grep -qx 'time has not begun' "$work/out" || fail "status: time"
 "$application" >"$work/application" 2>&1 &
 application_process=$!
-until grep -q '^lce  enabled$' "$work/application"; do
-  kill -0 "$application_process" || fail "the application has ended"
-  ctl 0 status
-done
-until ctl 0 status && grep -q 'lce enabled and reporting, [1-9]' "$work/out"; do :; done
+await "$application_process" grep -q '^lce  enabled$' "$work/application"
+reports() { ctl 0 status && grep -q 'lce enabled and reporting, [1-9]' "$work/out"; }
+await "$application_process" reports
 grep -q "^session [0-9]* pid [0-9]* endpoint 105, lce enabled and reporting" "$work/out" || fail "session"
 ctl 0 send lce rate=1234000 direction=up
 ctl 0 send lle ul-latency=1500 dl-latency=2500 rat=5g
 ctl 0 send lli phase=start source=lte target=ehrpd
-until grep -q '^lli  LTE to eHRPD: start$' "$work/application"; do
-  kill -0 "$application_process" || fail "the application has ended"
-done
-until grep -q '^lle  uplink 1.5 ms, downlink 2.5 ms, NR5G$' "$work/application"; do
-  kill -0 "$application_process" || fail "the application has ended"
-done
-until grep -q '^lce  uplink 1234.0 Mbit/s' "$work/application"; do
-  kill -0 "$application_process" || fail "the application has ended"
-done
+await "$application_process" grep -q '^lli  LTE to eHRPD: start$' "$work/application"
+await "$application_process" grep -q '^lle  uplink 1.5 ms, downlink 2.5 ms, NR5G$' "$work/application"
+await "$application_process" grep -q '^lce  uplink 1234.0 Mbit/s' "$work/application"
 ctl 0 set rate=50..2 over=1 latency=20 rat=5g
 ctl 0 set rate=wander
 ctl 0 pause
@@ -216,6 +202,8 @@ grep -q '"rat":"5g"' "$work/out" || fail "status --json: rat"
 ctl 0 resume
 ctl 0 pause 600
 ctl 0 resume
+ctl 1 handoff 5g
+says "orbd-sim ctl: the device is on 5g already"
 ctl 0 handoff lte notice=600 duration=1 result=failure
 ctl 1 handoff 5g
 says "orbd-sim ctl: a handoff is under way"
@@ -229,6 +217,12 @@ ctl 2 set rat=6g
 ctl 2 dance
 grep -q '^orbd-sim ctl: no such order: dance; there are ' "$work/err" || fail "no such order"
 ctl 2 set speed=3
+ctl 2 set rat=lte over=2
+grep -q '^orbd-sim ctl: over is for rate= or latency= with a number to go to; try ' "$work/err" || fail "over"
+ctl 2 set rate=wander over=2
+ctl 2 set rate=7 rat=bad
+ctl 0 status
+grep -q ' 7.000 Mbit/s' "$work/out" && fail "half of what was ordered is done"
 ctl 2 send
 ctl 2 send lce rate
 ctl 2 send lce speed=1
@@ -251,7 +245,7 @@ grep -q "^orbd-sim ctl: $work/control: No such file or directory" "$work/err" ||
 exec 4< <(exec "$simulator" --socket "$work/stopped" --control "$work/control")
 process=$!
 read -r -u 4 _
-until [[ -S $work/control ]]; do kill -0 "$process" || fail "the daemon stand-in has ended"; done
+await "$process" test -S "$work/control"
 kill -STOP "$process"
 ctl 1 status
 says "orbd-sim ctl: $work/control: no answer"

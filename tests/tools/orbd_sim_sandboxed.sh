@@ -12,35 +12,28 @@ work=$(mktemp -d "$PWD/orbd-sim-test.XXXXXX")
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true; rm -rf "$work"' EXIT
 export ORB_LOG_LEVEL=S
 
-fail() {
-  echo "FAILED: $1" >&2
-  cat "$work/err" >&2 || true
-  exit 1
-}
-expect() {
-  local wanted=$1 status=0
-  shift
-  "$simulator" run --sandbox "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
-  ((status == wanted)) || fail "status $status, not $wanted, of: $*"
-}
+# shellcheck source=tests/tools/orbd_sim_checks.bash
+. "$(dirname "$0")/orbd_sim_checks.bash"
+# The same of a run in the sandbox.
+sandboxed() { expect "$1" run --sandbox "${@:2}"; }
 
-expect 7 steady -- bash -c 'exit 7'
+sandboxed 7 steady -- bash -c 'exit 7'
 # shellcheck disable=SC2016
-expect $((128 + 15)) steady -- bash -c 'kill -TERM $$'
-expect 127 steady -- no-such-command
+sandboxed $((128 + 15)) steady -- bash -c 'kill -TERM $$'
+sandboxed 127 steady -- no-such-command
 # No handoff comes, which the application takes for a failure.
-expect 1 steady --log "$work/log" -- "$application" --seconds 1
+sandboxed 1 steady --log "$work/log" -- "$application" --seconds 5
 grep -q '^lce  .* 40.0 Mbit/s' "$work/out" || fail "no rate of the scenario"
 grep -q ' listening on /dev/socket/orb$' "$work/log" || fail "--log"
-expect 1 steady --log "$work/log" --trace --json -- "$application" --seconds 1
+sandboxed 1 steady --log "$work/log" --trace --json -- "$application" --seconds 5
 grep -q '"kind":"frame"' "$work/log" || fail "--trace --json"
 # The scenario comes as an open file, which is not for the command.
 # shellcheck disable=SC2016
-expect 0 steady -- bash -c 'for fd in /proc/self/fd/*; do [[ $(readlink "$fd") != *.json ]] || exit 9; done'
+sandboxed 0 steady -- bash -c 'for fd in /proc/self/fd/*; do [[ $(readlink "$fd") != *.json ]] || exit 9; done'
 # The scenario need not be where the sandbox can see it.
 hidden=$(mktemp /tmp/scenario.XXXXXX)
 echo '{"expect": [{"sends": {"service": "lce"}}]}' >"$hidden"
-expect 3 "$hidden" -- true
+sandboxed 3 "$hidden" -- true
 rm -f "$hidden"
 [[ $(<"$work/err") == "orbd-sim run: /expect/0: no lce" ]] || fail "the expectation"
 
