@@ -3,7 +3,9 @@
 
 // Scenarios of the daemon stand-in: what is read, what happens, and what is said of the client.
 
+#include <algorithm>
 #include <fstream>
+#include <set>
 
 #include "OrbdSimClient.h"
 #include "orbsim/Model.h"
@@ -73,6 +75,67 @@ TEST(ScenarioTextTest, ErrorsNameThePlaceInOneLine) {
   EXPECT_EQ("line 1, column 14:", wrong(R"({"seed": 1 "a")").substr(0, 18));
   EXPECT_EQ("/begin", wrong(R"({"begin": "soon"})").substr(0, 6));
   EXPECT_EQ("/begin", wrong(R"({"begin": ["lce", "lcd"]})").substr(0, 6));
+}
+
+TEST(ScenarioTextTest, EveryFaultIsToldWithWhatIsAllowed) {
+  std::string error;
+  EXPECT_FALSE(Scenario::fromText(R"({"speed": 1, "begin": "soon", "end": -1, "timeline": [
+      {"at": 1, "refuse": {"service": "lle", "with": "DENIED"}},
+      {"at": 2, "fault": {"words": "loud"}},
+      {"at": "3", "rate": {"from": 1, "two": 2}}, {"at": 4, "rate": 1, "rat": "lte"}, {"at": 5}],
+      "expect": [{"sends": {"service": "lce", "fields": {"value3": 1}}}, {"reconnects": true}]})",
+                                  error)
+                   .has_value());
+  std::set<std::string> lines;
+  for (size_t start = 0; start < error.size();) {
+    const size_t end = std::min(error.find('\n', start), error.size());
+    lines.insert(error.substr(start, end - start));
+    start = end + 1;
+  }
+  const std::string steps =
+      "allowed is one of delay, drop, fault, handoff, latency, pause, rat, rate, refuse, resume, "
+      "send, vanish";
+  EXPECT_EQ(
+      (std::set<std::string>{
+          "/: there is no speed, allowed are $schema, begin, description, end, expect, interval, "
+          "model, name, seed, timeline",
+          R"(/begin: "soon" is wrong, allowed is listening, connected or a list, nothing twice, of lce, lle, lli)",
+          "/end: -1 is wrong, allowed is a number from 0 to 1000000",
+          R"(/timeline/0/refuse/with: "DENIED" is wrong, allowed is INVALID, SUCCESS, INVALID_ARG, )"
+          "INTERNAL_ERROR, NOT_SUPPORTED, INVALID_OPERATION, SERVICE_UP, SERVICE_DOWN, "
+          "INVALID_SLOT, RESERVED, INVALID_ARGUMENTS, TYPE_MISMATCH",
+          "/timeline/1/fault/words: no such fault: loud; there are refuse, no-accept, silent, "
+          "stop-after-init, half-record, wrong-id, die-after-init, die-after-response, no-read, "
+          "no-answer, garbage, cut-frame, close-after=N, connections=N",
+          R"(/timeline/2/at: "3" is wrong, allowed is a number from 0 to 1000000)",
+          "/timeline/2/rate: to is missing",
+          "/timeline/2/rate: there is no two, allowed are from, over, to",
+          "/timeline/3: rat and rate are too much, " + steps,
+          "/timeline/4: nothing is there, " + steps,
+          "/expect/0/sends/fields: no such field: value3; there are transaction value1 value2 "
+          "first second network",
+          "/expect/1/reconnects: true is wrong, allowed is an object of after, within"}),
+      lines);
+}
+
+TEST(ScenarioTextTest, HandoffToWhereTheDeviceIsIsWrong) {
+  EXPECT_EQ("/timeline/0/handoff/to: the device is on lte already",
+            wrong(R"({"timeline": [{"at": 0, "handoff": {"to": "lte"}}]})"));
+  EXPECT_EQ("/timeline/1/handoff/to: the device is on 5g already",
+            wrong(R"({"timeline": [{"at": 0, "handoff": {"to": "5g"}},
+                                   {"at": 9, "handoff": {"to": "5g"}}]})"));
+  EXPECT_EQ(
+      "/timeline/1/handoff/to: the device is on wlan already",
+      wrong(R"({"timeline": [{"at": 0, "rat": "wlan"}, {"at": 9, "handoff": {"to": "wlan"}}]})"));
+  for (
+      const char* const right :
+      {R"({"timeline": [{"at": 0, "handoff": {"to": "5g"}}, {"at": 9, "handoff": {"to": "lte"}}]})",
+       R"({"timeline": [{"at": 0, "handoff": {"to": "5g", "result": "failure"}},
+                         {"at": 9, "handoff": {"to": "5g"}}]})",
+       R"({"model": {"handoffs": true}, "timeline": [{"at": 0, "handoff": {"to": "lte"}}]})"}) {
+    std::string error;
+    EXPECT_TRUE(Scenario::fromText(right, error).has_value()) << error;
+  }
 }
 
 TEST(ScenarioTextTest, WhatASchemaCannotSayIsCheckedToo) {

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,9 @@ int check(const Arguments& arguments) {
   for (const std::string& file : arguments.files) {
     std::string error;
     if (Scenario::fromFile(file, error)) continue;
-    std::fprintf(stderr, "orbd-sim check: %s\n", error.c_str());
+    std::istringstream lines(error);
+    for (std::string line; std::getline(lines, line);)
+      std::fprintf(stderr, "orbd-sim check: %s\n", line.c_str());
     right = false;
   }
   return right ? orbtool::kExitDone : orbtool::kExitFailed;
@@ -37,7 +40,7 @@ int check(const Arguments& arguments) {
 Command addCheck(orbtool::CommandLine& line) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App* const app = line.app().add_subcommand(
-      "check", "Say what is wrong with scenarios, one line for each, without playing them.");
+      "check", "Say what is wrong with scenarios, one line for each fault, without playing them.");
   CLI::Option* const schema =
       app->add_flag("--schema", arguments->schema, "Print the JSON schema of scenarios.");
   app->add_option("FILE", arguments->files,

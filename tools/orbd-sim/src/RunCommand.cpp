@@ -15,6 +15,7 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -260,7 +261,9 @@ int run(const Arguments& arguments) {
   std::string error;
   const auto scenario = Scenario::fromFile(arguments.file, error);
   if (!scenario) {
-    std::fprintf(stderr, "orbd-sim run: %s\n", error.c_str());
+    std::istringstream lines(error);
+    for (std::string line; std::getline(lines, line);)
+      std::fprintf(stderr, "orbd-sim run: %s\n", line.c_str());
     return orbtool::kExitUsage;
   }
   if (arguments.signals >= 0) closeOpened(arguments.file);

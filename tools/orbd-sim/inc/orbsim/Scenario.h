@@ -19,8 +19,8 @@ struct ScenarioData;
 // What is to happen and what a client is to do, read from JSON. Never changes; copies share it.
 class Scenario {
  public:
-  // Nothing with an error, one line that names the place: "FILE: /timeline/2/at: what is wrong".
-  // A name without a slash that is no file is that of a ready scenario.
+  // Nothing with a line for each fault, which names its place: "FILE: /timeline/2/at: what is
+  // wrong". A name without a slash that is no file is that of a ready scenario.
   static std::optional<Scenario> fromFile(const std::string& file, std::string& error);
   static std::optional<Scenario> fromText(const std::string& text, std::string& error);
   // The file that such a name means.

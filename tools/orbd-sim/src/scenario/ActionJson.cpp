@@ -54,6 +54,13 @@ bool knowsRequest(uint32_t sdkType, const std::string& request) {
   return request.empty() || std::find(words.begin(), words.end(), request) != words.end();
 }
 
+// The fields that requests have: those of criteria.
+std::string fieldWords(uint32_t sdkType, const std::string& request) {
+  if (!request.empty() && request != "set-criteria") return {};
+  if (sdkType == serviceNamed("lce")) return "transaction value1 value2 first second network";
+  return sdkType == serviceNamed("lle") ? "criteria" : "";
+}
+
 std::string fieldText(const Json& value) {
   return value.is_string() ? value.get<std::string>() : value.dump();
 }
@@ -183,8 +190,13 @@ std::optional<Expectation> expectationOf(const Json& json, const std::string& pl
     return std::nullopt;
   }
   if (value.contains("fields")) {
+    const std::string known = fieldWords(expectation.sdkType, expectation.request);
     for (const auto& field : value.at("fields").items()) {
       expectation.fields[field.key()] = fieldText(field.value());
+      if ((" " + known + " ").find(" " + field.key() + " ") != std::string::npos) continue;
+      error = placeOf(placeOf(place, verb), "fields") + ": no such field: " + field.key() + "; " +
+              (known.empty() ? "there are none" : "there are " + known);
+      return std::nullopt;
     }
   }
   if (value.contains("after")) expectation.after = secondsOf(value.at("after"));
@@ -216,16 +228,67 @@ void readModel(const Json& json, ScenarioData& data) {
   if (model.contains("latency")) data.model.latency = scaled(model.at("latency"), 1000);
 }
 
-bool readTimeline(const Json& json, ScenarioData& data, std::string& error) {
-  struct Placed {
-    Step step;
-    std::string place;
-  };
+struct Placed {
+  Step step;
+  std::string place;
+};
+
+// What goes together of steps in the order of time, as far as that can be told beforehand.
+class Course {
+ public:
+  explicit Course(const ModelSettings& model) {
+    if (!model.handoffs) mRat = model.rat;
+  }
+
+  // Why it cannot happen, with its place; empty when nothing speaks against it.
+  std::string wrongWith(const Placed& one) {
+    const Milliseconds at = one.step.at;
+    if (mHandoff && at >= *mHandoffEnd) arrive();
+    if (const auto* const order = std::get_if<HandoffOrder>(&one.step.action)) {
+      if (mHandoffEnd && at < *mHandoffEnd)
+        return one.place + ": the handoff before it is not over";
+      if (mRat == order->target)
+        return placeOf(placeOf(one.place, "handoff"), "to") + ": the device is on " +
+               order->target + " already";
+      mHandoff = *order;
+      mHandoffEnd = at + order->notice + order->duration;
+    }
+    if (const auto* const change = std::get_if<TechnologyAction>(&one.step.action)) {
+      if (mRat && mRat != change->rat) {
+        mHandoff.reset();
+        mRat = change->rat;
+      }
+    }
+    if (const auto* const vanish = std::get_if<VanishAction>(&one.step.action)) {
+      if (mBack && at < *mBack) return one.place + ": the daemon is gone already";
+      mBack = at + vanish->length;
+    }
+    return {};
+  }
+
+ private:
+  void arrive() {
+    if (mRat && mHandoff->result == HandoffOrder::Result::kSuccess) mRat = mHandoff->target;
+    mHandoff.reset();
+  }
+
+  std::optional<std::string> mRat;  // without: the device goes where it likes
+  std::optional<HandoffOrder> mHandoff;
+  std::optional<Milliseconds> mHandoffEnd;
+  std::optional<Milliseconds> mBack;
+};
+
+void readTimeline(const Json& json, ScenarioData& data, std::vector<std::string>& faults) {
   std::vector<Placed> placed;
   for (size_t i = 0; i < json.size(); ++i) {
+    if (json.at(i).is_null()) continue;
     const std::string place = placeOf("/timeline", std::to_string(i));
+    std::string error;
     const auto action = readAction(json.at(i), place, error);
-    if (!action) return false;
+    if (!action) {
+      faults.push_back(error);
+      continue;
+    }
     Json words = json.at(i);
     words.erase("at");
     placed.push_back({{secondsOf(json.at(i).at("at")), *action, words.dump()}, place});
@@ -233,26 +296,12 @@ bool readTimeline(const Json& json, ScenarioData& data, std::string& error) {
   std::stable_sort(placed.begin(), placed.end(), [](const Placed& one, const Placed& other) {
     return one.step.at < other.step.at;
   });
-  std::optional<Milliseconds> handoffEnd;
-  std::optional<Milliseconds> back;
+  Course course(data.model);
   for (const Placed& one : placed) {
-    if (const auto* const order = std::get_if<HandoffOrder>(&one.step.action)) {
-      if (handoffEnd && one.step.at < *handoffEnd) {
-        error = one.place + ": the handoff before it is not over";
-        return false;
-      }
-      handoffEnd = one.step.at + order->notice + order->duration;
-    }
-    if (const auto* const vanish = std::get_if<VanishAction>(&one.step.action)) {
-      if (back && one.step.at < *back) {
-        error = one.place + ": the daemon is gone already";
-        return false;
-      }
-      back = one.step.at + vanish->length;
-    }
+    const std::string wrong = course.wrongWith(one);
+    if (!wrong.empty()) faults.push_back(wrong);
     data.timeline.push_back(one.step);
   }
-  return true;
 }
 
 }  // namespace
@@ -270,7 +319,7 @@ std::optional<Json> parseJson(const std::string& text, std::string& error) {
   }
 }
 
-std::optional<ScenarioData> readScenario(const Json& json, std::string& error) {
+ScenarioData readScenario(const Json& json, std::vector<std::string>& faults) {
   ScenarioData data;
   data.name = json.value("name", "");
   data.description = json.value("description", "");
@@ -278,13 +327,16 @@ std::optional<ScenarioData> readScenario(const Json& json, std::string& error) {
   if (json.contains("interval")) data.interval = secondsOf(json.at("interval"));
   if (json.contains("end")) data.end = secondsOf(json.at("end"));
   readModel(json, data);
-  if (json.contains("timeline") && !readTimeline(json.at("timeline"), data, error)) {
-    return std::nullopt;
-  }
+  if (json.contains("timeline")) readTimeline(json.at("timeline"), data, faults);
   const Json expect = json.value("expect", Json::array());
   for (size_t i = 0; i < expect.size(); ++i) {
+    if (expect.at(i).is_null()) continue;
+    std::string error;
     auto one = expectationOf(expect.at(i), placeOf("/expect", std::to_string(i)), error);
-    if (!one) return std::nullopt;
+    if (!one) {
+      faults.push_back(error);
+      continue;
+    }
     data.expectations.push_back(std::move(*one));
   }
   return data;

@@ -5,6 +5,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -45,6 +46,21 @@ std::string readyScenario(const std::string& name) {
   return {};
 }
 
+// What the schema refuses is not read, so that the rest can be looked at, too: an element becomes
+// null, so that the others keep their numbers, anything else goes.
+void takeOut(Json& json, const std::string& fault) {
+  const size_t colon = fault.find(": ");
+  const size_t second = fault.find('/', 1);
+  const std::string member = fault.substr(1, std::min(second, colon) - 1);
+  if (!json.is_object() || !json.contains(member)) return;
+  Json& value = json.at(member);
+  if (second < colon && value.is_array() && (member == "timeline" || member == "expect")) {
+    value.at(std::stoul(fault.substr(second + 1))) = nullptr;
+  } else {
+    json.erase(member);
+  }
+}
+
 }  // namespace
 
 std::vector<std::string> Scenario::folders() {
@@ -71,16 +87,28 @@ std::optional<Scenario> Scenario::fromFile(const std::string& file, std::string&
   const auto text = contentOf(path, error);
   if (!text) return std::nullopt;
   auto scenario = fromText(*text, error);
-  if (!scenario) error = path + ": " + error;
-  return scenario;
+  if (scenario) return scenario;
+  std::string lines;
+  for (const char letter : error) {
+    lines += lines.empty() || lines.back() == '\n' ? path + ": " : "";
+    lines += letter;
+  }
+  error = lines;
+  return std::nullopt;
 }
 
 std::optional<Scenario> Scenario::fromText(const std::string& text, std::string& error) {
-  const auto json = parseJson(text, error);
-  if (!json || !checkScenario(*json, error)) return std::nullopt;
-  auto data = readScenario(*json, error);
-  if (!data) return std::nullopt;
-  return Scenario(std::make_shared<const ScenarioData>(std::move(*data)));
+  auto json = parseJson(text, error);
+  if (!json) return std::nullopt;
+  std::vector<std::string> faults = schemaFaults(*json);
+  for (const std::string& fault : faults) takeOut(*json, fault);
+  std::optional<ScenarioData> data;
+  if (json->is_object()) data = readScenario(*json, faults);
+  if (faults.empty() && data)
+    return Scenario(std::make_shared<const ScenarioData>(std::move(*data)));
+  error.clear();
+  for (const std::string& fault : faults) error += (error.empty() ? "" : "\n") + fault;
+  return std::nullopt;
 }
 
 const std::string& Scenario::name() const { return mData->name; }

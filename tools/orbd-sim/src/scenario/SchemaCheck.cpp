@@ -3,6 +3,9 @@
 
 // The one file that includes the schema library, which is slow to compile.
 
+#include <algorithm>
+#include <set>
+#include <utility>
 #include <valijson/adapters/nlohmann_json_adapter.hpp>
 #include <valijson/schema.hpp>
 #include <valijson/schema_parser.hpp>
@@ -18,32 +21,168 @@ namespace {
 
 using valijson::adapters::NlohmannJsonAdapter;
 
-// "[timeline]" and "[0]" to "/timeline/0"; "<root>" stands before all.
-std::string placeOf(const std::vector<std::string>& context) {
-  std::string place;
-  for (const std::string& part : context) {
-    if (part.size() < 2 || part.front() != '[') continue;
-    place = orbsim::placeOf(place, part.substr(1, part.size() - 2));
-  }
-  return place.empty() ? "/" : place;
-}
+// The library judges, and this says what it means to people. It knows the part of the language of
+// schemas that ours is written in. Made for one value.
+class Explanation {
+ public:
+  explicit Explanation(const Json& root) : mRoot(root) {}
 
-// Of all that is found wrong, what is deepest names the place best.
-bool check(const Json& schemaJson, const Json& json, std::string& error) {
+  void look(const Json& schema, const Json& value, const std::string& place) {
+    const Json& rules = resolved(schema);
+    for (const Json& also : rules.value("allOf", Json::array())) look(also, value, place);
+    if (!fits(rules, value))
+      return say(place, value.dump() + " is wrong, allowed is " + allowed(rules));
+    if (value.is_object()) lookAtMembers(rules, value, place);
+    if (!value.is_array() || !rules.contains("items")) return;
+    for (size_t i = 0; i < value.size(); ++i)
+      look(rules.at("items"), value.at(i), orbsim::placeOf(place, std::to_string(i)));
+  }
+  std::vector<std::string> take() { return std::move(mFaults); }
+
+ private:
+  void say(const std::string& place, const std::string& what) {
+    mFaults.push_back((place.empty() ? "/" : place) + ": " + what);
+  }
+
+  const Json& resolved(const Json& schema) const {
+    if (!schema.contains("$ref")) return schema;
+    return mRoot.at(Json::json_pointer(schema.at("$ref").get<std::string>().substr(1)));
+  }
+
+  static Json typesOf(const Json& rules) {
+    const Json types = rules.value("type", Json::array());
+    return types.is_array() ? types : Json::array({types});
+  }
+  // "^(one|other)$" to the two words.
+  static std::vector<std::string> wordsOf(const Json& rules) {
+    std::vector<std::string> words;
+    for (const Json& word : rules.value("enum", Json::array())) {
+      words.push_back(word.is_string() ? word.get<std::string>() : word.dump());
+    }
+    if (!rules.contains("pattern")) return words;
+    std::string word;
+    for (const char letter : rules.at("pattern").get<std::string>() + "|") {
+      if (letter == '|') {
+        words.push_back(std::exchange(word, {}));
+      } else if (std::string("^()$").find(letter) == std::string::npos) {
+        word += letter;
+      }
+    }
+    return words;
+  }
+  static bool isOf(const std::string& type, const Json& value) {
+    if (type == "number") return value.is_number();
+    if (type == "integer") return value.is_number_integer();
+    return type == value.type_name();
+  }
+  static bool fits(const Json& rules, const Json& value) {
+    const Json types = typesOf(rules);
+    const bool known = std::any_of(types.begin(), types.end(), [&value](const Json& type) {
+      return isOf(type.get<std::string>(), value);
+    });
+    if (!types.empty() && !known) return false;
+    const auto words = wordsOf(rules);
+    const bool isWord = value.is_string() || value.is_boolean();
+    const std::string word = value.is_string() ? value.get<std::string>() : value.dump();
+    if (isWord && !words.empty() && std::find(words.begin(), words.end(), word) == words.end()) {
+      // A pattern is for texts only.
+      if (value.is_string() || rules.contains("enum")) return false;
+    }
+    if (value.is_number() && value < rules.value("minimum", value)) return false;
+    if (value.is_number() && value > rules.value("maximum", value)) return false;
+    if (!value.is_array()) return true;
+    const bool repeats = std::set<Json>(value.begin(), value.end()).size() < value.size();
+    return value.size() >= rules.value("minItems", size_t{0}) &&
+           !(rules.value("uniqueItems", false) && repeats);
+  }
+
+  static std::string join(const std::vector<std::string>& words, const std::string& between) {
+    std::string all;
+    for (const std::string& word : words) all += (all.empty() ? "" : between) + word;
+    return all;
+  }
+  static std::vector<std::string> namesOf(const Json& object, const Json& without = Json::array()) {
+    std::vector<std::string> names;
+    for (const auto& member : object.items()) {
+      if (std::find(without.begin(), without.end(), member.key()) == without.end())
+        names.push_back(member.key());
+    }
+    return names;
+  }
+  std::string allowed(const Json& schema) const {
+    const Json& rules = resolved(schema);
+    std::vector<std::string> ways;
+    for (const Json& also : rules.value("allOf", Json::array())) ways.push_back(allowed(also));
+    for (const Json& type : typesOf(rules)) ways.push_back(allowed(type.get<std::string>(), rules));
+    return join(ways, " or ");
+  }
+  std::string allowed(const std::string& type, const Json& rules) const {
+    const auto words = wordsOf(rules);
+    if (type == "object") {
+      const auto names = namesOf(rules.value("properties", Json::object()));
+      return names.empty() ? "an object" : "an object of " + join(names, ", ");
+    }
+    if (type == "array") {
+      const std::string list =
+          rules.value("uniqueItems", false) ? "a list, nothing twice" : "a list";
+      return rules.contains("items") ? list + ", of " + allowed(rules.at("items")) : list;
+    }
+    if (type == "boolean") return words.empty() ? "true or false" : join(words, ", ");
+    if (type == "string") return words.empty() ? "a text" : join(words, ", ");
+    std::string number = type == "integer" ? "a whole number" : "a number";
+    if (rules.contains("minimum")) number += " from " + rules.at("minimum").dump();
+    if (rules.contains("maximum")) number += " to " + rules.at("maximum").dump();
+    return number;
+  }
+
+  void lookAtMembers(const Json& rules, const Json& value, const std::string& place) {
+    const Json members = rules.value("properties", Json::object());
+    const Json required = rules.value("required", Json::array());
+    const Json others = rules.value("additionalProperties", Json());
+    bool misses = false;
+    for (const Json& name : required) {
+      if (value.contains(name.get<std::string>())) continue;
+      misses = true;
+      say(place, name.get<std::string>() + " is missing");
+    }
+    bool unknown = false;
+    for (const auto& member : value.items()) {
+      const std::string there = orbsim::placeOf(place, member.key());
+      if (members.contains(member.key())) {
+        look(members.at(member.key()), member.value(), there);
+      } else if (others.is_object()) {
+        look(others, member.value(), there);
+      } else if (others.is_boolean()) {
+        unknown = true;
+        say(place, "there is no " + member.key() + ", allowed are " + join(namesOf(members), ", "));
+      }
+    }
+    if (misses || unknown) return;
+    const std::string one = "allowed is one of " + join(namesOf(members, required), ", ");
+    if (value.size() < rules.value("minProperties", size_t{0}))
+      say(place, "nothing is there, " + one);
+    if (value.size() > rules.value("maxProperties", value.size()))
+      say(place, join(namesOf(value, required), " and ") + " are too much, " + one);
+  }
+
+  const Json& mRoot;
+  std::vector<std::string> mFaults;
+};
+
+// Faults in the order of the schema; of what only the library finds wrong, its own words.
+std::vector<std::string> faultsOf(const Json& schemaJson, const Json& json) {
   valijson::Schema schema;
   valijson::SchemaParser parser;
   parser.populateSchema(NlohmannJsonAdapter(schemaJson), schema);
   valijson::Validator validator;
   valijson::ValidationResults results;
-  if (validator.validate(schema, NlohmannJsonAdapter(json), &results)) return true;
+  if (validator.validate(schema, NlohmannJsonAdapter(json), &results)) return {};
+  Explanation explanation(schemaJson);
+  explanation.look(schemaJson, json, "");
+  std::vector<std::string> faults = explanation.take();
   valijson::ValidationResults::Error found;
-  size_t depth = 0;
-  while (results.popError(found)) {
-    if (found.context.size() <= depth) continue;
-    depth = found.context.size();
-    error = placeOf(found.context) + ": " + found.description;
-  }
-  return false;
+  while (faults.empty() && results.popError(found)) faults.push_back("/: " + found.description);
+  return faults;
 }
 
 const Json& schemaJson() {
@@ -58,8 +197,8 @@ const std::string& Scenario::schema() {
   return text;
 }
 
-bool checkScenario(const Json& json, std::string& error) {
-  return check(schemaJson(), json, error);
+std::vector<std::string> schemaFaults(const Json& scenario) {
+  return faultsOf(schemaJson(), scenario);
 }
 
 // As a step of the timeline, which has a time besides.
@@ -73,7 +212,9 @@ bool checkAction(const Json& json, std::string& error) {
     action["definitions"] = schemaJson().at("definitions");
     return action;
   }();
-  return check(schema, json, error);
+  const auto faults = faultsOf(schema, json);
+  if (!faults.empty()) error = faults.front();
+  return faults.empty();
 }
 
 }  // namespace orbsim
