@@ -16,11 +16,6 @@ bool isValid(const LceReportingCriteria& criteria) {
          criteria.firstListCount <= kListMax && criteria.secondListCount <= kListMax;
 }
 
-// The lines of a request; both at the place that asks.
-constexpr RequestPoints at(const char* function, int line) {
-  return requestPoints(function, line, line);
-}
-
 }  // namespace
 
 extern "C" {
@@ -35,25 +30,26 @@ int destroySdfClient(void) { return serviceApi::destroy(Lce::kTable); }
 
 int64_t lceSetReportingCriteria(const LceReportingCriteria* criteria, LceReportingCriteriaCb cb) {
   return serviceApi::request<Lce>(
-      at(__func__, __LINE__), cb != nullptr && criteria != nullptr, [&](Lce& lce) {
+      requestPoints(__func__, __LINE__, __LINE__), cb != nullptr && criteria != nullptr,
+      [&](Lce& lce) {
         const LceReportingCriteria read = *criteria;  // once: what is sent is what was checked
         return isValid(read) ? lce.setReportingCriteria(read, cb) : kInvalidArguments;
       });
 }
 
 int64_t lceGetLastEstimationReport(LceEstimationReportCb cb) {
-  return serviceApi::request<Lce>(at(__func__, __LINE__), cb != nullptr,
+  return serviceApi::request<Lce>(requestPoints(__func__, __LINE__, __LINE__), cb != nullptr,
                                   [&](Lce& lce) { return lce.getLastEstimationReport(cb); });
 }
 
 int64_t lcePerformReportingAction(LceReportingAction action) {
-  return serviceApi::request<Lce>(at(__func__, __LINE__),
+  return serviceApi::request<Lce>(requestPoints(__func__, __LINE__, __LINE__),
                                   ClientLceUtils::isReportingActionValid(action),
                                   [&](Lce& lce) { return lce.performReportingAction(action); });
 }
 
 int64_t lceRegEstimationReports(LceEstimationReportCb cb) {
-  return serviceApi::request<Lce>(at(__func__, __LINE__), cb != nullptr,
+  return serviceApi::request<Lce>(requestPoints(__func__, __LINE__, __LINE__), cb != nullptr,
                                   [&](Lce& lce) { return lce.regEstimationReports(cb); });
 }
 
