@@ -5,6 +5,7 @@
 
 import argparse
 import collections
+import functools
 import pathlib
 import re
 import sys
@@ -49,6 +50,7 @@ TOKEN = re.compile(
 Token = collections.namedtuple("Token", "kind text row")
 
 
+@functools.lru_cache(maxsize=None)
 def tokens_of(source):
     """The tokens of C++ without comments and directives; strings that stand together are one."""
     tokens, row = [], 1
@@ -325,11 +327,11 @@ def compare(written, listed):
     return faults
 
 
-def main():
+def main(arguments=None):
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("root", type=pathlib.Path, help="folder of the sources")
     parser.add_argument("--print", action="store_true", help="only print the lines of the sources")
-    options = parser.parse_args()
+    options = parser.parse_args(arguments)
     written = written_lines(options.root)
     if options.print:
         for found in written:

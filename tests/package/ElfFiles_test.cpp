@@ -9,7 +9,10 @@
 
 #include <filesystem>
 #include <map>
+#include <regex>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "ElfFile.h"
 
@@ -63,6 +66,22 @@ class Installed : public testing::Test {
     std::string word;
     while (words >> word && word != "global:") continue;
     while (words >> word && word != "local:") names.insert(word.substr(0, word.find(';')));
+    return names;
+  }
+  // The functions that the installed headers declare, each once.
+  static std::vector<std::string> declaredFunctions() {
+    static const std::regex declaration("\\nORB_API [a-z0-9_]+ (\\w+)\\(");
+    std::vector<std::string> names;
+    for (const auto& [file, text] : others()) {
+      if (fs::path(file).extension() != ".h") continue;
+      for (std::sregex_iterator found(text.begin(), text.end(), declaration), end; found != end;
+           ++found) {
+        names.push_back((*found)[1]);
+        // Its comment ends on the line above.
+        const auto start = static_cast<size_t>(found->position());
+        EXPECT_TRUE(start >= 3 && text.compare(start - 3, 3, " */") == 0) << names.back();
+      }
+    }
     return names;
   }
   static bool importsLike(const ElfFile& file, const std::string& end) {
@@ -178,6 +197,12 @@ TEST_F(Installed, ExportsAreThoseOfTheVersionScripts) {
               binaries().at(std::string(name) + ".so").exported());
   }
   EXPECT_EQ(std::set<std::string>{"__android_log_print"}, binaries().at("liblog.so").exported());
+}
+
+TEST_F(Installed, ExportsAreTheFunctionsThatTheHeadersDeclareAndDocument) {
+  const std::vector<std::string> declared = declaredFunctions();
+  EXPECT_EQ(std::set<std::string>(declared.begin(), declared.end()), library().exported());
+  EXPECT_EQ(library().exported().size(), declared.size());
 }
 
 TEST_F(Installed, LibrariesAreFoundByNameAndBesideEachOther) {

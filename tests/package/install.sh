@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 # Installs the library that BUILD has made, with a folder for libraries named in one of the ways in
-# which people do that, and uses it by pkg-config and by CMake: install.sh WORK CMAKE SOURCES BUILD
-# CC WAY [EMULATOR...].
+# which people do that, and uses it by pkg-config, by the compiler alone and by CMake: install.sh WORK
+# CMAKE SOURCES BUILD CC WAY [EMULATOR...].
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 build=$4
@@ -63,6 +63,24 @@ use_by_pkg_config() {
   run "${emulator[@]}" "$work/by_pkg_config"
 }
 
+use_by_compiler() {
+  run "${cc[@]}" -I"$prefix/include" "$here/consumer/consumer.c" -o "$work/by_compiler" \
+    -L"$libraries" -lOrbSdlSdk "-Wl,-rpath,$libraries"
+  run "${emulator[@]}" "$work/by_compiler"
+}
+
+# What README.md shows for CMake is what the consumer does.
+same_as_readme() {
+  local shown
+  # shellcheck disable=SC2016
+  shown=$(sed -n '/^```cmake$/,/^```$/p' "$sources/README.md" | sed -e '/^```/d' -e 's/ *#.*//' \
+    -e 's/(first /(consumer /')
+  [[ $shown == *OrbSdlSdk::OrbSdlSdk* ]] || fail "README.md shows nothing for CMake"
+  while IFS= read -r line; do
+    grep -qxF -- "$line" "$here/consumer/CMakeLists.txt" || fail "not what README.md shows: $line"
+  done <<<"$shown"
+}
+
 use_by_cmake() {
   local place=-DCMAKE_PREFIX_PATH=$prefix
   # Which folders below a prefix CMake looks through depends on the system; a toolchain has it look below
@@ -78,6 +96,7 @@ use_by_cmake() {
 }
 
 use_by_pkg_config
+use_by_compiler
 if [[ $way != absolute ]]; then
   # Whoever moves it finds everything where it is then.
   mkdir "$work/moved"
@@ -85,6 +104,8 @@ if [[ $way != absolute ]]; then
   libraries=$work/moved/here${libraries#"$prefix"}
   prefix=$work/moved/here
   use_by_pkg_config
+  use_by_compiler
 fi
+same_as_readme
 use_by_cmake
 rm -rf "$work"

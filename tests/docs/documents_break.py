@@ -1,44 +1,58 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-"""Shows that log_lines.py finds each kind of difference between list and sources."""
+"""Shows that each check of the documents finds each kind of difference."""
 
+import contextlib
+import io
+import os
 import pathlib
 import shutil
-import subprocess
 import sys
 import tempfile
 import unittest
 
-CHECK = pathlib.Path(__file__).with_name("log_lines.py")
+import documented_functions
+import log_lines
+
 LIST = "docs/log-lines.md"
+MAP = "cmake/OrbSdlSdk.map"
 EVENT_LOOP = "utils/eventManager/src/EventManager.cpp"
 LLE = "sdk/Sdl/src/Lle.cpp"
 SESSION = "le/utils/orb_ipc/src/OrbIpcSession.cpp"
 
 
 class Deviation(unittest.TestCase):
-    """A copy of the list and of the sources, changed in one place."""
+    """A copy of what a check reads, changed in one place."""
+
+    CHECK = None
+    READ = ()
 
     def setUp(self):
         room = tempfile.TemporaryDirectory()
         self.addCleanup(room.cleanup)
         self.root = pathlib.Path(room.name)
-        for name in ("le", "sdk", "utils"):
-            shutil.copytree(ROOT / name, self.root / name)
-        (self.root / "docs").mkdir()
-        shutil.copy(ROOT / LIST, self.root / LIST)
+        for name in self.READ:
+            (self.root / name).parent.mkdir(parents=True, exist_ok=True)
+            if (ROOT / name).is_dir():
+                shutil.copytree(ROOT / name, self.root / name, copy_function=os.symlink)
+            else:
+                os.symlink(ROOT / name, self.root / name)
 
     def change(self, file, old, new):
         path = self.root / file
         text = path.read_text(encoding="utf-8")
         self.assertIn(old, text)
+        path.unlink()
         path.write_text(text.replace(old, new, 1), encoding="utf-8")
 
     def faults(self):
-        done = subprocess.run([sys.executable, "-B", str(CHECK), str(self.root)], text=True,
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
-        return done.returncode, done.stdout
+        with contextlib.redirect_stdout(io.StringIO()) as output:
+            try:
+                status = self.CHECK.main([str(self.root)])
+            except SystemExit as end:  # with a sentence
+                return 1, end.code
+        return status, output.getvalue()
 
     def expect(self, *parts):
         status, output = self.faults()
@@ -46,10 +60,18 @@ class Deviation(unittest.TestCase):
         for part in parts:
             self.assertIn(part, output)
 
-    def test_none(self):
+    def expect_none(self):
         status, output = self.faults()
         self.assertEqual(0, status, output)
         self.assertIn(" 0 differences", output)
+
+
+class LogLines(Deviation):
+    CHECK = log_lines
+    READ = ("le", "sdk", "utils", LIST)
+
+    def test_none(self):
+        self.expect_none()
 
     def test_line_is_not_listed(self):
         self.change(LIST, "| E | `epoll_wait error` | |\n", "")
@@ -96,6 +118,31 @@ class Deviation(unittest.TestCase):
         self.expect("ORB_LOG_NOTE is unknown here")
 
 
+class DocumentedFunctions(Deviation):
+    CHECK = documented_functions
+    READ = ("include", "docs", "README.md", MAP)
+
+    def test_none(self):
+        self.expect_none()
+
+    def test_document_names_what_is_not_exported(self):
+        self.change("README.md", "createLceClient", "createLcaClient")
+        self.expect("README.md", "createLcaClient is no function of the library", " 1 differences")
+
+    def test_new_function_has_neither_header_nor_lines(self):
+        self.change(MAP, "orb_lli_enable;", "orb_lli_enable;\n    orb_lli_pause;")
+        self.expect("orb_lli_pause: docs/log-lines.md has no line of it",
+                    "orb_lli_pause: no public header has it", " 2 differences")
+
+    def test_function_is_exported_no_more(self):
+        self.change(MAP, "    lliRegLinkInterruptInd;\n", "")
+        self.expect("include/orb/lli.h", "lliRegLinkInterruptInd is no function of the library")
+
+    def test_new_kind_of_name(self):
+        self.change(MAP, "orb_lli_enable;", "orb_lli_enable;\n    sdlVersion;")
+        self.expect("sdlVersion: no name that this check would find in a document")
+
+
 if __name__ == "__main__":
-    ROOT = pathlib.Path(sys.argv.pop(1))
+    ROOT = pathlib.Path(sys.argv.pop(1)).resolve()
     unittest.main()
