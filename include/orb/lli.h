@@ -6,8 +6,8 @@
  *
  * The usual order: createLliClient(), lliRegLinkInterruptInd(), indications, destroyLliClient().
  *
- * <orb/sdl.h> states the rules for threads, results, ownership, NULL, fork and signals; they hold
- * for everything here. "LLI is enabled" means: between a successful orb_lli_enable() or
+ * <orb/sdl.h> has the rules for threads, results, ownership, NULL, fork and signals. They hold for
+ * everything here. "LLI is enabled" means: between a successful orb_lli_enable() or
  * createLliClient() and the next orb_lli_disable() or destroyLliClient().
  */
 #ifndef ORB_LLI_H
@@ -19,9 +19,9 @@
 extern "C" {
 #endif
 
-/** What kind of indication this is; also stands in for unknown values. Since 1.0. */
+/** What kind of indication this is; the first one also for unknown values. Since 1.0. */
 typedef enum LliHandoffIndType ORB_ENUM_INT32 {
-  /** A handoff may come or has been called off: LliPreHandoffState says which. */
+  /** A handoff may come or was cancelled: LliPreHandoffState says which. */
   LLI_HANDOFF_IND_TYPE_PRE_HANDOFF = 0,
   /** A handoff is under way: LliHandoffState says how far. */
   LLI_HANDOFF_IND_TYPE_HANDOFF = 1,
@@ -41,9 +41,9 @@ typedef enum LliPreHandoffState ORB_ENUM_INT32 {
 typedef enum LliHandoffState ORB_ENUM_INT32 {
   /** The handoff has begun; also what an indication before the handoff carries. */
   LLI_HANDOFF_STATE_START = 0,
-  /** The link stands on the target. */
+  /** The link is on the target. */
   LLI_HANDOFF_STATE_SUCCESS = 1,
-  /** The handoff was given up. */
+  /** The handoff failed. */
   LLI_HANDOFF_STATE_FAILURE = 2,
   /** The handoff is about to begin. */
   LLI_HANDOFF_STATE_IMMINENT = 3,
@@ -62,7 +62,7 @@ typedef enum LliRat ORB_ENUM_INT32 {
   LLI_RAT_3GPP_CIWLAN = 7,  /**< Wireless LAN over cellular data. */
   LLI_RAT_3GPP2_1X = 8,     /**< CDMA2000 1x. */
   LLI_RAT_3GPP2_HRPD = 9,   /**< CDMA2000 high rate packet data. */
-  LLI_RAT_3GPP2_EHRPD = 10, /**< Its evolved form. */
+  LLI_RAT_3GPP2_EHRPD = 10, /**< CDMA2000 evolved HRPD. */
   LLI_RAT_3GPP2_WLAN = 11,  /**< Wireless LAN into a 3GPP2 core. */
   ORB_ENUM_FORCE_INT32(LLI_RAT)
 } LliRat;
@@ -74,9 +74,9 @@ typedef enum LliRat ORB_ENUM_INT32 {
 typedef struct LliInterruptInfo {
   /** The stage of the handoff. */
   LliHandoffState handoffState;
-  /** The bearer being left. */
+  /** The bearer before the handoff. */
   LliRat sourceRat;
-  /** The bearer being entered. */
+  /** The bearer after the handoff. */
   LliRat targetRat;
   /** Estimated time until the link is interrupted, in the daemon's unit. */
   uint64_t estimatedTimeToInterruption;
@@ -85,123 +85,105 @@ typedef struct LliInterruptInfo {
 } LliInterruptInfo;
 
 /**
- * Told about LLI's status by the first generation of the API, orb_lli_enable().
+ * Receives LLI's statuses; registered with orb_lli_enable(), the first generation.
  *
  * @param status  what happened, and on which thread this is called:
  *   STATUS_INTERNAL_ERROR
  *       the daemon sent it: runs on the receiver thread. A request could not be sent: runs on the
- *       worker thread. The library could not start or had no connection object when LLI was enabled
- *       or disabled: runs on the caller's thread before the function returns.
+ *       worker thread. The library could not be set up when LLI was enabled, or had not been when
+ *       it was disabled: runs on the caller's thread before the function returns.
  *   STATUS_SERVICE_UP
- *       the daemon sent it; runs on the receiver thread. That the connection stands is not
- *       reported by itself.
+ *       the daemon sent it; runs on the receiver thread. The library itself does not report that
+ *       the connection exists.
  *   STATUS_SERVICE_DOWN
  *       the daemon sent it, or a connection was lost, LLI's or that of another enabled service:
- *       runs on the receiver thread of the service that it befell. The daemon could not be reached
- *       or turned a connection down: runs on the worker thread. LLI stays enabled and the next
- *       request connects again if need be, but a daemon that was gone has to be told everything
- *       anew: call orb_lli_enable() or createLliClient() once more, then the rest.
+ *       runs on the receiver thread of the service whose connection was lost. The daemon could not
+ *       be reached or refused a connection: runs on the worker thread. LLI stays enabled, and the
+ *       next request connects again if necessary. But a daemon that was gone has forgotten
+ *       everything: call orb_lli_enable() or createLliClient() again, then make the other requests
+ *       again.
  *   any other status
  *       the daemon sent it, as a rule for the latest request; runs on the receiver thread. Treat a
  *       value that you do not know as "something else".
  *
- * Statuses do not say which request they belong to. There is no user-data pointer, see point 7 of
- * <orb/sdl.h>. No library lock is held: the callback may call any function of the library,
+ * A status does not say which request it belongs to. There is no user-data pointer: see point 7 of
+ * <orb/sdl.h>. The library holds no lock: the callback may call any function of the library,
  * orb_lli_disable() included. Since 1.0.
  */
 typedef void (*LliStatusIndCb)(status_e status);
 
 /**
- * Told about LLI's status by the second generation of the API, createLliClient(). Called for the
- * same reasons and on the same threads as LliStatusIndCb, with one difference: when the library
- * finds no worker thread, this callback is told, and LliStatusIndCb is not.
+ * Receives LLI's statuses; registered with createLliClient(), the second generation. It is called
+ * for the same reasons and on the same threads as LliStatusIndCb, with one difference: if the
+ * library has no worker thread or no descriptor, only this callback is called.
  *
  * @param status  the value named STATUS_V2_X where LliStatusIndCb gets STATUS_X;
  *                STATUS_INVALID_SLOT arrives as STATUS_V2_INVALID.
  *
- * If both generations are in use at once, both callbacks are called: first LliStatusIndCb, then
- * this. No library lock is held: it may call any function of the library, destroyLliClient()
+ * If both generations are in use at the same time, both callbacks are called: LliStatusIndCb first.
+ * The library holds no lock: the callback may call any function of the library, destroyLliClient()
  * included. Since 1.0.
  */
 typedef void (*LliStatusV2Cb)(status_v2_e status);
 
 /**
- * Gets link interruption indications.
+ * Receives link interruption indications.
  *
  * @param type      whether the indication is about a handoff or about the phase before one.
- * @param preState  the state of that phase; without meaning for LLI_HANDOFF_IND_TYPE_HANDOFF.
- * @param info      the rest; not NULL. It is valid until the callback returns: copy what is needed
- *                  later. Its handoffState is without meaning for LLI_HANDOFF_IND_TYPE_PRE_HANDOFF.
+ * @param preState  the state of the phase before a handoff; without meaning for
+ *                  LLI_HANDOFF_IND_TYPE_HANDOFF.
+ * @param info      the other values; not NULL. It is valid until the callback returns: copy what
+ *                  you need later. Its handoffState is without meaning for
+ *                  LLI_HANDOFF_IND_TYPE_PRE_HANDOFF.
  *
- * Threads: runs on the receiver thread. No library lock is held: it may call any function of the
- * library, orb_lli_disable() included. Since 1.0.
+ * Threads: runs on the receiver thread. The library holds no lock: the callback may call any
+ * function of the library, orb_lli_disable() included. Since 1.0.
  */
 typedef void (*LliLinkInterruptIndCb)(LliHandoffIndType type, LliPreHandoffState preState,
                                       const LliInterruptInfo* info);
 
 /**
- * Enables LLI: starts the library if need be and asks the daemon to enable the service for this
- * application. Returns at once; the outcome comes through @p cb. When LLI is enabled already, @p cb
- * replaces the callback of the earlier call and the daemon is asked again.
+ * Enables LLI, first generation. Point 4 of <orb/sdl.h> has the rules for enable and disable.
  *
- * orb_lli_enable() and createLliClient() are two generations of one call: they send the same
- * message and differ in the numbers of their statuses and results. Pair each with its own
- * counterpart.
+ * @param cb  told of every status; not NULL. It must exist until it is replaced or LLI is disabled.
+ * @return 1 queued | 0 @p cb is NULL, or the library could not be set up; then @p cb was called
+ *         with STATUS_INTERNAL_ERROR. (One exception: if the library has no worker thread or no
+ *         descriptor, and a callback of createLliClient() is registered, that callback is called
+ *         instead, with STATUS_V2_INTERNAL_ERROR.)
  *
- * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LLI has
- *            been disabled.
- * @return 1 queued | 0 @p cb is NULL, or the library could not be set up, for want of memory or of
- *         a worker thread; then @p cb was called with STATUS_INTERNAL_ERROR, unless there was no
- *         thread and the callback of a createLliClient() is registered: that one alone is told
- *         its value of it.
- *
- * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
- * runs on the receiver thread or on the worker thread, as LliStatusIndCb says; its failure reports
- * of this very call run on the caller's thread before the function returns. Since 1.0.
+ * Threads: any thread, any callback; it does not wait for the daemon. @p cb runs on the receiver
+ * thread or on the worker thread, see LliStatusIndCb. The failure report of this call runs on the
+ * caller's thread before the function returns. Since 1.0.
  */
 ORB_API int orb_lli_enable(LliStatusIndCb cb);
 
 /**
- * Disables LLI: tells the daemon if the connection stands, closes the connection, and ends the
- * worker thread if no other service is enabled. Callbacks of both generations are forgotten,
- * unanswered requests are dropped.
+ * Disables LLI, first generation. Point 4 of <orb/sdl.h> has the rules: how long it takes, and
+ * which callbacks still run after it.
  *
- * @return 1 done | 0 LLI is not enabled. Callbacks of an enable or create that could not set the
- *         library up are told STATUS_INTERNAL_ERROR and stay registered.
+ * @return 1 done | 0 LLI is not enabled.
  *
- * Threads: call it from any thread and from any callback. On a thread of the application it returns
- * within 500 ms, absent or silent daemon included, plus the time that a running callback of LLI
- * still takes; after that no callback of LLI runs any more. Inside a callback it returns at once
- * and the library finishes the rest after the callback. Do not hold a lock that a callback of LLI
- * takes. A failure report runs on the caller's thread before the function returns. Since 1.0.
+ * Threads: any thread, any callback. Do not hold a lock that a callback of LLI takes. Since 1.0.
  */
 ORB_API int orb_lli_disable(void);
 
 /**
- * Enables LLI with a status callback of the second generation; otherwise as orb_lli_enable(), which
- * also says why there are two.
+ * Enables LLI, second generation: as orb_lli_enable(), with other results and statuses.
  *
- * @param cb  told of every status; not NULL. It must stay callable until it is replaced or LLI has
- *            been disabled.
- * @return 0 queued | -1 @p cb is NULL, or the library could not be set up, for want of
- *         memory or of a worker thread; then @p cb was called with STATUS_V2_INTERNAL_ERROR.
+ * @param cb  told of every status; not NULL. It must exist until it is replaced or LLI is disabled.
+ * @return 0 queued | -1 @p cb is NULL, or the library could not be set up; then @p cb was called
+ *         with STATUS_V2_INTERNAL_ERROR.
  *
- * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
- * runs on the receiver thread or on the worker thread, as LliStatusIndCb says; the failure report
- * of this very call runs on the caller's thread before the function returns. Since 1.0.
+ * Threads: as orb_lli_enable(). Since 1.0.
  */
 ORB_API int createLliClient(LliStatusV2Cb cb);
 
 /**
- * Disables LLI: the counterpart of createLliClient(), in everything but its results the same as
- * orb_lli_disable().
+ * Disables LLI, second generation: as orb_lli_disable(), with other results.
  *
- * @return 0 done | -1 LLI is not enabled. Callbacks of an enable or create that could not set the
- *         library up are told their value of internal error and stay registered.
+ * @return 0 done | -1 LLI is not enabled.
  *
- * Threads: as orb_lli_disable(): from any thread and from any callback; within 500 ms plus a
- * running callback's time on a thread of the application, at once inside a callback. Do not hold a
- * lock that a callback of LLI takes. Since 1.0.
+ * Threads: as orb_lli_disable(). Since 1.0.
  */
 ORB_API int destroyLliClient(void);
 
@@ -209,13 +191,13 @@ ORB_API int destroyLliClient(void);
  * Registers for link interruption indications: stores the callback and tells the daemon. Returns at
  * once; the daemon may answer with a status.
  *
- * @param cb  receives each indication; not NULL. It must stay callable until the next call replaces
- *            it or LLI has been disabled. When replaced, one indication may still reach the old
+ * @param cb  receives each indication; not NULL. It must exist until the next call replaces
+ *            it or LLI is disabled. After a replacement, one indication may still reach the old
  *            callback.
  * @return 0 queued | -5 LLI is not enabled, or no memory | -2 @p cb is NULL.
  *         A refused call changes nothing.
  *
- * Threads: call it from any thread and from any callback; it does not wait for the daemon. @p cb
+ * Threads: any thread, any callback; it does not wait for the daemon. @p cb
  * runs on the receiver thread. Since 1.0.
  */
 ORB_API int64_t lliRegLinkInterruptInd(LliLinkInterruptIndCb cb);

@@ -120,6 +120,14 @@ TEST_F(OutOfMemory, RefusedEnableLeavesTheFormerCallbackInItsPlace) {
   }
 }
 
+TEST_F(OutOfMemory, RegisteringForReportsNeedsNone) {
+  ASSERT_NO_FATAL_FAILURE(enableAll());
+  const memory::FailingNew failing(0, Caller::Library);
+  EXPECT_EQ(0, lceRegEstimationReports(application::onReport));
+  EXPECT_EQ(0, lleRegEstimationReports([](int32_t, const LleEstimationReport*) {}));
+  EXPECT_FALSE(failing.failed());
+}
+
 // Without any memory for the library, on this thread.
 int disableWithoutMemory(const ServiceOps& service) {
   const memory::FailingNew failing(0, Caller::Library);
