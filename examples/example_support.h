@@ -29,9 +29,9 @@ typedef struct ExampleService {
 } ExampleService;
 
 /*
- * The whole of main(): reads "[--seconds N]" (without it: no limit), makes SIGINT and SIGTERM end the waits
- * below, and calls `run`. The result is the exit status: 0 `run` gave true, 1 it did not or could
- * not be called, 2 wrong arguments. `name` is the program's name for messages.
+ * The whole of main(): reads "[--seconds N]" (without it: no limit), makes SIGINT and SIGTERM end
+ * the waits below, and calls `run`. The result is the exit status: 0 `run` gave true, 1 it did not
+ * or could not be called, 2 wrong arguments. `name` is the program's name for messages.
  */
 int runExample(int argc, char** argv, const char* name, bool (*run)(int seconds));
 

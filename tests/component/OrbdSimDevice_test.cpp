@@ -86,7 +86,8 @@ TEST(DeviceTest, SeedOneDoesWhatItAlwaysDid) {
   device.setStep(500);
   Estimate last;
   for (int i = 0; i < 200; ++i) last = device.step(i * 500);
-  EXPECT_EQ((std::vector<uint64_t>{69172, 4, 0, 2848, 7305, 942239, 3943, 1471836, 2}), numbers(last));
+  EXPECT_EQ((std::vector<uint64_t>{69172, 4, 0, 2848, 7305, 942239, 3943, 1471836, 2}),
+            numbers(last));
 }
 
 TEST(DeviceTest, WhoLooksInBetweenChangesNothing) {

@@ -268,9 +268,9 @@ TEST_F(OrblogDecrypt, WhatIsNotThereIsNamedAndTheRestIsRead) {
   ASSERT_TRUE(shell("mkfifo " + path("pipe")));
   const Result result = decrypt({path("missing"), path("empty"), path("pipe"), file});
   expectFault(result, one + "\n",
-              "orblog: " + path("missing") + ": " + strerror(ENOENT) + "\n" +
-                  "orblog: " + path("empty") + ": no log files in this directory\n" +
-                  "orblog: " + path("pipe") + ": not a regular file; give - to read standard input\n");
+              "orblog: " + path("missing") + ": " + strerror(ENOENT) + "\n" + "orblog: " +
+                  path("empty") + ": no log files in this directory\n" + "orblog: " + path("pipe") +
+                  ": not a regular file; give - to read standard input\n");
 }
 
 TEST_F(OrblogDecrypt, KeysOfEveryFormAreRead) {

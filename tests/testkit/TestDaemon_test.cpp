@@ -303,7 +303,8 @@ TEST_F(Kit, AnswersMayNotCome) {
   daemon().setAnswering(false);
   EXPECT_EQ(0, createLceClient(onLce));
   ASSERT_TRUE(daemon().waitForRequest(Service::kLce, "enable"));
-  // A request is recorded before it is dealt with. With the next one's record the first is done with.
+  // A request is recorded before it is dealt with. With the next one's record the first is done
+  // with.
   EXPECT_EQ(0, createLliClient([](status_v2_e) {}));
   ASSERT_TRUE(daemon().waitForRequest(Service::kLli, "enable"));
   EXPECT_TRUE(lines().empty());

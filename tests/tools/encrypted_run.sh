@@ -66,11 +66,11 @@ decrypt_of_killed() {
   local status=0
   decrypt "$1" 2>"$work/errors" || status=$?
   ((status != 0)) || return 0
-  ((status == 1)) && (($(wc -l <"$work/errors") == 1)) &&
-    grep -q '^orblog: .*: offset [0-9]*: the last record is cut off: ' "$work/errors" || {
+  if ((status != 1)) || (($(wc -l <"$work/errors") != 1)) ||
+    ! grep -q '^orblog: .*: offset [0-9]*: the last record is cut off: ' "$work/errors"; then
     cat "$work/errors" >&2
     return 1
-  }
+  fi
   echo "  (the last record is cut)"
 }
 start_over() { rm -f "$logs"/other/*; }

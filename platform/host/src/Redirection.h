@@ -25,7 +25,8 @@ inline bool isDaemonSocket(const sockaddr* address, socklen_t size) {
          (size == kHead + kLength || path[kLength] == '\0');
 }
 
-// Makes @p elsewhere the address of @p path and gives its size; 0 when the path is too long for one.
+// Makes @p elsewhere the address of @p path and gives its size; 0 when the path is too long for
+// one.
 inline socklen_t addressOf(const char* path, sockaddr_un& elsewhere) {
   const size_t length = strlen(path);
   if (length >= sizeof elsewhere.sun_path) return 0;

@@ -11,8 +11,7 @@
 TEST(Smoke, LibraryWorksInAThreadOfTheTargetsStack) {
   void* const library = dlopen(SMOKE_LIBRARY, RTLD_NOW);
   ASSERT_NE(nullptr, library) << dlerror();
-  const auto smoke =
-      reinterpret_cast<bool (*)(uint64_t, unsigned char*)>(dlsym(library, "smoke"));
+  const auto smoke = reinterpret_cast<bool (*)(uint64_t, unsigned char*)>(dlsym(library, "smoke"));
   ASSERT_NE(nullptr, smoke);
   bool result = false;
   size_t stack = 0;
