@@ -8,28 +8,26 @@
 
 #include "Mutex.h"
 
-// Something that a callback has left to be done when its thread is outside of callbacks again.
+// Work that a callback has postponed until its thread has left all callbacks.
 class AfterCallback {
  public:
   virtual ~AfterCallback() = default;
 
  private:
   friend class CallbackGate;
-  // On the thread of the callback, with no lock held. Throws nothing.
+  // Runs on the thread of the callback, with no lock held. Throws nothing.
   virtual void outside(const std::shared_ptr<AfterCallback>& self) = 0;
 
   std::shared_ptr<AfterCallback> mKept;  // itself, until then
   AfterCallback* mNext = nullptr;
 };
 
-// Every callback into the application goes through its service's gate. Once the gate is closed none
-// begins any more, and drain() waits for those under way: together they keep the promise that no
-// callback of a service runs after its disable has returned. mMutex guards state and count and is
-// free while a callback runs.
+// Every callback of the application passes its service's gate. After the gate is closed no callback
+// begins, and drain() waits for those that run. So no callback of a service runs after its disable
+// has returned. mMutex guards state and count and is free while a callback runs.
 class CallbackGate {
  public:
-  // Held for the length of one callback; false when the gate is closed and the callback must not
-  // run.
+  // Exists while one callback runs. False if the gate is closed and the callback must not run.
   class Pass {
    public:
     explicit Pass(CallbackGate& gate);
@@ -44,16 +42,14 @@ class CallbackGate {
   };
 
   void close();
-  // Waits until no callback runs. Not to be called from inside a callback.
+  // Waits until no callback runs. Must not be called inside a callback.
   void drain();
-  // Closed, and no callback runs: none ever will.
+  // Closed, and no callback runs: none will run any more.
   bool isOver();
 
-  // Whether the calling thread is inside a callback of any service: it must not wait for anything
-  // then.
+  // Whether the calling thread is inside a callback of any service. Such a thread must not wait.
   static bool insideCallback();
-  // For a thread inside a callback: does @p work once it has left the outermost one. Takes no
-  // memory.
+  // For a thread inside a callback: does @p work after the outermost callback. Allocates nothing.
   static void afterCallback(std::shared_ptr<AfterCallback> work);
 
  private:
@@ -66,28 +62,28 @@ class CallbackGate {
   unsigned mRunning ORB_GUARDED_BY(mMutex) = 0;
 };
 
-// The closed gates of one service behind which callbacks may still run, one gate for each time that
-// the service was enabled. Who disables the service on a thread of the application waits for all of
-// them: what an earlier disable inside a callback has left running included. Any thread; mMutex
-// guards the list and is free while a gate is waited for.
+// The closed gates of one service whose callbacks may still run; one gate for each time that the
+// service was enabled. A disable on a thread of the application waits for all of them, also for
+// callbacks that an earlier disable inside a callback did not wait for. Any thread; mMutex guards
+// the list and is not held during the wait.
 class ClosedGates {
  public:
   struct Entry {
     std::shared_ptr<CallbackGate> gate;
     uint64_t number = 0;
   };
-  // One entry, with the memory that adding it takes.
+  // One entry, allocated in advance.
   using Place = std::list<Entry>;
 
   static Place placeFor(std::shared_ptr<CallbackGate> gate);
-  // Adds a gate that has just been closed and returns its number. Takes no memory.
+  // Adds a gate that has just been closed and returns its number. Allocates nothing.
   uint64_t add(Place place);
-  // Waits until no callback runs behind the gates up to and with number @p last. Not to be called
-  // from inside a callback.
+  // Waits until no callback of the gates with numbers up to @p last runs. Must not be called inside
+  // a callback.
   void await(uint64_t last);
 
  private:
-  // Moves the gates that are over out of the list; they are freed after the lock.
+  // Removes the gates that are over from the list. The caller frees them after the lock.
   Place takeOver() ORB_REQUIRES(mMutex);
   // The oldest gate up to @p last that is not over.
   std::shared_ptr<CallbackGate> firstUpTo(uint64_t last);

@@ -16,9 +16,9 @@
 
 // Core of the SDK client: one worker thread for all client types, a listener per type and the
 // dispatch of events. handleEvent() and the pure operations run on the worker, the notify functions
-// on the thread that has the news. mLock guards what belongs to a type; it is never held while a
-// listener runs. The worker's thread holds a reference to the client for as long
-// as it runs.
+// on the thread that received the message or lost the connection. mLock guards what belongs to a
+// type; it is never held while a listener runs. The worker's thread holds a reference to the client
+// for as long as it runs.
 class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClientEvent>>,
                       public std::enable_shared_from_this<SdkClientBase> {
  public:
@@ -32,8 +32,8 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   SdkClientBase(OrbTimer* timer, orb::utils::EventManager* eventManager);
   ~SdkClientBase() override;
 
-  // Starts the worker, which handles @p event first. Returns when the worker runs; false when the
-  // system has no thread to give.
+  // Starts the worker, which handles @p event first. Returns when the worker runs; false if the
+  // system cannot start a thread.
   bool start(OrbSdkClientType type, std::shared_ptr<SdkClientEvent> event);
 
   void handleEvent(std::shared_ptr<SdkClientEvent> event) override;
@@ -48,8 +48,8 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   bool isTypeActive(OrbSdkClientType type);
   bool isRunning() const { return mRunning; }
 
-  // The one way to the listeners. A connection passes its flag @p stopped: once that is set, which
-  // is done under mLock, nothing that the connection has to tell is delivered.
+  // All calls of listeners go through these. A connection passes its flag @p stopped, which is set
+  // under mLock. Once it is set, nothing of this connection is delivered.
   using Stopped = std::atomic<bool>;
   void notifyReceivedBlob(OrbSdkClientType type, const std::vector<uint8_t>& blob,
                           const Stopped* stopped = nullptr);
@@ -58,15 +58,15 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
 
  protected:
   void sdkThread(OrbSdkClientType type, std::shared_ptr<SdkClientEvent> event);
-  // Sends the disable message, which @p event carries; false when it did not go out.
+  // Sends the disable message in @p event. False if it was not sent.
   virtual bool sendDisableMessage(SdkClientEvent& event) = 0;
   // The cleanup event of @p type has been handled: one user less. True when no type is active any
   // more, which ends the worker after its present pass.
   virtual bool deactivateType(OrbSdkClientType type);
-  // Whether a failure to send for @p type is nobody's business any more.
+  // True if no listener is to be told of a failure to send for @p type.
   virtual bool isBeingDisabled(OrbSdkClientType) { return false; }
 
-  // Shared, because a copy would need memory at moments that must not fail.
+  // Shared, because a copy would allocate at moments that must not fail.
   using ListenerRef = std::shared_ptr<const Listener>;
   // What belongs to one client type.
   struct TypeState {
@@ -75,12 +75,12 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   };
   // Empty for unknown types.
   ListenerRef knownListener(OrbSdkClientType type) ORB_REQUIRES(mLock);
-  // The same, and the type counts as registered from now on, with an empty listener if need be.
+  // The same, but registers an empty listener if the type has none.
   ListenerRef listenerOf(OrbSdkClientType type);
   static void call(const ListenerRef& listener, SdkStatus status);
 
-  // Connects when that is needed, then sends. False when the blob did not go out; a connection
-  // that could not be had has been reported by then.
+  // Connects if necessary, then sends. False if the blob was not sent. A failure to connect was
+  // reported already; it gives true.
   bool deliver(SdkClientEvent& event);
 
   void goOnWithoutWait();

@@ -8,8 +8,8 @@
 
 #include "OrbEventBase.h"
 
-// Kinds of SDK clients. This library serves LCE, LLE and LLI; 4 to 8 are other clients' and only
-// known to the conversions.
+// Kinds of SDK clients. This library uses LCE, LLE and LLI. 4 to 8 belong to other clients; only
+// the conversions know them.
 enum class OrbSdkClientType : uint32_t { None = 0, LCE = 9, LLE = 10, LLI = 11 };
 
 constexpr size_t kOrbSdkClientTypes = 14;

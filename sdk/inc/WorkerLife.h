@@ -7,8 +7,8 @@
 
 #include "Mutex.h"
 
-// The thread lock: held by the worker from begin() to end(). Shared by the worker's thread and the
-// client, so that it outlives both; others only wait for its two moments. mMutex guards the state.
+// Says whether the worker runs: it calls begin() and end(), other threads wait for them. Shared by
+// the worker's thread and the client, so that it outlives both. mMutex guards the state.
 class WorkerLife {
  public:
   void begin() {
@@ -20,7 +20,7 @@ class WorkerLife {
     UniqueLock lock(mMutex);
     mChanged.wait(lock, [this]() ORB_REQUIRES(mMutex) { return mState != State::NotStarted; });
   }
-  // Whether the worker came as far as begin().
+  // Whether the worker called begin().
   bool begun() const { return mBegun; }
   bool awaitEnd(std::chrono::milliseconds timeout) {
     UniqueLock lock(mMutex);

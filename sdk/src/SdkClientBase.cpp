@@ -23,10 +23,10 @@ constexpr int kThreadLoopLine = 43;
 // Between two looks at the queue while the loop cannot wait.
 constexpr std::chrono::milliseconds kWithoutWait(100);
 
-// Made for each call: threads may still report while the statics of the process are destroyed.
+// Not static: threads may still report while the static objects of the process are destroyed.
 std::vector<uint8_t> noBlob() { return {}; }
 
-// For a handler of exceptions: tells of the one that it has caught.
+// For a catch block: logs the exception that it has caught.
 void reportException() {
   try {
     try {
@@ -66,7 +66,7 @@ bool SdkClientBase::start(OrbSdkClientType type, std::shared_ptr<SdkClientEvent>
     } catch (...) {
       reportException();
     }
-    // Whoever waits for the end finds the worker's share of the client given back.
+    // Release the client first: who waits for the end relies on it.
     self.reset();
     life->end();
   };
@@ -88,7 +88,7 @@ void SdkClientBase::sdkThread(OrbSdkClientType, std::shared_ptr<SdkClientEvent> 
       mEventManager->processEvents(mTimer);
       if (mEventManager->waitFailed()) goOnWithoutWait();
     } catch (...) {
-      // One event is lost, not the worker with everything that is queued behind it.
+      // Only one event is lost; the worker goes on with those queued after it.
       reportException();
     }
   }

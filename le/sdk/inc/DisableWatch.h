@@ -6,14 +6,14 @@
 
 #include "SdkDisable.h"
 
-// Finishes disables in place of threads that must not wait, those that disable inside a callback.
-// One thread, "orb-closer", for all of them: it starts with the first one, forces each whose grace
-// period is over, and ends after the last. All have the same grace period, so that of the oldest is
-// the next one to end. Static, never destroyed; its lock guards the queue and is free while a
-// disable is waited for.
+// Finishes disables that were called inside a callback, where a thread must not wait. One thread,
+// "orb-closer", does it for all of them: it starts with the first disable, forces each one whose
+// grace period is over, and ends after the last. All grace periods have the same length, so the
+// oldest ends first. Static, never destroyed. Its lock guards the queue and is not held during a
+// wait.
 class DisableWatch {
  public:
-  // Takes no memory but what a thread takes. Without a thread the disable is forced at once.
+  // Allocates only what a thread needs. If no thread can be started, it forces the disable at once.
   static void add(const std::shared_ptr<SdkDisable>& disable);
 
  private:
@@ -24,7 +24,7 @@ class DisableWatch {
   };
 
   static State& state();
-  // The next disable; empty, and the watch is over, when there is none.
+  // The next disable. Empty if there is none; the watch then ends.
   static std::shared_ptr<SdkDisable> next();
   static void watch();
   static void forceAll();

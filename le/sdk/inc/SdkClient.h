@@ -14,8 +14,8 @@
 #include "SdkDisable.h"
 #include "SendBlobMessage.h"
 
-// Deletes an event manager whose loop runs no more: removals that wait for the next pass get it
-// here, and the manager's own two descriptors, which it leaves open, are closed after it.
+// Deletes an event manager whose loop has ended. It makes the last removal pass, and afterwards
+// closes the manager's own two descriptors, which the manager leaves open.
 struct EventManagerCloser {
   void operator()(orb::utils::EventManager* manager) const;
 };
@@ -34,20 +34,20 @@ class SdkClientLoop {
   const OwnedEventManager mOwnedEventManager;
 };
 
-// The process's SDK client: one session to the daemon per endpoint, blobs out and in. Held by the
-// service objects that use it, by its worker thread and, while a type is active, as the instance
-// that others join. Joining, and the question whether the type that is deactivated was the last
-// one, are decided under one lock, the instance lock; the inherited mLock, taken after it, guards
-// what belongs to an endpoint. No lock is held while a session connects, sends or is waited for.
-// How a type is disabled is in SdkDisable.
+// The process's SDK client: one session to the daemon per endpoint, blobs out and in. The service
+// objects that use it hold it, and its worker thread; while a type is active, it is also the
+// instance that others join. The instance lock decides two things: whether a thread joins this
+// client, and whether a deactivated type was the last one. The inherited mLock is locked after it
+// and guards what belongs to an endpoint. No lock is held while a session connects or sends, or
+// during a wait. How a type is disabled is in SdkDisable.
 class SdkClient : private SdkClientLoop, public SdkClientBase {
  public:
   SdkClient(std::unique_ptr<OrbTimer> timer, OwnedEventManager eventManager);
   ~SdkClient() override;
 
-  // Joins the running client, or creates it, for @p type. The listener is in place before @p event
-  // can have an effect. Empty when the running client cannot be joined or there was no thread or
-  // memory to be had; nothing has changed then.
+  // Joins the running client for @p type, or creates one. It sets the listener before @p event can
+  // have an effect. Empty if the running client cannot be joined, or if there is no thread or no
+  // memory; nothing has changed then.
   static std::shared_ptr<SdkClient> getInstance(OrbSdkClientType type, Listener listener,
                                                 std::shared_ptr<SdkClientEvent> event);
   // Disables @p type without a disable message.
@@ -57,13 +57,13 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   bool isConnected(OrbSdkClientType type) override;
   bool sendBlobToService(OrbSdkClientType type, std::vector<uint8_t> blob) override;
 
-  // For SdkDisable. Notes that @p type is being disabled: its connection stops delivering and makes
-  // no further attempt to connect.
+  // For SdkDisable. Notes that @p type is being disabled: its connection delivers nothing more and
+  // does not try to connect again.
   void noteDisable(OrbSdkClientType type, SdkDisable::Place place);
-  // The connection of the type as long as @p disable is its oldest one: once the worker has
-  // completed that, the connection is the successor's.
+  // The connection of the type while @p disable is its oldest disable. After the worker has
+  // completed the disable, a new connection of the type does not belong to it.
   std::shared_ptr<OrbIpcClientSession> sessionOf(const SdkDisable& disable);
-  // Waits until the worker does not send for @p type; false when that takes longer.
+  // Waits until the worker is not sending for @p type. False after the timeout.
   bool awaitSendEnd(OrbSdkClientType type, std::chrono::milliseconds timeout);
   void awaitWorkerEnd(std::chrono::milliseconds timeout) { mLife->awaitEnd(timeout); }
 
@@ -105,8 +105,9 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   void handleConnectionStatus(bool connected, OrbSdkClientType type,
                               const OrbIpcClientSession& session);
 
-  // One send of the worker. Looks up in one step on which session, and whether it may: not for a
-  // type whose grace period is over, for which others send the disable message.
+  // One send of the worker. One look-up gives the session, and says whether the worker may send:
+  // not for a type whose grace period is over, because another thread then sends the disable
+  // message.
   class WorkerSend {
    public:
     // @p cleanup: the cleanup event whose disable message is to be sent, if it is that.
@@ -114,7 +115,7 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
     WorkerSend(const WorkerSend&) = delete;
     WorkerSend& operator=(const WorkerSend&) = delete;
     ~WorkerSend();
-    // Takes @p blob only when it may send.
+    // Moves from @p blob only if it may send.
     bool send(std::vector<uint8_t>&& blob) const;
 
    private:

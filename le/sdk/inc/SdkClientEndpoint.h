@@ -9,8 +9,8 @@
 
 constexpr char kSdkClientTag[] = "OrbSdk";
 
-// The endpoint through which a client type talks to the daemon. Types without one of their own
-// share the last.
+// The endpoint through which a client type talks to the daemon. Types without an endpoint of their
+// own share the last.
 ProcessId endpointOf(OrbSdkClientType type);
 
 // Endpoints are numbered without a gap.

@@ -13,11 +13,11 @@
 class OrbIpcClientSession;
 class SdkClient;
 
-// The disable of one client type, from the moment its cleanup event is posted until the worker has
-// deactivated the type. Made when the type joins, with all the memory that the disable takes. The
-// thread that disables begins and finishes it, the worker completes it. The disable message is sent
-// once, by whoever claims it first: the worker, or the thread that forces the disable when the
-// grace period is over. mMutex guards what follows it.
+// The disable of one client type, from the cleanup event until the worker has deactivated the type.
+// It is made when the type joins, with all the memory that the disable needs. The thread that
+// disables begins and finishes it; the worker completes it. The disable message is sent once, by
+// the thread that claims it first: the worker, or after the grace period the thread that forces the
+// disable. mMutex guards what follows it.
 class SdkDisable : public AfterCallback {
  public:
   using Clock = std::chrono::steady_clock;
@@ -29,39 +29,40 @@ class SdkDisable : public AfterCallback {
   const std::shared_ptr<SdkClientEvent> mCleanup;
   const OrbSdkClientType mType;
 
-  // First half: posts the cleanup event to @p client. From now on nothing that the type's
-  // connection receives or reports reaches the listener. Takes no memory and cannot fail.
+  // First half: posts the cleanup event to @p client. From now on the listener gets nothing from
+  // the type's connection. Allocates nothing and cannot fail.
   static void begin(const std::shared_ptr<SdkDisable>& disable, std::shared_ptr<SdkClient> client);
-  // Second half: waits until the worker has sent what is queued and deactivated the type. When the
-  // worker does not get there within the grace period (daemon absent, silent or not reading,
-  // another type's connect or callback under way), forces the disable. Returns well within half a
-  // second.
+  // Second half: waits until the worker has sent what is queued and has deactivated the type. If
+  // that takes longer than the grace period, it forces the disable: the daemon may be absent, not
+  // answer or not read, or the worker may be in a connect or a callback of another type. Returns
+  // well within half a second.
   void finish();
-  // The second half for a caller who may not wait: a thread of the library forces the disable after
-  // the grace period.
+  // The second half for a caller who must not wait: a thread of the library forces the disable
+  // after the grace period.
   static void finishLater(const std::shared_ptr<SdkDisable>& disable);
-  // Waits for the rest of the grace period; false when the type is still active after it.
+  // Waits for the rest of the grace period. False if the type is still active then.
   bool awaitGracePeriod();
-  // Ends the grace period: a connection that stands gets the disable message and is closed. The
-  // worker deactivates the type when it gets there.
+  // Ends the grace period: sends the disable message on an existing connection and closes it. The
+  // worker deactivates the type later, when it handles the cleanup event.
   void force();
 
   // After the grace period the type neither connects nor sends.
   bool gracePeriodOver() const;
-  // Whether the caller is the one to send the disable message; it then tells when it has tried.
+  // True for the one caller that is to send the disable message. It calls noteMessageSent() after
+  // it has tried.
   bool claimMessage();
   void noteMessageSent();
-  // Sends the disable message on @p session unless somebody else does, whose end is waited for
-  // then.
+  // Sends the disable message on @p session. If another thread is sending it, waits until that has
+  // tried.
   void sendMessage(OrbIpcClientSession& session);
-  // On the worker: the type is deactivated. @p session was its connection, @p last tells that the
-  // worker ends.
+  // On the worker: the type is deactivated. @p session was its connection. @p last: the worker
+  // ends.
   void complete(std::shared_ptr<OrbIpcClientSession> session, bool last);
 
  private:
   friend class DisableWatch;
 
-  // Begun inside a callback, which has returned.
+  // The disable began inside a callback, which has returned now.
   void outside(const std::shared_ptr<AfterCallback>& self) override;
   void startGracePeriod(std::chrono::milliseconds length);
   void awaitMessage();
@@ -71,7 +72,7 @@ class SdkDisable : public AfterCallback {
 
   enum class Message { Unclaimed, Claimed, Sent };
 
-  // Made beforehand; each is used up by one step.
+  // Allocated in advance; each is used by one step.
   Place mPlace{1};                     // among the disables of an endpoint
   Place mWatchPlace{1};                // in the queue of DisableWatch
   SdkClientBase::Posting mPosting;     // of the cleanup event

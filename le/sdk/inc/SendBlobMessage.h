@@ -15,8 +15,7 @@ enum class OrbSdkType : uint32_t { None = 0, LCE = 7, LLE = 8, LLI = 9 };
 OrbSdkType convertSdkTypeToIpc(OrbSdkClientType type);
 OrbSdkClientType convertSdkTypeToSdk(OrbSdkType type);
 
-// A service blob on its way to or from the daemon: the type in four bytes, host order, then the
-// blob.
+// A service blob to or from the daemon: the type in four bytes, host byte order, then the blob.
 class SendBlobMessage : public OrbIpcMessage {
  public:
   static constexpr unsigned int ID = 5;
@@ -28,7 +27,7 @@ class SendBlobMessage : public OrbIpcMessage {
 
   std::vector<unsigned char> serialize() override { return serializeBehind(0); }
   std::vector<unsigned char> serializeBehind(size_t room) override;
-  // Expects at least the four bytes of the type; with fewer nothing is changed.
+  // Needs at least the four bytes of the type; with fewer it changes nothing.
   void deserialize(std::vector<unsigned char> bytes) override;
 
   OrbSdkType type() const { return mType; }

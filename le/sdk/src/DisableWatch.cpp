@@ -43,7 +43,7 @@ void DisableWatch::watch() {
   }
 }
 
-// What others have added meanwhile counts on the thread that was not to be had.
+// Other threads may have added disables meanwhile, which rely on the thread that could not start.
 void DisableWatch::forceAll() {
   while (const auto disable = next()) disable->force();
 }

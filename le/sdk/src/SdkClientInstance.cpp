@@ -14,8 +14,7 @@
 
 namespace {
 
-// Lines bear the names of the client's unit and of the two operations that are spread over
-// functions.
+// The unit and the function of the log lines, which several functions write.
 constexpr char kUnit[] = "le/sdk/src/SdkClient.cpp";
 constexpr char kGetInstance[] = "getInstance";
 constexpr char kDestroyInstance[] = "destroyInstance";
@@ -23,8 +22,8 @@ constexpr char kDestroyInstance[] = "destroyInstance";
 // How long the last type waits for the end of its receiver.
 constexpr std::chrono::milliseconds kThreadEnd(50);
 
-// The joint decision of threads that join and of the worker that deactivates a type. Never
-// destroyed: both may happen while the process exits.
+// Shared by threads that join and by the worker, which deactivates types. Never destroyed: both may
+// happen while the process exits.
 struct InstanceState {
   Mutex lock;
   Condition created;
@@ -89,7 +88,7 @@ std::shared_ptr<SdkClient> SdkClient::createInstance(OrbSdkClientType type, List
   try {
     instance = startInstance(type, std::move(listener), std::move(event));
   } catch (const std::exception&) {
-    // No memory is no client; others must not wait for this attempt for ever.
+    // Without memory there is no client. Threads that wait for this attempt must go on.
   }
   {
     const LockGuard lock(state().lock);
@@ -125,7 +124,7 @@ std::shared_ptr<SdkClient> SdkClient::joinInstance(const std::shared_ptr<SdkClie
   return instance;
 }
 
-// Nothing was posted for this user of @p type, so no event will deactivate it.
+// Nothing was posted for this user of @p type, so no event would deactivate it.
 void SdkClient::cancelJoining(OrbSdkClientType type) {
   std::shared_ptr<SdkClient> former;
   bool last = false;
@@ -184,7 +183,7 @@ bool SdkClient::deactivateType(OrbSdkClientType type) {
   }
   if (session && disable) disable->sendMessage(*session);
   if (session) session->beginClose();
-  // The lines of the session's end come first; nobody else needs this thread any more.
+  // The log lines of the session's end come first. No other type needs this thread any more.
   if (session && last) session->awaitReceiver(kThreadEnd);
   if (last) SDK_LOG_AS(kSdkClientTag, kUnit, kDestroyInstance, "cleaning mInstance");
   if (disable) disable->complete(std::move(session), last);

@@ -10,9 +10,9 @@
 
 namespace {
 
-// How long a disabled type may go on connecting and sending, then how long a send under way may
-// take to its end, then the deactivation once the connection is closed, then the end of its
-// threads. Together well below half a second.
+// Limits, in this order: a disabled type may still connect and send (the grace period); a send that
+// runs may end; the worker deactivates the type after the connection was closed; the threads end.
+// Together well below half a second.
 constexpr std::chrono::milliseconds kGracePeriod(200);
 constexpr std::chrono::milliseconds kSendEnd(30);
 constexpr std::chrono::milliseconds kAfterClose(100);
@@ -56,8 +56,8 @@ void SdkDisable::force() {
   startGracePeriod(std::chrono::milliseconds(0));
   mClient->wakeForUncounted();  // lest the worker does not know of the cleanup event
   if (const auto closing = mClient->sessionOf(*this)) {
-    // The worker sends no further message of the type. One under way is waited for, unless it does
-    // not come to its end.
+    // The worker sends no further message of the type. Wait for one that it is sending, but not for
+    // long.
     if (mClient->awaitSendEnd(mType, kSendEnd)) sendMessage(*closing);
     closing->beginClose();
   }
@@ -101,9 +101,9 @@ void SdkDisable::awaitMessage() {
   mMessageTried.wait(lock, [this]() ORB_REQUIRES(mMutex) { return mMessage != Message::Claimed; });
 }
 
-// Before a connection is closed after the grace period, which may be as healthy as ever: on the
-// thread that forces the disable, or on the worker that comes too late. Whoever comes second waits
-// for the first one, so that nobody closes in between.
+// Called before a connection is closed after the grace period; the connection may still work. Runs
+// on the thread that forces the disable, or on the worker if it is late. The second one waits for
+// the first, so that neither closes the connection during the send.
 void SdkDisable::sendMessage(OrbIpcClientSession& session) {
   if (mCleanup->silent) return;
   if (!claimMessage()) {
@@ -114,7 +114,7 @@ void SdkDisable::sendMessage(OrbIpcClientSession& session) {
     SendBlobMessage message(convertSdkTypeToIpc(mType), std::move(mCleanup->blob));
     session.sendAtOnce(message);
   } catch (...) {
-    // The connection is closed all the same, and nobody waits for this for ever.
+    // The caller closes the connection anyway, and waiting threads must go on.
   }
   noteMessageSent();
 }

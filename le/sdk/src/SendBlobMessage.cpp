@@ -13,7 +13,7 @@ struct TypePair {
   uint32_t ipc;
 };
 
-// 4 and 5 belong to other clients of the platform; 7 of theirs travels as 6.
+// 4, 5 and 7 belong to other clients of the platform; 7 is sent as 6.
 constexpr TypePair kTypes[] = {{4, 4}, {5, 5}, {7, 6}, {9, 7}, {10, 8}, {11, 9}};
 
 }  // namespace

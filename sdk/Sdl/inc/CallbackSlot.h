@@ -5,8 +5,8 @@
 #include <atomic>
 
 // Where a service keeps one callback of the application. Any thread sets and reads it: it is one
-// pointer, so it needs no lock. Which call's callback stays is decided by who sets it, under
-// SdkBase::mLock in the moment in which the call is accepted.
+// pointer, so it needs no lock. It is set under SdkBase::mLock, at the moment in which the call is
+// accepted: so it is clear which call's callback stays.
 template <class Callback>
 class CallbackSlot {
  public:

@@ -6,11 +6,11 @@
 
 #include <cstddef>
 
-// A message of a service, on an arena: each one that the library makes or reads is such. A message
-// of its own says which member its oneof has before it asks for that member's memory: where there
-// is none, its destructor deletes what the pointer held before, or what was never set. On an arena
-// nothing deletes a member, so one that was displaced by the next stays until the end, too.
-// Belongs to the function whose local variable it is, on any thread; no lock.
+// A message of a service, allocated on an arena. The library makes and reads all messages this way.
+// Without an arena, a message notes which member its oneof has before it allocates the member. If
+// that allocation fails, its destructor deletes a pointer that was never set. On an arena nothing
+// deletes a member, so a replaced member stays until the end, too. A local variable of one
+// function, on any thread; no lock.
 template <class Message>
 class OnArena {
  public:

@@ -19,9 +19,9 @@
 
 class Service;
 
-// The one place that holds a service's present object, and the gates of its former ones as long as
-// callbacks run behind them. lock guards instance and is held for look-ups and changes only. Lives
-// for ever: threads may come while the process exits.
+// Holds a service's current object, and the gates of its earlier objects as long as their callbacks
+// run. lock guards instance; it is held for look-ups and changes only. Never destroyed: threads may
+// use it while the process exits.
 struct ServiceSlot {
   Mutex lock;
   std::shared_ptr<Service> instance ORB_GUARDED_BY(lock);
@@ -33,12 +33,11 @@ struct ServiceSlot {
   }
 };
 
-// What is different between the services in everything that they share.
+// How the services differ in what they share.
 struct ServiceTable {
   OrbSdkClientType type;
   LogSource source;
-  // Where create keeps its callback. One that is kept in the base's slot is told when there is no
-  // client.
+  // Where create stores its callback. A callback in the base's slot is told if there is no client.
   CallbackSlot<SdkBase::StatusV2Callback> Service::*statusV2;
   ServiceSlot& (*slot)();
   std::shared_ptr<Service> (*make)();
@@ -51,10 +50,10 @@ constexpr int64_t kRequestDone = 0;
 constexpr int64_t kInvalidArguments = -2;
 constexpr int64_t kNoService = -5;
 
-// A service object: the frame around enable, create, disable and destroy, the status fan-out and
-// the first half of the listener, written once for all services. Held by its slot until it is
-// disabled and by the SDK client's listener. The exported functions call it on application threads,
-// the listener on SDK threads; callbacks are read from their slots and called through the gate.
+// A service object. It has everything that the services share: enable, create, disable and destroy,
+// the status callbacks, and the first half of the listener. Its slot holds it until it is disabled;
+// the SDK client's listener holds it, too. The exported functions call it on application threads,
+// the listener on SDK threads. It reads callbacks from their slots and calls them through the gate.
 class Service : public SdkBase {
  public:
   explicit Service(const ServiceTable& table);
@@ -66,18 +65,19 @@ class Service : public SdkBase {
   static bool disable(const ServiceTable& table);
   static bool destroy(const ServiceTable& table);
 
-  // The object that a request goes to; empty, after the line that says so, when there is none.
+  // The object for a request. If there is none, it is empty and a log line says so.
   template <class S>
   static std::shared_ptr<S> present(const ServiceTable& table, const RequestPoints& points) {
     return std::static_pointer_cast<S>(presentService(table, points));
   }
-  // The process in which the library was used first. What a forked child has of it cannot be used:
-  // its threads are not there, and its connections are the parent's.
+  // The process in which the library was used first. A forked child cannot use the library: it has
+  // none of the threads, and the connections belong to the parent.
   static ProcessMark mUsedIn;
 
-  // Serialises and posts a request; the request function's result. @p change is what it stores.
+  // Serialises and posts a request. Returns the result of the request function. @p change is what
+  // the request stores.
   int64_t request(const google::protobuf::MessageLite& message, const Change& change = {});
-  // Stores @p cb, for the answers, and makes the request.
+  // Stores @p cb for the answers, and posts the request.
   template <class Callback>
   int64_t requestFor(CallbackSlot<Callback>& slot, Callback cb,
                      const google::protobuf::MessageLite& message) {
@@ -91,7 +91,7 @@ class Service : public SdkBase {
     message->mutable_data()->mutable_get_last_estination_report();
     return requestFor(slot, cb, *message);
   }
-  // Stores @p cb for reports that come by themselves; nothing is sent.
+  // Stores @p cb for periodic reports; sends nothing.
   template <class Callback>
   int64_t registerFor(CallbackSlot<Callback>& slot, Callback cb) {
     return accept([&slot, cb] { slot.set(cb); }) ? kRequestDone : kNoService;
@@ -111,12 +111,12 @@ class Service : public SdkBase {
  protected:
   // A message of the service.
   virtual void handleBlob(const std::vector<uint8_t>& blob) = 0;
-  // The service was disabled: what waits for answers is given back, however long the SDK client
-  // still holds the object.
+  // The service was disabled: frees what waits for answers, even if the SDK client still holds the
+  // object.
   virtual void forgetRequests() {}
 
-  // Reads @p blob; one that does not parse reads as the default message, whatever came before the
-  // error.
+  // Reads @p blob. If it does not parse, the result is the default message, also if some fields
+  // came before the error.
   template <class Message>
   static void parse(OnArena<Message>& message, const std::vector<uint8_t>& blob) {
     if (!message->ParseFromArray(blob.data(), static_cast<int>(blob.size()))) message->Clear();
@@ -134,7 +134,7 @@ class Service : public SdkBase {
       handleStatusInd(status);
     });
   }
-  // A message's name in the log, then its member, or that it is not the one present.
+  // Logs the message's name, then handles its member, or logs that the member is missing.
   template <class Points, class Handler>
   void handleMember(const Points& points, bool present, const Handler& handler) {
     log(points.entry);
@@ -146,7 +146,7 @@ class Service : public SdkBase {
   }
   void log(const LogPoint& point) const { point.print(mTable.source); }
 
-  // Calls what @p slot holds with @p arguments; false when that is nothing or the service is
+  // Calls the callback in @p slot with @p arguments. False if there is none or the service is
   // disabled.
   template <class Callback, class... Arguments>
   bool callBack(const CallbackSlot<Callback>& slot, Arguments&&... arguments) {
@@ -178,7 +178,7 @@ class Service : public SdkBase {
   ClosedGates::Place mGatePlace = ClosedGates::placeFor(mGate);  // used up by disableWith()
 };
 
-// What a service's class has of its own by being a class: its slot, its maker and its table.
+// What each service's class needs of its own: its slot, its maker and its table.
 template <class S>
 class ServiceOf : public Service {
  public:

@@ -9,12 +9,12 @@
 
 #include "Service.h"
 
-// The exported functions' common shape: one call of the service object, within exportedCall(), and
-// the result that the function's generation has for it. Application threads; nothing is kept.
+// What the exported functions share: one call of the service object within exportedCall(), and the
+// result of the function's generation. Runs on application threads; no state.
 namespace serviceApi {
 
-// While it lives, a request to cancel the calling thread waits: a call that is cut short by one
-// leaves its locks behind, or ends the process where its unwinding meets noexcept.
+// Delays a cancellation of the calling thread until it is destroyed. A cancelled call would leave
+// its locks locked, or end the process when unwinding reaches a noexcept function.
 class NoCancellation {
  public:
   NoCancellation() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &mBefore); }
@@ -26,9 +26,9 @@ class NoCancellation {
   int mBefore = PTHREAD_CANCEL_ENABLE;
 };
 
-// The body of an exported function. No exception leaves it: for want of memory the call is refused
-// with @p refused. So it is in a process that was forked from the one that uses the library, before
-// any lock is taken: another thread may have held it at the fork.
+// The body of an exported function. No exception leaves it: without memory, the call returns @p
+// refused. In a child forked from the process that uses the library, it does so, too, and takes no
+// lock before: another thread may have held it at the fork.
 template <class Call, class Result>
 Result exportedCall(const ServiceTable& table, const char* function, const Call& call,
                     Result refused) noexcept {
@@ -66,10 +66,10 @@ inline int destroy(const ServiceTable& table) {
       -1);
 }
 
-// A request: refused without a service and then, with nothing logged, for its arguments. The client
-// is looked up once, in the call, where the request is accepted. Only a refusal asks here whether
-// the client is what was missing; nothing is logged for one that was disabled during the call, nor
-// for want of memory.
+// A request. It is refused if there is no service, then (without a log line) if its arguments are
+// invalid. The client is looked up once, where the request is accepted. After a refusal, this
+// function checks whether the client was missing. It logs nothing if the service was disabled
+// during the call, or if memory ran out.
 template <class S, class Call>
 int64_t request(const RequestPoints& points, bool valid, const Call& call) {
   return exportedCall(
@@ -81,7 +81,7 @@ int64_t request(const RequestPoints& points, bool valid, const Call& call) {
         try {
           result = valid ? call(*object) : kInvalidArguments;
         } catch (const std::bad_alloc&) {
-          // Refused all the same, but without a client that is the reason.
+          // Refused. If there is no client, that is the reason to log.
         }
         if (result >= kRequestDone || !object->neverHadClient()) return result;
         points.noClient.print(S::kTable.source);

@@ -4,8 +4,8 @@
 
 #include "LogPoint.h"
 
-// The lines that every service writes, by name. Each service fills them in once, in one block at
-// the top of its source, together with the lines that only it has. Constant.
+// The lines that every service writes, by name. Each service defines them in one block at the top
+// of its source, together with the lines that only it has. Constant.
 
 // Function of the lines that a service's listener writes.
 constexpr char kListener[] = "blobListener";
@@ -30,7 +30,7 @@ struct DisablePoints {
   LogPoint noClient;
 };
 
-// Of a request that cannot be served.
+// Of a request that is refused.
 struct RequestPoints {
   LogPoint noInstance;
   LogPoint noClient;

@@ -28,7 +28,7 @@ void fill(LceProto::ServiceMsg& message, const LceReportingCriteria& criteria, u
   request->set_criteria_value_2(criteria.criteriaValue2);
 }
 
-// All fixed lines of the service but those of its requests, which bear the place that asks.
+// All lines of the service except those of its requests, which have the line number of the caller.
 struct LcePoints {
   ServicePoints service;
   ReportPoints lastReport;
@@ -109,8 +109,8 @@ Lce::PendingCriteria::iterator Lce::getNextUniqueId() {
   }
 }
 
-// The id of a request that is being made; none when the service has no client. Given back unless
-// the request is accepted.
+// The id of a new request; none if the service has no client. Released if the request is not
+// accepted.
 class Lce::NewId {
  public:
   explicit NewId(Lce& lce) : mLce(lce) {
@@ -128,8 +128,8 @@ class Lce::NewId {
   }
   explicit operator bool() const { return mPlace != nullptr; }
   uint32_t value() const { return mId; }
-  // In the moment in which the request is accepted, under the lock: its place is still there, for
-  // only disable takes it away, after it has taken the client. The answer goes to @p cb.
+  // Called under the lock when the request is accepted. The entry still exists: only disable
+  // removes it, after it has released the client. The answer goes to @p cb.
   void take(LceReportingCriteriaCb cb) {
     mPlace->second = cb;
     mAccepted = true;
@@ -230,7 +230,7 @@ void Lce::handleAsyncResult(const LceProto::ClientMsg& message) {
     const LockGuard lock(mLock);
     const auto pending = mPendingCriteriaCbs.find(id);
     if (pending != mPendingCriteriaCbs.end() && pending->second != nullptr) {
-      // Out of the table before the call: an answer is delivered once, whatever the callback does.
+      // Removed before the call: an answer is delivered once, even if the callback makes requests.
       cb = pending->second;
       mPendingCriteriaCbs.erase(pending);
     }

@@ -56,7 +56,8 @@ bool Service::enableWith(const ServiceTable& table, const EnablePoints& points,
     }
     try {
       const Created created = joinClient(object, [&object, slot, cb] { (*object.*slot).set(cb); });
-      // An object that another thread has just disabled is out of its slot: the next one is new.
+      // Another thread has just disabled the object and removed it from its slot: obtain() makes a
+      // new one.
       if (created != Created::Disabled) return created == Created::Yes;
     } catch (const std::bad_alloc&) {
       const CallbackGate::Pass pass(*object->mGate);
@@ -87,12 +88,11 @@ bool Service::disableWith(const ServiceTable& table, const DisablePoints& points
   StatusV2Callback statusV2 = nullptr;
   bool refused = false;
   do {
-    // A creation under way is waited for here, with no lock held, and not below.
+    // Wait here, without a lock, for a thread that creates a client, and not below.
     if (const auto present = slot.get()) present->hasClient();
     const LockGuard lock(slot.lock);
     object = slot.instance;
-    // Who is told is read with the decision: the callback of an enable that comes a moment later
-    // has nothing to hear.
+    // Read the callbacks together with the decision: a later enable's callback must not be told.
     const auto refuse = [&] {
       refused = true;
       status = object->mStatusIndCb.get();
@@ -156,7 +156,7 @@ int64_t Service::request(const google::protobuf::MessageLite& message, const Cha
 
 void Service::handleStatusInd(status_e status) {
   callBack(mStatusIndCb, status);
-  // Converted only for somebody: the conversion logs what has no second number.
+  // Converted only if there is a callback: the conversion logs a status that has no second number.
   const StatusV2Callback statusV2 = (this->*mTable.statusV2).get();
   if (statusV2) tell(statusV2, orb::utils::statusToStatusV2(status));
 }
