@@ -5,9 +5,14 @@
 #include <dlfcn.h>
 #include <sys/socket.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <memory>
+#include <vector>
 
 #include "IpcFrame.h"
+#include "ProcessUtils.h"
 
 // The program's recv comes before all others. A sanitizer that is linked into the program has one
 // that looks at the buffer; one that is a library has it next in line.
@@ -22,20 +27,81 @@ static ssize_t receive(int fd, void* buffer, size_t size, int flags) {
   return next(fd, buffer, size, flags);
 }
 
-// A receiver thread waits for a header and then, if that has a length, for so many bytes.
-static thread_local bool payloadIsNext = false;
+namespace {
 
-ssize_t cappedReceive(int fd, void* buffer, size_t size, int flags) {
-  const ssize_t got = receive(fd, buffer, size, flags);
-  if ((flags & MSG_WAITALL) == 0) return got;
-  if (payloadIsNext) {
-    payloadIsNext = false;
-  } else if (got > 0) {
-    ipcMsg_t header;  // one that is cut short is zero behind the cut
-    std::memcpy(&header, buffer, sizeof header);
-    if (header.payloadLength > kLargestPayload) header.payloadLength = kLargestPayload;
-    std::memcpy(buffer, &header, sizeof header);
-    payloadIsNext = header.payloadLength != 0;
+constexpr size_t kLengthAt = offsetof(ipcMsg_t, payloadLength);
+constexpr size_t kLengthSize = sizeof(ipcMsg_t) - kLengthAt;
+
+// How far a receiver has read its stream of frames.
+class FrameStream {
+ public:
+  // Lowers the lengths in the next @p size bytes. Only the stream's end cuts one of them.
+  void lowerLengths(unsigned char* bytes, size_t size) {
+    while (size > 0) {
+      const size_t taken = mPayloadToCome > 0 ? skip(size) : header(bytes, size);
+      bytes += taken;
+      size -= taken;
+    }
   }
+  // How many bytes complete the length that the next @p size bytes end in.
+  size_t missing(const unsigned char* bytes, size_t size) const {
+    FrameStream ahead = *this;
+    std::vector<unsigned char> copy(bytes, bytes + size);
+    ahead.lowerLengths(copy.data(), size);
+    return ahead.mHave > kLengthAt ? sizeof(ipcMsg_t) - ahead.mHave : 0;
+  }
+
+ private:
+  size_t skip(size_t size) {
+    const size_t taken = static_cast<size_t>(std::min<uint64_t>(size, mPayloadToCome));
+    mPayloadToCome -= taken;
+    return taken;
+  }
+  size_t header(unsigned char* bytes, size_t size) {
+    const size_t taken = std::min(size, sizeof(ipcMsg_t) - mHave);
+    mHave += taken;
+    if (mHave <= kLengthAt) return taken;
+    // One that is cut short is zero behind the cut.
+    uint64_t length = 0;
+    const size_t known = mHave - kLengthAt;
+    std::memcpy(&length, bytes + taken - known, known);
+    length = std::min(length, kLargestPayload);
+    std::memcpy(bytes + taken - known, &length, known);
+    if (mHave < sizeof(ipcMsg_t)) return taken;
+    mHave = 0;
+    mPayloadToCome = length;
+    return taken;
+  }
+
+  size_t mHave = 0;  // of the present header
+  uint64_t mPayloadToCome = 0;
+};
+
+// One receiver after the other may run on a thread.
+FrameStream& streamOf(const std::shared_ptr<Semaphore>& receiver) {
+  static thread_local std::weak_ptr<Semaphore> present;
+  static thread_local FrameStream stream;
+  if (present.lock() != receiver) stream = FrameStream();
+  present = receiver;
+  return stream;
+}
+
+}  // namespace
+
+// A receiver thread takes what there is; other threads read no frames.
+ssize_t cappedReceive(int fd, void* buffer, size_t size, int flags) {
+  const auto receiver = semaphoreOfThisReceiver();
+  if (!receiver) return receive(fd, buffer, size, flags);
+  FrameStream& stream = streamOf(receiver);
+  const bool whole = (flags & MSG_WAITALL) != 0;  // the rest of a long payload, without lengths
+  ssize_t got = receive(fd, buffer, whole ? size : size - kLengthSize, flags);
+  if (got <= 0) return got;
+  auto* const bytes = static_cast<unsigned char*>(buffer);
+  const size_t missing = stream.missing(bytes, static_cast<size_t>(got));
+  if (missing > 0) {
+    const ssize_t rest = receive(fd, bytes + got, missing, MSG_WAITALL);
+    if (rest > 0) got += rest;
+  }
+  stream.lowerLengths(bytes, static_cast<size_t>(got));
   return got;
 }

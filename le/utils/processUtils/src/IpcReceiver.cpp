@@ -8,10 +8,12 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <memory>
 
 #include "HardStop.h"
 #include "Log.h"
 #include "ProcessUtils.h"
+#include "StreamReader.h"
 
 namespace {
 
@@ -19,29 +21,52 @@ namespace {
 constexpr char kUnit[] = "le/utils/processUtils/src/ProcessUtils.cpp";
 constexpr char kReceiver[] = "ipcReceiver";
 
+thread_local const std::shared_ptr<Semaphore>* tSemaphoreOfThisReceiver = nullptr;
+
 struct FreeMemory {
   void operator()(void* memory) const { free(memory); }
 };
-using FrameBuffer = std::unique_ptr<ipcMsg_t, FreeMemory>;
 
-thread_local const std::shared_ptr<Semaphore>* tSemaphoreOfThisReceiver = nullptr;
+// Where the frames of one receiver are put, one after the other: those of the usual length in the
+// same place, longer ones each in memory of its own. The receiver thread's alone; no lock.
+class FramePlace {
+ public:
+  FramePlace() = default;
+  FramePlace(const FramePlace&) = delete;
+  FramePlace& operator=(const FramePlace&) = delete;
 
-// The length comes from the peer and is trusted: a frame that cannot be held ends the process. The
-// zeroed pages cost nothing before bytes arrive in them.
-FrameBuffer allocateFrame(const ipcMsg_t& header) {
-  const uint64_t room = SIZE_MAX - sizeof(ipcMsg_t);
-  void* memory = header.payloadLength <= room
-                     ? calloc(1, static_cast<size_t>(header.payloadLength) + sizeof(ipcMsg_t))
-                     : nullptr;
-  if (memory == nullptr) hardStop("malloc failed");
-  memcpy(memory, &header, sizeof(header));
-  return FrameBuffer(static_cast<ipcMsg_t*>(memory));
-}
+  // Room for a frame with this header, which is copied there. It stays until the next call.
+  ipcMsg_t* make(const ipcMsg_t& header) {
+    mLong.reset();
+    if (header.payloadLength > kUsualPayload) mLong.reset(allocate(header.payloadLength));
+    void* const place = mLong ? mLong.get() : static_cast<void*>(mUsual);
+    return static_cast<ipcMsg_t*>(memcpy(place, &header, sizeof(header)));
+  }
+  // A long frame's memory is not kept while the receiver waits.
+  void giveBack() { mLong.reset(); }
 
-bool receivePayload(int fd, ipcMsg_t* frame, int& received) {
+ private:
+  static constexpr size_t kUsualPayload = 976;
+
+  // The length comes from the peer and is trusted: a frame that cannot be held ends the process.
+  // The zeroed pages cost nothing before bytes arrive in them.
+  static void* allocate(uint64_t payloadLength) {
+    const uint64_t room = SIZE_MAX - sizeof(ipcMsg_t);
+    void* const memory = payloadLength <= room
+                             ? calloc(1, static_cast<size_t>(payloadLength) + sizeof(ipcMsg_t))
+                             : nullptr;
+    if (memory == nullptr) hardStop("malloc failed");
+    return memory;
+  }
+
+  alignas(ipcMsg_t) unsigned char mUsual[sizeof(ipcMsg_t) + kUsualPayload];  // left unset
+  std::unique_ptr<void, FreeMemory> mLong;
+};
+
+bool receivePayload(StreamReader& reader, ipcMsg_t* frame, int& received) {
   received = 0;
   if (frame->payloadLength == 0) return true;
-  const ssize_t result = recv(fd, frame->payload(), frame->payloadLength, MSG_WAITALL);
+  const ssize_t result = reader.read(frame->payload(), static_cast<size_t>(frame->payloadLength));
   if (result == -1) {
     const int error = errno;
     ORB_LOG_AS(ANDROID_LOG_ERROR, kUnit, kReceiver, "Error 2nd recv: errno: %d(%s)", error,
@@ -58,10 +83,23 @@ bool receivePayload(int fd, ipcMsg_t* frame, int& received) {
   return true;
 }
 
-// One frame; false when the socket has failed or nobody wants its frames any more.
-bool receiveFrame(int fd, const HandlerRef& handlerRef) {
+// Reads the frames of one socket. On the heap, for the thread's stack is small; the receiver
+// thread's alone, no lock.
+class FrameReceiver {
+ public:
+  explicit FrameReceiver(int fd) : mReader(fd) {}
+
+  // One frame; false when the socket has failed or nobody wants its frames any more.
+  bool receive(const HandlerRef& handlerRef);
+
+ private:
+  StreamReader mReader;
+  FramePlace mPlace;
+};
+
+bool FrameReceiver::receive(const HandlerRef& handlerRef) {
   ipcMsg_t header = {};  // what a short header leaves out reads as zero
-  const ssize_t result = recv(fd, &header, sizeof(header), MSG_WAITALL);
+  const ssize_t result = mReader.read(&header, sizeof(header));
   const int error = errno;
   ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "recv: len: %d", static_cast<int>(result));
   if (result <= 0) {
@@ -71,12 +109,13 @@ bool receiveFrame(int fd, const HandlerRef& handlerRef) {
   }
   ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "Received data size: %d",
              static_cast<int>(header.payloadLength));
-  const FrameBuffer frame = allocateFrame(header);
+  ipcMsg_t* const frame = mPlace.make(header);
   int received = 0;
-  if (!receivePayload(fd, frame.get(), received)) return false;
+  if (!receivePayload(mReader, frame, received)) return false;
   ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "recv: length: %d", received);
   const auto handler = handlerRef.lock();
-  if (handler) handler->handleMsg(frame.get());
+  if (handler) handler->handleMsg(frame);
+  mPlace.giveBack();
   return handler != nullptr;
 }
 
@@ -137,7 +176,8 @@ void receiveFrames(SharedSocket socket, HandlerRef handler) {
   const int fd = socket->get();
   // What a handler throws ends this connection, never the thread without its last steps.
   try {
-    while (receiveFrame(fd, handler)) {
+    const auto receiver = std::make_unique<FrameReceiver>(fd);
+    while (receiver->receive(handler)) {
     }
     ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "ipc recv error: %d for socket %d", errno, fd);
   } catch (...) {
