@@ -55,6 +55,9 @@ class Log : public DumpRequest {
 
   void addLogRecord(int level, const char* tag, const char* file, const char* function, int line,
                     const char* format, ...) __attribute__((format(printf, 7, 8)));
+  // The same with a head that is ready; what the macros call.
+  void addLogRecord(int level, const LogHead& head, const char* format, ...)
+      __attribute__((format(printf, 4, 5)));
   // To the platform log, never to the hook; the record is queued whatever the properties say.
   void printToAdb(int level, const char* tag, const char* file, const char* function, int line,
                   const char* format, ...) __attribute__((format(printf, 7, 8)));
@@ -139,13 +142,18 @@ class Log : public DumpRequest {
 };
 
 // The usual calls: own tag, position of the caller. ORB_LOG_AT is for lines whose number log
-// consumers rely on; it takes the number instead of __LINE__.
-#define ORB_LOG_AT(level, line, ...) \
-  Log::getInstance()->addLogRecord(level, "ORB", __FILE__, __func__, line, __VA_ARGS__)
+// consumers rely on; it takes the number instead of __LINE__. All but the text's values is
+// constant.
+#define ORB_LOG_AT(level, line, ...) ORB_LOG_HEAD(level, __FILE__, __func__, line, __VA_ARGS__)
 // For lines of a unit that is spread over files or helper functions: shown under the unit's own
 // names.
 #define ORB_LOG_AS(level, file, function, ...) \
-  Log::getInstance()->addLogRecord(level, "ORB", file, function, __LINE__, __VA_ARGS__)
+  ORB_LOG_HEAD(level, file, function, __LINE__, __VA_ARGS__)
+#define ORB_LOG_HEAD(level, file, function, line, ...)             \
+  do {                                                             \
+    static constexpr LogHead logHead("ORB", file, function, line); \
+    Log::getInstance()->addLogRecord(level, logHead, __VA_ARGS__); \
+  } while (0)
 #define ORB_LOGV(...) ORB_LOG_AT(ANDROID_LOG_VERBOSE, __LINE__, __VA_ARGS__)
 #define ORB_LOGD(...) ORB_LOG_AT(ANDROID_LOG_DEBUG, __LINE__, __VA_ARGS__)
 #define ORB_LOGI(...) ORB_LOG_AT(ANDROID_LOG_INFO, __LINE__, __VA_ARGS__)

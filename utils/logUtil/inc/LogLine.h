@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <string_view>
 
+#include "LogHead.h"
+
 // The source that all lines of the log itself are shown under, whichever file they come from.
 constexpr char kLogSource[] = "utils/logUtil/src/Log.cpp";
 
@@ -17,6 +19,8 @@ class LogLine {
  public:
   static constexpr size_t kBufferSize = 512;
 
+  LogLine(const LogHead& head, const char* format, va_list args)
+      __attribute__((format(printf, 3, 0)));
   // Throws std::logic_error for a null file, as making a string of it would.
   LogLine(const char* tag, const char* file, const char* function, int line, const char* format,
           va_list args) __attribute__((format(printf, 6, 0)));
@@ -34,6 +38,7 @@ class LogLine {
 
  private:
   void appendHead(const char* tag, const char* file, const char* function, int line);
+  void appendText(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
   void append(std::string_view part);
 
   char mText[kBufferSize];

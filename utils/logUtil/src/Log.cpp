@@ -44,6 +44,15 @@ void Log::addLogRecord(int level, const char* tag, const char* file, const char*
   writeRecord(level, text);
 }
 
+void Log::addLogRecord(int level, const LogHead& head, const char* format, ...) {
+  const ErrnoKeeper keeper;
+  va_list args;
+  va_start(args, format);
+  const LogLine text(head, format, args);
+  va_end(args);
+  writeRecord(level, text);
+}
+
 void Log::writeRecord(int level, const LogLine& line) {
   const char* const platformTag = LogTag::get();
   if (home.isForked()) {

@@ -12,19 +12,25 @@ namespace {
 
 std::string_view viewOf(const char* text) { return text != nullptr ? std::string_view(text) : ""; }
 
-// The last component of the path, without its extension.
 std::string_view baseName(const char* file) {
   if (file == nullptr) throw std::logic_error("log line without a source file");
-  std::string_view base(file);
-  base.remove_prefix(base.rfind('/') + 1);  // npos + 1 is 0: a path of one component
-  return base.substr(0, base.rfind('.'));
+  return LogHead::baseName(file);
 }
 
 }  // namespace
 
+LogLine::LogLine(const LogHead& head, const char* format, va_list args) {
+  append(head.text());
+  appendText(format, args);
+}
+
 LogLine::LogLine(const char* tag, const char* file, const char* function, int line,
                  const char* format, va_list args) {
   appendHead(tag, file, function, line);
+  appendText(format, args);
+}
+
+void LogLine::appendText(const char* format, va_list args) {
   if (std::strchr(format, '%') == nullptr) {
     append(format);
     return;

@@ -8,6 +8,20 @@
 
 #include "LogLine.h"
 
+namespace {
+
+void write(LogLine& line) {
+  line.dropSplitPercent();
+// The line is the format on purpose: log consumers rely on "%%" coming out as one '%'.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-security"
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  __android_log_print(ANDROID_LOG_DEBUG, nullptr, line.text());
+#pragma GCC diagnostic pop
+}
+
+}  // namespace
+
 void SdkLog::print(int /* level */, const char* tag, const char* file, const char* function,
                    int line, const char* format, ...) {
   const ErrnoKeeper keeper;
@@ -15,16 +29,20 @@ void SdkLog::print(int /* level */, const char* tag, const char* file, const cha
   va_start(args, format);
   LogLine text(tag, file, function, line, format, args);
   va_end(args);
-  text.dropSplitPercent();
-// The line is the format on purpose: log consumers rely on "%%" coming out as one '%'.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-security"
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-  __android_log_print(ANDROID_LOG_DEBUG, nullptr, text.text());
-#pragma GCC diagnostic pop
+  write(text);
+}
+
+void SdkLog::print(const LogHead& head, const char* format, ...) {
+  const ErrnoKeeper keeper;
+  va_list args;
+  va_start(args, format);
+  LogLine text(head, format, args);
+  va_end(args);
+  write(text);
 }
 
 std::string escapePercent(const std::string& text) {
+  if (text.find('%') == std::string::npos) return text;
   std::string escaped;
   escaped.reserve(text.size());
   for (const char c : text) escaped.append(c == '%' ? 2 : 1, c);
