@@ -49,11 +49,15 @@ int OrbTimer::addTimedCallback(long delay, Callback callback, void* data) {
 }
 
 void OrbTimer::removeTimedCallback(int id) {
-  const auto hasId = [id](const TimedEvent& event) { return event.id == id; };
-  const auto firstRemoved = std::remove_if(mQueue.begin(), mQueue.end(), hasId);
-  if (firstRemoved == mQueue.end()) return;
-  mQueue.erase(firstRemoved, mQueue.end());
-  std::make_heap(mQueue.begin(), mQueue.end(), TimedEventCmp());
+  for (size_t place = 0; place < mQueue.size();) {
+    if (mQueue[place].id != id) {
+      ++place;
+    } else if (mQueue.back().id == id) {
+      mQueue.pop_back();
+    } else {
+      remove(place);  // nothing that has not been looked at comes to stand before this place
+    }
+  }
 }
 
 int OrbTimer::processEvents() {
@@ -178,4 +182,22 @@ OrbTimer::TimedEvent OrbTimer::pop() {
   const TimedEvent event = mQueue.back();
   mQueue.pop_back();
   return event;
+}
+
+// The last event, another one, takes the place of the removed one and goes from there to where it
+// belongs, down or up.
+void OrbTimer::remove(size_t place) {
+  const TimedEventCmp isLater;
+  const TimedEvent moved = mQueue.back();
+  mQueue.pop_back();
+  const size_t size = mQueue.size();
+  for (size_t child = 2 * place + 1; child < size; child = 2 * place + 1) {
+    if (child + 1 < size && isLater(mQueue[child], mQueue[child + 1])) ++child;
+    if (!isLater(moved, mQueue[child])) break;
+    mQueue[place] = mQueue[child];
+    place = child;
+  }
+  mQueue[place] = moved;
+  const auto begin = mQueue.begin();
+  std::push_heap(begin, begin + static_cast<std::ptrdiff_t>(place) + 1, isLater);
 }
