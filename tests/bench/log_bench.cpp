@@ -5,25 +5,19 @@
 // the deferred mode, encrypted files. The baseline formats the same line once; for encrypted files
 // it seals a text of the record's length as well.
 #include <android/log.h>
-#include <fcntl.h>
 #include <openssl/evp.h>
-#include <openssl/pem.h>
 #include <openssl/rand.h>
-#include <openssl/rsa.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 
 #include "Comparison.h"
 #include "Log.h"
-#include "NullPlatform.h"
+#include "LogWork.h"
 
 namespace {
 
 constexpr int kRecords = 50000;
-constexpr char kConfigFile[] = "/data/vendor/orb_logs/config/orb_log_config";
 
 // A line as the transport writes it, of about 100 characters.
 constexpr char kFormat[] = "handling a message of the daemon, number %d of %d, session %d, kind %s";
@@ -79,39 +73,18 @@ class BareSeal {
   EVP_CIPHER_CTX* const mContext = EVP_CIPHER_CTX_new();
 };
 
-bool writeConfig() {
-  std::FILE* const file = std::fopen(kConfigFile, "wb");
-  EVP_PKEY* const key = EVP_RSA_gen(2048);
-  const unsigned char head[9] = {0x30, 0x75, 0, 0, 0, 0, 0, 0, 3};  // 30000 records in a file
-  const bool done = file != nullptr && key != nullptr &&
-                    std::fwrite(head, sizeof head, 1, file) == 1 &&
-                    PEM_write_PUBKEY(file, key) == 1;
-  EVP_PKEY_free(key);
-  return file != nullptr && std::fclose(file) == 0 && done;
-}
-
-void setUpAgain(const char* logging, bool listening) {
-  Log::getInstance()->release();
-  nullplatform::setLogging(logging);
-  nullplatform::setListening(listening);
-  Log::getInstance()->init("log_bench");
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   const Comparison comparison(argc, argv);
-  setUpAgain("0", false);
+  logwork::setUpAgain("0", false);
   comparison.time("record, platform log only", kRecords, records, bareLines);
-  setUpAgain("0", true);
+  logwork::setUpAgain("0", true);
   comparison.time("record, diagnostic channel", kRecords, records, bareLines);
-  setUpAgain("1", false);
+  logwork::setUpAgain("1", false);
   comparison.time("record, deferred", kRecords, records, bareLines);
-  if (!writeConfig()) {
-    std::fprintf(stderr, "log_bench: cannot write %s; run in scripts/sandbox\n", kConfigFile);
-    return EXIT_FAILURE;
-  }
-  setUpAgain("0", false);
+  if (!logwork::configureEncryption()) return EXIT_FAILURE;
+  logwork::setUpAgain("0", false);
   BareSeal seal;
   comparison.time("record, encrypted file", kRecords, records,
                   [&](int count) { seal.lines(count); });

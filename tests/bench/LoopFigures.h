@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+// Figures of the event loop and the timer queue, printed as "name value unit" lines. With @p brief
+// of so few operations that only the names count.
+namespace figures {
+
+// From a post to an event handler until the item is handled on the loop's thread: one at a time,
+// and many at once.
+void printLoop(bool brief);
+// 10000 timers with delays of 1 to 20 ms: adding one, running one that is due, removing one.
+void printTimers(bool brief);
+
+void put(const char* name, double nanoseconds);
+
+}  // namespace figures
