@@ -10,14 +10,14 @@ struct LogSource {
   const char* file;
 };
 
-// A fixed line of the log: log consumers know it by its function, its number and its text, so none
-// of them follows the position in the source.
+// A fixed line of the log. Log consumers recognise it by function, number and text, so none of them
+// follows the position in the source.
 struct LogPoint {
   const char* function = nullptr;
   int line = 0;
   const char* text = nullptr;
 
-  // @p values are what the text's conversions take, already of the type they name.
+  // @p values are the arguments for the conversions of the text, of exactly their types.
   template <class... Values>
   void print(const LogSource& source, Values... values) const {
 #pragma GCC diagnostic push

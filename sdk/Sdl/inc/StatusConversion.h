@@ -4,8 +4,8 @@
 
 #include <orb/status.h>
 
-// What the value conversions of all services share: each service's messages number their statuses
-// alike, so one table serves them all. No state; may be called from any thread.
+// Conversions that all services share: their messages have the same numbers of statuses, so one
+// table is enough. No state; may be called from any thread.
 namespace orb::utils {
 
 // The second generation's number of a status. STATUS_INVALID_SLOT and unknown values have none:
@@ -13,7 +13,7 @@ namespace orb::utils {
 status_v2_e statusToStatusV2(status_e status);
 
 // The client's status of a service message's status number. Outside 0 to 9 it gives STATUS_INVALID
-// and a line in the name of `protoStatusToClient` of the caller, who passes its own file and line.
+// and a log line of the caller's `protoStatusToClient`; the caller passes its own file and line.
 status_e protoStatusToClient(int protoStatus, const char* file, int line);
 
 }  // namespace orb::utils

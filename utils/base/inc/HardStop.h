@@ -6,18 +6,18 @@
 
 #include "Mutex.h"
 
-// The documented end of the process where the library cannot go on: the line at error priority,
-// then exit(-1). exit() is not for two threads at once, so of several that stop only the first one
-// ends the process, and the others wait for that.
+// Ends the process where the library cannot go on: writes the line at error priority, then calls
+// exit(-1). Two threads must not call exit() at the same time. So only the first one calls it, and
+// the others wait for the end of the process.
 [[noreturn]] void hardStop(const char* message);
 
-// The calling thread is in exit() already: no other one may call it any more.
+// The calling thread is in exit() already: no other thread may call it now.
 void noteProcessExit();
 
-// One of the two has come: what threads were about to do may never be done now.
+// True once hardStop() or noteProcessExit() ran. Threads may not finish their work any more.
 bool processStops();
 
-// A wait without a bound for what another thread does; false when the process stops before that.
+// Waits without a limit for another thread; false if the process stops before that.
 template <class Predicate>
 bool awaitUnlessStopped(Condition& condition, UniqueLock& lock, Predicate predicate) {
   constexpr std::chrono::milliseconds kLook(20);

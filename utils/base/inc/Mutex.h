@@ -8,9 +8,9 @@
 #include <shared_mutex>
 #include <utility>
 
-// Mutexes and locks that clang checks at compile time (-Wthread-safety): a field that names its
-// lock with ORB_GUARDED_BY cannot be touched without it, and a function that says ORB_REQUIRES is
-// called with it held only. Other compilers see none of this.
+// Mutexes and locks that clang checks at compile time (-Wthread-safety): a field with
+// ORB_GUARDED_BY is accessible only while its lock is held, and a function with ORB_REQUIRES can be
+// called only while the lock is held. Other compilers check nothing.
 #if defined(__clang__)
 #define ORB_THREAD_ATTRIBUTE(x) __attribute__((x))
 #else
@@ -39,7 +39,7 @@ class ORB_CAPABILITY("mutex") CheckedMutex {
 using Mutex = CheckedMutex<std::mutex>;
 using SharedMutex = CheckedMutex<std::shared_mutex>;
 
-// Held to the end of its scope.
+// Locked until the end of its scope.
 template <class M>
 class ORB_SCOPED_CAPABILITY ScopedLock {
  public:
@@ -54,7 +54,7 @@ class ORB_SCOPED_CAPABILITY ScopedLock {
 
 using LockGuard = ScopedLock<Mutex>;
 
-// May be let go and taken again within its scope, and waited with.
+// Can be unlocked and locked again within its scope, and a condition can wait with it.
 class ORB_SCOPED_CAPABILITY UniqueLock {
  public:
   explicit UniqueLock(Mutex& mutex) ORB_ACQUIRE(mutex) : mLock(mutex.mMutex) {}

@@ -3,10 +3,10 @@
 #pragma once
 
 // Holds a static object whose destructor never runs, so that threads may use it while the process
-// exits. What threads may still use then stands in one of these, and nowhere else. With a constexpr
-// default constructor T is there before any code runs, also outside functions; any other T is for a
-// static variable of a function, which the first call builds. T needs no public constructor: it may
-// name NeverDestroyed<T> its friend.
+// exits. Every object that threads may still use then is in one of these. If T has a constexpr
+// default constructor, the object exists before any code runs, also outside functions. Any other T
+// is for a static variable of a function; the first call constructs it. T needs no public
+// constructor: NeverDestroyed<T> may be its friend.
 template <class T>
 class NeverDestroyed {
  public:

@@ -10,7 +10,7 @@
 
 #include <memory>
 
-// libcrypto frees each kind of its objects with a function of its own; this one calls the right
+// libcrypto has a function of its own to free each kind of object; this deleter calls the right
 // one. No state.
 struct OpenSslDeleter {
   void operator()(BIO* object) const { BIO_free(object); }  // none is a chain
@@ -20,7 +20,7 @@ struct OpenSslDeleter {
   void operator()(EVP_RAND* object) const { EVP_RAND_free(object); }
   void operator()(EVP_RAND_CTX* object) const { EVP_RAND_CTX_free(object); }
   void operator()(unsigned char* memory) const { OPENSSL_free(memory); }
-// Keys of this kind are deprecated; who has one anyway frees it here as well.
+// Keys of this kind are deprecated, but some code still has them.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
   void operator()(RSA* object) const { RSA_free(object); }
@@ -31,9 +31,9 @@ struct OpenSslDeleter {
 template <class T>
 using OpenSslPtr = std::unique_ptr<T, OpenSslDeleter>;
 
-// What libcrypto queues about failed calls of this scope is not left behind for the application.
-// Not around what is done for every record: the mark alone makes a queue for the thread that logs,
-// which stays behind where the process ends before the thread does.
+// Removes the errors that libcrypto has queued in this scope, so that the application does not find
+// them. Do not use it for every record: the mark alone allocates a queue for the thread that logs,
+// and the queue leaks if the process ends before the thread.
 class OpenSslErrorScope {
  public:
   OpenSslErrorScope() { ERR_set_mark(); }

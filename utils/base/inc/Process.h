@@ -9,27 +9,27 @@
 // gives to processes. Never 0. Async-signal-safe.
 uint64_t currentProcess();
 
-// Remembers the process that something belongs to, for a forked child has memory and descriptors of
-// its parent but none of its threads: locks may stay taken for ever there, and what goes out on a
-// descriptor goes out for the parent. Any thread; no lock.
+// Remembers the process that an object belongs to. A forked child has the memory and the
+// descriptors of its parent, but none of its threads: locks may stay locked for ever there, and
+// what it writes to a descriptor looks like data of the parent. Any thread; no lock.
 class ProcessMark {
  public:
   constexpr ProcessMark() = default;
 
   // The calling process from now on.
   void set() { mProcess = currentProcess(); }
-  // The same, unless a process was named before.
+  // The same, unless a process was set before.
   void setOnce() {
     uint64_t none = 0;
     if (mProcess == 0) mProcess.compare_exchange_strong(none, currentProcess());
   }
   bool isSet() const { return mProcess != 0; }
-  // Whether the process named is the calling one.
+  // Whether the process that was set is the calling one.
   bool isHere() const { return mProcess == currentProcess(); }
-  // Whether a process was named and it is another one.
+  // Whether a process was set and is not the calling one.
   bool isElsewhere() const { return isSet() && !isHere(); }
-  // The same without a system call, for what is done very often: a child made without fork handlers
-  // passes for the process named.
+  // The same without a system call, for frequent calls. It does not notice a child that was made
+  // without fork handlers.
   bool isForked() const;
 
  private:

@@ -10,9 +10,9 @@
 
 #include "ThreadStack.h"
 
-// A thread of the library, or none yet: what std::thread would be if it could be told how large its
-// stack is to be. Belongs to whoever has it started, who uses it on one thread at a time. As with
-// std::thread, one that was started must be joined or detached before it goes.
+// A thread of the library, or none yet: like std::thread, but with a chosen stack size. It belongs
+// to the code that starts it, which uses it on one thread at a time. As with std::thread, a started
+// one must be joined or detached before it is destroyed.
 class Thread {
  public:
   Thread() = default;
@@ -42,15 +42,14 @@ class Thread {
 // Whether startThread() has started the calling thread.
 bool isLibraryThread();
 
-// From now on new threads let SIGUSR1 through: the library has a handler for it.
+// From now on new threads do not block SIGUSR1: the library has a handler for it.
 void letThreadsTakeUserSignal();
 
-// Starts a library thread: named (15 characters at most), with a stack for @p work, and with every
-// signal blocked except the synchronous ones, so that no handler of the application runs on it,
-// what the application waits for with sigwait() or a signalfd stays its own, and a closed socket
-// cannot raise SIGPIPE there. An exception that reaches the end of @p body is logged and swallowed.
-// Returns false, with @p out untouched, when the system has no thread or no memory to give; it
-// never throws.
+// Starts a library thread: with a name (15 characters at most) and a stack for @p work. It blocks
+// every signal except the synchronous ones. So no handler of the application runs on it, signals
+// that the application waits for with sigwait() or a signalfd reach the application, and a closed
+// socket raises no SIGPIPE. An exception that leaves @p body is logged and goes no further. Returns
+// false, with @p out unchanged, if the system has no thread or no memory; never throws.
 template <class Body>
 bool startThread(Thread& out, const char* name, ThreadWork work, Body&& body) {
   try {

@@ -8,10 +8,10 @@
 
 #include <utility>
 
-// An application that has closed its standard streams gives their numbers to whatever is opened
-// next, and what it prints must not end up there. Takes a descriptor that the library has just
-// opened and returns it with a number above theirs, close-on-exec; -1, with errno, when there is
-// none. A failed open passes as it is.
+// If an application has closed its standard streams, the next open gets one of their numbers, and
+// the application would print into it. This function takes a descriptor that the library has just
+// opened and returns it with a higher number, close-on-exec; -1, with errno, if there is none. A
+// failed open is returned unchanged.
 inline int aboveStandardStreams(int fd) {
   if (fd < 0 || fd > STDERR_FILENO) return fd;
   const int moved = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -40,16 +40,16 @@ class UniqueFd {
     const int former = std::exchange(mFd, fd);
     if (former >= 0) ::close(former);
   }
-  // Gives the descriptor back to the caller, who closes it.
+  // Releases the descriptor to the caller, who closes it.
   int release() { return std::exchange(mFd, -1); }
 
  private:
   int mFd = -1;
 };
 
-// Keeps what others open away from the free numbers of standard streams for its lifetime: behind
-// these descriptors is nothing that could be read or written. A number that the application has
-// given to a stream of its own meanwhile is left to it.
+// While it exists, other opens do not get the free numbers of the standard streams: it occupies
+// them with descriptors that can be neither read nor written. If the application uses one of the
+// numbers meanwhile, that one stays with the application.
 class StandardStreamsKeeper {
  public:
   StandardStreamsKeeper() {
@@ -73,8 +73,8 @@ class StandardStreamsKeeper {
   UniqueFd mKept[STDERR_FILENO + 1];
 };
 
-// What @p open returns, above the standard streams from the beginning: while a descriptor is moved,
-// another thread that prints would find it under its former number.
+// Calls @p open so that the descriptor is above the standard streams from the beginning. If it were
+// moved afterwards, another thread could print into it before the move.
 template <class Open>
 int openAboveStandardStreams(const Open& open) {
   const StandardStreamsKeeper keeper;

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Part of the library only where the C++ runtime is linked into it. Such a runtime brings along a
-// translator of mangled names, more than 100 KB with its tables, for the line that it writes when
-// an exception ends the process. The linker takes this in its place, and the line has the name of
-// the exception as the compiler wrote it.
+// Part of the library only if the C++ runtime is linked into it. Such a runtime contains a
+// demangler, more than 100 KB with its tables, for the line that it writes when an exception ends
+// the process. The linker uses this function instead, and the line has the mangled name of the
+// exception.
 #include <cstddef>
 
 extern "C" char* __cxa_demangle(const char* mangled, char* buffer, size_t* length, int* status);

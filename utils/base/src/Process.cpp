@@ -7,8 +7,8 @@
 
 namespace {
 
-// How many forks lead from the process that loaded the library to this one. Process numbers alone
-// may come again, after their end or in another namespace.
+// Number of forks from the process that loaded the library to this one. A process id alone is not
+// enough: the system may reuse it, also in another namespace.
 std::atomic<uint32_t> generation{1};
 const int kRegistered = pthread_atfork(nullptr, nullptr, [] { ++generation; });
 

@@ -50,7 +50,7 @@ void runBody(const std::string& name, const std::function<void()>& body) noexcep
   }
 }
 
-// What a thread needs for its start; its own from then on.
+// What a thread needs for its start. It belongs to the new thread.
 struct Start {
   std::string name;
   std::function<void()> body;
@@ -77,7 +77,7 @@ class Attributes {
   bool mUsable;
 };
 
-// What the thread shared goes with the thread, not with its handle.
+// The thread itself releases what it shared, not its handle.
 extern "C" void* orbThreadMain(void* data) {
   const std::unique_ptr<Start> start(static_cast<Start*>(data));
   runBody(start->name, start->body);

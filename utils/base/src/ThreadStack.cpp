@@ -45,7 +45,7 @@ size_t systemValue(int name) { return static_cast<size_t>(std::max(sysconf(name)
 bool orb::utils::setStackSize(pthread_attr_t& attributes, ThreadWork work) {
   size_t platforms = 0;
   if (pthread_attr_getstacksize(&attributes, &platforms) != 0) return false;
-  // A checker makes every frame larger, so what was measured without it says nothing.
+  // A sanitizer makes every frame larger, so the measured sizes do not hold.
   const bool atLeastThePlatforms = kChecked || work == ThreadWork::Callbacks;
   size_t size = std::max(stackFor(work) + threadLocalSize(), systemValue(_SC_THREAD_STACK_MIN));
   if (atLeastThePlatforms) size = std::max(size, platforms);

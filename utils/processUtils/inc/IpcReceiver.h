@@ -8,19 +8,18 @@
 #include "IpcSocket.h"
 #include "ProcessHandler.h"
 
-// How a receiver thread reaches its handler: shared handlers through a weak reference, so that the
-// thread keeps none alive while it waits for data; others on the owner's promise to outlive the
-// thread.
+// How a receiver thread reaches its handler. A shared handler: through a weak reference, so that
+// the thread does not keep it alive while it waits for data. Any other: its owner keeps it alive
+// longer than the thread.
 class HandlerRef {
  public:
-  // @p semaphore is the one to signal; a handler that begins a new connection meanwhile names
-  // another one.
+  // @p semaphore is the one to signal. For a new connection the handler has another semaphore.
   HandlerRef(const std::shared_ptr<ProcessHandler>& handler, std::shared_ptr<Semaphore> semaphore)
       : mWeak(handler), mSemaphore(std::move(semaphore)) {}
   explicit HandlerRef(ProcessHandler& handler)
       : mBare(&handler), mSemaphore(handler.threadSemaphore()) {}
 
-  // Empty when the handler is gone.
+  // Empty if the handler was destroyed.
   std::shared_ptr<ProcessHandler> lock() const {
     return mBare ? std::shared_ptr<ProcessHandler>(std::shared_ptr<void>(), mBare) : mWeak.lock();
   }

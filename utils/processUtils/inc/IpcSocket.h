@@ -7,15 +7,15 @@
 
 #include "UniqueFd.h"
 
-// A socket to a peer. One thread reads it, another one writes it and a third one shuts it down. The
-// last holder closes the number, so nobody ever calls the kernel with a number that was given away.
-// The table of registered sockets writes mRegistered under its lock; who sends reads it without.
+// A socket to a peer. One thread reads it, another one writes it, and a third one shuts it down.
+// The last holder closes the descriptor, so no thread calls the kernel with a reused number. The
+// table of registered sockets writes mRegistered under its lock; senders read it without a lock.
 class IpcSocket : public UniqueFd {
  public:
   using UniqueFd::UniqueFd;
 
-  // Whether its (peer, session) pair stands for this socket. Once another socket has the pair, or
-  // none, nothing is sent on this one any more.
+  // Whether this socket is registered under its (peer, session) pair. If not, nothing is sent on it
+  // any more.
   bool isRegistered() const { return mRegistered; }
   void setRegistered(bool registered) { mRegistered = registered; }
 

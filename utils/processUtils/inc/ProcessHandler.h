@@ -10,11 +10,11 @@
 #include "Mutex.h"
 #include "Semaphore.h"
 
-// What a receiver thread hands frames and the end of its socket to. Called on the receiver thread
-// with no lock held. The receiver shares the semaphore, so that it can signal it whatever became of
-// the handler; it reaches the handler itself through a weak reference or, for a handler that is not
-// shared, on the owner's promise that it waits for the semaphore. mSemaphoreLock guards which
-// semaphore that is: one thread may begin a new connection while another asks.
+// Receives frames and the end of the socket from a receiver thread. Called on the receiver thread
+// with no lock held. The receiver shares the semaphore, so that it can signal it even after the
+// handler was destroyed. It reaches the handler itself through a weak reference; if the handler is
+// not shared, its owner waits for the semaphore. mSemaphoreLock guards mSemaphore: one thread may
+// begin a new connection while another reads it.
 class ProcessHandler {
  public:
   ProcessHandler() = default;
@@ -22,14 +22,14 @@ class ProcessHandler {
   ProcessHandler& operator=(const ProcessHandler&) = delete;
   virtual ~ProcessHandler() = default;
 
-  // The frame belongs to the caller and is gone after the call: copy what is to be kept.
+  // The frame belongs to the caller and is freed after the call: copy what you need later.
   virtual void handleMsg(ipcMsg_t* msg);
   // The socket of session @p sessionId is lost or closed. Not called for a socket that its owner
-  // deregistered, nor for one that a new socket with the same id has displaced.
+  // deregistered, nor for one that a new socket with the same id has replaced.
   virtual void handleSessionEnd(unsigned int sessionId);
-  // The receiver of @p sockFd reads no more. Always the last call for a socket; also comes when
-  // handleSessionEnd() did not, so that a session without an id, or one whose id was given away,
-  // can notice its end.
+  // The receiver of @p sockFd reads no more. Always the last call for a socket, also if
+  // handleSessionEnd() was not called: so a session without an id, or one whose id belongs to a new
+  // socket, notices its end.
   virtual void handleReceiverEnd(int sockFd);
 
   // Signalled once when the receiver thread of the latest socket has ended.
@@ -39,8 +39,8 @@ class ProcessHandler {
   }
 
  protected:
-  // For a new connection: the count saturates, so that the former semaphore, which may still be
-  // raised, would let the next wait pass at once.
+  // For a new connection. The old semaphore may still be signalled, and then the next wait would
+  // return at once.
   void setThreadSemaphore(std::shared_ptr<Semaphore> semaphore) {
     const LockGuard lock(mSemaphoreLock);
     mThreadSemaphore.swap(semaphore);

@@ -14,9 +14,9 @@
 #include "ProcessHandler.h"
 #include "Thread.h"
 
-// Registered sockets of the process and their receiver threads. One per process, made on first use
-// and kept until no thread can need it. Reached from every thread; mLock guards all fields, is held
-// for look-ups and changes only, never across a send, a receive or a callback.
+// Registered sockets of the process and their receiver threads. One per process, created on first
+// use and kept as long as a thread can need it. Any thread. mLock guards all fields; it is held for
+// look-ups and changes only, never during a send, a receive or a callback.
 struct ProcessUtilsGlobals {
   using Key = std::pair<unsigned long, unsigned long>;  // peer process id, session id
 
@@ -35,35 +35,35 @@ struct ProcessUtilsGlobals {
 
 std::shared_ptr<ProcessUtilsGlobals> getProcessUtilsGlobals();
 
-// Registers a connected socket under (peer, session) and starts its detached receiver thread, which
-// from then on owns the descriptor's end: it closes it (the last holder of the shared socket does)
-// and then signals @p ended, or without one the handler's semaphore. A pair whose socket is shut
-// down or left by its peer is taken over: its receiver is on its way out and needs it no more.
-// Refused, with a log line, are a pair whose socket lives and a thread that the system cannot
-// start; descriptors 0 and below are ignored.
+// Registers a connected socket under (peer, session) and starts its detached receiver thread. At
+// the end the receiver closes the socket (the last holder of the shared socket does) and then
+// signals @p ended, or the handler's semaphore if there is no @p ended. If the pair belongs to a
+// socket that is shut down or whose peer has closed it, the new socket replaces it: the old
+// receiver is about to end and does not need the pair. It refuses, with a log line, a pair whose
+// socket still works, and a thread that the system cannot start. It ignores descriptors 0 and
+// below.
 bool registerSocket(unsigned long id, unsigned int sessionId, SharedSocket socket,
                     const std::shared_ptr<ProcessHandler>& handler,
                     std::shared_ptr<Semaphore> ended = nullptr);
 
-// Forgets the pair. The socket is neither shut down nor closed, its receiver goes on until it
-// fails. With @p only the pair is forgotten just when it still stands for that socket.
+// Removes the pair. Does not shut down or close the socket; its receiver goes on until the socket
+// fails. With @p only, removes the pair only if it still belongs to that socket.
 void deregisterSocket(unsigned long id, unsigned int sessionId, const UniqueFd* only = nullptr);
 
-// On a receiver thread the semaphore that it will signal, which tells connections apart; elsewhere
-// none.
+// On a receiver thread: the semaphore that it will signal, which identifies the connection. On
+// other threads: none.
 std::shared_ptr<Semaphore> semaphoreOfThisReceiver();
 // True on the receiver thread that will signal @p semaphore: it must not wait for it.
 bool isReceiverThreadOf(const Semaphore* semaphore);
 
-// What a send on the calling thread needs besides @p flags: on an application's thread it must not
+// @p flags plus what a send on the calling thread needs: on an application's thread it must not
 // raise a signal.
 int sendFlags(int flags = 0);
 
-// Sends a complete frame in one call on @p socket, which the caller holds. False when it is not
-// registered (any more) or the call took nothing; a short count passes as success. May block in
-// send, unless @p flags for it say otherwise. A socket that takes nothing any more counts as lost:
-// it is shut down, so that its receiver ends and tells the handler. That there is no room without
-// waiting is no such failure.
+// Sends a complete frame in one call on @p socket, which the caller holds. False if the socket is
+// not registered (any more) or the call failed; a short count is a success. May block in send,
+// unless @p flags prevent that. After a failure the connection counts as lost: the socket is shut
+// down, so that its receiver ends and tells the handler. EAGAIN is no such failure.
 bool sendIpc(const ipcMsg_t& msg, const IpcSocket& socket, int flags = 0);
 
 // From here on for programs that take part in the IPC themselves: the sessions of this library use
@@ -79,8 +79,8 @@ struct ProcessUtilsWrapper {
                       unsigned int sessionId, int flags = 0);
 };
 
-// Registers a plain descriptor for a handler that its owner keeps alive until the semaphore came.
-// The descriptor is taken over when it was registered and left alone otherwise.
+// Registers a plain descriptor for a handler that its owner keeps alive until the semaphore is
+// signalled. If it succeeds, the receiver owns the descriptor; otherwise the caller keeps it.
 bool registerSocket(unsigned long id, unsigned int sessionId, int sockFd, ProcessHandler& handler);
 
 // One-time registration of the process under a name. Descriptor 0 is a valid first socket here.

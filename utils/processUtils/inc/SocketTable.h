@@ -7,9 +7,9 @@
 
 // What the sources of ProcessUtils share.
 
-// Notes @p socket under @p key and starts its receiver; false, with a line, when the pair is taken
-// or there is no thread. @p displaced gets the socket that had the pair before, to be let go after
-// the lock.
+// Registers @p socket under @p key and starts its receiver. False, with a log line, if the pair is
+// in use or there is no thread. @p displaced gets the socket that had the pair before, to be
+// released after the lock.
 bool registerLocked(ProcessUtilsGlobals& globals, const ProcessUtilsGlobals::Key& key,
                     SharedSocket socket, HandlerRef handler, SharedSocket& displaced)
     ORB_REQUIRES(globals.mLock);

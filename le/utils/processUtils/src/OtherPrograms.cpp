@@ -1,8 +1,6 @@
-// SPDX-License-Identifier: Apache-2.0
-// Copyright (c) 2026 The OrbSdlSdk authors
-// For programs that take part in the IPC themselves: a name for the process, sockets registered by
-// their numbers and frames sent by (destination, session). The sessions of this library use none of
-// it.
+// SPDX-License-Identifier: Apache-2.0 Copyright (c) 2026 The OrbSdlSdk authors For programs that
+// use the IPC themselves: a name for the process, sockets registered by their numbers, and frames
+// sent by (destination, session). The sessions of this library do not use it.
 #include <stdint.h>
 #include <string.h>
 
@@ -49,7 +47,7 @@ bool registerSocket(unsigned long id, unsigned int sessionId, int sockFd, Proces
 bool ProcessUtilsWrapper::sendMsg(const unsigned char* data, unsigned long len, unsigned long msgId,
                                   long subsystemId, unsigned long srcId, unsigned long dstId,
                                   unsigned int sessionId, int flags) {
-  // Refused here, as each C++ library has a text of its own for it.
+  // Refused here, because each C++ library has another text for it.
   if (len > static_cast<unsigned long>(PTRDIFF_MAX) - sizeof(ipcMsg_t)) {
     throw std::length_error("cannot create std::vector larger than max_size()");
   }

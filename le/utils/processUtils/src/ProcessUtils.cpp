@@ -23,8 +23,9 @@ using Globals = ProcessUtilsGlobals;
 
 constexpr char kSendIpc[] = "sendIpc";  // the function of its lines, wherever they are
 
-// Receiver threads outlive static destruction, so what they reach is never destroyed: the holder's
-// storage stays for good, and at exit it lets the globals go only as far as nobody else holds them.
+// Receiver threads run longer than static destruction, so nothing that they use is destroyed: the
+// holder's storage stays for good, and at exit it releases the globals only if nothing else holds
+// them.
 struct GlobalsHolder {
   Mutex lock;
   std::shared_ptr<Globals> globals ORB_GUARDED_BY(lock);
@@ -35,8 +36,8 @@ GlobalsHolder& holder() {
   return instance.get();
 }
 
-// A forked child inherits this with its parent's locks: another thread may have held one at the
-// fork, and nobody gives it back there. The child has nothing to release.
+// A forked child inherits this together with its parent's locks. Another thread may have held one
+// at the fork, and no thread unlocks it in the child. The child has nothing to release.
 struct ReleaseAtExit {
   ProcessMark process;
 
@@ -62,8 +63,8 @@ bool startReceiver(Thread& thread, const SharedSocket& socket, HandlerRef handle
   return true;
 }
 
-// Whether nothing more goes out on the socket or comes in: shut down here, or left by its peer. Its
-// receiver may still be busy with what came before.
+// Whether the socket no longer works: it was shut down, or the peer has closed it. Its receiver may
+// still handle earlier data.
 bool isOnItsWayOut(const UniqueFd& socket) {
   pollfd state = {socket.get(), POLLRDHUP, 0};
   return poll(&state, 1, 0) > 0;  // hang-ups and errors are reported whatever was asked for
@@ -82,14 +83,14 @@ bool registerLocked(ProcessUtilsGlobals& globals, const ProcessUtilsGlobals::Key
   }
   bool started = false;
   try {
-    // Places first: from its start on the receiver needs them. What it is handed may be answered.
+    // Entries first: the receiver needs them from its start on, and its handler may answer at once.
     SharedSocket& place = globals.mSockets[key];
     Thread& thread = globals.mReceiverThreads[key];
     socket->setRegistered(true);
     started = startReceiver(thread, socket, std::move(handler));
     if (started) displaced = std::exchange(place, std::move(socket));
   } catch (const std::bad_alloc&) {
-    // No place to note it in: no thread has been started.
+    // No memory for the entries: no thread was started.
   }
   if (started) {
     if (displaced) displaced->setRegistered(false);
@@ -161,7 +162,8 @@ bool sendWhole(const ipcMsg_t& msg, const IpcSocket& socket, int flags) {
   ORB_LOG_AS(ANDROID_LOG_ERROR, __FILE__, kSendIpc, "send: failure, errno: %d(%s)", error,
              strerror(error));
   const bool noRoom = (flags & MSG_DONTWAIT) != 0 && error == EAGAIN;
-  // The peer reads no more, but its end of the other direction may be open: nobody would ever tell.
+  // The peer reads no more, but may keep its sending direction open: then the receiver would never
+  // notice.
   if (!noRoom) shutdown(socket.get(), SHUT_RDWR);
   return false;
 }
@@ -171,6 +173,6 @@ int sendFlags(int flags) { return isLibraryThread() ? flags : flags | MSG_NOSIGN
 bool sendIpc(const ipcMsg_t& msg, const IpcSocket& socket, int flags) {
   ORB_LOGD("dstProcessId: 0x%lx, sessionId: %ld", static_cast<unsigned long>(msg.dstProcessId),
            static_cast<long>(msg.sessionId));
-  // Without its pair it is on its way out; the pair may be its successor's.
+  // Without its pair the socket is about to end; the pair may belong to the next one.
   return socket.isRegistered() && sendWhole(msg, socket, flags);
 }
