@@ -41,7 +41,7 @@ bool tellsOfLoss(Kind kind, int value, bool insideCall) {
   }
 }
 // Which of the counters of calls under way it is.
-int counterOf(What what) { return what == What::Enable ? 0 : what == What::Leave ? 1 : -1; }
+int counterOf(What what) { return what == What::Enable ? 0 : what == What::Disable ? 1 : -1; }
 
 }  // namespace
 
@@ -88,10 +88,10 @@ ModelBooks::Call ModelBooks::begin(What what, Service service, bool inside) {
   Call call{what, service, inside};
   call.start = ++mClock;
   call.began = Clock::now();
-  call.enabled = life.underWay[1] == 0 && life.enabledFrom > life.leaveEnd;
-  call.disabled = life.underWay[0] == 0 && life.leftFrom > life.enableEnd;
+  call.enabled = life.underWay[1] == 0 && life.enabledFrom > life.disableEnd;
+  call.disabled = life.underWay[0] == 0 && life.disabledFrom > life.enableEnd;
   const int counter = counterOf(what);
-  if (what == What::Leave) life.leaving.push_back(call.start);
+  if (what == What::Disable) life.disabling.push_back(call.start);
   if (counter >= 0) {
     ++life.underWay[counter];
     ++life.begun[counter];
@@ -113,8 +113,8 @@ void ModelBooks::end(const Call& call, int64_t result, bool accepted, Kind kind,
   if (!accepted) ++mTotals.refused;
   const int counter = counterOf(call.what);
   if (counter >= 0) --life.underWay[counter];
-  if (call.what == What::Leave) {
-    life.leaving.erase(std::find(life.leaving.begin(), life.leaving.end(), call.start));
+  if (call.what == What::Disable) {
+    life.disabling.erase(std::find(life.disabling.begin(), life.disabling.end(), call.start));
   }
   judgeResult(call, result, accepted);
   judgeTime(call, accepted);
@@ -122,10 +122,10 @@ void ModelBooks::end(const Call& call, int64_t result, bool accepted, Kind kind,
   if (accepted) {
     ++life.accepted[static_cast<size_t>(call.what)];
     if (call.what == What::Enable) life.enabledFrom = std::max(life.enabledFrom, call.start);
-    if (call.what == What::Leave) {
-      life.leftFrom = std::max(life.leftFrom, call.start);
-      life.leaveEnd = now;
-      life.leaves.emplace_back(call.start, now);
+    if (call.what == What::Disable) {
+      life.disabledFrom = std::max(life.disabledFrom, call.start);
+      life.disableEnd = now;
+      life.disables.emplace_back(call.start, now);
       closeBefore(call);
     }
   }
@@ -149,7 +149,7 @@ void ModelBooks::judgeResult(const Call& call, int64_t result, bool accepted) {
     case What::EnableNull:
       if (accepted) mistake("%s of %s was not refused", what, name);
       break;
-    case What::Leave:
+    case What::Disable:
       if (enabled && !accepted) mistake("%s of %s, enabled, was refused", what, name);
       if (disabled && accepted) mistake("%s of %s, disabled, was not refused", what, name);
       break;
@@ -170,7 +170,7 @@ void ModelBooks::judgeTime(const Call& call, bool accepted) {
   const Clock::time_point now = Clock::now();
   Clock::time_point from = call.began;
   // A callback that was waited for counts from its end.
-  const bool waits = call.what == What::Leave && accepted && !call.inside;
+  const bool waits = call.what == What::Disable && accepted && !call.inside;
   if (waits) from = std::max(from, mLives[call.service].lastCallback);
   const auto took = std::chrono::duration_cast<milliseconds>(now - from);
   if (took <= (call.inside ? kAtOnce : kInTime)) return;
@@ -222,10 +222,10 @@ void ModelBooks::closeBefore(const Call& call) {
 
 // Whether another disable was under way while @p account was registered.
 bool ModelBooks::besideALeave(const Life& life, const Account& account) const {
-  for (const uint64_t start : life.leaving) {
+  for (const uint64_t start : life.disabling) {
     if (start < account.registered) return true;
   }
-  for (const auto& [start, end] : life.leaves) {
+  for (const auto& [start, end] : life.disables) {
     if (start < account.registered && end > account.opened) return true;
   }
   return false;
@@ -263,7 +263,7 @@ void ModelBooks::beginCallback(Kind kind, int number, int value, uint64_t connec
     mistake("%s %d: status %d for nothing", nameOf(kind), number, value);
   }
   if (connection != 0 && connection < mConnections.size()) {
-    for (const auto& [start, end] : mLives[serviceOf(kind)].leaves) {
+    for (const auto& [start, end] : mLives[serviceOf(kind)].disables) {
       if (start > mConnections[connection] && end < account.opened) {
         mistake("%s %d: called by connection %llu of a former time", nameOf(kind), number,
                 static_cast<unsigned long long>(connection));

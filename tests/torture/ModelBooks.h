@@ -39,7 +39,7 @@ class ModelBooks {
  public:
   using Clock = std::chrono::steady_clock;
   using milliseconds = std::chrono::milliseconds;
-  enum class What { Enable, EnableNull, Leave, Request, RequestInvalid };
+  enum class What { Enable, EnableNull, Disable, Request, RequestInvalid };
   struct Call {
     What what;
     Service service;
@@ -120,12 +120,12 @@ class ModelBooks {
     uint64_t underWay[2] = {0, 0};  // enables, disables
     uint64_t begun[2] = {0, 0};
     uint64_t accepted[5] = {};
-    uint64_t enabledFrom = 0;  // latest start of an accepted enable
-    uint64_t enableEnd = 0;    // latest end of any enable
-    uint64_t leftFrom = 1;     // latest start of an accepted disable; disabled at first
-    uint64_t leaveEnd = 0;     // latest end of an accepted disable
-    std::vector<std::pair<uint64_t, uint64_t>> leaves;  // accepted: start, end
-    std::vector<uint64_t> leaving;                      // starts of those under way
+    uint64_t enabledFrom = 0;   // latest start of an accepted enable
+    uint64_t enableEnd = 0;     // latest end of any enable
+    uint64_t disabledFrom = 1;  // latest start of an accepted disable; disabled at first
+    uint64_t disableEnd = 0;    // latest end of an accepted disable
+    std::vector<std::pair<uint64_t, uint64_t>> disables;  // accepted: start, end
+    std::vector<uint64_t> disabling;                      // starts of those under way
     Clock::time_point lastCallback{};
   };
   struct Tag {

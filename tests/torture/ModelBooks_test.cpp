@@ -47,40 +47,40 @@ TEST_F(Books, AWholeLifeIsInOrder) {
   callback(kLceStatus, status);
   const int criteria = registering(What::Request, kLceCriteria);
   callback(kLceCriteria, criteria);
-  call(What::Leave);
-  call(What::Leave, false);
+  call(What::Disable);
+  call(What::Disable, false);
   call(What::Request, false);
   expectNone();
 }
 
 TEST_F(Books, ACallbackThatOutlivesDisableIsNoticed) {
   const int status = enable();
-  const auto leaving = begin(What::Leave);
+  const auto disabling = begin(What::Disable);
   mBooks.beginCallback(kLceStatus, status, STATUS_SUCCESS, 0, false);
-  end(leaving);
+  end(disabling);
   expectMistake("runs on after disable");
 }
 
 TEST_F(Books, ACallbackAfterDisableIsNoticed) {
   const int status = enable();
-  call(What::Leave);
+  call(What::Disable);
   callback(kLceStatus, status);
   expectMistake("called after disable");
 }
 
 TEST_F(Books, AFunctionRegisteredBesideADisableMayGoOn) {
   const int first = enable();
-  const auto leaving = begin(What::Leave);
+  const auto disabling = begin(What::Disable);
   const int second = enable();
   callback(kLceStatus, first);
-  end(leaving);
+  end(disabling);
   callback(kLceStatus, second);
   expectNone();
 }
 
 TEST_F(Books, AThreadMayBeAboutToCallOnceWhenACallbackDisables) {
   const int status = enable();
-  call(What::Leave, true, true);
+  call(What::Disable, true, true);
   callback(kLceStatus, status);
   expectNone();
   callback(kLceStatus, status);
@@ -124,19 +124,19 @@ TEST_F(Books, ADisabledServiceTakesNone) {
 
 TEST_F(Books, AServiceBetweenTheTwoMayDoEither) {
   enable();
-  const auto leaving = begin(What::Leave);
+  const auto disabling = begin(What::Disable);
   call(What::Request);
   call(What::Request, false);
-  end(leaving);
+  end(disabling);
   const auto enabling = begin(What::Enable);
-  call(What::Leave, false);
+  call(What::Disable, false);
   end(enabling);
   expectNone();
 }
 
 TEST_F(Books, AnEnabledServiceCanBeDisabled) {
   enable();
-  call(What::Leave, false);
+  call(What::Disable, false);
   expectMistake("enabled, was refused");
 }
 
@@ -151,16 +151,16 @@ TEST_F(Books, NobodyHearsOfALossWithoutHarm) {
 }
 
 TEST_F(Books, ALateCallCountsUnlessTheMachineIsToBlame) {
-  auto leaving = begin(What::Leave);
-  leaving.began -= std::chrono::seconds(10);
-  end(leaving, false);
+  auto disabling = begin(What::Disable);
+  disabling.began -= std::chrono::seconds(10);
+  end(disabling, false);
   mBooks.starve();
   mBooks.endRound();
   expectNone();
   mBooks.beginRound();
-  leaving = begin(What::Leave);
-  leaving.began -= std::chrono::seconds(10);
-  end(leaving, false);
+  disabling = begin(What::Disable);
+  disabling.began -= std::chrono::seconds(10);
+  end(disabling, false);
   mBooks.endRound();
   expectMistake("disable of Lce took 10");
 }
@@ -168,7 +168,7 @@ TEST_F(Books, ALateCallCountsUnlessTheMachineIsToBlame) {
 TEST_F(Books, AReportOfAFormerTimeIsNoticed) {
   enable();
   mBooks.connectionStands(1);
-  call(What::Leave);
+  call(What::Disable);
   enable();
   const int report = registering(What::Request, kLceReport);
   callback(kLceReport, report, 0, 1);

@@ -197,9 +197,9 @@ bool ModelCalls::enable(Service service, bool second) {
   }
 }
 
-bool ModelCalls::leave(Service service, bool second) {
-  return onBooks(What::Leave, service, second ? 0 : 1,
-                 [&] { return second ? destroy(service) : disable(service); });
+bool ModelCalls::disable(Service service, bool second) {
+  return onBooks(What::Disable, service, second ? 0 : 1,
+                 [&] { return second ? torture::destroy(service) : torture::disable(service); });
 }
 
 bool ModelCalls::request(Service service, uint32_t which) {

@@ -24,7 +24,7 @@ class ModelCalls {
 
   // Each returns whether it was accepted. Requests differ by @p which, any number.
   static bool enable(Service service, bool second);
-  static bool leave(Service service, bool second);
+  static bool disable(Service service, bool second);
   static bool request(Service service, uint32_t which);
   static bool invalid(Service service, uint32_t which);
 };

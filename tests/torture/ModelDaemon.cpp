@@ -262,7 +262,7 @@ void ModelDaemon::finish() {
     enables[static_cast<size_t>(connection.service)] += connection.enables;
   }
   for (const Service service : {kLce, kLle, kLli}) {
-    if (disableMessages[service] > books.accepted(What::Leave, service) ||
+    if (disableMessages[service] > books.accepted(What::Disable, service) ||
         enables[service] > books.accepted(What::Enable, service)) {
       books.mistake("%s: %zu enables and %zu disable messages are too many", nameOf(service),
                     enables[service], disableMessages[service]);

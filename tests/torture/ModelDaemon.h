@@ -34,7 +34,7 @@ class ModelDaemon {
   bool begin(const Manners& manners, uint64_t seed);
   // Something harmful.
   void act();
-  // All that were connected have left: what they sent agrees with the books.
+  // All that were connected have disconnected: what they sent agrees with the books.
   void finish();
   // Accepted in this round.
   uint64_t connections() const { return mNumber; }

@@ -27,11 +27,11 @@ void lag(microseconds time) {
 }  // namespace
 
 const std::vector<Theme>& themes() {
-  // name, threads, scenes, steps | enables, leaves, requests, invalids, waits |
+  // name, threads, scenes, steps | enables, disables, requests, invalids, waits |
   // callsInside, lingers, lingering, stops | oneService, together, flood, harmful
   static const auto& all = *new std::vector<Theme>{
       {"healthy", 4, 6, 12, 20, 10, 40, 5, 5, 12, 24, 60, 8, false, false, 12, false},
-      {"leave inside", 3, 8, 8, 40, 15, 10, 0, 20, 3, 3, 60, 8, false, false, 3, false},
+      {"disable inside", 3, 8, 8, 40, 15, 10, 0, 20, 3, 3, 60, 8, false, false, 3, false},
       {"come and go", 3, 8, 10, 40, 30, 10, 0, 15, 32, 8, 25, 2, true, false, 120, false},
       {"overtaken", 4, 8, 12, 14, 10, 60, 4, 4, 64, 64, 20, 2, true, false, 60, false},
       {"together", 3, 4, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, false, true, 0, false},
@@ -92,7 +92,7 @@ void ModelPlayer::scene(unsigned thread, unsigned number, Random& random) {
     ModelBooks::get().awaitCallback(service, before, kEnabled);
   } else {
     lag(microseconds(random() % 200));
-    ModelCalls::leave(service, random() % 2 == 0);
+    ModelCalls::disable(service, random() % 2 == 0);
   }
 }
 
@@ -111,7 +111,7 @@ void ModelPlayer::step(Random& random) {
 void ModelPlayer::call(Service service, Random& random) {
   const bool second = random() % 2 == 0;
   const auto which = static_cast<uint32_t>(random());
-  auto dice = static_cast<uint32_t>(random() % (mTheme.enables + mTheme.leaves + mTheme.requests +
+  auto dice = static_cast<uint32_t>(random() % (mTheme.enables + mTheme.disables + mTheme.requests +
                                                 mTheme.invalids + mTheme.waits));
   const auto isIn = [&dice](uint32_t share) {
     const bool in = dice < share;
@@ -120,8 +120,8 @@ void ModelPlayer::call(Service service, Random& random) {
   };
   if (isIn(mTheme.enables)) {
     ModelCalls::enable(service, second);
-  } else if (isIn(mTheme.leaves)) {
-    ModelCalls::leave(service, second);
+  } else if (isIn(mTheme.disables)) {
+    ModelCalls::disable(service, second);
   } else if (isIn(mTheme.requests)) {
     ModelCalls::request(service, which);
   } else if (isIn(mTheme.invalids)) {
@@ -182,7 +182,7 @@ void ModelPlayer::end() {
   mClosing = true;
   if (!comesTo([this] { return mInside == 0; })) books.mistake("a call inside a callback hangs");
   for (const Service service : {kLce, kLle, kLli}) {
-    while (ModelCalls::leave(service, false)) {
+    while (ModelCalls::disable(service, false)) {
     }
   }
   if (!libraryThreadsEnd()) books.mistake("threads of the library stay");

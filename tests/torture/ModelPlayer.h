@@ -23,7 +23,7 @@ struct Theme {
   unsigned steps;   // at most, in a scene
 
   uint32_t enables;
-  uint32_t leaves;
+  uint32_t disables;
   uint32_t requests;
   uint32_t invalids;
   uint32_t waits;
@@ -34,7 +34,7 @@ struct Theme {
   uint32_t stops;        // calls that are stopped at some allocation, for others to come between
 
   bool oneService;
-  bool together;  // scenes alternate: each thread enables its service; each leaves it
+  bool together;  // scenes alternate: each thread enables its service; each disables it
   uint32_t flood;
   bool harmful;
 };

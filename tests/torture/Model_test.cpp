@@ -36,7 +36,7 @@ class Model : public ::testing::Test {
       }
     }
     for (const Service service : {kLce, kLle, kLli}) {
-      if (!ModelCalls::leave(service, true)) books().mistake("cannot disable in the end");
+      if (!ModelCalls::disable(service, true)) books().mistake("cannot disable in the end");
     }
     if (!libraryThreadsEnd()) books().mistake("threads of the library stay");
     endRound();
