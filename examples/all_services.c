@@ -9,8 +9,8 @@
  * something failed, 2 wrong arguments.
  *
  * The services share the library's worker thread but have a receiver thread each, so callbacks of
- * different services run at the same time. Units are the daemon's to define; the text is right for
- * the daemon stand-in.
+ * different services run at the same time. The daemon defines the units; the text is right for the
+ * daemon stand-in.
  */
 #include <inttypes.h>
 #include <stddef.h>
@@ -82,7 +82,7 @@ static bool startLli(void) {
   return worked("lliRegLinkInterruptInd", lliRegLinkInterruptInd(onInterruption));
 }
 
-/* The services' calls are alike, so one table serves for all. */
+/* The services have the same kinds of calls, so one table is enough for all. */
 static const struct {
   ExampleService* service;
   int (*create)(void (*onStatus)(status_v2_e));
@@ -98,8 +98,8 @@ static const size_t serviceCount = sizeof(services) / sizeof(services[0]);
 
 static bool watch(int seconds) {
   /*
-   * Nobody has to wait before the first requests: those that are made before the connection stands
-   * reach the daemon once it does, in order.
+   * It is not necessary to wait before the first requests: the library queues requests that come
+   * before the connection exists, and sends them in order.
    */
   bool ok = true;
   size_t created = 0;
@@ -117,7 +117,7 @@ static bool watch(int seconds) {
   }
   ok = ok && waitForEnd(seconds);
 
-  /* This ends the reports, too. The last service to go ends the library's worker thread. */
+  /* This ends the reports, too. With the last service, the library's worker thread ends. */
   while (created > 0) {
     created--;
     if (services[created].destroy() != 0) {

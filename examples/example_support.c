@@ -123,7 +123,7 @@ static void* waitForSignal(void* signals) {
 
 /* Prepares what main thread, callbacks and signal thread share. */
 static bool prepare(void) {
-  /* A monotonic clock, so that nobody who sets the time changes how long we wait. */
+  /* A monotonic clock: a change of the system time must not change how long we wait. */
   pthread_condattr_t attributes;
   if (pthread_condattr_init(&attributes) != 0 ||
       pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC) != 0 ||

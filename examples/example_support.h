@@ -38,12 +38,13 @@ int runExample(int argc, char** argv, const char* name, bool (*run)(int seconds)
 /* Prints the program's name and a message to standard error, in one line. */
 void complain(const char* format, ...) EXAMPLE_PRINTF;
 
-/* Whether a call of the library succeeded; complains when it did not: all refusals are negative. */
+/* Whether a call of the library succeeded. Prints a message if not: all refusals are negative. */
 bool worked(const char* call, int64_t result);
 
 /*
- * The lock of everything that callbacks note. unlockState() wakes whoever waits below. Do not hold
- * it while you call destroySdfClient() and its siblings: they wait for callbacks that take it.
+ * The lock of everything that callbacks store. unlockState() wakes the functions below that wait.
+ * Do not hold it while you call destroySdfClient() and the like: they wait for callbacks that take
+ * it.
  */
 void lockState(void);
 void unlockState(void);

@@ -45,7 +45,7 @@ static void onReport(LceEstimationReportStatus status, LceEstimationReport repor
 
 /* Sets the criteria and starts the reports. False, with a message, when that does not work. */
 static bool startReports(void) {
-  /* What lists and values mean is the daemon's to define; these suit the daemon stand-in. */
+  /* The daemon defines what lists and values mean; these are right for the daemon stand-in. */
   LceReportingCriteria criteria;
   memset(&criteria, 0, sizeof(criteria));
   criteria.firstList[0] = 1000;

@@ -12,7 +12,7 @@
 
 #include "example_support.h"
 
-/* What a criteria value means is the daemon's to define; these suit the daemon stand-in. */
+/* The daemon defines what a criteria value means; these are right for the daemon stand-in. */
 #define CRITERIA_REPORTS 1
 #define CRITERIA_NO_REPORTS 0
 
@@ -27,7 +27,7 @@ static void onReport(int32_t result, const LleEstimationReport* report) {
   (void)result; /* always 0 in a periodic report: the two report statuses say what is usable */
   lockState();
   lle.reports++;
-  /* The units are the daemon's to define; the daemon stand-in counts microseconds. */
+  /* The daemon defines the units; the daemon stand-in uses microseconds. */
   printf("report %lu: %s, uplink %" PRIu64 " us (variance %" PRIu64
          ", status %d), downlink %" PRIu64 " us (variance %" PRIu64 ", status %d)\n",
          lle.reports, accessNetworkName(report->rat), report->ulLatencyEstimation,
@@ -36,7 +36,7 @@ static void onReport(int32_t result, const LleEstimationReport* report) {
   unlockState();
 }
 
-/* Starts the reports: there is no call for that but the criteria. */
+/* Starts the reports: the criteria are the only call for that. */
 static bool startReports(void) {
   /* Register first, so that no report is missed. */
   return worked("lleRegEstimationReports", lleRegEstimationReports(onReport)) &&

@@ -26,8 +26,8 @@ bool SdkClient::isConnected(OrbSdkClientType type) {
   return session && session->isConnected();
 }
 
-// The session to connect, made when there is none. Empty for a disabled type whose grace period is
-// over: nobody would close what it opens now.
+// The session to connect; created if there is none. Empty for a disabled type whose grace period is
+// over: no thread would close a new connection.
 SdkClient::Session SdkClient::sessionToConnect(OrbSdkClientType type) {
   Session session;
   {

@@ -54,7 +54,7 @@ void SdkDisable::outside(const std::shared_ptr<AfterCallback>& self) {
 
 void SdkDisable::force() {
   startGracePeriod(std::chrono::milliseconds(0));
-  mClient->wakeForUncounted();  // lest the worker does not know of the cleanup event
+  mClient->wakeForUncounted();  // in case the worker was not woken for the event
   if (const auto closing = mClient->sessionOf(*this)) {
     // The worker sends no further message of the type. Wait for one that it is sending, but not for
     // long.

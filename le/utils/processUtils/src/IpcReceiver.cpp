@@ -156,7 +156,7 @@ void endSession(const SharedSocket& socket, const HandlerRef& handlerRef) {
   } catch (...) {
     reportException(socket->get());
   }
-  handler->handleReceiverEnd(socket->get());  // the last call comes whatever became of the others
+  handler->handleReceiverEnd(socket->get());  // the last call always comes
 }
 
 }  // namespace
