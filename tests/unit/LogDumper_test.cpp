@@ -105,6 +105,18 @@ TEST_F(LogDumperTest, RecordWithoutAValidTimeIsLeftOut) {
   EXPECT_EQ(1u, after);
 }
 
+// To make it costs more than to keep it.
+TEST_F(LogDumperTest, TextOfARecordIsMadeForAListenerOnly) {
+  LogRecord record;
+  record.time.tv_sec = std::numeric_limits<time_t>::max();
+  LogTestPeer::recordDump().queueRecord(record, "never");
+  log.init("app");
+  log.addDumpRequest(Log::USER_COMMAND);
+  ASSERT_TRUE(waitForDump("USER_COMMAND"));
+  EXPECT_FALSE(recording::hasEndingWith(" Unable to obtain valid time"));
+  EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRecords());
+}
+
 TEST_F(LogDumperTest, TimerRequestsADumpOfAnEmptyQueueToo) {
   LogTestPeer::recordDump().setTimerInterval(milliseconds(5));
   log.init("app");

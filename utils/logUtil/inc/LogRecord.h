@@ -10,24 +10,28 @@
 
 #include "LogLine.h"
 
-// What a line leaves behind until it is written out: its text, and who wrote it when. A plain value
-// of whoever holds it. Its text is also made without keeping the message: the first two functions
-// are those of a record that is queued, the other two of one that goes out at once.
-struct LogRecord {
-  std::string message;
+// What a line leaves behind beside its text until both are written out: who wrote it when. A plain
+// value of whoever holds it.
+struct RecordStamp {
   long tid = 0;
   int pid = 0;
   timeval time{};
   int level = 0;
   bool dmap = false;  // a line of the data path
 
-  void init(int recordLevel, const std::string& text);
-  // The record as one line of at most 511 characters; empty when its time has no calendar form.
-  std::string getDiagEntry() const;
-
-  // The parts of the two above: all but the message, and the line of a message kept elsewhere.
+  // Here and now.
   void stamp(int recordLevel, bool isDmap = false);
+  // The record of this text as one line of at most 511 characters; empty when its time has no
+  // calendar form. Its size.
   size_t formatEntry(std::string_view text, char (&entry)[LogLine::kBufferSize]) const;
+};
+
+// A whole record, which keeps its text.
+struct LogRecord : RecordStamp {
+  std::string message;
+
+  void init(int recordLevel, const std::string& text);
+  std::string getDiagEntry() const;
 };
 
 // Has localtime_r() know the present time zone. It may miss that the system's file was replaced, so

@@ -9,8 +9,8 @@
 #include <string_view>
 
 #include "DumpRequest.h"
-#include "LogRecord.h"
 #include "Mutex.h"
+#include "RecordQueue.h"
 #include "Semaphore.h"
 #include "Thread.h"
 #include "ThreadSafeQueue.h"
@@ -38,7 +38,7 @@ class RecordDump : public DumpRequest {
   void stop(bool dumperWaits, bool exiting);
 
   // Queues a record of this text.
-  void queueRecord(const LogRecord& stamped, std::string_view message);
+  void queueRecord(const RecordStamp& stamp, std::string_view message);
   // Files BUFFER_IS_FULL when 3000 records wait. One such request that waits is enough: the dump
   // that it leads to takes whatever is queued by then.
   void requestDumpWhenFull() {
@@ -71,7 +71,7 @@ class RecordDump : public DumpRequest {
   static void end(std::unique_ptr<Thread>& thread, bool waits);
 
   Completed mCompleted;
-  ThreadSafeQueue<std::shared_ptr<LogRecord>> records;
+  RecordQueue records;
   ThreadSafeQueue<DumpRequestType> dumpRequests;
 
   // Of start() and stop().

@@ -72,7 +72,7 @@ void Log::writeRecord(int level, const LogLine& line) {
   const bool encrypted = encryptedLog.isEnabled();
   if (!encrypted && !deferred && !sends) return;  // nobody wants the record
 
-  LogRecord record;
+  RecordStamp record;
   record.stamp(level);
   if (encrypted || sends) {
     char entry[LogLine::kBufferSize];
@@ -93,7 +93,7 @@ void Log::printToAdb(int level, const char* tag, const char* file, const char* f
   __android_log_print(level, LogTag::get(), "%s", text.text());
   if (home.isForked()) return;
   recordDump.requestDumpWhenFull();
-  LogRecord record;
+  RecordStamp record;
   record.stamp(level);
   recordDump.queueRecord(record, text.view());
 }

@@ -38,7 +38,7 @@ void Log::dMapLog(int level, const std::string& message) {
   recordDump.requestDumpWhenFull();
   const bool encrypted = encryptedLog.isEnabled();
   if (!encrypted && !DiagCmdProcessor::isListening()) return;
-  LogRecord record;
+  RecordStamp record;
   record.stamp(level, true);
   char entry[LogLine::kBufferSize];
   const size_t size = record.formatEntry(message, entry);

@@ -77,7 +77,7 @@ void LogRecord::init(int recordLevel, const std::string& text) {
   message = text;
 }
 
-void LogRecord::stamp(int recordLevel, bool isDmap) {
+void RecordStamp::stamp(int recordLevel, bool isDmap) {
   level = recordLevel;
   dmap = isDmap;
   tid = gettid();
@@ -90,7 +90,7 @@ std::string LogRecord::getDiagEntry() const {
   return std::string(entry, formatEntry(message, entry));
 }
 
-size_t LogRecord::formatEntry(std::string_view text, char (&entry)[LogLine::kBufferSize]) const {
+size_t RecordStamp::formatEntry(std::string_view text, char (&entry)[LogLine::kBufferSize]) const {
   const char* const date = calendarText(time.tv_sec);
   if (date == nullptr) {
     // Straight to the platform: the caller may be inside a log call already.

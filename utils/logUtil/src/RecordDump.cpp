@@ -64,11 +64,9 @@ void RecordDump::end(std::unique_ptr<Thread>& thread, bool waits) {
   thread.reset();
 }
 
-void RecordDump::queueRecord(const LogRecord& stamped, std::string_view message) {
+void RecordDump::queueRecord(const RecordStamp& stamp, std::string_view message) {
   try {
-    auto record = std::make_shared<LogRecord>(stamped);
-    record->message = message;
-    records.push(std::move(record));
+    records.push(stamp, message);
   } catch (const std::bad_alloc&) {
     // The line is in the platform log only; logging never fails its caller.
   }
@@ -99,11 +97,14 @@ void RecordDump::dumper() {
 void RecordDump::dump(DumpRequestType type) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point start = Clock::now();
-  std::shared_ptr<LogRecord> record;
-  while (records.tryPop(record)) {
+  RecordStamp stamp;
+  RecordQueue::Text text;
+  std::string_view message;
+  while (records.tryPop(stamp, text, message)) {
+    if (!DiagCmdProcessor::isListening()) continue;
     char entry[LogLine::kBufferSize];
-    const size_t size = record->formatEntry(record->message, entry);
-    if (size > 0) DiagCmdProcessor::writeToDiag({entry, size});
+    const size_t size = stamp.formatEntry(message, entry);
+    if (size > 0) DiagCmdProcessor::sendPacket({entry, size});
   }
   const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
   mCompleted(requestName(type), static_cast<int>(elapsed.count()));
