@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <thread>
+
 #include "UniqueFd.h"
 
 namespace {
@@ -24,6 +26,28 @@ TEST(Process, IsTheSameWithinAProcess) { EXPECT_EQ(currentProcess(), currentProc
 TEST(Process, IsAnotherInAForkedChild) {
   const uint64_t here = currentProcess();
   EXPECT_EQ(1, inChild([here] { return currentProcess() != here ? 1 : 0; }));
+}
+
+TEST(ThreadIds, AreThoseOfEachThread) {
+  const ThreadIds here = currentThread();
+  EXPECT_EQ(getpid(), here.process);
+  EXPECT_EQ(gettid(), here.thread);
+  std::thread([&here] {
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_EQ(getpid(), currentThread().process);
+      EXPECT_EQ(gettid(), currentThread().thread);
+    }
+    EXPECT_NE(here.thread, currentThread().thread);
+  }).join();
+  EXPECT_EQ(here.thread, currentThread().thread);
+}
+
+TEST(ThreadIds, AreAskedForAnewInAForkedChild) {
+  currentThread();
+  EXPECT_EQ(1, inChild([] {
+              const ThreadIds ids = currentThread();
+              return ids.process == getpid() && ids.thread == gettid() ? 1 : 0;
+            }));
 }
 
 TEST(ProcessMark, BelongsToNobodyAtFirst) {

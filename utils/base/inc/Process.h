@@ -9,6 +9,14 @@
 // gives to processes. Never 0. Async-signal-safe.
 uint64_t currentProcess();
 
+// The calling process and thread as the system numbers them, asked for once for each thread and
+// anew in a forked child. A child made without fork handlers gets those of its parent.
+struct ThreadIds {
+  int process;
+  long thread;
+};
+ThreadIds currentThread();
+
 // Remembers the process that an object belongs to. A forked child has the memory and the
 // descriptors of its parent, but none of its threads: locks may stay locked for ever there, and
 // what it writes to a descriptor looks like data of the parent. Any thread; no lock.

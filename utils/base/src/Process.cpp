@@ -12,7 +12,22 @@ namespace {
 std::atomic<uint32_t> generation{1};
 const int kRegistered = pthread_atfork(nullptr, nullptr, [] { ++generation; });
 
+// What this thread has asked for, and in which generation; in none at first. In this file alone: a
+// thread's variable with a name that others may have is reached through symbols that the
+// application's could take the place of.
+struct KnownThread {
+  uint32_t generation;
+  ThreadIds ids;
+};
+thread_local KnownThread known = {};
+
 }  // namespace
+
+ThreadIds currentThread() {
+  const uint32_t present = generation.load(std::memory_order_relaxed);
+  if (known.generation != present) known = {present, {getpid(), gettid()}};
+  return known.ids;
+}
 
 // The number counts as well, for children made without fork handlers.
 uint64_t currentProcess() {

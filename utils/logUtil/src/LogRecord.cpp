@@ -13,6 +13,7 @@
 #include <ctime>
 
 #include "LogTag.h"
+#include "Process.h"
 
 namespace {
 
@@ -80,8 +81,9 @@ void LogRecord::init(int recordLevel, const std::string& text) {
 void RecordStamp::stamp(int recordLevel, bool isDmap) {
   level = recordLevel;
   dmap = isDmap;
-  tid = gettid();
-  pid = getpid();
+  const ThreadIds ids = currentThread();
+  tid = ids.thread;
+  pid = ids.process;
   gettimeofday(&time, nullptr);
 }
 
