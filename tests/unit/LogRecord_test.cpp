@@ -77,6 +77,25 @@ TEST_F(LogRecordTest, RecordsOfAnySecondsMayAlternate) {
   }
 }
 
+TEST_F(LogRecordTest, RecordsOfAnyThreadsMayAlternate) {
+  for (int round = 0; round < 3; ++round) {
+    record.tid = 5;
+    EXPECT_EQ("2025-05-24 13:02:07.045  1234     5 E ORB", record.getDiagEntry().substr(0, 41));
+    record.tid = 1234567;
+    record.pid = 1;
+    EXPECT_EQ("2025-05-24 13:02:07.045     1 1234567 E ORB", record.getDiagEntry().substr(0, 43));
+    record.pid = 1234;
+  }
+}
+
+TEST_F(LogRecordTest, RecordAfterAnImpossibleTimeIsWhole) {
+  const std::string entry = record.getDiagEntry();
+  record.time.tv_sec = std::numeric_limits<time_t>::max();
+  EXPECT_EQ("", record.getDiagEntry());
+  record.time.tv_sec = kSecond;
+  EXPECT_EQ(entry, record.getDiagEntry());
+}
+
 TEST_F(LogRecordTest, ImpossibleTimeGivesNoEntryAndAnErrorLine) {
   log.init("app");
   recording::clear();
