@@ -15,13 +15,9 @@ namespace {
 
 constexpr uint16_t kLogCode = 0x1E15;
 constexpr size_t kHeaderSize = 12;  // filled by log_alloc
-constexpr size_t kTextSize = 512;
+constexpr size_t kTextSize = 512;   // zero-padded, not terminated when full
 
-struct PacketBody {
-  uint8_t reserved[4];
-  char text[kTextSize];  // zero-padded, not terminated when full
-};
-static_assert(sizeof(PacketBody) == 516, "the body of a log packet");
+constexpr size_t kReservedSize = 4;
 
 const diagpkt_user_table_entry_type kCommands[] = {
     {0x0089, 0x0089, DiagCmdProcessor::diagCmdHandler},
@@ -73,10 +69,13 @@ void DiagCmdProcessor::writeToDiag(std::string_view entry) {
 }
 
 void DiagCmdProcessor::sendPacket(std::string_view entry) {
-  PacketBody body{};
-  std::memcpy(body.text, entry.data(), std::min(entry.size(), kTextSize));
-  void* const packet = log_alloc(kLogCode, kHeaderSize + sizeof body);
+  void* const packet = log_alloc(kLogCode, kHeaderSize + kReservedSize + kTextSize);
   if (packet == nullptr) return;
-  std::memcpy(static_cast<uint8_t*>(packet) + kHeaderSize, &body, sizeof body);
+  auto* const reserved = static_cast<uint8_t*>(packet) + kHeaderSize;
+  std::memset(reserved, 0, kReservedSize);
+  uint8_t* const text = reserved + kReservedSize;
+  const size_t size = std::min(entry.size(), kTextSize);
+  std::memcpy(text, entry.data(), size);
+  std::memset(text + size, 0, kTextSize - size);
   log_commit(packet);
 }
