@@ -11,7 +11,7 @@
 #include <cstring>
 #include <iostream>
 
-#include "../support/OrblogFiles.h"
+#include "OrblogFiles.h"
 
 using namespace orblogtest;
 

@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <functional>
 
-#include "../unit/HostDiagSupport.h"
+#include "HostDiagSupport.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 // The LCE object's listener, called directly with what the SDK client can tell it.
-#include "../e2e/LceFixture.h"
 #include "Lce.h"
+#include "LceFixture.h"
 #include "ServiceListenerSuite.h"
 
 namespace servicetest {

@@ -2,8 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 // The LLE object's listener, called directly with what the SDK client can tell it, and every line
 // that LLE writes, number included.
-#include "../e2e/LleFixture.h"
 #include "Lle.h"
+#include "LleFixture.h"
 #include "ServiceListenerSuite.h"
 
 namespace servicetest {

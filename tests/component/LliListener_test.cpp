@@ -2,8 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 // The LLI object's listener, called directly with what the SDK client can tell it, and every line
 // that LLI writes, number included.
-#include "../e2e/LliFixture.h"
 #include "Lli.h"
+#include "LliFixture.h"
 #include "ServiceListenerSuite.h"
 
 namespace servicetest {

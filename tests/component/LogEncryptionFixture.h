@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "../unit/LogTestPeer.h"
+#include "LogTestPeer.h"
 #include "Reference.h"
 #include "TestKeys.h"
 

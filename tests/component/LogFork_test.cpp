@@ -12,8 +12,8 @@
 #include <thread>
 #include <vector>
 
-#include "../bench/NullPlatform.h"
 #include "LogEncryptionFixture.h"
+#include "NullPlatform.h"
 
 namespace logtest {
 namespace {

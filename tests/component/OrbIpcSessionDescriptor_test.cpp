@@ -6,7 +6,7 @@
 #include <future>
 #include <thread>
 
-#include "../unit/IpcTestSupport.h"
+#include "IpcTestSupport.h"
 #include "OrbIpcSession.h"
 
 namespace ipctest {

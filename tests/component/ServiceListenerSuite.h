@@ -6,9 +6,9 @@
 #include <memory>
 #include <new>
 
-#include "../e2e/ServiceFixture.h"
 #include "Service.h"
 #include "ServiceApi.h"
+#include "ServiceFixture.h"
 
 // A service object told directly what the SDK client can tell it. Each service's own
 // *Listener_test.cpp instantiates the suites and says by ObjectOf which class it is about.

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "../unit/IpcTestSupport.h"
+#include "IpcTestSupport.h"
 #include "OrbIpcClientSession.h"
 #include "orbsim/Daemon.h"
 

@@ -4,8 +4,8 @@
 // platform.
 #include <limits>
 
-#include "../unit/LogTestPeer.h"
 #include "FixedProcess.h"
+#include "LogTestPeer.h"
 #include "Transcript.h"
 
 namespace golden {

@@ -2,8 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 // An encrypted log under a fixed key and random source: the file byte for byte, and what its reader
 // makes of it.
-#include "../unit/LogTestPeer.h"
 #include "EncryptedFolder.h"
+#include "LogTestPeer.h"
 
 namespace golden {
 namespace {

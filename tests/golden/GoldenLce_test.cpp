@@ -3,8 +3,8 @@
 // LCE on the socket: handshake, requests and indications, byte for byte.
 #include <deque>
 
-#include "../e2e/LceFixture.h"
 #include "GoldenService.h"
+#include "LceFixture.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 // LLE on the socket: handshake, requests and indications, byte for byte.
-#include "../e2e/LleFixture.h"
 #include "GoldenService.h"
+#include "LleFixture.h"
 
 namespace golden {
 namespace {

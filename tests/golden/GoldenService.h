@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "../e2e/ServiceFixture.h"
+#include "ServiceFixture.h"
 #include "Transcript.h"
 #include "WireTap.h"
 

@@ -27,10 +27,10 @@
 #include <string>
 #include <thread>
 
-#include "../torture/Functions.h"
-#include "../unit/LogTestPeer.h"
 #include "DeepMessages.h"
 #include "DeepPlatform.h"
+#include "Functions.h"
+#include "LogTestPeer.h"
 #include "PaintedStacks.h"
 #include "TestKeys.h"
 #include "Thread.h"

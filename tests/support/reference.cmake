@@ -5,6 +5,5 @@
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(GCRYPT REQUIRED IMPORTED_TARGET libgcrypt)
 add_library(orb_test_reference STATIC support/Reference.cpp support/TestKeys.cpp)
-target_include_directories(orb_test_reference PUBLIC support)
-target_link_libraries(orb_test_reference PUBLIC OpenSSL::Crypto
+target_link_libraries(orb_test_reference PUBLIC orb_test_include OpenSSL::Crypto
   PRIVATE orb_flags PkgConfig::GCRYPT)

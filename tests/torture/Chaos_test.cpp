@@ -4,8 +4,8 @@
 // on the way, in the end the books balance.
 #include <gtest/gtest.h>
 
-#include "../e2e/LceFixture.h"
 #include "ChaosTraffic.h"
+#include "LceFixture.h"
 #include "RealDaemon.h"
 #include "Torture.h"
 #include "orbsim/Daemon.h"

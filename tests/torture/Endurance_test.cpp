@@ -8,10 +8,10 @@
 #include <condition_variable>
 #include <mutex>
 
-#include "../e2e/LceFixture.h"
-#include "../e2e/LleFixture.h"
-#include "../e2e/LliFixture.h"
 #include "Functions.h"
+#include "LceFixture.h"
+#include "LleFixture.h"
+#include "LliFixture.h"
 #include "Torture.h"
 #include "orbsim/Daemon.h"
 

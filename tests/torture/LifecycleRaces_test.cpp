@@ -13,10 +13,10 @@
 #include <thread>
 #include <vector>
 
-#include "../e2e/LceFixture.h"
 #include "AllocationStop.h"
 #include "FunctionTable.h"
 #include "Functions.h"
+#include "LceFixture.h"
 #include "Torture.h"
 #include "lle.pb.h"
 #include "orbsim/Daemon.h"

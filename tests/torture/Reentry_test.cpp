@@ -5,7 +5,7 @@
 #include <future>
 #include <thread>
 
-#include "../e2e/AllServicesFixture.h"
+#include "AllServicesFixture.h"
 #include "ReentryPlaces.h"
 #include "Torture.h"
 #include "WorkerAllocation.h"

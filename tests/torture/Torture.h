@@ -17,7 +17,7 @@
 #include <random>
 #include <string>
 
-#include "../support/ComesTo.h"
+#include "ComesTo.h"
 
 // What the torture tests share: how long they run, the watchdog that ends a run which hangs, and
 // what the process holds.

@@ -22,9 +22,9 @@
 #include <thread>
 #include <vector>
 
-#include "../bench/NullPlatform.h"
-#include "../support/QuietThreads.h"
 #include "Functions.h"
+#include "NullPlatform.h"
+#include "QuietThreads.h"
 #include "Torture.h"
 #include "process_end.h"
 

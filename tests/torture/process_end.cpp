@@ -14,8 +14,8 @@
 #include <future>
 #include <thread>
 
-#include "../support/FewDescriptors.h"
 #include "CountedCalls.h"
+#include "FewDescriptors.h"
 #include "ReentryProbe.h"
 #include "WorkerAllocation.h"
 

@@ -3,9 +3,9 @@
 # Hook libraries for the log tests: whole, and with each function missing. All bear the one name that the
 # library opens, so each has a directory of its own; a test goes there, and the program's run path is the
 # working directory. (The old kind of run path holds for a dlopen that passes through a sanitizer too.)
-set(HOOKS_DIR ${CMAKE_CURRENT_BINARY_DIR}/hooks)
+set(HOOKS_DIR ${PROJECT_BINARY_DIR}/tests/hooks)
 function(orb_test_hook NAME)
-  add_library(test_hook_${NAME} MODULE unit/hooks/hook.cpp)
+  add_library(test_hook_${NAME} MODULE hooks/hook.cpp)
   target_compile_definitions(test_hook_${NAME} PRIVATE ${ARGN})
   target_link_libraries(test_hook_${NAME} PRIVATE orb_flags)
   set_target_properties(test_hook_${NAME} PROPERTIES OUTPUT_NAME orbalog
@@ -16,23 +16,7 @@ orb_test_hook(no_alog HOOK_WITHOUT_ALOG)
 orb_test_hook(no_get_persist_setting HOOK_WITHOUT_GET_PERSIST_SETTING)
 orb_test_hook(no_decode_buffer HOOK_WITHOUT_DECODE_BUFFER)
 
-target_sources(LogHook_test PRIVATE support/CaseEach.cpp)
-foreach(test LogHook_test)
-  add_dependencies(${test} test_hook_complete test_hook_no_alog test_hook_no_get_persist_setting
-    test_hook_no_decode_buffer)
-  orb_finds(${test} TEST_HOOKS_DIR ${HOOKS_DIR})
-  target_link_options(${test} PRIVATE -Wl,--disable-new-dtags,-rpath,.)
-endforeach()
-
-if(TARGET orb_log)
-  foreach(test HostEnvironment_test HostPlatform_test)
-    orb_finds(${test} HOST_LIBLOG $<TARGET_FILE:orb_log> HOST_LIBCUTILS $<TARGET_FILE:orb_cutils>
-      HOST_LIBDIAG $<TARGET_FILE:orb_diag>)
-    add_dependencies(${test} orb_log orb_cutils orb_diag)
-  endforeach()
-  foreach(test HostDiagControl_test HostDiagTool_test)
-    orb_finds(${test} HOST_LIBDIAG $<TARGET_FILE:orb_diag>)
-    add_dependencies(${test} orb_diag)
-    orb_starts(${test} ORBDIAG orbdiag)
-  endforeach()
-endif()
+add_dependencies(LogHook_test test_hook_complete test_hook_no_alog test_hook_no_get_persist_setting
+  test_hook_no_decode_buffer)
+orb_finds(LogHook_test TEST_HOOKS_DIR ${HOOKS_DIR})
+target_link_options(LogHook_test PRIVATE -Wl,--disable-new-dtags,-rpath,.)

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "CallLog.h"
-#include "LogLine.h"
 #include "RecordingPlatform.h"
+#include "ServiceLines.h"
 #include "orbsim/Daemon.h"
 
 // What the tests of the services share. A service is described by a class S (LceNames, LleNames,

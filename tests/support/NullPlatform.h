@@ -2,7 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// What a benchmark may choose of its platform; before the log reads it, not while others log.
+// What a program may choose of its platform; before the log reads it, not while others log.
 namespace nullplatform {
 
 // The logging property, as the log reads it in its set-up; empty at first.

@@ -1,0 +1,99 @@
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+# How a test becomes a program and a ctest entry.
+
+# Most of what compiling a test takes is the same few headers. The programs take them compiled from one
+# that is built as they are. Each source includes what it needs all the same, as a build with
+# CMAKE_DISABLE_PRECOMPILE_HEADERS shows.
+set(ORB_TEST_OPTIONS -O0)  # tests are built more often than they run
+if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=[a-z,]*undefined")
+  # A third of the time, and it is the library and the tools whose undefined behaviour is searched for.
+  list(APPEND ORB_TEST_OPTIONS -fno-sanitize=undefined)
+endif()
+add_executable(test_headers EXCLUDE_FROM_ALL support/headers.cpp)
+target_link_libraries(test_headers PRIVATE orb_flags orb_test_support GTest::gtest)
+target_compile_options(test_headers PRIVATE ${ORB_TEST_OPTIONS})
+target_precompile_headers(test_headers PRIVATE <gtest/gtest.h> <algorithm> <atomic> <chrono>
+  <condition_variable> <functional> <map> <mutex> <string> <thread> <vector>)
+
+# Each test is linked alone, and most of that time is the linker's. What is installed has the compiler's own.
+include(CheckLinkerFlag)
+check_linker_flag(CXX -fuse-ld=gold ORB_HAS_GOLD)
+
+# What a test may link to, beside the recording platform.
+set(ORB_INTERNALS orb_objects $<TARGET_OBJECTS:orb_proto>)  # the library's objects
+set(ORB_SHARED OrbSdlSdk $<TARGET_OBJECTS:orb_proto>)       # the library as shipped: its C API alone
+
+# Programs whose memory runs out; scripts/test runs them as built by clang, too, which sets less
+# memory than g++ does by the way.
+add_custom_target(memory_tests)
+
+# orb_test(SOURCE [SANDBOX] [NEEDS PROGRAM] [SOURCES FILE...] [LINK LIBRARY...])
+#   SANDBOX  it runs in scripts/sandbox
+#   NEEDS    what it asks a device for: openssl, cmake, bash
+#   SOURCES  what is compiled beside it
+#   LINK     what it links to, beside GoogleTest and the recording platform
+function(orb_test SOURCE)
+  cmake_parse_arguments(ARG "SANDBOX" "NEEDS" "SOURCES;LINK" ${ARGN})
+  get_filename_component(NAME ${SOURCE} NAME_WE)
+  add_executable(${NAME} ${SOURCE} ${ARG_SOURCES})
+  target_link_libraries(${NAME} PRIVATE orb_flags orb_test_support ${ARG_LINK} GTest::gtest_main)
+  target_compile_options(${NAME} PRIVATE ${ORB_TEST_OPTIONS})
+  if(ORB_HAS_GOLD AND NOT CMAKE_CROSSCOMPILING)
+    target_link_options(${NAME} PRIVATE -fuse-ld=gold)
+  endif()
+  target_precompile_headers(${NAME} REUSE_FROM test_headers)
+  orb_started(COMMAND ${NAME})
+  if(ARG_SANDBOX)
+    list(PREPEND COMMAND ${PROJECT_SOURCE_DIR}/scripts/sandbox)
+  endif()
+  add_test(NAME ${NAME} COMMAND ${COMMAND})
+  set_tests_properties(${NAME} PROPERTIES TIMEOUT 600)
+  if(NOT ARG_NEEDS)
+    set(ARG_NEEDS -)
+  endif()
+  orb_carried(${NAME} ${ARG_NEEDS} ${NAME})
+endfunction()
+
+# orb_tests([EXCEPT SOURCE...] ARGUMENT...): orb_test() with these arguments for each *_test.cpp of this
+# folder that has none of its own before.
+function(orb_tests)
+  cmake_parse_arguments(ARG "SANDBOX" "" "EXCEPT;LINK" ${ARGN})
+  set(SANDBOX)
+  if(ARG_SANDBOX)
+    set(SANDBOX SANDBOX)
+  endif()
+  file(GLOB sources RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS *_test.cpp)
+  foreach(source ${sources})
+    get_filename_component(name ${source} NAME_WE)
+    if(NOT TARGET ${name} AND NOT source IN_LIST ARG_EXCEPT)
+      orb_test(${source} ${SANDBOX} LINK ${ARG_LINK})
+    endif()
+  endforeach()
+endfunction()
+
+# The program's AllocationHook sees each allocation of its own and of what it loads. Where the C++
+# runtime is linked into each library, the library's operator new is its own: malloc is everybody's.
+function(orb_hook_allocations PROGRAM)
+  target_sources(${PROGRAM} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/AllocationHook.cpp)
+  target_link_libraries(${PROGRAM} PRIVATE orb_test_include)
+  get_target_property(libraries ${PROGRAM} LINK_LIBRARIES)
+  if(CMAKE_CROSSCOMPILING AND OrbSdlSdk IN_LIST libraries)
+    target_compile_definitions(${PROGRAM} PRIVATE ORB_HOOK_MALLOC)
+  endif()
+endfunction()
+
+# A test of what happens when memory runs out.
+function(orb_memory_test NAME)
+  add_dependencies(memory_tests ${NAME})
+  set_tests_properties(${NAME} PROPERTIES LABELS memory)
+endfunction()
+
+# orb_out_of_memory(NAME...): tests that let their allocations fail with support/FailingNew.h.
+function(orb_out_of_memory)
+  foreach(name ${ARGN})
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/FailingNew.cpp)
+    orb_hook_allocations(${name})
+    orb_memory_test(${name})
+  endforeach()
+endfunction()
