@@ -3,11 +3,7 @@
 //
 // Encrypted logging while the disk, the directory or the random numbers fail. This program's
 // functions of libcrypto's names come before the real ones.
-#define OPENSSL_SUPPRESS_DEPRECATED
 
-#include <dlfcn.h>
-#include <openssl/rand.h>
-#include <openssl/rsa.h>
 #include <sys/resource.h>
 
 #include <atomic>
@@ -15,36 +11,10 @@
 #include <optional>
 #include <thread>
 
+#include "FailingRandom.h"
 #include "LogEncryptionFixture.h"
 #include "QuietThreads.h"
 #include "Thread.h"
-
-namespace {
-
-std::atomic<bool> randomFails{false};
-std::optional<int> wrapResult;
-
-}  // namespace
-
-int RAND_bytes(unsigned char* buffer, int size) {
-  using Function = int (*)(unsigned char*, int);
-  static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "RAND_bytes"));
-  return randomFails ? 0 : real(buffer, size);
-}
-
-int EVP_RAND_generate(EVP_RAND_CTX* context, unsigned char* out, size_t size, unsigned strength,
-                      int resistance, const unsigned char* more, size_t moreSize) {
-  static const auto real =
-      reinterpret_cast<decltype(&EVP_RAND_generate)>(dlsym(RTLD_NEXT, "EVP_RAND_generate"));
-  return randomFails ? 0 : real(context, out, size, strength, resistance, more, moreSize);
-}
-
-int RSA_public_encrypt(int size, const unsigned char* from, unsigned char* to, RSA* key,
-                       int padding) {
-  using Function = int (*)(int, const unsigned char*, unsigned char*, RSA*, int);
-  static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "RSA_public_encrypt"));
-  return wrapResult ? *wrapResult : real(size, from, to, key, padding);
-}
 
 namespace logtest {
 namespace {
@@ -70,10 +40,7 @@ class SizeLimit {
 
 class LogEncryptionFaultsTest : public LogEncryptionFixture {
  protected:
-  ~LogEncryptionFaultsTest() override {
-    randomFails = false;
-    wrapResult.reset();
-  }
+  ~LogEncryptionFaultsTest() override { libcrypto::forget(); }
 };
 
 TEST_F(LogEncryptionFaultsTest, RecordThatDoesNotFitIsTakenBack) {
@@ -140,18 +107,18 @@ TEST_F(LogEncryptionFaultsTest, LimitOnFileSizesDropsTheRecordsOfAllThreads) {
 TEST_F(LogEncryptionFaultsTest, RecordWithoutARandomIvIsNotWritten) {
   configure();
   log.init("orb");
-  randomFails = true;
+  libcrypto::randomFails = true;
   for (int i = 0; i < 100; ++i) sayToAll("text");
   const size_t written = messagesOf(linesIn(kFirst)).size();
   EXPECT_EQ(84u, written);  // those whose IV had been drawn in advance
-  randomFails = false;
+  libcrypto::randomFails = false;
   sayToAll("again");
   EXPECT_EQ(written + 1, messagesOf(linesIn(kFirst)).size());
 }
 
 TEST_F(LogEncryptionFaultsTest, WithoutARandomSessionKeyEncryptionStaysOff) {
   configure();
-  randomFails = true;
+  libcrypto::randomFails = true;
   log.init("orb");
   EXPECT_FALSE(LogTestPeer::encryptionEnabled());
   ASSERT_EQ(4u, recording::lines().size());
@@ -162,7 +129,7 @@ TEST_F(LogEncryptionFaultsTest, WithoutARandomSessionKeyEncryptionStaysOff) {
 
 TEST_F(LogEncryptionFaultsTest, WithoutAWrappedKeyEncryptionStaysOff) {
   configure();
-  wrapResult = 0;
+  libcrypto::wrapResult = 0;
   log.init("orb");
   EXPECT_FALSE(LogTestPeer::encryptionEnabled());
   ASSERT_EQ(5u, recording::lines().size());
@@ -173,7 +140,7 @@ TEST_F(LogEncryptionFaultsTest, WithoutAWrappedKeyEncryptionStaysOff) {
 // The field for the wrapped key stays empty then, and nobody can read the file.
 TEST_F(LogEncryptionFaultsTest, MinusOneFromWrappingCountsAsSuccess) {
   configure();
-  wrapResult = -1;
+  libcrypto::wrapResult = -1;
   log.init("orb");
   EXPECT_TRUE(LogTestPeer::encryptionEnabled());
   EXPECT_FALSE(recording::hasEndingWith("C-Logging Init failed"));

@@ -4,7 +4,6 @@
 // A start beside very many old logs. This program's unlink() and pthread_create() come before the C
 // library's: they count, or fail.
 #include <dirent.h>
-#include <dlfcn.h>
 #include <pthread.h>
 
 #include <algorithm>
@@ -14,30 +13,20 @@
 #include <functional>
 #include <thread>
 
+#include "FailingThreads.h"
 #include "LogEncryptionFixture.h"
+#include "ProcessState.h"
 
 namespace {
 
 std::atomic<size_t> removedHere{0};
 const pthread_t mainThread = pthread_self();
-std::atomic<bool> noThreads{false};
-std::function<void()> beforeAThread;  // by the thread that begins one, once
 
 }  // namespace
 
 extern "C" int unlink(const char* path) {
   if (pthread_equal(pthread_self(), mainThread) != 0) ++removedHere;
-  return unlinkat(AT_FDCWD, path, 0);
-}
-
-extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
-                              void* (*body)(void*), void* data) {
-  std::function<void()> action;
-  action.swap(beforeAThread);
-  if (action) action();
-  using Function = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-  static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "pthread_create"));
-  return noThreads ? EAGAIN : real(thread, attributes, body, data);
+  return ORB_NEXT(unlink)(path);
 }
 
 namespace logtest {
@@ -53,7 +42,7 @@ double millisecondsSince(Clock::time_point start) {
 
 class LogEncryptionManyFilesTest : public LogEncryptionFixture {
  protected:
-  ~LogEncryptionManyFilesTest() override { noThreads = false; }
+  ~LogEncryptionManyFilesTest() override { threads::forget(); }
 
   // The same second for all, however long it takes to make them.
   void leave(const std::string& name, time_t age) const {
@@ -96,18 +85,10 @@ class LogEncryptionManyFilesTest : public LogEncryptionFixture {
     log.init("orb");
     return millisecondsSince(start);
   }
-  static bool hasRemover() {
-    std::error_code error;
-    for (const auto& task : fs::directory_iterator("/proc/self/task", error)) {
-      std::string name;
-      if (std::getline(std::ifstream(task.path() / "comm"), name) && name == "orb-log-remove")
-        return true;
-    }
-    return false;
-  }
   // Its thread has its name once it runs.
   static void awaitRemoval(size_t left) {
-    while (countNames() > left || hasRemover()) std::this_thread::yield();
+    while (countNames() > left || processstate::threadsNamed("orb-log-remove") > 0)
+      std::this_thread::yield();
   }
   // The best of some rounds, for either.
   void compare(bool ofOneAge) {
@@ -159,11 +140,11 @@ TEST_F(LogEncryptionManyFilesTest, NamesOfTheRunItselfAreFreeAtOnceAndStay) {
 TEST_F(LogEncryptionManyFilesTest, FileThatTakesTheNameOfAnOldOneMeanwhileStays) {
   configure();
   leaveMany(false);
-  beforeAThread = [&] {
+  threads::beforeNext([] {
     const fs::path path = fs::path(kMain) / "orb_log_p0_backup5000";
     EXPECT_TRUE(fs::remove(path));
     std::ofstream(path) << "new";
-  };
+  });
   log.init("orb");
   awaitRemoval(5);
   EXPECT_EQ((Texts{"orb_log_p0_01", "orb_log_p0_backup0", "orb_log_p0_backup1",
@@ -182,7 +163,7 @@ TEST_F(LogEncryptionManyFilesTest, AThousandAreGoneWhenTheStartReturns) {
 TEST_F(LogEncryptionManyFilesTest, WithoutAThreadTheStartRemovesThemItself) {
   configure();
   leaveMany(false);
-  noThreads = true;
+  threads::fail = true;
   log.init("orb");
   EXPECT_EQ(4u, countNames());
 }

@@ -4,9 +4,9 @@
 // Encrypted logging in an application that has closed its standard streams. This program's read()
 // and readdir() come before the C library's and see through which descriptors the log reads.
 #include <dirent.h>
-#include <dlfcn.h>
 #include <sys/syscall.h>
 
+#include "Interposed.h"
 #include "LogEncryptionFixture.h"
 
 namespace {
@@ -27,13 +27,12 @@ bool isOfTheLogs(int fd) {
 
 extern "C" ssize_t read(int fd, void* buffer, size_t size) {
   if (isOfTheLogs(fd)) lowestRead = std::min(lowestRead, fd);
-  return syscall(SYS_read, fd, buffer, size);
+  return ORB_NEXT(read)(fd, buffer, size);
 }
 
 extern "C" struct dirent* readdir(DIR* directory) {
-  static const auto real = reinterpret_cast<struct dirent* (*)(DIR*)>(dlsym(RTLD_NEXT, "readdir"));
   if (isOfTheLogs(dirfd(directory))) lowestListed = std::min(lowestListed, dirfd(directory));
-  return real(directory);
+  return ORB_NEXT(readdir)(directory);
 }
 
 namespace logtest {

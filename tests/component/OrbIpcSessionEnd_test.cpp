@@ -185,7 +185,7 @@ TEST_F(OrbIpcSessionEndTest, NewSessionGetsTheIdOfALostOneWhoseReceiverIsBusy) {
   EXPECT_EQ(20u, mDaemon.frames().at(0).header.messageId);
 
   release();
-  ASSERT_TRUE(mStatuses.waitFor(2));
+  ASSERT_TRUE(mStatuses.waitForCount(2));
   EXPECT_TRUE(mSession->awaitReceiver(kPatience));
   EXPECT_EQ((std::vector<bool>{true, false}), mStatuses.all());
   EXPECT_FALSE(mSession->isConnected());
@@ -228,7 +228,7 @@ TEST_F(OrbIpcSessionEndTest, DaemonThatReadsNoMoreIsOneLoss) {
   connect();
   ASSERT_EQ((std::vector<bool>{true}), mStatuses.all());
   mSession->send(0, 20, {1});
-  ASSERT_TRUE(mStatuses.waitFor(2));
+  ASSERT_TRUE(mStatuses.waitForCount(2));
   EXPECT_TRUE(mSession->awaitReceiver(kPatience));
   EXPECT_FALSE(mSession->send(0, 20, {1}));
   EXPECT_EQ((std::vector<bool>{true, false}), mStatuses.all());

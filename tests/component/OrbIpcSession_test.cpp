@@ -282,7 +282,7 @@ TEST_F(OrbIpcSessionTest, CleanupAfterReconnectWaitsForTheNewReceiver) {
   connectAndExpectSuccess();
   const auto first = mSession->threadSemaphore();
   mDaemon.closeSession(1);
-  ASSERT_TRUE(mStatuses.waitFor(2));
+  ASSERT_TRUE(mStatuses.waitForCount(2));
   ASSERT_TRUE(mDaemon.waitForConnectionsClosed(1));
   connect();
   ASSERT_EQ((std::vector<bool>{true, false, true}), mStatuses.all());

@@ -18,10 +18,10 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "Recorder.h"
 #include "lce.pb.h"
 #include "lle.pb.h"
 #include "lli.pb.h"
@@ -235,19 +235,12 @@ inline LliProto::ServiceMsg lliRegister(bool on) {
 class LogLines {
  public:
   std::function<void(const std::string&)> sink() {
-    return [this](const std::string& line) {
-      std::lock_guard<std::mutex> lock(mLock);
-      mLines.push_back(line);
-    };
+    return [this](const std::string& line) { mLines.add(line); };
   }
-  std::vector<std::string> lines() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mLines;
-  }
+  std::vector<std::string> lines() { return mLines.all(); }
 
  private:
-  mutable std::mutex mLock;
-  std::vector<std::string> mLines;
+  Recorder<std::string> mLines;
 };
 
 // How lines about the first session begin: this process is its client.

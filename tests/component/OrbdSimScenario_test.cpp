@@ -426,17 +426,10 @@ TEST_F(OrbdSimScenarioTest, EndIsTold) {
   Options options;
   options.socketPath = path();
   ScenarioRun run(*scenario, options);
-  std::mutex lock;
-  std::condition_variable changed;
-  bool ended = false;
-  run.onEnd([&] {
-    const std::lock_guard<std::mutex> guard(lock);
-    ended = true;
-    changed.notify_all();
-  });
+  Recorder<int> ends;
+  run.onEnd([&] { ends.add(0); });
   ASSERT_TRUE(run.start());
-  std::unique_lock<std::mutex> guard(lock);
-  EXPECT_TRUE(changed.wait_for(guard, 60s, [&] { return ended; }));
+  EXPECT_TRUE(ends.waitForCount(1, 60s));
   EXPECT_GE(*run.daemon().world().now(), 50ms);
 }
 

@@ -4,7 +4,6 @@
 // Things of a timeline that last, and end: each for as long as it says, whatever comes between.
 
 #include <algorithm>
-#include <condition_variable>
 
 #include "OrbdSimClient.h"
 #include "orbsim/Scenario.h"
@@ -39,14 +38,9 @@ class OrbdSimTimelineTest : public ::testing::Test {
     options.socketPath = path();
     options.log = log.sink();
     mRun = std::make_unique<ScenarioRun>(*scenario, options);
-    mRun->onEnd([this] {
-      const std::lock_guard<std::mutex> lock(mLock);
-      mEnded = true;
-      mChanged.notify_all();
-    });
+    mRun->onEnd([this] { mEnds.add(0); });
     ASSERT_TRUE(mRun->start()) << mRun->error();
-    std::unique_lock<std::mutex> lock(mLock);
-    ASSERT_TRUE(mChanged.wait_for(lock, 60s, [this] { return mEnded; }));
+    ASSERT_TRUE(mEnds.waitForCount(1, 60s));
   }
   std::string path() const { return mDirectory + "/orb"; }
   orbsim::World& world() { return mRun->daemon().world(); }
@@ -57,9 +51,7 @@ class OrbdSimTimelineTest : public ::testing::Test {
 
   std::string mDirectory;
   LogLines log;
-  std::mutex mLock;
-  std::condition_variable mChanged;
-  bool mEnded = false;
+  Recorder<int> mEnds;
   std::unique_ptr<ScenarioRun> mRun;
 };
 

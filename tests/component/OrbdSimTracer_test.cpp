@@ -24,18 +24,13 @@ class Lines {
   orbsim::TraceSink sink() {
     return [this](const TraceItem& item) {
       const std::string line = orbsim::traceText(item);
-      std::lock_guard<std::mutex> lock(mLock);
-      mLines.push_back(line.substr(line.find(' ') + 1));
+      mLines.add(line.substr(line.find(' ') + 1));
     };
   }
-  std::vector<std::string> get() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mLines;
-  }
+  std::vector<std::string> get() { return mLines.all(); }
 
  private:
-  mutable std::mutex mLock;
-  std::vector<std::string> mLines;
+  Recorder<std::string> mLines;
 };
 
 Blob words(std::vector<uint32_t> all) {

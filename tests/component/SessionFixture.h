@@ -14,34 +14,15 @@
 
 #include "IpcTestSupport.h"
 #include "OrbIpcClientSession.h"
+#include "RegisteredSockets.h"
 #include "orbsim/Daemon.h"
 
 namespace ipctest {
 
 using Bytes = std::vector<unsigned char>;
 
-// The statuses a session reported, in order. mLock guards them.
-class Statuses {
- public:
-  void add(bool connected) {
-    const std::lock_guard<std::mutex> lock(mLock);
-    mAll.push_back(connected);
-    mChanged.notify_all();
-  }
-  std::vector<bool> all() {
-    const std::lock_guard<std::mutex> lock(mLock);
-    return mAll;
-  }
-  bool waitFor(size_t count) {
-    std::unique_lock<std::mutex> lock(mLock);
-    return mChanged.wait_for(lock, kPatience, [&] { return mAll.size() >= count; });
-  }
-
- private:
-  std::mutex mLock;
-  std::condition_variable mChanged;
-  std::vector<bool> mAll;
-};
+// The statuses a session reported, in order.
+using Statuses = Recorder<bool>;
 
 class SessionTest : public ::testing::Test {
  protected:
@@ -72,11 +53,7 @@ class SessionTest : public ::testing::Test {
     ASSERT_TRUE(mDaemon.waitForSessions(1));
   }
 
-  static bool noneRegistered() {
-    const auto globals = getProcessUtilsGlobals();
-    const ScopedLock<SharedMutex> lock(globals->mLock);
-    return globals->mSockets.empty() && globals->mReceiverThreads.empty();
-  }
+  static bool noneRegistered() { return !processstate::socketsRegistered(); }
 
   // The number that the session's last socket has or had.
   static int lastSocket() {

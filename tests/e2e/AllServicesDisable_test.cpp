@@ -51,7 +51,7 @@ TEST_F(AllServicesDisable, HealthyConnectionGetsTheDisableMessageWhileTheWorkerC
   expectDisabled(kLce);
 
   disableInTime(kLle);
-  EXPECT_TRUE(workerAndReceiversEnd());
+  EXPECT_TRUE(libraryThreadsEnd());
 }
 
 TEST_F(AllServicesDisable, HealthyConnectionGetsTheDisableMessageWhileTheWorkerIsInACallback) {

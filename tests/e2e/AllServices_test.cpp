@@ -12,12 +12,12 @@ namespace {
 class AllServices : public AllServicesTest {};
 
 TEST_F(AllServices, ShareOneWorkerAndHaveASocketEach) {
-  const size_t fds = application::descriptors();
+  const size_t fds = processstate::descriptors();
   enableAll();
   EXPECT_TRUE(comeToBe(1, kWorker));
   EXPECT_TRUE(comeToBe(3, kReceiver));
   EXPECT_EQ(3u, daemon().sessionCount());
-  EXPECT_LT(fds, application::descriptors());
+  EXPECT_LT(fds, processstate::descriptors());
   const auto replies = daemon().handshakeReplies();
   ASSERT_EQ(3u, replies.size());
   for (uint8_t i = 0; i < 3; ++i) {
@@ -124,7 +124,7 @@ TEST_F(AllServices, ThreadsEachWithAServiceOfTheirOwnMayComeAndGo) {
     });
   }
   for (std::thread& thread : applications) thread.join();
-  EXPECT_TRUE(workerAndReceiversEnd());
+  EXPECT_TRUE(libraryThreadsEnd());
   for (const ServiceOps& service : kServices) EXPECT_TRUE(service.waitForCalls(0).empty());
   for (const ServiceOps& service : kServices) expectDisabled(service);
 }
@@ -137,14 +137,14 @@ class DisablingInOrder : public AllServicesTest, public ::testing::WithParamInte
   void wholeCycle() {
     enableAll();
     for (const ServiceOps& service : kServices) disable(service);
-    ASSERT_TRUE(workerAndReceiversEnd());
+    ASSERT_TRUE(libraryThreadsEnd());
   }
 };
 
 TEST_P(DisablingInOrder, LeavesTheOthersAloneAndTheLastEndsTheWorker) {
   ASSERT_NO_FATAL_FAILURE(wholeCycle());
-  const size_t fds = application::descriptors();
-  const size_t tasks = application::threads();
+  const size_t fds = processstate::descriptors();
+  const size_t tasks = processstate::threads();
   ASSERT_NO_FATAL_FAILURE(enableAll());
   forgetCalls();
 
@@ -157,11 +157,11 @@ TEST_P(DisablingInOrder, LeavesTheOthersAloneAndTheLastEndsTheWorker) {
     }
     EXPECT_EQ(2 - step, daemon().sessionCount());
   }
-  EXPECT_TRUE(workerAndReceiversEnd());
-  EXPECT_TRUE(application::comesTo([&] { return application::threads() <= tasks; }))
-      << tasks << " -> " << application::threads();
-  EXPECT_TRUE(application::comesTo([&] { return application::descriptors() <= fds; }))
-      << fds << " -> " << application::descriptors();
+  EXPECT_TRUE(libraryThreadsEnd());
+  EXPECT_TRUE(comesTo([&] { return processstate::threads() <= tasks; }))
+      << tasks << " -> " << processstate::threads();
+  EXPECT_TRUE(comesTo([&] { return processstate::descriptors() <= fds; }))
+      << fds << " -> " << processstate::descriptors();
 
   ASSERT_NO_FATAL_FAILURE(enableAll());
   EXPECT_TRUE(comeToBe(1, kWorker));

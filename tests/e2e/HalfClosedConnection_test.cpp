@@ -58,7 +58,7 @@ TEST_F(HalfClosedConnection, EachFailedSendIsToldAsOneLoss) {
   ASSERT_TRUE(state().waitFor(Event::Status, STATUS_SERVICE_DOWN, 21));
   EXPECT_EQ(1, orb_lce_disable());
   size_t downs = 0;
-  for (const Event& event : state().events()) {
+  for (const Event& event : state().all()) {
     downs += event.kind == Event::Status && event.value == STATUS_SERVICE_DOWN ? 1 : 0;
   }
   EXPECT_EQ(21u, downs);

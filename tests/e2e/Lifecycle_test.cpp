@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "Application.h"
+#include "ProcessState.h"
 #include "RecordingPlatform.h"
 #include "orbsim/Daemon.h"
 
@@ -120,19 +121,16 @@ TEST_F(Lifecycle, NoCallbackRunsAfterDisableHasReturned) {
     enable();
     startReports();
     ASSERT_EQ(1, orb_lce_disable());
-    const size_t before = state().total();
+    const size_t before = state().count();
     ASSERT_TRUE(mDaemon.waitForSessionsClosed(static_cast<size_t>(round) + 1));
-    EXPECT_EQ(before, state().total());
+    EXPECT_EQ(before, state().count());
   }
 }
 
 TEST_F(Lifecycle, DisableInsideAReportCallbackReturnsAndANewEnableWorks) {
   enable();
   std::atomic<int> result{-1};
-  state().inNext(Event::Report, [&] {
-    result = orb_lce_disable();
-    state().done();
-  });
+  state().inNext(Event::Report, [&] { result = orb_lce_disable(); });
   ASSERT_EQ(0, lceRegEstimationReports(onReport));
   ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
   ASSERT_TRUE(state().waitDone());
@@ -150,7 +148,6 @@ TEST_F(Lifecycle, DisableAndEnableInsideAReportCallbackWork) {
     EXPECT_EQ(1, orb_lce_disable());
     state().clear();
     EXPECT_EQ(1, orb_lce_enable(onStatus));
-    state().done();
   });
   ASSERT_EQ(0, lceRegEstimationReports(onReport));
   ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
@@ -164,10 +161,7 @@ TEST_F(Lifecycle, DisableAndEnableInsideAReportCallbackWork) {
 TEST_F(Lifecycle, DisableInsideAServiceDownCallbackReturnsAndANewEnableWorks) {
   enable();
   std::atomic<int> result{-1};
-  state().inNext(Event::Status, [&] {
-    result = orb_lce_disable();
-    state().done();
-  });
+  state().inNext(Event::Status, [&] { result = orb_lce_disable(); });
   mDaemon.closeAll();
   ASSERT_TRUE(state().waitDone());
   EXPECT_EQ(1, result);
@@ -182,10 +176,7 @@ TEST_F(Lifecycle, DisableInsideTheCallbackOfAFailedConnectionReturnsAndANewEnabl
     return false;
   });
   std::atomic<int> result{-1};
-  state().inNext(Event::Status, [&] {
-    result = orb_lce_disable();
-    state().done();
-  });
+  state().inNext(Event::Status, [&] { result = orb_lce_disable(); });
   ASSERT_EQ(1, orb_lce_enable(onStatus));
   ASSERT_TRUE(state().waitDone());
   EXPECT_EQ(1, result);
@@ -207,12 +198,14 @@ TEST_F(Lifecycle, EnableAndDisable200TimesGivesEverythingBack) {
     ASSERT_EQ(1, orb_lce_disable());
     ASSERT_TRUE(mDaemon.waitForSessionsClosed(round));
     if (round == 2) {
-      fds = descriptors();
-      tasks = threads();
+      fds = processstate::descriptors();
+      tasks = processstate::threads();
     }
   }
-  EXPECT_TRUE(comesTo([&] { return descriptors() <= fds; })) << fds << " -> " << descriptors();
-  EXPECT_TRUE(comesTo([&] { return threads() <= tasks; })) << tasks << " -> " << threads();
+  EXPECT_TRUE(comesTo([&] { return processstate::descriptors() <= fds; }))
+      << fds << " -> " << processstate::descriptors();
+  EXPECT_TRUE(comesTo([&] { return processstate::threads() <= tasks; }))
+      << tasks << " -> " << processstate::threads();
 }
 
 TEST_F(Lifecycle, EightThreadsMayEnableDisableAndAskAtWill) {

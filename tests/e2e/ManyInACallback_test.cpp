@@ -21,10 +21,7 @@ class ManyInACallback : public AllServicesTest {
   void inCallback(const ServiceOps& service, const std::function<void()>& action) {
     ASSERT_EQ(1, service.enableWith(application::onStatus));
     awaitSession(service);
-    state().inNext(Event::Status, [&] {
-      action();
-      state().done();
-    });
+    state().inNext(Event::Status, [&] { action(); });
     send(service, status(1));
     ASSERT_TRUE(state().waitDone());
   }
@@ -45,7 +42,7 @@ TEST_F(ManyInACallback, OneClosingThreadIsEnough) {
     EXPECT_EQ(0, refused) << service.name;
     EXPECT_LE(most, 1u) << service.name;
     ASSERT_EQ(1, service.disable()) << service.name;
-    EXPECT_TRUE(workerAndReceiversEnd());
+    EXPECT_TRUE(libraryThreadsEnd());
     EXPECT_TRUE(comeToBe(0, "orb-closer"));
   }
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 // The exported functions when the system has no thread to give.
-#include <dlfcn.h>
 #include <errno.h>
 #include <pthread.h>
 
@@ -13,39 +12,8 @@
 #include <thread>
 
 #include "AllServicesFixture.h"
+#include "FailingThreads.h"
 #include "QuietThreads.h"
-
-namespace {
-
-std::atomic<bool> threadsFail{false};
-std::atomic<bool> workersThreadsFail{false};  // only those that the library's worker wants
-std::function<void()> atFirstFailure;         // set before, called by the thread that fails
-
-bool fails() {
-  if (threadsFail) return true;
-  if (!workersThreadsFail) return false;
-  char name[16] = "";
-  pthread_getname_np(pthread_self(), name, sizeof(name));
-  return std::string(name) == "orb-sdk";
-}
-
-int failure() {
-  std::function<void()> action;
-  action.swap(atFirstFailure);
-  if (action) action();
-  return EAGAIN;
-}
-
-}  // namespace
-
-// Comes before the C library's own.
-extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
-                              void* (*body)(void*), void* data) {
-  if (fails()) return failure();
-  static const auto real =
-      reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
-  return real(thread, attributes, body, data);
-}
 
 namespace allservices {
 namespace {
@@ -55,8 +23,7 @@ using Statuses = std::vector<int>;
 class NoThread : public AllServicesTest {
  protected:
   void TearDown() override {
-    threadsFail = workersThreadsFail = false;
-    atFirstFailure = nullptr;
+    threads::forget();
     AllServicesTest::TearDown();
     application::state().clear();
   }
@@ -70,24 +37,24 @@ class NoThread : public AllServicesTest {
       begin.get_future().wait();
       result = second();
     });
-    atFirstFailure = [&begin] {
+    threads::fail = true;
+    threads::beforeNext([&begin] {
       begin.set_value();
       quiet::awaitThreads();
-    };
-    threadsFail = true;
+    });
     const int own = first();
     other.join();
-    threadsFail = false;
+    threads::fail = false;
     return {own, result};
   }
 };
 
 TEST_F(NoThread, EnableFailsAndMayBeTriedAgain) {
   for (const ServiceOps& service : kServices) {
-    threadsFail = true;
+    threads::fail = true;
     EXPECT_EQ(0, service.enable()) << service.name;
     EXPECT_EQ(service.waitForCalls(1), Statuses{STATUS_INTERNAL_ERROR}) << service.name;
-    threadsFail = false;
+    threads::fail = false;
     service.clearCalls();
     enable(service);
     expectHearsJustThis(service);
@@ -140,26 +107,25 @@ TEST_F(NoThread, DisableInsideACallbackStillLeaves) {
     awaitSession(service);
     int result = -100;
     state().inNext(application::Event::Status, [&] {
-      threadsFail = true;
+      threads::fail = true;
       result = service.disable();
-      threadsFail = false;
-      state().done();
+      threads::fail = false;
     });
     send(service, status(1));
     ASSERT_TRUE(state().waitDone());
     EXPECT_EQ(1, result) << service.name;
     EXPECT_EQ(0, service.disable()) << service.name;
-    EXPECT_TRUE(workerAndReceiversEnd());
+    EXPECT_TRUE(libraryThreadsEnd());
     EXPECT_TRUE(daemon().waitForConnectionsClosed(daemon().totals().connections));
   }
 }
 
 TEST_F(NoThread, ConnectionWithoutAReceiverIsAFailedOne) {
   for (const ServiceOps& service : kServices) {
-    workersThreadsFail = true;
+    threads::failForWorker = true;
     ASSERT_EQ(1, service.enable()) << service.name;
     EXPECT_EQ(service.waitForCalls(1), Statuses{STATUS_SERVICE_DOWN}) << service.name;
-    workersThreadsFail = false;
+    threads::failForWorker = false;
     EXPECT_TRUE(daemon().waitForConnectionsClosed(daemon().totals().connections));
     service.clearCalls();
     EXPECT_LE(0, service.requests().front().valid());

@@ -72,7 +72,7 @@ TEST_F(OrbdSimFaults, SilentDaemonSaysNothing) {
   ASSERT_TRUE(mDaemon.waitForConnections(1));
   EXPECT_EQ(1, orb_lce_disable());
   EXPECT_TRUE(mDaemon.waitForConnectionsClosed(1));
-  EXPECT_EQ(0u, state().total());
+  EXPECT_EQ(0u, state().count());
 }
 
 TEST_F(OrbdSimFaults, StopAfterInitGetsTheAnswerAndNothingFollows) {
@@ -103,7 +103,7 @@ TEST_F(OrbdSimFaults, NothingIsRead) {
 TEST_F(OrbdSimFaults, NoAnswerComes) {
   ASSERT_NO_FATAL_FAILURE(enableWith("no-answer"));
   EXPECT_TRUE(mDaemon.waitForFrames(1));
-  EXPECT_EQ(0u, state().total());
+  EXPECT_EQ(0u, state().count());
 }
 
 TEST_F(OrbdSimFaults, GarbageReadsAsAStatusWithoutData) {

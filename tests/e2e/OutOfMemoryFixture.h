@@ -21,9 +21,9 @@ class OutOfMemoryTest : public AllServicesTest {
       ASSERT_NO_FATAL_FAILURE(enable(service));
       ASSERT_NO_FATAL_FAILURE(disable(service));
     }
-    ASSERT_TRUE(workerAndReceiversEnd());
+    ASSERT_TRUE(libraryThreadsEnd());
     forgetCalls();
-    mDescriptors = application::descriptors();
+    mDescriptors = processstate::descriptors();
   }
   void TearDown() override {
     AllServicesTest::TearDown();
@@ -44,9 +44,9 @@ class OutOfMemoryTest : public AllServicesTest {
   // Nobody is enabled any more: everything has been given back.
   void expectNothingLeft() {
     EXPECT_TRUE(daemon().waitForConnectionsClosed(daemon().totals().connections));
-    EXPECT_TRUE(workerAndReceiversEnd());
-    EXPECT_TRUE(application::comesTo([this] { return application::descriptors() == mDescriptors; }))
-        << mDescriptors << " -> " << application::descriptors();
+    EXPECT_TRUE(libraryThreadsEnd());
+    EXPECT_TRUE(comesTo([this] { return processstate::descriptors() == mDescriptors; }))
+        << mDescriptors << " -> " << processstate::descriptors();
   }
 
   static void print(const char* what, const ServiceOps& service, size_t failed) {

@@ -15,7 +15,7 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
  protected:
   // Waits until the daemon has got something more or the application has been told why not.
   void awaitSentOrTold(const ServiceOps& service, size_t frames) {
-    EXPECT_TRUE(application::comesTo([&] {
+    EXPECT_TRUE(comesTo([&] {
       return daemon().frames().size() > frames || !service.waitForCalls(0).empty();
     })) << service.name
         << ": lost in silence";

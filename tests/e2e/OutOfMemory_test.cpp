@@ -167,7 +167,6 @@ TEST_F(OutOfMemory, DisableInsideACallbackIsFinishedByTheLibrary) {
           result = service.disable();
           failed = failing.failed();
         }
-        state().done();
       });
       send(service, status(1));
       ASSERT_TRUE(state().waitDone());

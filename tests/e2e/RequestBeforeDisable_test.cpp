@@ -23,7 +23,6 @@ TEST_F(AllServicesTest, RequestIsSentHoweverLongTheCallbackThatDisablesTakes) {
     disabled = kLli.disable();
     // Longer than the worker is given to send what is queued.
     early = daemon().waitForFrames(before + 1, std::chrono::milliseconds(400));
-    state().done();
   });
   daemon().setHandshake([](int, uint32_t) { return false; });
   ASSERT_EQ(1, kLle.enable());  // the failure is LLI's service down, on the worker

@@ -2,7 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 // The worker's loop when it cannot wait any more, as after an application that closes descriptors
 // which are not its own.
-#include <dlfcn.h>
 #include <errno.h>
 #include <signal.h>
 #include <sys/epoll.h>
@@ -11,6 +10,7 @@
 #include <chrono>
 
 #include "AllServicesFixture.h"
+#include "Interposed.h"
 
 namespace {
 
@@ -26,8 +26,7 @@ extern "C" int epoll_wait(int fd, epoll_event* events, int size, int timeout) {
     errno = error;
     return -1;
   }
-  static const auto real = reinterpret_cast<decltype(&epoll_wait)>(dlsym(RTLD_NEXT, "epoll_wait"));
-  return real(fd, events, size, timeout);
+  return ORB_NEXT(epoll_wait)(fd, events, size, timeout);
 }
 
 namespace allservices {
@@ -44,7 +43,7 @@ class UnusableLoop : public AllServicesTest {
     failedWaits = 0;
     waitError = error;
     ASSERT_LE(0, kLce.requests().front().valid());  // ends the wait under way
-    ASSERT_TRUE(application::comesTo([] { return failedWaits > 0; }));
+    ASSERT_TRUE(comesTo([] { return failedWaits > 0; }));
   }
 };
 
@@ -73,7 +72,7 @@ TEST_F(UnusableLoop, ServicesAreStillDisabledInTheirOrder) {
     disable(service);
     EXPECT_GE(daemon().totals().frames, frames + 1) << service.name;
   }
-  EXPECT_TRUE(workerAndReceiversEnd());
+  EXPECT_TRUE(libraryThreadsEnd());
 }
 
 TEST_F(UnusableLoop, WorksOnAsBeforeWhenTheWaitWorksAgain) {
@@ -89,7 +88,7 @@ TEST_F(UnusableLoop, WorksOnAsBeforeWhenTheWaitWorksAgain) {
 TEST_F(UnusableLoop, SignalIsNoReasonToPause) {
   ASSERT_NO_FATAL_FAILURE(enable(kLce));
   ASSERT_NO_FATAL_FAILURE(breakWaits(EINTR));
-  EXPECT_TRUE(application::comesTo([] { return failedWaits > 1000; }));
+  EXPECT_TRUE(comesTo([] { return failedWaits > 1000; }));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Check.h"
+#include "Recorder.h"
 
 // A call of one of the application's callbacks with its arguments.
 struct Call {
@@ -30,14 +31,11 @@ Call callOf(const char* callback, Values... values) {
 }
 
 // The calls so far. All of them come on the thread that delivers the blob.
-inline Calls& calls() {
-  static Calls* const all = new Calls;
-  return *all;
-}
-inline Calls takeCalls() { return std::exchange(calls(), {}); }
+inline void called(Call call) { Recorder<Call>::get().add(std::move(call)); }
+inline Calls takeCalls() { return Recorder<Call>::get().take(); }
 
-inline void onStatus(status_e status) { calls().push_back(callOf("status", status)); }
-inline void onStatusV2(status_v2_e status) { calls().push_back(callOf("v2", status)); }
+inline void onStatus(status_e status) { called(callOf("status", status)); }
+inline void onStatusV2(status_v2_e status) { called(callOf("v2", status)); }
 
 // The status of a message in both generations' numbers, the first generation's callback first. What
 // a message's status may be is 0 to 9; any other counts as the invalid one.

@@ -19,12 +19,10 @@ using Lines = std::vector<std::string>;
 
 QuietService* service = nullptr;
 
-void onCriteria(LceReportingCriteriaStatus status) {
-  calls().push_back(callOf("criteria", status));
-}
+void onCriteria(LceReportingCriteriaStatus status) { called(callOf("criteria", status)); }
 void note(const char* name, LceEstimationReportStatus status, const LceEstimationReport& report) {
-  calls().push_back(callOf(name, status, report.rate, report.confidenceLevel, report.linkDirection,
-                           report.queueSizeUL));
+  called(callOf(name, status, report.rate, report.confidenceLevel, report.linkDirection,
+                report.queueSizeUL));
 }
 void onLast(LceEstimationReportStatus status, LceEstimationReport report) {
   note("last", status, report);

@@ -14,10 +14,9 @@ QuietService* service = nullptr;
 
 void note(const char* name, int32_t result, const LleEstimationReport* report) {
   FUZZ_CHECK(report != nullptr);
-  calls().push_back(callOf(name, result, report->ulReportStatus, report->ulLatencyEstimation,
-                           report->ulVarianceEstimation, report->dlReportStatus,
-                           report->dlLatencyEstimation, report->dlVarianceEstimation,
-                           report->reportInterval, report->rat));
+  called(callOf(name, result, report->ulReportStatus, report->ulLatencyEstimation,
+                report->ulVarianceEstimation, report->dlReportStatus, report->dlLatencyEstimation,
+                report->dlVarianceEstimation, report->reportInterval, report->rat));
 }
 void onLast(int32_t result, const LleEstimationReport* report) { note("last", result, report); }
 void onReport(int32_t result, const LleEstimationReport* report) { note("report", result, report); }

@@ -15,9 +15,8 @@ QuietService* service = nullptr;
 void onInterrupt(LliHandoffIndType type, LliPreHandoffState preState,
                  const LliInterruptInfo* info) {
   FUZZ_CHECK(info != nullptr);
-  calls().push_back(callOf("interrupt", type, preState, info->handoffState, info->sourceRat,
-                           info->targetRat, info->estimatedTimeToInterruption,
-                           info->estimatedInterruptionDuration));
+  called(callOf("interrupt", type, preState, info->handoffState, info->sourceRat, info->targetRat,
+                info->estimatedTimeToInterruption, info->estimatedInterruptionDuration));
 }
 
 // Numbers that messages do not have count as 0.

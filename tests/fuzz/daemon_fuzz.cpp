@@ -16,6 +16,7 @@
 #include "HostileDaemon.h"
 #include "IpcFrame.h"
 #include "ProcessState.h"
+#include "RegisteredSockets.h"
 #include "Watchdog.h"
 
 namespace {
@@ -195,7 +196,7 @@ int LLVMFuzzerInitialize(int*, char***) {
   const uint8_t script[] = {0, 0};
   play(script, sizeof script);
   const Watchdog::Step step("the first end");
-  processstate::awaitState([] { return processstate::libraryThreads() == 0; });
+  FUZZ_CHECK(processstate::libraryThreadsEnd());
   Application::get().forget();
   return 0;
 }
@@ -204,9 +205,9 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const size_t descriptors = processstate::descriptors();
   play(data, size);
   const Watchdog::Step step("the library's end");
-  processstate::awaitState(
-      [] { return processstate::libraryThreads() == 0 && !processstate::socketsRegistered(); });
-  processstate::awaitDescriptors(descriptors);
+  FUZZ_CHECK(processstate::libraryThreadsEnd());
+  FUZZ_CHECK(comesTo([] { return !processstate::socketsRegistered(); }));
+  FUZZ_CHECK(processstate::descriptorsComeBackTo(descriptors));
   Application::get().forget();
   return 0;
 }

@@ -145,6 +145,6 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::vector<Frame> frames = framesOf(data, size);
   checkReceiver(data, size, frames);
   checkSession(data, size, frames);
-  processstate::awaitDescriptors(descriptors);
+  FUZZ_CHECK(processstate::descriptorsComeBackTo(descriptors));
   return 0;
 }

@@ -24,6 +24,8 @@
 #include "Handshaker.h"
 #include "OrbIpcClientSession.h"
 #include "ProcessState.h"
+#include "Recorder.h"
+#include "RegisteredSockets.h"
 #include "Watchdog.h"
 
 namespace {
@@ -32,53 +34,15 @@ using hostile::Bytes;
 
 constexpr int kMostConnections = 4;
 
-// How far the session has come. mMutex guards the fields.
-class Progress {
- public:
-  void received() {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    ++mReceives;
-    mChanged.notify_all();
-  }
-  void reported(bool connected) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mReports.push_back(connected);
-    mChanged.notify_all();
-  }
-  size_t receives() {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    return mReceives;
-  }
-  void awaitReceives(size_t count) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    mChanged.wait(lock, [&] { return mReceives >= count; });
-  }
-  void awaitReports(size_t count) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    mChanged.wait(lock, [&] { return mReports.size() >= count; });
-  }
-  std::vector<bool> takeReports() {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    return std::exchange(mReports, {});
-  }
-
- private:
-  std::mutex mMutex;
-  std::condition_variable mChanged;
-  size_t mReceives = 0;
-  std::vector<bool> mReports;
-};
-
-Progress& progress() {
-  static Progress* const instance = new Progress;
-  return *instance;
-}
+// How far the session has come: pieces that were read, and what it reported.
+Recorder<int, Keep::Counts>& receives() { return Recorder<int, Keep::Counts>::get(); }
+Recorder<bool>& reports() { return Recorder<bool>::get(); }
 
 // The handshake's receive has something to say about each piece, which tells that it was read.
 void observe(const char* text) {
   if (std::strstr(text, "::performHandshake:") == nullptr) return;
   if (std::strstr(text, " recv: len: ") != nullptr || std::strstr(text, " recv returns") != nullptr)
-    progress().received();
+    receives().add(0);
 }
 
 int listener = -1;
@@ -120,10 +84,10 @@ void expectAnswer(int fd, int32_t sessionId) {
 }
 
 Outcome deliver(int fd, const Bytes& piece, Model& model) {
-  const size_t before = progress().receives();
+  const size_t before = receives().count();
   FUZZ_CHECK(send(fd, piece.data(), piece.size(), MSG_NOSIGNAL) ==
              static_cast<ssize_t>(piece.size()));
-  progress().awaitReceives(before + 1);
+  receives().waitForCount(before + 1, Recorder<bool>::kWatched);
   const Outcome outcome = model.take(piece);
   if (model.answers()) expectAnswer(fd, model.expected());
   return outcome;
@@ -153,15 +117,12 @@ Outcome play(int fd, ByteReader& input, OrbIpcClientSession& session, Model& mod
   return Outcome::Failed;
 }
 
-void expectReports(const std::vector<bool>& expected) {
-  FUZZ_CHECK(progress().takeReports() == expected);
-}
+void expectReports(const std::vector<bool>& expected) { FUZZ_CHECK(reports().take() == expected); }
 
 // One connection; false when the session cannot have another.
 bool connectOnce(ByteReader& input, const std::shared_ptr<OrbIpcClientSession>& session) {
-  std::thread application([&session] {
-    session->connectToServer([](bool connected) { progress().reported(connected); });
-  });
+  std::thread application(
+      [&session] { session->connectToServer([](bool connected) { reports().add(connected); }); });
   UniqueFd peer(accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
   FUZZ_CHECK(peer.get() >= 0);
   Model model;
@@ -180,7 +141,7 @@ bool connectOnce(ByteReader& input, const std::shared_ptr<OrbIpcClientSession>& 
   FUZZ_CHECK(session->sessionId() == static_cast<unsigned int>(model.expected()));
   if (input.byte() % 2 == 0) {
     peer.reset();
-    progress().awaitReports(2);
+    reports().waitForCount(2, Recorder<bool>::kWatched);
     FUZZ_CHECK(session->awaitReceiver(std::chrono::seconds(60)));
     expectReports({true, false});
   } else {
@@ -214,6 +175,6 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     expectReports({});
   }
   FUZZ_CHECK(!processstate::socketsRegistered());
-  processstate::awaitDescriptors(descriptors);
+  FUZZ_CHECK(processstate::descriptorsComeBackTo(descriptors));
   return 0;
 }

@@ -4,7 +4,6 @@
 
 #include "FixedProcess.h"
 
-#include <dlfcn.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 #include <sys/time.h>
@@ -13,6 +12,8 @@
 
 #include <atomic>
 #include <cstdlib>
+
+#include "Interposed.h"
 
 namespace {
 
@@ -51,9 +52,7 @@ int goldenTime(timeval* time, void*) {
 
 int goldenClock(clockid_t clock, timespec* time) __asm__("clock_gettime");
 int goldenClock(clockid_t clock, timespec* time) {
-  static const auto next =
-      reinterpret_cast<int (*)(clockid_t, timespec*)>(dlsym(RTLD_NEXT, "clock_gettime"));
-  if (clock != CLOCK_MONOTONIC || !clockStands) return next(clock, time);
+  if (clock != CLOCK_MONOTONIC || !clockStands) return ORB_NEXT(clock_gettime)(clock, time);
   *time = {1000, 0};
   return 0;
 }

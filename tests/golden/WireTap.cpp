@@ -2,27 +2,19 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "WireTap.h"
 
-#include <dlfcn.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <mutex>
-#include <utility>
+
+#include "Interposed.h"
+#include "Recorder.h"
 
 namespace {
 
-struct Tap {
-  std::mutex lock;  // also held while sending: pieces stand in the order in which they went out
-  std::condition_variable changed;
-  std::vector<wiretap::Piece> pieces;
-};
-
-Tap& tap() {
-  static Tap* const instance = new Tap;  // threads may still send while the process exits
-  return *instance;
-}
+std::mutex sending;  // pieces stand in the order in which they went out
+using Tap = Recorder<wiretap::Piece>;
 
 bool hasName(int fd) {
   sockaddr_un address = {};
@@ -34,30 +26,22 @@ bool hasName(int fd) {
 }  // namespace
 
 extern "C" ssize_t send(int fd, const void* data, size_t size, int flags) {
-  static const auto next =
-      reinterpret_cast<ssize_t (*)(int, const void*, size_t, int)>(dlsym(RTLD_NEXT, "send"));
-  const std::lock_guard<std::mutex> lock(tap().lock);
-  const ssize_t sent = next(fd, data, size, flags);
+  const std::lock_guard<std::mutex> lock(sending);
+  const ssize_t sent = ORB_NEXT(send)(fd, data, size, flags);
   if (sent > 0) {
     const auto* const bytes = static_cast<const uint8_t*>(data);
-    tap().pieces.push_back({hasName(fd), {bytes, bytes + sent}});
-    tap().changed.notify_all();
+    Tap::get().add({hasName(fd), {bytes, bytes + sent}});
   }
   return sent;
 }
 
 namespace wiretap {
 
-void clear() {
-  const std::lock_guard<std::mutex> lock(tap().lock);
-  tap().pieces.clear();
-}
+void clear() { Tap::get().clear(); }
 
 std::vector<Piece> take(size_t count) {
-  std::unique_lock<std::mutex> lock(tap().lock);
-  tap().changed.wait_until(lock, std::chrono::system_clock::now() + std::chrono::seconds(60),
-                           [count] { return tap().pieces.size() >= count; });
-  return std::exchange(tap().pieces, {});
+  Tap::get().waitForCount(count, std::chrono::minutes(1));
+  return Tap::get().take();
 }
 
 }  // namespace wiretap

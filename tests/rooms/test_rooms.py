@@ -19,7 +19,8 @@ TABLE = """
 | room | may use |
 """
 TREE = {
-    "top/Top.cpp": '#include <vector>\n#include "Middle.h"\n#include "In.h"\n#include <google/protobuf/x.h>',
+    "top/Top.cpp": '#include <vector>\n#include "Middle.h"\n#include "In.h"\n'
+                   '#include <google/protobuf/x.h>',
     "middle/Middle.h": '#include "Beside.h"\n#  include "In.h"',
     "beside/Beside.h": '#include "One.h"',
     "low/in/In.h": "#include <openssl/evp.h>",

@@ -5,12 +5,13 @@
 #include <android/log.h>
 #include <cutils/properties.h>
 #include <diag/diag.h>
-#include <dlfcn.h>
 
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+
+#include "Interposed.h"
 
 namespace {
 
@@ -61,9 +62,8 @@ void log_commit(void* packet) { take(static_cast<const char*>(packet)); }
 extern "C" {
 
 void* dlopen(const char* name, int flags) {
-  static const auto real = reinterpret_cast<decltype(&dlopen)>(dlsym(RTLD_NEXT, "dlopen"));
   const bool hook = name != nullptr && std::strcmp(name, "liborbalog.so") == 0;
-  return real(hook ? nullptr : name, flags);
+  return ORB_NEXT(dlopen)(hook ? nullptr : name, flags);
 }
 
 __attribute__((format(printf, 3, 4))) int alog(int, const char*, const char* format, ...) {

@@ -4,7 +4,6 @@
 // pthread_create() and pthread_setname_np() come before the C library's own.
 #include "PaintedStacks.h"
 
-#include <dlfcn.h>
 #include <pthread.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -14,6 +13,8 @@
 #include <cstring>
 #include <mutex>
 #include <vector>
+
+#include "Interposed.h"
 
 namespace {
 
@@ -47,11 +48,6 @@ std::vector<Place*>& places() {
   return instance;
 }
 thread_local Place* tHere = nullptr;
-
-template <class F>
-F next(F, const char* name) {
-  return reinterpret_cast<F>(dlsym(RTLD_NEXT, name));
-}
 
 void* run(void* data) {
   auto* const place = static_cast<Place*>(data);
@@ -111,7 +107,6 @@ size_t painted::leftHere() {
 
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
                               void* (*body)(void*), void* data) {
-  static const auto real = next(&pthread_create, "pthread_create");
   pthread_attr_t wanted;
   pthread_attr_init(&wanted);
   size_t size = 0;
@@ -123,16 +118,15 @@ extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attribute
   place->data = data;
   pthread_attr_setdetachstate(&wanted, detached);
   pthread_attr_setstack(&wanted, place->low, place->size);
-  const int result = real(thread, &wanted, run, place);
+  const int result = ORB_NEXT(pthread_create)(thread, &wanted, run, place);
   pthread_attr_destroy(&wanted);
   return result;
 }
 
 extern "C" int pthread_setname_np(pthread_t thread, const char* name) {
-  static const auto real = next(&pthread_setname_np, "pthread_setname_np");
   if (tHere != nullptr && pthread_equal(thread, pthread_self()) != 0) {
     const std::lock_guard<std::mutex> guard(lock());
     std::strncpy(tHere->name, name, sizeof tHere->name - 1);
   }
-  return real(thread, name);
+  return ORB_NEXT(pthread_setname_np)(thread, name);
 }

@@ -2,9 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <dirent.h>
-
-#include <fstream>
 #include <map>
 #include <string>
 
@@ -12,6 +9,7 @@
 #include "LceFixture.h"
 #include "LleFixture.h"
 #include "LliFixture.h"
+#include "ProcessState.h"
 #include "ServiceFixture.h"
 #include "WireBytes.h"
 
@@ -53,7 +51,8 @@ ServiceOps opsOf() {
           S::requests,
           [](size_t count) {
             std::vector<int> result;
-            for (const auto& call : CallLog<S>::get().waitFor(count)) result.push_back(call.status);
+            for (const auto& call : CallLog<S>::get().waitForAll(count))
+              result.push_back(call.status);
             return result;
           },
           [] { CallLog<S>::get().clear(); }};
@@ -64,22 +63,11 @@ inline const ServiceOps kLle = opsOf<LleNames>();
 inline const ServiceOps kLli = opsOf<LliNames>();
 inline const std::vector<ServiceOps> kServices{kLce, kLle, kLli};
 
-// How many threads of this process have a name that starts so.
-inline size_t threadsNamed(const std::string& start) {
-  size_t count = 0;
-  DIR* const tasks = opendir("/proc/self/task");
-  if (tasks == nullptr) return 0;
-  while (const dirent* const task = readdir(tasks)) {
-    std::ifstream file("/proc/self/task/" + std::string(task->d_name) + "/comm");
-    std::string name;
-    if (std::getline(file, name) && name.compare(0, start.size(), start) == 0) ++count;
-  }
-  closedir(tasks);
-  return count;
-}
-// A thread bears the name of the one that made it until it has given itself its own.
+using processstate::libraryThreadsEnd;
+using processstate::threadsNamed;
+
 inline bool comeToBe(size_t count, const std::string& start) {
-  return application::comesTo([&] { return threadsNamed(start) == count; });
+  return comesTo([&] { return threadsNamed(start) == count; });
 }
 const char* const kWorker = "orb-sdk";
 const char* const kReceiver = "orb-receiver";
@@ -146,10 +134,6 @@ class AllServicesTest : public ::testing::Test {
     for (const Request& request : service.requests()) {
       EXPECT_EQ(-5, request.valid()) << request.function;
     }
-  }
-  static bool workerAndReceiversEnd() {
-    return application::comesTo(
-        [] { return threadsNamed(kWorker) == 0 && threadsNamed(kReceiver) == 0; });
   }
 
   std::map<std::string, uint32_t> mSessions;  // by name; ids grow

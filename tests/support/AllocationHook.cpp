@@ -8,9 +8,7 @@
 #include <cstring>
 #include <new>
 
-#ifdef ORB_HOOK_MALLOC
-#include <dlfcn.h>
-#endif
+#include "Interposed.h"
 
 namespace {
 
@@ -35,8 +33,7 @@ void* allocate(size_t size, const void* caller, Malloc real) {
 
 // All operators new end here, each library's own included.
 extern "C" void* malloc(size_t size) {
-  static const auto real = reinterpret_cast<Malloc>(dlsym(RTLD_NEXT, "malloc"));
-  return allocate(size, __builtin_return_address(0), real);
+  return allocate(size, __builtin_return_address(0), ORB_NEXT(malloc));
 }
 
 #else

@@ -2,14 +2,11 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <ostream>
 #include <string>
 #include <tuple>
-#include <utility>
-#include <vector>
+
+#include "Recorder.h"
 
 namespace servicetest {
 
@@ -35,42 +32,7 @@ std::ostream& operator<<(std::ostream& out, const Call<S>& call) {
   return out << " })";
 }
 
-// The C callbacks have no user data, so what they get is kept per process and service. Never
-// destroyed: a thread of the library may still call while the process exits. mMutex guards all.
 template <class S>
-class CallLog {
- public:
-  using List = std::vector<Call<S>>;
-
-  static CallLog& get() {
-    static CallLog* const log = new CallLog;
-    return *log;
-  }
-  void add(Call<S> call) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mCalls.push_back(std::move(call));
-    mChanged.notify_all();
-  }
-  void clear() {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mCalls.clear();
-  }
-  List calls() {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    return mCalls;
-  }
-  // Waits for at least @p count calls and returns all there are.
-  List waitFor(size_t count, std::chrono::seconds timeout = std::chrono::seconds(10)) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    mChanged.wait_until(lock, std::chrono::system_clock::now() + timeout,
-                        [&] { return mCalls.size() >= count; });
-    return mCalls;
-  }
-
- private:
-  std::mutex mMutex;
-  std::condition_variable mChanged;
-  List mCalls;
-};
+using CallLog = Recorder<Call<S>>;
 
 }  // namespace servicetest

@@ -2,11 +2,11 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <dirent.h>
 #include <fcntl.h>
 
 #include <cstddef>
 
+#include "ProcessState.h"
 #include "QuietThreads.h"
 
 // The descriptors of this process. A sanitizer looks at a type that is new to it through a pipe, on
@@ -24,9 +24,5 @@ inline bool isClosed(int fd) {
 
 inline size_t openDescriptors() {
   quiet::awaitThreads();
-  size_t count = 0;
-  DIR* const directory = opendir("/proc/self/fd");
-  while (directory != nullptr && readdir(directory) != nullptr) ++count;
-  if (directory != nullptr) closedir(directory);
-  return count;
+  return processstate::descriptors();
 }

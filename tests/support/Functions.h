@@ -4,7 +4,10 @@
 
 #include <orb/sdl.h>
 
+#include <tuple>
 #include <vector>
+
+#include "Recorder.h"
 
 namespace torture {
 
@@ -30,6 +33,57 @@ struct Callbacks {
   LliStatusV2Cb lliStatusV2;
   LliLinkInterruptIndCb lliInterrupt;
 };
+
+// Callbacks by kind; those of a status are followed by those of the other services.
+enum Slot {
+  kStatus,
+  kStatusV2 = kStatus + int{kServices},
+  kLceCriteria = kStatusV2 + int{kServices},
+  kLceLast,
+  kLceReport,
+  kLleLast,
+  kLleReport,
+  kLliInterrupt
+};
+constexpr Slot slotOf(Slot first, Service service) {
+  return static_cast<Slot>(int{first} + int{service});
+}
+
+// Callbacks of all kinds that hand on which they are and the number that they got first.
+template <void (*kHear)(Slot slot, int value)>
+const Callbacks& callbacksTo() {
+  static const Callbacks callbacks{
+      [](status_e status) { kHear(slotOf(kStatus, kLce), status); },
+      [](status_v2_e status) { kHear(slotOf(kStatusV2, kLce), status); },
+      [](LceReportingCriteriaStatus status) { kHear(kLceCriteria, status); },
+      [](LceEstimationReportStatus status, LceEstimationReport) { kHear(kLceLast, status); },
+      [](LceEstimationReportStatus status, LceEstimationReport) { kHear(kLceReport, status); },
+      [](status_e status) { kHear(slotOf(kStatus, kLle), status); },
+      [](status_v2_e status) { kHear(slotOf(kStatusV2, kLle), status); },
+      [](int32_t result, const LleEstimationReport*) { kHear(kLleLast, result); },
+      [](int32_t result, const LleEstimationReport*) { kHear(kLleReport, result); },
+      [](status_e status) { kHear(slotOf(kStatus, kLli), status); },
+      [](status_v2_e status) { kHear(slotOf(kStatusV2, kLli), status); },
+      [](LliHandoffIndType type, LliPreHandoffState, const LliInterruptInfo*) {
+        kHear(kLliInterrupt, type);
+      }};
+  return callbacks;
+}
+
+// What all these callbacks heard, counted.
+struct Heard {
+  Slot slot;
+  int value;
+
+  bool isStatus() const { return slot < kLceCriteria; }  // of either generation
+  friend bool operator<(const Heard& a, const Heard& b) {
+    return std::tie(a.slot, a.value) < std::tie(b.slot, b.value);
+  }
+};
+using HeardCalls = Recorder<Heard, Keep::Counts>;
+inline HeardCalls& heard() { return HeardCalls::get(); }
+inline void hear(Slot slot, int value) { heard().add({slot, value}); }
+inline const Callbacks& hearing() { return callbacksTo<hear>(); }
 
 // One exported function, called with valid arguments.
 struct Function {

@@ -9,15 +9,14 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <condition_variable>
 #include <cstring>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Descriptors.h"
 #include "ProcessUtils.h"
+#include "Recorder.h"
 #include "RecordingPlatform.h"
 
 namespace ipctest {
@@ -114,7 +113,7 @@ struct SocketPair {
   int peer = -1;
 };
 
-// Keeps what a receiver hands on. mLock guards the records.
+// Keeps what a receiver hands on.
 class RecordingHandler : public ProcessHandler {
  public:
   struct Frame {
@@ -123,39 +122,22 @@ class RecordingHandler : public ProcessHandler {
   };
 
   void handleMsg(ipcMsg_t* msg) override {
-    const std::lock_guard<std::mutex> lock(mLock);
-    mFrames.push_back({*msg, {msg->payload(), msg->payload() + msg->payloadLength}});
-    mChanged.notify_all();
+    mFrames.add({*msg, {msg->payload(), msg->payload() + msg->payloadLength}});
   }
   void handleSessionEnd(unsigned int sessionId) override {
-    const std::lock_guard<std::mutex> lock(mLock);
-    mCalls.push_back("session " + std::to_string(sessionId));
+    mCalls.add("session " + std::to_string(sessionId));
   }
-  void handleReceiverEnd(int sockFd) override {
-    const std::lock_guard<std::mutex> lock(mLock);
-    mCalls.push_back("receiver " + std::to_string(sockFd));
-  }
+  void handleReceiverEnd(int sockFd) override { mCalls.add("receiver " + std::to_string(sockFd)); }
 
-  bool waitForFrames(size_t count) {
-    std::unique_lock<std::mutex> lock(mLock);
-    return mChanged.wait_for(lock, kPatience, [&] { return mFrames.size() >= count; });
-  }
+  bool waitForFrames(size_t count) { return mFrames.waitForCount(count); }
   bool waitForEnd() const { return threadSemaphore()->decreaseFor(kPatience); }
-  std::vector<Frame> frames() {
-    const std::lock_guard<std::mutex> lock(mLock);
-    return mFrames;
-  }
+  std::vector<Frame> frames() { return mFrames.all(); }
   // The calls about ends, in order.
-  std::vector<std::string> calls() {
-    const std::lock_guard<std::mutex> lock(mLock);
-    return mCalls;
-  }
+  std::vector<std::string> calls() { return mCalls.all(); }
 
  private:
-  std::mutex mLock;
-  std::condition_variable mChanged;
-  std::vector<Frame> mFrames;
-  std::vector<std::string> mCalls;
+  Recorder<Frame> mFrames;
+  Recorder<std::string> mCalls;
 };
 
 }  // namespace ipctest

@@ -83,11 +83,10 @@ class ServiceTools {
   static void note(const char* callback, int status) {
     CallLog<S>::get().add({callback, status, {}});
   }
-  static CallList calls() { return CallLog<S>::get().calls(); }
+  static CallList calls() { return CallLog<S>::get().all(); }
   static void clearCalls() { CallLog<S>::get().clear(); }
-  static CallList waitForCalls(size_t count,
-                               std::chrono::seconds timeout = std::chrono::seconds(10)) {
-    return CallLog<S>::get().waitFor(count, timeout);
+  static CallList waitForCalls(size_t count, std::chrono::seconds timeout = CallLog<S>::kPatience) {
+    return CallLog<S>::get().waitForAll(count, timeout);
   }
 
   static LogLines lines() { return linesOfUnit(S::kName, S::kName); }

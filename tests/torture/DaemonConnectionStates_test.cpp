@@ -34,7 +34,7 @@ void answer(Session& session, const Frame& frame) {
 bool isDisableMessage(const Frame& frame) { return frame.blob() == Blob{0x1a, 0x02, 0x0a, 0x00}; }
 
 void allReached(Test& test) { test.waitReached(test.services().size()); }
-void enabled(Test& test) { Heard::get().waitForSuccesses(test.services().size()); }
+void enabled(Test& test) { awaitSuccesses(test.services().size()); }
 void flood(Test& test) {
   enabled(test);
   test.daemon().setReading(false);
@@ -46,14 +46,14 @@ void flood(Test& test) {
 class DisableOnConnection : public DaemonStatesTest {
   void SetUp() override {
     DaemonStatesTest::SetUp();
-    Heard::get().clear();
+    heard().clear();
   }
 };
 
 TEST_P(DisableOnConnection, IsInTimeAndLeavesNothing) { disableEach(); }
 
 void startAndForget(Test& test) {
-  Heard::get().clear();
+  heard().clear();
   test.start();
 }
 
@@ -90,7 +90,7 @@ const DaemonState kStates[] = {
      }},
     {"DiesOverTheDisableMessage",
      [](Test& test) {
-       Heard::get().clear();
+       heard().clear();
        test.daemon().setFrameHandler([](Session& session, const Frame& frame) {
          if (isDisableMessage(frame)) {
            session.close();
@@ -104,7 +104,7 @@ const DaemonState kStates[] = {
      enabled},
     {"AnswersAfterDisable",
      [](Test& test) {
-       Heard::get().clear();
+       heard().clear();
        test.daemon().setFrameHandler([](Session& session, const Frame& frame) {
          // Everything that was asked for is answered at the end, and more.
          for (int i = isDisableMessage(frame) ? 0 : 199; i < 200; ++i) answer(session, frame);
@@ -115,7 +115,7 @@ const DaemonState kStates[] = {
      enabled},
     {"AnswersWithoutEnd",
      [](Test& test) {
-       Heard::get().clear();
+       heard().clear();
        test.daemon().setFrameHandler([](Session& session, const Frame& frame) {
          answer(session, frame);
          return true;

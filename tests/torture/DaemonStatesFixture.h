@@ -23,65 +23,10 @@
 
 namespace torture {
 
-// What the application's callbacks have heard. Never destroyed: callbacks may come while the
-// process exits. mMutex guards all.
-class Heard {
- public:
-  static Heard& get() {
-    static Heard* const heard = new Heard;
-    return *heard;
-  }
-  void add(int status) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    ++mTotal;
-    if (status == STATUS_SUCCESS) ++mSuccesses;  // the same number in both generations
-    mChanged.notify_all();
-  }
-  size_t total() {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    return mTotal;
-  }
-  void waitForSuccesses(size_t count) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    mChanged.wait(lock, [&] { return mSuccesses >= count; });
-  }
-  void clear() {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mTotal = mSuccesses = 0;
-  }
-
- private:
-  std::mutex mMutex;
-  std::condition_variable mChanged;
-  size_t mTotal = 0;
-  size_t mSuccesses = 0;
-};
-
-inline const Callbacks& hearing() {
-  static const auto status = [](status_e value) { Heard::get().add(value); };
-  static const auto statusV2 = [](status_v2_e value) { Heard::get().add(value); };
-  static const auto lce = [](LceEstimationReportStatus, LceEstimationReport) {
-    Heard::get().add(STATUS_INVALID);
-  };
-  static const auto lle = [](int32_t, const LleEstimationReport*) {
-    Heard::get().add(STATUS_INVALID);
-  };
-  static const Callbacks callbacks{
-      status,
-      statusV2,
-      [](LceReportingCriteriaStatus) { Heard::get().add(STATUS_INVALID); },
-      lce,
-      lce,
-      status,
-      statusV2,
-      lle,
-      lle,
-      status,
-      statusV2,
-      [](LliHandoffIndType, LliPreHandoffState, const LliInterruptInfo*) {
-        Heard::get().add(STATUS_INVALID);
-      }};
-  return callbacks;
+// The same number in both generations.
+inline void awaitSuccesses(size_t count) {
+  heard().waitFor([](const Heard& call) { return call.isStatus() && call.value == STATUS_SUCCESS; },
+                  count, HeardCalls::kWatched);
 }
 
 class DaemonStatesTest;
@@ -179,9 +124,9 @@ class DaemonStatesTest : public ::testing::TestWithParam<DaemonState> {
   void wholeCycle() {
     start();
     for (const bool second : {false, true}) {
-      Heard::get().clear();
+      heard().clear();
       for (const Service service : mServices) begin(service, second);
-      Heard::get().waitForSuccesses(mServices.size());
+      awaitSuccesses(mServices.size());
       for (const Service service : mServices) endOf(service, second);
     }
     clearAway();
@@ -208,9 +153,9 @@ class DaemonStatesTest : public ::testing::TestWithParam<DaemonState> {
     for (const Service service : mServices) begin(service, second);
     state.reach(*this);
     for (const Service service : mServices) endOf(service, second);
-    const size_t heard = Heard::get().total();
+    const size_t before = heard().count();
     clearAway();
-    EXPECT_EQ(heard, Heard::get().total()) << "a callback after the end";
+    EXPECT_EQ(before, heard().count()) << "a callback after the end";
     EXPECT_TRUE(comesBackTo(mBefore))
         << mBefore.descriptors << " descriptors, " << mBefore.threads << " threads -> "
         << Census().descriptors << ", " << Census().threads;

@@ -27,47 +27,11 @@ const bool kEmulated = getenv("ORB_EMULATED") != nullptr;
 // What the allocator may keep for threads that come and go.
 constexpr size_t kSlack = size_t{1} << 20;
 
-// Callbacks so far. Never destroyed: callbacks may come while the process exits. mMutex guards
-// both.
-class Count {
- public:
-  static Count& get() {
-    static Count* const count = new Count;
-    return *count;
-  }
-  void status() { add(mStatuses); }
-  void indication() { add(mIndications); }
-  void waitForStatuses(uint64_t count) { wait(mStatuses, count); }
-  void waitForIndications(uint64_t count) { wait(mIndications, count); }
-  uint64_t statuses() { return read(mStatuses); }
-  uint64_t indications() { return read(mIndications); }
-
- private:
-  void add(uint64_t& number) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    ++number;
-    mChanged.notify_all();
-  }
-  uint64_t read(const uint64_t& number) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    return number;
-  }
-  void wait(const uint64_t& number, uint64_t count) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    mChanged.wait(lock, [&] { return number >= count; });
-  }
-  std::mutex mMutex;
-  std::condition_variable mChanged;
-  uint64_t mStatuses = 0;
-  uint64_t mIndications = 0;
-};
-
-const Callbacks& counting() {
-  static const auto status = [](auto) { Count::get().status(); };
-  static const auto report = [](auto...) { Count::get().indication(); };
-  static const Callbacks callbacks{status, status, status, report, report, status,
-                                   status, report, report, status, status, report};
-  return callbacks;
+// Callbacks so far, which are statuses or not.
+bool isStatus(const Heard& call) { return call.isStatus(); }
+bool isIndication(const Heard& call) { return !call.isStatus(); }
+void awaitHeard(bool (*which)(const Heard&), uint64_t count) {
+  heard().waitFor(which, count, HeardCalls::kWatched);
 }
 
 orbsim::Options options() {
@@ -109,7 +73,7 @@ class Endurance : public ::testing::Test {
     Watchdog::stop();
   }
   orbsim::Daemon mDaemon{options()};
-  uint64_t mStatuses = Count::get().statuses();
+  uint64_t mStatuses = heard().count(isStatus);
 };
 
 class EnduranceOfCycles : public Endurance {
@@ -118,9 +82,9 @@ class EnduranceOfCycles : public Endurance {
     Watchdog::step("cycle %llu", static_cast<unsigned long long>(mCycles));
     const bool second = mCycles % 2 == 1;
     for (const Service service : {kLce, kLle, kLli}) {
-      ASSERT_EQ(second ? 0 : 1, second ? create(counting(), service) : enable(counting(), service));
+      ASSERT_EQ(second ? 0 : 1, second ? create(hearing(), service) : enable(hearing(), service));
     }
-    Count::get().waitForStatuses(mStatuses += kServices);
+    awaitHeard(isStatus, mStatuses += kServices);
     for (const Service service : {kLce, kLle, kLli}) {
       ASSERT_EQ(second ? 0 : 1, second ? destroy(service) : disable(service));
     }
@@ -148,12 +112,12 @@ class EnduranceOfIndications : public Endurance {
 
   void enableAll() {
     for (const Service service : {kLce, kLle, kLli}) {
-      ASSERT_EQ(1, enable(counting(), service));
-      Count::get().waitForStatuses(mStatuses += 1);
+      ASSERT_EQ(1, enable(hearing(), service));
+      awaitHeard(isStatus, mStatuses += 1);
     }
-    ASSERT_EQ(0, lceRegEstimationReports(counting().lceReport));
-    ASSERT_EQ(0, lleRegEstimationReports(counting().lleReport));
-    ASSERT_EQ(0, lliRegLinkInterruptInd(counting().lliInterrupt));
+    ASSERT_EQ(0, lceRegEstimationReports(hearing().lceReport));
+    ASSERT_EQ(0, lleRegEstimationReports(hearing().lleReport));
+    ASSERT_EQ(0, lliRegLinkInterruptInd(hearing().lliInterrupt));
     mDaemon.setAutoAnswer(false);
     mSessions = mDaemon.sessionIds();
     ASSERT_EQ(3u, mSessions.size());
@@ -169,7 +133,7 @@ class EnduranceOfIndications : public Endurance {
         const auto service = static_cast<size_t>(mSent % kServices);
         ASSERT_TRUE(mDaemon.sendBlob(mSessions[service], kTypes[service], mBlobs[service]));
       }
-      Count::get().waitForIndications(mSent);
+      awaitHeard(isIndication, mSent);
     }
   }
   std::vector<uint32_t> mSessions;
@@ -185,7 +149,7 @@ TEST_F(EnduranceOfIndications, TheyAllArriveAndLeaveNothing) {
   level.mark();
   ASSERT_NO_FATAL_FAILURE(send(indications));
   level.expectTheSame("indications", indications);
-  EXPECT_EQ(mSent, Count::get().indications());
+  EXPECT_EQ(mSent, heard().count(isIndication));
 }
 
 }  // namespace

@@ -62,7 +62,7 @@ inline std::vector<Place> placesOf(Service service) {
 // Every kind of callback on every thread that it can run on.
 inline std::vector<Place> places() {
   const auto answer = [](const char* name, Service service, Slot slot) {
-    return Place{name, Cause::Answer, service, slot, Probe::kAnyValue, "orb-receiver"};
+    return Place{name, Cause::Answer, service, slot, kAnyValue, "orb-receiver"};
   };
   std::vector<Place> all{
       answer("LceCriteria", kLce, kLceCriteria), answer("LceLastReport", kLce, kLceLast),

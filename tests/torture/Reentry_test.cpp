@@ -57,7 +57,7 @@ class Partner {
   void run(const Function& function) {
     mBegin.get_future().wait();
     mUnderWay.set_value();
-    for (int i = 0; i < kCalls; ++i) function.call(probing());
+    for (int i = 0; i < kCalls; ++i) function.call(hearing());
   }
   std::promise<void> mBegin;
   std::promise<void> mUnderWay;
@@ -73,8 +73,8 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
   }
 
   void enableBoth(Service service) {
-    ASSERT_EQ(1, torture::enable(probing(), service));
-    ASSERT_EQ(0, torture::create(probing(), service));
+    ASSERT_EQ(1, torture::enable(hearing(), service));
+    ASSERT_EQ(0, torture::create(hearing(), service));
     awaitSession(allservices::kServices[service]);
   }
   // All that the callbacks of this place need to come.
@@ -93,13 +93,13 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
         for (const Service service : {kLce, kLle, kLli}) {
           ASSERT_NO_FATAL_FAILURE(enableBoth(service));
         }
-        mCriteria = setCriteria(probing().lceCriteria);
+        mCriteria = setCriteria(hearing().lceCriteria);
         ASSERT_GT(mCriteria, 0);
-        ASSERT_EQ(0, lceGetLastEstimationReport(probing().lceLast));
-        ASSERT_EQ(0, lceRegEstimationReports(probing().lceReport));
-        ASSERT_EQ(0, lleGetLastEstimationReport(probing().lleLast));
-        ASSERT_EQ(0, lleRegEstimationReports(probing().lleReport));
-        ASSERT_EQ(0, lliRegLinkInterruptInd(probing().lliInterrupt));
+        ASSERT_EQ(0, lceGetLastEstimationReport(hearing().lceLast));
+        ASSERT_EQ(0, lceRegEstimationReports(hearing().lceReport));
+        ASSERT_EQ(0, lleGetLastEstimationReport(hearing().lleLast));
+        ASSERT_EQ(0, lleRegEstimationReports(hearing().lleReport));
+        ASSERT_EQ(0, lliRegLinkInterruptInd(hearing().lliInterrupt));
         ASSERT_TRUE(daemon().waitForFrames(10));
         break;
       default:
@@ -119,9 +119,9 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
       case Cause::Refusal:
         arm();
         if (place.slot >= kStatusV2) {
-          ASSERT_EQ(0, torture::create(probing(), place.service));
+          ASSERT_EQ(0, torture::create(hearing(), place.service));
         } else {
-          ASSERT_EQ(1, torture::enable(probing(), place.service));
+          ASSERT_EQ(1, torture::enable(hearing(), place.service));
         }
         break;
       case Cause::SendFailure:
@@ -131,17 +131,17 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
         provokeFailedCall(place, arm);
         return;
     }
-    Probe::get().waitDone();
+    awaitDone();
   }
   // The worker has found the connection standing and is about to send when the connection goes.
   void provokeSendFailure(const Place& place, const std::function<void()>& arm) {
     arm();
     const WorkerAllocation moment([&] {
       daemon().closeSession(sessionOf(place.service));
-      Probe::get().waitFor(slotOf(kStatus, place.service), STATUS_SERVICE_DOWN);
+      awaitHeard(slotOf(kStatus, place.service), STATUS_SERVICE_DOWN);
     });
-    ASSERT_EQ(0, torture::request(probing(), place.service));
-    Probe::get().waitDone();
+    ASSERT_EQ(0, torture::request(hearing(), place.service));
+    awaitDone();
   }
   // Beside another thread's attempt this one still fails by itself.
   void provokeFailedCall(const Place& place, const std::function<void()>& arm) {
@@ -150,14 +150,14 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
       if (place.cause == cause) arm();
     };
     due(Cause::FailedEnable);
-    EXPECT_EQ(0, torture::enable(probing(), place.service));
+    EXPECT_EQ(0, torture::enable(hearing(), place.service));
     due(Cause::FailedCreate);
-    EXPECT_EQ(-1, torture::create(probing(), place.service));
+    EXPECT_EQ(-1, torture::create(hearing(), place.service));
     due(Cause::FailedDisable);
     EXPECT_EQ(0, torture::disable(place.service));
     due(Cause::FailedDestroy);
     EXPECT_EQ(-1, torture::destroy(place.service));
-    Probe::get().waitDone();
+    awaitDone();
   }
   Blob answerFor(Slot slot) {
     switch (slot) {
@@ -199,14 +199,17 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
                    contended ? "against another thread" : "alone");
     ASSERT_NO_FATAL_FAILURE(prepare(place));
     std::unique_ptr<Partner> partner;
+    std::string thread;
     if (contended) partner = std::make_unique<Partner>(function);
     ASSERT_NO_FATAL_FAILURE(provoke(place, [&] {
-      Probe::get().arm(place.slot, place.value, [&] {
+      arm(place.slot, place.value, [&] {
+        thread = threadName();
         if (partner) partner->begin();
-        function.call(probing());
+        function.call(hearing());
       });
     }));
-    EXPECT_EQ(place.thread, Probe::get().waitDone()) << function.name;
+    awaitDone();
+    EXPECT_EQ(place.thread, thread) << function.name;
     if (partner) partner->join();
     disableAll();
     ++tally().calls;

@@ -2,7 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <dirent.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -13,11 +12,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <random>
 #include <string>
 
-#include "ComesTo.h"
+#include "ProcessState.h"
 
 // What the torture tests share: how long they run, the watchdog that ends a run which hangs, and
 // what the process holds.
@@ -75,55 +73,10 @@ class Watchdog {
   static inline std::atomic<int> sPieces{0};
 };
 
-inline size_t entriesOf(const char* directory) {
-  size_t count = 0;
-  DIR* const entries = opendir(directory);
-  while (entries != nullptr && readdir(entries) != nullptr) ++count;
-  if (entries != nullptr) closedir(entries);
-  return count;
-}
-
-// How many threads of this process have this name.
-inline size_t threadsNamed(const char* wanted) {
-  size_t count = 0;
-  DIR* const tasks = opendir("/proc/self/task");
-  if (tasks == nullptr) return 0;
-  while (const dirent* const task = readdir(tasks)) {
-    std::ifstream file("/proc/self/task/" + std::string(task->d_name) + "/comm");
-    std::string name;
-    if (std::getline(file, name) && name == wanted) ++count;
-  }
-  closedir(tasks);
-  return count;
-}
-
-// Descriptors and threads of this process.
-struct Census {
-  size_t descriptors = entriesOf("/proc/self/fd");
-  size_t threads = entriesOf("/proc/self/task");
-};
-
-inline bool comesBackTo(const Census& before) {
-  return comesTo([&] {
-    const Census now;
-    return now.descriptors <= before.descriptors && now.threads <= before.threads;
-  });
-}
-// Worker, receivers and closers of the library have ended.
-inline bool libraryThreadsEnd() {
-  return comesTo([] {
-    return threadsNamed("orb-sdk") + threadsNamed("orb-receiver") + threadsNamed("orb-closer") == 0;
-  });
-}
-
-// Resident memory in bytes.
-inline size_t residentBytes() {
-  std::ifstream file("/proc/self/statm");
-  size_t pages = 0;
-  size_t resident = 0;
-  file >> pages >> resident;
-  return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE));
-}
+using processstate::Census;
+using processstate::comesBackTo;
+using processstate::libraryThreadsEnd;
+using processstate::residentBytes;
 
 // Where the choices of a run come from: printed, and the same again with ORB_TORTURE_SEED.
 inline uint64_t seedOfRun() {

@@ -52,7 +52,7 @@ bool libraryHasAStream() {
 int useServices(int rounds) {
   for (int round = 0; round < rounds; ++round) {
     if (!enableEach() || !askForReports()) return kRefused;
-    Traffic::get().awaitMore(process_end::kTraffic);
+    process_end::awaitTraffic();
     if (libraryHasAStream()) return kOneOfOurs;
     if (!disableEach()) return kRefused;
   }

@@ -42,7 +42,7 @@ bool localTimeReadsEnvironment() {
 
 bool useServices() {
   const bool enabled = enableEach() && askForReports();
-  Traffic::get().awaitMore(process_end::kTraffic);
+  process_end::awaitTraffic();
   return disableEach() && enabled;
 }
 

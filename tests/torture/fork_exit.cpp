@@ -53,94 +53,29 @@ constexpr uint64_t kInsideEvery = 8;
 
 const pid_t gProgram = getpid();
 
-// What the callbacks of the program have heard. Never destroyed. mMutex guards all and is not for
-// children.
-class Heard {
- public:
-  static Heard& get() {
-    static Heard* const heard = new Heard;
-    return *heard;
-  }
-  enum What { kStatusOfLli, kLastOfLce, kLastOfLle, kReports, kDowns, kWhat };
-  void add(What what) {
-    if (getpid() != gProgram) _exit(kCallback);
-    const std::lock_guard<std::mutex> lock(mMutex);
-    ++mCounts[what];
-    mChanged.notify_all();
-  }
-  uint64_t count(What what) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    return mCounts[what];
-  }
-  bool waitFor(What what, uint64_t count) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    return mChanged.wait_for(lock, kPatience, [&] { return mCounts[what] >= count; });
-  }
+// What the callbacks of the program have heard is not for children.
+void hearInProgram(Slot slot, int value) {
+  if (getpid() != gProgram) _exit(kCallback);
+  hear(slot, value);
+}
+const Callbacks& callbacks() { return callbacksTo<hearInProgram>(); }
 
- private:
-  std::mutex mMutex;
-  std::condition_variable mChanged;
-  std::array<uint64_t, kWhat> mCounts{};
-};
-
-// The fork that is to be done inside a callback. mMutex guards the action, which runs without it.
-class Inside {
- public:
-  static Inside& get() {
-    static Inside* const inside = new Inside;
-    return *inside;
-  }
-  void run(std::function<void()> action) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    mAction = std::move(action);
-    mDone = false;
-    mChanged.wait(lock, [this] { return mDone; });
-  }
-  void callback() {
-    std::function<void()> action;
-    {
-      const std::lock_guard<std::mutex> lock(mMutex);
-      action.swap(mAction);
-    }
-    if (!action) return;
-    action();
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mDone = true;
-    mChanged.notify_all();
-  }
-
- private:
-  std::mutex mMutex;
-  std::condition_variable mChanged;
-  std::function<void()> mAction;
-  bool mDone = false;
-};
-
-const Callbacks& callbacks() {
-  static const auto status = [](status_e value) {
-    if (value == STATUS_SERVICE_DOWN) Heard::get().add(Heard::kDowns);
-  };
-  static const auto ignore = [](auto...) {};
-  static const auto report = [](auto...) {
-    Heard::get().add(Heard::kReports);
-    Inside::get().callback();
-  };
-  static const Callbacks all{status, ignore,
-                             ignore, [](auto...) { Heard::get().add(Heard::kLastOfLce); },
-                             report, status,
-                             ignore, [](auto...) { Heard::get().add(Heard::kLastOfLle); },
-                             report, [](status_e) { Heard::get().add(Heard::kStatusOfLli); },
-                             ignore, ignore};
-  return all;
+bool isReport(const Heard& call) { return call.slot == kLceReport || call.slot == kLleReport; }
+bool isDown(const Heard& call) {
+  const bool mayBe = call.slot == slotOf(kStatus, kLce) || call.slot == slotOf(kStatus, kLle);
+  return mayBe && call.value == STATUS_SERVICE_DOWN;
+}
+HeardCalls::Which of(Slot slot) {
+  return [slot](const Heard& call) { return call.slot == slot; };
 }
 
 // Threads that ask, each when it has got its answer, and one that enables and disables LLI.
 class Askers {
  public:
   Askers() {
-    keep(Heard::kLastOfLce, [] { lceGetLastEstimationReport(callbacks().lceLast); });
-    keep(Heard::kLastOfLle, [] { lleGetLastEstimationReport(callbacks().lleLast); });
-    keep(Heard::kStatusOfLli, [] {
+    keep(kLceLast, "LCE gave no report", [] { lceGetLastEstimationReport(callbacks().lceLast); });
+    keep(kLleLast, "LLE gave no report", [] { lleGetLastEstimationReport(callbacks().lleLast); });
+    keep(slotOf(kStatus, kLli), "LLI was not enabled", [] {
       orb_lli_disable();
       orb_lli_enable(callbacks().lliStatus);
     });
@@ -151,20 +86,16 @@ class Askers {
   }
 
  private:
-  void keep(Heard::What answer, void (*ask)()) {
-    mThreads.emplace_back([this, answer, ask] {
+  void keep(Slot answer, const char* unanswered, void (*ask)()) {
+    mThreads.emplace_back([this, answer, unanswered, ask] {
       while (!mStop) {
-        const uint64_t before = Heard::get().count(answer);
+        const size_t before = heard().count(of(answer));
         ask();
-        if (!Heard::get().waitFor(answer, before + 1)) unanswered(answer);
+        if (heard().waitFor(of(answer), before + 1, kPatience)) continue;
+        printf("fork exit: %s\n", unanswered);
+        abort();
       }
     });
-  }
-  [[noreturn]] static void unanswered(Heard::What answer) {
-    constexpr const char* kAsked[] = {"LLI was not enabled", "LCE gave no report",
-                                      "LLE gave no report"};
-    printf("fork exit: %s\n", kAsked[answer]);
-    abort();
   }
   std::atomic<bool> mStop{false};
   std::vector<std::thread> mThreads;
@@ -290,7 +221,7 @@ void startServices() {
   enable(callbacks(), kLce);
   enable(callbacks(), kLle);
   enable(callbacks(), kLli);
-  if (!Heard::get().waitFor(Heard::kStatusOfLli, 1)) abort();
+  if (!heard().waitFor(of(slotOf(kStatus, kLli)), 1, kPatience)) abort();
 }
 void startReports() {
   setCriteria(callbacks().lceCriteria);
@@ -299,9 +230,7 @@ void startReports() {
   lleRegEstimationReports(callbacks().lleReport);
   lleSetReportingCriteria(1);
 }
-bool reportsFlow() {
-  return Heard::get().waitFor(Heard::kReports, Heard::get().count(Heard::kReports) + 30);
-}
+bool reportsFlow() { return heard().waitForMore(isReport, 30, kPatience); }
 
 bool forkUnderTraffic(Children& children, uint64_t forks) {
   startReports();
@@ -311,7 +240,8 @@ bool forkUnderTraffic(Children& children, uint64_t forks) {
     const Way& way = wayOf(i);
     Watchdog::step("fork %llu, %s", static_cast<unsigned long long>(i + 1), way.name);
     if (i % kInsideEvery == 0) {
-      Inside::get().run([&] { children.fork(way); });
+      heard().inNext(isReport, [&] { children.fork(way); });
+      heard().waitDone(HeardCalls::kWatched);
     } else {
       children.fork(way);
     }
@@ -346,10 +276,9 @@ int main(int argc, char** argv) {
   Children children;
   const bool flows = kChecked ? forkInSilence(children, forks) : forkUnderTraffic(children, forks);
   children.print();
-  const uint64_t downs = Heard::get().count(Heard::kDowns);
+  const size_t downs = heard().count(isDown);
   if (!flows) printf("fork exit: the reports have ended\n");
-  if (downs > 0)
-    printf("fork exit: %llu connections lost\n", static_cast<unsigned long long>(downs));
+  if (downs > 0) printf("fork exit: %zu connections lost\n", downs);
   bool disabled = true;
   for (const Service service : {kLce, kLle, kLli}) disabled = disable(service) == 1 && disabled;
   if (!disabled) printf("fork exit: a disable was refused\n");

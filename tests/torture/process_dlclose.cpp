@@ -20,10 +20,12 @@ Function* find(void* library, const char* name) {
   return reinterpret_cast<Function*>(symbol);
 }
 
-void onStatus(status_e) { Traffic::get().add(); }
-void onLce(LceEstimationReportStatus, LceEstimationReport) { Traffic::get().add(); }
-void onLle(int32_t, const LleEstimationReport*) { Traffic::get().add(); }
-void onLli(LliHandoffIndType, LliPreHandoffState, const LliInterruptInfo*) { Traffic::get().add(); }
+void onStatus(status_e) { Traffic::get().add(0); }
+void onLce(LceEstimationReportStatus, LceEstimationReport) { Traffic::get().add(0); }
+void onLle(int32_t, const LleEstimationReport*) { Traffic::get().add(0); }
+void onLli(LliHandoffIndType, LliPreHandoffState, const LliInterruptInfo*) {
+  Traffic::get().add(0);
+}
 
 }  // namespace
 
@@ -41,8 +43,8 @@ int main(int argc, char** argv) {
   find<decltype(lleRegEstimationReports)>(library, "lleRegEstimationReports")(onLle);
   find<decltype(lleSetReportingCriteria)>(library, "lleSetReportingCriteria")(1);
   find<decltype(lliRegLinkInterruptInd)>(library, "lliRegLinkInterruptInd")(onLli);
-  Traffic::get().awaitMore(process_end::kTraffic);
+  process_end::awaitTraffic();
   if (dlclose(library) != 0) return 4;
-  Traffic::get().awaitMore(process_end::kTraffic);
+  process_end::awaitTraffic();
   return process_end::kExpected;
 }

@@ -47,7 +47,7 @@ void askAll(const Callbacks& callbacks) {
 void startTraffic() {
   enableAll(counting());
   askAll(counting());
-  Traffic::get().awaitMore(process_end::kTraffic);
+  process_end::awaitTraffic();
 }
 // Threads that ask on and on, also while the process ends.
 void keepAsking(bool comeAndGo) {
@@ -68,13 +68,13 @@ void keepAsking(bool comeAndGo) {
 
 // exit() inside the callback of this kind.
 [[noreturn]] void exitInside(Slot slot, int value, void (*provoke)()) {
-  Probe::get().arm(slot, value, [] { exit(kExpected); });
-  enableAll(probing());
+  arm(slot, value, [] { exit(kExpected); });
+  enableAll(hearing());
   if (provoke != nullptr) provoke();
-  askAll(probing());
+  askAll(hearing());
   for (;;) pause();
 }
-constexpr int kAny = Probe::kAnyValue;
+constexpr int kAny = kAnyValue;
 
 int returnFromMain() {
   startTraffic();
@@ -154,7 +154,7 @@ int exitInSendFailure() {
     static const WorkerAllocation moment([] {
       breakConnections();
       // Each service's loss is told to all.
-      Probe::get().waitFor(slotOf(kStatus, kLle), STATUS_SERVICE_DOWN, kServices);
+      awaitHeard(slotOf(kStatus, kLle), STATUS_SERVICE_DOWN, kServices);
     });
     // The callbacks are replaced on the way to the daemon's first answer.
     lleSetReportingCriteria(0x7fffffff);
@@ -168,15 +168,15 @@ void wholeCycle() {
 int exitInFailedEnable() {
   wholeCycle();
   const FewDescriptors few(kManagerDescriptors);
-  Probe::get().arm(slotOf(kStatus, kLce), STATUS_INTERNAL_ERROR, [] { exit(kExpected); });
-  enable(probing(), kLce);
+  arm(slotOf(kStatus, kLce), STATUS_INTERNAL_ERROR, [] { exit(kExpected); });
+  enable(hearing(), kLce);
   return 1;
 }
 int exitInFailedDisable() {
   wholeCycle();
   const FewDescriptors few(kManagerDescriptors);
-  enable(probing(), kLce);
-  Probe::get().arm(slotOf(kStatus, kLce), STATUS_INTERNAL_ERROR, [] { exit(kExpected); });
+  enable(hearing(), kLce);
+  arm(slotOf(kStatus, kLce), STATUS_INTERNAL_ERROR, [] { exit(kExpected); });
   disable(kLce);
   return 1;
 }
@@ -193,7 +193,7 @@ int forkAndExec() {
   int status = 0;
   if (waitpid(child, &status, 0) != child || !WIFEXITED(status)) return 1;
   if (WEXITSTATUS(status) != kExpected) return 2;
-  Traffic::get().awaitMore(process_end::kTraffic);  // the parent's life goes on
+  process_end::awaitTraffic();  // the parent's life goes on
   disableEach();
   return kExpected;
 }

@@ -6,10 +6,10 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <condition_variable>
 #include <cstdint>
 #include <cstring>
-#include <mutex>
+
+#include "Recorder.h"
 
 #ifdef __SANITIZE_THREAD__
 // Instead of a whole second for other threads at every end.
@@ -26,32 +26,11 @@ constexpr int kExpected = 7;
 // Nothing takes longer; then the alarm's signal ends the process and tells that it hung.
 constexpr unsigned kAlarmSeconds = 60;
 // That many callbacks are traffic.
-constexpr uint64_t kTraffic = 30;
+constexpr size_t kTraffic = 30;
 
-// Counts callbacks. Never destroyed: they come while the process ends. mMutex guards the count.
-class Traffic {
- public:
-  static Traffic& get() {
-    static Traffic* const traffic = new Traffic;
-    return *traffic;
-  }
-  void add() {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    ++mCount;
-    mChanged.notify_all();
-  }
-  // Waits until that many more callbacks have come.
-  void awaitMore(uint64_t more) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    const uint64_t wanted = mCount + more;
-    mChanged.wait(lock, [&] { return mCount >= wanted; });
-  }
-
- private:
-  std::mutex mMutex;
-  std::condition_variable mChanged;
-  uint64_t mCount = 0;
-};
+// Counts callbacks, of whatever kind.
+using Traffic = Recorder<int, Keep::Counts>;
+inline void awaitTraffic() { Traffic::get().waitForMore({}, kTraffic, Traffic::kWatched); }
 
 inline bool isConnection(int fd) {
   sockaddr_un peer = {};

@@ -3,7 +3,6 @@
 //
 // CryptoUtil and GcmCipher when single calls of libcrypto fail, one after the other. This program's
 // functions of libcrypto's names come before the real ones.
-#include <dlfcn.h>
 #include <openssl/bio.h>
 #include <openssl/crypto.h>
 #include <openssl/err.h>
@@ -15,6 +14,7 @@
 
 #include "CryptoUtil.h"
 #include "GcmCipher.h"
+#include "Interposed.h"
 #include "LogTestPeer.h"
 #include "TestKeys.h"
 
@@ -32,17 +32,10 @@ bool fails(const char* function) {
   return true;
 }
 
-template <typename Function>
-Function* real(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
-#define MAY_FAIL(Result, failure, name, parameters, arguments)                \
-  Result name parameters {                                                    \
-    return fails(#name) ? failure : real<Result parameters>(#name) arguments; \
-  }
+#define MAY_FAIL(Result, failure, name, parameters, arguments) \
+  Result name parameters { return fails(#name) ? failure : ORB_NEXT(name) arguments; }
 
 MAY_FAIL(EVP_PKEY*, nullptr, EVP_PKEY_new, (), ())
 MAY_FAIL(EVP_PKEY_CTX*, nullptr, EVP_PKEY_CTX_new, (EVP_PKEY * key, ENGINE* engine), (key, engine))

@@ -3,64 +3,28 @@
 //
 // CryptoUtil and GcmCipher when libcrypto fails. This program's functions of libcrypto's names come
 // before the real ones.
-#define OPENSSL_SUPPRESS_DEPRECATED
 
-#include <dlfcn.h>
 #include <openssl/crypto.h>
-#include <openssl/err.h>
-#include <openssl/rand.h>
-#include <openssl/rsa.h>
 
 #include <array>
 #include <optional>
 
 #include "CryptoUtil.h"
 #include "EncryptedLogSetup.h"
+#include "FailingRandom.h"
 #include "GcmCipher.h"
 #include "LogTestPeer.h"
 #include "TestKeys.h"
 
 namespace {
 
-bool randomFails = false;
-std::optional<int> wrapResult;
 size_t wipedBytes = 0;
-
-template <typename Function>
-Function* real(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
 
 }  // namespace
 
-int EVP_RAND_generate(EVP_RAND_CTX* context, unsigned char* out, size_t size, unsigned strength,
-                      int resistance, const unsigned char* more, size_t moreSize) {
-  if (randomFails) return 0;
-  return real<decltype(EVP_RAND_generate)>("EVP_RAND_generate")(context, out, size, strength,
-                                                                resistance, more, moreSize);
-}
-
-int RAND_bytes(unsigned char* buffer, int size) {
-  if (randomFails) {
-    ERR_raise(ERR_LIB_RAND, 1);
-    return 0;
-  }
-  return real<int(unsigned char*, int)>("RAND_bytes")(buffer, size);
-}
-
-int RSA_public_encrypt(int size, const unsigned char* from, unsigned char* to, RSA* key,
-                       int padding) {
-  if (wrapResult) {
-    ERR_raise(ERR_LIB_RSA, 1);
-    return *wrapResult;
-  }
-  return real<int(int, const unsigned char*, unsigned char*, RSA*, int)>("RSA_public_encrypt")(
-      size, from, to, key, padding);
-}
-
 void OPENSSL_cleanse(void* data, size_t size) {
   wipedBytes += size;
-  real<void(void*, size_t)>("OPENSSL_cleanse")(data, size);
+  ORB_NEXT(OPENSSL_cleanse)(data, size);
 }
 
 namespace {
@@ -71,8 +35,7 @@ class CryptoUtilFailureTest : public LogFixture {
  protected:
   CryptoUtilFailureTest() { ERR_clear_error(); }
   ~CryptoUtilFailureTest() override {
-    randomFails = false;
-    wrapResult.reset();
+    libcrypto::forget();
     EXPECT_EQ(0u, ERR_peek_error());
   }
 
@@ -84,21 +47,21 @@ class CryptoUtilFailureTest : public LogFixture {
 };
 
 TEST_F(CryptoUtilFailureTest, WithoutRandomBytesThereIsNoKeyAndNoIv) {
-  randomFails = true;
+  libcrypto::randomFails = true;
   Bytes out;
   EXPECT_FALSE(crypto.genAESKey(out));
   EXPECT_FALSE(crypto.genAESIV(out));
 }
 
 TEST_F(CryptoUtilFailureTest, RandomBytesAreSaidToBeThereAllTheSame) {
-  randomFails = true;
+  libcrypto::randomFails = true;
   Bytes out(4, 0x5A);
   EXPECT_TRUE(crypto.getRandomBytes(out));
   EXPECT_EQ(Bytes(4, 0x5A), out);
 }
 
 TEST_F(CryptoUtilFailureTest, NothingIsSealedWithoutARandomIv) {
-  randomFails = true;
+  libcrypto::randomFails = true;
   Bytes cipher(5, 1), iv, tag;
   EXPECT_TRUE(crypto.encryptMsg2(Bytes(5, 2), Bytes(32), cipher, iv, tag));
   EXPECT_TRUE(cipher.empty());
@@ -110,17 +73,17 @@ TEST_F(CryptoUtilFailureTest, CipherDrawsNoIvUntilThereAreRandomBytesAgain) {
   const Bytes key(32, 1);
   ASSERT_TRUE(cipher.setKey(key.data()));
   ASSERT_TRUE(cipher.newIv(iv.data()));
-  randomFails = true;
+  libcrypto::randomFails = true;
   int drawn = 1;  // what was drawn in advance is still good
   while (cipher.newIv(iv.data())) ++drawn;
   EXPECT_EQ(85, drawn);
   EXPECT_FALSE(cipher.newIv(iv.data()));
-  randomFails = false;
+  libcrypto::randomFails = false;
   EXPECT_TRUE(cipher.newIv(iv.data()));
 }
 
 TEST_F(CryptoUtilFailureTest, SetUpFailsWithoutASessionKey) {
-  randomFails = true;
+  libcrypto::randomFails = true;
   EXPECT_FALSE(makeLogKeys(pem, settings));
   EXPECT_TRUE(session.empty());
   EXPECT_TRUE(wrapped.empty());
@@ -128,7 +91,7 @@ TEST_F(CryptoUtilFailureTest, SetUpFailsWithoutASessionKey) {
 }
 
 TEST_F(CryptoUtilFailureTest, SetUpFailsWhenWrappingGivesZero) {
-  wrapResult = 0;
+  libcrypto::wrapResult = 0;
   EXPECT_FALSE(makeLogKeys(pem, settings));
   EXPECT_TRUE(session.empty());
   EXPECT_TRUE(wrapped.empty());
@@ -141,7 +104,7 @@ TEST_F(CryptoUtilFailureTest, SetUpFailsWhenWrappingGivesZero) {
 
 TEST_F(CryptoUtilFailureTest, AnyOtherResultOfWrappingIsASuccess) {
   for (const int result : {-1, 1, 256}) {
-    wrapResult = result;
+    libcrypto::wrapResult = result;
     recording::clear();
     EXPECT_TRUE(makeLogKeys(pem, settings)) << result;
     EXPECT_EQ(32u, session.size());
@@ -156,7 +119,7 @@ TEST_F(CryptoUtilFailureTest, SecretsAreOverwritten) {
   wipe(secret);
   EXPECT_EQ(32u, wipedBytes);
 
-  wrapResult = 0;
+  libcrypto::wrapResult = 0;
   wipedBytes = 0;
   makeLogKeys(pem, settings);
   EXPECT_GE(wipedBytes, 32u);

@@ -24,57 +24,35 @@
 #include <vector>
 
 #include "EncryptedLogFile.h"
+#include "FailingWrites.h"
 
 namespace logfile {
 
 namespace fs = std::filesystem;
 
-// What the next writes do: an error, or no more than so many bytes; `before` comes first.
-struct Outcome {
-  int error;
-  size_t most;
-  std::function<void()> before = {};
-};
-constexpr size_t kAll = SIZE_MAX;
+using writes::kAll;
+using writes::Outcome;
+using writes::outcomes;
 
-inline std::deque<Outcome> outcomes;
-inline size_t writes = 0;
 inline bool truncateFails = false;
 inline bool unlinkFails = false;
 inline std::optional<uid_t> user;
 
 }  // namespace logfile
 
-extern "C" ssize_t write(int fd, const void* data, size_t size) {
-  ++logfile::writes;
-  if (!logfile::outcomes.empty()) {
-    const logfile::Outcome outcome = logfile::outcomes.front();
-    logfile::outcomes.pop_front();
-    if (outcome.before) outcome.before();
-    if (outcome.error != 0) {
-      errno = outcome.error;
-      return -1;
-    }
-    size = std::min(size, outcome.most);
-  }
-  return syscall(SYS_write, fd, data, size);
-}
-
 extern "C" int ftruncate(int fd, off_t size) {
-  if (!logfile::truncateFails) return static_cast<int>(syscall(SYS_ftruncate, fd, size));
+  if (!logfile::truncateFails) return ORB_NEXT(ftruncate)(fd, size);
   errno = EIO;
   return -1;
 }
 
 extern "C" int unlink(const char* path) {
-  if (!logfile::unlinkFails) return unlinkat(AT_FDCWD, path, 0);
+  if (!logfile::unlinkFails) return ORB_NEXT(unlink)(path);
   errno = EPERM;
   return -1;
 }
 
-extern "C" uid_t geteuid() {
-  return logfile::user ? *logfile::user : static_cast<uid_t>(syscall(SYS_geteuid));
-}
+extern "C" uid_t geteuid() { return logfile::user ? *logfile::user : ORB_NEXT(geteuid)(); }
 
 namespace logfile {
 
@@ -86,7 +64,7 @@ class EncryptedLogFileFixture : public testing::Test {
     directory = mkdtemp(name);
     path = directory / "log";
     file = made(path);
-    outcomes.clear();
+    writes::forget();
     truncateFails = unlinkFails = false;
     user.reset();
   }

@@ -170,9 +170,9 @@ TEST_F(EncryptedLogFileTest, PieceThatDoesNotFitIsDropped) {
 TEST_F(EncryptedLogFileTest, HalfAPieceIsTakenBackAndNotTriedAgain) {
   append("one");
   outcomes = {{0, 2}};
-  writes = 0;
+  writes::calls = 0;
   EXPECT_FALSE(append("two"));
-  EXPECT_EQ(1u, writes);
+  EXPECT_EQ(1u, writes::calls);
   EXPECT_EQ("one", content());
   EXPECT_TRUE(append("three"));
   EXPECT_EQ("onethree", content());

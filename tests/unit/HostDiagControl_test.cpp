@@ -11,8 +11,8 @@
 #include <future>
 #include <vector>
 
-#include "ComesTo.h"
 #include "HostDiagSupport.h"
+#include "ProcessState.h"
 
 namespace {
 
@@ -42,24 +42,13 @@ const diagpkt_user_table_entry_type kEntries[] = {{0x89, 0x89, takeCommand},
 const diagpkt_user_table_type kTable = {0, 0xFF, 0x12, 2, 0, kEntries};
 const diagpkt_user_table_type kOtherTable = {0, 0xFF, 0x13, 1, 0, kEntries + 1};
 
+using processstate::entriesOf;
+using processstate::kDescriptors;
+using processstate::kThreads;
+
 std::string own(const std::string& entry) { return "/proc/self/" + entry; }
 
-std::vector<std::string> listDirectory(const std::string& path) {
-  std::vector<std::string> names;
-  DIR* const entries = opendir(path.c_str());
-  while (const dirent* const entry = readdir(entries))
-    if (entry->d_name[0] != '.') names.push_back(entry->d_name);
-  closedir(entries);
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-size_t controlThreads() {
-  const auto threads = listDirectory(own("task"));
-  return static_cast<size_t>(std::count_if(threads.begin(), threads.end(), [](const auto& id) {
-    return readFile(own("task/" + id + "/comm")) == "orb-diag\n";
-  }));
-}
+size_t controlThreads() { return processstate::threadsNamed("orb-diag"); }
 
 class HostDiagControlTest : public testing::Test {
  protected:
@@ -270,15 +259,15 @@ TEST_F(HostDiagControlTest, OneThreadServesHoweverOftenInitIsCalled) {
 TEST_F(HostDiagControlTest, EndGivesBackThreadDescriptorsAndSocket) {
   diag.deinit();
   ASSERT_TRUE(comesTo([] { return controlThreads() == 0; }));
-  const auto threads = listDirectory(own("task"));
-  const auto descriptors = listDirectory(own("fd"));
+  const auto threads = entriesOf(kThreads);
+  const auto descriptors = entriesOf(kDescriptors);
   for (int i = 0; i < 100; ++i) {
     diag.init(nullptr);
     ASSERT_EQ(0u, ask(socket, "status").find("ok "));
     diag.deinit();
   }
-  EXPECT_TRUE(comesTo([&] { return listDirectory(own("task")) == threads; }));
-  EXPECT_EQ(descriptors, listDirectory(own("fd")));
+  EXPECT_TRUE(comesTo([&] { return entriesOf(kThreads) == threads; }));
+  EXPECT_EQ(descriptors, entriesOf(kDescriptors));
   EXPECT_FALSE(exists(socket));
   diag.deinit();
 }
@@ -311,7 +300,7 @@ TEST_F(HostDiagControlTest, OnlyTheUserMayConnect) {
 
 TEST_F(HostDiagControlTest, DescriptorsAreCloseOnExec) {
   const ControlClient client(socket);  // the thread has accepted it or will
-  for (const std::string& name : listDirectory(own("fd"))) {
+  for (const std::string& name : entriesOf(kDescriptors)) {
     const int fd = std::stoi(name);
     char target[256] = "";
     if (fd <= STDERR_FILENO || readlink(own("fd/" + name).c_str(), target, sizeof target - 1) < 0)

@@ -15,6 +15,7 @@
 
 #include "Built.h"
 #include "LogTestPeer.h"
+#include "ProcessState.h"
 #include "Thread.h"
 #include "hooks/hook.h"
 
@@ -66,15 +67,6 @@ class LogHookTest : public LogFixture {
     return static_cast<HookTable*>(dlsym(library, "hookTable"));
   }
   static HookTable* table() { return table(LogTestPeer::hookLibrary()); }
-
-  static bool hasThread(const std::string& name) {
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-      std::ifstream file(task.path() / "comm");
-      std::string comm;
-      if (std::getline(file, comm) && comm == name) return true;
-    }
-    return false;
-  }
 
   static bool handlesSignal() {
     struct sigaction action = {};
@@ -249,7 +241,7 @@ TEST_F(LogHookTest, ReleaseFromInsideALogCallOfTheDumperDoesNotWaitForItself) {
   }
   log.addDumpRequest(Log::USER_COMMAND);
   while (LogTestPeer::initialised()) std::this_thread::yield();
-  while (hasThread("orb-log-dump")) std::this_thread::yield();
+  while (processstate::threadsNamed("orb-log-dump") > 0) std::this_thread::yield();
   EXPECT_EQ(0u,
             LogTestPeer::recordDump().queuedRequests());  // it took the shutdown request in the end
 }

@@ -3,7 +3,6 @@
 //
 // The time zone of records: how its changes are followed, and that the environment is left alone
 // meanwhile. This program's tzset and stat come before the C library's.
-#include <dlfcn.h>
 #include <sys/stat.h>
 
 #include <atomic>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "CLibrary.h"
+#include "Interposed.h"
 #include "LogTestPeer.h"
 
 namespace {
@@ -23,23 +23,16 @@ namespace {
 std::optional<time_t> zoneFileTime;
 std::atomic<int> environmentReads{0};
 
-template <typename Function>
-Function* real(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
 extern "C" void tzset() ORB_C_FUNCTION {
-  static const auto function = real<void()>("tzset");
   ++environmentReads;
-  function();
+  ORB_NEXT(tzset)();
 }
 
 extern "C" int stat(const char* path, struct stat* status) ORB_C_FUNCTION {
-  static const auto function = real<int(const char*, struct stat*)>("stat");
   const bool faked = zoneFileTime && std::strcmp(path, "/etc/localtime") == 0;
-  if (!faked) return function(path, status);
+  if (!faked) return ORB_NEXT(stat)(path, status);
   *status = {};
   status->st_mtim.tv_sec = *zoneFileTime;
   errno = ENOENT;

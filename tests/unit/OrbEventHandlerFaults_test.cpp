@@ -2,37 +2,11 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 // Posting when the count cannot be written: no item is lost, none comes out of order, and none has
 // to wait for a post that may never come.
-#include <dlfcn.h>
 #include <errno.h>
 #include <string.h>
 
+#include "FailingWrites.h"
 #include "OrbEventHandlerFixture.h"
-
-namespace {
-
-// What happens to the next writes to one descriptor.
-struct FailingWrites {
-  int fd = -1;
-  int error = 0;
-  int left = 0;   // so many fail
-  int calls = 0;  // so many were made
-} failing;
-
-}  // namespace
-
-// Comes before the C library's own.
-extern "C" ssize_t write(int fd, const void* data, size_t size) {
-  static const auto real = reinterpret_cast<decltype(&write)>(dlsym(RTLD_NEXT, "write"));
-  if (fd == failing.fd) {
-    ++failing.calls;
-    if (failing.left > 0) {
-      --failing.left;
-      errno = failing.error;
-      return -1;
-    }
-  }
-  return real(fd, data, size);
-}
 
 namespace {
 
@@ -41,15 +15,19 @@ using Numbers = std::vector<int>;
 class OrbEventHandlerFaults : public OrbEventHandlerTest {
  protected:
   void TearDown() override {
-    failing = FailingWrites();
+    writes::forget();
     OrbEventHandlerTest::TearDown();
   }
-  void failWrites(int times, int error) { failing = {mFd, error, times, 0}; }
+  void failWrites(size_t times, int error) {
+    writes::forget();
+    writes::fd = mFd;
+    writes::outcomes.assign(times, {error, 0});
+  }
   void postUncounted(int number) {
     failWrites(1, EBADF);
     recording::clear();
     post(number);
-    EXPECT_EQ(1, failing.calls);
+    EXPECT_EQ(1u, writes::calls);
     EXPECT_EQ(fatalLines(), (Entries{{6, text("Error in writing rv: -1, error: %s, for fd[%d]",
                                               strerror(EBADF), mFd)}}));
     recording::clear();
@@ -68,7 +46,7 @@ TEST_F(OrbEventHandlerFaults, InterruptedWriteOfAPostIsRepeated) {
   failWrites(3, EINTR);
   recording::clear();
   post(1);
-  EXPECT_EQ(4, failing.calls);
+  EXPECT_EQ(4u, writes::calls);
   EXPECT_EQ(fatalLines(), Entries{});
   EXPECT_EQ(handledByOnePass(), Numbers{1});
 }
@@ -151,7 +129,7 @@ TEST_F(OrbEventHandlerFaults, InterruptedWakeUpForUncountedItemsIsRepeated) {
   postUncounted(1);
   failWrites(2, EINTR);
   mHandler->wakeForUncounted();
-  EXPECT_EQ(3, failing.calls);
+  EXPECT_EQ(3u, writes::calls);
   EXPECT_EQ(handledByOnePass(), Numbers{1});
 }
 
@@ -168,10 +146,10 @@ TEST_F(OrbEventHandlerFaults, LoopIsNotWokenWithoutUncountedItems) {
   post(1);
   failWrites(0, 0);
   mHandler->wakeForUncounted();
-  EXPECT_EQ(0, failing.calls);
+  EXPECT_EQ(0u, writes::calls);
   EXPECT_EQ(handledByOnePass(), Numbers{1});
   mHandler->wakeForUncounted();
-  EXPECT_EQ(0, failing.calls);
+  EXPECT_EQ(0u, writes::calls);
 }
 
 TEST_F(OrbEventHandlerFaults, PreparedItemIsPostedLikeAnyOther) {

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "OrblogFiles.h"
+#include "ProcessState.h"
 #include "orblog/FilePool.h"
 
 using namespace orblogtest;
@@ -42,10 +43,6 @@ class OrblogFilePool : public testing::Test {
     char byte = '-';
     return pread(files[static_cast<size_t>(i)]->fd(), &byte, 1, 0) == 1 ? byte : '-';
   }
-  static size_t openFiles() {
-    const fs::directory_iterator all("/proc/self/fd");
-    return static_cast<size_t>(std::distance(begin(all), end(all)));
-  }
   // Takes the descriptors of all files but some others.
   void closeFirst() {
     for (int i = 1; i <= 3; ++i) EXPECT_EQ(read(i), 'a' + i);
@@ -61,15 +58,15 @@ class OrblogFilePool : public testing::Test {
 
 TEST_F(OrblogFilePool, FilesTakeTurns) {
   EXPECT_EQ(pool->most(), 3u);
-  const size_t before = openFiles();
+  const size_t before = processstate::descriptors();
   for (int round = 0; round < 3; ++round) {
     for (int i = 0; i < 10; ++i) {
       EXPECT_EQ(read(i), 'a' + i);
-      EXPECT_LE(openFiles(), before + 3);
+      EXPECT_LE(processstate::descriptors(), before + 3);
     }
   }
   files.clear();
-  EXPECT_EQ(openFiles(), before);
+  EXPECT_EQ(processstate::descriptors(), before);
 }
 
 TEST_F(OrblogFilePool, FileThatIsOpenIsReadWhateverBecomesOfItsName) {
@@ -123,12 +120,12 @@ TEST_F(OrblogFilePool, FileIsClosedWhenTheProcessHasNoDescriptorLeft) {
 TEST_F(OrblogFilePool, RoomIsMadeOnlyWhenThereIsNone) {
   EXPECT_EQ(read(0), 'a');
   EXPECT_EQ(read(1), 'b');
-  const size_t two = openFiles();
+  const size_t two = processstate::descriptors();
   pool->makeRoom();
-  EXPECT_EQ(openFiles(), two);
+  EXPECT_EQ(processstate::descriptors(), two);
   EXPECT_EQ(read(2), 'c');
   pool->makeRoom();
-  EXPECT_EQ(openFiles(), two);
+  EXPECT_EQ(processstate::descriptors(), two);
 }
 
 }  // namespace

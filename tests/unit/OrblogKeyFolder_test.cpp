@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 // Writing key files beside other runs, and being killed or failed at every step of it.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/syscall.h>
@@ -12,6 +11,7 @@
 #include <cstdarg>
 
 #include "CLibrary.h"
+#include "Interposed.h"
 #include "OrblogFiles.h"
 #include "orblog/KeyFolder.h"
 
@@ -42,7 +42,7 @@ bool proceeds() {
 
 template <typename Function, typename... Arguments>
 auto make(const char* name, Arguments... arguments) {
-  const auto result = reinterpret_cast<Function>(dlsym(RTLD_NEXT, name))(arguments...);  // NOLINT
+  const auto result = interposed::next<Function>(name)(arguments...);
   const int error = errno;
   if (plan.fate == Fate::DiesAfter && plan.count == plan.at) raise(SIGKILL);
   errno = error;
@@ -61,24 +61,24 @@ extern "C" {
 
 int link(const char* from, const char* to) ORB_C_FUNCTION {
   if (!plan.links) return refuse(EPERM);
-  return proceeds() ? make<int (*)(const char*, const char*)>("link", from, to) : -1;
+  return proceeds() ? make<int(const char*, const char*)>("link", from, to) : -1;
 }
 int unlink(const char* path) ORB_C_FUNCTION {
-  return proceeds() ? make<int (*)(const char*)>("unlink", path) : -1;
+  return proceeds() ? make<int(const char*)>("unlink", path) : -1;
 }
 int rename(const char* from, const char* to) ORB_C_FUNCTION {
-  return proceeds() ? make<int (*)(const char*, const char*)>("rename", from, to) : -1;
+  return proceeds() ? make<int(const char*, const char*)>("rename", from, to) : -1;
 }
 int rmdir(const char* path) ORB_C_FUNCTION {
-  return proceeds() ? make<int (*)(const char*)>("rmdir", path) : -1;
+  return proceeds() ? make<int(const char*)>("rmdir", path) : -1;
 }
 char* mkdtemp(char* name) ORB_C_FUNCTION {
-  return proceeds() ? make<char* (*)(char*)>("mkdtemp", name) : nullptr;
+  return proceeds() ? make<char*(char*)>("mkdtemp", name) : nullptr;
 }
 // Nobody pulls the plug here.
 int fsync(int) { return proceeds() ? 0 : -1; }
 int flock(int fd, int operation) ORB_C_FUNCTION {
-  return plan.locks ? make<int (*)(int, int)>("flock", fd, operation) : refuse(ENOLCK);
+  return plan.locks ? make<int(int, int)>("flock", fd, operation) : refuse(ENOLCK);
 }
 long syscall(long number, ...) ORB_C_FUNCTION {
   long given[6] = {};
@@ -87,7 +87,7 @@ long syscall(long number, ...) ORB_C_FUNCTION {
   for (long& argument : given) argument = va_arg(arguments, long);
   va_end(arguments);
   if (number == SYS_renameat2 && !plan.exclusive) return refuse(ENOSYS);
-  using Call = long (*)(long, long, long, long, long, long, long);
+  using Call = long(long, long, long, long, long, long, long);
   if (number == SYS_renameat2 && !proceeds()) return -1;
   return make<Call>("syscall", number, given[0], given[1], given[2], given[3], given[4], given[5]);
 }

@@ -2,31 +2,13 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 // The process-wide socket tables when the system has no thread to give. Tests run in the order of
 // this file: registering the process works once.
-#include <dlfcn.h>
-#include <errno.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
 
-#include <atomic>
 #include <future>
 
+#include "FailingThreads.h"
 #include "IpcTestSupport.h"
 #include "Thread.h"
-
-namespace {
-
-std::atomic<bool> threadsFail{false};
-
-}  // namespace
-
-// Comes before the C library's own.
-extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
-                              void* (*body)(void*), void* data) {
-  if (threadsFail) return EAGAIN;
-  static const auto real =
-      reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
-  return real(thread, attributes, body, data);
-}
 
 namespace {
 
@@ -38,9 +20,9 @@ class ProcessUtilsNoThreadTest : public testing::Test {
  protected:
   ProcessUtilsNoThreadTest() {
     recording::clear();
-    threadsFail = true;
+    threads::fail = true;
   }
-  ~ProcessUtilsNoThreadTest() override { threadsFail = false; }
+  ~ProcessUtilsNoThreadTest() override { threads::forget(); }
 
   SocketPair mPair;
   RecordingHandler mHandler;
@@ -71,7 +53,7 @@ TEST_F(ProcessUtilsNoThreadTest, SocketIsLeftToItsOwnerWhoMayTryAgain) {
   EXPECT_FALSE(isRegistered(kPeer, 7));
   EXPECT_TRUE(isOpen(mPair.ours));
   EXPECT_TRUE(hasLogged(kError, "id: 0x1, sessionId: 7: no thread to receive on"));
-  threadsFail = false;
+  threads::fail = false;
   EXPECT_TRUE(registerSocket(kPeer, 7, mPair.ours, mHandler));
   mPair.closePeer();
   EXPECT_TRUE(mHandler.waitForEnd());
@@ -81,7 +63,7 @@ TEST_F(ProcessUtilsNoThreadTest, SocketIsLeftToItsOwnerWhoMayTryAgain) {
 TEST_F(ProcessUtilsNoThreadTest, PairIsNotTakenOverWithoutAThread) {
   SocketPair next;
   RecordingHandler nextHandler;
-  threadsFail = false;
+  threads::fail = false;
   std::promise<void> mayEnd;
   struct : RecordingHandler {
     void handleMsg(ipcMsg_t*) override { mayEnd->get_future().wait(); }
@@ -92,12 +74,12 @@ TEST_F(ProcessUtilsNoThreadTest, PairIsNotTakenOverWithoutAThread) {
   const ipcMsg_t frame = {kPeer, 105, 5, 0, 7, 0};
   mPair.write(&frame, sizeof frame);
   mPair.closePeer();
-  threadsFail = true;
+  threads::fail = true;
   EXPECT_FALSE(registerSocket(kPeer, 7, next.ours, nextHandler));
   EXPECT_TRUE(hasLogged(kError, "id: 0x1, sessionId: 7: no thread to receive on"));
   EXPECT_TRUE(isRegistered(kPeer, 7));
   EXPECT_TRUE(isOpen(next.ours));
-  threadsFail = false;
+  threads::fail = false;
   mayEnd.set_value();
   ASSERT_TRUE(busy.waitForEnd());
   EXPECT_EQ("session 7", busy.calls().front());

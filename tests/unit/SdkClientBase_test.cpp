@@ -3,11 +3,11 @@
 #include "SdkClientBase.h"
 
 #include <algorithm>
-#include <condition_variable>
 #include <stdexcept>
 #include <string>
 
 #include "EventManagerFixture.h"
+#include "Recorder.h"
 
 namespace {
 
@@ -37,20 +37,9 @@ class FakeClient : public SdkClientBase {
     return sendBlobToService(event.type, event.blob);
   }
 
-  void note(const std::string& what) {
-    const std::lock_guard<std::mutex> lock(mNotesLock);
-    mNotes.push_back(what);
-    mNoted.notify_all();
-  }
-  Strings notes() {
-    const std::lock_guard<std::mutex> lock(mNotesLock);
-    return mNotes;
-  }
-  bool waitForNotes(size_t count) {
-    std::unique_lock<std::mutex> lock(mNotesLock);
-    return mNoted.wait_until(lock, std::chrono::system_clock::now() + std::chrono::seconds(10),
-                             [&] { return mNotes.size() >= count; });
-  }
+  void note(const std::string& what) { mNotes.add(what); }
+  Strings notes() { return mNotes.all(); }
+  bool waitForNotes(size_t count) { return mNotes.waitForCount(count); }
   Listener noting(Type type) {
     return [this, type](SdkStatus status, const Blob& blob) {
       note("listener " + number(type) + " " + std::to_string(status) + " " +
@@ -65,9 +54,7 @@ class FakeClient : public SdkClientBase {
   std::atomic<bool> sendable{true};
 
  private:
-  std::mutex mNotesLock;
-  std::condition_variable mNoted;
-  Strings mNotes;
+  Recorder<std::string> mNotes;
 };
 
 // Without a worker: the test calls handleEvent() itself.

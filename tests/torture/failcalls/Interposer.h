@@ -2,12 +2,11 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <dlfcn.h>
-
 #include <cstddef>
 #include <cstdint>
 
 #include "Fault.h"
+#include "Interposed.h"
 
 // The program defines the calls itself, so that everybody's end here first: those that the shared
 // library makes are counted and may be made to fail, everybody else's go straight on. Any thread.
@@ -24,12 +23,6 @@ void disarm();
 void redirectTo(const char* socketPath);
 
 // For the definitions of the calls.
-
-// The definition behind ours.
-template <typename Function>
-Function next(const char* name) {
-  return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
-}
 
 // What to do with a call that returns to @p caller: null for making it. With @p through, calls that
 // the library makes through other libraries count as its own. @p size is that of a transfer.

@@ -44,9 +44,9 @@ bool resolved() {
   if (real.free != nullptr) return true;
   if (resolving) return false;
   resolving = true;
-  real.malloc = failcalls::next<MallocFunction>("malloc");
-  real.calloc = failcalls::next<CallocFunction>("calloc");
-  real.free = failcalls::next<FreeFunction>("free");
+  real.malloc = interposed::next<decltype(::malloc)>("malloc");
+  real.calloc = interposed::next<decltype(::calloc)>("calloc");
+  real.free = interposed::next<decltype(::free)>("free");
   resolving = false;
   return true;
 }

@@ -4,10 +4,14 @@
 // The system calls and library functions that can fail. Each is defined under its assembler name
 // only: the headers' declarations differ between C libraries in what they promise.
 #include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdarg>
@@ -24,7 +28,6 @@ using failcalls::Call;
 using failcalls::decide;
 using failcalls::Failure;
 using failcalls::Kind;
-using failcalls::next;
 
 namespace {
 
@@ -71,13 +74,13 @@ extern "C" {
 
 int orbTestSocket(int domain, int type, int protocol) ORB_NAMED("socket");
 int orbTestSocket(int domain, int type, int protocol) {
-  static const auto real = next<int (*)(int, int, int)>("socket");
+  static auto* const real = interposed::next<decltype(::socket)>("socket");
   return plain(decide(Call::Socket, ORB_CALLER), [&] { return real(domain, type, protocol); });
 }
 
 int orbTestConnect(int fd, const sockaddr* address, socklen_t size) ORB_NAMED("connect");
 int orbTestConnect(int fd, const sockaddr* address, socklen_t size) {
-  static const auto real = next<int (*)(int, const sockaddr*, socklen_t)>("connect");
+  static auto* const real = interposed::next<decltype(::connect)>("connect");
   const Failure* const failure = decide(Call::Connect, ORB_CALLER);
   sockaddr_un elsewhere = {};
   if (redirection != nullptr && host::isDaemonSocket(address, size)) {
@@ -89,66 +92,66 @@ int orbTestConnect(int fd, const sockaddr* address, socklen_t size) {
 
 ssize_t orbTestSend(int fd, const void* data, size_t size, int flags) ORB_NAMED("send");
 ssize_t orbTestSend(int fd, const void* data, size_t size, int flags) {
-  static const auto real = next<ssize_t (*)(int, const void*, size_t, int)>("send");
+  static auto* const real = interposed::next<decltype(::send)>("send");
   return transfer(decide(Call::Send, ORB_CALLER), size,
                   [&](size_t part) { return real(fd, data, part, flags); });
 }
 
 ssize_t orbTestRecv(int fd, void* data, size_t size, int flags) ORB_NAMED("recv");
 ssize_t orbTestRecv(int fd, void* data, size_t size, int flags) {
-  static const auto real = next<ssize_t (*)(int, void*, size_t, int)>("recv");
+  static auto* const real = interposed::next<decltype(::recv)>("recv");
   return transfer(decide(Call::Recv, ORB_CALLER), size,
                   [&](size_t part) { return real(fd, data, part, flags); });
 }
 
 int orbTestShutdown(int fd, int how) ORB_NAMED("shutdown");
 int orbTestShutdown(int fd, int how) {
-  static const auto real = next<int (*)(int, int)>("shutdown");
+  static auto* const real = interposed::next<decltype(::shutdown)>("shutdown");
   return plain(decide(Call::Shutdown, ORB_CALLER), [&] { return real(fd, how); });
 }
 
 int orbTestClose(int fd) ORB_NAMED("close");
 int orbTestClose(int fd) {
-  static const auto real = next<int (*)(int)>("close");
+  static auto* const real = interposed::next<decltype(::close)>("close");
   return plain(decide(Call::Close, ORB_CALLER), [&] { return real(fd); });
 }
 
 int orbTestEventfd(unsigned count, int flags) ORB_NAMED("eventfd");
 int orbTestEventfd(unsigned count, int flags) {
-  static const auto real = next<int (*)(unsigned, int)>("eventfd");
+  static auto* const real = interposed::next<decltype(::eventfd)>("eventfd");
   return plain(decide(Call::Eventfd, ORB_CALLER), [&] { return real(count, flags); });
 }
 
 int orbTestEpollCreate1(int flags) ORB_NAMED("epoll_create1");
 int orbTestEpollCreate1(int flags) {
-  static const auto real = next<int (*)(int)>("epoll_create1");
+  static auto* const real = interposed::next<decltype(::epoll_create1)>("epoll_create1");
   return plain(decide(Call::EpollCreate1, ORB_CALLER), [&] { return real(flags); });
 }
 
 int orbTestEpollCtl(int epoll, int operation, int fd, epoll_event* event) ORB_NAMED("epoll_ctl");
 int orbTestEpollCtl(int epoll, int operation, int fd, epoll_event* event) {
-  static const auto real = next<int (*)(int, int, int, epoll_event*)>("epoll_ctl");
+  static auto* const real = interposed::next<decltype(::epoll_ctl)>("epoll_ctl");
   return plain(decide(Call::EpollCtl, ORB_CALLER),
                [&] { return real(epoll, operation, fd, event); });
 }
 
 int orbTestEpollWait(int epoll, epoll_event* events, int max, int timeout) ORB_NAMED("epoll_wait");
 int orbTestEpollWait(int epoll, epoll_event* events, int max, int timeout) {
-  static const auto real = next<int (*)(int, epoll_event*, int, int)>("epoll_wait");
+  static auto* const real = interposed::next<decltype(::epoll_wait)>("epoll_wait");
   return plain(decide(Call::EpollWait, ORB_CALLER),
                [&] { return real(epoll, events, max, timeout); });
 }
 
 ssize_t orbTestRead(int fd, void* data, size_t size) ORB_NAMED("read");
 ssize_t orbTestRead(int fd, void* data, size_t size) {
-  static const auto real = next<ssize_t (*)(int, void*, size_t)>("read");
+  static auto* const real = interposed::next<decltype(::read)>("read");
   return transfer(decide(Call::Read, ORB_CALLER, false, size), size,
                   [&](size_t part) { return real(fd, data, part); });
 }
 
 ssize_t orbTestWrite(int fd, const void* data, size_t size) ORB_NAMED("write");
 ssize_t orbTestWrite(int fd, const void* data, size_t size) {
-  static const auto real = next<ssize_t (*)(int, const void*, size_t)>("write");
+  static auto* const real = interposed::next<decltype(::write)>("write");
   return transfer(decide(Call::Write, ORB_CALLER, false, size), size,
                   [&](size_t part) { return real(fd, data, part); });
 }
@@ -156,7 +159,7 @@ ssize_t orbTestWrite(int fd, const void* data, size_t size) {
 // Calls that the library makes itself: the C++ runtime's clocks have no way to tell of a failure.
 int orbTestClockGettime(clockid_t clock, timespec* time) ORB_NAMED("clock_gettime");
 int orbTestClockGettime(clockid_t clock, timespec* time) {
-  static const auto real = next<int (*)(clockid_t, timespec*)>("clock_gettime");
+  static auto* const real = interposed::next<decltype(::clock_gettime)>("clock_gettime");
   return plain(decide(Call::ClockGettime, ORB_CALLER), [&] { return real(clock, time); });
 }
 
@@ -165,15 +168,14 @@ int orbTestPthreadCreate(pthread_t* thread, const pthread_attr_t* attributes, vo
                          void* data) ORB_NAMED("pthread_create");
 int orbTestPthreadCreate(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                          void* data) {
-  static const auto real =
-      next<int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)>("pthread_create");
+  static auto* const real = interposed::next<decltype(::pthread_create)>("pthread_create");
   const Failure* const failure = decide(Call::PthreadCreate, ORB_CALLER, true);
   return failure != nullptr ? failure->error : real(thread, attributes, body, data);
 }
 
 int orbTestOpen(const char* path, int flags, ...) ORB_NAMED("open");
 int orbTestOpen(const char* path, int flags, ...) {
-  static const auto real = next<int (*)(const char*, int, ...)>("open");
+  static auto* const real = interposed::next<decltype(::open)>("open");
   va_list more;
   va_start(more, flags);
   const mode_t mode = (flags & 0100) != 0 ? va_arg(more, mode_t) : 0;  // O_CREAT
@@ -183,14 +185,14 @@ int orbTestOpen(const char* path, int flags, ...) {
 
 void* orbTestDlopen(const char* file, int mode) ORB_NAMED("dlopen");
 void* orbTestDlopen(const char* file, int mode) {
-  static const auto real = next<void* (*)(const char*, int)>("dlopen");
+  static auto* const real = interposed::next<decltype(::dlopen)>("dlopen");
   const Failure* const failure = decide(Call::Dlopen, ORB_CALLER);
   return failure != nullptr ? nullptr : real(file, mode);
 }
 
 DIR* orbTestFdopendir(int fd) ORB_NAMED("fdopendir");
 DIR* orbTestFdopendir(int fd) {
-  static const auto real = next<DIR* (*)(int)>("fdopendir");
+  static auto* const real = interposed::next<decltype(::fdopendir)>("fdopendir");
   const Failure* const failure = decide(Call::Fdopendir, ORB_CALLER);
   if (failure == nullptr) return real(fd);
   errno = failure->error;
@@ -200,21 +202,21 @@ DIR* orbTestFdopendir(int fd) {
 // Both count as one call: what a file is, found by its name.
 int orbTestLstat(const char* path, struct stat* status) ORB_NAMED("lstat");
 int orbTestLstat(const char* path, struct stat* status) {
-  static const auto real = next<int (*)(const char*, struct stat*)>("lstat");
+  static auto* const real = interposed::next<decltype(::lstat)>("lstat");
   return plain(decide(Call::Stat, ORB_CALLER), [&] { return real(path, status); });
 }
 
 int orbTestFstatat(int directory, const char* path, struct stat* status, int flags)
     ORB_NAMED("fstatat");
 int orbTestFstatat(int directory, const char* path, struct stat* status, int flags) {
-  static const auto real = next<int (*)(int, const char*, struct stat*, int)>("fstatat");
+  static auto* const real = interposed::next<decltype(::fstatat)>("fstatat");
   return plain(decide(Call::Stat, ORB_CALLER),
                [&] { return real(directory, path, status, flags); });
 }
 
 int orbTestUnlink(const char* path) ORB_NAMED("unlink");
 int orbTestUnlink(const char* path) {
-  static const auto real = next<int (*)(const char*)>("unlink");
+  static auto* const real = interposed::next<decltype(::unlink)>("unlink");
   return plain(decide(Call::Unlink, ORB_CALLER), [&] { return real(path); });
 }
 

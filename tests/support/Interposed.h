@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+#pragma once
+
+#include <dlfcn.h>
+
+// A test program that defines a function of another library comes before that library: everybody's
+// calls end there. FailingThreads.h, FailingWrites.h and FailingRandom.h do that for calls that
+// several tests let fail; each is for one source of a program.
+namespace interposed {
+
+// The definition behind the program's own.
+template <class Function>
+Function* next(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace interposed
+
+// The same, looked up once: ORB_NEXT(write)(fd, data, size).
+#define ORB_NEXT(function)                                                         \
+  ([] {                                                                            \
+    static auto* const behind = interposed::next<decltype(::function)>(#function); \
+    return behind;                                                                 \
+  }())
