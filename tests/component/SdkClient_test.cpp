@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include <condition_variable>
 #include <string>
 
+#include "Recorder.h"
 #include "RecordingPlatform.h"
 #include "SdkClientEndpoint.h"
 #include "orbsim/Daemon.h"
@@ -16,56 +16,6 @@ namespace {
 using Blob = std::vector<uint8_t>;
 using Type = OrbSdkClientType;
 using Strings = std::vector<std::string>;
-
-Type sdkType(uint32_t number) { return static_cast<Type>(number); }
-
-TEST(SdkClientTypes, TravelByTheirTable) {
-  const uint32_t expected[14] = {0, 0, 0, 0, 4, 5, 0, 6, 0, 7, 8, 9, 0, 0};
-  for (uint32_t type = 0; type < 14; ++type) {
-    EXPECT_EQ(expected[type], static_cast<uint32_t>(convertSdkTypeToIpc(sdkType(type)))) << type;
-  }
-  EXPECT_EQ(OrbSdkType::None, convertSdkTypeToIpc(sdkType(4294967295)));
-}
-
-TEST(SdkClientTypes, ComeBackByTheirTable) {
-  const uint32_t expected[12] = {0, 0, 0, 0, 4, 5, 7, 9, 10, 11, 0, 0};
-  for (uint32_t type = 0; type < 12; ++type) {
-    EXPECT_EQ(expected[type],
-              static_cast<uint32_t>(convertSdkTypeToSdk(static_cast<OrbSdkType>(type))))
-        << type;
-  }
-  EXPECT_EQ(Type::None, convertSdkTypeToSdk(static_cast<OrbSdkType>(4294967295)));
-}
-
-TEST(SdkClientTypes, HaveTheirEndpoints) {
-  const int expected[14] = {108, 108, 108, 108, 101, 102, 108, 104, 108, 105, 106, 107, 108, 108};
-  for (uint32_t type = 0; type < 14; ++type) {
-    EXPECT_EQ(expected[type], static_cast<int>(endpointOf(sdkType(type)))) << type;
-  }
-}
-
-TEST(SendBlobMessage, IsTypeThenBlob) {
-  SendBlobMessage message(OrbSdkType::LCE, {0x0a, 0x0b});
-  EXPECT_EQ(5u, message.id());
-  EXPECT_EQ((Blob{7, 0, 0, 0, 0x0a, 0x0b}), message.serialize());
-}
-
-TEST(SendBlobMessage, ReadsWhatItWrites) {
-  SendBlobMessage message;
-  message.deserialize({8, 0, 0, 0, 1, 2, 3});
-  EXPECT_EQ(OrbSdkType::LLE, message.type());
-  EXPECT_EQ((Blob{1, 2, 3}), message.blob());
-  message.deserialize({0x04, 0x03, 0x02, 0x01});
-  EXPECT_EQ(0x01020304u, static_cast<uint32_t>(message.type()));
-  EXPECT_TRUE(message.blob().empty());
-}
-
-TEST(SendBlobMessage, TooFewBytesChangeNothing) {
-  SendBlobMessage message(OrbSdkType::LLI, {1});
-  message.deserialize({1, 2, 3});
-  EXPECT_EQ(OrbSdkType::LLI, message.type());
-  EXPECT_EQ(Blob{1}, message.blob());
-}
 
 class SdkClientTest : public ::testing::Test {
  protected:
@@ -85,26 +35,13 @@ class SdkClientTest : public ::testing::Test {
   }
   SdkClientBase::Listener noting(Type type) {
     return [this, type](SdkClientBase::SdkStatus status, const Blob& blob) {
-      const std::lock_guard<std::mutex> lock(mLock);
-      mNotes.push_back(std::to_string(static_cast<int>(type)) + ":" + std::to_string(status) + ":" +
-                       std::to_string(blob.size()));
-      mNoted.notify_all();
+      mNotes.add(std::to_string(static_cast<int>(type)) + ":" + std::to_string(status) + ":" +
+                 std::to_string(blob.size()));
     };
   }
-  Strings notes() {
-    const std::lock_guard<std::mutex> lock(mLock);
-    return mNotes;
-  }
-  Strings waitForNotes(size_t count) {
-    std::unique_lock<std::mutex> lock(mLock);
-    mNoted.wait_until(lock, std::chrono::system_clock::now() + std::chrono::seconds(20),
-                      [&] { return mNotes.size() >= count; });
-    return mNotes;
-  }
-  void forgetNotes() {
-    const std::lock_guard<std::mutex> lock(mLock);
-    mNotes.clear();
-  }
+  Strings notes() { return mNotes.all(); }
+  Strings waitForNotes(size_t count) { return mNotes.waitForAll(count); }
+  void forgetNotes() { mNotes.clear(); }
   // Joins with a first request and waits until it has arrived and the connection was announced.
   std::shared_ptr<SdkClient> join(Type type) {
     const auto session = static_cast<uint32_t>(mDaemon.totals().sessions + 1);
@@ -141,9 +78,7 @@ class SdkClientTest : public ::testing::Test {
   std::shared_ptr<SdkClient> mClient;
 
  private:
-  std::mutex mLock;  // guards the notes
-  std::condition_variable mNoted;
-  Strings mNotes;
+  Recorder<std::string> mNotes;
 };
 
 TEST_F(SdkClientTest, DestroyWithoutInstanceIsALine) {

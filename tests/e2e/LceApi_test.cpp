@@ -4,6 +4,33 @@
 #include "LceFixture.h"
 #include "ServiceApiSuite.h"
 
+namespace servicetest {
+
+template <>
+struct Asked<lcetest::LceNames> {
+  static inline uint64_t sCriteria = 0;  // the number of the request
+
+  static void ask() {
+    const LceReportingCriteria criteria = {};
+    const int64_t id = lceSetReportingCriteria(&criteria, lcetest::onCriteria);
+    ASSERT_GT(id, 0);
+    sCriteria = static_cast<uint64_t>(id);
+    ASSERT_EQ(0, lceGetLastEstimationReport(lcetest::onLast));
+    ASSERT_EQ(0, lceRegEstimationReports(lcetest::onReport));
+  }
+  static std::vector<LceProto::ClientMsg> answers() {
+    return {lcetest::lastReport(1, 0, 0, 0, "NONE"), lcetest::periodicReport(2, 0, 0, 0, "NONE"),
+            lcetest::criteriaResult(sCriteria, true, "NONE")};
+  }
+  static CallLog<lcetest::LceNames>::List calls() {
+    return {{"last", LCE_ESTIMATION_REPORT_STATUS_SUCCESS, {1, {}, {}, 0}},
+            {"report", LCE_ESTIMATION_REPORT_STATUS_SUCCESS, {2, {}, {}, 0}},
+            {"criteria", 1, {}}};
+  }
+};
+
+}  // namespace servicetest
+
 namespace lcetest {
 namespace {
 
@@ -15,27 +42,6 @@ LceReportingCriteria criteria() {
   LceReportingCriteria result = {};
   result.accessNetworkType = SDL_ACCESS_NETWORK_TYPE_LTE;
   return result;
-}
-
-TEST_F(LceApi, RequestsBeforeEnableAreRefusedWhateverTheirArguments) {
-  const LceReportingCriteria valid = criteria();
-  const std::string text = "Failed to get SDK instance";
-  EXPECT_EQ(-5, lceSetReportingCriteria(&valid, onCriteria));
-  EXPECT_EQ(-5, lceSetReportingCriteria(nullptr, nullptr));
-  EXPECT_EQ(-5, lceGetLastEstimationReport(onLast));
-  EXPECT_EQ(-5, lceGetLastEstimationReport(nullptr));
-  EXPECT_EQ(-5, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
-  EXPECT_EQ(-5, lcePerformReportingAction(static_cast<LceReportingAction>(0)));
-  EXPECT_EQ(-5, lceRegEstimationReports(onReport));
-  EXPECT_EQ(-5, lceRegEstimationReports(nullptr));
-  EXPECT_EQ(lines(), (LogLines{{"lceSetReportingCriteria", text},
-                               {"lceSetReportingCriteria", text},
-                               {"lceGetLastEstimationReport", text},
-                               {"lceGetLastEstimationReport", text},
-                               {"lcePerformReportingAction", text},
-                               {"lcePerformReportingAction", text},
-                               {"lceRegEstimationReports", text},
-                               {"lceRegEstimationReports", text}}));
 }
 
 TEST_F(LceApi, InvalidArgumentsAreRefusedSilentlyAndSendNothing) {
@@ -56,11 +62,8 @@ TEST_F(LceApi, InvalidArgumentsAreRefusedSilentlyAndSendNothing) {
   EXPECT_EQ(-2, lceSetReportingCriteria(&bad, onCriteria));
   bad.accessNetworkType = static_cast<SdlAccessNetworkType>(-1);
   EXPECT_EQ(-2, lceSetReportingCriteria(&bad, onCriteria));
-  EXPECT_EQ(-2, lceGetLastEstimationReport(nullptr));
-  EXPECT_EQ(-2, lcePerformReportingAction(static_cast<LceReportingAction>(0)));
   EXPECT_EQ(-2, lcePerformReportingAction(static_cast<LceReportingAction>(4)));
   EXPECT_EQ(-2, lcePerformReportingAction(static_cast<LceReportingAction>(-1)));
-  EXPECT_EQ(-2, lceRegEstimationReports(nullptr));
   for (const char* function : {"lceSetReportingCriteria", "lceGetLastEstimationReport",
                                "lcePerformReportingAction", "lceRegEstimationReports"}) {
     EXPECT_TRUE(linesOf(function).empty()) << function;
@@ -69,19 +72,6 @@ TEST_F(LceApi, InvalidArgumentsAreRefusedSilentlyAndSendNothing) {
   ASSERT_TRUE(daemon().waitForFrames(2));
   const auto frames = daemon().frames();
   EXPECT_EQ((Blob{0x08, 0x04, 0x1a, 0x02, 0x22, 0x00}), frames[1].blob());
-}
-
-TEST_F(LceApi, RefusedCallsLeaveTheCallbacksOfEarlierOnes) {
-  enable();
-  ASSERT_EQ(0, lceGetLastEstimationReport(onLast));
-  ASSERT_EQ(0, lceRegEstimationReports(onReport));
-  EXPECT_EQ(0, orb_lce_enable(nullptr));
-  EXPECT_EQ(-2, lceGetLastEstimationReport(nullptr));
-  EXPECT_EQ(-2, lceRegEstimationReports(nullptr));
-  send(lastReport(1, 0, 0, 0, "NONE"));
-  send(periodicReport(2, 0, 0, 0, "NONE"));
-  EXPECT_EQ(settle(), (CallList{{"last", LCE_ESTIMATION_REPORT_STATUS_SUCCESS, {1, {}, {}, 0}},
-                                {"report", LCE_ESTIMATION_REPORT_STATUS_SUCCESS, {2, {}, {}, 0}}}));
 }
 
 TEST_F(LceApi, FullAndEmptyListsAndNoNetworkAreAccepted) {
@@ -106,33 +96,10 @@ TEST_F(LceApi, TransactionIdsAreDifferentAndFitTheirRange) {
   }
 }
 
-TEST_F(LceApi, EnableAfterDisableStartsAfresh) {
-  enable();
-  ASSERT_EQ(0, createLceClient(onV2));
-  ASSERT_EQ(0, lceGetLastEstimationReport(onLast));
-  ASSERT_EQ(0, lceRegEstimationReports(onReport));
-  const LceReportingCriteria valid = criteria();
-  const int64_t id = lceSetReportingCriteria(&valid, onCriteria);
-  ASSERT_GT(id, 0);
-  ASSERT_EQ(1, orb_lce_disable());
-  ASSERT_EQ(1, orb_lce_enable(onStatus));
-  ASSERT_TRUE(daemon().waitForSessions(2));
-  ASSERT_TRUE(daemon().waitForFrame([](const Frame& frame) { return frame.sessionId == 2; }));
-  mSession = 2;
-  send(lastReport(1, 0, 0, 0, "NONE"));
-  send(periodicReport(2, 0, 0, 0, "NONE"));
-  send(criteriaResult(static_cast<uint64_t>(id), true, "NONE"));
-  EXPECT_TRUE(settle().empty());
-  EXPECT_EQ(1u, calls().size()) << "the second generation's callback is forgotten";
-}
-
-TEST_F(LceApi, LostConnectionIsReportedToBothAndTheNextRequestFindsTheDaemonAgain) {
+TEST_F(LceApi, NextRequestAfterALostConnectionFindsTheDaemonAgain) {
   enableBoth();
-  recording::clear();
   daemon().stop();
-  EXPECT_EQ(waitForCalls(2),
-            (CallList{{"status", STATUS_SERVICE_DOWN, {}}, {"v2", STATUS_V2_SERVICE_DOWN, {}}}));
-  EXPECT_EQ(linesOf("blobListener"), (LogLines{{"blobListener", "Lce::blobListener"}}));
+  ASSERT_EQ(2u, waitForCalls(2).size());
   clearCalls();
   daemon().setAutoAnswer(true);
   daemon().setNextSessionId(1);
@@ -156,10 +123,10 @@ TEST_F(LceApi, PendingCriteriaRequestSurvivesALostConnection) {
   EXPECT_EQ(settle(), (CallList{{"criteria", 1, {}}}));
 }
 
-TEST_F(LceApi, RefusedHandshakeIsOneServiceDownAndTheNextRequestTriesAgain) {
+TEST_F(LceApi, NextRequestAfterARefusedHandshakeTriesAgain) {
   daemon().setHandshake([](int, uint32_t) { return false; });
   ASSERT_EQ(1, orb_lce_enable(onStatus));
-  EXPECT_EQ(waitForCalls(1), (CallList{{"status", STATUS_SERVICE_DOWN, {}}}));
+  ASSERT_EQ(1u, waitForCalls(1).size());
   daemon().setHandshake({});
   ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_STOP));
   ASSERT_TRUE(daemon().waitForFrames(1));

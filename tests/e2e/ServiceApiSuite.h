@@ -15,6 +15,11 @@ namespace servicetest {
 // Enough for an event manager, one too few for the SDK client's own queue.
 constexpr size_t kManagerDescriptors = 3;
 
+// What a service may be asked for beside its status, the messages that answer it, and what the
+// callbacks then get. Each service's *Api_test.cpp says so for its own.
+template <class S>
+struct Asked;
+
 template <class S>
 class ServiceApi : public ServiceTest<S> {
  protected:
@@ -25,6 +30,9 @@ class ServiceApi : public ServiceTest<S> {
       result.insert(result.end(), own.begin(), own.end());
     }
     return result;
+  }
+  void sendAnswers() {
+    for (const auto& message : Asked<S>::answers()) this->send(message);
   }
   // Both generations enabled, but the client could not be made.
   void enableWithoutClient() {
@@ -69,8 +77,8 @@ TYPED_TEST_P(ServiceApi, RequestsBeforeEnableAreRefusedWhateverTheirArguments) {
   for (const Request& request : TypeParam::requests()) {
     EXPECT_EQ(-5, request.valid()) << request.function;
     expected.emplace_back(request.function, "Failed to get SDK instance");
-    if (request.withoutCallback == nullptr) continue;
-    EXPECT_EQ(-5, request.withoutCallback()) << request.function;
+    if (request.invalid == nullptr) continue;
+    EXPECT_EQ(-5, request.invalid()) << request.function;
     expected.emplace_back(request.function, "Failed to get SDK instance");
   }
   EXPECT_EQ(this->lines(), expected);
@@ -108,11 +116,11 @@ TYPED_TEST_P(ServiceApi, EitherGenerationDisablesWhatTheOtherEnabled) {
   EXPECT_EQ(1, TypeParam::disable());
 }
 
-TYPED_TEST_P(ServiceApi, RequestsWithoutCallbackAreRefusedSilentlyAndSendNothing) {
+TYPED_TEST_P(ServiceApi, InvalidRequestsAreRefusedSilentlyAndSendNothing) {
   this->enableQuietly();
   for (const Request& request : TypeParam::requests()) {
-    if (request.withoutCallback == nullptr) continue;
-    EXPECT_EQ(-2, request.withoutCallback()) << request.function;
+    if (request.invalid == nullptr) continue;
+    EXPECT_EQ(-2, request.invalid()) << request.function;
   }
   EXPECT_TRUE(this->linesOfRequests().empty());
   ASSERT_EQ(1, TypeParam::disable());
@@ -140,6 +148,30 @@ TYPED_TEST_P(ServiceApi, EnableAgainReplacesTheCallbackAndAsksAgain) {
   EXPECT_EQ(0, TypeParam::enable(nullptr)) << "and a refused one replaces nothing";
   this->send(statusMessage<TypeParam>(1));
   EXPECT_EQ(this->waitForCalls(1), (typename TestFixture::CallList{{"other", STATUS_SUCCESS, {}}}));
+}
+
+TYPED_TEST_P(ServiceApi, RefusedCallsLeaveTheCallbacksOfEarlierOnes) {
+  this->enable();
+  ASSERT_NO_FATAL_FAILURE(Asked<TypeParam>::ask());
+  EXPECT_EQ(0, TypeParam::enable(nullptr));
+  for (const Request& request : TypeParam::requests()) {
+    if (request.invalid == nullptr) continue;
+    EXPECT_EQ(-2, request.invalid()) << request.function;
+  }
+  this->sendAnswers();
+  EXPECT_EQ(this->settle(), Asked<TypeParam>::calls());
+}
+
+TYPED_TEST_P(ServiceApi, EnableAfterDisableStartsAfresh) {
+  this->enableBoth();
+  ASSERT_NO_FATAL_FAILURE(Asked<TypeParam>::ask());
+  ASSERT_EQ(1, TypeParam::disable());
+  ASSERT_EQ(1, TypeParam::enable(this->onStatus));
+  ASSERT_TRUE(this->daemon().waitForFrame([](const Frame& frame) { return frame.sessionId == 2; }));
+  this->mSession = 2;
+  this->sendAnswers();
+  EXPECT_TRUE(this->settle().empty());
+  EXPECT_EQ(1u, this->calls().size()) << "the second generation's callback is forgotten";
 }
 
 TYPED_TEST_P(ServiceApi, EnableThatGetsNoClientReportsInternalErrorBeforeItReturns) {
@@ -185,8 +217,8 @@ TYPED_TEST_P(ServiceApi, WithoutClientRequestsAreRefusedAndDisableReportsToBoth)
   for (const Request& request : TypeParam::requests()) {
     EXPECT_EQ(-5, request.valid()) << request.function;
     expected.emplace_back(request.function, text);
-    if (!request.withoutCallback) continue;
-    EXPECT_EQ(-5, request.withoutCallback()) << request.function;
+    if (!request.invalid) continue;
+    EXPECT_EQ(-5, request.invalid()) << request.function;
     expected.emplace_back(request.function, text);
   }
   EXPECT_EQ(0, TypeParam::disable());
@@ -236,8 +268,10 @@ REGISTER_TYPED_TEST_SUITE_P(ServiceApi, DisableBeforeEnableIsRefused, DestroyBef
                             EnableAndDisableSayYesAndLogTheObjectsLife,
                             CreateAndDestroySayYesInTheirOwnNumbers,
                             EitherGenerationDisablesWhatTheOtherEnabled,
-                            RequestsWithoutCallbackAreRefusedSilentlyAndSendNothing,
+                            InvalidRequestsAreRefusedSilentlyAndSendNothing,
                             AcceptedRequestsAreSilent, EnableAgainReplacesTheCallbackAndAsksAgain,
+                            RefusedCallsLeaveTheCallbacksOfEarlierOnes,
+                            EnableAfterDisableStartsAfresh,
                             EnableThatGetsNoClientReportsInternalErrorBeforeItReturns,
                             CreateThatGetsNoClientTellsItsCallbackUnlessItIsLce,
                             CreateThatGetsNoClientTellsOneOfTwoCallbacks,

@@ -46,7 +46,8 @@ struct LceNames {
             {"lceGetLastEstimationReport", [] { return lceGetLastEstimationReport(onLast); },
              [] { return lceGetLastEstimationReport(nullptr); }},
             {"lcePerformReportingAction",
-             [] { return lcePerformReportingAction(LCE_REPORTING_ACTION_START); }, nullptr},
+             [] { return lcePerformReportingAction(LCE_REPORTING_ACTION_START); },
+             [] { return lcePerformReportingAction(static_cast<LceReportingAction>(0)); }},
             {"lceRegEstimationReports", [] { return lceRegEstimationReports(onReport); },
              [] { return lceRegEstimationReports(nullptr); }}};
   }

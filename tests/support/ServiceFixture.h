@@ -34,11 +34,12 @@ struct ServiceName {
   }
 };
 
-// A request function of a service, with what a valid call and one without callback look like.
+// A request function of a service, with what a valid call looks like and one that is refused for
+// what it is given: no callback, or a number that is none.
 struct Request {
   const char* function;
   int64_t (*valid)();
-  int64_t (*withoutCallback)();  // null: the function takes no callback
+  int64_t (*invalid)();  // null: the function takes everything
 };
 
 // What the listener writes about a message: that it came, and that its member is missing.

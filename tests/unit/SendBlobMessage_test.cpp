@@ -58,6 +58,9 @@ TEST(SendBlobMessage, UnknownTypeIsKept) {
   message.deserialize({0xFF, 0xFF, 0xFF, 0xFF, 1});
   EXPECT_EQ(0xFFFFFFFFu, static_cast<uint32_t>(message.type()));
   EXPECT_EQ((Bytes{1}), message.blob());
+  message.deserialize({4, 3, 2, 1});
+  EXPECT_EQ(0x01020304u, static_cast<uint32_t>(message.type()));
+  EXPECT_TRUE(message.blob().empty());
 }
 
 TEST(SendBlobMessage, SdkTypesConvertToIpcTypes) {
@@ -81,8 +84,8 @@ TEST(SendBlobMessage, IpcTypesConvertToSdkTypes) {
 }
 
 TEST(SendBlobMessage, EveryClientTypeHasItsEndpoint) {
-  const int32_t expected[] = {108, 108, 108, 108, 101, 102, 108, 104, 108, 105, 106, 107, 108};
-  for (uint32_t type = 0; type < 13; ++type) {
+  const int32_t expected[] = {108, 108, 108, 108, 101, 102, 108, 104, 108, 105, 106, 107, 108, 108};
+  for (uint32_t type = 0; type < 14; ++type) {
     EXPECT_EQ(expected[type], static_cast<int32_t>(endpointOf(static_cast<OrbSdkClientType>(type))))
         << type;
   }
