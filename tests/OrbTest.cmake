@@ -28,17 +28,24 @@ set(ORB_SHARED OrbSdlSdk $<TARGET_OBJECTS:orb_proto>)       # the library as shi
 # memory than g++ does by the way.
 add_custom_target(memory_tests)
 
-# orb_test(SOURCE [SANDBOX] [NEEDS PROGRAM] [SOURCES FILE...] [LINK LIBRARY...])
+# orb_test(SOURCE [SANDBOX] [NEEDS PROGRAM] [SOURCES FILE...] [LINK LIBRARY...] [DEFINES DEFINITION...]
+#          [STARTS DEFINITION PROGRAM...] [FINDS DEFINITION PATH...])
 #   SANDBOX  it runs in scripts/sandbox
 #   NEEDS    what it asks a device for: openssl, cmake, bash
 #   SOURCES  what is compiled beside it
 #   LINK     what it links to, beside GoogleTest and the recording platform
+#   STARTS, FINDS  programs and files of the build that it uses (support/started.cmake)
 function(orb_test SOURCE)
-  cmake_parse_arguments(ARG "SANDBOX" "NEEDS" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(ARG "SANDBOX" "NEEDS" "SOURCES;LINK;DEFINES;STARTS;FINDS" ${ARGN})
   get_filename_component(NAME ${SOURCE} NAME_WE)
   add_executable(${NAME} ${SOURCE} ${ARG_SOURCES})
   target_link_libraries(${NAME} PRIVATE orb_flags orb_test_support ${ARG_LINK} GTest::gtest_main)
   target_compile_options(${NAME} PRIVATE ${ORB_TEST_OPTIONS})
+  target_compile_definitions(${NAME} PRIVATE ${ARG_DEFINES})
+  orb_starts(${NAME} ${ARG_STARTS})
+  if(ARG_FINDS)
+    orb_finds(${NAME} ${ARG_FINDS})
+  endif()
   if(ORB_HAS_GOLD AND NOT CMAKE_CROSSCOMPILING)
     target_link_options(${NAME} PRIVATE -fuse-ld=gold)
   endif()
@@ -55,19 +62,15 @@ function(orb_test SOURCE)
   orb_carried(${NAME} ${ARG_NEEDS} ${NAME})
 endfunction()
 
-# orb_tests([EXCEPT SOURCE...] ARGUMENT...): orb_test() with these arguments for each *_test.cpp of this
+# orb_tests([EXCEPT SOURCE] ARGUMENT...): orb_test() with these arguments for each *_test.cpp of this
 # folder that has none of its own before.
 function(orb_tests)
-  cmake_parse_arguments(ARG "SANDBOX" "" "EXCEPT;LINK" ${ARGN})
-  set(SANDBOX)
-  if(ARG_SANDBOX)
-    set(SANDBOX SANDBOX)
-  endif()
+  cmake_parse_arguments(ARG "" "EXCEPT" "" ${ARGN})
   file(GLOB sources RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS *_test.cpp)
   foreach(source ${sources})
     get_filename_component(name ${source} NAME_WE)
-    if(NOT TARGET ${name} AND NOT source IN_LIST ARG_EXCEPT)
-      orb_test(${source} ${SANDBOX} LINK ${ARG_LINK})
+    if(NOT TARGET ${name} AND NOT source STREQUAL "${ARG_EXCEPT}")
+      orb_test(${source} ${ARG_UNPARSED_ARGUMENTS})
     endif()
   endforeach()
 endfunction()
