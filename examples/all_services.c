@@ -29,7 +29,7 @@ static void onLliStatus(status_v2_e status) { noteStatus(&lli, status); }
 
 static void onCriteria(LceReportingCriteriaStatus status) {
   if (status != LCE_REPORTING_CRITERIA_STATUS_SUCCESS) {
-    complain("lce: criteria refused (status %d)", (int)status);
+    complain("lce: criteria refused: %s", orbLceReportingCriteriaStatusName(status));
   }
 }
 
@@ -37,8 +37,7 @@ static void onCapacity(LceEstimationReportStatus status, LceEstimationReport rep
   if (status != LCE_ESTIMATION_REPORT_STATUS_SUCCESS) return; /* no estimate: nothing to show */
   lockState();
   lce.reports++;
-  printf("lce  %s %.1f Mbit/s, confidence %d of 7\n",
-         report.linkDirection == LCE_LINK_DIRECTION_DOWNLINK ? "downlink" : "uplink",
+  printf("lce  %s %.1f Mbit/s, confidence %d of 7\n", orbLceLinkDirectionName(report.linkDirection),
          report.rate / 1000.0, (int)report.confidenceLevel);
   unlockState();
 }
@@ -49,7 +48,7 @@ static void onLatency(int32_t result, const LleEstimationReport* report) {
   lle.reports++;
   printf("lle  uplink %.1f ms, downlink %.1f ms, %s\n",
          (double)report->ulLatencyEstimation / 1000.0, (double)report->dlLatencyEstimation / 1000.0,
-         accessNetworkName(report->rat));
+         orbSdlAccessNetworkTypeName(report->rat));
   unlockState();
 }
 
@@ -57,7 +56,7 @@ static void onInterruption(LliHandoffIndType type, LliPreHandoffState preState,
                            const LliInterruptInfo* info) {
   lockState();
   lli.reports++;
-  printf("lli  %s to %s: %s", ratName(info->sourceRat), ratName(info->targetRat),
+  printf("lli  %s to %s: %s", orbLliRatName(info->sourceRat), orbLliRatName(info->targetRat),
          handoffPhaseName(type, preState, info->handoffState));
   if (info->estimatedTimeToInterruption > 0) {
     printf(", interruption in %" PRIu64 " ms", info->estimatedTimeToInterruption);

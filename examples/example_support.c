@@ -61,7 +61,7 @@ void noteStatus(ExampleService* service, status_v2_e status) {
       state.failed = true;
       break;
     default:
-      complain("%s: status %d", service->name, (int)status);
+      complain("%s: status %s", service->name, orbStatusV2Name(status));
       state.failed = true;
       break;
   }
@@ -170,53 +170,8 @@ int runExample(int argc, char** argv, const char* name, bool (*run)(int seconds)
   return run(seconds) ? 0 : 1;
 }
 
-const char* accessNetworkName(SdlAccessNetworkType network) {
-  switch (network) {
-    case SDL_ACCESS_NETWORK_TYPE_WCDMA:
-      return "WCDMA";
-    case SDL_ACCESS_NETWORK_TYPE_LTE:
-      return "LTE";
-    case SDL_ACCESS_NETWORK_TYPE_NR5G:
-      return "NR5G";
-    default: /* none, or one that came with a later version */
-      return "no network";
-  }
-}
-
-const char* ratName(LliRat rat) {
-  static const char* const names[] = {
-      [LLI_RAT_NULL_BEARER] = "no bearer",
-      [LLI_RAT_3GPP_WCDMA] = "WCDMA",
-      [LLI_RAT_3GPP_GERAN] = "GERAN",
-      [LLI_RAT_3GPP_LTE] = "LTE",
-      [LLI_RAT_3GPP_TDSCDMA] = "TD-SCDMA",
-      [LLI_RAT_3GPP_WLAN] = "WLAN",
-      [LLI_RAT_3GPP_5G] = "5G",
-      [LLI_RAT_3GPP_CIWLAN] = "cellular WLAN",
-      [LLI_RAT_3GPP2_1X] = "1x",
-      [LLI_RAT_3GPP2_HRPD] = "HRPD",
-      [LLI_RAT_3GPP2_EHRPD] = "eHRPD",
-      [LLI_RAT_3GPP2_WLAN] = "WLAN (3GPP2)",
-  };
-  const int count = (int)(sizeof(names) / sizeof(names[0]));
-  return (int)rat >= 0 && (int)rat < count ? names[rat] : "unknown";
-}
-
 const char* handoffPhaseName(LliHandoffIndType type, LliPreHandoffState preState,
                              LliHandoffState stage) {
-  if (type == LLI_HANDOFF_IND_TYPE_PRE_HANDOFF) {
-    return preState == LLI_PRE_HANDOFF_STATE_EXIT ? "pre-handoff exit" : "pre-handoff entry";
-  }
-  switch (stage) {
-    case LLI_HANDOFF_STATE_IMMINENT:
-      return "imminent";
-    case LLI_HANDOFF_STATE_START:
-      return "start";
-    case LLI_HANDOFF_STATE_SUCCESS:
-      return "success";
-    case LLI_HANDOFF_STATE_FAILURE:
-      return "failure";
-    default: /* a stage that came with a later version */
-      return "something else";
-  }
+  return type == LLI_HANDOFF_IND_TYPE_PRE_HANDOFF ? orbLliPreHandoffStateName(preState)
+                                                  : orbLliHandoffStateName(stage);
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 /*
- * What the example programs share: arguments, Ctrl-C, the state that callbacks leave for main(),
- * and names of values. Copy this and example_support.c together with a program.
+ * What the example programs share: arguments, Ctrl-C, the state that callbacks leave for main().
+ * Copy this and example_support.c together with a program.
  *
  * The library calls callbacks on threads of its own, those of different services at the same time.
  * The callbacks of the examples only print, note what happened and wake the main thread, which does
@@ -11,6 +11,7 @@
 #ifndef EXAMPLE_SUPPORT_H
 #define EXAMPLE_SUPPORT_H
 
+#include <orb/names.h>
 #include <orb/sdl.h>
 #include <stdbool.h>
 #include <stdint.h>
@@ -71,9 +72,8 @@ bool waitForEnd(int seconds);
 /* Prints how many reports came. True when there was at least one. For the time after destroy. */
 bool summarize(const ExampleService* service);
 
-/* Names of values, for people. */
-const char* accessNetworkName(SdlAccessNetworkType network);
-const char* ratName(LliRat rat);
+/* The name of the state that has a meaning: that of the phase before a handoff, or the handoff's
+ * own. */
 const char* handoffPhaseName(LliHandoffIndType type, LliPreHandoffState preState,
                              LliHandoffState stage);
 

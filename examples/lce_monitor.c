@@ -32,14 +32,14 @@ static void onCriteria(LceReportingCriteriaStatus status) {
 /* Gets every estimation report. Runs on the receiver thread. */
 static void onReport(LceEstimationReportStatus status, LceEstimationReport report) {
   if (status != LCE_ESTIMATION_REPORT_STATUS_SUCCESS) {
-    complain("no estimate (status %d)", (int)status);
+    complain("no estimate: %s", orbLceEstimationReportStatusName(status));
     return;
   }
   lockState();
   lce.reports++;
   printf("report %lu: %s, rate %" PRIu32 ", confidence %d of 7, uplink queue %" PRIu32 "\n",
-         lce.reports, report.linkDirection == LCE_LINK_DIRECTION_DOWNLINK ? "downlink" : "uplink",
-         report.rate, (int)report.confidenceLevel, report.queueSizeUL);
+         lce.reports, orbLceLinkDirectionName(report.linkDirection), report.rate,
+         (int)report.confidenceLevel, report.queueSizeUL);
   unlockState();
 }
 
@@ -60,7 +60,7 @@ static bool startReports(void) {
     return false;
   }
   if (criteriaStatus != LCE_REPORTING_CRITERIA_STATUS_SUCCESS) {
-    complain("criteria refused (status %d)", (int)criteriaStatus);
+    complain("criteria refused: %s", orbLceReportingCriteriaStatusName(criteriaStatus));
     return false;
   }
   /* Register first, so that no report is missed. */

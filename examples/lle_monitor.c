@@ -30,7 +30,7 @@ static void onReport(int32_t result, const LleEstimationReport* report) {
   /* The daemon defines the units; the daemon stand-in uses microseconds. */
   printf("report %lu: %s, uplink %" PRIu64 " us (variance %" PRIu64
          ", status %d), downlink %" PRIu64 " us (variance %" PRIu64 ", status %d)\n",
-         lle.reports, accessNetworkName(report->rat), report->ulLatencyEstimation,
+         lle.reports, orbSdlAccessNetworkTypeName(report->rat), report->ulLatencyEstimation,
          report->ulVarianceEstimation, report->ulReportStatus, report->dlLatencyEstimation,
          report->dlVarianceEstimation, report->dlReportStatus);
   unlockState();

@@ -29,15 +29,16 @@ static void onLinkInterrupt(LliHandoffIndType type, LliPreHandoffState preState,
   lli.reports++;
   if (type == LLI_HANDOFF_IND_TYPE_PRE_HANDOFF && preState == LLI_PRE_HANDOFF_STATE_ENTRY) {
     handoffs++;
-    printf("handoff %lu, %s to %s\n", handoffs, ratName(info->sourceRat), ratName(info->targetRat));
+    printf("handoff %lu, %s to %s\n", handoffs, orbLliRatName(info->sourceRat),
+           orbLliRatName(info->targetRat));
   }
   const char* phase = handoffPhaseName(type, preState, info->handoffState);
   /* The unit is the daemon's to define; the daemon stand-in counts milliseconds. */
   if (info->estimatedTimeToInterruption > 0) {
-    printf("  %-17s  interruption in %" PRIu64 " ms for about %" PRIu64 " ms\n", phase,
+    printf("  %-8s  interruption in %" PRIu64 " ms for about %" PRIu64 " ms\n", phase,
            info->estimatedTimeToInterruption, info->estimatedInterruptionDuration);
   } else if (info->estimatedInterruptionDuration > 0) {
-    printf("  %-17s  interrupted for about %" PRIu64 " ms\n", phase,
+    printf("  %-8s  interrupted for about %" PRIu64 " ms\n", phase,
            info->estimatedInterruptionDuration);
   } else {
     printf("  %s\n", phase);

@@ -24,18 +24,18 @@ extern "C" {
 #define LCE_REPORTING_CRITERIA_LIST_MAX 20
 
 /** What lcePerformReportingAction() can do to the periodic reports. Since 1.0. */
-typedef enum LceReportingAction ORB_ENUM_INT32 {
+ORB_EXTENSION enum LceReportingAction ORB_ENUM_INT32 {
   /** Send no more reports. */
   LCE_REPORTING_ACTION_STOP = 1,
   /** Send reports according to the criteria that were set. */
   LCE_REPORTING_ACTION_START = 2,
   /** Begin again with the criteria that were set. */
   LCE_REPORTING_ACTION_RESET = 3,
-  ORB_ENUM_FORCE_INT32(LCE_REPORTING_ACTION)
-} LceReportingAction;
+};
+typedef ORB_ENUM_TYPE(LceReportingAction) LceReportingAction;
 
 /** The daemon's answer to lceSetReportingCriteria(). Since 1.0. */
-typedef enum LceReportingCriteriaStatus ORB_ENUM_INT32 {
+ORB_EXTENSION enum LceReportingCriteriaStatus ORB_ENUM_INT32 {
   /** The criteria are set. */
   LCE_REPORTING_CRITERIA_STATUS_SUCCESS = 1,
   /** The daemon refused the values. */
@@ -44,22 +44,22 @@ typedef enum LceReportingCriteriaStatus ORB_ENUM_INT32 {
   LCE_REPORTING_CRITERIA_STATUS_TYPE_MISMATCH = 3,
   /** Any other answer, one without a text included. */
   LCE_REPORTING_CRITERIA_STATUS_OTHER = 4,
-  ORB_ENUM_FORCE_INT32(LCE_REPORTING_CRITERIA_STATUS)
-} LceReportingCriteriaStatus;
+};
+typedef ORB_ENUM_TYPE(LceReportingCriteriaStatus) LceReportingCriteriaStatus;
 
 /** Whether the values of an LceEstimationReport can be used. Since 1.0. */
-typedef enum LceEstimationReportStatus ORB_ENUM_INT32 {
+ORB_EXTENSION enum LceEstimationReportStatus ORB_ENUM_INT32 {
   /** The report is valid. */
   LCE_ESTIMATION_REPORT_STATUS_SUCCESS = 1,
   /** There is no estimate: no criteria have been set. */
   LCE_ESTIMATION_REPORT_STATUS_CRITERIA_NOT_SET = 2,
   /** Any other answer, one without a text included; do not rely on the values. */
   LCE_ESTIMATION_REPORT_STATUS_OTHER = 3,
-  ORB_ENUM_FORCE_INT32(LCE_ESTIMATION_REPORT_STATUS)
-} LceEstimationReportStatus;
+};
+typedef ORB_ENUM_TYPE(LceEstimationReportStatus) LceEstimationReportStatus;
 
 /** How sure the daemon is of an estimate, in eight steps. Since 1.0. */
-typedef enum LceConfidenceLevel ORB_ENUM_INT32 {
+ORB_EXTENSION enum LceConfidenceLevel ORB_ENUM_INT32 {
   LCE_CONFIDENCE_LEVEL_L0 = 0, /**< Least sure; also a level that this version does not know. */
   LCE_CONFIDENCE_LEVEL_L1 = 1, /**< Step 1 of 7. */
   LCE_CONFIDENCE_LEVEL_L2 = 2, /**< Step 2 of 7. */
@@ -68,17 +68,17 @@ typedef enum LceConfidenceLevel ORB_ENUM_INT32 {
   LCE_CONFIDENCE_LEVEL_L5 = 5, /**< Step 5 of 7. */
   LCE_CONFIDENCE_LEVEL_L6 = 6, /**< Step 6 of 7. */
   LCE_CONFIDENCE_LEVEL_L7 = 7, /**< Most sure. */
-  ORB_ENUM_FORCE_INT32(LCE_CONFIDENCE_LEVEL)
-} LceConfidenceLevel;
+};
+typedef ORB_ENUM_TYPE(LceConfidenceLevel) LceConfidenceLevel;
 
 /** The direction that an estimate is about. Since 1.0. */
-typedef enum LceLinkDirection ORB_ENUM_INT32 {
+ORB_EXTENSION enum LceLinkDirection ORB_ENUM_INT32 {
   /** From the device to the network; also a direction that this version does not know. */
   LCE_LINK_DIRECTION_UPLINK = 0,
   /** From the network to the device. */
   LCE_LINK_DIRECTION_DOWNLINK = 1,
-  ORB_ENUM_FORCE_INT32(LCE_LINK_DIRECTION)
-} LceLinkDirection;
+};
+typedef ORB_ENUM_TYPE(LceLinkDirection) LceLinkDirection;
 
 /**
  * When the daemon is to report. The library passes the lists and values on unchanged. The daemon of

@@ -20,25 +20,25 @@ extern "C" {
 #endif
 
 /** What kind of indication this is; the first one also for unknown values. Since 1.0. */
-typedef enum LliHandoffIndType ORB_ENUM_INT32 {
+ORB_EXTENSION enum LliHandoffIndType ORB_ENUM_INT32 {
   /** A handoff may come or was cancelled: LliPreHandoffState says which. */
   LLI_HANDOFF_IND_TYPE_PRE_HANDOFF = 0,
   /** A handoff is under way: LliHandoffState says how far. */
   LLI_HANDOFF_IND_TYPE_HANDOFF = 1,
-  ORB_ENUM_FORCE_INT32(LLI_HANDOFF_IND_TYPE)
-} LliHandoffIndType;
+};
+typedef ORB_ENUM_TYPE(LliHandoffIndType) LliHandoffIndType;
 
 /** The phase before a handoff. Has a meaning with LLI_HANDOFF_IND_TYPE_PRE_HANDOFF. Since 1.0. */
-typedef enum LliPreHandoffState ORB_ENUM_INT32 {
+ORB_EXTENSION enum LliPreHandoffState ORB_ENUM_INT32 {
   /** The phase has begun; also a state that this version does not know. */
   LLI_PRE_HANDOFF_STATE_ENTRY = 0,
   /** The phase is over. */
   LLI_PRE_HANDOFF_STATE_EXIT = 1,
-  ORB_ENUM_FORCE_INT32(LLI_PRE_HANDOFF_STATE)
-} LliPreHandoffState;
+};
+typedef ORB_ENUM_TYPE(LliPreHandoffState) LliPreHandoffState;
 
 /** The stage of a handoff. Has a meaning with LLI_HANDOFF_IND_TYPE_HANDOFF. Since 1.0. */
-typedef enum LliHandoffState ORB_ENUM_INT32 {
+ORB_EXTENSION enum LliHandoffState ORB_ENUM_INT32 {
   /** The handoff has begun; also what an indication before the handoff carries. */
   LLI_HANDOFF_STATE_START = 0,
   /** The link is on the target. */
@@ -47,11 +47,11 @@ typedef enum LliHandoffState ORB_ENUM_INT32 {
   LLI_HANDOFF_STATE_FAILURE = 2,
   /** The handoff is about to begin. */
   LLI_HANDOFF_STATE_IMMINENT = 3,
-  ORB_ENUM_FORCE_INT32(LLI_HANDOFF_STATE)
-} LliHandoffState;
+};
+typedef ORB_ENUM_TYPE(LliHandoffState) LliHandoffState;
 
 /** The radio access technology of a bearer. Since 1.0. */
-typedef enum LliRat ORB_ENUM_INT32 {
+ORB_EXTENSION enum LliRat ORB_ENUM_INT32 {
   LLI_RAT_NULL_BEARER = 0,  /**< No bearer; also a technology that this version does not know. */
   LLI_RAT_3GPP_WCDMA = 1,   /**< 3G: WCDMA. */
   LLI_RAT_3GPP_GERAN = 2,   /**< 2G: GSM and EDGE. */
@@ -64,8 +64,8 @@ typedef enum LliRat ORB_ENUM_INT32 {
   LLI_RAT_3GPP2_HRPD = 9,   /**< CDMA2000 high rate packet data. */
   LLI_RAT_3GPP2_EHRPD = 10, /**< CDMA2000 evolved HRPD. */
   LLI_RAT_3GPP2_WLAN = 11,  /**< Wireless LAN into a 3GPP2 core. */
-  ORB_ENUM_FORCE_INT32(LLI_RAT)
-} LliRat;
+};
+typedef ORB_ENUM_TYPE(LliRat) LliRat;
 
 /**
  * One phase of a handoff. The layout is fixed: 32 bytes with natural alignment of 64-bit members

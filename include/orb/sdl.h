@@ -186,5 +186,6 @@
 #include <orb/lle.h>
 #include <orb/lli.h>
 #include <orb/status.h>
+#include <orb/version.h>
 
 #endif /* ORB_SDL_H */

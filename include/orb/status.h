@@ -18,17 +18,34 @@
 #endif
 
 /*
- * Every enumeration of this API is a 32-bit signed integer, whatever the compiler would choose.
- * C++ and C23 can say so. Older C gets one more enumerator, <PREFIX>_FORCE_INT32, which widens the
- * type; it is never a value that the library gives or takes.
+ * Every enumeration of this API is a 32-bit signed integer, whatever the compiler would choose. C++
+ * and C23 can say so, and clang and gcc 13 let older C say it, too. Where the compiler cannot, the
+ * type is int32_t itself: the same size, the same sign, the same in memory and in calls. No
+ * enumerator but those that mean something is there in either case, so a switch over all of them is
+ * complete.
  */
-#if (defined(__cplusplus) && __cplusplus >= 201103L) || \
-    (defined(__STDC_VERSION__) && __STDC_VERSION__ >= 202311L)
+#if defined(__cplusplus) && __cplusplus < 201103L
+#error "the headers of OrbSdlSdk need C99 or C++11"
+#endif
+#if defined(__clang__) && defined(__has_extension)
+#if __has_extension(c_fixed_enum)
+#define ORB_HAS_FIXED_ENUM
+#endif
+#elif defined(__GNUC__) && !defined(__clang__) && __GNUC__ >= 13
+#define ORB_HAS_FIXED_ENUM
+#endif
+#if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ >= 202311L)
+#define ORB_EXTENSION
 #define ORB_ENUM_INT32 : int32_t
-#define ORB_ENUM_FORCE_INT32(PREFIX)
+#define ORB_ENUM_TYPE(NAME) enum NAME
+#elif defined(ORB_HAS_FIXED_ENUM)
+#define ORB_EXTENSION __extension__
+#define ORB_ENUM_INT32 : int32_t
+#define ORB_ENUM_TYPE(NAME) enum NAME
 #else
+#define ORB_EXTENSION
 #define ORB_ENUM_INT32
-#define ORB_ENUM_FORCE_INT32(PREFIX) PREFIX##_FORCE_INT32 = INT32_MIN
+#define ORB_ENUM_TYPE(NAME) int32_t
 #endif
 
 /* Checks of sizes and offsets; compiled where the language has them (C++11, C11). */
@@ -43,7 +60,7 @@
  * outcome of a request that has no callback of its own, or a change of the service's availability.
  * Since 1.0.
  */
-typedef enum status_e ORB_ENUM_INT32 {
+ORB_EXTENSION enum status_e ORB_ENUM_INT32 {
   /** The daemon sent no valid status, or one that this version of the library does not know. */
   STATUS_INVALID = -1,
   /** The daemon has done what was asked, for example enabled the service. */
@@ -64,15 +81,15 @@ typedef enum status_e ORB_ENUM_INT32 {
   STATUS_INVALID_SLOT = 7,
   /** Reserved: delivered if the daemon sends it, without meaning so far. */
   STATUS_RESERVED = 8,
-  ORB_ENUM_FORCE_INT32(STATUS)
-} status_e;
+};
+typedef ORB_ENUM_TYPE(status_e) status_e;
 
 /**
  * What a status callback of the second generation (LceStatusV2Cb and its like) is given. The events
  * are those of status_e; only the numbers differ, and their order is irregular. STATUS_INVALID_SLOT
  * has no number of its own here: it arrives as STATUS_V2_INVALID. Since 1.0.
  */
-typedef enum status_v2_e ORB_ENUM_INT32 {
+ORB_EXTENSION enum status_v2_e ORB_ENUM_INT32 {
   /** As STATUS_SUCCESS. */
   STATUS_V2_SUCCESS = 0,
   /** As STATUS_INVALID; also stands for STATUS_INVALID_SLOT and for anything unknown. */
@@ -91,11 +108,11 @@ typedef enum status_v2_e ORB_ENUM_INT32 {
   STATUS_V2_SERVICE_UP = -7,
   /** As STATUS_SERVICE_DOWN. */
   STATUS_V2_SERVICE_DOWN = -8,
-  ORB_ENUM_FORCE_INT32(STATUS_V2)
-} status_v2_e;
+};
+typedef ORB_ENUM_TYPE(status_v2_e) status_v2_e;
 
 /** The radio access networks that requests and reports speak of. Since 1.0. */
-typedef enum SdlAccessNetworkType ORB_ENUM_INT32 {
+ORB_EXTENSION enum SdlAccessNetworkType ORB_ENUM_INT32 {
   /** No particular access network. */
   SDL_ACCESS_NETWORK_TYPE_NONE = 0,
   /** 3G: WCDMA. */
@@ -104,8 +121,8 @@ typedef enum SdlAccessNetworkType ORB_ENUM_INT32 {
   SDL_ACCESS_NETWORK_TYPE_LTE = 2,
   /** 5G: New Radio. */
   SDL_ACCESS_NETWORK_TYPE_NR5G = 3,
-  ORB_ENUM_FORCE_INT32(SDL_ACCESS_NETWORK_TYPE)
-} SdlAccessNetworkType;
+};
+typedef ORB_ENUM_TYPE(SdlAccessNetworkType) SdlAccessNetworkType;
 
 #ifdef ORB_STATIC_ASSERT
 ORB_STATIC_ASSERT(sizeof(status_e) == 4, "status_e has 32 bits");

@@ -12,9 +12,10 @@ import re
 import sys
 
 FUNCTION = re.compile(
-    r"\b(orb_l(?:ce|le|li)_\w+|(?:create|destroy)[A-Z][a-z]+Client|l(?:ce|le|li)[A-Z]\w+)\b"
+    r"\b(orb_l(?:ce|le|li)_\w+|(?:create|destroy)[A-Z][a-z]+Client|l(?:ce|le|li)[A-Z]\w+|orbSdlSdk\w+)\b"
 )
 LIST = "docs/log-lines.md"  # has the lines of each function
+SILENT = {"orbSdlSdkVersion"}  # writes no line
 DOCUMENTS = ("README.md", "CONTRIBUTING.md", "docs/*.md", "docs/man/*", "include/orb/*.h")
 
 
@@ -37,7 +38,7 @@ def faults_in(root):
     for function in sorted(functions):
         if not FUNCTION.fullmatch(function):
             faults.append(f"{function}: no name that this check would find in a document")
-        if function not in named[LIST]:
+        if function not in named[LIST] | SILENT:
             faults.append(f"{function}: {LIST} has no line of it")
         if not any(function in names for names in headers):
             faults.append(f"{function}: no public header has it")

@@ -96,7 +96,8 @@ inline int64_t setCriteria(LceReportingCriteriaCb cb) {
   return lceSetReportingCriteria(&criteria, cb);
 }
 
-// All that the library exports. Never destroyed: threads may call while the process ends.
+// All that the library exports but orbSdlSdkVersion, which is the same in every state. Never
+// destroyed: threads may call while the process ends.
 inline const std::vector<Function>& functions() {
   using C = const Callbacks&;
   static const auto& all = *new std::vector<Function>{

@@ -108,8 +108,8 @@ expect 1 run steady -- "$application" --seconds 5
 grep -q '^lce  .* 40.0 Mbit/s' "$work/out" || fail "steady rate"
 grep -q '^lle  uplink 25.0 ms, downlink 25.0 ms, LTE$' "$work/out" || fail "steady latency"
 expect 0 run handoff -- "$application" --seconds 15
-for phase in 'pre-handoff entry, interruption in 1000 ms' start success 'pre-handoff exit'; do
-  grep -q "^lli  LTE to 5G: $phase$" "$work/out" || fail "handoff: $phase"
+for phase in 'ENTRY, interruption in 1000 ms' START SUCCESS EXIT; do
+  grep -q "^lli  3GPP_LTE to 3GPP_5G: $phase$" "$work/out" || fail "handoff: $phase"
 done
 grep -q '^lce  .* 0.0 Mbit/s' "$work/out" || fail "nothing is interrupted"
 grep -q '^lle  .*, NR5G$' "$work/out" || fail "latencies are not of the new technology"
@@ -190,9 +190,9 @@ grep -q "^session [0-9]* pid [0-9]* endpoint 105, lce enabled and reporting" "$w
 ctl 0 send lce rate=1234000 direction=up
 ctl 0 send lle ul-latency=1500 dl-latency=2500 rat=5g
 ctl 0 send lli phase=start source=lte target=ehrpd
-await "$application_process" grep -q '^lli  LTE to eHRPD: start$' "$work/application"
+await "$application_process" grep -q '^lli  3GPP_LTE to 3GPP2_EHRPD: START$' "$work/application"
 await "$application_process" grep -q '^lle  uplink 1.5 ms, downlink 2.5 ms, NR5G$' "$work/application"
-await "$application_process" grep -q '^lce  uplink 1234.0 Mbit/s' "$work/application"
+await "$application_process" grep -q '^lce  UPLINK 1234.0 Mbit/s' "$work/application"
 ctl 0 set rate=50..2 over=1 latency=20 rat=5g
 ctl 0 set rate=wander
 ctl 0 pause

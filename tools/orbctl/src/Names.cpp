@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "orbctl/Names.h"
 
+#include <orb/names.h>
 #include <strings.h>
 
 namespace orbctl {
@@ -47,35 +48,12 @@ const char* nameOf(Service service) {
   return kNames[indexOf(service)];
 }
 
-const char* nameOf(status_e status) {
-  static constexpr Words<status_e, 10> kWords = {{{"INVALID", STATUS_INVALID},
-                                                  {"SUCCESS", STATUS_SUCCESS},
-                                                  {"INVALID_ARG", STATUS_INVALID_ARG},
-                                                  {"INTERNAL_ERROR", STATUS_INTERNAL_ERROR},
-                                                  {"NOT_SUPPORTED", STATUS_NOT_SUPPORTED},
-                                                  {"INVALID_OPERATION", STATUS_INVALID_OPERATION},
-                                                  {"SERVICE_UP", STATUS_SERVICE_UP},
-                                                  {"SERVICE_DOWN", STATUS_SERVICE_DOWN},
-                                                  {"INVALID_SLOT", STATUS_INVALID_SLOT},
-                                                  {"RESERVED", STATUS_RESERVED}}};
-  return wordFor(kWords, status);
-}
-
+const char* nameOf(status_e status) { return orbStatusName(status); }
 const char* nameOf(LceReportingCriteriaStatus status) {
-  static constexpr Words<LceReportingCriteriaStatus, 4> kWords = {
-      {{"SUCCESS", LCE_REPORTING_CRITERIA_STATUS_SUCCESS},
-       {"INVALID_ARGUMENTS", LCE_REPORTING_CRITERIA_STATUS_INVALID_ARGUMENTS},
-       {"TYPE_MISMATCH", LCE_REPORTING_CRITERIA_STATUS_TYPE_MISMATCH},
-       {"OTHER", LCE_REPORTING_CRITERIA_STATUS_OTHER}}};
-  return wordFor(kWords, status);
+  return orbLceReportingCriteriaStatusName(status);
 }
-
 const char* nameOf(LceEstimationReportStatus status) {
-  static constexpr Words<LceEstimationReportStatus, 3> kWords = {
-      {{"SUCCESS", LCE_ESTIMATION_REPORT_STATUS_SUCCESS},
-       {"CRITERIA_NOT_SET", LCE_ESTIMATION_REPORT_STATUS_CRITERIA_NOT_SET},
-       {"OTHER", LCE_ESTIMATION_REPORT_STATUS_OTHER}}};
-  return wordFor(kWords, status);
+  return orbLceEstimationReportStatusName(status);
 }
 
 const char* nameOf(LceLinkDirection direction) {
