@@ -68,11 +68,7 @@ void noteStatus(ExampleService* service, status_v2_e status) {
   unlockState();
 }
 
-/*
- * Waits until `*flag` (NULL: for ever): 0. Otherwise EINTR after Ctrl-C, ECANCELED when a status
- * said that we cannot go on, ETIMEDOUT when `seconds` have passed (0: no limit).
- */
-static int waitUntil(const bool* flag, int seconds) {
+int waitUntil(const bool* flag, int seconds) {
   struct timespec deadline;
   clock_gettime(CLOCK_MONOTONIC, &deadline);
   deadline.tv_sec += seconds;

@@ -58,6 +58,13 @@ void unlockState(void);
 void noteStatus(ExampleService* service, status_v2_e status);
 
 /*
+ * Waits until `*flag`, which the lock guards (NULL: for ever): 0. Otherwise EINTR after Ctrl-C,
+ * ECANCELED when a status said that we cannot go on, ETIMEDOUT when `seconds` have passed (0: no
+ * limit).
+ */
+int waitUntil(const bool* flag, int seconds);
+
+/*
  * Waits until a callback has set `flag`, which the lock guards. False when something ended the
  * wait: Ctrl-C, a bad status, or no answer for ten seconds, about which it complains.
  */

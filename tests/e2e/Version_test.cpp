@@ -56,6 +56,8 @@ TEST_F(Version, IsToldOnAnyThreadAndInACallback) {
   ASSERT_EQ(0, createLceClient([](status_v2_e) {
               if (gTold != nullptr) std::exchange(gTold, nullptr)->set_value(orbSdlSdkVersion());
             }));
+  ASSERT_NO_FATAL_FAILURE(awaitSession(kLce));
+  send(kLce, status(1));
   EXPECT_EQ(version, told.get_future().get());
   EXPECT_EQ(0, destroySdfClient());
 }

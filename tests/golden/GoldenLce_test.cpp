@@ -150,5 +150,34 @@ TEST_F(GoldenLce, Indications) {
   expectGolden("lce_indications.hex", transcript.text());
 }
 
+TEST_F(GoldenLce, Session) {
+  Transcript transcript(
+      "LCE: a session from the first byte to the last. tests/golden, GoldenLce_test");
+  beginSession(transcript);
+  LceReportingCriteria criteria = {};
+  criteria.firstList[0] = 1000;
+  criteria.firstListCount = 1;
+  criteria.criteriaValue1 = 500;
+  criteria.accessNetworkType = SDL_ACCESS_NETWORK_TYPE_LTE;
+  recordCriteria(transcript, "{1000}, {}, 500, 0, LTE", criteria, 305419896);
+  tell(transcript, "SET_REPORTING_CRITERIA_ASYNC_RESULT for 305419896, error \"NONE\"",
+       criteriaResult(305419896, true, "NONE"));
+  record(
+      transcript, "lceRegEstimationReports(cb)", [] { return lceRegEstimationReports(onReport); },
+      0);
+  record(transcript, "lcePerformReportingAction(START)",
+         [] { return lcePerformReportingAction(LCE_REPORTING_ACTION_START); });
+  tell(transcript, "ESTIMATION_REPORTS_IND, rate 40000, confidence 6, downlink, queue 1500",
+       periodicReport(40000, 6, 1, 1500, "NONE"));
+  record(transcript, "lceGetLastEstimationReport(cb)",
+         [] { return lceGetLastEstimationReport(onLast); });
+  tell(transcript, "GET_LAST_ESTIMATION_REPORT_IND, the same",
+       lastReport(40000, 6, 1, 1500, "NONE"));
+  record(transcript, "lcePerformReportingAction(STOP)",
+         [] { return lcePerformReportingAction(LCE_REPORTING_ACTION_STOP); });
+  endSession(transcript);
+  expectGolden("lce_session.hex", transcript.text());
+}
+
 }  // namespace
 }  // namespace golden

@@ -77,5 +77,23 @@ TEST_F(GoldenLle, Indications) {
   expectGolden("lle_indications.hex", transcript.text());
 }
 
+TEST_F(GoldenLle, Session) {
+  Transcript transcript(
+      "LLE: a session from the first byte to the last. tests/golden, GoldenLle_test");
+  const Estimate estimate = {true, 1, 31500, 11390625, 1, 23500, 8265625, 500, 2};
+  beginSession(transcript);
+  record(
+      transcript, "lleRegEstimationReports(cb)", [] { return lleRegEstimationReports(onReport); },
+      0);
+  record(transcript, "lleSetReportingCriteria(1)", [] { return lleSetReportingCriteria(1); });
+  tell(transcript, "STATUS_IND, SUCCESS", servicetest::statusMessage<LleNames>(1));
+  tell(transcript, "IND_REPORT_RESP" + valuesOf(estimate), periodicReport(estimate));
+  record(transcript, "lleGetLastEstimationReport(cb)",
+         [] { return lleGetLastEstimationReport(onLast); });
+  tell(transcript, "GET_REPORT_RESP, the same", lastReport(estimate));
+  endSession(transcript);
+  expectGolden("lle_session.hex", transcript.text());
+}
+
 }  // namespace
 }  // namespace golden

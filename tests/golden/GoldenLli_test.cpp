@@ -63,5 +63,22 @@ TEST_F(GoldenLli, Indications) {
   expectGolden("lli_indications.hex", transcript.text());
 }
 
+TEST_F(GoldenLli, Session) {
+  Transcript transcript(
+      "LLI: a session from the first byte to the last. tests/golden, GoldenLli_test");
+  beginSession(transcript);
+  record(transcript, "lliRegLinkInterruptInd(cb)",
+         [] { return lliRegLinkInterruptInd(onInterrupt); });
+  tell(transcript, "STATUS_IND, SUCCESS", servicetest::statusMessage<LliNames>(1));
+  const char* const kPhases[] = {"before a handoff", "imminent", "start", "success"};
+  for (int info = 0; info <= 3; ++info) {
+    tell(transcript,
+         std::string("LLI_IND_RESP, ") + kPhases[info] + ", from LTE to 5G, in 2000 for 120",
+         indication({info, 0, 3, 6, 2000, 120}));
+  }
+  endSession(transcript);
+  expectGolden("lli_session.hex", transcript.text());
+}
+
 }  // namespace
 }  // namespace golden

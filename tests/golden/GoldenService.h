@@ -70,6 +70,25 @@ class GoldenService : public servicetest::ServiceTest<S> {
     for (const Call& call : calls) transcript.line(describe(call));
     if (calls.empty()) transcript.line("no callback");
   }
+  // A session from the first byte to the last: its begin and its end; the test tells the middle.
+  void beginSession(Transcript& transcript) {
+    record(
+        transcript, std::string(S::kCreate) + "(cb)", [] { return S::create(Base::onV2); },
+        kEnablePieces);
+    tell(transcript, "STATUS_IND, SUCCESS", servicetest::statusMessage<S>(1));
+  }
+  void endSession(Transcript& transcript) {
+    recordEnd(transcript, S::kDestroy, S::destroy, 1);
+    transcript.line("library closes the connection");
+  }
+  // A message of the daemon within it; a callback has it when this returns.
+  void tell(Transcript& transcript, const std::string& text, const typename S::ClientMsg& message) {
+    transcript.part(text);
+    this->send(message);
+    addPieces(transcript, wiretap::take(1), 1);
+    EXPECT_EQ(1u, this->waitForCalls(1).size()) << text;
+    this->clearCalls();
+  }
   // Every status that a message can carry, and some that it cannot.
   template <class Describe>
   void indicateStatuses(Transcript& transcript, const Describe& describe) {
