@@ -2,7 +2,7 @@
 # Copyright (c) 2026 The OrbSdlSdk authors
 # The version stands twice: here, where packages and file names take it from, and in the header that
 # applications are compiled with, which is used as it lies in the tree. They are the same.
-set(header ${CMAKE_CURRENT_LIST_DIR}/../include/orb/version.h)
+set(header ${PROJECT_SOURCE_DIR}/include/orb/version.h)
 set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
 file(READ ${header} text)
 set(told)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 // LLI on the socket: handshake, requests and indications, byte for byte.
+#include <utility>
+
 #include "GoldenService.h"
 #include "LliFixture.h"
 
@@ -70,10 +72,10 @@ TEST_F(GoldenLli, Session) {
   record(transcript, "lliRegLinkInterruptInd(cb)",
          [] { return lliRegLinkInterruptInd(onInterrupt); });
   tell(transcript, "STATUS_IND, SUCCESS", servicetest::statusMessage<LliNames>(1));
-  const char* const kPhases[] = {"before a handoff", "imminent", "start", "success"};
-  for (int info = 0; info <= 3; ++info) {
-    tell(transcript,
-         std::string("LLI_IND_RESP, ") + kPhases[info] + ", from LTE to 5G, in 2000 for 120",
+  const std::pair<int, const char*> kPhases[] = {
+      {0, "before a handoff"}, {4, "imminent"}, {1, "start"}, {2, "success"}};
+  for (const auto& [info, phase] : kPhases) {
+    tell(transcript, std::string("LLI_IND_RESP, ") + phase + ", from LTE to 5G, in 2000 for 120",
          indication({info, 0, 3, 6, 2000, 120}));
   }
   endSession(transcript);

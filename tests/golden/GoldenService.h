@@ -75,6 +75,7 @@ class GoldenService : public servicetest::ServiceTest<S> {
     record(
         transcript, std::string(S::kCreate) + "(cb)", [] { return S::create(Base::onV2); },
         kEnablePieces);
+    ASSERT_TRUE(this->daemon().waitForFrames(1));  // it may send from then on
     tell(transcript, "STATUS_IND, SUCCESS", servicetest::statusMessage<S>(1));
   }
   void endSession(Transcript& transcript) {

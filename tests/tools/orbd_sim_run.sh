@@ -118,7 +118,7 @@ grep -q '^lce  .* 50.0 Mbit/s' "$work/out" || fail "rate before"
 grep -q '^lce  .* 2.0 Mbit/s' "$work/out" || fail "rate after"
 expect 1 run slow-answers -- "$application" --seconds 5
 expect 1 run refused -- "$application" --seconds 5
-grep -q 'lce: criteria refused (status 3)' "$work/err" || fail "type mismatch"
+grep -q 'lce: criteria refused: TYPE_MISMATCH' "$work/err" || fail "type mismatch"
 expect 3 run vanish -- "$application"
 says "$(sed '$d' "$work/err")
 orbd-sim run: /expect/0: no reconnection within 10 s after 6 s"

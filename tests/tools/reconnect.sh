@@ -46,6 +46,10 @@ attempts=$(sed -n 's/^\([0-9]*\) attempts, [1-9][0-9]* reports$/\1/p' "$work/out
 ((attempts <= 8)) || fail "$attempts attempts"
 grep -qx 'reconnect: SERVICE_DOWN' "$work/err" || fail "it does not say why"
 
+echo "as docs/guide.md has it"
+"$simulator" run vanish -- "$application" --seconds 20 >"$work/out" 2>"$work/err" </dev/null ||
+  fail "status $? beside the scenario vanish"
+
 echo "a daemon that turns every connection down"
 status=$(play '{"end": 60, "timeline": [{"at": 0, "fault": {"words": "die-after-init"}}]}' 12)
 ((status == 1)) || fail "status $status without a report"

@@ -1,0 +1,42 @@
+#!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+#
+# Each exported function has a man page, and no other; each page has what a reader looks for, and the
+# formatter finds nothing wrong. They are installed with the component doc. Run by ctest:
+# check.sh FOLDER VERSION_SCRIPT CMAKE BUILD, with an empty CMAKE where nothing is installed
+set -euo pipefail
+
+folder=$1 script=$2 cmake=$3 build=$4
+fail() {
+  echo "FAILED: $1" >&2
+  exit 1
+}
+
+functions=$(sed -n '/global:/,/local:/s/^ *\([A-Za-z_]*\);$/\1/p' "$script" | sort)
+[[ -n $functions ]] || fail "no functions in $script"
+pages=$(cd "$folder" && printf '%s\n' *.3 | sed 's/\.3$//' | grep -vx orbsdlsdk | sort)
+diff <(echo "$functions") <(echo "$pages") || fail "functions < and pages >"
+
+for page in "$folder"/*.3; do
+  said=$(groff -man -Tutf8 -ww -z "$page" 2>&1)
+  [[ -z $said ]] || fail "$page: $said"
+done
+for function in $functions; do
+  for section in NAME SYNOPSIS DESCRIPTION "RETURN VALUE" THREADS HISTORY "SEE ALSO"; do
+    text=$(sed -n "/^\.SH $section\$/,/^\.SH /p" "$folder/$function.3" | grep -v '^\.SH' || true)
+    [[ -n $text ]] || fail "$function(3) says nothing in $section"
+  done
+  grep -q "^\.BR $function (3)\$" "$folder/orbsdlsdk.3" || fail "orbsdlsdk(3) does not name $function"
+done
+# What stands in a comment stands in the page.
+grep -q '^1 to 4294967295 queued' "$folder/lceSetReportingCriteria.3" || fail "results"
+grep -q '^\.SH CALLBACK LceReportingCriteriaCb$' "$folder/lceSetReportingCriteria.3" || fail "callback"
+grep -q '^\.SH 3\. THREADS OF THE CALLBACKS$' "$folder/orbsdlsdk.3" || fail "rules"
+
+[[ -z $cmake ]] || {
+  prefix=$(mktemp -d)
+  trap 'rm -rf "$prefix"' EXIT
+  "$cmake" --install "$build" --component doc --prefix "$prefix" >/dev/null || fail "installation"
+  diff -r "$folder" "$prefix/share/man/man3" || fail "other pages are installed"
+}
