@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -141,8 +142,11 @@ TEST_F(HostLogTest, LevelVariableHidesWhatIsBelow) {
   const struct {
     const char* level;
     const char* shown;
-  } kCases[] = {{"V", "VDIWEF"}, {"D", "DIWEF"}, {"I", "IWEF"}, {"W", "WEF"},
-                {"E", "EF"},     {"F", "F"},     {"S", ""},     {"", "VDIWEF"}};
+  } kCases[] = {{"V", "VDIWEF"},    {"D", "DIWEF"},     {"I", "IWEF"},   {"W", "WEF"},
+                {"E", "EF"},        {"F", "F"},         {"S", ""},       {"", "VDIWEF"},
+                {"e", "EF"},        {"warning", "WEF"}, {"Warn", "WEF"}, {"verbose", "VDIWEF"},
+                {"DEBUG", "DIWEF"}, {"info", "IWEF"},   {"error", "EF"}, {"fatal", "F"},
+                {"silent", ""}};
   for (const auto& c : kCases) {
     loadWith("ORB_LOG_LEVEL", c.level);
     TempFile out;
@@ -154,6 +158,22 @@ TEST_F(HostLogTest, LevelVariableHidesWhatIsBelow) {
     for (const char* letter = c.shown; *letter != '\0'; ++letter)
       expected += *letter + ("/orb     " + pid()) + ": text\n";
     EXPECT_EQ(expected, out.text()) << c.level;
+  }
+}
+
+TEST_F(HostLogTest, LevelThatIsNoneIsRefusedWithOneLineAndAllIsShown) {
+  for (const std::string level : {"loud", "?", "EE", "errors", "6"}) {
+    TempFile out;
+    {
+      const Redirected redirected(out.fd());
+      loadWith("ORB_LOG_LEVEL", level.c_str());
+      print(2, "orb", "text");
+    }
+    EXPECT_EQ("ORB_LOG_LEVEL=" + level +
+                  ": no level; there are verbose, debug, info, warning, error, fatal and silent, "
+                  "and their first letters; everything is shown\nV/orb     " +
+                  pid() + ": text\n",
+              out.text());
   }
 }
 
@@ -216,9 +236,18 @@ class HostPropertiesTest : public HostPlatformTest {
 TEST_F(HostPropertiesTest, MissingPropertyGivesTheDefault) {
   EXPECT_EQ("fallback", get("fallback"));
   EXPECT_EQ("", get(nullptr));
-  const TempFile file;
-  loadWith("ORB_PROPERTIES_FILE", file.below().c_str());
-  EXPECT_EQ("fallback", get("fallback"));
+}
+
+TEST_F(HostPropertiesTest, FileThatCannotBeReadIsRefusedWithOneLine) {
+  TempFile file, out;
+  {
+    const Redirected redirected(out.fd());
+    loadWith("ORB_PROPERTIES_FILE", file.below().c_str());
+    EXPECT_EQ("fallback", get("fallback"));
+    EXPECT_EQ("fallback", get("fallback"));
+    loadWith("ORB_PROPERTIES_FILE", file.path());
+  }
+  EXPECT_EQ("ORB_PROPERTIES_FILE=" + file.below() + ": " + strerror(ENOTDIR) + "\n", out.text());
 }
 
 TEST_F(HostPropertiesTest, FileHasKeyValueLines) {
@@ -315,10 +344,15 @@ TEST_F(HostDiagTest, PacketsAreAppendedToTheFile) {
   EXPECT_EQ("\x02\xFF", bytes.substr(26, 2));
 }
 
-TEST_F(HostDiagTest, PacketThatCannotBeWrittenIsDropped) {
-  const TempFile file;
-  loadWith("ORB_DIAG_FILE", file.below().c_str());
-  logCommit(logAlloc(0x1E15, 20));
+TEST_F(HostDiagTest, PacketThatCannotBeWrittenIsDroppedAndOneLineSaysSo) {
+  TempFile file, out;
+  {
+    const Redirected redirected(out.fd());
+    loadWith("ORB_DIAG_FILE", file.below().c_str());
+    logCommit(logAlloc(0x1E15, 20));
+    logCommit(logAlloc(0x1E15, 20));
+  }
+  EXPECT_EQ("ORB_DIAG_FILE=" + file.below() + ": " + strerror(ENOTDIR) + "\n", out.text());
   unsetenv("ORB_DIAG_FILE");
   load();
   logCommit(logAlloc(0x1E15, 20));

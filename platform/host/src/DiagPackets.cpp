@@ -44,6 +44,8 @@ bool writeWhole(int fd, const void* bytes, size_t size) {
 
 bool appendToFile(const char* path, const uint8_t* packet, size_t size) {
   const UniqueFd fd(open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644));
+  static std::atomic<bool> told{false};
+  if (fd.get() < 0 && !told.exchange(true)) host::refuse("ORB_DIAG_FILE", path, strerror(errno));
   return fd.get() >= 0 && writeWhole(fd.get(), packet, size);
 }
 

@@ -2,8 +2,10 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
 // What the stand-ins read of the environment. They do so only while they are loaded, which in a
 // program that is linked to them is before main(): from then on any thread of the program may
@@ -25,6 +27,11 @@ inline const char* variable(const char* name) {
 inline const char* keptVariable(const char* name) {
   const char* const text = variable(name);
   return text != nullptr ? strdup(text) : nullptr;
+}
+
+// What a variable says cannot be meant: one line for the person who set it.
+inline void refuse(const char* name, const char* value, const char* why) {
+  (void)dprintf(STDERR_FILENO, "%s=%s: %s\n", name, value, why);
 }
 
 }  // namespace host

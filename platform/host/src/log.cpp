@@ -4,10 +4,12 @@
 // The platform log on a desktop: "D/tag     ( pid): text" lines on standard error, one write per
 // line so that lines of several threads and processes do not mix. Any thread may call it; what the
 // environment says when the library is loaded holds for good.
-//   ORB_LOG_LEVEL  lowest level shown: V, D, I, W, E, F, or S for none. Without it all are shown.
+//   ORB_LOG_LEVEL  lowest level shown, as a letter or a name: verbose, debug, info, warning, error,
+//                  fatal, or silent for none. Without it all are shown.
 //   NO_COLOR       no colour on a terminal.
 #include <android/log.h>
 #include <errno.h>
+#include <strings.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -22,11 +24,25 @@ namespace {
 
 constexpr char kLetters[] = "??VDIWEFS";
 
+constexpr struct {
+  const char* name;
+  int level;
+} kLevels[] = {{"verbose", ANDROID_LOG_VERBOSE}, {"debug", ANDROID_LOG_DEBUG},
+               {"info", ANDROID_LOG_INFO},       {"warning", ANDROID_LOG_WARN},
+               {"warn", ANDROID_LOG_WARN},       {"error", ANDROID_LOG_ERROR},
+               {"fatal", ANDROID_LOG_FATAL},     {"silent", ANDROID_LOG_SILENT}};
+
 int readLowestLevel() {
   const char* const wanted = host::variable("ORB_LOG_LEVEL");
-  if (wanted == nullptr || wanted[0] == '\0' || wanted[0] == '?') return ANDROID_LOG_UNKNOWN;
-  const char* const found = std::strchr(kLetters, wanted[0]);
-  return found != nullptr ? static_cast<int>(found - kLetters) : ANDROID_LOG_UNKNOWN;
+  if (wanted == nullptr || wanted[0] == '\0') return ANDROID_LOG_UNKNOWN;
+  for (const auto& known : kLevels) {
+    const bool letter = wanted[1] == '\0' && strncasecmp(wanted, known.name, 1) == 0;
+    if (letter || strcasecmp(wanted, known.name) == 0) return known.level;
+  }
+  host::refuse("ORB_LOG_LEVEL", wanted,
+               "no level; there are verbose, debug, info, warning, error, fatal and silent, and "
+               "their first letters; everything is shown");
+  return ANDROID_LOG_UNKNOWN;
 }
 
 bool readMayColor() {

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -40,6 +41,10 @@ const Variables& readVariables() {
     const char* const value = host::variable(name.c_str());
     if (value != nullptr) all.emplace(name, value);
   }
+  // It is read by every call, so what is missing now may be there later.
+  const auto path = all.find("ORB_PROPERTIES_FILE");
+  if (path != all.end() && access(path->second.c_str(), R_OK) != 0)
+    host::refuse("ORB_PROPERTIES_FILE", path->second.c_str(), std::strerror(errno));
   return all;
 }
 
