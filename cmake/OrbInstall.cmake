@@ -1,20 +1,19 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# What `cmake --install` gives: library, public headers, CMake package, pkg-config file. They find
-# each other from where they lie, so the prefix may be chosen late and be moved. An absolute folder for
-# libraries is where it is: the package lies below the prefix nevertheless, where it is looked for,
-# and the pkg-config file beside the libraries is told the prefix when it is installed.
-#
-# Components, for `cmake --install --component`: runtime, development, tools, and testkit, what
-# applications are tested with.
+# What `cmake --install` gives, in the components of OrbComponents.cmake; the tools' folders install
+# theirs. Library, public headers, CMake package and pkg-config file find each other from where they lie,
+# so the prefix may be chosen late and be moved. An absolute folder for libraries is where it is: the
+# package lies below the prefix nevertheless, where it is looked for, and the pkg-config file beside the
+# libraries is told the prefix when it is installed.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS OrbSdlSdk EXPORT OrbSdlSdkTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(ORB_PLATFORM STREQUAL "host")
-  install(TARGETS orb_log orb_cutils orb_diag EXPORT OrbSdlSdkTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
+  # Nobody links them by name, so the package of the library holds where they are not installed.
+  install(TARGETS orb_log orb_cutils orb_diag
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT host)
 endif()
 install(DIRECTORY include/orb DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.h")
@@ -28,12 +27,6 @@ function(orb_pc_folder RESULT FOLDER)
 endfunction()
 orb_pc_folder(ORB_PC_LIBDIR ${CMAKE_INSTALL_LIBDIR})
 orb_pc_folder(ORB_PC_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR})
-
-if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
-  set(ORB_CMAKE_DIR lib/cmake)
-else()
-  set(ORB_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake)
-endif()
 
 # orb_install_pc(NAME TEMPLATE COMPONENT): a pkg-config file beside the libraries.
 function(orb_install_pc NAME TEMPLATE COMPONENT)
@@ -63,3 +56,11 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/OrbSdlSdkConfigVersion.cmake
 if(TARGET orb_testkit)
   include(tools/testkit/install.cmake)
 endif()
+
+# As in the sources, so that what the documents name is found beside them.
+install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "man" EXCLUDE)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT examples
+  PATTERN "testkit" EXCLUDE)
+orb_start_of_install()

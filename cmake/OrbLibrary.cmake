@@ -41,8 +41,10 @@ if(ORB_STATIC_CXX)
   unset(CMAKE_REQUIRED_FLAGS)
 endif()
 
-# orb_library(NAME PLATFORM...): the library of the objects above. The platform's libraries satisfy its log,
-# property and diagnostic calls.
+# orb_library(NAME PLATFORM...): the library of the objects above. The targets PLATFORM satisfy its log,
+# property and diagnostic calls; they are linked as files, so that the package of the library does not ask
+# for them, which may be the platform's own where it is used.
+check_linker_flag(CXX LINKER:-rpath-link,/ ORB_HAS_rpath_link)
 set(ORB_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/OrbSdlSdk.map)
 function(orb_library NAME)
   add_library(${NAME} SHARED $<TARGET_OBJECTS:orb_objects> $<TARGET_OBJECTS:orb_proto>)
@@ -55,8 +57,13 @@ function(orb_library NAME)
   target_include_directories(${NAME} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
   target_link_libraries(${NAME} PRIVATE $<BUILD_INTERFACE:orb_proto_headers>
     $<BUILD_INTERFACE:OpenSSL::Crypto> Threads::Threads ${CMAKE_DL_LIBS})
+  add_dependencies(${NAME} ${ARGN})
   foreach(library ${ARGN})
-    target_link_libraries(${NAME} PRIVATE $<BUILD_INTERFACE:${library}>)
+    target_link_libraries(${NAME} PRIVATE $<BUILD_INTERFACE:$<TARGET_FILE:${library}>>)
+    if(ORB_HAS_rpath_link)
+      target_link_options(${NAME} INTERFACE
+        $<BUILD_INTERFACE:LINKER:-rpath-link,$<TARGET_FILE_DIR:${library}>>)
+    endif()
   endforeach()
   # nodelete: dlclose must never unmap code that one of the library's threads still runs.
   target_link_options(${NAME} PRIVATE -Wl,--version-script=${ORB_EXPORTS} -Wl,-z,nodelete
@@ -66,21 +73,13 @@ function(orb_library NAME)
     $<TARGET_FILE:protobuf::libprotobuf-lite>)
 endfunction()
 
-# orb_device_library(NAME): linked to the stubs, which only the linker sees: as files, for a target would
-# have to be installed as well. A device's loader knows where its own libraries are.
-check_linker_flag(CXX LINKER:-rpath-link,/ ORB_HAS_rpath_link)
+# orb_device_library(NAME): linked to the stubs, which only the linker sees. A device's loader knows where
+# its own libraries are.
 function(orb_device_library NAME)
-  set(stubs orb_stub_log orb_stub_cutils orb_stub_diag)
-  list(TRANSFORM stubs REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE files)
-  orb_library(${NAME} ${files})
-  add_dependencies(${NAME} ${stubs})
+  orb_library(${NAME} orb_stub_log orb_stub_cutils orb_stub_diag)
   set_target_properties(${NAME} PROPERTIES SKIP_BUILD_RPATH ON)
   # What neither the stubs nor anything else has is missed here, not on the device.
   target_link_options(${NAME} PRIVATE LINKER:-z,defs)
-  if(ORB_HAS_rpath_link)
-    target_link_options(${NAME} INTERFACE
-      $<BUILD_INTERFACE:LINKER:-rpath-link,$<TARGET_FILE_DIR:orb_stub_log>>)
-  endif()
 endfunction()
 
 orb_harden(orb_objects)

@@ -29,6 +29,14 @@ configure() {
   run "$cmake" -G Ninja -C "$work.cmake" -S "$1" -B "$2" "${@:3}"
 }
 
+# A build folder of its own, without tools and examples, in which the libraries that BUILD has made take
+# the place of a build: build_from BUILD FOLDER, options.
+build_from() {
+  configure "$sources" "$2" -DORB_BUILD_TOOLS=OFF -DORB_BUILD_EXAMPLES=OFF "${@:3}"
+  cp -a "$1"/libOrbSdlSdk.so* "$2/"
+  cp -a "$1"/platform/host/lib*.so "$2/platform/host/"
+}
+
 rm -rf "$work"
 mkdir -p "$work"
 cd "$work"

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 # Installs the library that BUILD has made, with a folder for libraries named in one of the ways in
-# which people do that, and uses it by pkg-config, by the compiler alone and by CMake: install.sh WORK
-# CMAKE SOURCES BUILD CC WAY [EMULATOR...].
+# which people do that, and uses it by pkg-config and by CMake, which know its version, and by the compiler
+# alone: install.sh WORK CMAKE SOURCES BUILD CC WAY [EMULATOR...].
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 build=$4
@@ -13,6 +13,7 @@ emulator=("${@:7}")
 
 prefix=$work/prefix
 options=()
+version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$sources/CMakeLists.txt")
 libraries=$prefix/lib
 case $way in
   default) ;;
@@ -28,6 +29,17 @@ case $way in
     options=(-DCMAKE_INSTALL_LIBDIR:STRING=some/where/lib)
     libraries=$prefix/some/where/lib
     ;;
+  lib64)
+    options=(-DCMAKE_INSTALL_LIBDIR=lib64)
+    libraries=$prefix/lib64
+    ;;
+  destdir)
+    # Into a root that is another machine's: what is in the files is what that one will see.
+    root=$work/root
+    export DESTDIR=$root
+    prefix=$root/usr
+    libraries=$prefix/lib
+    ;;
   absolute)
     options=("-DCMAKE_INSTALL_LIBDIR=$work/libraries")
     libraries=$work/libraries
@@ -35,11 +47,9 @@ case $way in
   *) fail "no such way: $way" ;;
 esac
 
-# The files that were built already take the place of a build.
-configure "$sources" "$work/build" -DORB_BUILD_TOOLS=OFF -DORB_BUILD_EXAMPLES=OFF "${options[@]}"
-cp -a "$build"/libOrbSdlSdk.so* "$work/build/"
-cp -a "$build"/platform/host/lib*.so "$work/build/platform/host/"
-run "$cmake" --install "$work/build" --prefix "$prefix"
+build_from "$build" "$work/build" "${options[@]}"
+run "$cmake" --install "$work/build" --prefix "${prefix#"${root-}"}"
+unset DESTDIR
 
 for file in libOrbSdlSdk.so libOrbSdlSdk.so.1 liblog.so libcutils.so libdiag.so; do
   [[ -e $libraries/$file ]] || fail "$file is not in $libraries: $(find "$work" -name "$file")"
@@ -49,7 +59,7 @@ strays=$(find "$work" -name '*.so*' -not -path "$work/build/*" -not -path "$libr
 [[ -z $strays ]] || fail "installed elsewhere, too: $strays"
 
 use_by_pkg_config() {
-  local variable expected flags
+  local variable expected flags newer
   export PKG_CONFIG_PATH=$libraries/pkgconfig
   for variable in includedir libdir; do
     expected=$libraries
@@ -57,6 +67,14 @@ use_by_pkg_config() {
     [[ $(realpath "$(pkg-config --variable=$variable OrbSdlSdk)") == "$expected" ]] ||
       fail "$variable is $(pkg-config --variable=$variable OrbSdlSdk), not $expected"
   done
+  [[ $(pkg-config --modversion OrbSdlSdk) == "$version" ]] ||
+    fail "its version is $(pkg-config --modversion OrbSdlSdk), not $version"
+  run pkg-config --atleast-version=1.0 OrbSdlSdk
+  run pkg-config --exact-version="$version" OrbSdlSdk
+  for newer in "$version.1" 1.1 2.0; do
+    ! pkg-config --atleast-version="$newer" OrbSdlSdk || fail "pkg-config takes it for $newer"
+  done
+  ! grep -r -F "$work" "$libraries/pkgconfig" || [[ $way == absolute ]] || fail "a folder of this machine"
   read -ra flags <<<"$(pkg-config --cflags --libs OrbSdlSdk)"
   run "${cc[@]}" "$here/consumer/consumer.c" -o "$work/by_pkg_config" "${flags[@]}" \
     "-Wl,-rpath,$libraries"
@@ -82,7 +100,7 @@ same_as_readme() {
 }
 
 use_by_cmake() {
-  local place=-DCMAKE_PREFIX_PATH=$prefix
+  local wanted place=-DCMAKE_PREFIX_PATH=$prefix
   # Which folders below a prefix CMake looks through depends on the system; a toolchain has it look below
   # a root of its own only.
   if [[ $way != default && $way != absolute ]]; then
@@ -90,6 +108,14 @@ use_by_cmake() {
   elif ((${#emulator[@]})); then
     place=-DOrbSdlSdk_DIR=$prefix/lib/cmake/OrbSdlSdk
   fi
+  for wanted in 2.0 1.1 0.9; do
+    if "$cmake" -G Ninja -C "$work.cmake" -S "$here/consumer" -B "$work/refused" "$place" \
+      -DWANTED=$wanted >"$work/log" 2>&1; then
+      fail "CMake takes it for $wanted"
+    fi
+    tr -s '\n ' ' ' <"$work/log" | grep -q "compatible with requested version \"$wanted\"" ||
+      fail "$(cat "$work/log")"
+  done
   configure "$here/consumer" "$work/by_cmake" "$place"
   run "$cmake" --build "$work/by_cmake"
   run "${emulator[@]}" "$work/by_cmake/consumer"

@@ -19,6 +19,8 @@ refused() { # refused SENTENCE OPTION...
   tr -s '\n ' ' ' <"$work/log" | grep -q "$sentence" || fail "$(cat "$work/log")"
 }
 
+refused "OrbSdlSdk is a shared library only" -DBUILD_SHARED_LIBS=OFF
+rm -rf "$work/refused"
 refused "ORB_PLATFORM is host or device, not 'desktop'" -DORB_PLATFORM=desktop
 refused "Tests and benchmarks need the stand-ins" -DORB_PLATFORM=device -DORB_BUILD_TESTS=ON
 refused "Tests and benchmarks need the stand-ins" -DORB_PLATFORM=device -DORB_BUILD_BENCH=ON
@@ -74,6 +76,6 @@ for tool in "$orblog" "$orbctl"; do
 done
 run "$cmake" --install "$device" --prefix "$work/prefix"
 strays=$(cd "$work/prefix" && find . -type f -o -type l | grep -v -E \
-  '^\./(lib/libOrbSdlSdk\.so[.0-9]*|lib/(cmake/OrbSdlSdk|pkgconfig)/.*|include/orb/.*\.h|bin/(orblog|orbctl)|share/(man|bash-completion|zsh)/.*)$') || true
+  '^\./(lib/libOrbSdlSdk\.so[.0-9]*|lib/(cmake/OrbSdlSdk|pkgconfig)/.*|include/orb/.*\.h|bin/(orblog|orbctl)|share/(man|bash-completion|zsh|doc/OrbSdlSdk)/.*)$') || true
 [[ -z $strays ]] || fail "installed for a device, too: $strays"
 rm -rf "$work"

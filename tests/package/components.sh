@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+# Everything that is installed belongs to one component, and what is no component's name is refused:
+# components.sh WORK CMAKE SOURCES BUILD [EMULATOR...].
+# shellcheck source-path=SCRIPTDIR source=common.sh
+. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+build=$4
+emulator=("${@:5}")
+
+refused() { # refused NAME COMMAND...
+  local name=$1
+  shift
+  if "$@" >"$work/log" 2>&1; then fail "not refused: $*"; fi
+  tr -s '\n ' ' ' <"$work/log" | grep -q "There is no component '$name'; there are runtime development " ||
+    fail "$(cat "$work/log")"
+}
+# Into a prefix that nothing may get into.
+refused Runtime "$cmake" --install "$build" --prefix "$work/nothing" --component Runtime
+refused "" "$cmake" --install "$build" --prefix "$work/nothing" --component ""
+refused "" "$cmake" "-DCMAKE_INSTALL_PREFIX=$work/nothing" -DCMAKE_INSTALL_COMPONENT= \
+  -P "$build/cmake_install.cmake"
+[[ ! -e $work/nothing ]] || fail "installed all the same: $(find "$work/nothing" | head -n 3)"
+refused none "$cmake" --install "$build" --prefix "$work/nothing" --component none
+read -ra components <<<"$(tr -s '\n ' ' ' <"$work/log" | sed 's/.*; there are //; s/ Call Stack.*//')"
+
+files_of() { (cd "$work/$1" && find . -type f -o -type l | sort); }
+run "$cmake" --install "$build" --prefix "$work/all"
+for component in "${components[@]}"; do
+  run "$cmake" --install "$build" --prefix "$work/$component" --component "$component"
+  files_of "$component" >"$work/$component.files"
+  [[ -s $work/$component.files ]] || fail "the component $component is empty"
+done
+cat "$work"/*.files | sort >"$work/together"
+twice=$(uniq -d "$work/together")
+[[ -z $twice ]] || fail "in more than one component: $twice"
+diff <(files_of all) "$work/together" || fail "what is installed and what is in components differs"
+
+# only COMPONENT EXPRESSION: no file of it is named otherwise.
+only() {
+  local strays
+  strays=$(grep -v -E "$2" "$work/$1.files") || true
+  [[ -z $strays ]] || fail "in the component $1, too: $strays"
+}
+only runtime '/libOrbSdlSdk\.so\.[0-9.]+$'
+only development '/(include/orb/.*\.h|libOrbSdlSdk\.so|OrbSdlSdk.*\.cmake|OrbSdlSdk\.pc|man3/.*)$'
+only host '/lib(log|cutils|diag)\.so$'
+only examples '^./share/doc/OrbSdlSdk/examples/'
+only doc '^./share/doc/OrbSdlSdk/'
+for file in LICENSE README.md CHANGELOG.md docs/logging.md; do
+  cmp "$sources/$file" "$work/doc/share/doc/OrbSdlSdk/$file" || fail "not in the component doc: $file"
+done
+[[ $(grep -c . "$work/host.files") == 3 ]] || fail "not the three stand-ins: $(cat "$work/host.files")"
+
+# Without the stand-ins the package is whole: where a platform has its own, they are not installed.
+mkdir "$work/use"
+cp -a "$work"/{runtime,development,examples}/. "$work/use/"
+libraries=$(dirname "$(find "$work/use" -name libOrbSdlSdk.so)")
+place=-DOrbSdlSdk_DIR=$(dirname "$(find "$work/use" -name OrbSdlSdkConfig.cmake)")
+configure "$here/consumer" "$work/without" "$place"
+cp -a "$(dirname "$(find "$work/host" -name liblog.so)")"/. "$libraries/"
+# The examples, installed, are a project that builds.
+configure "$work/use/share/doc/OrbSdlSdk/examples" "$work/examples.build" "$place" -DORB_WERROR=ON
+run "$cmake" --build "$work/examples.build"
+"${emulator[@]}" "$work/examples.build/lce_monitor" --wrong >"$work/log" 2>&1 || true
+grep -q '^Usage: lce_monitor' "$work/log" || fail "an example does not start: $(cat "$work/log")"
+rm -rf "$work"

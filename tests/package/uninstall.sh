@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+# What was installed is removed again, and what was there before is left: uninstall.sh WORK CMAKE SOURCES
+# BUILD.
+# shellcheck source-path=SCRIPTDIR source=common.sh
+. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+build=$4
+build_from "$build" "$work/build"
+tree() { (cd "$1" && find . | sort); }
+uninstall=("$cmake" --build "$work/build" --target uninstall)
+
+refused() {
+  if "${uninstall[@]}" >"$work/log" 2>&1; then fail "uninstalled what was not installed"; fi
+  tr -s '\n ' ' ' <"$work/log" | grep -q "Nothing was installed from $work/build" || fail "$(cat "$work/log")"
+}
+refused
+
+# A prefix of other people's, with an empty folder and a file beside the library's.
+prefix=$work/prefix
+mkdir -p "$prefix/lib/pkgconfig" "$prefix/share/doc/OrbSdlSdk" "$prefix/include"
+: >"$prefix/share/doc/OrbSdlSdk/mine"
+tree "$prefix" >"$work/before"
+for round in first second; do
+  # Twice, as one does after a change: what the first has made is still no folder of other people's.
+  run "$cmake" --install "$work/build" --prefix "$prefix"
+  run "$cmake" --install "$work/build" --prefix "$prefix"
+  [[ -e $prefix/lib/libOrbSdlSdk.so && -e $prefix/include/orb/sdl.h ]] || fail "not installed, the $round time"
+  run "${uninstall[@]}"
+  diff "$work/before" <(tree "$prefix") || fail "left or lost, the $round time"
+  refused
+done
+
+# One component after the other, into another root. A file that somebody has removed is no fault.
+export DESTDIR=$work/root
+mkdir "$DESTDIR"
+for component in runtime host development doc examples; do
+  run "$cmake" --install "$work/build" --prefix /usr --component "$component"
+done
+rm "$DESTDIR/usr/include/orb/sdl.h"
+[[ -e $DESTDIR/usr/lib/libOrbSdlSdk.so.1 ]] || fail "not installed into a root"
+run "${uninstall[@]}"
+[[ $(tree "$DESTDIR") == . ]] || fail "left in the root: $(tree "$DESTDIR")"
+refused
+rm -rf "$work"
