@@ -63,4 +63,6 @@ install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc
   FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "man" EXCLUDE)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT examples
   PATTERN "testkit" EXCLUDE)
+include(cmake/OrbLicences.cmake)
+orb_install_licences()
 orb_start_of_install()

@@ -50,7 +50,28 @@ only doc '^./share/doc/OrbSdlSdk/'
 for file in LICENSE README.md CHANGELOG.md docs/logging.md; do
   cmp "$sources/$file" "$work/doc/share/doc/OrbSdlSdk/$file" || fail "not in the component doc: $file"
 done
+for file in THIRD-PARTY OrbSdlSdk.spdx.json; do
+  [[ -s $work/doc/share/doc/OrbSdlSdk/$file ]] || fail "not in the component doc: $file"
+done
 [[ $(grep -c . "$work/host.files") == 3 ]] || fail "not the three stand-ins: $(cat "$work/host.files")"
+
+# What is used of others is named, what the files ask the loader for at least.
+needed() { # needed COMPONENT: of its files that are no scripts
+  { find "$work/$1" -type f \( -path '*/bin/*' -o -name '*.so*' \) -exec readelf -d {} + 2>/dev/null || true; } |
+    sed -n 's/.*(NEEDED).*\[lib\([^]]*\)\.so.*/\1/p' | sort -u
+}
+for component in runtime host tools; do
+  [[ " ${components[*]} " == *" $component "* ]] || continue
+  needed "$component" >"$work/$component.needed"
+done
+python3 "$here/spdx.py" "$work/doc/share/doc/OrbSdlSdk" "$work"/*.needed || fail "see above"
+configure "$here/licences" "$work/known" "-DORB_SOURCE=$sources"
+if "$cmake" -C "$work.cmake" -S "$here/licences" -B "$work/unknown" "-DORB_SOURCE=$sources" \
+  -DLINKED=strange::thing >"$work/log" 2>&1; then
+  fail "what has no licence is linked"
+fi
+tr -s '\n ' ' ' <"$work/log" | grep -q "links strange::thing: cmake/OrbLicences.cmake has no licence" ||
+  fail "$(cat "$work/log")"
 
 # Without the stand-ins the package is whole: where a platform has its own, they are not installed.
 mkdir "$work/use"

@@ -17,4 +17,12 @@ for build in "$first" "$second"; do run "$cmake" --build "$build" --target orb_l
 for file in liblog.so libcutils.so; do
   cmp "$first/platform/host/$file" "$second/platform/host/$file" || fail "$file differs"
 done
+# What is said about the build names no folder and no time; whoever wants another date says so.
+for file in OrbSdlSdk.spdx.json THIRD-PARTY debian/symbols debian/changelog debian/copyright; do
+  cmp "$first/$file" "$second/$file" || [[ $file == debian/* && ! -e $first/debian ]] || fail "$file differs"
+done
+export SOURCE_DATE_EPOCH=86400
+configure "$sources" "$first" -DCMAKE_BUILD_TYPE=RelWithDebInfo
+grep -q '"created": "1970-01-02T00:00:00Z"' "$first/OrbSdlSdk.spdx.json" ||
+  fail "SOURCE_DATE_EPOCH: $(grep created "$first/OrbSdlSdk.spdx.json")"
 rm -rf "$work"
