@@ -29,6 +29,13 @@ configure() {
   run "$cmake" -G Ninja -C "$work.cmake" -S "$1" -B "$2" "${@:3}"
 }
 
+# The commands of a document of which one has WORDS: documented FILE WORDS.
+documented() {
+  awk -v words="$2" '$0 == "```" { inside = 0; if (index(code, words)) { printf "%s", code; exit } }
+    inside { code = code $0 "\n" }
+    $0 == "```sh" { inside = 1; code = "" }' "$sources/$1" | grep . || fail "$1 does not say '$2'"
+}
+
 # A build folder of its own, without tools and examples, in which the libraries that BUILD has made take
 # the place of a build: build_from BUILD FOLDER, options.
 build_from() {

@@ -1,0 +1,108 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright (c) 2026 The OrbSdlSdk authors
+# The Debian packages of what BUILD has made, by the commands of docs/installing.md: lintian finds no error in
+# them, they install where there is nothing but what they name, are used in the three ways in which people
+# build, and leave nothing: debian.sh WORK CMAKE SOURCES BUILD.
+# shellcheck source-path=SCRIPTDIR source=common.sh
+. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+built=$4
+build=$work/build/debian
+root=$work/root
+packages=(liborbsdlsdk1 liborbsdlsdk-dev orb-tools orb-host-platform liborbsim-dev)
+
+as_root() {
+  if ((EUID == 0)); then unshare --mount "$@"; else unshare --mount --map-root-user "$@"; fi
+}
+
+# What the commands of the document call. What was built takes the place of a build, this machine's list of
+# packages that of a system's on which they are installed.
+cmake() {
+  case $1 in
+    --preset) configure "$sources" "$build" --preset "$2" ;;
+    --build)
+      cp -a "$built"/libOrbSdlSdk.so* "$build/"
+      cp -a "$built"/platform/host/lib*.so "$build/platform/host/"
+      cp -a "$built/tools/testkit/liborbsim.a" "$build/tools/testkit/"
+      for tool in orbctl orblog orbdiag orbd-sim; do
+        cp -a "$built/tools/$tool/$tool" "$build/tools/$tool/"
+      done
+      (cd "$built" && find tools -maxdepth 2 -name completion) | while read -r folder; do
+        cp -a "$built/$folder" "$build/$(dirname "$folder")/"
+      done
+      ;;
+    *) fail "cmake $*" ;;
+  esac
+}
+cpack() { (umask 077 && run "$(dirname "$cmake")/cpack" "$@"); }
+apt-get() {
+  case $1 in
+    install) run as_root dpkg --root="$root" --install "${@:2}" ;;
+    purge) run as_root dpkg --root="$root" --purge "${@:2}" ;;
+    *) fail "apt-get $*" ;;
+  esac
+}
+
+mkdir -p "$root"/var/lib/dpkg/{info,updates,triggers} "$root/var/log" "$work/whole" "$work/layer" "$work/used"
+cp /var/lib/dpkg/status "$root/var/lib/dpkg/"
+: >"$root/var/lib/dpkg/available"
+eval "$(documented docs/installing.md "cpack -G DEB")"
+
+for package in "${packages[@]}"; do
+  [[ -e $(echo "$build/${package}"_*.deb) ]] || fail "no package $package: $(ls "$build"/*.deb)"
+done
+run lintian --fail-on error --allow-root "$build"/*.deb
+field() { dpkg-deb -f "$build/$1"_*.deb "$2"; }
+[[ $(field liborbsdlsdk1 Depends) == *libprotobuf-lite*libssl3* ]] ||
+  fail "not what the library links: $(field liborbsdlsdk1 Depends)"
+[[ $(field orb-tools Depends) == *libncursesw6* ]] || fail "not what the tools link: $(field orb-tools Depends)"
+# The list of symbols is what the library has, no more and no less, and no package has a script.
+dpkg-deb --raw-extract "$build"/liborbsdlsdk1_*.deb "$work/library"
+mkdir "$work/debian"
+printf 'Source: orbsdlsdk\n\nPackage: liborbsdlsdk1\nArchitecture: any\n' >"$work/debian/control"
+run dpkg-gensymbols -pliborbsdlsdk1 -v1.0.0-1 -Plibrary -Ilibrary/DEBIAN/symbols -Onew -c4
+[[ ! -e $work/library/DEBIAN/postinst ]] || fail "a script runs when it is installed"
+
+for file in usr/bin/orbctl usr/share/man/man1/orbctl.1.gz usr/share/bash-completion/completions/orbctl \
+  usr/share/zsh/vendor-completions/_orbctl usr/share/doc/liborbsdlsdk1/copyright \
+  usr/share/doc/orb-tools/changelog.Debian.gz usr/share/doc/OrbSdlSdk/docs/installing.md; do
+  [[ -e $root/$file ]] || fail "not installed: $file"
+done
+
+# This machine's system below what was installed, which is a layer of its own: one inside the other is none.
+cp "$here"/consumer/* "$work/used/"
+mv "$work/used/consumer.c" "$work/used/first.c"
+sed -i 's/consumer\.c/first.c/' "$work/used/CMakeLists.txt"
+{
+  echo 'set -eux'
+  documented docs/installing.md "first -lOrbSdlSdk" | while read -r line; do
+    printf '%s\n' 'rm -rf first build' "$line" 'if [ -e first ]; then ./first; else build/consumer; fi'
+  done
+  cat <<'EOF'
+cc enable.c -o enable -lOrbSdlSdk
+ORB_LOG_LEVEL=S orb-sandbox --redirect bash -euc '
+  exec 4< <(exec orbd-sim --socket "$ORB_SOCKET")
+  read -r -u 4 line
+  ./enable
+  kill $!'
+for tool in orbctl orblog orbdiag orbd-sim orb-sandbox; do "$tool" --version; done
+EOF
+} >"$work/used/all"
+cat >"$work/enter" <<'EOF'
+set -euo pipefail
+work=$1
+mount -t tmpfs none "$work/layer"
+cp -a "$work/root/usr" "$work/layer/"
+mount -t overlay -o "lowerdir=$work/layer:/" none "$work/whole"
+for folder in /proc /dev /tmp "$work"; do
+  [[ ! -d $folder ]] || mount --rbind "$folder" "$work/whole$folder"
+done
+exec chroot "$work/whole" bash -c 'cd "$1" && exec env PATH="$2:$PATH" CCACHE_DISABLE=1 bash all' - \
+  "$work/used" "$2"
+EOF
+run as_root bash "$work/enter" "$work" "$(dirname "$cmake")"
+
+eval "$(documented docs/installing.md "apt-get purge")"
+left=$(cd "$root" && find . -not -path './var/lib/dpkg/*' -not -path './var/log/*' -not -type d)
+[[ -z $left && ! -e $root/usr ]] || fail "left: $left $(find "$root/usr")"
+rm -rf "$work"
