@@ -231,6 +231,17 @@ TEST_F(OrbdSimControlTest, HandoffToWhereTheDeviceIsIsRefused) {
   EXPECT_EQ(kDone, give(R"({"handoff":{"to":"5g"}})"));
 }
 
+// Somebody has looked at the device, so its first moment has been told already.
+TEST_F(OrbdSimControlTest, BeforeTheTimeBeginsOrdersFollowEachOtherAsWell) {
+  EXPECT_NE(std::string::npos, give(R"({"status":true})").find(R"("begun":false)"));
+  EXPECT_EQ(kDone, give(R"({"rat":"5g"})"));
+  EXPECT_EQ(R"({"error":"the device is on 5g already","ok":false})",
+            give(R"({"handoff":{"to":"5g"}})"));
+  EXPECT_EQ(kDone, give(R"({"handoff":{"to":"lte"}})"));
+  EXPECT_EQ(R"({"error":"a handoff is under way","ok":false})",
+            give(R"({"handoff":{"to":"wcdma"}})"));
+}
+
 TEST_F(OrbdSimControlTest, ConnectionWithoutADescriptorIsTriedAgainALittleLater) {
   const auto before = std::chrono::steady_clock::now();
   exhausted = 10;

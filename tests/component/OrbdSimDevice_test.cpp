@@ -175,20 +175,43 @@ TEST(DeviceTest, NothingGoesThroughAnInterruptedLinkAndLatenciesGrow) {
 }
 
 TEST(DeviceTest, SignalFadesBeforeAHandoffAndComesBackAfterIt) {
-  Device device(1, still());
+  ModelSettings settings = still();
+  settings.rat = "wcdma";
+  Device device(1, settings);
   device.setStep(100);
   HandoffOrder order;
   order.target = "lte";
   order.notice = 3000ms;
   device.orderHandoff(100, order);
-  const auto best = [](const Estimate& estimate) {
-    return estimate.link.rate * 1000 / (estimate.link.downlink ? 110000 : 40000);
+  const auto best = [&device](const Estimate& estimate) {
+    const Technology& technology = device.technology();
+    return estimate.link.rate * 1000 /
+           (estimate.link.downlink ? technology.downlinkRate : technology.uplinkRate);
   };
   device.step(0);
   Estimate estimate;
   for (int at = 100; at < 3100; at += 100) estimate = device.step(at);
   EXPECT_LT(best(estimate), 200u);
   EXPECT_GT(best(device.step(3200)), 300u);
+}
+
+TEST(DeviceTest, HandoffToWhereTheDeviceIsByThenChangesNothing) {
+  Device device(1, still());
+  HandoffOrder order;
+  order.target = "lte";
+  const uint64_t toTheSame = device.orderHandoff(100, order);
+  EXPECT_FALSE(device.isPointless(toTheSame)) << "it may be elsewhere by then";
+  device.moveTo(100);
+  EXPECT_TRUE(device.isPointless(toTheSame));
+  EXPECT_TRUE(phasesOf(device).empty());
+
+  order.target = "5g";
+  const uint64_t away = device.orderHandoff(200, order);
+  order.target = "lte";
+  device.orderHandoff(300, order);
+  device.moveTo(5000);
+  EXPECT_FALSE(device.isPointless(away));
+  EXPECT_STREQ("5g", device.technology().word) << "the one under way goes on";
 }
 
 TEST(DeviceTest, FailedHandoffLeavesTheDeviceWhereItWas) {

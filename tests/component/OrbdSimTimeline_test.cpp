@@ -30,6 +30,10 @@ class OrbdSimTimelineTest : public ::testing::Test {
     std::filesystem::remove_all(mDirectory);
   }
   void playToTheEnd(const std::string& timeline) {
+    load(timeline);
+    play();
+  }
+  void load(const std::string& timeline) {
     std::string error;
     const auto scenario =
         Scenario::fromText(R"({"interval": 0, "end": 0.5, "timeline": [)" + timeline + "]}", error);
@@ -38,6 +42,9 @@ class OrbdSimTimelineTest : public ::testing::Test {
     options.socketPath = path();
     options.log = log.sink();
     mRun = std::make_unique<ScenarioRun>(*scenario, options);
+  }
+  void play() {
+    ASSERT_NE(nullptr, mRun);
     mRun->onEnd([this] { mEnds.add(0); });
     ASSERT_TRUE(mRun->start()) << mRun->error();
     ASSERT_TRUE(mEnds.waitForCount(1, 60s));
@@ -104,6 +111,22 @@ TEST_F(OrbdSimTimelineTest, DaemonThatIsBackRefusesForAsLongAsTheFaultSays) {
                   {"at": 0.02, "vanish": 0.1})");
   EXPECT_FALSE(Client(path()).connected());
   EXPECT_EQ(ECONNREFUSED, Client(path()).error());
+}
+
+TEST_F(OrbdSimTimelineTest, HandoffToWhereTheDeviceIsByThenIsToldAndChangesNothing) {
+  load(R"({"at": 0.01, "handoff": {"to": "5g", "notice": 0, "duration": 0}})");
+  world().orderTechnology("5g");
+  play();
+  EXPECT_EQ("not done: the device is on 5g already", log.lines().back());
+  uint64_t first = 0;
+  EXPECT_FALSE(world().phase(first).has_value());
+  EXPECT_EQ("5g", world().view().rat);
+}
+
+TEST_F(OrbdSimTimelineTest, HandoffThatIsOverAtOnceIsDone) {
+  playToTheEnd(R"({"at": 0.01, "handoff": {"to": "5g", "notice": 0, "duration": 0}})");
+  EXPECT_EQ(0u, log.lines().back().find(R"(scenario: {"handoff")")) << log.lines().back();
+  EXPECT_EQ("5g", world().view().rat);
 }
 
 TEST_F(OrbdSimTimelineTest, EachStepHasALineInTheLog) {

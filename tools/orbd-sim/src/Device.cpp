@@ -91,8 +91,10 @@ std::optional<Device::Held> Device::hold(const std::optional<Ramp>& ramp, int64_
   return Held{now, ramp->over.count(), from, static_cast<int64_t>(ramp->to)};
 }
 
-void Device::orderHandoff(int64_t time, const HandoffOrder& order) {
-  at(time, [this, order] { begin(order); });
+uint64_t Device::orderHandoff(int64_t time, const HandoffOrder& order) {
+  const uint64_t number = ++mHandoffOrders;
+  at(time, [this, order, number] { begin(order, number); });
+  return number;
 }
 
 void Device::orderRate(int64_t time, const std::optional<Ramp>& ramp) {
@@ -138,7 +140,11 @@ void Device::at(int64_t time, std::function<void()> action) {
   mOrders.emplace(std::max(time, mNow), std::move(action));
 }
 
-void Device::begin(const HandoffOrder& order) {
+void Device::begin(const HandoffOrder& order, uint64_t number) {
+  if (technology().word == order.target) {
+    mPointless.insert(number);
+    return;
+  }
   abandon();
   const auto phases = HandoffModel::ordered(mNow, mStepMs, technology().rat, order);
   mPlan.assign(phases.begin(), phases.end());

@@ -169,12 +169,31 @@ std::optional<HandoffPhase> World::phase(uint64_t& number) {
   return *phase;
 }
 
-void World::orderHandoff(const HandoffOrder& order, std::optional<Milliseconds> at) {
+std::string World::orderHandoff(const HandoffOrder& order) {
   {
     const std::lock_guard<std::mutex> lock(mLock);
-    mDevice.orderHandoff(orderTime(at), order);
+    settle();
+    if (mDevice.technology().word == order.target) return order.alreadyThere();
+    mDevice.orderHandoff(orderTime({}), order);
   }
   changed();
+  return {};
+}
+
+uint64_t World::orderHandoff(const HandoffOrder& order, Milliseconds at) {
+  uint64_t number = 0;
+  {
+    const std::lock_guard<std::mutex> lock(mLock);
+    number = mDevice.orderHandoff(at.count(), order);
+  }
+  changed();
+  return number;
+}
+
+bool World::isPointless(uint64_t handoff) {
+  const std::lock_guard<std::mutex> lock(mLock);
+  settle();
+  return mDevice.isPointless(handoff);
 }
 
 void World::orderRate(const std::optional<Ramp>& ramp, std::optional<Milliseconds> at) {
@@ -197,7 +216,7 @@ void World::orderTechnology(const std::string& word, std::optional<Milliseconds>
 
 World::View World::view() {
   const std::lock_guard<std::mutex> lock(mLock);
-  if (mBegun) advance(Clock::now());
+  settle();
   if (mTicks.empty()) makeTick(0);
   return {mDevice.technology().word, mDevice.inHandoff(), mTicks.back()};
 }
@@ -224,6 +243,16 @@ void World::advance(Clock::time_point at) {
   while (mIntervalMs > 0 && mFirstTick + mTicks.size() <= current)
     makeTick(tickTime(mFirstTick + mTicks.size()));
   mDevice.moveTo(nowMs(at));
+}
+
+// Lets all happen that was ordered for now. Before the time has begun that is its first moment:
+// what a tick has been made of since then would otherwise hide an order that came after it.
+void World::settle() {
+  if (mBegun) {
+    advance(Clock::now());
+  } else {
+    mDevice.moveTo(0);
+  }
 }
 
 void World::makeTick(int64_t at) {

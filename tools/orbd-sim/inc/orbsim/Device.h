@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "orbsim/HandoffModel.h"
@@ -43,11 +44,15 @@ class Device {
   // One step of the way, at that time.
   Estimate step(int64_t now);
 
-  // What is to happen at a time to come; at once when that is over.
-  void orderHandoff(int64_t at, const HandoffOrder& order);
+  // What is to happen at a time to come; at once when that is over. A handoff to where the device
+  // is then changes nothing; its order is told apart by the number that comes back.
+  uint64_t orderHandoff(int64_t at, const HandoffOrder& order);
   void orderRate(int64_t at, const std::optional<Ramp>& ramp);  // without: wander again
   void orderLatency(int64_t at, const std::optional<Ramp>& ramp);
   void orderTechnology(int64_t at, const std::string& word);
+
+  // Whether nothing has come of that order, as the device was there.
+  bool isPointless(uint64_t order) const { return mPointless.count(order) != 0; }
 
   bool inHandoff() const { return mPhase != Phase::kNone; }
   const Technology& technology() const { return mRadio.technology(); }
@@ -73,7 +78,7 @@ class Device {
 
   static std::optional<Held> hold(const std::optional<Ramp>& ramp, int64_t now, int64_t value);
   void at(int64_t time, std::function<void()> action);
-  void begin(const HandoffOrder& order);
+  void begin(const HandoffOrder& order, uint64_t number);
   void abandon();
   void happen(const HandoffPhase& phase);
   void remember(const HandoffPhase& phase);
@@ -87,6 +92,8 @@ class Device {
   int64_t mNow = 0;
   int64_t mStepMs = 0;
   std::multimap<int64_t, std::function<void()>> mOrders;
+  uint64_t mHandoffOrders = 0;       // that there were
+  std::set<uint64_t> mPointless;     // of these
   std::deque<HandoffPhase> mPlan;    // to come
   std::deque<HandoffPhase> mPhases;  // that happened
   uint64_t mForgotten = 0;

@@ -39,6 +39,9 @@ struct HandoffOrder {
   Milliseconds notice{1000};
   Milliseconds duration{100};
   Result result = Result::kSuccess;
+
+  // Why nothing comes of it where the device is there.
+  std::string alreadyThere() const { return "the device is on " + target + " already"; }
 };
 
 // A value on its way; kbit/s for a rate, microseconds for a latency.

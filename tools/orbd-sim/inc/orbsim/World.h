@@ -66,8 +66,11 @@ class World {
   // The first phase from `number` on that has happened, which `number` then is.
   std::optional<HandoffPhase> phase(uint64_t& number);
 
-  // Orders, for a time of the model or for now.
-  void orderHandoff(const HandoffOrder& order, std::optional<Milliseconds> at = {});
+  // Orders, for a time of the model or for now. A handoff for now: empty, or why it cannot be. One
+  // for a time: its number, with which the same can be asked once that time has come.
+  std::string orderHandoff(const HandoffOrder& order);
+  uint64_t orderHandoff(const HandoffOrder& order, Milliseconds at);
+  bool isPointless(uint64_t handoff);
   void orderRate(const std::optional<Ramp>& ramp, std::optional<Milliseconds> at = {});
   void orderLatency(const std::optional<Ramp>& ramp, std::optional<Milliseconds> at = {});
   void orderTechnology(const std::string& word, std::optional<Milliseconds> at = {});
@@ -88,6 +91,7 @@ class World {
   uint64_t tickLocked(Clock::time_point at) const;
   int64_t tickTime(uint64_t number) const;
   void advance(Clock::time_point at);
+  void settle();
   void makeTick(int64_t at);
   int64_t orderTime(const std::optional<Milliseconds>& at);
   void changed() const {

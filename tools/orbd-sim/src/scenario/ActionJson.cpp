@@ -248,8 +248,7 @@ class Course {
       if (mHandoffEnd && at < *mHandoffEnd)
         return one.place + ": the handoff before it is not over";
       if (mRat == order->target)
-        return placeOf(placeOf(one.place, "handoff"), "to") + ": the device is on " +
-               order->target + " already";
+        return placeOf(placeOf(one.place, "handoff"), "to") + ": " + order->alreadyThere();
       mHandoff = *order;
       mHandoffEnd = at + order->notice + order->duration;
     }

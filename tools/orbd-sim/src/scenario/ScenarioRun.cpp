@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <set>
 #include <utility>
@@ -43,6 +44,7 @@ class ScenarioRun::Player {
   Options configured(Options options);
   void begun(Clock::time_point epoch);
   void schedule(Clock::time_point epoch, const Step& step);
+  void tellModel(const Step& step);
   void makeState(const Step& step);
   void orderModel(const Step& step);
   static bool isModel(const Action& action) {
@@ -69,6 +71,7 @@ class ScenarioRun::Player {
   std::optional<Clock::time_point> mEpoch;
   bool mOver = false;
   std::set<size_t> mDone;  // steps that are so from the start; the owner's thread only, before it
+  std::map<const Step*, uint64_t> mHandoffs;  // the device's numbers; not changed after the start
   struct End {
     Milliseconds at;
     std::function<void()> what;
@@ -131,7 +134,7 @@ void ScenarioRun::Player::makeState(const Step& step) {
 void ScenarioRun::Player::orderModel(const Step& step) {
   World& world = mDaemon.world();
   if (const auto* const order = std::get_if<HandoffOrder>(&step.action)) {
-    world.orderHandoff(*order, step.at);
+    mHandoffs[&step] = world.orderHandoff(*order, step.at);
   } else if (const auto* const rate = std::get_if<RateAction>(&step.action)) {
     world.orderRate(rate->ramp, step.at);
   } else if (const auto* const latency = std::get_if<LatencyAction>(&step.action)) {
@@ -144,11 +147,19 @@ void ScenarioRun::Player::orderModel(const Step& step) {
 void ScenarioRun::Player::schedule(Clock::time_point epoch, const Step& step) {
   mStage.at(epoch + step.at, [this, &step] {
     if (isModel(step.action)) {
-      mDaemon.log(wordsOf(step));  // the device does it by itself
+      tellModel(step);
     } else {
       mStage.perform(step.action, wordsOf(step));
     }
   });
+}
+
+// The device does it by itself, and has done it by then.
+void ScenarioRun::Player::tellModel(const Step& step) {
+  mDaemon.log(wordsOf(step));
+  const auto handoff = mHandoffs.find(&step);
+  if (handoff == mHandoffs.end() || !mDaemon.world().isPointless(handoff->second)) return;
+  mStage.logNotDone(std::get<HandoffOrder>(step.action).alreadyThere());
 }
 
 // On the thread that began it, which may be one of the daemon's.

@@ -93,16 +93,15 @@ std::string Stage::perform(const Action& action, const std::string& words) {
 std::string Stage::actAndLog(const Action& action, const std::string& words) {
   mDaemon.log(words);
   std::string reason = std::visit([this](const auto& what) { return act(what); }, action);
-  if (!reason.empty()) mDaemon.log("not done: " + reason);
+  if (!reason.empty()) logNotDone(reason);
   return reason;
 }
 
+void Stage::logNotDone(const std::string& reason) { mDaemon.log("not done: " + reason); }
+
 std::string Stage::act(const HandoffOrder& order) {
-  const World::View view = mDaemon.world().view();
-  if (view.handoff) return "a handoff is under way";
-  if (view.rat == order.target) return "the device is on " + order.target + " already";
-  mDaemon.world().orderHandoff(order);
-  return {};
+  if (mDaemon.world().view().handoff) return "a handoff is under way";
+  return mDaemon.world().orderHandoff(order);
 }
 
 std::string Stage::act(const RateAction& action) {

@@ -33,6 +33,8 @@ class Stage {
   // Carries it out; the log has a line with `words` first. Empty, or why it cannot be done now.
   std::string perform(const Action& action, const std::string& words);
   void at(Clock::time_point time, std::function<void()> what);
+  // What the log says, below its words, of what cannot be done.
+  void logNotDone(const std::string& reason);
   // What ends the present fault or pause, and leaves one alone that has come after it.
   std::function<void()> faultsEnd();
   std::function<void()> pausesEnd();
