@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+// What a trace of the daemon stand-in's connections says, for tests that read it.
+
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "orbsim/Trace.h"
+
+namespace orbsimtest {
+
+// The lines of a trace without the time in front.
+class TraceLines {
+ public:
+  orbsim::TraceSink sink() {
+    return [this](const orbsim::TraceItem& item) {
+      const std::string line = orbsim::traceText(item);
+      std::lock_guard<std::mutex> lock(mLock);
+      mLines.push_back(line.substr(line.find(' ') + 1));
+    };
+  }
+  std::vector<std::string> get() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mLines;
+  }
+
+ private:
+  mutable std::mutex mLock;
+  std::vector<std::string> mLines;
+};
+
+inline const std::string kEnableText =
+    "LCE ServiceMsg event_id: ENABLE transaction_id: 0 data { enable_msg { enable: true } }";
+
+}  // namespace orbsimtest
