@@ -136,6 +136,11 @@ TEST_F(OrbctlStatus, SocketThatNobodyListensOn) {
   expect(status(), 6, "refused: nobody listens on /dev/socket/orb\n");
 }
 
+TEST_F(OrbctlStatus, DaemonThatRefusesConnections) {
+  startDaemon("refuse");
+  expect(status(), 6, "refused: nobody listens on /dev/socket/orb\n");
+}
+
 TEST_F(OrbctlStatus, ConnectionThatIsNotAccepted) {
   startDaemon("no-accept");
   const UniqueFd waiting(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
