@@ -5,7 +5,6 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,6 +14,7 @@
 
 #include "UniqueFd.h"
 #include "orbctl/PendingConnection.h"
+#include "orbtool/SocketAddress.h"
 
 namespace orbctl {
 namespace {
@@ -108,13 +108,10 @@ SocketFinding connectionFailed(const std::string& path, int error) {
 // A full queue may be a busy moment of the daemon; there is nothing to poll for its end, so
 // attempts are made at a distance. kWell when the connection stands or waits in the queue.
 SocketFinding connectTo(int fd, const std::string& path, Clock::time_point end) {
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) return failed("socket path", ENAMETOOLONG);
-  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+  if (path.size() > orbtool::SocketAddress::kMaxPath) return failed("socket path", ENAMETOOLONG);
+  const orbtool::SocketAddress address(path);
   for (;;) {
-    if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
-      return found(SocketState::kWell, "", "");
+    if (address.connect(fd) == 0) return found(SocketState::kWell, "", "");
     const int error = errno;
     if ((error != EAGAIN && error != EINTR) || Clock::now() >= end)
       return connectionFailed(path, error);

@@ -5,7 +5,6 @@
 
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -20,6 +19,7 @@
 
 #include "Commands.h"
 #include "orbtool/Run.h"
+#include "orbtool/SocketAddress.h"
 
 namespace orbsim {
 namespace {
@@ -157,19 +157,12 @@ bool ordersOf(const Words& words, std::vector<Json>& orders, std::string& error)
 // A connection to the control socket, on which nothing is waited for without end. -1 with errno
 // when there is none.
 int connectTo(const std::string& path) {
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) {
-    errno = ENAMETOOLONG;
-    return -1;
-  }
-  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (fd < 0) return -1;
   const timeval patience = {kPatience, 0};
   ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
   ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
-  if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) return fd;
+  if (orbtool::SocketAddress(path).connect(fd) == 0) return fd;
   const int error = errno;
   ::close(fd);
   errno = error;

@@ -4,12 +4,13 @@
 #include "orbsim/PrivateSocket.h"
 
 #include <stdlib.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <utility>
+
+#include "orbtool/SocketAddress.h"
 
 namespace orbsim {
 
@@ -27,7 +28,7 @@ PrivateSocket::~PrivateSocket() {
 
 bool PrivateSocket::makeIn(const std::string& parent) {
   std::string folder = parent + "/orbsim-XXXXXX";
-  if (folder.size() + sizeof "/orb" > sizeof(sockaddr_un::sun_path)) return false;
+  if (folder.size() + std::strlen("/orb") > orbtool::SocketAddress::kMaxPath) return false;
   if (::mkdtemp(folder.data()) == nullptr) {
     mError = "cannot make a folder in " + parent + ": " + std::strerror(errno);
     return false;

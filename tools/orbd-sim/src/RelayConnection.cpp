@@ -4,11 +4,12 @@
 #include "RelayConnection.h"
 
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
+
+#include "orbtool/SocketAddress.h"
 
 namespace orbsim {
 namespace {
@@ -48,10 +49,7 @@ RelayConnection::~RelayConnection() {
 // that, as nothing tells it.
 void RelayConnection::connectDaemon() {
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  std::memcpy(address.sun_path, mOptions.daemonPath.c_str(), mOptions.daemonPath.size() + 1);
-  if (fd >= 0 && ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
+  if (fd >= 0 && orbtool::SocketAddress(mOptions.daemonPath).connect(fd) == 0) {
     mDaemonFd = fd;
     return;
   }

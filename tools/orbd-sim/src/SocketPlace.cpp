@@ -5,30 +5,26 @@
 
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 
+#include "orbtool/SocketAddress.h"
+
 namespace orbsim {
 namespace {
 
-constexpr size_t kMaxPath = sizeof(sockaddr_un::sun_path) - 1;
+using orbtool::SocketAddress;
 
-sockaddr_un addressOf(const std::string& path) {
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-  return address;
-}
+constexpr size_t kMaxPath = SocketAddress::kMaxPath;
 
 // What a connection to the socket comes to: 0 when it is taken or at least queued, as somebody is
 // at home then; otherwise errno.
-int connectError(const sockaddr_un& address) {
+int connectError(const SocketAddress& address) {
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (fd < 0) return errno;
-  const int result = ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+  const int result = address.connect(fd);
   const int error = result == 0 || errno == EAGAIN ? 0 : errno;
   ::close(fd);
   return error;
@@ -78,7 +74,7 @@ bool SocketPlace::clear() {
   struct stat status = {};
   if (::lstat(mPath.c_str(), &status) != 0) return true;  // bind() will tell
   if (!S_ISSOCK(status.st_mode)) return fail("it exists and is no socket");
-  const int error = connectError(addressOf(mPath));
+  const int error = connectError(SocketAddress(mPath));
   if (error == 0) return fail("somebody listens there already");
   // Whether anybody is at home, only a refusal tells.
   if (error != ECONNREFUSED)
@@ -102,10 +98,9 @@ int SocketPlace::bind() {
     fail(std::strerror(errno));
     return -1;
   }
-  const sockaddr_un address = addressOf(mPath);
   // The path never has another mode than its own.
   ::fchmod(fd, mMode);
-  const bool bound = ::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+  const bool bound = SocketAddress(mPath).bind(fd) == 0;
   // Whatever the umask says.
   if (bound && ::chmod(mPath.c_str(), mMode) == 0) return fd;
   fail(std::strerror(errno));

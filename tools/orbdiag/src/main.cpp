@@ -6,7 +6,6 @@
 
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/un.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -19,6 +18,7 @@
 #include "UniqueFd.h"
 #include "orbtool/CommandLine.h"
 #include "orbtool/Run.h"
+#include "orbtool/SocketAddress.h"
 
 namespace {
 
@@ -63,7 +63,7 @@ void addRequests(CLI::App& app, Arguments& arguments) {
 // The status when the program is to end now.
 std::optional<int> checkArguments(const orbtool::CommandLine& line, Arguments& arguments) {
   if (arguments.socket.empty()) return line.refuse("no socket: give --socket or ORB_DIAG_SOCKET");
-  if (arguments.socket.size() >= sizeof(sockaddr_un::sun_path))
+  if (arguments.socket.size() > orbtool::SocketAddress::kMaxPath)
     return line.refuse("the socket's path is too long");
   if (arguments.socket.find("%p") != std::string::npos)
     return line.refuse("which program? Give --socket with its process id for %p");
@@ -74,10 +74,7 @@ bool sendAndReceive(int fd, const Arguments& arguments, std::string& reply) {
   const timeval limit = {kTimeout, 0};
   setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
   setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  std::memcpy(address.sun_path, arguments.socket.data(), arguments.socket.size());
-  if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return false;
+  if (orbtool::SocketAddress(arguments.socket).connect(fd) != 0) return false;
   const std::string& request = arguments.request;
   if (send(fd, request.data(), request.size(), MSG_NOSIGNAL) < 0) return false;
   reply.resize(4096);

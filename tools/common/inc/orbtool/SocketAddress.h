@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+
+#pragma once
+
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <string>
+
+namespace orbtool {
+
+// Where a socket with a path is: what connect() and bind() want to know of it. Both fail for a path
+// that is too long, with errno. A value; it has no thread.
+class SocketAddress {
+ public:
+  // A path of more bytes has no address.
+  static constexpr size_t kMaxPath = sizeof(sockaddr_un::sun_path) - 1;
+
+  explicit SocketAddress(const std::string& path) : mTooLong(path.size() > kMaxPath) {
+    mAddress.sun_family = AF_UNIX;
+    if (!mTooLong) std::memcpy(mAddress.sun_path, path.data(), path.size());
+  }
+
+  int connect(int fd) const {
+    return fits() ? ::connect(fd, reinterpret_cast<const sockaddr*>(&mAddress), sizeof mAddress)
+                  : -1;
+  }
+  int bind(int fd) const {
+    return fits() ? ::bind(fd, reinterpret_cast<const sockaddr*>(&mAddress), sizeof mAddress) : -1;
+  }
+
+ private:
+  bool fits() const {
+    if (mTooLong) errno = ENAMETOOLONG;
+    return !mTooLong;
+  }
+
+  sockaddr_un mAddress = {};
+  bool mTooLong;
+};
+
+}  // namespace orbtool
