@@ -218,6 +218,20 @@ TEST_F(Kit, WholeHandoffGoesByPhaseAfterPhase) {
   EXPECT_EQ(0u, daemon().error().find("no such technology: 6g; there are ")) << daemon().error();
 }
 
+TEST_F(Kit, HandoffToWhereTheDeviceIsIsRefused) {
+  enableLli();
+  clear();
+  EXPECT_FALSE(daemon().handoff({"lte", Milliseconds(0), Milliseconds(0)}));
+  EXPECT_EQ("the device is on lte already", daemon().error());
+  ASSERT_TRUE(daemon().handoff({"5g", Milliseconds(0), Milliseconds(0)})) << daemon().error();
+  ASSERT_TRUE(waitFor("before 1 3 6 0 0"));
+  EXPECT_FALSE(daemon().handoff({"5g", Milliseconds(0), Milliseconds(0)}));
+  EXPECT_EQ("the device is on 5g already", daemon().error());
+  const std::vector<std::string> all = lines();
+  EXPECT_EQ(0, std::count(all.begin(), all.end(), "before 0 3 3 0 0"));
+  EXPECT_EQ(1, std::count(all.begin(), all.end(), "before 0 3 6 0 0"));
+}
+
 TEST_F(Kit, HandoffsMayFailOrBeCalledOff) {
   enableLli();
   for (const auto& [outcome, last] :

@@ -229,7 +229,10 @@ bool TestDaemon::handoff(const Handoff& handoff) {
     return mImpl->fail("no such technology: " + handoff.target + "; there are " +
                        technologyWords());
   }
-  return mImpl->act([&](Daemon& daemon) { daemon.world().orderHandoff(orderFor(handoff)); });
+  std::string wrong;
+  if (!mImpl->act([&](Daemon& daemon) { wrong = daemon.world().orderHandoff(orderFor(handoff)); }))
+    return false;
+  return wrong.empty() || mImpl->fail(wrong);
 }
 
 void TestDaemon::setRate(uint32_t rate) {

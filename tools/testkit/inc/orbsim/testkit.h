@@ -158,6 +158,7 @@ class TestDaemon {
   // The moving device behind the reports. They come at an interval, 0 for none, once the
   // application has asked for them.
   void setReportInterval(Milliseconds interval);
+  // False with error() when there is no such technology, or the device is on it already.
   bool handoff(const Handoff& handoff);
   // Kilobits a second, held from then on, or on its way from one to the other.
   void setRate(uint32_t rate);
