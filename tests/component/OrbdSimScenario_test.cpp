@@ -62,6 +62,21 @@ TEST_F(OrbdSimScenarioTest, FileThatCannotBeReadIsNamed) {
   EXPECT_EQ(mDirectory + "/bad.json: /: ", error.substr(0, mDirectory.size() + 14));
 }
 
+TEST_F(OrbdSimScenarioTest, ReadyScenariosAreThoseOfTheFolderAndNotTheSchema) {
+  for (const char* const name : {"two.json", "one.json", "schema.json", "notes.txt"})
+    std::ofstream(mDirectory + "/" + name) << "{}";
+  std::filesystem::create_directory(mDirectory + "/folder.json");
+  ASSERT_EQ(0, ::setenv("ORB_SCENARIOS", mDirectory.c_str(), 1));
+  std::string error;
+  EXPECT_EQ((Lines{"one", "two"}), Scenario::readyNames());
+  EXPECT_TRUE(Scenario::fromFile("one", error).has_value()) << error;
+  EXPECT_FALSE(Scenario::fromFile("schema", error).has_value());
+  EXPECT_EQ("schema: No such file or directory", error);
+  ASSERT_EQ(0, ::setenv("ORB_SCENARIOS", "/nowhere", 1));
+  EXPECT_EQ(Lines{}, Scenario::readyNames());
+  ::unsetenv("ORB_SCENARIOS");
+}
+
 TEST_F(OrbdSimScenarioTest, RateFallsAsTheTimelineSays) {
   play(R"({"begin": ["lce"], "interval": 0.02, "model": {"rate": 50},
            "timeline": [{"at": 0.2, "rate": {"from": 50, "to": 2, "over": 0.2}},

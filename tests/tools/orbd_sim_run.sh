@@ -32,6 +32,15 @@ expect 1 check "$work/right.json" "$work/wrong.json" "$work/none.json"
 [[ $(wc -l <"$work/err") == 2 ]] || fail "a line for each"
 grep -q "^orbd-sim check: $work/wrong.json: /timeline/0/handoff/notice: " "$work/err" || fail "place"
 grep -q "^orbd-sim check: $work/none.json: No such file or directory$" "$work/err" || fail "errno"
+expect 1 check schema
+says "orbd-sim check: schema: No such file or directory"
+lists() { tr -s ' \n' ' ' <"$work/out" | grep -q " a ready one: $1\."; }
+for command in check run; do
+  expect 0 "$command" --help
+  lists 'handoff, rate-drop, refused, slow-answers, steady, vanish' || fail "$command --help: no names"
+  ORB_SCENARIOS=$work expect 0 "$command" --help
+  lists 'right, wrong' || fail "$command --help: ORB_SCENARIOS"
+done
 expect 2 check
 grep -q "^orbd-sim check: no FILE given; try " "$work/err" || fail "check without a file"
 

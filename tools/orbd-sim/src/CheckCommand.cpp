@@ -37,16 +37,20 @@ int check(const Arguments& arguments) {
 
 }  // namespace
 
+std::string orReadyScenario() {
+  std::string names;
+  for (const std::string& name : Scenario::readyNames())
+    names += (names.empty() ? ": " : ", ") + name;
+  return ", or the name of a ready one" + names + ".";
+}
+
 Command addCheck(orbtool::CommandLine& line) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App* const app = line.app().add_subcommand(
       "check", "Say what is wrong with scenarios, one line for each fault, without playing them.");
   CLI::Option* const schema =
       app->add_flag("--schema", arguments->schema, "Print the JSON schema of scenarios.");
-  app->add_option("FILE", arguments->files,
-                  "A scenario, or the name of a ready one: handoff, rate-drop, refused, "
-                  "slow-answers, steady, vanish.")
-      ->type_name("");
+  app->add_option("FILE", arguments->files, "A scenario" + orReadyScenario())->type_name("");
   app->footer(
       "Exit status: 0 all are right, 1 one is not, 2 wrong arguments.\n"
       "Example: orbd-sim check *.json");

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 
 #include "orbtool/CommandLine.h"
 
@@ -27,6 +28,8 @@ Command addCheck(orbtool::CommandLine& line);
 // Give orders to a daemon that runs.
 Command addCtl(orbtool::CommandLine& line);
 
+// For FILE of a scenario, behind its first words: what else it may be, by name.
+std::string orReadyScenario();
 // For --socket of all commands: where one can listen.
 CLI::Validator placeToListen();
 // --trace, and --json that needs it.

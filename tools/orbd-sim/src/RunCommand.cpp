@@ -287,9 +287,7 @@ Command addRun(orbtool::CommandLine& line) {
       "run",
       "Play a scenario to a command: a daemon on a socket of its own, and the command, with its "
       "arguments behind --, once that listens.");
-  app->add_option("FILE", arguments->file,
-                  "The scenario, or the name of a ready one: handoff, rate-drop, refused, "
-                  "slow-answers, steady, vanish.")
+  app->add_option("FILE", arguments->file, "The scenario" + orReadyScenario())
       ->required()
       ->type_name("");
   line.keepRest(*app, arguments->command);

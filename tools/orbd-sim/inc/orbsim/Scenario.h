@@ -28,6 +28,8 @@ class Scenario {
   // Where ready scenarios are looked for, in this order: installed beside the program, or in the
   // sources that it was built from. ORB_SCENARIOS, if set, names the folder instead.
   static std::vector<std::string> folders();
+  // The names of the ready scenarios that are there, in order.
+  static std::vector<std::string> readyNames();
   // The JSON schema that scenarios are checked with.
   static const std::string& schema();
 

@@ -9,8 +9,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
+#include <system_error>
 
 #include "Json.h"
 #include "orbsim/ProgramPath.h"
@@ -19,6 +22,9 @@ namespace orbsim {
 namespace {
 
 constexpr char kFolderVariable[] = "ORB_SCENARIOS";
+constexpr char kExtension[] = ".json";
+// What lies beside the scenarios and is none.
+constexpr char kSchemaName[] = "schema";
 
 bool isFile(const std::string& path) {
   struct stat status = {};
@@ -39,8 +45,9 @@ std::optional<std::string> contentOf(const std::string& file, std::string& error
 
 // A ready scenario of that name; empty when there is none.
 std::string readyScenario(const std::string& name) {
+  if (name == kSchemaName) return {};
   for (const std::string& folder : Scenario::folders()) {
-    const std::string path = folder + "/" + name + ".json";
+    const std::string path = folder + "/" + name + kExtension;
     if (isFile(path)) return path;
   }
   return {};
@@ -74,6 +81,21 @@ std::vector<std::string> Scenario::folders() {
     folder = folder.substr(0, folder.rfind('/'));
   }
   return all;
+}
+
+std::vector<std::string> Scenario::readyNames() {
+  std::set<std::string> names;
+  for (const std::string& folder : folders()) {
+    // A folder that is not there has no entries.
+    std::error_code error;
+    for (std::filesystem::directory_iterator each(folder, error), end; !error && each != end;
+         each.increment(error)) {
+      const std::string name = each->path().stem();
+      if (each->path().extension() == kExtension && !readyScenario(name).empty())
+        names.insert(name);
+    }
+  }
+  return {names.begin(), names.end()};
 }
 
 std::string Scenario::pathOf(const std::string& file) {
