@@ -68,7 +68,7 @@ TEST_F(OrbIpcClientSessionTest, SecondConnectReplacesTheCallbackOnly) {
   EXPECT_TRUE(hasLogged(kError, "mSocketFd != -1; RETURNING!!!"));
   EXPECT_EQ(1u, mDaemon.totals().connections);
   mDaemon.closeSession(1);
-  ASSERT_TRUE(other.waitFor(1));
+  ASSERT_TRUE(other.waitForCount(1));
   EXPECT_EQ((std::vector<bool>{false}), other.all());
   EXPECT_EQ((std::vector<bool>{true}), mStatuses.all());
   mSession->awaitReceiver(kPatience);  // `other` goes now

@@ -66,7 +66,7 @@ class OrbdSimReplayTest : public OrbdSimTest {
   static uint32_t rateHeard(Client& client) {
     return hear(client).data().estimation_reports_resp().rate();
   }
-  bool logged(const std::string& end) const {
+  bool logged(const std::string& end) {
     for (const std::string& line : mLog.lines()) {
       if (line.size() >= end.size() && line.compare(line.size() - end.size(), end.size(), end) == 0)
         return true;

@@ -38,12 +38,12 @@ struct Callbacks {
 enum Slot {
   kStatus,
   kStatusV2 = kStatus + int{kServices},
-  kLceCriteria = kStatusV2 + int{kServices},
-  kLceLast,
-  kLceReport,
-  kLleLast,
-  kLleReport,
-  kLliInterrupt
+  kLceCriteriaCb = kStatusV2 + int{kServices},
+  kLceLastCb,
+  kLceReportCb,
+  kLleLastCb,
+  kLleReportCb,
+  kLliInterruptCb
 };
 constexpr Slot slotOf(Slot first, Service service) {
   return static_cast<Slot>(int{first} + int{service});
@@ -55,17 +55,17 @@ const Callbacks& callbacksTo() {
   static const Callbacks callbacks{
       [](status_e status) { kHear(slotOf(kStatus, kLce), status); },
       [](status_v2_e status) { kHear(slotOf(kStatusV2, kLce), status); },
-      [](LceReportingCriteriaStatus status) { kHear(kLceCriteria, status); },
-      [](LceEstimationReportStatus status, LceEstimationReport) { kHear(kLceLast, status); },
-      [](LceEstimationReportStatus status, LceEstimationReport) { kHear(kLceReport, status); },
+      [](LceReportingCriteriaStatus status) { kHear(kLceCriteriaCb, status); },
+      [](LceEstimationReportStatus status, LceEstimationReport) { kHear(kLceLastCb, status); },
+      [](LceEstimationReportStatus status, LceEstimationReport) { kHear(kLceReportCb, status); },
       [](status_e status) { kHear(slotOf(kStatus, kLle), status); },
       [](status_v2_e status) { kHear(slotOf(kStatusV2, kLle), status); },
-      [](int32_t result, const LleEstimationReport*) { kHear(kLleLast, result); },
-      [](int32_t result, const LleEstimationReport*) { kHear(kLleReport, result); },
+      [](int32_t result, const LleEstimationReport*) { kHear(kLleLastCb, result); },
+      [](int32_t result, const LleEstimationReport*) { kHear(kLleReportCb, result); },
       [](status_e status) { kHear(slotOf(kStatus, kLli), status); },
       [](status_v2_e status) { kHear(slotOf(kStatusV2, kLli), status); },
       [](LliHandoffIndType type, LliPreHandoffState, const LliInterruptInfo*) {
-        kHear(kLliInterrupt, type);
+        kHear(kLliInterruptCb, type);
       }};
   return callbacks;
 }
@@ -75,7 +75,7 @@ struct Heard {
   Slot slot;
   int value;
 
-  bool isStatus() const { return slot < kLceCriteria; }  // of either generation
+  bool isStatus() const { return slot < kLceCriteriaCb; }  // of either generation
   friend bool operator<(const Heard& a, const Heard& b) {
     return std::tie(a.slot, a.value) < std::tie(b.slot, b.value);
   }

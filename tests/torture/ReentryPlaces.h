@@ -65,9 +65,9 @@ inline std::vector<Place> places() {
     return Place{name, Cause::Answer, service, slot, kAnyValue, "orb-receiver"};
   };
   std::vector<Place> all{
-      answer("LceCriteria", kLce, kLceCriteria), answer("LceLastReport", kLce, kLceLast),
-      answer("LceReport", kLce, kLceReport),     answer("LleLastReport", kLle, kLleLast),
-      answer("LleReport", kLle, kLleReport),     answer("LliIndication", kLli, kLliInterrupt)};
+      answer("LceCriteria", kLce, kLceCriteriaCb), answer("LceLastReport", kLce, kLceLastCb),
+      answer("LceReport", kLce, kLceReportCb),     answer("LleLastReport", kLle, kLleLastCb),
+      answer("LleReport", kLle, kLleReportCb),     answer("LliIndication", kLli, kLliInterruptCb)};
   for (const Service service : {kLce, kLle, kLli}) {
     for (const Place& place : placesOf(service)) all.push_back(place);
   }

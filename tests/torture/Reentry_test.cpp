@@ -161,18 +161,18 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
   }
   Blob answerFor(Slot slot) {
     switch (slot) {
-      case kLceCriteria:
+      case kLceCriteriaCb:
         return servicetest::serialise(
             lcetest::criteriaResult(static_cast<uint64_t>(mCriteria), true, "NONE"));
-      case kLceLast:
+      case kLceLastCb:
         return servicetest::serialise(lcetest::lastReport(1, 1, 1, 1, "NONE"));
-      case kLceReport:
+      case kLceReportCb:
         return servicetest::serialise(lcetest::periodicReport(1, 1, 1, 1, "NONE"));
-      case kLleLast:
+      case kLleLastCb:
         return servicetest::serialise(lletest::lastReport({true, 1, 1, 1, 1, 1, 1, 1, 2}));
-      case kLleReport:
+      case kLleReportCb:
         return servicetest::serialise(lletest::periodicReport({true, 1, 1, 1, 1, 1, 1, 1, 2}));
-      case kLliInterrupt:
+      case kLliInterruptCb:
         return servicetest::serialise(llitest::indication({1, 0, 3, 6, 1, 1}));
       default:
         return status(1);

@@ -60,7 +60,7 @@ void hearInProgram(Slot slot, int value) {
 }
 const Callbacks& callbacks() { return callbacksTo<hearInProgram>(); }
 
-bool isReport(const Heard& call) { return call.slot == kLceReport || call.slot == kLleReport; }
+bool isReport(const Heard& call) { return call.slot == kLceReportCb || call.slot == kLleReportCb; }
 bool isDown(const Heard& call) {
   const bool mayBe = call.slot == slotOf(kStatus, kLce) || call.slot == slotOf(kStatus, kLle);
   return mayBe && call.value == STATUS_SERVICE_DOWN;
@@ -73,8 +73,8 @@ HeardCalls::Which of(Slot slot) {
 class Askers {
  public:
   Askers() {
-    keep(kLceLast, "LCE gave no report", [] { lceGetLastEstimationReport(callbacks().lceLast); });
-    keep(kLleLast, "LLE gave no report", [] { lleGetLastEstimationReport(callbacks().lleLast); });
+    keep(kLceLastCb, "LCE gave no report", [] { lceGetLastEstimationReport(callbacks().lceLast); });
+    keep(kLleLastCb, "LLE gave no report", [] { lleGetLastEstimationReport(callbacks().lleLast); });
     keep(slotOf(kStatus, kLli), "LLI was not enabled", [] {
       orb_lli_disable();
       orb_lli_enable(callbacks().lliStatus);

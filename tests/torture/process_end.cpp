@@ -126,12 +126,12 @@ int connecting() {
   enableEach();
   return kExpected;
 }
-int exitInCriteria() { exitInside(kLceCriteria, kAny, nullptr); }
-int exitInLceLast() { exitInside(kLceLast, kAny, nullptr); }
-int exitInLceReport() { exitInside(kLceReport, kAny, nullptr); }
-int exitInLleLast() { exitInside(kLleLast, kAny, nullptr); }
-int exitInLleReport() { exitInside(kLleReport, kAny, nullptr); }
-int exitInLliIndication() { exitInside(kLliInterrupt, kAny, nullptr); }
+int exitInCriteria() { exitInside(kLceCriteriaCb, kAny, nullptr); }
+int exitInLceLast() { exitInside(kLceLastCb, kAny, nullptr); }
+int exitInLceReport() { exitInside(kLceReportCb, kAny, nullptr); }
+int exitInLleLast() { exitInside(kLleLastCb, kAny, nullptr); }
+int exitInLleReport() { exitInside(kLleReportCb, kAny, nullptr); }
+int exitInLliIndication() { exitInside(kLliInterruptCb, kAny, nullptr); }
 int exitInStatus() { exitInside(slotOf(kStatus, kLle), STATUS_SUCCESS, nullptr); }
 int exitInStatusV2() { exitInside(slotOf(kStatusV2, kLli), STATUS_V2_SUCCESS, nullptr); }
 int exitInDownOnReceiver() {
