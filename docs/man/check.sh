@@ -3,7 +3,7 @@
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
 # Each exported function has a man page, and no other; each page has what a reader looks for, and the
-# formatter finds nothing wrong. They are installed with the component doc. Run by ctest:
+# formatter finds nothing wrong. They are installed with the component development. Run by ctest:
 # check.sh FOLDER VERSION_SCRIPT CMAKE BUILD, with an empty CMAKE where nothing is installed
 set -euo pipefail
 
@@ -37,6 +37,6 @@ grep -q '^\.SH 3\. THREADS OF THE CALLBACKS$' "$folder/orbsdlsdk.3" || fail "rul
 [[ -z $cmake ]] || {
   prefix=$(mktemp -d)
   trap 'rm -rf "$prefix"' EXIT
-  "$cmake" --install "$build" --component doc --prefix "$prefix" >/dev/null || fail "installation"
+  "$cmake" --install "$build" --component development --prefix "$prefix" >/dev/null || fail "installation"
   diff -r "$folder" "$prefix/share/man/man3" || fail "other pages are installed"
 }

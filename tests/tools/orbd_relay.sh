@@ -39,7 +39,7 @@ end() {
   kill "$1"
   wait "$1" || fail "exit status $? at the end"
 }
-reports() { grep -c "^$1  .* to \|^$1  .*link " "$2" || true; }
+reports() { grep -ci "^$1  .* to \|^$1  .*link " "$2" || true; }
 # run OUTPUT LCE LLE LLI: until the application has said so many things of each, then Ctrl-C.
 run() {
   local output=$1 line
