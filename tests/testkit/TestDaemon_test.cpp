@@ -221,15 +221,17 @@ TEST_F(Kit, WholeHandoffGoesByPhaseAfterPhase) {
 TEST_F(Kit, HandoffToWhereTheDeviceIsIsRefused) {
   enableLli();
   clear();
-  EXPECT_FALSE(daemon().handoff({"lte", Milliseconds(0), Milliseconds(0)}));
+  const Milliseconds notice(100);
+  const Milliseconds duration(20);
+  EXPECT_FALSE(daemon().handoff({"lte", notice, duration}));
   EXPECT_EQ("the device is on lte already", daemon().error());
-  ASSERT_TRUE(daemon().handoff({"5g", Milliseconds(0), Milliseconds(0)})) << daemon().error();
+  ASSERT_TRUE(daemon().handoff({"5g", notice, duration})) << daemon().error();
   ASSERT_TRUE(waitFor("before 1 3 6 0 0"));
-  EXPECT_FALSE(daemon().handoff({"5g", Milliseconds(0), Milliseconds(0)}));
+  EXPECT_FALSE(daemon().handoff({"5g", notice, duration}));
   EXPECT_EQ("the device is on 5g already", daemon().error());
   const std::vector<std::string> all = lines();
-  EXPECT_EQ(0, std::count(all.begin(), all.end(), "before 0 3 3 0 0"));
-  EXPECT_EQ(1, std::count(all.begin(), all.end(), "before 0 3 6 0 0"));
+  EXPECT_EQ(0, std::count(all.begin(), all.end(), "before 0 3 3 100 20"));
+  EXPECT_EQ(1, std::count(all.begin(), all.end(), "before 0 3 6 100 20"));
 }
 
 TEST_F(Kit, HandoffsMayFailOrBeCalledOff) {
