@@ -44,8 +44,8 @@ class Recorder {
       } else {
         ++mEntries[entry];
       }
+      mChanged.notify_all();  // with the lock: whoever waits may destroy the recorder after that
     }
-    mChanged.notify_all();
     if (!action) return;
     action();
     const std::lock_guard<std::mutex> lock(mMutex);
