@@ -22,16 +22,24 @@ class TextOutput : public Output {
   explicit TextOutput(std::FILE* stream) : mStream(stream) {}
 
   bool flush() override {
-    if (!std::ferror(mStream)) return std::fflush(mStream) == 0;
-    if (errno == 0) errno = EIO;
+    if (std::ferror(mStream) == 0 && std::fflush(mStream) == 0) return true;
+    noteError();
+    errno = mError;
     return false;
   }
 
  protected:
-  void write(const std::string& text) { (void)std::fwrite(text.data(), 1, text.size(), mStream); }
+  void write(const std::string& text) {
+    if (std::fwrite(text.data(), 1, text.size(), mStream) != text.size()) noteError();
+  }
 
  private:
+  void noteError() {
+    if (mError == 0) mError = errno != 0 ? errno : EIO;
+  }
+
   std::FILE* const mStream;
+  int mError = 0;  // the first one: some C libraries write before flush() does
 };
 
 class LineOutput : public TextOutput {
