@@ -2,6 +2,9 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "orbtool/Run.h"
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -28,6 +31,12 @@ int runGuarded(const char* name, const std::function<int()>& body) {
   }
 }
 
+// Why an earlier write failed, the C library no longer knows.
+bool isReaderGone() {
+  pollfd output = {STDOUT_FILENO, POLLOUT, 0};
+  return ::poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0;
+}
+
 }  // namespace
 
 int runTool(const char* name, const std::function<int()>& body) {
@@ -36,7 +45,9 @@ int runTool(const char* name, const std::function<int()>& body) {
   const bool failedBefore = std::ferror(stdout) != 0;
   const bool written = std::fflush(stdout) == 0 && !failedBefore;
   // Nobody reads what an application with a closed output prints.
-  if (written || isTold || errno == EBADF || errno == EPIPE) return status;
+  if (written || isTold || errno == EBADF || errno == EPIPE || (errno == 0 && isReaderGone())) {
+    return status;
+  }
   std::fprintf(stderr, "%s: standard output: %s\n", name,
                errno != 0 ? std::strerror(errno) : "write error");
   return status == kExitDone ? kExitFailed : status;
