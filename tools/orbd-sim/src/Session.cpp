@@ -141,6 +141,8 @@ bool Session::handleInput() {
 void Session::handleFrame(const Frame& frame) {
   mClientSpoke = true;
   if (endpoint() == 0) mEndpoint.store(frame.header.source);
+  // Before it is recorded: whoever has seen the request changes settings for the next one.
+  const std::optional<Refusal> refusal = decideOn(frame);
   mControl.recorder().frame(frame);
   if (mControl.options().onFrame) mControl.options().onFrame(frame);
   mUses.fetch_or(bitOf(frame.sdkType()));
@@ -159,24 +161,29 @@ void Session::handleFrame(const Frame& frame) {
     log("%s: ignored: no such service (%u) here", serviceName(type), type);
     return;
   }
-  if (mControl.refuses() && refuse(frame)) return;
-  service->handleBlob(frame.blob());
+  if (refusal) {
+    refuse(frame, *refusal);
+  } else {
+    service->handleBlob(frame.blob());
+  }
 }
 
-bool Session::refuse(const Frame& frame) {
-  const RequestWords request = wordsOf(frame);
-  const auto refusal = mControl.takeRefusal(request);
-  if (!refusal) return false;
-  log("%s: %s refused: %s", serviceName(frame.sdkType()), request.request.c_str(),
-      refusal->with.c_str());
-  answerBlob(frame.sdkType(), refusalOf(frame, *refusal));
-  return true;
+std::optional<Refusal> Session::decideOn(const Frame& frame) {
+  if (!frame.isBlob()) return std::nullopt;
+  mAnswersRequest = mControl.answers(frame.sdkType());
+  mAnswerDelay = mControl.answerDelay();
+  return mControl.refuses() ? mControl.takeRefusal(wordsOf(frame)) : std::nullopt;
+}
+
+void Session::refuse(const Frame& frame, const Refusal& refusal) {
+  log("%s: %s refused: %s", serviceName(frame.sdkType()), wordsOf(frame).request.c_str(),
+      refusal.with.c_str());
+  answerBlob(frame.sdkType(), refusalOf(frame, refusal));
 }
 
 bool Session::answerBlob(uint32_t sdkType, const Blob& blob) {
-  const auto delay = mControl.answerDelay();
-  if (delay.count() <= 0 && mLate.empty()) return sendBlob(sdkType, blob);
-  auto due = Clock::now() + delay;
+  if (mAnswerDelay.count() <= 0 && mLate.empty()) return sendBlob(sdkType, blob);
+  auto due = Clock::now() + mAnswerDelay;
   if (!mLate.empty()) due = std::max(due, mLate.back().first);
   const Blob payload = encodeBlobPayload(sdkType, blob);
   mLate.emplace_back(due, encodeFrame(headerFor(kSendBlobMessageId, payload.size()), payload));

@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <utility>
 
 #include "orbsim/Control.h"
@@ -54,6 +55,8 @@ class Session {
   bool sendBlob(uint32_t sdkType, const Blob& blob);
   // An answer of a service, on the session's thread: in its order, and late while answers are.
   bool answerBlob(uint32_t sdkType, const Blob& blob);
+  // Whether the request that is being dealt with is to be answered, on the session's thread.
+  bool answersRequest() const { return mAnswersRequest; }
   // Whether the client has asked that service for anything.
   bool uses(uint32_t sdkType) const { return (mUses.load() & bitOf(sdkType)) != 0; }
   SessionView view() const { return {mId, mProcess, endpoint()}; }
@@ -75,7 +78,8 @@ class Session {
   bool receive();
   bool handleInput();
   void handleFrame(const Frame& frame);
-  bool refuse(const Frame& frame);
+  std::optional<Refusal> decideOn(const Frame& frame);
+  void refuse(const Frame& frame, const Refusal& refusal);
   void sendLate();
   static uint32_t bitOf(uint32_t sdkType) { return sdkType < 32 ? 1u << sdkType : 0; }
   bool enqueue(Blob bytes);
@@ -99,6 +103,8 @@ class Session {
   FrameReader mReader;
   std::map<uint32_t, std::unique_ptr<Service>> mServices;
   std::deque<std::pair<Clock::time_point, Blob>> mLate;  // answers with their times
+  bool mAnswersRequest = true;                           // as it was set when the request came
+  Milliseconds mAnswerDelay{0};
   bool mClientSpoke = false;  // nothing is sent on our own before the client's first frame
   bool mPeerGone = false;     // hung up while reading was switched off
 

@@ -104,7 +104,7 @@ class TypedService : public Service {
   }
 
   bool send(const Answer& message) {
-    if (!mControl.answers(kSdkType)) return false;
+    if (!(mAnswering ? mSession.answersRequest() : mControl.answers(kSdkType))) return false;
     const Blob blob = serialize(message);
     const bool sent =
         mAnswering ? mSession.answerBlob(kSdkType, blob) : mSession.sendBlob(kSdkType, blob);

@@ -170,7 +170,8 @@ class TestDaemon {
   // error() when the socket cannot be had again.
   void vanish();
   bool comeBack();
-  // From now on answers come so late; 0: at once.
+  // These three hold for the requests that come from now on, not for one that waitForRequest() has
+  // seen already. How late answers come; 0: at once.
   void delayAnswers(Milliseconds delay);
   bool refuse(const Refusal& refusal);
   // While off, services neither answer nor report by themselves.
