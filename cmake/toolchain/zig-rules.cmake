@@ -7,4 +7,4 @@ foreach(language C CXX)
 endforeach()
 # It precompiles a header when it is told that the input is one, and takes -emit-pch for a request to link.
 set(CMAKE_CXX_COMPILE_OPTIONS_CREATE_PCH
-  -Winvalid-pch -Xclang -include -Xclang <PCH_HEADER> -x c++-header)
+  -Winvalid-pch -Xclang -fno-pch-timestamp -Xclang -include -Xclang <PCH_HEADER> -x c++-header)

@@ -60,7 +60,7 @@ step() {
 # The Debian packages that are needed beyond those of every build: always, and to fill the cache, so that
 # a machine without them can use one that is full.
 install_tools() {
-  "$repository/scripts/setup" util-linux qemu-user-static || exit 3
+  "$repository/scripts/setup" ccache util-linux qemu-user-static || exit 3
 }
 install_build_tools() {
   local packages=(apt perl make xz-utils bzip2)

@@ -7,11 +7,12 @@
 #include <thread>
 
 #include "AllServicesFixture.h"
+#include "Emulated.h"
 
 namespace allservices {
 namespace {
 
-constexpr uint32_t kIndications = 100000;
+const uint32_t kIndications = fewerEmulated(100000u);
 
 // What one service's receiver thread has seen. Indications carry their numbers from 0 on: each must
 // be the one that is due. mMutex guards only the end.

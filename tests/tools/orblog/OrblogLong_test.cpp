@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "Emulated.h"
 #include "OrblogFiles.h"
 #include "OrblogRun.h"
 
@@ -97,8 +98,8 @@ TEST_P(OrblogLong, InfoCountsThemAll) {
 
 INSTANTIATE_TEST_SUITE_P(Sizes, OrblogLong,
                          testing::Values(std::make_tuple(512, 1000), std::make_tuple(2000, 1000),
-                                         std::make_tuple(30000, 300),
-                                         std::make_tuple(kLongest, 150)));
+                                         std::make_tuple(30000, emulated() ? 75 : 300),
+                                         std::make_tuple(kLongest, emulated() ? 40 : 150)));
 
 class OrblogLongFollow : public testing::Test {
  protected:

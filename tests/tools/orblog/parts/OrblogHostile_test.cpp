@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
+#include "Emulated.h"
 #include "OrblogParserFixture.h"
 
 using namespace orblogtest;
@@ -40,7 +41,7 @@ class OrblogDamage : public OrblogParser {
 
 TEST_F(OrblogDamage, EveryRecordWithoutDamageIsReadAndNoOther) {
   const size_t kRecords = 40;
-  for (uint32_t seed = 0; seed < 300; ++seed) {
+  for (uint32_t seed = 0; seed < fewerEmulated(300u); ++seed) {
     Numbers numbers(seed);
     Bytes file = headerOf(keyOf(1));
     std::vector<size_t> starts;
@@ -70,7 +71,7 @@ TEST_F(OrblogDamage, EveryRecordWithoutDamageIsReadAndNoOther) {
 }
 
 TEST_F(OrblogDamage, LostAndForeignStretchesCostOnlyTheRecordsTheyTouch) {
-  for (uint32_t seed = 0; seed < 300; ++seed) {
+  for (uint32_t seed = 0; seed < fewerEmulated(300u); ++seed) {
     Numbers numbers(seed);
     Bytes file = headerOf(keyOf(1));
     Texts expected;
@@ -101,7 +102,7 @@ TEST_F(OrblogDamage, LostAndForeignStretchesCostOnlyTheRecordsTheyTouch) {
 // Also where lengths are damaged that no writer gives.
 TEST_F(OrblogDamage, WhereAPieceEndsMakesNoDifferenceWhileThereIsMore) {
   size_t read = 0;
-  for (uint32_t seed = 0; seed < 200; ++seed) {
+  for (uint32_t seed = 0; seed < fewerEmulated(200u); ++seed) {
     Numbers numbers(seed);
     Bytes file = headerOf(keyOf(1));
     for (size_t i = 0; i < 25; ++i) {
@@ -134,7 +135,7 @@ TEST_F(OrblogDamage, WhereAPieceEndsMakesNoDifferenceWhileThereIsMore) {
       EXPECT_EQ(findings(), faults) << seed << " " << most;
     }
   }
-  EXPECT_GT(read, 3000u);
+  EXPECT_GT(read, fewerEmulated(3000u));
 }
 
 // Hostile bytes of a megabyte. The program's time limit is what would notice an endless search.
@@ -154,7 +155,7 @@ class OrblogHostileBytes : public OrblogParser {
     EXPECT_TRUE(out.records.empty());
     EXPECT_TRUE(hasProblem());
   }
-  static constexpr size_t kSize = 1 << 20;
+  const size_t kSize = fewerEmulated(size_t{1} << 20);
 };
 
 TEST_F(OrblogHostileBytes, RandomBytesEnd) {
@@ -183,12 +184,13 @@ TEST_F(OrblogHostileBytes, LengthsOfTheLeastEnd) {
 
 TEST_F(OrblogHostileBytes, GoodRecordsBetweenHugeLengthsAreReadAndEnd) {
   Bytes file = headerOf(keyOf(1));
-  for (int i = 0; i < 10000; ++i) {
+  const size_t kCount = fewerEmulated(10000u);
+  for (size_t i = 0; i < kCount; ++i) {
     file += Bytes{0xFF, 0xFF};
     file += sealer.record("good");
   }
   parse(file);
-  EXPECT_EQ(out.records.size(), 10000u);
+  EXPECT_EQ(out.records.size(), kCount);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 // Reading the same bytes once more, with little room for what comes out: the records are those of
 // the first time, whatever is wrong with the file. And holes, which are passed over as if they were
 // read.
+#include "Emulated.h"
 #include "OrblogParserFixture.h"
 
 using namespace orblogtest;
@@ -53,7 +54,7 @@ class OrblogParserAgain : public OrblogParser {
 
 TEST_F(OrblogParserAgain, GivesTheSameRecordsWithAnyRoomAndBudget) {
   size_t total = 0;
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < fewerEmulated(300); ++round) {
     SCOPED_TRACE(round);
     const Bytes file = damagedFile();
     ring = KeyRing();
@@ -75,11 +76,11 @@ TEST_F(OrblogParserAgain, GivesTheSameRecordsWithAnyRoomAndBudget) {
       }
     }
   }
-  EXPECT_GT(total, 3000u);
+  EXPECT_GT(total, fewerEmulated(3000u));
 }
 
 TEST_F(OrblogParserAgain, WithoutSearchBudgetPiecesMakeNoDifferenceEither) {
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < fewerEmulated(300); ++round) {
     SCOPED_TRACE(round);
     const Bytes file = damagedFile();
     ring = KeyRing();
