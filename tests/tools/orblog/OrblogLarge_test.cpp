@@ -93,7 +93,7 @@ const int kLong = emulated() ? 15000 : 46000;  // lines
 TEST_F(OrblogLarge, MemoryDoesNotGrowWithAFile) {
   write("orb_log_p0_00", 0, 4000);
   write("orb_log_p0_01", 0, kLong);
-  EXPECT_GT(fs::file_size(logs / "orb_log_p0_01"), kLong * size_t{500});
+  EXPECT_GT(fs::file_size(logs / "orb_log_p0_01"), static_cast<size_t>(kLong) * 500);
   for (const std::string command : {"decrypt", "info"}) {
     const auto peak = [&](const std::string& name) {
       std::vector<std::string> arguments = decrypt(name);
