@@ -64,7 +64,7 @@ TEST_F(OrbdSimWrongPlaceTest, DirectoryThatNothingMayBeMadeIn) {
 TEST_F(OrbdSimWrongPlaceTest, SocketThatMayNotBeTriedStays) {
   ASSERT_EQ(0, ::chmod(path().c_str(), 0));
   EXPECT_EQ("cannot listen on " + path() +
-                ": a socket is there that cannot be tried: " + strerror(EACCES),
+                ": cannot test whether the existing socket is in use: " + strerror(EACCES),
             errorOf(path()));
   ASSERT_EQ(0, ::chmod(path().c_str(), 0666));
   EXPECT_TRUE(Client(path()).connected());

@@ -105,8 +105,8 @@ TEST_F(OrbdSimRecordingTest, WhatIsNoneIsSaid) {
   EXPECT_EQ("2:" + missing, errorOf(head + "{}\n"));
   EXPECT_EQ("2:" + missing, errorOf(head + "[]\n"));
   EXPECT_EQ("2:" + missing, errorOf(head + "{\"time\":\"0\",\"connection\":1}\n"));
-  EXPECT_EQ("2: a time that cannot be", errorOf(head + "{\"time\":-1}\n"));
-  EXPECT_EQ("2: a time that cannot be", errorOf(head + "{\"time\":1e300}\n"));
+  EXPECT_EQ("2: a time out of range", errorOf(head + "{\"time\":-1}\n"));
+  EXPECT_EQ("2: a time out of range", errorOf(head + "{\"time\":1e300}\n"));
   const std::string event = head + "{\"time\":0,\"connection\":1,\"event\":";
   EXPECT_EQ("2: no such event", errorOf(event + "\"other\"}\n"));
   EXPECT_EQ("2:" + missing, errorOf(event + "\"end\"}\n"));

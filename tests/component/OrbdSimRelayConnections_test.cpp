@@ -64,7 +64,8 @@ TEST_F(OrbdSimRelayTest, ClientThatGivesUpWaitingIsForgotten) {
   }
   connectTo(path()).close();
   EXPECT_TRUE(comesTo([this] { return mLog.lines().size() >= 3; }));
-  EXPECT_NE(std::string::npos, mLog.lines().at(2).find("left before the daemon took it"));
+  EXPECT_NE(std::string::npos,
+            mLog.lines().at(2).find("closed by the client before the daemon accepted it"));
 }
 
 TEST_F(OrbdSimRelayTest, ConnectionsAreApart) {

@@ -140,8 +140,8 @@ TEST_F(OrbdSimReplayTest, RequestThatWasNotRecordedSoOftenIsLeft) {
   client.send(enable(true));
   client.send(action(LceProto::START));
   EXPECT_EQ(1u, client.answerTo(getLast()).data().get_last_estimation_report_resp().rate());
-  EXPECT_TRUE(logged("LCE ENABLE: not recorded, or not so often"));
-  EXPECT_TRUE(logged("LCE PERFORM_REPORTING_ACTION: not recorded, or not so often"));
+  EXPECT_TRUE(logged("LCE ENABLE: no recorded request is left"));
+  EXPECT_TRUE(logged("LCE PERFORM_REPORTING_ACTION: no recorded request is left"));
 }
 
 // No upper bound: a machine may be slow, but nothing comes before its time.

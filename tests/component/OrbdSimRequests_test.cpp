@@ -84,7 +84,7 @@ TEST(RequestsTest, EachStatusOfTheMessagesCanBeARefusal) {
   }
   EXPECT_EQ("no such status: MAYBE", orbsim::wrongWith({8, "", "MAYBE", 1}));
   EXPECT_EQ("", orbsim::wrongWith({7, "set-criteria", "TYPE_MISMATCH", 1}));
-  EXPECT_EQ("TYPE_MISMATCH answers set-criteria of lce only",
+  EXPECT_EQ("TYPE_MISMATCH is for set-criteria of lce only",
             orbsim::wrongWith({8, "set-criteria", "TYPE_MISMATCH", 1}));
 }
 
@@ -121,11 +121,11 @@ TEST(RequestsTest, IndicationsAreMadeOfWords) {
 
 TEST(RequestsTest, WrongFieldsOfAnIndicationAreNamed) {
   EXPECT_EQ("no such field: rates", errorOf(7, {{"rates", "1"}}));
-  EXPECT_EQ("rate: not possible: -1", errorOf(7, {{"rate", "-1"}}));
-  EXPECT_EQ("rate: not possible: 4294967296", errorOf(7, {{"rate", "4294967296"}}));
-  EXPECT_EQ("confidence: not possible: 8", errorOf(7, {{"confidence", "8"}}));
-  EXPECT_EQ("rat: not possible: 6g", errorOf(8, {{"rat", "6g"}}));
-  EXPECT_EQ("phase: not possible: end", errorOf(9, {{"phase", "end"}}));
+  EXPECT_EQ("rate: wrong value: -1", errorOf(7, {{"rate", "-1"}}));
+  EXPECT_EQ("rate: wrong value: 4294967296", errorOf(7, {{"rate", "4294967296"}}));
+  EXPECT_EQ("confidence: wrong value: 8", errorOf(7, {{"confidence", "8"}}));
+  EXPECT_EQ("rat: wrong value: 6g", errorOf(8, {{"rat", "6g"}}));
+  EXPECT_EQ("phase: wrong value: end", errorOf(9, {{"phase", "end"}}));
   EXPECT_EQ("no such status: MAYBE", errorOf(9, {{"status", "MAYBE"}}));
 }
 

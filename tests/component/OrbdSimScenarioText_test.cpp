@@ -60,24 +60,24 @@ TEST(ScenarioTextTest, EveryFaultIsToldWithWhatIsAllowed) {
       "send, vanish";
   EXPECT_EQ(
       (std::set<std::string>{
-          "/: there is no speed, allowed are $schema, begin, description, end, expect, interval, "
+          "/: unknown member speed; allowed: $schema, begin, description, end, expect, interval, "
           "model, name, seed, timeline",
-          R"(/begin: "soon" is wrong, allowed is listening, connected or a list, nothing twice, of lce, lle, lli)",
-          "/end: -1 is wrong, allowed is a number from 0 to 1000000",
-          R"(/timeline/0/refuse/with: "DENIED" is wrong, allowed is INVALID, SUCCESS, INVALID_ARG, )"
+          R"(/begin: wrong value "soon"; allowed: listening, connected or a list without duplicates of lce, lle, lli)",
+          "/end: wrong value -1; allowed: a number from 0 to 1000000",
+          R"(/timeline/0/refuse/with: wrong value "DENIED"; allowed: INVALID, SUCCESS, INVALID_ARG, )"
           "INTERNAL_ERROR, NOT_SUPPORTED, INVALID_OPERATION, SERVICE_UP, SERVICE_DOWN, "
           "INVALID_SLOT, RESERVED, INVALID_ARGUMENTS, TYPE_MISMATCH",
-          "/timeline/1/fault/words: no such fault: loud; there are refuse, no-accept, silent, "
+          "/timeline/1/fault/words: no such fault: loud; faults are refuse, no-accept, silent, "
           "stop-after-init, half-record, wrong-id, die-after-init, die-after-response, no-read, "
           "no-answer, garbage, cut-frame, close-after=N, connections=N",
-          R"(/timeline/2/at: "3" is wrong, allowed is a number from 0 to 1000000)",
+          R"(/timeline/2/at: wrong value "3"; allowed: a number from 0 to 1000000)",
           "/timeline/2/rate: to is missing",
-          "/timeline/2/rate: there is no two, allowed are from, over, to",
-          "/timeline/3: rat and rate are too much, " + steps,
-          "/timeline/4: nothing is there, " + steps,
-          "/expect/0/sends/fields: no such field: value3; there are transaction value1 value2 "
+          "/timeline/2/rate: unknown member two; allowed: from, over, to",
+          "/timeline/3: rat and rate together; " + steps,
+          "/timeline/4: a member is missing; " + steps,
+          "/expect/0/sends/fields: no such field: value3; fields are transaction value1 value2 "
           "first second network",
-          "/expect/1/reconnects: true is wrong, allowed is an object of after, within"}),
+          "/expect/1/reconnects: wrong value true; allowed: an object of after, within"}),
       lines);
 }
 
@@ -105,7 +105,7 @@ TEST(ScenarioTextTest, WhatASchemaCannotSayIsCheckedToo) {
   EXPECT_EQ("/timeline/0/fault/words: silent and garbage exclude each other",
             wrong(R"({"timeline": [{"at": 0, "fault": {"words": "silent,garbage"}}]})"));
   EXPECT_EQ(
-      "/timeline/0/refuse/with: TYPE_MISMATCH answers set-criteria of lce only",
+      "/timeline/0/refuse/with: TYPE_MISMATCH is for set-criteria of lce only",
       wrong(R"({"timeline": [{"at": 0, "refuse": {"service": "lli", "with": "TYPE_MISMATCH"}}]})"));
   EXPECT_EQ(
       "/timeline/0/refuse/request: lle has no request register",
@@ -115,14 +115,14 @@ TEST(ScenarioTextTest, WhatASchemaCannotSayIsCheckedToo) {
       "/timeline/0/send/fields: no such field: speed",
       wrong(R"({"timeline": [{"at": 0, "send": {"service": "lce", "fields": {"speed": 1}}}]})"));
   EXPECT_EQ(
-      "/timeline/1: the handoff before it is not over",
+      "/timeline/1: the previous handoff is not over",
       wrong(
           R"({"timeline": [{"at": 0, "handoff": {"to": "5g"}}, {"at": 1, "handoff": {"to": "lte"}}]})"));
   EXPECT_EQ("/timeline/0: the daemon is gone already",
             wrong(R"({"timeline": [{"at": 2, "vanish": 1}, {"at": 1, "vanish": 4}]})"));
-  EXPECT_EQ("/timeline/0/pause: true, or for how many seconds",
+  EXPECT_EQ("/timeline/0/pause: must be true or a number of seconds",
             wrong(R"({"timeline": [{"at": 0, "pause": false}]})"));
-  EXPECT_EQ("/timeline/0/drop: true, or the number of a session",
+  EXPECT_EQ("/timeline/0/drop: must be true or a session number",
             wrong(R"({"timeline": [{"at": 0, "drop": false}]})"));
   EXPECT_EQ("/expect/0/sends/request: lli has no request start",
             wrong(R"({"expect": [{"sends": {"service": "lli", "request": "start"}}]})"));

@@ -287,7 +287,7 @@ TEST(TraceMessage, CutMessageIsShownAsFarAsItGoesAndAsBytes) {
       textOf(kLce, Direction::kToDaemon, {8, 2, 0x1a, 3, 0x0a, 1, 8}));
   EXPECT_EQ("not decoded (ServiceMsg.field 9 is cut or damaged): 4a05",
             textOf(kLce, Direction::kToDaemon, {0x4a, 5}));
-  EXPECT_EQ("not decoded (ServiceMsg has something that is no field): 00",
+  EXPECT_EQ("not decoded (ServiceMsg has bytes that are not a field): 00",
             textOf(kLce, Direction::kToDaemon, {0}));
 }
 

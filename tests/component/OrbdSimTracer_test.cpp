@@ -116,7 +116,7 @@ TEST_F(OrbdSimTracerTest, WrongRecordIsShownAndTheRestFollows) {
   EXPECT_EQ(
       (std::vector<std::string>{
           "to-client connection 7 pid 4711 endpoint 0 session 0 not decoded (a record of type "
-          "9 where the handshake's init (1) was to be): 0900000004000000",
+          "9 where the handshake's init (1) was expected): 0900000004000000",
           "to-daemon connection 7 pid 4711 endpoint 106 session 5 handshake response"}),
       lines.get());
 }

@@ -129,7 +129,7 @@ TEST(OrbdSimFaultList, WrongWordsAreNamedAndChangeNothing) {
   std::string error;
   EXPECT_FALSE(faults.parse("silent,loud", error));
   EXPECT_EQ(
-      "no such fault: loud; there are refuse, no-accept, silent, stop-after-init, half-record, "
+      "no such fault: loud; faults are refuse, no-accept, silent, stop-after-init, half-record, "
       "wrong-id, die-after-init, die-after-response, no-read, no-answer, garbage, cut-frame, "
       "close-after=N, connections=N",
       error);

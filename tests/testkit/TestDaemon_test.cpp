@@ -161,7 +161,7 @@ TEST_F(Kit, ReportsOfCapacityArriveAsTheyWereSent) {
   EXPECT_TRUE(waitFor("capacity 1 3000 7 1 0"));
   EXPECT_EQ(3u + 1u, lines().size() - 1u);  // with the status of the enable, and nothing else
   EXPECT_EQ(-1, daemon().send(Capacity{1, 8}));
-  EXPECT_EQ("confidence: not possible: 8", daemon().error());
+  EXPECT_EQ("confidence: wrong value: 8", daemon().error());
 }
 
 TEST_F(Kit, ReportsOfLatencyArriveAsTheyWereSent) {
@@ -171,7 +171,7 @@ TEST_F(Kit, ReportsOfLatencyArriveAsTheyWereSent) {
   EXPECT_EQ(1, daemon().send(Latency{1, 2, 3, 4, "lte", false}));
   EXPECT_TRUE(waitFor("latency 0 1 3 2 4 2"));
   EXPECT_EQ(-1, daemon().send(Latency{1, 2, 3, 4, "6g"}));
-  EXPECT_EQ("rat: not possible: 6g", daemon().error());
+  EXPECT_EQ("rat: wrong value: 6g", daemon().error());
 }
 
 TEST_F(Kit, PhasesOfHandoffsArriveAsTheyWereSent) {

@@ -53,7 +53,7 @@ expect 127 run steady -- no-such-command
 grep -q '^orbd-sim run: cannot start no-such-command: ' "$work/err" || fail "no such command"
 expect 126 run steady -- /dev/null
 expect 2 run steady
-grep -q '^orbd-sim run: no command to run behind --; try ' "$work/err" || fail "no command"
+grep -q '^orbd-sim run: no command after --; try ' "$work/err" || fail "no command"
 # shellcheck disable=SC2016
 expect 0 run steady -- bash -c '[[ $# == 3 && $1 == "[1,2]" && $2 == -- && $3 == --help ]]' - '[1,2]' -- --help
 expect 2 run "$work/wrong.json" -- true
@@ -94,7 +94,7 @@ for TMPDIR in /nonexistent "$long"; do
   export TMPDIR
   # shellcheck disable=SC2016
   expect 0 run --no-sandbox steady -- bash -c '[[ $ORB_SOCKET == /tmp/orbsim-*/orb && -S $ORB_SOCKET ]]'
-  [[ $(<"$work/err") == "orbd-sim run: listening on /tmp/orbsim-"*"/orb, where applications look only under \
+  [[ $(<"$work/err") == "orbd-sim run: listening on /tmp/orbsim-"*"/orb; applications use this path only inside \
 'orb-sandbox --redirect'" ]] || fail "where the socket is"
   nothing_left
 done
@@ -224,10 +224,10 @@ ctl 1 drop 99
 says "orbd-sim ctl: no session 99"
 ctl 2 set rat=6g
 ctl 2 dance
-grep -q '^orbd-sim ctl: no such order: dance; there are ' "$work/err" || fail "no such order"
+grep -q '^orbd-sim ctl: no such order: dance; orders are ' "$work/err" || fail "no such order"
 ctl 2 set speed=3
 ctl 2 set rat=lte over=2
-grep -q '^orbd-sim ctl: over is for rate= or latency= with a number to go to; try ' "$work/err" || fail "over"
+grep -q '^orbd-sim ctl: over is only for rate= or latency= with a number; try ' "$work/err" || fail "over"
 ctl 2 set rate=wander over=2
 ctl 2 set rate=7 rat=bad
 ctl 0 status

@@ -172,31 +172,33 @@ TEST_F(OrbctlStatus, QueueThatIsFull) {
 TEST_F(OrbctlStatus, SilentFromTheBeginning) {
   startDaemon("silent");
   expect(shortStatus(), 8,
-         "silent: the connection was accepted, and the first record (init) does not come\n");
+         "silent: the connection was accepted, but the first record (init) does not come\n");
 }
 
 TEST_F(OrbctlStatus, SilentAfterTheFirstRecord) {
   startDaemon("stop-after-init");
   expect(shortStatus(), 8,
-         "silent: the connection was accepted, and the last record (complete) does not come\n");
+         "silent: the connection was accepted, but the last record (complete) does not come\n");
 }
 
 TEST_F(OrbctlStatus, ClosedAtOnce) {
   startWithHandshake([](int, uint32_t) { return false; });
   expect(status(), 9,
-         "closed: the daemon closed the connection where the first record (init) had to come\n");
+         "closed: the daemon closed the connection instead of sending the first record (init)\n");
 }
 
 TEST_F(OrbctlStatus, ClosedAfterTheFirstRecord) {
   startDaemon("die-after-init");
-  expect(status(), 9,
-         "closed: the daemon closed the connection where the last record (complete) had to come\n");
+  expect(
+      status(), 9,
+      "closed: the daemon closed the connection instead of sending the last record (complete)\n");
 }
 
 TEST_F(OrbctlStatus, ClosedAfterTheResponse) {
   startDaemon("die-after-response");
-  expect(status(), 9,
-         "closed: the daemon closed the connection where the last record (complete) had to come\n");
+  expect(
+      status(), 9,
+      "closed: the daemon closed the connection instead of sending the last record (complete)\n");
 }
 
 TEST_F(OrbctlStatus, HalfARecord) {
@@ -291,7 +293,7 @@ TEST_F(OrbctlStatus, JsonOfAWrongRecord) {
   EXPECT_TRUE(contains(result.out, "\"state\":\"wrong-handshake\"")) << result.out;
   EXPECT_TRUE(contains(result.out,
                        "\"came\":\"01 00 00 00 (words 1)\",\"services\":[],"
-                       "\"not_asked\":\"the socket is not well\",\"next\":\""))
+                       "\"not_asked\":\"the socket has a problem\",\"next\":\""))
       << result.out;
 }
 

@@ -58,8 +58,8 @@ TEST_F(OrblogCauses, KeyOfAnotherSizeIsNamedWithBoth) {
 TEST_F(OrblogCauses, OneFileAloneCannotTellAnotherKeyFromADamagedHeader) {
   static const RsaKeyPair another(2048);
   const std::string reason =
-      ": offset 0: no session key comes out of the header with this private key: either the header "
-      "is damaged, or the file was written under another key; the records behind it are in order";
+      ": offset 0: the header gives no session key with this private key: the header is damaged, "
+      "or the file was written for another key; the records after it are correct";
   const std::string file = write("orb_log_p0_00", logFor(another));
   expectFault(decrypt(keyPair().path(), {file}), file + reason);
   for (const size_t at : {size_t{0}, size_t{100}, size_t{255}}) {
@@ -89,11 +89,10 @@ TEST_F(OrblogCauses, DamagedHeaderIsCertainBesideAFileOfTheSameRun) {
   Bytes bytes = logFor(keyPair());
   bytes[100] ^= 1;
   const std::string bad = write("orb_log_p0_01", bytes);
-  const std::string reason =
-      "orblog: " + bad +
-      ": offset 0: the header is damaged: no session key comes out of it, and the records behind "
-      "it have that of " +
-      good + "\n";
+  const std::string reason = "orblog: " + bad +
+                             ": offset 0: the header is damaged and gives no session key; the "
+                             "records after it have the session key of " +
+                             good + "\n";
   const Result result = decrypt(keyPair().path(), {bad, good});
   EXPECT_EQ(result.err, reason);
   EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 10) << result.out;
@@ -110,8 +109,8 @@ TEST_F(OrblogCauses, KeyThatOpensOtherFilesIsSaid) {
   const std::string bad = write("orb_log_p0_01", bytes);
   EXPECT_EQ(decrypt(keyPair().path(), {good, bad}).err,
             "orblog: " + bad +
-                ": offset 0: no session key comes out of the header with this private key, which "
-                "opens other files given: the header is damaged, or made for another key\n");
+                ": offset 0: the header gives no session key with this private key, which fits "
+                "other given files: the header is damaged, or made for another key\n");
 }
 
 TEST_F(OrblogCauses, WhatIsNoLogIsSaid) {
@@ -123,8 +122,8 @@ TEST_F(OrblogCauses, WhatIsNoLogIsSaid) {
   const std::string other = write("other", Bytes(5000, 0xFE));
   expectFault(decrypt(keyPair().path(), {other}),
               other +
-                  ": offset 0: not an encrypted log file, or one that is damaged from its start "
-                  "on: neither a header nor records begin here");
+                  ": offset 0: not an encrypted log file, or damaged from its start: it begins "
+                  "neither with a header nor with a record");
   for (const std::vector<std::string>& key :
        {std::vector<std::string>{}, {"--key", keyPair().path()}}) {
     std::vector<std::string> arguments = {"info", longText};
@@ -195,7 +194,7 @@ TEST_F(OrblogCauses, WithoutATerminalThePassphraseFileIsNamed) {
                     keyPair().path() + " -out " + locked));
   const std::string reason =
       locked +
-      ": the key is encrypted, and no passphrase came: there is no terminal to ask for it; give "
+      ": the key is encrypted and there is no passphrase: there is no terminal to ask for it; give "
       "--passphrase-file";
   expectFault(decrypt(locked, {path("any")}), reason);
   expectFault(runOrblog({"info", "-k", locked, path("any")}), reason);

@@ -192,8 +192,8 @@ TEST_F(OrblogDecrypt, HeaderOfZerosIsExplained) {
   expectFault(decrypt({file}), "",
               "orblog: " + file +
                   ": offset 0: the header is all zeros: the session key could not be wrapped when "
-                  "the file was made, as with a public key that is too small for it, so nobody can "
-                  "read its records\n");
+                  "the file was made, for example because the public key is too small; nobody can "
+                  "read the records\n");
 }
 
 // The library takes such a key and writes a header of zeros.
@@ -208,8 +208,8 @@ TEST_F(OrblogDecrypt, KeyThatIsTooSmallForASessionKeyIsExplained) {
                               "for it have a header of zeros, and nobody can read them\n",
                     fault = "orblog: " + file +
                             ": offset 0: the header is all zeros: the session key could not be "
-                            "wrapped when the file was made, as with a public key that is too "
-                            "small for it, so nobody can read its records\n";
+                            "wrapped when the file was made, for example because the public key is "
+                            "too small; nobody can read the records\n";
   expectFault(runOrblog({"decrypt", "--key", small.path(), file}), "", warning + fault);
   expectFault(runOrblog({"decrypt", "--key", sufficient.path(), file}), "", fault);
   const Result info = runOrblog({"info", "--key", small.path(), file});
@@ -257,7 +257,7 @@ TEST_F(OrblogDecrypt, ManyFaultsOfAFileAreCounted) {
   appendFile(file, bytes);
   const Result result = decrypt({file});
   EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 21);
-  EXPECT_NE(result.err.find("orblog: " + file + ": and 10 places more like these\n"),
+  EXPECT_NE(result.err.find("orblog: " + file + ": and 10 more places like these\n"),
             std::string::npos);
   EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 30);
 }

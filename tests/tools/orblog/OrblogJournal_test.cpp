@@ -128,7 +128,7 @@ TEST_F(OrblogJournal, EmptyStandardInputIsNoFault) {
 
 TEST_F(OrblogJournal, StandardInputIsNotFollowedAndNotLookedAt) {
   expectRefused(decrypt({"--follow", "-"}),
-                "standard input is read to its end anyway, without --follow");
+                "--follow is not for standard input, which is always read to its end");
   EXPECT_EQ(runOrblog({"info", "-"}).status, 2);
 }
 

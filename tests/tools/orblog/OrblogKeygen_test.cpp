@@ -275,7 +275,8 @@ TEST_F(OrblogInfo, KeyThatDoesNotFitIsSaid) {
                             "  readable: 0 records\n"),
             std::string::npos)
       << result.out;
-  EXPECT_NE(result.err.find("orblog: " + file + ": offset 0: no session key"), std::string::npos);
+  EXPECT_NE(result.err.find("orblog: " + file + ": offset 0: the header gives no session key"),
+            std::string::npos);
   EXPECT_EQ(result.status, 1);
 }
 

@@ -82,7 +82,8 @@ CommandLine::CommandLine(const std::string& name, const std::string& description
     : mApp(description, name) {
   // Of an option that is given several times the last one counts, unless it gathers values.
   mApp.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-  mApp.set_help_flag("-h,--help", "Print this text, or after a command that command's, and exit");
+  mApp.set_help_flag("-h,--help",
+                     "Print this help and exit; after a command: the help of that command");
   mApp.set_version_flag("-V,--version", name + " " ORB_TOOL_VERSION, "Print the version and exit");
   // For those who build packages, not for people: it stays out of the help.
   mApp.add_option(kCompletion, mShell)->check(CLI::IsMember({"bash", "zsh"}))->group("");

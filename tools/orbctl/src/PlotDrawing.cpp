@@ -76,7 +76,7 @@ std::string complaintOf(int fd) {
 bool drawPlot(const std::string& script, std::string& picture, std::string& reason) {
   const UniqueFd in = memoryFile(), out = memoryFile(), error = memoryFile();
   if (in.get() < 0 || out.get() < 0 || error.get() < 0 || !writeAll(in.get(), script)) {
-    reason = std::string("cannot hand the data over: ") + std::strerror(errno);
+    reason = std::string("cannot pass the data to gnuplot: ") + std::strerror(errno);
     return false;
   }
   pid_t process = 0;

@@ -38,7 +38,7 @@ SocketFinding found(SocketState state, std::string reason, std::string next) {
 
 SocketFinding failed(const char* what, int error) {
   return found(SocketState::kFailed, std::string(what) + ": " + std::strerror(error),
-               "mend what the system says, try again");
+               "fix the cause in the message, try again");
 }
 
 std::string folderOf(const std::string& path) {
@@ -59,18 +59,17 @@ SocketFinding lookAtPath(const std::string& path) {
   if (stat(folder.c_str(), &status) != 0) {
     if (errno == EACCES) return noPermission(folder);
     return found(SocketState::kNoFolder, folder + " does not exist",
-                 "start the daemon; on a desk: orb-sandbox with orbd-sim");
+                 "start the daemon; on a desktop: orb-sandbox with orbd-sim");
   }
   if (!S_ISDIR(status.st_mode))
-    return found(SocketState::kNoFolder, folder + " is no folder", "see what lies in its place");
+    return found(SocketState::kNoFolder, folder + " is no folder", "check what is at this path");
   if (stat(path.c_str(), &status) != 0) {
     if (errno == EACCES) return noPermission(folder);
     return found(SocketState::kNoSocket, path + " does not exist",
                  "the daemon does not run, or serves another path: start it");
   }
   if (!S_ISSOCK(status.st_mode))
-    return found(SocketState::kNotASocket, path + " is no socket",
-                 "remove what lies there, start the daemon anew");
+    return found(SocketState::kNotASocket, path + " is no socket", "remove it, restart the daemon");
   return found(SocketState::kWell, "", "");
 }
 
@@ -91,15 +90,15 @@ SocketFinding connectionFailed(const std::string& path, int error) {
                    "the daemon has ended and left its socket: start it");
     case EAGAIN:
       return found(SocketState::kNotAccepting, "the queue of connections is full",
-                   "the daemon accepts nobody: see its log, restart it");
+                   "the daemon does not accept connections: see its log, restart it");
     case EACCES:
     case EPERM:
       return noPermission(path);
     case ENOENT:
-      return found(SocketState::kNoSocket, path + " has just gone", "try again");
+      return found(SocketState::kNoSocket, path + " was just removed", "try again");
     case EPROTOTYPE:
       return found(SocketState::kNotASocket, path + " is a socket of another type",
-                   "see who has made it, start the daemon anew");
+                   "check which process made it, restart the daemon");
     default:
       return failed("connect", error);
   }
@@ -126,7 +125,7 @@ SocketFinding nothingCame(int fd, const char* step) {
                  "the connection waits in the queue: the daemon listens and does not accept",
                  "the daemon hangs: see its log, restart it");
   return found(SocketState::kSilent,
-               std::string("the connection was accepted, and ") + step + " does not come",
+               std::string("the connection was accepted, but ") + step + " does not come",
                kNextLog);
 }
 
@@ -143,12 +142,12 @@ SocketFinding readRecord(int fd, Clock::time_point end, int32_t type, const char
   } while (size < 0 && errno == EINTR);
   if (size <= 0) {
     return found(SocketState::kClosed,
-                 std::string("the daemon closed the connection where ") + step + " had to come",
+                 std::string("the daemon closed the connection instead of sending ") + step,
                  kNextLog);
   }
   bytes.resize(static_cast<size_t>(size));
   SocketFinding finding = found(SocketState::kWrongRecord, "", "");
-  finding.next = "who serves the socket is no such daemon, or one of another version";
+  finding.next = "the server of this socket is not the daemon, or has another version";
   finding.bytes = bytes;
   if (bytes.size() != kRecordSize) {
     finding.reason = std::string(step) + " has " + std::to_string(bytes.size()) + " bytes, not 8";
@@ -181,7 +180,7 @@ SocketFinding shakeHands(int fd, std::chrono::milliseconds timeout) {
         found(SocketState::kWrongRecord,
               "the last record (complete) is for session " + std::to_string(complete.sessionId) +
                   ", the first was for session " + std::to_string(init.sessionId),
-              "who serves the socket is no such daemon, or one of another version");
+              "the server of this socket is not the daemon, or has another version");
     finding.bytes.resize(kRecordSize);
     std::memcpy(finding.bytes.data(), &complete.type, sizeof complete.type);
     std::memcpy(finding.bytes.data() + 4, &complete.sessionId, sizeof complete.sessionId);

@@ -107,7 +107,7 @@ StatusReport findStatus(const std::string& path, milliseconds timeout) {
   report.timeout = timeout;
   report.socket = probeSocket(path, timeout);
   if (report.socket.state != SocketState::kWell) {
-    report.notAskedBecause = "the socket is not well";
+    report.notAskedBecause = "the socket has a problem";
   } else if (path != daemonSocket()) {
     report.notAskedBecause = "the library uses " + daemonSocket() + " only";
   } else {

@@ -53,7 +53,7 @@ class Watcher {
     }
     mScreen.reset();
     if (mLost > 0)
-      mProblems.push_back("events that came too fast and are lost: " + std::to_string(mLost));
+      mProblems.push_back("events lost because they came too fast: " + std::to_string(mLost));
     return *mStatus;
   }
   // To be told when the terminal has been given back.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// orbctl: asks the daemon through the library, for people. This file has the command line.
+// orbctl: a command-line client of the daemon. This file has the command line.
 #include <strings.h>
 
 #include <algorithm>
@@ -24,36 +24,40 @@ namespace orbctl {
 namespace {
 
 constexpr char kStatusFooter[] =
-    "Each step waits up to --timeout, each service as well. The socket is looked at as a client\n"
-    "that comes, shakes hands and goes; then the library enables each service and disables it.\n"
+    "status connects to the socket as a client, completes the handshake and disconnects. Then the\n"
+    "library enables and disables each service. Each step and each service may take --timeout.\n"
     "\n"
     "Exit status:\n"
     "   0  the daemon is well and enables all services\n"
-    "   1  the system refused something else       2  wrong arguments\n"
-    "   3  no folder or no socket                  4  the path is no socket\n"
+    "   1  another system call failed              2  wrong arguments\n"
+    "   3  no folder or no socket                  4  the path is not a socket\n"
     "   5  no permission                           6  refused: nobody listens\n"
-    "   7  connections are not accepted            8  accepted, but silent in the handshake\n"
+    "   7  connections are not accepted            8  accepted, but no record of the handshake\n"
     "   9  closed in the handshake                10  a wrong record in the handshake\n"
     "  11  a service is refused with a status     12  a service is down (SERVICE_DOWN)\n"
     "  13  a service does not answer\n"
-    "With --socket of another path the services are not asked. Of several services that are not\n"
-    "well the first one in the order lce, lle, lli counts.";
+    "With --socket and another path the services are not asked. If several services have a\n"
+    "problem, the first one in the order lce, lle, lli gives the exit status.";
 
 constexpr char kWatchFooter[] =
     "On a terminal the screen is redrawn; q ends it. Otherwise each event is a line.\n"
-    "Exit status: 0 time, count or q ended it; 1 no service answered in the time, or output could\n"
-    "not be written; 2 wrong arguments; 128 and the number of the signal that ended it (Ctrl-C:\n"
-    "130).";
+    "Exit status: 0 --seconds, --count or q ended it; 1 no service answered within --seconds, or "
+    "the\n"
+    "output could not be written; 2 wrong arguments; 128 plus the number of the signal that ended "
+    "it\n"
+    "(Ctrl-C: 130).";
 
 constexpr char kReportFooter[] =
-    "Criteria and reporting last as long as this process: the daemon forgets them with its\n"
-    "connection, so reports are printed here until the end, as by watch.\n"
-    "Exit status: 0 time, count or q ended it; 1 refused, no answer in the time, or output could\n"
-    "not be written; 2 wrong arguments; 128 and the number of the signal that ended it.";
+    "Criteria and reporting last as long as this process, because the daemon forgets them when "
+    "the\n"
+    "connection ends. So reports are printed here until the end, as watch does.\n"
+    "Exit status: 0 --seconds, --count or q ended it; 1 the daemon refused, no answer came within\n"
+    "--seconds, or the output could not be written; 2 wrong arguments; 128 plus the number of the\n"
+    "signal that ended it.";
 
 constexpr char kPlotFooter[] =
-    "gnuplot draws the picture; it has to be on the path.\n"
-    "Exit status: 0 done, 1 it could not be read, drawn or written, 2 wrong arguments.";
+    "gnuplot draws the picture; it must be in a directory of PATH.\n"
+    "Exit status: 0 done, 1 reading, drawing or writing failed, 2 wrong arguments.";
 
 // Everything that the options of all commands fill.
 struct Arguments {
@@ -80,7 +84,7 @@ CLI::Validator oneOf(const std::vector<std::string>& words) {
   return CLI::IsMember(words, CLI::ignore_case);
 }
 
-// A number of digits alone, as it is counted. The parser would take 010 for 8.
+// A decimal number, digits only. The parser would read 010 as octal 8.
 CLI::Validator wholeNumber(uint64_t least, uint64_t greatest) {
   return CLI::Validator(
       [least, greatest](std::string& text) -> std::string {
@@ -115,11 +119,13 @@ constexpr uint64_t kMostCriterion = std::numeric_limits<uint32_t>::max();
 constexpr double kMostSeconds = 1e9;
 
 void addStatus(CLI::App& app, Arguments& arguments) {
-  CLI::App* const command = app.add_subcommand("status", "Say what is the matter with the daemon");
-  command->add_option("-s,--socket", arguments.status.socket, "Look at PATH, and at that alone")
+  CLI::App* const command = app.add_subcommand("status", "Check the daemon and diagnose problems");
+  command->add_option("-s,--socket", arguments.status.socket, "Check only the socket at PATH")
       ->type_name("PATH")
       ->default_str(kSocketPath);
-  command->add_option("-t,--timeout", arguments.timeout, "Wait S seconds for each step, 0.1 to 60")
+  command
+      ->add_option("-t,--timeout", arguments.timeout,
+                   "Wait at most S seconds for each step: 0.1 to 60")
       ->type_name("S")
       ->check(numberFrom(0.1, 60))
       ->default_str("2");
@@ -134,13 +140,15 @@ void addOutput(CLI::App& command, Arguments& arguments) {
   command.add_option("-n,--count", arguments.count, "End after N reports and indications")
       ->type_name("N")
       ->transform(wholeNumber(1, kMostCount));
-  command.add_option("-t,--seconds", arguments.seconds, "End after N seconds, a decimal allowed")
+  command
+      .add_option("-t,--seconds", arguments.seconds,
+                  "End after N seconds; a decimal number is allowed")
       ->type_name("N")
       ->check(numberFrom(0.001, kMostSeconds));
-  command.add_flag("-j,--json", arguments.watch.json, "Print a JSON object per event");
+  command.add_flag("-j,--json", arguments.watch.json, "Print each event as a JSON object");
   command
       .add_option("-c,--csv", arguments.watch.csv,
-                  "Write the events to FILE, which is replaced; - for standard output")
+                  "Also write the events to FILE and replace it; - for standard output")
       ->type_name("FILE");
   command.add_option("--color", arguments.color, "auto, always or never; see also NO_COLOR")
       ->type_name("WHEN")
@@ -151,7 +159,7 @@ void addOutput(CLI::App& command, Arguments& arguments) {
 void addWatch(CLI::App& app, Arguments& arguments) {
   CLI::App* const command =
       app.add_subcommand("watch", "Show what the services send; the daemon may come and go");
-  command->add_option("SERVICE", arguments.services, "lce, lle, lli; without any: all of them")
+  command->add_option("SERVICE", arguments.services, "lce, lle or lli; default: all services")
       ->check(oneOf({"lce", "lle", "lli"}));
   addOutput(*command, arguments);
   command->footer(kWatchFooter);
@@ -160,8 +168,7 @@ void addWatch(CLI::App& app, Arguments& arguments) {
 void addReportLce(CLI::App& report, Arguments& arguments) {
   CLI::App* const command = report.add_subcommand("lce", "Link capacity");
   const std::string list =
-      " of criteria, N,N,...: up to 20 numbers, 0 to 4294967295 each, in the "
-      "daemon's unit";
+      " of criteria, N,N,...: up to 20 numbers from 0 to 4294967295, in the daemon's unit";
   const std::string value = " single criterion, 0 to 4294967295, in the daemon's unit";
   for (const auto& [name, text, numbers] :
        {std::tuple{"--first", "The first list", &arguments.firstList},
@@ -178,20 +185,23 @@ void addReportLce(CLI::App& report, Arguments& arguments) {
         ->type_name("N")
         ->transform(wholeNumber(0, kMostCriterion))
         ->default_str("0");
-  command->add_option("--network", arguments.network, "For none, wcdma, lte or nr5g")
+  command
+      ->add_option("--network", arguments.network,
+                   "The access network of the criteria: none, wcdma, lte or nr5g")
       ->type_name("NETWORK")
       ->check(oneOf(wordsOf(kNetworkWords)))
       ->default_str("none");
   CLI::Option* const action =
       command
           ->add_option("--action", arguments.actions,
-                       "What to do when the criteria are set, in order: start, stop, reset; "
-                       "several between commas")
+                       "The actions after the criteria are set, in order: start, stop, reset; "
+                       "separated by commas")
           ->type_name("ACTION")
           ->delimiter(',')
           ->check(oneOf(wordsOf(kActionWords)))
           ->default_str("start");
-  command->add_flag("--last", arguments.watch.requests.lastReport, "Print the latest report alone")
+  command
+      ->add_flag("--last", arguments.watch.requests.lastReport, "Print the latest report and end")
       ->excludes(action);
   addOutput(*command, arguments);
   command->footer(kReportFooter);
@@ -201,11 +211,12 @@ void addReportLle(CLI::App& report, Arguments& arguments) {
   CLI::App* const command = report.add_subcommand("lle", "Link latency");
   command
       ->add_option("--criteria", arguments.watch.requests.lleCriteria,
-                   "When to report, 0 to 4294967295, in the daemon's meaning")
+                   "When to report: 0 to 4294967295; the daemon defines the meaning")
       ->type_name("N")
       ->transform(wholeNumber(0, kMostCriterion))
       ->default_str("1");
-  command->add_flag("--last", arguments.watch.requests.lastReport, "Print the latest report alone");
+  command->add_flag("--last", arguments.watch.requests.lastReport,
+                    "Print the latest report and end");
   addOutput(*command, arguments);
   command->footer(kReportFooter);
 }
@@ -218,7 +229,7 @@ void addPlot(CLI::App& app, Arguments& arguments) {
   command->add_option("-o,--output", arguments.plot.output, "The picture: FILE.svg or FILE.png")
       ->type_name("FILE")
       ->required();
-  command->add_option("--size", arguments.size, "In pixels, 300x200 to 8000x8000")
+  command->add_option("--size", arguments.size, "The size in pixels: 300x200 to 8000x8000")
       ->type_name("WxH")
       ->default_str(arguments.size);
   command->footer(kPlotFooter);
@@ -246,7 +257,7 @@ int plot(const orbtool::CommandLine& line, const Arguments& arguments) {
   return runPlot(settings);
 }
 
-// False: the list is too long.
+// False if the list is too long.
 bool copyList(const std::vector<uint32_t>& from, uint32_t (&to)[LCE_REPORTING_CRITERIA_LIST_MAX],
               uint8_t& count) {
   if (from.size() > LCE_REPORTING_CRITERIA_LIST_MAX) return false;
@@ -294,13 +305,13 @@ int watchOrReport(const orbtool::CommandLine& line, Arguments& arguments) {
 int run(int argc, char** argv) {
   Arguments arguments;
   arguments.status.socket = daemonSocket();
-  orbtool::CommandLine line("orbctl", "Ask the link daemon: is it there, what does it send?");
+  orbtool::CommandLine line("orbctl", "Check the link daemon and show what it sends.");
   CLI::App& app = line.app();
   app.require_subcommand(1);
   addStatus(app, arguments);
   addWatch(app, arguments);
   CLI::App* const report =
-      app.add_subcommand("report", "Give criteria to a service and print its reports");
+      app.add_subcommand("report", "Send criteria to a service and print its reports");
   report->require_subcommand(1);
   addReportLce(*report, arguments);
   addReportLle(*report, arguments);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// orbd-sim check: looks at scenarios without playing them.
+// orbd-sim check: checks scenarios without playing them.
 
 #include <cstdio>
 #include <memory>
@@ -47,12 +47,12 @@ std::string orReadyScenario() {
 Command addCheck(orbtool::CommandLine& line) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App* const app = line.app().add_subcommand(
-      "check", "Say what is wrong with scenarios, one line for each fault, without playing them.");
+      "check", "Check scenarios without playing them; print one line for each error.");
   CLI::Option* const schema =
       app->add_flag("--schema", arguments->schema, "Print the JSON schema of scenarios.");
   app->add_option("FILE", arguments->files, "A scenario" + orReadyScenario())->type_name("");
   app->footer(
-      "Exit status: 0 all are right, 1 one is not, 2 wrong arguments.\n"
+      "Exit status: 0 all are correct, 1 a scenario has an error, 2 wrong arguments.\n"
       "Example: orbd-sim check *.json");
   return {app, [arguments, schema, &line] {
             if (arguments->files.empty() && schema->count() == 0)

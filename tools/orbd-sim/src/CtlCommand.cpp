@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// orbd-sim ctl: orders for a daemon that runs, by its control socket.
+// orbd-sim ctl: gives orders to a running daemon stand-in through its control socket.
 
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -27,7 +27,7 @@ namespace {
 using Json = nlohmann::json;
 using Words = std::vector<std::string>;
 
-constexpr time_t kPatience = 10;  // seconds, for a daemon that does not answer
+constexpr time_t kPatience = 10;  // seconds to wait for an answer
 constexpr char kNoAnswer[] = "no answer";
 
 struct Arguments {
@@ -36,19 +36,19 @@ struct Arguments {
   Words words;
 };
 
-// A number where it is one, as JSON writes it; otherwise the text.
+// A JSON number or boolean if the text is one; otherwise the text.
 Json valueOf(const std::string& text) {
   const Json number = Json::parse(text, nullptr, /*allow_exceptions=*/false);
   return number.is_number() || number.is_boolean() ? number : Json(text);
 }
 
-// The "name=value" words from the one at `from` on. Nothing when one is none.
+// The "name=value" words, beginning with the word at `from`. Nothing if one has another form.
 std::optional<Json> fieldsOf(const Words& words, size_t from, std::string& error) {
   Json fields = Json::object();
   for (size_t i = from; i < words.size(); ++i) {
     const size_t equals = words[i].find('=');
     if (equals == std::string::npos || equals == 0) {
-      error = "not a NAME=VALUE: " + words[i];
+      error = "not in the form NAME=VALUE: " + words[i];
       return std::nullopt;
     }
     fields[words[i].substr(0, equals)] = valueOf(words[i].substr(equals + 1));
@@ -71,7 +71,8 @@ Json rampOf(const Json& value, const Json& over) {
   return ramp;
 }
 
-// "set rate=5 rat=lte" is an order for each, all of which are looked at before the first is done.
+// "set rate=5 rat=lte" is one order per word. The daemon checks all of them before it does the
+// first.
 bool setOrders(const Words& words, std::vector<Json>& orders, std::string& error) {
   const auto fields = fieldsOf(words, 1, error);
   if (!fields) return false;
@@ -80,11 +81,11 @@ bool setOrders(const Words& words, std::vector<Json>& orders, std::string& error
   for (const auto& field : fields->items()) {
     if (field.key() == "over") continue;
     if (field.key() != "rate" && field.key() != "latency" && field.key() != "rat") {
-      error = "set knows rate, latency, rat and over, not " + field.key();
+      error = "set accepts rate, latency, rat and over, not " + field.key();
       return false;
     }
     const bool rat = field.key() == "rat";
-    // A technology's name may look like a number.
+    // The name of a technology can look like a number.
     const Json value =
         rat && !field.value().is_string() ? Json(field.value().dump()) : field.value();
     const Json order = rat ? value : rampOf(value, over);
@@ -94,21 +95,21 @@ bool setOrders(const Words& words, std::vector<Json>& orders, std::string& error
   if (orders.empty()) {
     error = "set needs rate=, latency= or rat=";
   } else if (!over.is_null() && !goes) {
-    error = "over is for rate= or latency= with a number to go to";
+    error = "over is only for rate= or latency= with a number";
   }
   return error.empty();
 }
 
-// A word that stands alone, and one behind it that may or has to.
+// An order of one word, with at most one value after it.
 bool oneOrder(const Words& words, std::vector<Json>& orders, std::string& error) {
   const std::string& verb = words[0];
   const bool needsValue = verb == "vanish" || verb == "delay";
   if (words.size() > 2 || (verb == "resume" || verb == "status" ? words.size() > 1 : false)) {
-    error = "too much behind " + verb;
+    error = "too many words after " + verb;
     return false;
   }
   if (needsValue && words.size() < 2) {
-    error = verb + " needs seconds";
+    error = verb + " needs a number of seconds";
     return false;
   }
   orders.push_back({{verb, words.size() > 1 ? valueOf(words[1]) : Json(true)}});
@@ -122,7 +123,7 @@ bool namedOrder(const Words& words, const std::vector<const char*>& names,
   size_t next = 1;
   for (const char* const name : names) {
     if (next >= words.size()) {
-      error = words[0] + " needs a word for " + name;
+      error = words[0] + " needs a value for " + name;
       return false;
     }
     value[name] = words[next++];
@@ -149,13 +150,13 @@ bool ordersOf(const Words& words, std::vector<Json>& orders, std::string& error)
     if (verb == alone) return oneOrder(words, orders, error);
   }
   error = "no such order: " + verb +
-          "; there are send, drop, set, handoff, pause, resume, vanish, delay, refuse, fault, "
+          "; orders are send, drop, set, handoff, pause, resume, vanish, delay, refuse, fault, "
           "status";
   return false;
 }
 
-// A connection to the control socket, on which nothing is waited for without end. -1 with errno
-// when there is none.
+// A connection to the control socket with a time limit for reads and writes. -1 with errno on
+// failure.
 int connectTo(const std::string& path) {
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (fd < 0) return -1;
@@ -169,7 +170,7 @@ int connectTo(const std::string& path) {
   return -1;
 }
 
-// The answer to one line; empty when the connection ends, or nothing comes for too long.
+// The answer to one line; empty if the connection ends or the time limit passes.
 std::string answerTo(int fd, const std::string& line) {
   if (::send(fd, line.data(), line.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(line.size())) {
     return {};
@@ -224,7 +225,7 @@ int ctl(const Arguments& arguments, const orbtool::CommandLine& line) {
   if (!ordersOf(arguments.words, orders, error)) return line.refuse(error);
   const int fd = connectTo(arguments.control);
   if (fd < 0) {
-    // A queue of connections that nobody takes is no answer either.
+    // EAGAIN: the queue of connections is full, so the daemon does not answer either.
     const char* const reason = errno == EAGAIN ? kNoAnswer : std::strerror(errno);
     std::fprintf(stderr, "orbd-sim ctl: %s: %s\n", arguments.control.c_str(), reason);
     return orbtool::kExitFailed;
@@ -250,21 +251,21 @@ int ctl(const Arguments& arguments, const orbtool::CommandLine& line) {
 
 constexpr char kFooter[] =
     "Orders; times are in seconds, rates in Mbit/s, latencies in ms:\n"
-    "  send lce|lle|lli [NAME=VALUE...]    A message of the service, to all who use it.\n"
-    "  drop [SESSION]                      Close all connections, or one.\n"
-    "  set [rate=N] [latency=N] [rat=RAT]  Change the device; FROM..TO with over=SECONDS goes\n"
-    "                                      there, wander gives it free.\n"
+    "  send lce|lle|lli [NAME=VALUE...]    Send a message to all clients of the service.\n"
+    "  drop [SESSION]                      Close all connections, or one session.\n"
+    "  set [rate=N] [latency=N] [rat=RAT]  Change the device. FROM..TO with over=SECONDS changes\n"
+    "                                      the value slowly; with wander it varies again.\n"
     "  handoff RAT [notice=N] [duration=N] [result=success|failure|called-off]\n"
-    "  pause [SECONDS], resume             Send nothing unasked.\n"
-    "  vanish SECONDS                      Be gone for so long.\n"
-    "  delay SECONDS                       Answer late.\n"
+    "  pause [SECONDS], resume             Send only answers.\n"
+    "  vanish SECONDS                      Remove the socket and all sessions for a time.\n"
+    "  delay SECONDS                       Delay all later answers.\n"
     "  refuse SERVICE STATUS [request=R] [times=N]\n"
     "  fault WORDS [for=SECONDS]           Misbehave as --faults says.\n"
-    "  status                              Sessions and what they use, and the device.\n"
+    "  status                              Print the sessions, the services they use, and the "
+    "device.\n"
     "\n"
-    "Exit status: 0 done, 1 the daemon cannot be reached, does not answer within 10 seconds or "
-    "refuses,\n"
-    "2 wrong arguments.\n"
+    "Exit status: 0 done, 1 the daemon cannot be reached, does not answer within 10 seconds or\n"
+    "refuses, 2 wrong arguments.\n"
     "Example: orbd-sim ctl --control build/control set rate=50..2 over=1";
 
 }  // namespace
@@ -278,7 +279,9 @@ Command addCtl(orbtool::CommandLine& line) {
       ->required()
       ->take_last();
   app->add_flag("-j,--json", arguments->json, "Print the daemon's answer, a JSON object.");
-  app->add_option("WORD", arguments->words, "The order, see below.")->required()->type_name("");
+  app->add_option("WORD", arguments->words, "The words of the order, see below.")
+      ->required()
+      ->type_name("");
   app->footer(kFooter);
   return {app, [arguments, &line] { return ctl(*arguments, line); }};
 }

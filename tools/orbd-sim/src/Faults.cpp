@@ -19,36 +19,35 @@
 namespace orbsim {
 
 const char Faults::kHelp[] =
-    "  refuse               The socket stays, but nobody listens on it: connections are refused.\n"
-    "  no-accept            Connections are never accepted.\n"
-    "  silent               No handshake: nothing is said.\n"
-    "  stop-after-init      Nothing more after the first record of the handshake.\n"
-    "  half-record          Half of the first record, then the connection is closed.\n"
-    "  wrong-id             The last record names another session.\n"
-    "  die-after-init       Closed after the first record.\n"
-    "  die-after-response   Closed when the client has answered.\n"
-    "  no-read              What clients send is not read.\n"
-    "  no-answer            Requests are read, but not answered.\n"
-    "  garbage              Every request is answered with bytes that are no message.\n"
-    "  cut-frame            Every request is answered with a part of a frame, then the\n"
-    "                       connection is closed.\n"
-    "  close-after=N        A connection is closed after N frames.\n"
-    "  connections=N        The faults of a connection hit the first N only; later ones are\n"
-    "                       served properly.\n"
+    "  refuse               The socket stays, but connections are refused.\n"
+    "  no-accept            Connections are not accepted.\n"
+    "  silent               The daemon sends nothing after it accepts a connection.\n"
+    "  stop-after-init      The daemon sends only the first record of the handshake.\n"
+    "  half-record          The daemon sends half of the first record and closes the connection.\n"
+    "  wrong-id             The last record of the handshake has a wrong session id.\n"
+    "  die-after-init       The daemon closes the connection after the first record.\n"
+    "  die-after-response   The daemon closes the connection after the client's answer.\n"
+    "  no-read              The daemon does not read what clients send.\n"
+    "  no-answer            The daemon reads requests and does not answer them.\n"
+    "  garbage              The daemon answers every request with bytes that are not a message.\n"
+    "  cut-frame            The daemon answers a request with a part of a frame and closes the\n"
+    "                       connection.\n"
+    "  close-after=N        The daemon closes a connection after N frames.\n"
+    "  connections=N        Only the first N connections have the faults; later connections are\n"
+    "                       served correctly.\n"
     "\n"
-    "Faults that exclude each other are refused, and so are a word that is given twice and\n"
-    "connections alone:\n"
-    "  refuse, no-accept, no-read           stand alone\n"
-    "  silent ... die-after-response        one of them, with connections\n"
-    "  no-answer, garbage                   one of them, with close-after and connections\n"
-    "  cut-frame                            with connections\n"
-    "  close-after                          with no-answer, garbage and connections\n";
+    "Faults that exclude each other are refused. A word that is given twice and connections\n"
+    "without another word are also refused:\n"
+    "  refuse, no-accept, no-read           no other word\n"
+    "  silent ... die-after-response        one of them, can have connections\n"
+    "  no-answer, garbage                   one of them, can have close-after and connections\n"
+    "  cut-frame                            can have connections\n"
+    "  close-after                          can have no-answer, garbage and connections\n";
 
 namespace {
 
-// What a fault is about, and the other things that nothing is left of once it happens: who is not
-// let in shakes no hands, who does not shake hands sends no requests, who is not read is not
-// answered.
+// The subject of a fault. A fault also makes later subjects impossible: without a connection there
+// is no handshake, without a handshake there are no requests, without reading there are no answers.
 enum About : unsigned {
   kEntry = 1 << 0,
   kHandshake = 1 << 1,
@@ -62,8 +61,8 @@ enum About : unsigned {
 
 }  // namespace
 
-// Two words exclude each other when one of them leaves nothing of what the other is about. Each
-// word excludes itself at least: it cannot be meant twice.
+// Two words exclude each other if one of them makes the subject of the other impossible. Each word
+// also excludes itself, so it cannot be given twice.
 struct Faults::Word {
   const char* name;
   bool takesNumber;
@@ -76,7 +75,7 @@ struct Faults::Word {
   }
 };
 
-// A daemon stops reading all its connections at once, so that is for no number of them.
+// no-read stops reading on all connections at once, so it cannot be limited by connections=N.
 const Faults::Word Faults::kWords[] = {
     {"refuse", false, kEntry, kEverything, [](Faults& f, uint32_t) { f.mRefuse = true; }},
     {"no-accept", false, kEntry, kEverything, [](Faults& f, uint32_t) { f.mNoAccept = true; }},
@@ -115,14 +114,14 @@ bool parseNumber(const std::string& text, uint32_t& number) {
   return true;
 }
 
-// Says nothing until the client goes.
+// Sends nothing until the client disconnects.
 void waitForHangUp(int fd) {
   pollfd hangUp = {fd, POLLRDHUP, 0};
   while (poll(&hangUp, 1, -1) < 0 && errno == EINTR) {
   }
 }
 
-// Counts what happened on each session; shared by the copies of a hook.
+// Counts events of each session; all copies of a hook share it.
 class Counter {
  public:
   uint32_t next(uint32_t key) {
@@ -158,7 +157,7 @@ bool Faults::parse(const std::string& list, std::string& error) {
       if (name == word.name) found = &word;
     }
     if (found == nullptr) {
-      error = "no such fault: " + item + "; there are " + words();
+      error = "no such fault: " + item + "; faults are " + words();
       return false;
     }
     uint32_t number = 0;
@@ -243,7 +242,7 @@ bool Faults::misbehave(Handshake how, Session& session) {
   return false;
 }
 
-// What becomes of one frame of a connection that is not served properly. True: nothing else.
+// Handles one frame of a connection with a fault. True: the frame needs no other handling.
 bool Faults::misbehave(Answers how, bool isLast, Session& session, const Frame& frame) {
   switch (how) {
     case Answers::kProper:

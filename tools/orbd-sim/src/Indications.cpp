@@ -70,7 +70,7 @@ class Fields {
 
  private:
   void wrong(const char* name, const std::string& text) {
-    if (mError.empty()) mError = std::string(name) + ": not possible: " + text;
+    if (mError.empty()) mError = std::string(name) + ": wrong value: " + text;
   }
 
   std::map<std::string, std::string> mFields;

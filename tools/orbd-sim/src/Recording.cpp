@@ -49,7 +49,7 @@ bool bytesOf(const std::string& hex, Blob& bytes) {
 // The reason when a line is no event; empty when it is one.
 std::string readEvent(const Json& object, RecordedEvent& event) {
   const double time = object.at("time").get<double>();
-  if (!(time >= 0 && time <= kMaxTime)) return "a time that cannot be";
+  if (!(time >= 0 && time <= kMaxTime)) return "a time out of range";
   event.time = std::chrono::microseconds(std::llround(time * 1e6));
   event.connection = object.at("connection").get<uint32_t>();
   const int kind = indexOf(object.at("event").get<std::string>(), kKinds);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// orbd-sim relay: stands between applications and a daemon until a signal ends it.
+// orbd-sim relay: forwards data between applications and a daemon until a signal ends it.
 
 #include <cstdio>
 #include <memory>
@@ -42,7 +42,7 @@ int relay(const Arguments& arguments) {
     options.record = [&](const RecordedEvent& event) {
       if (!recording.error().empty()) return;
       recording.write(event);
-      if (!recording.error().empty()) fail(recording.error() + "; nothing more is recorded");
+      if (!recording.error().empty()) fail(recording.error() + "; the recording stops here");
     };
   }
   holdSignals();
@@ -58,27 +58,27 @@ int relay(const Arguments& arguments) {
 Command addRelay(orbtool::CommandLine& line) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& app = *line.app().add_subcommand(
-      "relay", "Stand between applications and a daemon, trace and record what passes");
+      "relay", "Forward data between applications and a daemon; trace and record it");
   app.add_option("-T,--to", arguments->to, "The daemon's own socket")
       ->type_name("PATH")
       ->required()
       ->take_last()
       ->check(placeToListen());
-  app.add_option("-s,--socket", arguments->socket, "Where applications connect")
+  app.add_option("-s,--socket", arguments->socket, "The socket for applications")
       ->type_name("PATH")
       ->default_str(kSocketPath)
       ->take_last()
       ->check(placeToListen());
   app.add_option("-r,--record", arguments->record,
-                 "Write what passes to FILE, for orbd-sim --replay")
+                 "Write the forwarded data to FILE, for orbd-sim --replay")
       ->type_name("FILE")
       ->take_last();
   addTraceOptions(app, arguments->trace, arguments->json);
   app.add_flag("-q,--quiet", arguments->quiet, "Log nothing");
   app.footer(
       "SIGINT and SIGTERM end it.\n"
-      "Exit status: 0 ended by a signal, 1 the socket cannot be served or the recording not\n"
-      "written, 2 wrong arguments.\n"
+      "Exit status: 0 ended by a signal, 1 the socket cannot be served or the recording cannot\n"
+      "be written, 2 wrong arguments.\n"
       "Example: mv /dev/socket/orb /dev/socket/orb.daemon\n"
       "         orbd-sim relay --to /dev/socket/orb.daemon --trace --record session.jsonl");
   return {&app, [arguments] { return relay(*arguments); }};

@@ -95,7 +95,7 @@ void RelayConnection::handle(short clientEvents, short daemonEvents) {
   if (mFinished) return;
   if (mDaemonFd < 0) {
     if ((clientEvents & POLLHUP) != 0) {
-      finish("left before the daemon took it");
+      finish("closed by the client before the daemon accepted it");
     } else {
       connectDaemon();
     }
@@ -165,7 +165,7 @@ void RelayConnection::breakOff(Pipe& pipe) {
   if (pipe.done) return;
   pipe.done = true;
   if (pipe.offset < pipe.pending.size())
-    log(std::to_string(pipe.pending.size() - pipe.offset) + " bytes found nobody");
+    log(std::to_string(pipe.pending.size() - pipe.offset) + " bytes could not be delivered");
   pipe.pending.clear();
   pipe.offset = 0;
   ::shutdown(source(pipe), SHUT_RD);

@@ -150,7 +150,7 @@ bool Replay::answer(Session& session, const Frame& frame) {
   }
   session.log("%s: %s", nameOf(frame).c_str(),
               known ? ("recorded, " + std::to_string(dues.size()) + " to follow").c_str()
-                    : "not recorded, or not so often");
+                    : "no recorded request is left");
   for (Due& due : dues) schedule(session.id(), std::move(due));
   return true;
 }

@@ -167,7 +167,7 @@ std::string wrongWith(const Refusal& refusal) {
   LceProto::Status status = LceProto::INVALID;
   if (LceProto::Status_Parse(refusal.with, &status)) return {};
   const bool criteriaOnly = refusal.with == "TYPE_MISMATCH" || refusal.with == "INVALID_ARGUMENTS";
-  if (criteriaOnly) return refusal.with + " answers set-criteria of lce only";
+  if (criteriaOnly) return refusal.with + " is for set-criteria of lce only";
   return "no such status: " + refusal.with;
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// orbd-sim run: plays a scenario to a command, on a socket of its own.
+// orbd-sim run: plays a scenario for a command, on a separate socket.
 
 #include <fcntl.h>
 #include <signal.h>
@@ -33,11 +33,11 @@ extern char** environ;
 namespace orbsim {
 namespace {
 
-// Where the command is told of the socket: the platform's stand-ins take its place from there.
+// Tells the command the path of the socket; the redirection library reads it.
 constexpr char kSocketVariable[] = "ORB_SOCKET";
-// More folders for the sandbox to keep.
+// More directories that are writable in the sandbox.
 constexpr char kBindVariable[] = "ORB_SANDBOX_BIND";
-// What takes it from there for ordinary applications.
+// The library that redirects connections of applications to that path.
 constexpr char kRedirectLibrary[] = "liborb_redirect";
 constexpr char kSandboxBeside[] = "orb-sandbox";
 constexpr char kSandboxInSources[] = "scripts/sandbox";
@@ -53,10 +53,11 @@ struct Arguments {
   bool json = false;
   bool sandbox = false;
   bool noSandbox = false;
-  int signals = -1;  // descriptor on which the parent outside of the sandbox passes signals on
+  int signals = -1;  // descriptor on which the parent outside the sandbox sends signal numbers
 };
 
-// Beside the program, or in the sources that the build tree lies in; empty when there is none.
+// In the directory of the program, or in the sources that contain the build tree; empty if there is
+// none.
 std::string findSandbox() {
   std::string folder = folderOf(programPath());
   const std::string beside = folder + "/" + kSandboxBeside;
@@ -69,14 +70,15 @@ std::string findSandbox() {
   return {};
 }
 
-// Whether what the command connects to goes where ORB_SOCKET says.
+// Whether the command's connections are redirected to ORB_SOCKET.
 bool redirected() {
   const char* const libraries = std::getenv("LD_PRELOAD");
   return libraries != nullptr && std::strstr(libraries, kRedirectLibrary) != nullptr;
 }
 
-// The daemon's own place, where applications look that nobody tells of another. Root in a container
-// has no sandbox and needs none: the place can be made there.
+// Whether the default path of the daemon can be used. Applications use it unless they are
+// redirected. Root in a container has no sandbox and needs none, because it can create the
+// directory.
 bool ownsDefaultPlace() {
   if (redirected()) return false;
   if (::access(kSocketDirectory, W_OK) == 0) return true;
@@ -99,7 +101,7 @@ int cannotStart(const std::string& command, int status) {
   return status;
 }
 
-// Signals that the parent outside of the sandbox passes on come here as if they were sent.
+// Raises each signal whose number the parent outside the sandbox sends.
 void listenForSignals(int fd) {
   std::thread([fd] {
     unsigned char signal = 0;
@@ -107,8 +109,8 @@ void listenForSignals(int fd) {
   }).detach();
 }
 
-// The daemon's log, and the trace where it is wanted. Made before what writes to it, closed or
-// destroyed after that.
+// The daemon's log, and the trace if requested. It is created before its writers and closed or
+// destroyed after them.
 class Log {
  public:
   explicit Log(const Arguments& arguments) : mArguments(arguments) {}
@@ -126,7 +128,7 @@ class Log {
     if (mArguments.trace) options.trace = mOutput->trace();
     return true;
   }
-  // False when it could not be written whole.
+  // False if it could not be written completely.
   bool close() {
     if (mFile == nullptr) return true;
     int error = mOutput->finish();
@@ -151,7 +153,7 @@ int cannotPlay(const std::string& error) {
   return orbtool::kExitFailed;
 }
 
-// The command, and its status.
+// Runs the command and returns its status.
 int runCommand(const Arguments& arguments, const std::string& socket, RunProcess& process) {
   const auto environment = environmentWith(kSocketVariable, socket);
   const int status = process.start(arguments.command, environment, /*sheltered=*/false);
@@ -159,7 +161,7 @@ int runCommand(const Arguments& arguments, const std::string& socket, RunProcess
   return process.wait([&process](int signal) { process.kill(signal); });
 }
 
-// The daemon here, the command beside it.
+// Runs the daemon in this process and the command as a child.
 int runHere(const Arguments& arguments, const Scenario& scenario) {
   RunProcess::prepare();
   if (arguments.signals >= 0) {
@@ -170,7 +172,7 @@ int runHere(const Arguments& arguments, const Scenario& scenario) {
   if (socket.path().empty()) return cannotPlay(socket.error());
   if (socket.path() != kSocketPath && !redirected()) {
     std::fprintf(stderr,
-                 "orbd-sim run: listening on %s, where applications look only under "
+                 "orbd-sim run: listening on %s; applications use this path only inside "
                  "'orb-sandbox --redirect'\n",
                  socket.path().c_str());
   }
@@ -216,9 +218,9 @@ std::string foldersToKeep(const Arguments& arguments, const std::string& program
   return folders;
 }
 
-// This program once more, inside a sandbox, where the daemon's own place is nobody else's. The
-// scenario goes there as an open file and signals through a pipe, as paths and process numbers are
-// others there.
+// Runs this program again inside a sandbox, where the default path of the daemon is free. Paths and
+// process numbers are different there, so the scenario is passed as an open file, and signals
+// through a pipe.
 int runInSandbox(const Arguments& arguments, const std::string& sandbox) {
   RunProcess::prepare();
   const std::string program = programPath();
@@ -251,7 +253,8 @@ int runInSandbox(const Arguments& arguments, const std::string& sandbox) {
   });
 }
 
-// The file that the parent outside of the sandbox has opened for us is not the command's.
+// Closes the file that the parent outside the sandbox opened, so that the command does not inherit
+// it.
 void closeOpened(const std::string& path) {
   const size_t length = std::strlen(kOpenFiles);
   if (path.compare(0, length, kOpenFiles) == 0) ::close(std::atoi(path.c_str() + length));
@@ -272,7 +275,7 @@ int run(const Arguments& arguments) {
   const std::string sandbox = wanted ? findSandbox() : std::string();
   if (!sandbox.empty()) return runInSandbox(arguments, sandbox);
   if (arguments.sandbox) {
-    std::fprintf(stderr, "orbd-sim run: there is no %s beside %s\n", kSandboxBeside,
+    std::fprintf(stderr, "orbd-sim run: no %s in the directory of %s\n", kSandboxBeside,
                  programPath().c_str());
     return orbtool::kExitFailed;
   }
@@ -285,14 +288,14 @@ Command addRun(orbtool::CommandLine& line) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App* const app = line.app().add_subcommand(
       "run",
-      "Play a scenario to a command: a daemon on a socket of its own, and the command, with its "
-      "arguments behind --, once that listens.");
+      "Play a scenario for a command: start a daemon on a separate socket, then the command. "
+      "The command and its arguments are after --.");
   app->add_option("FILE", arguments->file, "The scenario" + orReadyScenario())
       ->required()
       ->type_name("");
   line.keepRest(*app, arguments->command);
   app->add_option("-c,--control", arguments->control,
-                  "Take orders of 'orbd-sim ctl' on PATH, from the same user.")
+                  "Accept orders of 'orbd-sim ctl' on PATH, from the same user only.")
       ->type_name("PATH")
       ->take_last()
       ->check(placeToListen());
@@ -302,26 +305,28 @@ Command addRun(orbtool::CommandLine& line) {
       ->take_last();
   addTraceOptions(*app, arguments->trace, arguments->json);
   app->get_option("--trace")->needs("--log")->description(
-      "Write each record of the handshake and each frame decoded to the log");
-  app->get_option("--json")->description("Write trace and log as JSON, an object a line");
+      "Also write each handshake record and each frame to the log in decoded form");
+  app->get_option("--json")->description("Write trace and log as JSON, one object per line");
   CLI::Option* const sandbox = app->add_flag(
       "--sandbox", arguments->sandbox,
-      "Run both in a sandbox, with a /dev/socket of its own. This is what happens unless there is "
-      "a /dev/socket that can be written, or made, or 'orb-sandbox -r' is around.");
+      "Run both in a sandbox with its own /dev/socket. This is the default, except if /dev/socket "
+      "is writable or can be created, or inside 'orb-sandbox -r'.");
   app->add_flag("--no-sandbox", arguments->noSandbox,
-                "Do without. Where /dev/socket cannot be written or made, and under 'orb-sandbox "
-                "-r', the socket is in a folder of its own. Only under the latter "
-                "applications find it there, by ORB_SOCKET.")
+                "Do not use the sandbox. If /dev/socket is not writable and cannot be created, and "
+                "inside 'orb-sandbox -r', the socket is in a temporary directory, and ORB_SOCKET "
+                "has its path. Applications use this path only inside 'orb-sandbox -r'.")
       ->excludes(sandbox);
   app->add_option("--signals-from", arguments->signals, "")->group("");
   app->footer(
-      "SIGINT, SIGTERM and SIGHUP are passed on to the command; a second one kills it.\n"
-      "Exit status: the command's, 128 and the number of the signal that killed it, 126 or 127\n"
-      "when it cannot be started; 3 the client did not do what the scenario expects; 1 the daemon\n"
-      "cannot be played or the log not written, 2 wrong arguments or a wrong scenario.\n"
+      "SIGINT, SIGTERM and SIGHUP are passed to the command; a second signal kills it.\n"
+      "Exit status: the status of the command; 128 plus the number of the signal that killed it;\n"
+      "126 or 127 if it cannot be started; 3 the client did not meet the expectations of the\n"
+      "scenario; 1 the daemon cannot be started or the log cannot be written; 2 wrong arguments "
+      "or\n"
+      "a wrong scenario.\n"
       "Example: orbd-sim run handoff -- ./app --verbose");
   return {app, [arguments, &line] {
-            if (arguments->command.empty()) return line.refuse("no command to run behind --");
+            if (arguments->command.empty()) return line.refuse("no command after --");
             return run(*arguments);
           }};
 }

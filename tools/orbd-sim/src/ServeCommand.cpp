@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// orbd-sim without a command: plays the daemon until a signal ends it.
+// orbd-sim without a command: acts as the daemon until a signal ends it.
 
 #include <algorithm>
 #include <cerrno>
@@ -26,10 +26,10 @@
 namespace orbsim {
 namespace {
 
-constexpr char kFooterHead[] = "Faults, for an application's error paths:\n";
+constexpr char kFooterHead[] = "Faults, to test the error paths of an application:\n";
 constexpr char kFooterEnd[] =
     "\n"
-    "SIGINT, SIGTERM and SIGHUP end it, a second one at once.\n"
+    "SIGINT, SIGTERM or SIGHUP ends it; a second signal ends it at once.\n"
     "Exit status: 0 ended by a signal, 1 the socket cannot be served, 2 wrong arguments.\n"
     "Examples: orbd-sim --interval 100 --seed 7\n"
     "          orbd-sim --faults silent,connections=1\n"
@@ -76,7 +76,7 @@ int fail(const std::string& reason) {
   return orbtool::kExitFailed;
 }
 
-// False when LIST is none of services. Without one, time begins with the first report.
+// False if LIST is not a list of services. With an empty list, time begins with the first report.
 bool setBegin(const std::string& list, ModelSettings& model) {
   if (list.empty()) return true;
   model.begin = Begin::kReporting;
@@ -101,7 +101,7 @@ int serve(const Arguments& arguments) {
   if (arguments.trace) options.trace = output.trace();
   Faults faults;
   std::string error;
-  if (!arguments.faults.empty()) faults.parse(arguments.faults, error);  // it was seen to be right
+  if (!arguments.faults.empty()) faults.parse(arguments.faults, error);  // checked before
   std::vector<RecordedEvent> events;
   if (!arguments.replay.empty() && !readRecording(arguments.replay, events, error))
     return fail(error);
@@ -135,8 +135,8 @@ CLI::Validator placeToListen() {
 
 void addTraceOptions(CLI::App& app, bool& trace, bool& json) {
   CLI::Option* const option = app.add_flag(
-      "-t,--trace", trace, "Print each record of the handshake and each frame decoded");
-  app.add_flag("-j,--json", json, "Print the trace and the log as JSON, an object a line")
+      "-t,--trace", trace, "Print each handshake record and each frame in decoded form");
+  app.add_flag("-j,--json", json, "Print the trace and the log as JSON, one object per line")
       ->needs(option);
 }
 
@@ -144,26 +144,27 @@ Command addServe(orbtool::CommandLine& line) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& app = line.app();
   app.add_option("-s,--socket", arguments->socket,
-                 "Listen on PATH. Its directory must exist; that of the default alone is made "
-                 "where it is missing, and removed at the end.")
+                 "Listen on PATH. The directory must exist. Only the directory of the default path "
+                 "is created if it is missing, and removed at the end.")
       ->type_name("PATH")
       ->default_str(kSocketPath)
       ->take_last()
       ->check(placeToListen());
   app.add_option("-i,--interval", arguments->interval,
                  "Send a report, or play a step of a handoff, every MS milliseconds to clients "
-                 "that asked for it; 0 for none.")
+                 "that requested it; 0: never.")
       ->type_name("MS")
       ->default_str(arguments->interval)
       ->take_last()
       ->check(numberUpTo(86400000, "a number of milliseconds"));
-  app.add_option("-S,--seed", arguments->seed, "Start the models of link and handoffs from N.")
+  app.add_option("-S,--seed", arguments->seed,
+                 "Use N as the random seed of the models of link and handoffs.")
       ->type_name("N")
       ->default_str(arguments->seed)
       ->take_last()
       ->check(numberUpTo(std::numeric_limits<unsigned long long>::max(), "a number"));
   app.add_option("-f,--faults", arguments->faults,
-                 "Misbehave as the words of LIST say, separated by commas; see below.")
+                 "Misbehave as the words in LIST say, separated by commas; see below.")
       ->type_name("LIST")
       ->take_last()
       ->check(CLI::Validator(
@@ -174,9 +175,9 @@ Command addServe(orbtool::CommandLine& line) {
           },
           ""));
   app.add_option("-b,--begin", arguments->begin,
-                 "Begin the model's time, and all reports, once clients want reports of each "
-                 "service of LIST: lce, lle, lli, separated by commas. Without it: once one wants "
-                 "any.")
+                 "Start the model's time, and all reports, when clients have requested reports of "
+                 "each service in LIST: lce, lle, lli, separated by commas. [Default: when the "
+                 "first client requests reports]")
       ->type_name("LIST")
       ->take_last()
       ->check(CLI::Validator(
@@ -186,18 +187,19 @@ Command addServe(orbtool::CommandLine& line) {
           },
           ""));
   app.add_option("-c,--control", arguments->control,
-                 "Take orders of 'orbd-sim ctl' on PATH, from the same user.")
+                 "Accept orders of 'orbd-sim ctl' on PATH, from the same user only.")
       ->type_name("PATH")
       ->take_last()
       ->check(placeToListen());
-  app.add_option("-R,--replay", arguments->replay,
-                 "Say to clients what the recording FILE says that a daemon said; orbd-sim relay "
-                 "makes recordings.")
+  app.add_option(
+         "-R,--replay", arguments->replay,
+         "Send to clients what the daemon sent in the recording FILE; 'orbd-sim relay' makes "
+         "recordings.")
       ->type_name("FILE")
       ->take_last()
       ->excludes("--interval", "--seed", "--faults", "--begin");
   app.add_option("-x,--speed", arguments->speed,
-                 "Replay X times as fast as it was recorded, 0.001 to 1000.")
+                 "Replay X times as fast as recorded: 0.001 to 1000.")
       ->type_name("X")
       ->default_str("1")
       ->take_last()

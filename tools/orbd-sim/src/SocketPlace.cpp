@@ -78,7 +78,8 @@ bool SocketPlace::clear() {
   if (error == 0) return fail("somebody listens there already");
   // Whether anybody is at home, only a refusal tells.
   if (error != ECONNREFUSED)
-    return fail(std::string("a socket is there that cannot be tried: ") + std::strerror(error));
+    return fail(std::string("cannot test whether the existing socket is in use: ") +
+                std::strerror(error));
   if (::unlink(mPath.c_str()) == 0 || errno == ENOENT) return true;
   return fail(std::string("cannot remove the socket that nobody uses: ") + std::strerror(errno));
 }

@@ -31,7 +31,7 @@ class Decoder {
       const uint32_t number = static_cast<uint32_t>(WireFormatLite::GetTagFieldNumber(tag));
       if (number == 0 || (tag & 7) > WireFormatLite::WIRETYPE_FIXED32 ||
           (tag & 7) == WireFormatLite::WIRETYPE_END_GROUP) {
-        mReason = path + " has something that is no field";
+        mReason = path + " has bytes that are not a field";
         return false;
       }
       whole = readField(table, path, tag, message);

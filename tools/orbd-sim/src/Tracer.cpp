@@ -129,7 +129,7 @@ bool Tracer::takeRecord(Direction direction, Stream& from) {
     record.kind = TraceItem::Kind::kBytes;
     keepUndecoded(record,
                   "a record of type " + std::to_string(type) + " where the handshake's " +
-                      step.name + " (" + std::to_string(step.type) + ") was to be",
+                      step.name + " (" + std::to_string(step.type) + ") was expected",
                   Blob(from.bytes.begin(), from.bytes.begin() + static_cast<std::ptrdiff_t>(size)));
   }
   dropFirst(from.bytes, size);

@@ -27,7 +27,7 @@ constexpr char kCommand[] = "command ff 12 89 ";
 constexpr time_t kTimeout = 10;  // seconds
 
 const char kFooter[] =
-    "Exit status: 0 done, 1 refused or no program there, 2 wrong arguments.\n"
+    "Exit status: 0 done, 1 refused or no program on the socket, 2 wrong arguments.\n"
     "Example: orbdiag command 0102ff --socket /tmp/diag.4711";
 
 struct Arguments {
@@ -46,21 +46,22 @@ std::string checkPayload(const std::string& text) {
 void addRequests(CLI::App& app, Arguments& arguments) {
   app.footer(kFooter);
   app.require_subcommand(1);
-  app.fallthrough();  // options may stand after the request
+  app.fallthrough();  // options are allowed after the request
   app.add_option("-s,--socket", arguments.socket,
-                 "The program's socket, its process id in the place of \"%p\"")
+                 "The program's socket, with its process id in place of \"%p\"")
       ->type_name("PATH")
       ->envname("ORB_DIAG_SOCKET");
-  app.add_subcommand("on", "Ask for log packets");
-  app.add_subcommand("off", "Ask for none any more");
-  app.add_subcommand("status", "Tell whether packets are wanted, where they go and how many went");
+  app.add_subcommand("on", "Request log packets");
+  app.add_subcommand("off", "Stop log packets");
+  app.add_subcommand(
+      "status", "Print whether log packets are requested, where they go and how many were written");
   app.add_subcommand("command", "Send a diagnostic command")
       ->add_option("HEX", arguments.payload, "Its payload: two digits for each byte")
       ->required()
       ->check(checkPayload);
 }
 
-// The status when the program is to end now.
+// An exit status if the arguments are wrong.
 std::optional<int> checkArguments(const orbtool::CommandLine& line, Arguments& arguments) {
   if (arguments.socket.empty()) return line.refuse("no socket: give --socket or ORB_DIAG_SOCKET");
   if (arguments.socket.size() > orbtool::SocketAddress::kMaxPath)
@@ -87,8 +88,8 @@ bool sendAndReceive(int fd, const Arguments& arguments, std::string& reply) {
 int run(int argc, char** argv) {
   Arguments arguments;
   orbtool::CommandLine line("orbdiag",
-                            "Be the diagnostic service of a running program that was started with "
-                            "ORB_DIAG_SOCKET.");
+                            "Act as the diagnostic service for a running program that was started "
+                            "with ORB_DIAG_SOCKET.");
   addRequests(line.app(), arguments);
   std::optional<int> status = line.parse(argc, argv);
   if (!status) status = checkArguments(line, arguments);

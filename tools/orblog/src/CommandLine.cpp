@@ -26,18 +26,18 @@ const char kFooter[] =
     "  orblog info /data/vendor/orb_logs/main";
 
 const char kDecryptFooter[] =
-    "Of a DIR every orb_log_* file in it and in its subdirectories is read, except\n"
-    "orb_log_config, orb_log_trace and *.pem. What cannot be read is reported on standard\n"
-    "error with file and byte offset; everything before and after it is printed.\n"
+    "If a DIR is given, every orb_log_* file in it and in its subdirectories is read, except\n"
+    "orb_log_config, orb_log_trace and *.pem. Faults are reported on standard error with file\n"
+    "and byte offset. Everything before and after a fault is printed.\n"
     "\n"
-    "TIME: \"2025-05-24 13:02:07.045\" or as much of it as is needed (\"2025-05-24 13:02\",\n"
+    "TIME: \"2025-05-24 13:02:07.045\" or a shorter form of it (\"2025-05-24 13:02\",\n"
     "\"2025-05-24\"); HH:MM[:SS[.mmm]] of today; yesterday, today or tomorrow, with or\n"
-    "without a time behind it; now, -5min, -1h30min, +2d or \"3h ago\"; @SECONDS since 1970;\n"
-    "\"2025-05-24T13:02:07Z\" or with +02:00. Lines bear the device's local time without a\n"
-    "zone: times that go by now or have a zone are turned into the local time of this\n"
-    "machine. Set TZ to the device's zone if that is another.\n"
+    "without a time after it; now, -5min, -1h30min, +2d or \"3h ago\"; @SECONDS since 1970;\n"
+    "\"2025-05-24T13:02:07Z\" or with +02:00. Log lines have the device's local time without\n"
+    "a time zone. Times that are relative to now or have a time zone are converted to the\n"
+    "local time of this machine. If the device has another time zone, set TZ to that zone.\n"
     "\n"
-    "Exit status: 0 all was read (or a signal ended --follow), 1 something could not be\n"
+    "Exit status: 0 everything was read (or a signal ended --follow), 1 something could not be\n"
     "read or written, 2 wrong arguments.\n"
     "Examples:\n"
     "  orblog decrypt --key orb_log_private.pem logs/\n"
@@ -46,7 +46,8 @@ const char kDecryptFooter[] =
     "  orblog decrypt -k orb_log_private.pem --follow --json /data/vendor/orb_logs | jq .message";
 
 const char kInfoFooter[] =
-    "Exit status: 0 all was read, 1 something could not be read or written, 2 wrong arguments.\n"
+    "Exit status: 0 everything was read, 1 something could not be read or written, 2 wrong "
+    "arguments.\n"
     "Example: orblog info --key orb_log_private.pem /data/vendor/orb_logs";
 
 const char kKeygenFooter[] =
@@ -58,15 +59,15 @@ int64_t millisecondsNow() {
   return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-// As options are given by getopt's programs: the last one counts.
+// If an option is given several times, the last one counts, as with getopt.
 template <class Value>
 CLI::Option* addLast(CLI::App& app, const char* names, Value& value, const char* type,
                      const char* description) {
   return app.add_option(names, value, description)->type_name(type)->take_last();
 }
 
-// An option whose value this function takes; it says what is wrong with it, if anything. `values`
-// are offered where a shell completes: "{one,other}".
+// An option whose value `take` reads. `take` returns an error text, empty if the value is right.
+// A shell offers `values` for completion: "{one,other}".
 CLI::Option* addRead(CLI::App& app, const char* names, const char* type, const char* description,
                      const std::function<std::string(const std::string&)>& take,
                      const char* values = "") {
@@ -131,10 +132,11 @@ void addFilesAndKey(CLI::App& app, Request& request, const char* files) {
   addLast(app, "-k,--key", request.key, "FILE",
           "The RSA private key in PEM form (PKCS#1 or PKCS#8)");
   addLast(app, "-p,--passphrase-file", request.passphraseFile, "FILE",
-          "The first line of FILE opens an encrypted key. [Default: ask at the terminal]");
+          "The first line of FILE is the passphrase of an encrypted key. [Default: ask at the "
+          "terminal]");
 }
 
-// What only all options together tell.
+// Options that are checked together after parsing.
 struct Rest {
   std::string grep;
   bool caseSensitive = false;
@@ -146,45 +148,47 @@ void addSelection(CLI::App& app, DecryptRequest& request, Rest& rest) {
   const int64_t now = millisecondsNow();
   addRead(
       app, "-l,--level", "LEVEL",
-      "Only lines of LEVEL and above: V, D, I, W, E or F. [Default: all]",
+      "Print only lines of LEVEL and above: V, D, I, W, E or F. [Default: all]",
       [&](const std::string& text) { return takeLevel(text, selection.leastLevel); },
       "{V,D,I,W,E,F}");
-  addRead(app, "-s,--since", "TIME", "Only lines from TIME on", [&, now](const std::string& text) {
-    return takeMoment(text, now, false, selection.since);
-  });
+  addRead(
+      app, "-s,--since", "TIME", "Print only lines from TIME on",
+      [&, now](const std::string& text) { return takeMoment(text, now, false, selection.since); });
   addRead(
       app, "-u,--until", "TIME",
-      "Only lines up to TIME, all of the day, minute or second that it names included",
+      "Print only lines up to TIME. The whole day, minute or second of TIME is included",
       [&, now](const std::string& text) { return takeMoment(text, now, true, selection.until); });
-  addRead(app, "-P,--pid", "PID", "Only lines of this process; may be given several times",
+  addRead(app, "-P,--pid", "PID", "Print only lines of this process; may be given several times",
           [&](const std::string& text) { return takePid(text, selection.pids); });
-  app.add_option("-t,--tag", selection.tags, "Only lines with this tag; may be given several times")
+  app.add_option("-t,--tag", selection.tags,
+                 "Print only lines with this tag; may be given several times")
       ->type_name("TAG")
       ->allow_extra_args(false);
   addLast(app, "-g,--grep", rest.grep, "REGEX",
-          "Only lines in which this extended regular expression is found, whatever the case when "
-          "it has no capital letter");
+          "Print only lines that match this extended regular expression anywhere; case-sensitive "
+          "if it has a capital letter");
   rest.caseOption = app.add_flag("--case-sensitive", rest.caseSensitive,
-                                 "Case counts for --grep; =no: it does not");
-  addRead(app, "-n,--lines", "N", "Only the last N of these lines", [&](const std::string& text) {
-    size_t count = 0;
-    const std::string wrong = takeNumber(text, 0, 1000000000, count);
-    request.lastLines = count;
-    return wrong;
-  });
+                                 "Make --grep case-sensitive; =no: not case-sensitive");
+  addRead(app, "-n,--lines", "N", "Print only the last N of these lines",
+          [&](const std::string& text) {
+            size_t count = 0;
+            const std::string wrong = takeNumber(text, 0, 1000000000, count);
+            request.lastLines = count;
+            return wrong;
+          });
 }
 
 void addDecrypt(CLI::App& app, DecryptRequest& request, Rest& rest) {
   CLI::App& command = *app.add_subcommand(
-      "decrypt", "Print the lines of encrypted log files, those of all files in the order of time");
+      "decrypt", "Print the lines of encrypted log files; lines of all files in the order of time");
   command.footer(kDecryptFooter);
   addFilesAndKey(command, request, "FILE|DIR|-");
   command.add_flag("-f,--follow", request.follow,
-                   "Read on: new lines and new files, until SIGINT or SIGTERM");
+                   "Continue with new lines and new files, until SIGINT or SIGTERM");
   addSelection(command, request, rest);
   command.add_flag(
       "-j,--json", request.json,
-      "Print a JSON object per line: time, pid, tid, level, tag, unit, function, line, "
+      "Print each line as a JSON object: time, pid, tid, level, tag, unit, function, line, "
       "message, file, offset, parsed");
   addRead(
       command, "--color", "WHEN",
@@ -207,9 +211,9 @@ void addDecrypt(CLI::App& app, DecryptRequest& request, Rest& rest) {
 void addInfo(CLI::App& app, InfoRequest& request) {
   CLI::App& command = *app.add_subcommand(
       "info",
-      "Tell what encrypted log files hold: size, records by their lengths and the size of the key "
-      "that the header is made for; with the private key also whether it fits, how many records "
-      "can be read and the time that they cover");
+      "Print a summary of encrypted log files: size, number of records for each record length and "
+      "key size of the header; with the private key also whether it fits, how many records can be "
+      "read, and the time from the first to the last record");
   command.footer(kInfoFooter);
   addFilesAndKey(command, request, "FILE|DIR");
 }
@@ -220,16 +224,17 @@ void addKeygen(CLI::App& app, KeyFilesRequest& request) {
       "Make an RSA key pair and a log configuration file with its public key: orb_log_private.pem "
       "(readable by its owner only), orb_log_public.pem and orb_log_config");
   command.footer(kKeygenFooter);
-  addLast(command, "-o,--out", request.directory, "DIR", "Where to write; made when it is missing");
+  addLast(command, "-o,--out", request.directory, "DIR",
+          "Write to this directory; it is created if it does not exist");
   addRead(command, "-b,--bits", "N",
-          "Size of the key, 2048 to 4096: more does not fit into the 512 bytes that a log file has "
-          "for it. [Default: 3072]",
+          "Size of the key: 2048 to 4096. A larger key does not fit into the 512 bytes that a log "
+          "file has for it. [Default: 3072]",
           [&](const std::string& text) { return takeBits(text, request.bits); });
-  addRead(command, "-r,--records", "N", "Records per log file, 3000 to 30000. [Default: 10000]",
+  addRead(command, "-r,--records", "N", "Records per log file: 3000 to 30000. [Default: 10000]",
           [&](const std::string& text) {
             return takeNumber(text, kLeastRecords, kMostRecords, request.records);
           });
-  addRead(command, "-n,--files", "N", "Log files kept, 3 to 10. [Default: 5]",
+  addRead(command, "-n,--files", "N", "Number of log files to keep: 3 to 10. [Default: 5]",
           [&](const std::string& text) {
             return takeNumber(text, kLeastFiles, kMostFiles, request.files);
           });
@@ -237,15 +242,15 @@ void addKeygen(CLI::App& app, KeyFilesRequest& request) {
       command, "-p,--passphrase-file", request.passphraseFile, "FILE",
       "Encrypt the private key (AES-256) with the first line of FILE. [Default: not encrypted]");
   command.add_flag("-F,--force", request.force,
-                   "Replace files that exist. Logs made for a private key that is replaced cannot "
-                   "be read any more");
+                   "Replace existing files. Logs for a replaced private key cannot be read any "
+                   "more");
 }
 
 bool namesStandardInput(const std::vector<std::string>& files) {
   return std::find(files.begin(), files.end(), "-") != files.end();
 }
 
-// What is wrong with all options together; empty when nothing is.
+// Checks the options together. Returns an error text, empty if they are right.
 std::string complete(DecryptRequest& request, const Rest& rest) {
   const Selection& selection = request.selection;
   if (request.key.empty()) return "--key is missing";
@@ -253,9 +258,9 @@ std::string complete(DecryptRequest& request, const Rest& rest) {
   if (selection.since && selection.until && *selection.since > *selection.until)
     return "--since is after --until, so no line is between them";
   if (request.follow && namesStandardInput(request.files))
-    return "standard input is read to its end anyway, without --follow";
+    return "--follow is not for standard input, which is always read to its end";
   if (namesStandardInput(request.files) && isatty(STDIN_FILENO) == 1)
-    return "standard input is a terminal, and nobody types an encrypted log";
+    return "standard input is a terminal; give a file or a pipe";
   const bool hasCase = rest.caseOption->count() > 0;
   if (rest.grep.empty()) return hasCase ? "--case-sensitive without --grep" : "";
   std::string error;
@@ -267,7 +272,7 @@ std::string complete(DecryptRequest& request, const Rest& rest) {
 std::string complete(const InfoRequest& request) {
   if (request.files.empty()) return "no file or directory is given";
   if (namesStandardInput(request.files))
-    return "standard input is not looked at; a file of the name - is ./-";
+    return "standard input is not allowed here; for a file with the name - give ./-";
   return {};
 }
 
@@ -275,8 +280,8 @@ std::string complete(const InfoRequest& request) {
 
 int runOrblog(int argc, char** argv) {
   orbtool::CommandLine line("orblog",
-                            "Read the encrypted log files of the library, with the private key "
-                            "that they were made for.");
+                            "Decrypt the encrypted log files of the library with the private key "
+                            "that belongs to them.");
   DecryptRequest decrypt;
   InfoRequest info;
   KeyFilesRequest keygen;

@@ -42,7 +42,7 @@ void Console::report(const std::string& file, const std::vector<Finding>& findin
 void Console::reportUntold() {
   for (const auto& [file, count] : mTold) {
     if (count > kToldPerFile)
-      print(file + ": and " + std::to_string(count - kToldPerFile) + " places more like these");
+      print(file + ": and " + std::to_string(count - kToldPerFile) + " more places like these");
   }
   mTold.clear();
 }

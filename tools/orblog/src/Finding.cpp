@@ -18,29 +18,26 @@ std::string causeText(const Finding& finding) {
     case Finding::Cause::Text:
       return "a text file, not an encrypted log file";
     case Finding::Cause::NoLog:
-      return "not an encrypted log file, or one that is damaged from its start on: neither a "
-             "header "
-             "nor records begin here";
+      return "not an encrypted log file, or damaged from its start: it begins neither with a "
+             "header nor with a record";
     case Finding::Cause::OtherSize:
       return "made for another private key, of up to " + number(finding.headerBits) +
              " bits; this one has " + number(finding.keyBits);
     case Finding::Cause::Damaged:
-      return "the header is damaged: no session key comes out of it, and the records behind it "
-             "have "
-             "that of " +
+      return "the header is damaged and gives no session key; the records after it have the "
+             "session key of " +
              finding.origin;
     case Finding::Cause::Either:
-      return "no session key comes out of the header with this private key: either the header is "
-             "damaged, or the file was written under another key; the records behind it are in "
-             "order";
+      return "the header gives no session key with this private key: the header is damaged, or the "
+             "file was written for another key; the records after it are correct";
     case Finding::Cause::EitherBesideReadable:
-      return "no session key comes out of the header with this private key, which opens other "
-             "files given: the header is damaged, or made for another key";
+      return "the header gives no session key with this private key, which fits other given files: "
+             "the header is damaged, or made for another key";
     case Finding::Cause::Unknown:
       break;
   }
-  return "no session key comes out of the header with this private key: another key, a damaged "
-         "header, or not an encrypted log file";
+  return "the header gives no session key with this private key: another key, a damaged header, or "
+         "not an encrypted log file";
 }
 
 std::string bytes(uint64_t count) { return number(count) + (count == 1 ? " byte" : " bytes"); }
@@ -64,7 +61,7 @@ std::string Finding::text() const {
     case Kind::HeaderZero:
       what =
           "the header is all zeros: the session key could not be wrapped when the file was made, "
-          "as with a public key that is too small for it, so nobody can read its records";
+          "for example because the public key is too small; nobody can read the records";
       break;
     case Kind::HeaderUnreadable:
       what = causeText(*this);
@@ -81,7 +78,7 @@ std::string Finding::text() const {
           origin;
       break;
     case Kind::SecondHeader:
-      what = "another header begins here; reading on with its session key";
+      what = "another header begins here; continuing with its session key";
       break;
     case Kind::FailedRecords:
       what = value == 1 ? "a record of " + present + " fails authentication"
@@ -89,7 +86,7 @@ std::string Finding::text() const {
       what += after;
       break;
     case Kind::FailedBytes:
-      what = "a record fails authentication and its length leads to no other (" + present + ")" +
+      what = "a record fails authentication and no record follows at its length (" + present + ")" +
              after;
       break;
     case Kind::WrongLength:

@@ -236,12 +236,12 @@ void KeyFolder::recover(std::vector<std::string>& notes) const {
     if (wasHalfDone && !work.undo()) {
       notes.push_back(path +
                       ": holds files that a killed run was about to replace; they cannot be "
-                      "put back, since others have their names");
+                      "restored, because other files have their names");
       continue;
     }
     work.remove();
-    notes.push_back(mDirectory + (wasHalfDone ? ": undid what a killed run had begun"
-                                              : ": removed what a killed run had left"));
+    notes.push_back(mDirectory + (wasHalfDone ? ": undid the changes of a killed run"
+                                              : ": removed the files that a killed run left"));
   }
 }
 

@@ -47,7 +47,8 @@ bool holds(const std::string& text, const char* part) {
 
 // Why no private key came out of a file of this text.
 std::string whyNone(const Opener& opener, const std::string& text) {
-  if (!opener.error.empty()) return "the key is encrypted, and no passphrase came: " + opener.error;
+  if (!opener.error.empty())
+    return "the key is encrypted and there is no passphrase: " + opener.error;
   if (opener.wasAsked) return "the passphrase is wrong";
   if (holds(text, "PRIVATE KEY-----")) return "a private key, but a damaged one";
   if (holds(text, "-----BEGIN PUBLIC KEY-----") || holds(text, "-----BEGIN RSA PUBLIC KEY-----"))

@@ -352,7 +352,7 @@ TEST_F(OrblogKeyFolder, RemainsOfAKilledRunAreToldOf) {
   ASSERT_EQ(keygenInChild(killed, false), -1);
   EXPECT_EQ(names().size(), 2u);
   EXPECT_TRUE(keygen()) << error;
-  EXPECT_EQ(notes, Names{keys.string() + ": undid what a killed run had begun"});
+  EXPECT_EQ(notes, Names{keys.string() + ": undid the changes of a killed run"});
   expectWholeAndNothingElse();
 }
 
@@ -370,8 +370,8 @@ TEST_F(OrblogKeyFolder, FormerFileWhoseNameIsTakenIsKeptAndToldOf) {
   writeFile(keys / kNames[1], foreign);
   EXPECT_FALSE(keygen());
   EXPECT_EQ(notes, Names{kept.parent_path().string() +
-                         ": holds files that a killed run was about to replace; they cannot be put "
-                         "back, since others have their names"});
+                         ": holds files that a killed run was about to replace; they cannot be "
+                         "restored, because other files have their names"});
   EXPECT_EQ(readFile(kept), former[1]);
   EXPECT_EQ(readFile(keys / kNames[1]), foreign);
 }

@@ -124,9 +124,8 @@ TEST_F(OrblogParser, LengthThatCoversTheNextRecordDoesNotHideIt) {
   file[643] = static_cast<uint8_t>(length >> 8);
   parse(file);
   EXPECT_EQ(texts(), (Texts{first, third, "fourth"}));
-  EXPECT_EQ(findings(),
-            Texts{"offset 642: a record fails authentication and its length leads to no "
-                  "other (230 bytes); readable again at offset 872"});
+  EXPECT_EQ(findings(), Texts{"offset 642: a record fails authentication and no record follows at "
+                              "its length (230 bytes); readable again at offset 872"});
 }
 
 TEST_F(OrblogParser, MissingBytesInTheMiddleLoseOneRecord) {
@@ -203,9 +202,8 @@ TEST_F(OrblogParser, DamagedHeaderLeavesTheRecordsToAKnownKey) {
   file[0] = 0;
   parse(file);
   EXPECT_EQ(texts(), (Texts{first, second, third}));
-  EXPECT_EQ(findings(),
-            Texts{"offset 0: no session key comes out of the header with this private key: another "
-                  "key, a damaged header, or not an encrypted log file"});
+  EXPECT_EQ(findings(), Texts{"offset 0: the header gives no session key with this private key: "
+                              "another key, a damaged header, or not an encrypted log file"});
 }
 
 TEST_F(OrblogParser, DamagedHeaderAndFirstRecordAreSearchedPast) {
@@ -232,10 +230,9 @@ TEST_F(OrblogParser, HeaderOfZerosIsExplained) {
   std::fill_n(file.begin(), 512, uint8_t{0});
   parse(file);
   EXPECT_TRUE(out.records.empty());
-  EXPECT_EQ(findings(),
-            Texts{"offset 0: the header is all zeros: the session key could not be wrapped when "
-                  "the file was made, as with a public key that is too small for it, so nobody can "
-                  "read its records"});
+  EXPECT_EQ(findings(), Texts{"offset 0: the header is all zeros: the session key could not be "
+                              "wrapped when the file was made, for example because the public key "
+                              "is too small; nobody can read the records"});
 }
 
 TEST_F(OrblogParser, SecondHeaderInAFileIsFollowed) {
@@ -246,7 +243,7 @@ TEST_F(OrblogParser, SecondHeaderInAFileIsFollowed) {
   parse(file);
   EXPECT_EQ(texts(), (Texts{"theirs", "mine"}));
   EXPECT_EQ(findings(),
-            Texts{"offset 512: another header begins here; reading on with its session key"});
+            Texts{"offset 512: another header begins here; continuing with its session key"});
   EXPECT_FALSE(hasProblem());
 }
 
@@ -262,7 +259,7 @@ TEST_F(OrblogParser, SecondHeaderIsFollowedHoweverItComesInPieces) {
     parse(file, piece);
     EXPECT_EQ(texts(), (Texts{"mine", "theirs"})) << piece;
     EXPECT_EQ(findings(), Texts{"offset " + std::to_string(offset) +
-                                ": another header begins here; reading on with its session key"})
+                                ": another header begins here; continuing with its session key"})
         << piece;
   }
 }

@@ -141,7 +141,7 @@ TEST_F(OrblogPassphrase, FirstCtrlDEndsTheQuestion) {
   ASSERT_TRUE(waitForQuestion()) << seen;
   type("\x04");
   expectFailure(
-      "the key is encrypted, and no passphrase came: what was typed is empty, so it is no "
+      "the key is encrypted and there is no passphrase: what was typed is empty, so it is no "
       "passphrase");
 }
 

@@ -86,7 +86,7 @@ TEST_F(OrblogTerminal, IsNoPlaceToTypeALog) {
   start.input = ptsname(master);
   const Result result = runOrblog({"decrypt", "--key", keyPair().path(), "-"}, start);
   EXPECT_EQ(result.err,
-            "orblog decrypt: standard input is a terminal, and nobody types an encrypted log; try "
+            "orblog decrypt: standard input is a terminal; give a file or a pipe; try "
             "'orblog decrypt --help'\n");
   EXPECT_EQ(result.status, 2);
   close(master);

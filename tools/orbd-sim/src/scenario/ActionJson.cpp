@@ -54,7 +54,7 @@ bool knowsRequest(uint32_t sdkType, const std::string& request) {
   return request.empty() || std::find(words.begin(), words.end(), request) != words.end();
 }
 
-// The fields that requests have: those of criteria.
+// The fields of a request. Only set-criteria has fields.
 std::string fieldWords(uint32_t sdkType, const std::string& request) {
   if (!request.empty() && request != "set-criteria") return {};
   if (sdkType == serviceNamed("lce")) return "transaction value1 value2 first second network";
@@ -111,14 +111,14 @@ std::optional<Action> sendOf(const Json& value, const std::string& place, std::s
 std::optional<Action> pauseOf(const Json& value, const std::string& place, std::string& error) {
   if (value.is_number()) return PauseAction{true, secondsOf(value)};
   if (value.get<bool>()) return PauseAction{true, {}};
-  error = place + ": true, or for how many seconds";
+  error = place + ": must be true or a number of seconds";
   return std::nullopt;
 }
 
 std::optional<Action> dropOf(const Json& value, const std::string& place, std::string& error) {
   if (value.is_number()) return DropAction{value.get<uint32_t>()};
   if (value.get<bool>()) return DropAction{};
-  error = place + ": true, or the number of a session";
+  error = place + ": must be true or a session number";
   return std::nullopt;
 }
 
@@ -143,7 +143,7 @@ std::optional<Action> readAction(const Json& json, const std::string& place, std
   const auto found = std::find_if(members.begin(), members.end(),
                                   [](const auto& member) { return member.key() != "at"; });
   if (found == members.end()) {
-    error = place + ": nothing that is to happen";
+    error = place + ": no event is given";
     return std::nullopt;
   }
   const std::string verb = found.key();
@@ -162,7 +162,7 @@ std::optional<Action> readAction(const Json& json, const std::string& place, std
   if (verb == "send") return sendOf(value, here, error);
   if (verb == "drop") return dropOf(value, here, error);
   if (verb == "status") return StatusAction{};
-  error = here + ": nothing that can happen";
+  error = here + ": no such event";
   return std::nullopt;
 }
 
@@ -195,7 +195,7 @@ std::optional<Expectation> expectationOf(const Json& json, const std::string& pl
       expectation.fields[field.key()] = fieldText(field.value());
       if ((" " + known + " ").find(" " + field.key() + " ") != std::string::npos) continue;
       error = placeOf(placeOf(place, verb), "fields") + ": no such field: " + field.key() + "; " +
-              (known.empty() ? "there are none" : "there are " + known);
+              (known.empty() ? "this request has no fields" : "fields are " + known);
       return std::nullopt;
     }
   }
@@ -233,20 +233,19 @@ struct Placed {
   std::string place;
 };
 
-// What goes together of steps in the order of time, as far as that can be told beforehand.
+// Checks steps in the order of time against the steps before them, as far as possible in advance.
 class Course {
  public:
   explicit Course(const ModelSettings& model) {
     if (!model.handoffs) mRat = model.rat;
   }
 
-  // Why it cannot happen, with its place; empty when nothing speaks against it.
+  // The reason why the step cannot happen, with its place; empty if it can.
   std::string wrongWith(const Placed& one) {
     const Milliseconds at = one.step.at;
     if (mHandoff && at >= *mHandoffEnd) arrive();
     if (const auto* const order = std::get_if<HandoffOrder>(&one.step.action)) {
-      if (mHandoffEnd && at < *mHandoffEnd)
-        return one.place + ": the handoff before it is not over";
+      if (mHandoffEnd && at < *mHandoffEnd) return one.place + ": the previous handoff is not over";
       if (mRat == order->target)
         return placeOf(placeOf(one.place, "handoff"), "to") + ": " + order->alreadyThere();
       mHandoff = *order;
@@ -271,7 +270,7 @@ class Course {
     mHandoff.reset();
   }
 
-  std::optional<std::string> mRat;  // without: the device goes where it likes
+  std::optional<std::string> mRat;  // empty: not known, the model chooses technologies
   std::optional<HandoffOrder> mHandoff;
   std::optional<Milliseconds> mHandoffEnd;
   std::optional<Milliseconds> mBack;

@@ -21,8 +21,8 @@ namespace {
 
 using valijson::adapters::NlohmannJsonAdapter;
 
-// The library judges, and this says what it means to people. It knows the part of the language of
-// schemas that ours is written in. Made for one value.
+// Explains why a value does not match the schema. The schema library decides whether it matches.
+// This class knows only the schema keywords that schema.json uses. One object is for one value.
 class Explanation {
  public:
   explicit Explanation(const Json& root) : mRoot(root) {}
@@ -31,7 +31,7 @@ class Explanation {
     const Json& rules = resolved(schema);
     for (const Json& also : rules.value("allOf", Json::array())) look(also, value, place);
     if (!fits(rules, value))
-      return say(place, value.dump() + " is wrong, allowed is " + allowed(rules));
+      return say(place, "wrong value " + value.dump() + "; allowed: " + allowed(rules));
     if (value.is_object()) lookAtMembers(rules, value, place);
     if (!value.is_array() || !rules.contains("items")) return;
     for (size_t i = 0; i < value.size(); ++i)
@@ -124,8 +124,8 @@ class Explanation {
     }
     if (type == "array") {
       const std::string list =
-          rules.value("uniqueItems", false) ? "a list, nothing twice" : "a list";
-      return rules.contains("items") ? list + ", of " + allowed(rules.at("items")) : list;
+          rules.value("uniqueItems", false) ? "a list without duplicates" : "a list";
+      return rules.contains("items") ? list + " of " + allowed(rules.at("items")) : list;
     }
     if (type == "boolean") return words.empty() ? "true or false" : join(words, ", ");
     if (type == "string") return words.empty() ? "a text" : join(words, ", ");
@@ -154,22 +154,22 @@ class Explanation {
         look(others, member.value(), there);
       } else if (others.is_boolean()) {
         unknown = true;
-        say(place, "there is no " + member.key() + ", allowed are " + join(namesOf(members), ", "));
+        say(place, "unknown member " + member.key() + "; allowed: " + join(namesOf(members), ", "));
       }
     }
     if (misses || unknown) return;
     const std::string one = "allowed is one of " + join(namesOf(members, required), ", ");
     if (value.size() < rules.value("minProperties", size_t{0}))
-      say(place, "nothing is there, " + one);
+      say(place, "a member is missing; " + one);
     if (value.size() > rules.value("maxProperties", value.size()))
-      say(place, join(namesOf(value, required), " and ") + " are too much, " + one);
+      say(place, join(namesOf(value, required), " and ") + " together; " + one);
   }
 
   const Json& mRoot;
   std::vector<std::string> mFaults;
 };
 
-// Faults in the order of the schema; of what only the library finds wrong, its own words.
+// Faults in the order of the schema. If only the library finds a fault: the text of the library.
 std::vector<std::string> faultsOf(const Json& schemaJson, const Json& json) {
   valijson::Schema schema;
   valijson::SchemaParser parser;
