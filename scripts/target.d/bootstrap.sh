@@ -6,10 +6,10 @@
 #
 #   bin/ include/ lib/   compiler wrappers, the emulator's wrapper, libraries for the target
 #   sysroot/             the C library and libcrypto laid out as on a device
-#   zig/ zig-cache/      the compiler, and the C++ runtime as it has compiled it
-#   download/ stamp/ log/   what was fetched, what is done, and what the steps said
+#   zig/ zig-cache/      the compiler, and the C++ runtime that it compiled
+#   download/ stamp/ log/   downloads, marks of finished steps, output of the steps
 #
-# The folder may be moved, or packed and restored.
+# The folder can be moved, or packed and restored.
 # shellcheck disable=SC2154 # variables of scripts/target and of its other parts
 set -euo pipefail
 
@@ -19,17 +19,16 @@ fail() {
   exit "$1"
 }
 
-# lock DESCRIPTOR FOLDER WAY: until the descriptor is closed nobody else has the folder in a way that does
-# not go with this one.
+# lock DESCRIPTOR FOLDER WAY: locks the folder, --shared or --exclusive, until the descriptor is closed.
 lock() {
   flock --nonblock "$3" "$1" && return
   say "another run has $2; waiting for it to end"
   flock "$3" "$1"
 }
 
-# step NAME KEY FUNCTION...: runs the functions, unless that was done for this KEY with the functions as
-# they are. What they say goes to a log. Status 3 of one, "cannot be fetched", becomes this script's. Ends
-# with status 4 if there is something to do in a cache that others may use at the same time.
+# step NAME KEY FUNCTION...: runs the functions, unless they were already run for this KEY and have not
+# changed since. Their output goes to a log. If one ends with status 3 ("cannot be fetched"), this script
+# does, too. Status 4: there is something to do, but the lock of the cache is only shared.
 step() {
   local name=$1 key=$2 begin=$SECONDS status=0
   shift 2
@@ -38,9 +37,9 @@ step() {
   [[ $way == --exclusive ]] || exit 4
   install_build_tools 8>&- 9>&-
   say "$name ..."
-  # What is half done must not count as done when this recipe comes back.
+  # A half-done step must not count as done when the same recipe is used again.
   rm -f "$cache/stamp/$name"
-  # A shell of its own: a function whose status is looked at would go on after an error.
+  # In a subshell, because set -e has no effect in a function whose status is tested.
   set +e
   (
     set -euo pipefail
@@ -51,20 +50,20 @@ step() {
   if ((status != 0)); then
     tail -n 25 "$cache/log/$name" >&2
     ((status == 3)) || status=1
-    fail "$status" "the step '$name' failed; all that it said: $cache/log/$name"
+    fail "$status" "the step '$name' failed; its whole output: $cache/log/$name"
   fi
   printf '%s\n' "$key" >"$cache/stamp/$name"
   say "$name: $((SECONDS - begin)) s"
 }
 
-# The Debian packages that are needed beyond those of every build: always, and to fill the cache, so that
-# a machine without them can use one that is full.
+# More Debian packages: those that every run needs, and those that only filling the cache needs. A machine
+# without the second can use a full cache.
 install_tools() {
   "$repository/scripts/setup" ccache util-linux qemu-user-static || exit 3
 }
 install_build_tools() {
   local packages=(apt perl make xz-utils bzip2)
-  # Any npm will do; Debian's would be in the way of another's node.
+  # Any npm is good. Debian's npm would conflict with the node of another npm.
   [[ -d $cache/zig ]] || command -v npm >/dev/null || packages+=(npm)
   "$repository/scripts/setup" "${packages[@]}" || exit 3
 }
@@ -78,8 +77,8 @@ bootstrap() {
   use_cache
 }
 
-# Runs share the cache while they use it. One that has to fill it waits for the others, and looks at it
-# again afterwards: between the two kinds of lock it may have been another's.
+# Runs share the cache while they use it. A run that has to fill it waits for the others and then checks it
+# again, because another run can fill it between the two locks.
 use_cache() {
   local way=--shared status
   while :; do
@@ -88,11 +87,11 @@ use_cache() {
     set +e
     (
       set -euo pipefail
-      # Meant for builds of this machine's programs, or for a caller's own.
+      # These variables are for builds of host programs.
       unset CFLAGS CXXFLAGS CPPFLAGS LDFLAGS CPATH C_INCLUDE_PATH CPLUS_INCLUDE_PATH LIBRARY_PATH DESTDIR \
         MAKEFLAGS CMAKE_PREFIX_PATH CMAKE_TOOLCHAIN_FILE CMAKE_GENERATOR CMAKE_BUILD_TYPE \
         CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER APT_CONFIG
-      # Not in the home folder, and gone with the rest.
+      # Below work, so that it is removed with it, and not in the home folder.
       export npm_config_cache=$cache/work/npm-cache
       all_steps
     )
@@ -109,15 +108,15 @@ use_cache() {
 
 all_steps() {
   local versions how others status=0
-  # The archive's index is as old as the run that fetched it.
+  # Removed so that this run fetches a new index of the archive.
   rm -rf "$cache/work/apt"
   step compiler "$zig_version" fetch_zig
   step sources "${debian_sources[*]} $(protoc --version)" fetch_debian
   versions="zig $zig_version, $(downloaded_versions)"
   how=$target_flags\ $(declare -f wrapper configured cross_cmake pc_file | cksum)
   step tools "$versions $how" make_wrappers make_helpers
-  # Two at a time: a configure script has one process only. Both in the background: in a list whose
-  # status is asked for, a step would go on after an error.
+  # Two at a time, because a configure script uses one process only. Both in the background, because
+  # set -e has no effect in a list whose status is tested.
   (
     step libgpg-error "$versions $how" build_gpg_error
     step libgcrypt "$versions $how" build_gcrypt

@@ -6,7 +6,7 @@
 # shellcheck disable=SC2154 # variables of scripts/target and of its other parts
 set -euo pipefail
 
-# They find the cache folder from their own place, so that it may be moved.
+# Wrappers find the cache folder by their own path, so that the folder can be moved.
 wrapper() { # wrapper NAME LINE...
   local file=$cache/bin/$triple-$1
   shift
@@ -18,10 +18,11 @@ wrapper() { # wrapper NAME LINE...
 
 make_wrappers() {
   local tool
-  # Of the compiler's two caches the global one has the C++ runtime, which it compiles on first use; the
-  # local one has every object ever compiled and can be deleted at will.
-  # It marks programs with a stack of 16 MiB, from which musl takes what a thread gets unasked: 8 MiB here
-  # and 128 KiB on a device. The mark is set to musl's own, so that what overflows there does so here.
+  # The compiler has two caches. The global one has the C++ runtime, which it compiles on first use. The
+  # local one has every compiled object and can be deleted at any time.
+  # The compiler marks programs with a stack of 16 MiB. musl takes the default stack of threads from this
+  # mark: 8 MiB, but 128 KiB on a device. The mark is set to musl's default, so that a stack overflow of
+  # the device also happens here.
   # shellcheck disable=SC2016
   for tool in cc c++; do
     # shellcheck disable=SC2016
@@ -32,15 +33,15 @@ make_wrappers() {
   done
   # shellcheck disable=SC2016
   for tool in ar ranlib; do wrapper "$tool" "exec \"\$cache/zig/zig\" $tool \"\$@\""; done
-  # The compiler's own objcopy takes a file and writes another; strip changes those it is given.
+  # The compiler's objcopy writes another file; strip must change the given files.
   # shellcheck disable=SC2016
   wrapper strip 'for file; do' '  case $file in -*) continue ;; esac' \
     '  "$cache/zig/zig" objcopy --strip-all "$file" "$file.stripped" &&' \
     '    cat "$file.stripped" >"$file" && rm "$file.stripped" || exit 1' 'done'
-  # ORB_STARTED_AS is what the program is to know itself by, ORB_STARTED_DESCRIPTORS its limit of them.
-  # Tests see in ORB_EMULATED what they cannot measure. No core files: the emulator writes one of its
-  # own for each program that aborts on purpose. The emulator is found whatever PATH the program is to have,
-  # and while there are descriptors enough to look for it.
+  # ORB_STARTED_AS is the argv[0] of the program, ORB_STARTED_DESCRIPTORS its limit of descriptors.
+  # ORB_EMULATED tells tests that they cannot measure some things. Core files are off, because the emulator
+  # writes its own core file for each program that aborts on purpose. The emulator is searched with
+  # /usr/bin added to PATH, and before the limit of descriptors is set.
   # shellcheck disable=SC2016
   wrapper run 'if [ -n "${ORB_STARTED_AS-}" ]; then set -- -0 "$ORB_STARTED_AS" "$@"; fi' \
     'limit=${ORB_STARTED_DESCRIPTORS-}' 'unset ORB_STARTED_AS ORB_STARTED_DESCRIPTORS' \
@@ -54,7 +55,7 @@ make_helpers() {
   : >"$cache/work/empty.c"
   "$cache/bin/$triple-cc" -shared -fPIC -s -Wl,-soname,libforce-dynamic.so "$cache/work/empty.c" \
     -o "$cache/lib/libforce-dynamic.so"
-  # Starts only where target programs do.
+  # This program starts only if target programs can be started.
   echo 'int main(void) { return 0; }' >"$cache/work/true.c"
   "$cache/bin/$triple-cc" -fPIE -pie -s "$cache/work/true.c" "$cache/lib/libforce-dynamic.so" \
     -o "$cache/bin/$triple-true"
@@ -71,7 +72,7 @@ make_sysroot() {
   cp "$cache"/lib/{libforce-dynamic.so,libcrypto.so.3} "$cache/sysroot/usr/lib/$triple/"
 }
 
-# One small program that has to do with every part.
+# Builds and runs one small program that uses every part.
 smoke_test() {
   local have want
   want=$(source_version protobuf)

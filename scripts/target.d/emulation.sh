@@ -6,16 +6,16 @@
 # shellcheck disable=SC2154 # variables of scripts/target and of its other parts
 set -euo pipefail
 
-# What the kernel knows an AArch64 program by, in the words of binfmt_misc. F: the emulator is opened
-# now, so that it is there in every other root as well.
+# The entry for binfmt_misc by which the kernel recognises an AArch64 program. F: the kernel opens the
+# emulator now, so that it also works in every other root.
 binfmt_entry() {
   local any='\xff\xff\xff\xff\xff\xff\xff\x00\xff\xff\xff\xff\xff\xff\xff\xff\xfe\xff\xff\xff'
   local magic='\x7fELF\x02\x01\x01\x00\x00\x00\x00\x00\x00\x00\x00\x00\x02\x00\xb7\x00'
   printf ':orb-aarch64:M::%s:%s:%s:F' "$magic" "$any" "$(command -v qemu-aarch64-static)"
 }
 
-# Runs a command where the kernel starts target programs by itself: in a user namespace with a
-# binfmt_misc of its own, which takes no privilege (Linux 6.7 and later). The machine stays as it is.
+# Runs a command in a user namespace with its own binfmt_misc, in which the kernel starts target programs.
+# This needs no privilege (Linux 6.7 and later) and does not change the machine.
 in_namespace() {
   # shellcheck disable=SC2016
   unshare --user --map-current-user --keep-caps --mount bash -c '
@@ -33,7 +33,7 @@ program_starts() {
   QEMU_LD_PREFIX=$cache/sysroot "$@" "$cache/bin/aarch64-linux-musl-true" >/dev/null 2>&1
 }
 
-# The way in which target programs start here.
+# How target programs are started here: kernel, namespace or emulator.
 way_of_starting() {
   if [[ $binfmt == no ]]; then
     echo emulator
@@ -47,16 +47,16 @@ way_of_starting() {
   fi
 }
 
-# emulated COMMAND...: where target programs start.
+# emulated COMMAND...: runs the command in an environment that can start target programs.
 emulated() {
   local way
   [[ -e $cache/versions ]] || fail 1 "nothing is built yet: scripts/target build"
   export QEMU_LD_PREFIX=$cache/sysroot ORB_EMULATED=1
   way=$(way_of_starting) || exit 1
   case $way in
-    kernel) say "target programs are started by the kernel" ;;
-    namespace) say "target programs are started by the kernel (binfmt_misc in a user namespace)" ;;
-    emulator) say "target programs are started with the emulator in front: $cache/bin/$triple-run" ;;
+    kernel) say "the kernel starts target programs" ;;
+    namespace) say "the kernel starts target programs (binfmt_misc in a user namespace)" ;;
+    emulator) say "target programs are started through the emulator: $cache/bin/$triple-run" ;;
   esac
   # A sandbox has a /tmp of its own.
   [[ $cache != /tmp/* ]] || export ORB_SANDBOX_BIND=$cache${ORB_SANDBOX_BIND:+:$ORB_SANDBOX_BIND}
@@ -65,7 +65,7 @@ emulated() {
 
 tests_of() { ctest --preset "$1" -N | sed -nE 's/^ *Test +#[0-9]+: //p'; }
 
-# The tests that this machine has and the target lacks, but for those that are named with a reason.
+# The tests that this machine has and the target does not have, without those that have a given reason.
 unnamed_tests() {
   comm -23 <(tests_of dev | sort) <({ tests_of aarch64-musl; sed 's/[,:].*//' "$build/not_run.txt"; } | sort -u)
 }
@@ -74,7 +74,7 @@ run_tests() {
   local status=0
   cd "$repository"
   say "running the tests"
-  # Many tests wait more than they compute.
+  # Many tests mostly wait, so more tests than processors run.
   emulated ctest --preset aarch64-musl -j "$((jobs * 3 / 2))" --no-tests=error "$@" || status=1
   if [[ -s $build/not_run.txt ]]; then
     echo "Not run on the target:"

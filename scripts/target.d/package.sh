@@ -2,12 +2,12 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# Sourced by scripts/target: one archive for a device, and a device to try it on that has nothing.
+# Sourced by scripts/target: makes one archive for a device and tests it in an empty root.
 # shellcheck disable=SC2154 # variables of scripts/target and of its other parts
 set -euo pipefail
 
-# What is installed is in bin, lib, include and share; what tests open or start in build, under the
-# names that it has in a build (tests/support/Built.h).
+# Installed files are in bin, lib, include and share. Files that tests open or start are in build, under
+# the names that they have in a build (tests/support/Built.h).
 make_package() {
   local version stage file name
   version=$(sed -n 's/^CMAKE_PROJECT_VERSION:[A-Z]*=//p' "$build/CMakeCache.txt")
@@ -20,7 +20,7 @@ make_package() {
   cp -L "$cache/lib/libcrypto.so.3" "$stage/lib/"
   (
     cd "$build"
-    # What a test of packages that failed has left below its folder is none of ours.
+    # Files that a failed test of packages left are excluded.
     find examples tests -type f -perm -u+x ! -name '*.o' ! -name '*.sh' \
       ! -path 'tests/package/*/*/*' -print
     find tests/hooks -name '*.so'
@@ -32,7 +32,7 @@ make_package() {
   mkdir -p "$stage/build/tests/golden"
   cp "$repository"/tests/golden/*.{hex,txt,pem} "$stage/build/tests/golden/"
   cp "$repository/tests/device/run-tests" "$repository/LICENSE" "$stage/"
-  # Shared libraries and started programs are there once.
+  # Shared libraries and started programs are links, so that each is in the archive once.
   (cd "$build" && find . -maxdepth 1 -name 'libOrbSdlSdk.so*'; find platform/host -name 'lib*.so*') |
     while read -r file; do
       mkdir -p "$stage/build/$(dirname "$file")"
@@ -48,19 +48,19 @@ make_package() {
   say "made $archive ($(stat -c %s "$archive") bytes, $(wc -l <"$stage/tests.txt") tests)"
 }
 
-# started/NAME of the archive leads to the program, wherever that is.
+# started/NAME in the archive is a link to the program.
 link_started() {
   local program
   program=$(cd "$stage" && find bin build/tests -type f -name "$1" | head -n 1)
   [[ -z $program ]] || ln -s "../../$program" "$stage/build/started/$1"
 }
 
-# An empty root: the C library, a shell, and what was unpacked where a device can be written to.
+# Runs the tests in an empty root: the C library, a shell, and the archive unpacked in /data.
 check_package() {
   local root=$build/package/root status=0 way
   way=$(way_of_starting) || exit 1
   [[ $way != emulator ]] || {
-    say "NOT CHECKED: programs of an empty root start only where the kernel starts target programs"
+    say "NOT CHECKED: in an empty root, target programs start only if the kernel starts them"
     return 0
   }
   rm -rf "$root"

@@ -103,7 +103,7 @@ cat >"$work/bin/bwrap" <<'EOF'
 echo "bwrap: No permissions to create new namespace" >&2
 exit 1
 EOF
-expect_words 1 "$name: no namespaces may be made here (bwrap: No permissions*try '$name --redirect'" true
+expect_words 1 "$name: namespaces cannot be made here (bwrap: No permissions*try '$name --redirect'" true
 mkdir "$work/few"
 for tool in bash dirname readlink realpath sed; do ln -s "$(type -P "$tool")" "$work/few/"; done
 ln -s "$(type -P true)" "$work/few/true"
@@ -111,8 +111,8 @@ PATH=$work/few expect_words 1 "$name: bubblewrap is not installed*try '$name --r
 [[ $("$sandbox" -h) == "$("$sandbox" --help)" && $("$sandbox" --help) == "Usage: $name "* ]] || fail "--help"
 [[ $("$sandbox" --version) =~ ^"$name "[0-9.]+$ && $("$sandbox" -V) == "$("$sandbox" --version)" ]] ||
   fail "--version"
-expect_words 2 "$name: --completion is bash or zsh; try '$name --help'" --completion fish
-expect_words 2 "$name: --completion is bash or zsh; try '$name --help'" --completion
+expect_words 2 "$name: --completion must be bash or zsh; try '$name --help'" --completion fish
+expect_words 2 "$name: --completion must be bash or zsh; try '$name --help'" --completion
 [[ $("$sandbox" --completion=bash) == "$("$sandbox" --completion bash)" ]] || fail "--completion=bash"
 [[ $("$sandbox" --completion zsh) == "#compdef $name"* ]] || fail "--completion zsh"
 

@@ -54,7 +54,7 @@ mkdir "$work/foreign"
 for cache in "--cache $work/foreign" "--cache=$work/foreign"; do
   for command in build test shell package; do
     # shellcheck disable=SC2086 # two words, or one
-    refused 2 "target: $work/foreign is not empty and was not made by this script; name another folder \
+    refused 2 "target: $work/foreign is not empty and was not made by this script; give another folder \
 with --cache; try --help" $cache $command
   done
 done
@@ -62,12 +62,12 @@ done
 for cache in --cache --cache=; do refused 2 "target: --cache needs a directory; try --help" $cache; done
 for binfmt in --binfmt "--binfmt maybe" --binfmt= --binfmt=maybe; do
   # shellcheck disable=SC2086
-  refused 2 "target: --binfmt is yes or no; try --help" $binfmt
+  refused 2 "target: --binfmt must be yes or no; try --help" $binfmt
 done
 for option in --cach=x --help=x; do refused 2 "target: unknown option: $option; try --help" "$option"; done
 refused 2 "target: *directory*/dev/null*; try --help" --cache=/dev/null/cache build
 refused 2 "target: no command given; try --help" --binfmt=no --cache="$work/cache"
-refused 3 "target: no compiler can be made in a folder with blanks: $work/a b; name another with --cache" \
+refused 3 "target: the compiler does not work in a folder with blanks: $work/a b; give another one with --cache" \
   --cache="$work/a b" build
 refused 1 "target: nothing is built yet: scripts/target build" --binfmt=no --cache="$work/cache" shell true
 
