@@ -22,7 +22,7 @@ const CLI::App* commandOf(const CLI::App& app, const std::string& word) {
   return found == commands.end() ? nullptr : *found;
 }
 
-// The command that the words in front of "--" name, or the tool itself.
+// The command that the words before "--" name, or the tool itself.
 const CLI::App& commandNamed(const CLI::App& app, const std::vector<std::string>& words) {
   const CLI::App* command = &app;
   for (const std::string& word : words) {
@@ -32,7 +32,8 @@ const CLI::App& commandNamed(const CLI::App& app, const std::vector<std::string>
   return *command;
 }
 
-// An option's whole name, the given one where it is no abbreviation or that of several.
+// The full name of an option. Returns the given name if it is not an abbreviation or if it is
+// ambiguous.
 std::string whole(const CLI::App& app, const std::string& name) {
   std::vector<std::string> longer;
   for (const CLI::Option* option : app.get_options()) {
@@ -44,10 +45,10 @@ std::string whole(const CLI::App& app, const std::string& name) {
   return longer.size() == 1 ? longer.front() : name;
 }
 
-// What was wrong, on one line, and in our words where it happens most.
+// The reason of a parse error on one line, with own texts for the most frequent errors.
 std::string reasonOf(const CLI::ParseError& error) {
   std::string text = error.what();
-  if (text.compare(0, 2, ": ") == 0) text = kCompletion + text;  // what is hidden has no name
+  if (text.compare(0, 2, ": ") == 0) text = kCompletion + text;  // a hidden option has no name here
   std::replace(text.begin(), text.end(), '\n', ' ');
   text.erase(text.find_last_not_of(' ') + 1);
   if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) &&
@@ -56,7 +57,7 @@ std::string reasonOf(const CLI::ParseError& error) {
   return text;
 }
 
-// The words that nothing takes, in their order.
+// The reason for words that no option or command accepts.
 std::string reasonFor(const std::vector<std::string>& extra) {
   const std::string words = CLI::detail::join(extra, " ");
   return (words.compare(0, 1, "-") == 0 ? "unknown option: " : "unexpected argument: ") + words;
@@ -80,12 +81,12 @@ std::vector<std::string> withWholeOptions(const CLI::App& app, std::vector<std::
 
 CommandLine::CommandLine(const std::string& name, const std::string& description)
     : mApp(description, name) {
-  // Of an option that is given several times the last one counts, unless it gathers values.
+  // If an option is given several times, the last one counts, except if it collects values.
   mApp.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   mApp.set_help_flag("-h,--help",
                      "Print this help and exit; after a command: the help of that command");
   mApp.set_version_flag("-V,--version", name + " " ORB_TOOL_VERSION, "Print the version and exit");
-  // For those who build packages, not for people: it stays out of the help.
+  // For package builders, so it is not in the help.
   mApp.add_option(kCompletion, mShell)->check(CLI::IsMember({"bash", "zsh"}))->group("");
   const auto help = std::make_shared<HelpText>();
   help->label("Positionals", "Arguments");
@@ -97,7 +98,7 @@ void CommandLine::keepRest(const CLI::App& command, std::vector<std::string>& wo
   mRests[&command] = &words;
 }
 
-// The parser would take words in brackets for lists, and those of another program may be anything.
+// These words must not reach the parser: it would read words in brackets as lists.
 void CommandLine::takeRest(std::vector<std::string>& words) const {
   const auto rest = mRests.find(&commandNamed(mApp, words));
   const auto dashes = std::find(words.begin(), words.end(), "--");
@@ -110,8 +111,8 @@ std::optional<int> CommandLine::parse(int argc, const char* const* argv) {
   std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
   takeRest(words);
   words = withWholeOptions(mApp, std::move(words));
-  std::reverse(words.begin(), words.end());  // as the parser takes them
-  // A command that the tool requires is not missed by those who ask for these.
+  std::reverse(words.begin(), words.end());  // the parser expects them in reverse order
+  // --help, --version and --completion do not need the command that the tool requires.
   try {
     mApp.parse(words);
   } catch (const CLI::Success& wanted) {

@@ -23,7 +23,7 @@ void add(std::string& words, const std::string& more, const char* between = " ")
   words += more;
 }
 
-// The values that there are, where an option's check tells them: "{auto,always,never}".
+// The possible values, if the check of the option lists them: "{auto,always,never}".
 std::string valuesOf(const CLI::Option& option) {
   const std::string type = option.get_type_name();
   const size_t begin = type.find('{'), end = type.rfind('}');
@@ -33,8 +33,8 @@ std::string valuesOf(const CLI::Option& option) {
   return values;
 }
 
-// What shells are told of a tool: patterns and cases of their "case", each by the words of commands
-// that were typed.
+// Parts of the shell script: patterns and cases of its "case" statements, each for the words of
+// typed commands.
 struct Tables {
   std::string commands, takers;        // patterns; takers: options with a value
   std::string values, options, words;  // cases
@@ -74,7 +74,8 @@ std::string switchOn(const char* word, const std::string& cases) {
   return "    case \"" + std::string(word) + "\" in\n" + cases + "    esac\n";
 }
 
-// What both shells do. Bash takes "--option=value" for three words, zsh for one.
+// The part that is the same for both shells. Bash splits "--option=value" into three words, zsh
+// does not.
 std::string bodyOf(const Tables& tables) {
   std::string steps;
   if (!tables.takers.empty()) steps += "      " + tables.takers + ") taking=\"$given $typed\" ;;\n";
@@ -112,7 +113,7 @@ std::vector<const CLI::Option*> optionsOf(const CLI::App& app) {
   return options;
 }
 
-// A name of its own for each variable: zsh has a meaning for "path" and "words".
+// Variables must not have the names "path" and "words", which are special in zsh.
 std::string completion(const CLI::App& app, const std::string& shell) {
   const std::string& name = app.get_name();
   const bool bash = shell == "bash";
@@ -126,14 +127,15 @@ std::string completion(const CLI::App& app, const std::string& shell) {
           "\"\n  for typed in \"" +
           (bash ? "${COMP_WORDS[@]:1:COMP_CWORD-1}" : "${(@)words[2,CURRENT-1]}") + "\"; do\n" +
           bodyOf(tables);
-  // Where nothing is known, files are offered.
+  // If there are no choices, the shell offers files.
   if (bash) {
     return text +
            "  mapfile -t COMPREPLY < <(compgen -W \"$choices\" -- \"${current#=}\")\n"
            "}\ncomplete -o default -F " +
            function + " " + name + "\n";
   }
-  // Loaded at the first use from a file of the function's name, or read as a whole.
+  // zsh either loads this from a file with the name of the function at the first use, or reads it
+  // as a whole.
   return text +
          "  [[ $current != --*=* ]] || compset -P '*='\n"
          "  if [[ -n $choices ]]; then\n    compadd -- ${=choices}\n  else\n    _files\n  fi\n}\n"

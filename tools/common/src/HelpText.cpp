@@ -13,7 +13,7 @@ namespace {
 constexpr size_t kColumn = 26;
 constexpr size_t kWidth = 80;
 
-// The text broken between words, all lines but the first behind the indentation.
+// Wraps the text between words. All lines except the first are indented.
 std::string broken(const std::string& text, size_t indentation) {
   std::istringstream words(text);
   std::string lines, word;
@@ -47,14 +47,14 @@ std::string namesOf(const CLI::Option& option) {
   for (const std::string& name : option.get_lnames())
     names += (names.empty() ? "--" : ", --") + name;
   if (option.get_type_size() == 0) return names;  // a flag
-  // What its check tells behind that stands in the description.
+  // Text after the colon is not shown; the description has it.
   const std::string type = option.get_type_name();
   return names + " " + type.substr(0, type.find(':'));
 }
 
 }  // namespace
 
-// What stands in the tool's own help otherwise, and can be given behind the command, too.
+// Adds the options of the tool that are also allowed after the command.
 std::string HelpText::make_inherited(const CLI::App& app) const {
   std::string text;
   const std::vector<const CLI::Option*> own = app.get_options();

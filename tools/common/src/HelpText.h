@@ -7,9 +7,9 @@
 
 namespace orbtool {
 
-// A tool's --help as GNU programs print it: how to call it first, then what it does, options and
-// commands in a column, texts broken before the 80th one. Defaults and environment variables stand
-// behind an option's description.
+// Prints --help in the format of GNU programs: first the usage, then a description, then options
+// and commands in columns, wrapped at 80 characters. Default values and environment variables
+// follow the description of an option.
 class HelpText : public CLI::Formatter {
  public:
   std::string make_help(const CLI::App* app, std::string name,

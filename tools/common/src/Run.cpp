@@ -14,7 +14,7 @@
 namespace orbtool {
 namespace {
 
-bool isTold = false;  // that output failed; of the main thread
+bool isTold = false;  // whether the tool has reported that output failed; main thread only
 
 int fail(const char* name, const char* reason) {
   std::fprintf(stderr, "%s: %s\n", name, reason);
@@ -31,7 +31,7 @@ int runGuarded(const char* name, const std::function<int()>& body) {
   }
 }
 
-// Why an earlier write failed, the C library no longer knows.
+// After an earlier write error, errno is lost; so this checks whether the reader is gone.
 bool isReaderGone() {
   pollfd output = {STDOUT_FILENO, POLLOUT, 0};
   return ::poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0;
@@ -44,7 +44,7 @@ int runTool(const char* name, const std::function<int()>& body) {
   errno = 0;
   const bool failedBefore = std::ferror(stdout) != 0;
   const bool written = std::fflush(stdout) == 0 && !failedBefore;
-  // Nobody reads what an application with a closed output prints.
+  // An application with a closed standard output is not an error.
   if (written || isTold || errno == EBADF || errno == EPIPE || (errno == 0 && isReaderGone())) {
     return status;
   }

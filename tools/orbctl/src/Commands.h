@@ -7,8 +7,8 @@
 
 #include "orbctl/Plot.h"
 
-// What the commands do once their options are read; each gives the exit status. `watch` and
-// `report` are in orbctl/Watch.h.
+// Functions that run the commands after their options are read. Each returns the exit status.
+// `watch` and `report` are in orbctl/Watch.h.
 namespace orbctl {
 
 struct StatusSettings {

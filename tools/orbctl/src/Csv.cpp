@@ -8,7 +8,7 @@
 namespace orbctl {
 namespace {
 
-// None of the texts has a comma or a quote: they are words of this program.
+// No quoting is needed: all texts are words of this program without commas and quotes.
 struct CellText {
   std::string operator()(const std::string& value) const { return value; }
   std::string operator()(uint64_t value) const { return std::to_string(value); }

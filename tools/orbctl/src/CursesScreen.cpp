@@ -16,11 +16,11 @@
 namespace orbctl {
 namespace {
 
-// The screen by way of curses, which compares each picture with the last one.
+// Implements the screen with curses, which writes only what changed since the last picture.
 class CursesScreen : public Screen {
  public:
   CursesScreen(SCREEN* screen, bool colored) : mScreen(screen) {
-    // Signals are the program's to handle: keys alone are read here.
+    // curses must not handle signals, because the program handles them. It only reads keys.
     cbreak();
     noecho();
     nodelay(stdscr, TRUE);
@@ -49,7 +49,7 @@ class CursesScreen : public Screen {
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0)
       return;
     resizeterm(size.ws_row, size.ws_col);
-    // The terminal may have moved what was there.
+    // The terminal may have moved its contents.
     clearok(curscr, TRUE);
   }
 
@@ -71,7 +71,7 @@ class CursesScreen : public Screen {
   bool readKeys() override {
     for (int key = getch(); key != ERR; key = getch()) {
       if (key == 'q' || key == 'Q') return true;
-      if (key == '\f') clearok(curscr, TRUE);  // Ctrl-L, as everywhere
+      if (key == '\f') clearok(curscr, TRUE);  // Ctrl-L redraws, as in other programs
     }
     return false;
   }
@@ -96,7 +96,7 @@ class CursesScreen : public Screen {
 
 std::unique_ptr<Screen> openScreen(bool colored) {
   if (!isCapableTerminal(STDOUT_FILENO)) return nullptr;
-  // Characters alone: numbers keep their point.
+  // Only for characters: the locale of numbers stays unchanged.
   std::setlocale(LC_CTYPE, "");
   SCREEN* const screen = newterm(nullptr, stdout, stdin);
   if (screen == nullptr) return nullptr;

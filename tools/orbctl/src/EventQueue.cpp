@@ -18,7 +18,7 @@ void EventQueue::push(const Event& event) noexcept {
     const std::lock_guard<std::mutex> lock(mLock);
     bool kept = mEvents.size() < kMost;
     if (kept) {
-      // Nothing may be thrown through the library.
+      // No exception may pass through the library.
       try {
         mEvents.push_back(event);
       } catch (const std::bad_alloc&) {
@@ -27,15 +27,15 @@ void EventQueue::push(const Event& event) noexcept {
     }
     if (!kept) ++mLost;
   }
-  // It can fail only while the count is at its end, and then the descriptor is readable.
+  // This fails only if the counter is at its maximum, and then the descriptor is already readable.
   const uint64_t one = 1;
   while (write(mWake.get(), &one, sizeof one) < 0 && errno == EINTR) {
   }
 }
 
 std::vector<Event> EventQueue::take(size_t& lost) {
-  // First the count, then the events: one that comes in between makes the descriptor readable
-  // again.
+  // Read the counter first, then the events. An event that comes in between makes the descriptor
+  // readable again.
   uint64_t count = 0;
   while (read(mWake.get(), &count, sizeof count) < 0 && errno == EINTR) {
   }

@@ -17,7 +17,7 @@ bool Following::handle(const Event& event, std::optional<Event>& more) {
   mLast[indexOf(event.service)] = status->status;
   const bool asking = mAsking == event.service;
   if (status->status == STATUS_SERVICE_DOWN) {
-    // Every service hears of each connection that is lost, so one loss is told again and again.
+    // Every service reports each lost connection, so one loss is reported several times.
     const bool news = asking || state(event.service) != State::kAway;
     lost(event.service, event.at);
     more = daemonNews(event.service, event.at);
@@ -82,7 +82,7 @@ void Following::lost(Service service, Clock::time_point now) {
     mAsking.reset();
     attemptFailed(now);
   } else if (former != State::kAway) {
-    // A moment, in which the rest of the news of one loss come in.
+    // A short pause, during which the other reports of the same loss arrive.
     mNextAttempt = std::max(mNextAttempt, now + kFirstPause);
   }
 }
@@ -93,7 +93,7 @@ void Following::attemptFailed(Clock::time_point now) {
 }
 
 std::optional<Event> Following::daemonNews(Service service, Clock::time_point now) {
-  // One that refuses is there as well.
+  // A service that refuses also shows that the daemon is there.
   const bool up = std::any_of(mServices.begin(), mServices.end(), [this](Service each) {
     return state(each) == State::kUp || state(each) == State::kRefused;
   });

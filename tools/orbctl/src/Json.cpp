@@ -9,7 +9,7 @@
 namespace orbctl {
 namespace {
 
-// Keys in the order in which they are added. A path may hold bytes that are no UTF-8.
+// Keys keep their order. A path may contain bytes that are not UTF-8.
 std::string lineOf(const nlohmann::ordered_json& object) {
   return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }

@@ -7,8 +7,8 @@
 namespace orbctl {
 namespace {
 
-// Callbacks carry no pointer of the application's. They run on threads of the library, and only
-// while their service is enabled; the queue is there as long.
+// Static, because callbacks have no user-data pointer. Callbacks run on threads of the library only
+// while their service is enabled, and the queue lives at least as long.
 std::atomic<EventQueue*> theQueue{nullptr};
 PerService<std::atomic<uint32_t>> theGeneration = {};
 

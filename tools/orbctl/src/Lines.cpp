@@ -14,7 +14,7 @@ Style styleOf(status_e status) {
   return status == STATUS_SERVICE_DOWN ? Style::kBad : Style::kWarn;
 }
 
-// Adds what each kind of event says.
+// Adds the content of each kind of event.
 struct Teller {
   Row& row;
   const bool brief;

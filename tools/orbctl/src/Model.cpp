@@ -11,7 +11,7 @@
 namespace orbctl {
 
 void Series::add(double value) {
-  // One gap is as good as many.
+  // One gap is enough.
   if (std::isnan(value) && (mValues.empty() || std::isnan(mValues.back()))) return;
   mValues.push_back(value);
   if (mValues.size() > kMost) mValues.pop_front();
@@ -42,7 +42,7 @@ double Model::rateOf(Service service, Clock::time_point now) const {
   const auto& times = mTimes[indexOf(service)];
   const Clock::time_point from = std::max(mStart, now - kRateWindow);
   const auto count = std::count_if(times.begin(), times.end(), [&](auto at) { return at > from; });
-  // The first moments say nothing about a second.
+  // Too early to calculate a rate per second.
   const double seconds = std::max(std::chrono::duration<double>(now - from).count(), 1.0);
   return static_cast<double>(count) / seconds;
 }

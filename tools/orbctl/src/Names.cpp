@@ -8,7 +8,7 @@
 namespace orbctl {
 namespace {
 
-// A later version of the library may know values that this program does not.
+// A later version of the library may have values that this program does not know.
 constexpr char kUnknown[] = "unknown";
 
 template <typename Value, size_t kCount>

@@ -16,7 +16,7 @@
 namespace orbctl {
 namespace {
 
-// Writes texts to a stream; each flush tells of all writes since the last one.
+// Writes texts to a stream; flush() reports errors of all writes since the last flush().
 class TextOutput : public Output {
  public:
   explicit TextOutput(std::FILE* stream) : mStream(stream) {}
@@ -39,7 +39,7 @@ class TextOutput : public Output {
   }
 
   std::FILE* const mStream;
-  int mError = 0;  // the first one: some C libraries write before flush() does
+  int mError = 0;  // the first error: some C libraries write before flush()
 };
 
 class LineOutput : public TextOutput {
@@ -70,7 +70,7 @@ using File = std::unique_ptr<std::FILE, Closer>;
 
 class CsvOutput : public TextOutput {
  public:
-  // Of a file of its own, or of a stream that stays open.
+  // With its own file, or with a stream that stays open.
   CsvOutput(File file, std::FILE* stream, Clock::time_point start)
       : TextOutput(stream), mFile(std::move(file)), mStart(start) {
     write(csvHeader());

@@ -20,7 +20,7 @@
 namespace orbctl {
 namespace {
 
-constexpr int kListen = 10;  // TCP_LISTEN, which UNIX sockets use as well
+constexpr int kListen = 10;  // TCP_LISTEN, which UNIX sockets also use
 constexpr int kPatienceMs = 1000;
 
 bool askForListeners(int netlink) {
@@ -37,7 +37,7 @@ bool askForListeners(int netlink) {
   return send(netlink, &message, sizeof message, 0) == static_cast<ssize_t>(sizeof message);
 }
 
-// Looks for the inode in the list of those that wait for one listener.
+// Searches for the inode in the list of sockets that wait for one listener.
 bool listsInode(const uint8_t* message, size_t size, uint32_t inode) {
   size_t at = NLMSG_ALIGN(sizeof(unix_diag_msg));
   while (at + sizeof(rtattr) <= size) {
@@ -56,7 +56,7 @@ bool listsInode(const uint8_t* message, size_t size, uint32_t inode) {
   return false;
 }
 
-// One read of the answer. True: that was its end, and `result` says what it holds.
+// Parses the data of one read. True at the end of the answer; `result` is set then.
 bool readPart(const std::vector<uint8_t>& bytes, size_t size, uint32_t inode, Pending& result) {
   for (size_t at = 0; at + sizeof(nlmsghdr) <= size;) {
     nlmsghdr header = {};

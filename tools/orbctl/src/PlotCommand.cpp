@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// orbctl plot: makes a picture of a recording.
+// orbctl plot: draws a recording.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,7 +22,7 @@ int fail(const std::string& what, const std::string& reason) {
   return orbtool::kExitFailed;
 }
 
-// False with errno.
+// False with errno on failure.
 bool readFile(const std::string& path, std::string& text) {
   UniqueFd file;
   if (path != "-") file.reset(open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -36,7 +36,7 @@ bool readFile(const std::string& path, std::string& text) {
   }
 }
 
-// False with errno; what was begun of a new file is removed.
+// False with errno on failure; a partly written new file is removed.
 bool writeFile(const std::string& path, const std::string& bytes) {
   std::FILE* const file = std::fopen(path.c_str(), "we");
   if (file == nullptr) return false;

@@ -15,7 +15,7 @@ namespace {
 
 using Record = std::vector<std::string>;
 
-// A number that stands alone in its cell.
+// A number that fills the whole cell.
 std::optional<double> numberOf(const std::string& cell) {
   if (cell.empty() || cell.find_first_not_of("0123456789.") != std::string::npos)
     return std::nullopt;
@@ -25,7 +25,7 @@ std::optional<double> numberOf(const std::string& cell) {
   return number;
 }
 
-// Goes through the records in order and keeps what is under way. Lives while a file is read.
+// Reads the records in order and keeps the current state. Lives while a file is read.
 class Reader {
  public:
   Reader(const Record& header, PlotData& data) : mData(data) {
@@ -35,7 +35,7 @@ class Reader {
 
   bool knows(const char* column) const { return mColumns.count(column) == 1; }
 
-  // False: the record is none.
+  // False if the record cannot be read.
   bool take(const Record& record) {
     if (record.size() != mWidth) return false;
     const auto seconds = numberOf(cell(record, "seconds"));
@@ -108,7 +108,7 @@ class Reader {
            add(mData.downlinkLatency, seconds, cell(record, "dl_latency"));
   }
 
-  // Both units are a thousandth of the plot's.
+  // Both units are 1/1000 of the units of the plot.
   static bool add(Curve& curve, double seconds, const std::string& text) {
     const auto number = numberOf(text);
     if (!number) return false;

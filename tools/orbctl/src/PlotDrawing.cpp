@@ -17,7 +17,7 @@ extern char** environ;
 namespace orbctl {
 namespace {
 
-// A file without a name, so that neither side waits for the other to read.
+// A file without a name. With files instead of pipes, neither side waits for the other.
 UniqueFd memoryFile() { return UniqueFd(memfd_create("orbctl", MFD_CLOEXEC)); }
 
 bool writeAll(int fd, const std::string& text) {
@@ -41,7 +41,7 @@ std::string readAll(int fd) {
   }
 }
 
-// Starts gnuplot with the three files as its streams; its own settings, not those of a user's file.
+// Starts gnuplot with the three files as its streams, and without the user's settings.
 int start(int in, int out, int error, pid_t& process) {
   posix_spawn_file_actions_t actions;
   int result = posix_spawn_file_actions_init(&actions);
@@ -58,7 +58,7 @@ int start(int in, int out, int error, pid_t& process) {
   return result;
 }
 
-// The first line of what gnuplot complains about; its text may be about anything.
+// The first line of gnuplot's error output, which can have any text.
 std::string complaintOf(int fd) {
   if (lseek(fd, 0, SEEK_SET) != 0) return "";
   const std::string text = readAll(fd);
@@ -86,7 +86,7 @@ bool drawPlot(const std::string& script, std::string& picture, std::string& reas
     while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }
   }
-  // Some C libraries find out in the child that there is no such program.
+  // Some C libraries notice only in the child that the program does not exist.
   if (result == ENOENT || (result == 0 && WIFEXITED(status) && WEXITSTATUS(status) == 127)) {
     reason = "gnuplot is not on the path: install it (Debian: gnuplot-nox)";
     return false;

@@ -8,12 +8,12 @@
 namespace orbctl {
 namespace {
 
-// Colours that are told apart with any kind of colour vision; directions also differ in their
-// dashes.
+// These colours can be distinguished with any kind of colour vision. The two directions also have
+// different dashes.
 constexpr char kStyles[] =
     "set style line 1 linecolor rgb '#0072B2' linewidth 2 dashtype 1\n"
     "set style line 2 linecolor rgb '#D55E00' linewidth 2 dashtype '-'\n";
-constexpr size_t kMostMarks = 100;  // of a curve's piece; more hide the line
+constexpr size_t kMostMarks = 100;  // per piece of a curve; more would hide the line
 constexpr char kPreparing[] = "#F0E442", kInterrupted[] = "#CC79A7", kAbsent[] = "#999999";
 
 std::string numberText(double number) {
@@ -36,7 +36,7 @@ std::string blockOf(const char* name, const Curve& curve) {
 void addSpans(const std::vector<TimeSpan>& spans, const char* color, double least, int& object,
               std::string& text) {
   for (const TimeSpan& span : spans) {
-    // One that is too short to be seen would be taken for none.
+    // A very short span gets a visible width.
     const double to = std::max(span.to, span.from + least);
     text += "set object " + std::to_string(++object) + " rectangle from " + numberText(span.from) +
             ", graph 0 to " + numberText(to) + ", graph 1 behind fillcolor rgb '" + color +
@@ -44,7 +44,7 @@ void addSpans(const std::vector<TimeSpan>& spans, const char* color, double leas
   }
 }
 
-// A sample in the legend, without a point in the picture.
+// An entry for the legend without a point in the picture.
 std::string legendOf(const std::vector<TimeSpan>& spans, const char* color, const char* title) {
   if (spans.empty()) return "";
   return std::string(", NaN with boxes fillstyle solid 0.35 noborder linecolor rgb '") + color +
@@ -57,13 +57,13 @@ size_t mostPoints(const Curve& curve) {
   return most;
 }
 
-// Without a point there is no range of values to find.
+// Without a point gnuplot cannot find a range of values.
 std::string rangeOf(const Curve& first, const Curve& second) {
   const bool any = mostPoints(first) + mostPoints(second) > 0;
   return std::string("set yrange [0:") + (any ? "*" : "1") + "]\n";
 }
 
-// Its pieces as lines. A point that stands alone makes no line: it has to be marked.
+// Draws the pieces as lines. A single point makes no line, so it gets a mark.
 std::string curveOf(const char* block, const Curve& curve, bool marked, int style,
                     const char* title) {
   if (mostPoints(curve) == 0) return "NaN notitle";

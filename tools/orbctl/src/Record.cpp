@@ -10,7 +10,7 @@
 namespace orbctl {
 namespace {
 
-// Adds what an event of each kind has, behind time and seconds.
+// Adds the fields of each kind of event after time and seconds.
 struct Adder {
   std::vector<Field>& fields;
   Service of;

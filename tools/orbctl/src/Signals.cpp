@@ -14,7 +14,7 @@ Signals::Signals() {
   sigset_t taken;
   sigemptyset(&taken);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGWINCH}) {
-    // What the caller has ignored (nohup) stays ignored.
+    // A signal that the caller ignores (nohup) stays ignored.
     struct sigaction action = {};
     if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) continue;
     sigaddset(&taken, signal);

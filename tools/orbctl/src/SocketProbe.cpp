@@ -23,7 +23,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int32_t kInit = 1, kResponse = 2, kComplete = 3;
 constexpr size_t kRecordSize = 8;
-// LCE's endpoint: one that the daemon knows. No frame follows, so it serves nobody.
+// LCE's endpoint, because the daemon knows it. No frame follows, so the daemon does no other work
+// for it.
 constexpr int32_t kEndpoint = 105;
 constexpr char kNextLog[] = "the daemon runs but does not work: see its log, restart it, try again";
 
@@ -52,7 +53,7 @@ SocketFinding noPermission(const std::string& place) {
                "run as a user or group that may use it: ls -ld " + place);
 }
 
-// What can be said without a connection; kWell when a socket is there.
+// The result without a connection; kWell if there is a socket.
 SocketFinding lookAtPath(const std::string& path) {
   struct stat status = {};
   const std::string folder = folderOf(path);
@@ -73,7 +74,7 @@ SocketFinding lookAtPath(const std::string& path) {
   return found(SocketState::kWell, "", "");
 }
 
-// Waits until there is something to read. 1, 0 when the time is up, -1 with errno.
+// Waits for readable data. Returns 1, 0 after the timeout, or -1 with errno.
 int waitReadable(int fd, Clock::time_point end) {
   for (;;) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
@@ -104,8 +105,8 @@ SocketFinding connectionFailed(const std::string& path, int error) {
   }
 }
 
-// A full queue may be a busy moment of the daemon; there is nothing to poll for its end, so
-// attempts are made at a distance. kWell when the connection stands or waits in the queue.
+// A full queue can be temporary, and its end cannot be polled, so connect is repeated with pauses.
+// kWell if the connection is accepted or waits in the queue.
 SocketFinding connectTo(int fd, const std::string& path, Clock::time_point end) {
   if (path.size() > orbtool::SocketAddress::kMaxPath) return failed("socket path", ENAMETOOLONG);
   const orbtool::SocketAddress address(path);
@@ -118,7 +119,8 @@ SocketFinding connectTo(int fd, const std::string& path, Clock::time_point end) 
   }
 }
 
-// Why nothing came: while the connection still waits in the listener's queue, nobody has taken it.
+// Why nothing came. If the connection still waits in the listener's queue, the daemon has not
+// accepted it.
 SocketFinding nothingCame(int fd, const char* step) {
   if (isPending(fd) == Pending::kYes)
     return found(SocketState::kNotAccepting,
@@ -129,7 +131,7 @@ SocketFinding nothingCame(int fd, const char* step) {
                kNextLog);
 }
 
-// Reads as the library does: one read is one record. kWell with the record, or what was found.
+// Reads like the library: one read is one record. Returns kWell with the record, or the problem.
 SocketFinding readRecord(int fd, Clock::time_point end, int32_t type, const char* step,
                          Record& record) {
   const int ready = waitReadable(fd, end);
@@ -170,7 +172,7 @@ SocketFinding shakeHands(int fd, std::chrono::milliseconds timeout) {
   if (finding.state != SocketState::kWell) return finding;
   int32_t response[3] = {kResponse, 0, kEndpoint};
   std::memcpy(&response[1], &init.sessionId, sizeof init.sessionId);
-  // A daemon that has closed meanwhile shows in the read that follows.
+  // If the daemon has closed the connection, the following read reports it.
   (void)send(fd, response, sizeof response, MSG_NOSIGNAL);
   finding =
       readRecord(fd, Clock::now() + timeout, kComplete, "the last record (complete)", complete);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// orbctl status: says what is the matter with the daemon.
+// orbctl status: checks the daemon and diagnoses problems.
 #include <cstdio>
 
 #include "Commands.h"

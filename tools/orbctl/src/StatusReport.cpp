@@ -16,7 +16,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Waits for the queue; false when the time is up.
+// Waits for events; false after the timeout.
 bool waitForEvents(const EventQueue& queue, Clock::time_point end) {
   for (;;) {
     const auto left = std::chrono::ceil<milliseconds>(end - Clock::now()).count();
@@ -46,7 +46,7 @@ ServiceFinding ask(LibraryClient& client, EventQueue& queue, Service service,
   ServiceFinding finding;
   finding.service = service;
   const Clock::time_point start = Clock::now();
-  (void)client.enable(service);  // a library that cannot start tells so by a status
+  (void)client.enable(service);  // if the library cannot start, a status reports it
   while (!finding.status && waitForEvents(queue, start + timeout)) {
     size_t lost = 0;
     finding.status = firstStatus(queue.take(lost), client);
@@ -115,7 +115,7 @@ StatusReport findStatus(const std::string& path, milliseconds timeout) {
     EventQueue queue;
     LibraryClient client(queue);
     report.asked = true;
-    // One after the other: a connection that is lost would be told to the others as well.
+    // One after the other, because a lost connection is reported to all enabled services.
     for (const Service service : kAllServices)
       report.services.push_back(ask(client, queue, service, timeout));
   }

@@ -9,7 +9,7 @@ namespace {
 
 bool continues(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
-// The beginning of a text that takes so many columns at the most.
+// The start of a text, at most this number of columns.
 std::string beginning(const std::string& text, size_t columns) {
   size_t at = 0;
   while (at < text.size() && (continues(text[at]) || columns > 0)) {

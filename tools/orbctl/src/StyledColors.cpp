@@ -7,7 +7,7 @@
 namespace orbctl {
 namespace {
 
-// The terminal's own eight colours, which its user has chosen.
+// The eight colours of the terminal, which its user can configure.
 fmt::text_style styleFor(Style style) {
   switch (style) {
     case Style::kTitle:

@@ -8,7 +8,7 @@
 namespace orbctl {
 namespace {
 
-// Three figures that count, of small numbers; of large ones a decimal.
+// Three significant digits for small numbers; one decimal for large numbers.
 std::string figures(double value) {
   char text[64];
   std::snprintf(text, sizeof text, value < 9.995 ? "%.2f" : "%.1f", value);

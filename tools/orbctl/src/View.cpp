@@ -15,15 +15,15 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr size_t kValueColumn = 7;  // behind "  down "
-constexpr size_t kBarsColumn = 26;  // behind "30.4 ms ±3.2" and "480.0 Mbit/s"
+constexpr size_t kValueColumn = 7;  // after "  down "
+constexpr size_t kBarsColumn = 26;  // after "30.4 ms ±3.2" and "480.0 Mbit/s"
 constexpr size_t kFewestBars = 8;
 
 uint64_t millisecondsUntil(Clock::time_point at, Clock::time_point now) {
   return at <= now ? 0 : static_cast<uint64_t>(std::chrono::ceil<milliseconds>(at - now).count());
 }
 
-// Draws one picture of the screen; lives as long as that takes.
+// Draws one picture of the screen; lives only during that time.
 class Painter {
  public:
   Painter(const Model& model, const Situation& situation, const Canvas& canvas,
@@ -34,7 +34,7 @@ class Painter {
     const std::vector<std::vector<Row>> blocks = blocksOfServices();
     size_t needed = 1;
     for (const auto& block : blocks) needed += block.size();
-    // Blanks between the blocks are the first thing to go.
+    // Blank lines between the blocks are removed first.
     const bool airy = needed + blocks.size() < mCanvas.rows;
     std::vector<Row> rows = {titleRow()};
     for (const auto& block : blocks) {
@@ -62,7 +62,7 @@ class Painter {
     return blocks;
   }
 
-  // The rest of the screen: what happened last, and at the bottom what a key does.
+  // The rest of the screen: the last events, and in the last row the keys.
   void addLines(std::vector<Row>& rows) const {
     const size_t bottom = mCanvas.rows - 1;
     const auto& news = mModel.news();
@@ -139,7 +139,7 @@ class Painter {
   }
 
   // Name, value and bars: "  down  48.0 Mbit/s  ▃▄▅▆".
-  // What a service that is away said last is pale.
+  // Old values of a service that is away are dimmed.
   Row valueRow(Service service, const char* name, const std::string& value, Style fresh,
                const Series& series) const {
     const bool works = mSituation.states[indexOf(service)] == Following::State::kUp;

@@ -25,13 +25,13 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Countdowns and clock move so often; a terminal is written to less often than reports may come.
+// The refresh interval of the screen. Reports can come more often than this.
 constexpr milliseconds kTick{250};
 constexpr milliseconds kFastest{50};
 
-// Takes events from the queue to the outputs until there is a reason to end. The main thread waits
-// in one place, for the queue, signals, keys and the next thing that is due; it never looks without
-// one of them. Lives on the main thread, as long as the command runs.
+// Moves events from the queue to the outputs until there is a reason to end. The main thread waits
+// in one place for the queue, signals, keys and the next due time; it does not poll. Lives on the
+// main thread while the command runs.
 class Watcher {
  public:
   explicit Watcher(const WatchSettings& settings)
@@ -56,7 +56,7 @@ class Watcher {
       mProblems.push_back("events lost because they came too fast: " + std::to_string(mLost));
     return *mStatus;
   }
-  // To be told when the terminal has been given back.
+  // Messages to print after the terminal is restored.
   const std::vector<std::string>& problems() const { return mProblems; }
 
  private:
@@ -75,11 +75,11 @@ class Watcher {
       mScreen = openScreen(colored);
       if (mScreen == nullptr) mText = makeLines(stdout, colored);
     }
-    // A file that loses its reader must not leave the terminal as it is.
+    // SIGPIPE from a file output must not end the program before the terminal is restored.
     if (mScreen != nullptr) signal(SIGPIPE, SIG_IGN);
   }
 
-  // All that can be done without waiting.
+  // Does everything that needs no waiting.
   void act() {
     takeSignals();
     if (mScreen != nullptr && mScreen->keysFd() >= 0 && mScreen->readKeys())
@@ -116,7 +116,7 @@ class Watcher {
     mChanged = true;
   }
 
-  // Whoever gave criteria wants to know what became of them.
+  // Report the result of the given criteria.
   void endIfRefused(const Event& event) {
     const std::string name = nameOf(event.service);
     if (const auto* const criteria = std::get_if<CriteriaEvent>(&event.data)) {
@@ -192,11 +192,11 @@ class Watcher {
                                      {mSignals.fd(), POLLIN, 0},
                                      {mScreen != nullptr ? mScreen->keysFd() : -1, POLLIN, 0}}};
     (void)poll(waited.data(), waited.size(), patience);
-    // A terminal that is gone would be ready for ever.
+    // A closed terminal would always be readable.
     if ((waited[2].revents & (POLLHUP | POLLERR)) != 0) end(128 + SIGHUP, "");
   }
 
-  // The first reason counts.
+  // The first reason is kept.
   void end(int status, const std::string& problem) {
     if (mStatus) return;
     mStatus = status;
@@ -204,10 +204,10 @@ class Watcher {
   }
   const WatchSettings& mSettings;
   const Clock::time_point mStart;
-  Signals mSignals;  // before the library's threads
+  Signals mSignals;  // created before the library's threads
   EventQueue mQueue;
   Model mModel;
-  LibraryClient mClient;  // goes before the queue
+  LibraryClient mClient;  // destroyed before the queue
   Following mFollowing;
   std::unique_ptr<Output> mCsv, mText;
   std::unique_ptr<Screen> mScreen;

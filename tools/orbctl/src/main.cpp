@@ -59,7 +59,7 @@ constexpr char kPlotFooter[] =
     "gnuplot draws the picture; it must be in a directory of PATH.\n"
     "Exit status: 0 done, 1 reading, drawing or writing failed, 2 wrong arguments.";
 
-// Everything that the options of all commands fill.
+// The values of all options of all commands.
 struct Arguments {
   StatusSettings status;
   double timeout = 2;
@@ -115,7 +115,7 @@ CLI::Validator numberFrom(double least, double greatest) {
 
 constexpr uint64_t kMostCount = std::numeric_limits<uint64_t>::max();
 constexpr uint64_t kMostCriterion = std::numeric_limits<uint32_t>::max();
-// A time that the clocks can hold.
+// The maximum time that the clocks can represent.
 constexpr double kMostSeconds = 1e9;
 
 void addStatus(CLI::App& app, Arguments& arguments) {
@@ -135,7 +135,7 @@ void addStatus(CLI::App& app, Arguments& arguments) {
   command->footer(kStatusFooter);
 }
 
-// What watch and report have in common.
+// The options that watch and report have in common.
 void addOutput(CLI::App& command, Arguments& arguments) {
   command.add_option("-n,--count", arguments.count, "End after N reports and indications")
       ->type_name("N")

@@ -10,22 +10,22 @@
 
 namespace orbtool {
 
-// A tool's command line: its options and commands are those that are added to app(). It reads them
-// as GNU programs do, abbreviations of long options included, and adds --help, --version and
-// --completion. Wrong use is one line on standard error and status 2. Used by the main thread.
+// The command line of a tool. The tool adds its options and commands to app(). This class parses
+// them like GNU programs, with abbreviated long options, and adds --help, --version and
+// --completion. Wrong use gives one line on standard error and status 2. Used by the main thread.
 class CommandLine {
  public:
   CommandLine(const std::string& name, const std::string& description);
 
   CLI::App& app() { return mApp; }
-  // What follows "--" behind this command goes into words as it stands, and is no argument: for a
-  // command that starts programs. The words outlive parse().
+  // Stores the words after "--" of this command in words without parsing them, for a command that
+  // starts programs. The words must outlive parse().
   void keepRest(const CLI::App& command, std::vector<std::string>& words);
-  // The status when the program is to end now.
+  // Returns an exit status if the program must end now.
   std::optional<int> parse(int argc, const char* const* argv);
-  // For wrong use that only the tool can see: says why, gives the status.
+  // For wrong use that only the tool can detect: prints the reason and returns the exit status.
   int refuse(const std::string& reason) const;
-  // The program and the command that was given, for messages: "orbctl watch".
+  // The names of the program and of the given command, for messages: "orbctl watch".
   std::string name() const;
 
  private:
@@ -36,15 +36,15 @@ class CommandLine {
   std::map<const CLI::App*, std::vector<std::string>*> mRests;
 };
 
-// The words with each abbreviated long option written out, where it is the beginning of one only.
-// Also for the command that the words name.
+// Replaces each abbreviated long option by its full name if the abbreviation is unique. Also for
+// the options of the command in the words.
 std::vector<std::string> withWholeOptions(const CLI::App& app, std::vector<std::string> words);
 
-// The options that can stand behind a command: its own, and where the tool's may stand there,
-// those.
+// The options that are allowed after a command: its own options and, if the tool allows them there,
+// the options of the tool.
 std::vector<const CLI::Option*> optionsOf(const CLI::App& app);
 
-// A script that completes the tool's words: for "bash" or "zsh".
+// A completion script for the shell "bash" or "zsh".
 std::string completion(const CLI::App& app, const std::string& shell);
 
 }  // namespace orbtool

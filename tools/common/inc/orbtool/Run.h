@@ -6,19 +6,19 @@
 
 namespace orbtool {
 
-// Exit statuses of all tools. Others are the tool's own.
+// Exit statuses of all tools. A tool can have more.
 constexpr int kExitDone = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
-// Runs a tool's main function: its status is the program's. Whatever it throws becomes a message
-// and status 1, and so does output that could not be written whole. A reader of the output that
-// goes away ends the program by SIGPIPE, as it does others: a tool that must live on ignores the
+// Runs the main function of a tool and returns the status of the program. An exception becomes a
+// message and status 1. Output that cannot be written completely also gives status 1. If the reader
+// of the output exits, SIGPIPE ends the program, as usual; a tool that must continue ignores the
 // signal.
 int runTool(const char* name, const std::function<int()>& body);
 
-// For a tool that has found itself, and says, that its output could not be written: runTool does
-// not say so again.
+// For a tool that has already reported that its output could not be written: runTool does not
+// report it again.
 void outputFailureIsTold();
 
 }  // namespace orbtool

@@ -13,11 +13,11 @@
 
 namespace orbtool {
 
-// Where a socket with a path is: what connect() and bind() want to know of it. Both fail for a path
-// that is too long, with errno. A value; it has no thread.
+// The address of a UNIX socket with a path, for connect() and bind(). Both fail with errno if the
+// path is too long. A value without a thread.
 class SocketAddress {
  public:
-  // A path of more bytes has no address.
+  // The maximum length of a path in bytes.
   static constexpr size_t kMaxPath = sizeof(sockaddr_un::sun_path) - 1;
 
   explicit SocketAddress(const std::string& path) : mTooLong(path.size() > kMaxPath) {

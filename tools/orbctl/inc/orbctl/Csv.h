@@ -10,12 +10,12 @@
 
 namespace orbctl {
 
-// The names of the columns, and a record of them; each ends with a line feed.
+// The header line, and a line for a record; each ends with a line feed.
 std::string csvHeader();
 std::string csvLineOf(const std::vector<Field>& fields);
 
-// Takes the text of a CSV file apart: cells between commas, quoted where they hold a comma, a quote
-// or a line's end. Records may end in CR LF; an empty line is none.
+// Splits the text of a CSV file into cells. A cell is quoted if it contains a comma, a quote or a
+// line end. Records may end in CR LF; empty lines are skipped.
 std::vector<std::vector<std::string>> csvRecordsOf(const std::string& text);
 
 }  // namespace orbctl

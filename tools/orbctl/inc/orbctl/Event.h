@@ -15,18 +15,18 @@ namespace orbctl {
 using Clock = std::chrono::steady_clock;
 using WallClock = std::chrono::system_clock;
 
-// In the order in which they are named, asked and shown.
+// In the order in which the services are named, enabled and shown.
 enum class Service { kLce, kLle, kLli };
 constexpr size_t kServices = 3;
 constexpr std::array<Service, kServices> kAllServices = {Service::kLce, Service::kLle,
                                                          Service::kLli};
 constexpr size_t indexOf(Service service) { return static_cast<size_t>(service); }
 
-// A value for each service.
+// One value per service.
 template <typename T>
 using PerService = std::array<T, kServices>;
 
-// What the library told of a service.
+// A status from the library.
 struct StatusEvent {
   status_e status;
 };
@@ -47,7 +47,7 @@ struct HandoffEvent {
   LliPreHandoffState preState;
   LliInterruptInfo info;
 };
-// What this program concludes from the statuses: whether any service works.
+// The state of the daemon that this program derives from the statuses: whether any service works.
 struct DaemonEvent {
   bool up;
 };
@@ -55,17 +55,17 @@ struct DaemonEvent {
 using EventData = std::variant<StatusEvent, CriteriaEvent, CapacityEvent, LatencyEvent,
                                HandoffEvent, DaemonEvent>;
 
-// One thing that happened, with its time on both clocks: what is shown and what is measured. It is
-// copied from a callback's thread to the main thread and owns nothing.
+// One event with its time on both clocks: wall time for display, steady time for measurement. It is
+// copied from the thread of a callback to the main thread and owns nothing.
 struct Event {
-  Service service = Service::kLce;  // of a DaemonEvent: the one that showed it
-  uint32_t generation = 0;          // of the service's enabling, see LibraryClient
+  Service service = Service::kLce;  // of a DaemonEvent: the service that caused it
+  uint32_t generation = 0;          // number of the enabling, see LibraryClient
   Clock::time_point at;
   WallClock::time_point wall;
   EventData data;
 };
 
-// Whether it carries what a service is asked for: a report or an indication.
+// Whether the event is a report or an indication.
 inline bool isReport(const Event& event) {
   return std::holds_alternative<CapacityEvent>(event.data) ||
          std::holds_alternative<LatencyEvent>(event.data) ||

@@ -11,22 +11,22 @@
 
 namespace orbctl {
 
-// Takes events from the library's threads to the main thread, in the order in which they came.
-// Callbacks push() and return at once; the main thread polls fd() beside its other descriptors and
-// take()s all that is there. It belongs to the main thread, which keeps it until no service is
-// enabled any more. `mLock` guards the events and is held for moments only; neither side waits with
-// it. A main thread that cannot keep up loses the newest events and is told how many.
+// Passes events from the library's threads to the main thread in the order of arrival. Callbacks
+// call push(), which returns at once. The main thread polls fd() and calls take(). The main thread
+// owns the queue and keeps it until all services are disabled. `mLock` guards the events; it is
+// held only for short times and never during a wait. If the main thread is too slow, the newest
+// events are lost and counted.
 class EventQueue {
  public:
   static constexpr size_t kMost = 65536;
 
-  // Without a descriptor (none left) fd() is -1.
+  // If there is no descriptor left, fd() is -1.
   EventQueue();
 
-  // Readable while there is something to take.
+  // Readable while there are events.
   int fd() const { return mWake.get(); }
   void push(const Event& event) noexcept;
-  // All events since the last time, and how many were lost since then.
+  // All events since the last call; lost is the number of events that were lost since then.
   std::vector<Event> take(size_t& lost);
 
  private:

@@ -9,37 +9,39 @@
 
 namespace orbctl {
 
-// Keeps services going while the daemon comes and goes. The library repeats nothing: after a loss
-// each service is to be enabled anew, and each request that waits for an absent daemon takes about
-// five seconds of its own. So one service at a time is asked, its requests are made when it has
-// answered, and pauses between attempts grow. Used by the main thread; no lock.
+// Keeps services enabled while the daemon comes and goes. The library does not repeat requests:
+// after a lost connection each service must be enabled again, and each request for an absent daemon
+// takes about five seconds. So this class enables one service at a time, sends its requests after
+// the answer, and increases the pauses between attempts. Used by the main thread; no lock.
 class Following {
  public:
   enum class State { kAway, kAsking, kUp, kRefused };
 
   static constexpr std::chrono::milliseconds kFirstPause{250};
   static constexpr std::chrono::milliseconds kLongestPause{5000};
-  // A daemon that takes the connection and says nothing holds up all services: it is left again.
+  // A daemon that accepts the connection but does not answer blocks all services; after this time
+  // the service is disabled.
   static constexpr std::chrono::milliseconds kPatience{10000};
 
   Following(LibraryClient& client, std::vector<Service> services, Requests requests);
 
-  // Takes an event of the queue. True: it is news, to be shown. `more` gets what follows from it.
+  // Handles an event of the queue. True if the event is new information to show. `more` gets a
+  // following event, if any.
   bool handle(const Event& event, std::optional<Event>& more);
-  // Does what is due now; gives news of the daemon where there are any.
+  // Does everything that is due now; returns news about the daemon, if any.
   std::optional<Event> advance(Clock::time_point now);
-  // When advance() is next to be called.
+  // The next time to call advance().
   std::optional<Clock::time_point> nextDue() const;
 
   const std::vector<Service>& services() const { return mServices; }
   State state(Service service) const { return mStates[indexOf(service)]; }
-  // The status that the service told last.
+  // The last status of the service.
   std::optional<status_e> lastStatus(Service service) const { return mLast[indexOf(service)]; }
-  // When the next attempt begins, while nothing is asked.
+  // When the next attempt begins, if no attempt is running.
   std::optional<Clock::time_point> nextAttempt() const;
-  // Whether any service has been enabled so far.
+  // Whether any service was enabled so far.
   bool everUp() const { return mEverUp; }
-  // The library could not be set up; there is nothing to wait for.
+  // The library could not be set up, so waiting is useless.
   bool broken() const { return mBroken; }
 
  private:
@@ -59,7 +61,7 @@ class Following {
   Clock::time_point mAskedAt;
   Clock::time_point mNextAttempt;
   std::chrono::milliseconds mPause{0};
-  std::optional<bool> mDaemonUp;  // as told last
+  std::optional<bool> mDaemonUp;  // last reported state
   bool mEverUp = false;
   bool mBroken = false;
 };

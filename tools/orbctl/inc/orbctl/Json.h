@@ -9,7 +9,7 @@
 
 namespace orbctl {
 
-// Each is one object on one line, with its end.
+// Each function returns one object on one line, with the line end.
 std::string jsonOf(const std::vector<Field>& fields);
 std::string jsonOf(const StatusReport& report);
 

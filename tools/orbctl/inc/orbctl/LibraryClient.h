@@ -9,35 +9,35 @@
 
 namespace orbctl {
 
-// What the services are asked for once they are enabled.
+// The requests to send after the services are enabled.
 struct Requests {
   LceReportingCriteria lceCriteria = {};
   std::vector<LceReportingAction> lceActions = {LCE_REPORTING_ACTION_START};
   uint32_t lleCriteria = 1;
-  // The latest report once, in the place of periodic ones.
+  // Request the latest report once instead of periodic reports.
   bool lastReport = false;
 };
 
-// The three services of the library behind one set of calls. Everything that a callback is given
-// goes into the queue as an event, with the number of the service's enabling: so events of an
-// earlier one can be told from those of the present. One object per process, as callbacks find the
-// queue in a static variable; made and used by the main thread, no lock.
+// One set of calls for the three services of the library. Callbacks put all data into the queue as
+// events with the number of the enabling, so that events of an earlier enabling can be recognised.
+// One object per process, because callbacks find the queue in a static variable. Used by the main
+// thread; no lock.
 class LibraryClient {
  public:
   explicit LibraryClient(EventQueue& queue);
-  // Disables what is enabled; afterwards no callback runs.
+  // Disables all services; no callback runs afterwards.
   ~LibraryClient();
   LibraryClient(const LibraryClient&) = delete;
   LibraryClient& operator=(const LibraryClient&) = delete;
 
-  // Asks for the service, or asks anew; the outcome comes as a StatusEvent. False: the library
+  // Enables the service, or enables it again; a StatusEvent has the result. False if the library
   // could not be set up.
   bool enable(Service service);
-  // Asks an enabled service for what the requests say. False: one was refused at once.
+  // Sends the requests to an enabled service. False if one was refused at once.
   bool request(Service service, const Requests& requests);
-  // Takes up to half a second with a daemon that is silent.
+  // Takes up to half a second if the daemon is silent.
   void disable(Service service);
-  // Whether the event belongs to the present enabling of its service.
+  // Whether the event belongs to the current enabling of its service.
   bool isCurrent(const Event& event) const;
 
  private:

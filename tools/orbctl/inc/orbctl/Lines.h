@@ -7,11 +7,11 @@
 
 namespace orbctl {
 
-// An event as one line for people: local time, service, what it says. A brief one has whole seconds
-// and leaves out what a narrow screen has no room for.
+// An event as one line of text: local time, service, content. A brief line has whole seconds and
+// less text, for a narrow screen.
 Row lineOf(const Event& event, bool brief = false);
 
-// How a phase of a handoff is to be taken.
+// The style for a phase of a handoff.
 Style styleOf(const HandoffEvent& event);
 
 }  // namespace orbctl

@@ -10,7 +10,7 @@
 
 namespace orbctl {
 
-// What a number was, oldest first; a gap where the daemon was away.
+// Past values of a number, oldest first, with a gap while the daemon was away.
 class Series {
  public:
   static constexpr size_t kMost = 512;
@@ -23,7 +23,7 @@ class Series {
   std::deque<double> mValues;
 };
 
-// What the events have told so far, as far as the screen shows it. Used by the main thread.
+// The state that the screen shows, derived from the events. Used by the main thread.
 class Model {
  public:
   static constexpr std::chrono::seconds kRateWindow{5};
@@ -32,7 +32,7 @@ class Model {
   explicit Model(Clock::time_point start) : mStart(start) {}
 
   void take(const Event& event);
-  // Reports of a service per second, over the last few seconds.
+  // Reports of a service per second, averaged over the last few seconds.
   double rateOf(Service service, Clock::time_point now) const;
 
   const std::optional<CapacityEvent>& capacity() const { return mCapacity; }
@@ -44,7 +44,8 @@ class Model {
   const Series& downlinkCapacity() const { return mDownlinkCapacity; }
   const Series& uplinkLatency() const { return mUplinkLatency; }
   const Series& downlinkLatency() const { return mDownlinkLatency; }
-  // What happened beside the reports, newest last; of a phase of a handoff its latest indication.
+  // Recent events other than reports, newest last. For a phase of a handoff only the latest
+  // indication is kept.
   const std::deque<Event>& news() const { return mNews; }
 
  private:

@@ -13,7 +13,7 @@
 
 #include "orbctl/Event.h"
 
-// The words for the numbers of the API: in lines, JSON and CSV, and on the command line.
+// Names for the numbers of the API: in lines, JSON and CSV, and on the command line.
 namespace orbctl {
 
 template <typename Value, size_t kCount>
@@ -33,11 +33,11 @@ const char* nameOf(LliRat rat);                         // 3gpp-lte
 // entry, exit, imminent, start, success, failure
 const char* phaseOf(const HandoffEvent& event);
 
-// As a person says it: "LTE", "5G".
+// Short names for people: "LTE", "5G".
 const char* shortNameOf(SdlAccessNetworkType network);
 const char* shortNameOf(LliRat rat);
 
-// The value of a word, whatever the case of its letters.
+// The value of a name; case does not matter.
 template <typename Value, size_t kCount>
 std::optional<Value> valueOf(const Words<Value, kCount>& words, std::string_view text);
 

@@ -12,24 +12,25 @@ namespace orbctl {
 
 enum class ColorChoice { kAuto, kAlways, kNever };
 
-// Whether to colour what goes to a stream: a terminal that can, unless NO_COLOR is set, or as the
-// choice says.
+// Whether to colour the output of a stream. Automatic: if it is a capable terminal and NO_COLOR is
+// not set.
 bool mayColor(ColorChoice choice, int fd);
-// A terminal whose cursor can be moved.
+// Whether the descriptor is a terminal with a movable cursor.
 bool isCapableTerminal(int fd);
 
-// Writes events, in the form that its maker chose. Used by the main thread.
+// Writes events in one format. Used by the main thread.
 class Output {
  public:
   virtual ~Output() = default;
   virtual void show(const Event& event) = 0;
-  // False: what was shown could not be written; then errno says why.
+  // False if an event could not be written; errno has the reason.
   virtual bool flush() = 0;
 };
 
 std::unique_ptr<Output> makeLines(std::FILE* stream, bool colored);
 std::unique_ptr<Output> makeJson(std::FILE* stream, Clock::time_point start);
-// Owns a file of that name, which it makes or replaces; "-" is standard output. Null with errno.
+// Creates or replaces the file of that name and owns it; "-" is standard output. Null with errno on
+// failure.
 std::unique_ptr<Output> makeCsv(const std::string& path, Clock::time_point start);
 
 }  // namespace orbctl

@@ -6,9 +6,9 @@ namespace orbctl {
 
 enum class Pending { kYes, kNo, kUnknown };
 
-// Whether a UNIX socket that connect() took still waits in the queue of its listener: to the client
-// it looks like one that was accepted, but the kernel tells which sockets wait (sock_diag). Unknown
-// where the kernel was built without that, or an emulator has none.
+// Whether a connected UNIX socket still waits in the queue of its listener. For the client it looks
+// like an accepted connection, but the kernel can list waiting sockets (sock_diag). Unknown if the
+// kernel or an emulator does not support this.
 Pending isPending(int fd);
 
 }  // namespace orbctl

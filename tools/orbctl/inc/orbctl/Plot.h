@@ -15,11 +15,11 @@ struct PlotSize {
   int height = 700;
 };
 
-// What gnuplot is given: its commands, and the data as blocks of numbers. The picture goes to
-// gnuplot's standard output, so neither names of files nor texts of the recording are in it.
+// The input for gnuplot: commands, and data as blocks of numbers. gnuplot writes the picture to
+// standard output, so the input contains no file names and no text of the recording.
 std::string plotScript(const PlotData& data, PlotForm form, PlotSize size);
 
-// Runs gnuplot, found on the path, and gives the picture. False with a reason.
+// Runs gnuplot from PATH and returns the picture. False with a reason on failure.
 bool drawPlot(const std::string& script, std::string& picture, std::string& reason);
 
 }  // namespace orbctl

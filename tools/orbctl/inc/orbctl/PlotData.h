@@ -12,7 +12,7 @@ struct Point {
   double seconds = 0;
   double value = 0;
 };
-// Points that are joined by a line; another piece begins where the daemon was away.
+// Points joined by a line. A new piece begins after the daemon was away.
 using Curve = std::vector<std::vector<Point>>;
 
 struct TimeSpan {
@@ -20,21 +20,21 @@ struct TimeSpan {
   double to = 0;
 };
 
-// What a recording holds, as numbers: in Mbit/s and ms over the seconds of the recording. Nothing
-// of the file's text is kept.
+// The contents of a recording as numbers, in Mbit/s and ms over seconds. No text of the file is
+// kept.
 struct PlotData {
   Curve downlinkCapacity, uplinkCapacity;
   Curve downlinkLatency, uplinkLatency;
-  std::vector<TimeSpan> preparations;   // a handoff may come
-  std::vector<TimeSpan> interruptions;  // a handoff is under way
-  std::vector<TimeSpan> absences;       // of the daemon
+  std::vector<TimeSpan> preparations;   // a handoff is announced
+  std::vector<TimeSpan> interruptions;  // a handoff is running
+  std::vector<TimeSpan> absences;       // the daemon is away
   double end = 0;
-  size_t unreadable = 0;  // records that are none, the last one of a file that was cut among them
+  size_t unreadable = 0;  // records that cannot be read, also a cut-off last one
 
   bool empty() const;
 };
 
-// Reads what --csv has written. False with a reason when it is something else.
+// Reads a file that --csv wrote. False with a reason if it is another file.
 bool readPlotData(const std::string& text, PlotData& data, std::string& reason);
 
 }  // namespace orbctl

@@ -6,15 +6,15 @@
 
 namespace orbctl {
 
-// Keeps the log of the desktop's library, which goes to standard error, away from a program for
-// people: for its lifetime what is written there is dropped, unless ORB_LOG_LEVEL says that
-// somebody wants the log. The library reads that variable before the program begins, so setting it
-// here is too late. Made and destroyed by the main thread, around all use of the library.
+// Drops the log of the desktop's library, which goes to standard error, during the lifetime of this
+// object. If ORB_LOG_LEVEL is set, the log is kept. Setting that variable here would be too late,
+// because the library reads it before main(). Created and destroyed by the main thread, around all
+// use of the library.
 class QuietLog {
  public:
   QuietLog();
   ~QuietLog();
-  // The same until the program ends: the library says goodbye after main().
+  // The same until the end of the program, because the library also logs after main().
   static void forGood();
   QuietLog(const QuietLog&) = delete;
   QuietLog& operator=(const QuietLog&) = delete;

@@ -9,26 +9,25 @@
 
 namespace orbctl {
 
-// The whole terminal, from its making to its end, which gives the terminal back as it was. Only
-// what differs from the last picture is written. One per process, used by the main thread.
+// Owns the whole terminal; the destructor restores it. Writes only what changed since the last
+// picture. One per process, used by the main thread.
 class Screen {
  public:
   virtual ~Screen() = default;
   virtual size_t columns() const = 0;
   virtual size_t rows() const = 0;
-  // Whether its characters include bars and arrows.
+  // Whether the terminal can show bars and arrows.
   virtual bool unicode() const = 0;
-  // After the terminal has another size.
+  // Called after the size of the terminal has changed.
   virtual void resize() = 0;
   virtual void draw(const std::vector<Row>& rows) = 0;
-  // Where keys come from, -1 when there are none.
+  // The descriptor for keys, or -1 if there is none.
   virtual int keysFd() const = 0;
-  // Reads the keys that are there. True: one of them ends the program.
+  // Reads the pressed keys. True if one of them ends the program.
   virtual bool readKeys() = 0;
 };
 
-// Null when standard output is no terminal that can be used so, or this program was built without
-// the library for it.
+// Null if standard output is not a suitable terminal, or if this program was built without ncurses.
 std::unique_ptr<Screen> openScreen(bool colored);
 
 }  // namespace orbctl

@@ -6,14 +6,14 @@
 
 namespace orbctl {
 
-// Signals that end a program or tell of a terminal's new size, as something to read: nothing is
-// interrupted, and the end comes in order. Made by the main thread before any other thread; the
-// signals stay blocked. No lock.
+// Makes signals readable: those that end a program and those that report a new size of the
+// terminal. So no call is interrupted, and the program ends in an orderly way. Created by the main
+// thread before any other thread; the signals stay blocked. No lock.
 class Signals {
  public:
   Signals();
   int fd() const { return mFd.get(); }
-  // The next signal that came, 0 when there is none.
+  // The next received signal, or 0.
   int next();
 
  private:

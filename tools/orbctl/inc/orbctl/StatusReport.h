@@ -12,12 +12,12 @@
 
 namespace orbctl {
 
-// How a service answered when it was enabled through the library.
+// The answer of a service when it was enabled through the library.
 struct ServiceFinding {
   enum class State { kEnabled, kRefused, kDown, kNoAnswer };
   Service service = Service::kLce;
   State state = State::kNoAnswer;
-  std::optional<status_e> status;  // none without an answer
+  std::optional<status_e> status;  // empty without an answer
   std::chrono::milliseconds after{0};
 };
 
@@ -31,18 +31,18 @@ struct StatusReport {
   std::string notAskedBecause;
   std::vector<ServiceFinding> services;
 
-  // The first service that is not well; none when all are.
+  // The first service that has a problem, or null.
   const ServiceFinding* firstTrouble() const;
 };
 
-// Looks at the socket; asks the services when that is well and is where the library looks.
+// Checks the socket. Asks the services if the socket is well and is the one that the library uses.
 StatusReport findStatus(const std::string& path, std::chrono::milliseconds timeout);
 
-// A status for each case, see the man page.
+// The exit status for each case, see the man page.
 int exitStatusOf(const StatusReport& report);
-// What to do; "nothing to do" when all is well.
+// The next step; "nothing to do" if there is no problem.
 std::string nextStepOf(const StatusReport& report);
-// For people, in lines.
+// The report as lines of text.
 std::string textOf(const StatusReport& report);
 
 }  // namespace orbctl

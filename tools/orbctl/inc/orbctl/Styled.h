@@ -8,7 +8,7 @@
 
 namespace orbctl {
 
-// What a piece of text means; the terminal's colours follow from it.
+// The meaning of a piece of text; it selects the colour.
 enum class Style { kPlain, kTitle, kDim, kGood, kWarn, kBad, kCapacity, kLatency };
 constexpr size_t kStyles = 8;
 
@@ -17,7 +17,7 @@ struct Span {
   Style style = Style::kPlain;
 };
 
-// One line of the terminal, in pieces. Its texts are ASCII and characters that take one column.
+// One line of the terminal as pieces of text. All characters have a width of one column.
 class Row {
  public:
   Row() = default;
@@ -25,14 +25,14 @@ class Row {
 
   Row& add(std::string text, Style style = Style::kPlain);
   Row& add(const Row& other);
-  // Blanks up to a column, at least one.
+  // Adds blanks up to a column, at least one.
   Row& fillTo(size_t column);
   size_t width() const { return mWidth; }
   const std::vector<Span>& spans() const { return mSpans; }
-  // The same, cut to so many columns.
+  // The same row, cut to this number of columns.
   Row cut(size_t columns) const;
   std::string plainText() const;
-  // With the escape sequences of colours.
+  // The text with the escape sequences for colours.
   std::string coloredText() const;
 
  private:
@@ -40,7 +40,7 @@ class Row {
   size_t mWidth = 0;
 };
 
-// Columns that a text takes.
+// The number of columns of a text.
 size_t columnsOf(const std::string& text);
 
 }  // namespace orbctl

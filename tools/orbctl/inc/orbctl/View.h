@@ -10,7 +10,7 @@
 
 namespace orbctl {
 
-// What the services are at, as the screen shows it.
+// The states of the services as the screen shows them.
 struct Situation {
   std::vector<Service> services;
   PerService<Following::State> states = {};
@@ -21,15 +21,15 @@ struct Situation {
 struct Canvas {
   size_t columns = 80;
   size_t rows = 24;
-  bool unicode = true;  // whether the terminal's characters have bars and arrows
+  bool unicode = true;  // whether the terminal can show bars and arrows
 };
 
-// The whole screen, as many rows as the canvas has at the most, each within its columns. What a
-// small screen has no room for is left out, the least important first.
+// The whole screen, with at most the rows and columns of the canvas. A small screen shows less; the
+// least important parts are left out first.
 std::vector<Row> screenOf(const Model& model, const Situation& situation, const Canvas& canvas,
                           Clock::time_point now, WallClock::time_point wall);
 
-// The newest values as bars from zero to the greatest of them, one column each, gaps as blanks.
+// The newest values as bars from zero to the greatest value, one column per value; gaps are blanks.
 std::string sparkline(const std::deque<double>& values, size_t columns, bool unicode);
 
 }  // namespace orbctl

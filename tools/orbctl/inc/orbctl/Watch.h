@@ -13,20 +13,21 @@
 
 namespace orbctl {
 
-// What `watch` and `report` are told by their options.
+// The options of `watch` and `report`.
 struct WatchSettings {
-  std::string name;  // of the command, for messages
+  std::string name;  // name of the command, for messages
   std::vector<Service> services;
   Requests requests;
   bool json = false;
-  std::string csv;  // a file, "-" for standard output, empty for none
+  std::string csv;  // a file; "-": standard output; empty: none
   ColorChoice color = ColorChoice::kAuto;
   std::optional<std::chrono::milliseconds> time;
-  std::optional<uint64_t> count;  // of reports and indications
+  std::optional<uint64_t> count;  // number of reports and indications
   bool endsWhenRefused = false;
 };
 
-// Shows what the services send until time, count, a key or a signal ends it; the exit status.
+// Shows what the services send until a time limit, a count, a key or a signal ends it. Returns the
+// exit status.
 int watch(const WatchSettings& settings);
 
 }  // namespace orbctl
