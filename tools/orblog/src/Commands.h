@@ -11,8 +11,7 @@
 #include "orblog/KeyFiles.h"
 #include "orblog/LinePrinter.h"
 
-// The commands of orblog: what the command line gives each of them, and the exit status that it
-// gives back.
+// The commands of orblog: their arguments and functions. Each function returns the exit status.
 namespace orblog {
 
 struct DecryptRequest {
@@ -34,7 +33,7 @@ int runDecrypt(const DecryptRequest& request);
 int runInfo(const InfoRequest& request);
 int runKeygen(const KeyFilesRequest& request);
 
-// Reads the command line and runs the command that it names.
+// Parses the command line and runs the given command.
 int runOrblog(int argc, char** argv);
 
 }  // namespace orblog

@@ -47,7 +47,7 @@ void Console::reportUntold() {
   mTold.clear();
 }
 
-// A pipe may lead to a pager.
+// The output may go through a pipe to a pager.
 bool Console::mayGoOnBesideLines() const {
   struct stat status = {};
   return fstat(STDOUT_FILENO, &status) == 0 && isatty(STDOUT_FILENO) == 0 &&

@@ -17,7 +17,7 @@
 namespace orblog {
 namespace {
 
-// From here on the two signals only end the waiting, and never leave a line half written.
+// From now on the two signals only end the wait, so that no line is half written.
 void blockEndingSignals() {
   sigset_t ending;
   sigemptyset(&ending);
@@ -26,7 +26,7 @@ void blockEndingSignals() {
   sigprocmask(SIG_BLOCK, &ending, nullptr);
 }
 
-// Whoever does not read on knows it.
+// If the reader exits early, no message is needed.
 int failWriting(int error) {
   std::clearerr(stdout);
   if (error != EPIPE) std::fprintf(stderr, "orblog: standard output: %s\n", std::strerror(error));
@@ -51,7 +51,8 @@ int runDecrypt(const DecryptRequest& request) {
     return orbtool::kExitFailed;
   }
   if (!key->warning().empty()) console.note(request.key + ": " + key->warning());
-  // The printer gathers lines itself, and no line that failed is tried again at the end.
+  // The printer has its own buffer. Without stdio's buffer, a failed line is not written again at
+  // exit.
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   LinePrinter printer(stdout, formOf(request), request.selection);
   if (request.lastLines) printer.keepLast(*request.lastLines);

@@ -14,7 +14,7 @@
 namespace orblog {
 namespace {
 
-// What the records of all files take that are in memory at the same time, and of one of them.
+// The memory for the loaded records of all files, and of one file.
 constexpr size_t kSharedRoom = size_t{16} << 20;
 constexpr size_t kLeastRoom = size_t{2} << 10;
 constexpr size_t kMostRoom = size_t{256} << 10;
@@ -23,8 +23,8 @@ bool lacksEnd(const Finding& finding) {
   return finding.kind == Finding::Kind::CutRecord || finding.kind == Finding::Kind::HeaderCut;
 }
 
-// Gives the records of a file up to `end`, a few at a time; with `finishes` nothing is to follow.
-// What else the parser says of them is for `see`.
+// Returns the records of a file up to `end`, a few at a time. With `finishes`, no data follows
+// `end`. `see` gets the findings.
 class ReadPieces {
  public:
   ReadPieces(LogSource& file, std::shared_ptr<LogParser> parser, uint64_t end, bool finishes,
@@ -44,7 +44,7 @@ class ReadPieces {
       if (!mMore && mFinishes) mParser->finish(parsed);
       if (mSee) mSee(parsed);
     }
-    // What it has beyond whole records is read again with the next ones.
+    // Bytes after the last whole record are read again with the next ones.
     (void)mParser->restart();
     return std::move(parsed.records);
   }
@@ -103,8 +103,8 @@ void Decryption::report(const Source& source, std::vector<Finding> findings, Ext
   mConsole.report(source.file->path(), findings);
 }
 
-// The records of a file that is read for the first time and is in order, which need not be read
-// before they are printed.
+// For a file that is read for the first time and is in order: its records need not be read before
+// they are printed.
 std::optional<RecordStream> Decryption::readInOrder(Source& source, Extent extent) {
   LogSource& file = *source.file;
   if (extent == Extent::SeenAgain || source.seen > 0 || !file.fault().empty()) return std::nullopt;
@@ -126,7 +126,7 @@ std::optional<RecordStream> Decryption::readInOrder(Source& source, Extent exten
     source.seen = seen;
     if (!read.fault().empty()) mConsole.problem(read.path() + ": " + read.fault());
   };
-  // The file's own parser, which goes on from there when the file has grown.
+  // The file's own parser, which continues there when the file has grown.
   const std::shared_ptr<LogParser> parser(std::shared_ptr<void>(), &file.parser());
   return RecordStream(file.path(), file.changed(), times,
                       ReadPieces(file, parser, end, extent == Extent::Rest, share(), see));
@@ -145,8 +145,8 @@ RecordStream Decryption::readInput() {
   return RecordStream(kInputName, 0, times, load);
 }
 
-// Reads what a file holds behind what was read of it before, and gives its records. Up to the end
-// that the file has now: one that grows as fast as it is read would have none otherwise.
+// Reads the new part of a file and returns its records, up to the current end only. Otherwise a
+// file that grows fast would never end.
 RecordStream Decryption::read(Source& source, Extent extent) {
   std::optional<RecordStream> inOrder = readInOrder(source, extent);
   if (inOrder) return std::move(*inOrder);
@@ -202,8 +202,8 @@ void Decryption::print(RecordStreams streams) {
   }
 }
 
-// Otherwise a selection seems to have no effect, or to find nothing, where the lines have a form
-// that is not known. Once per file: what is followed may have many of them.
+// Without this message, a selection would seem to fail if the lines have an unknown form. Once per
+// file, because a followed file may have many such records.
 void Decryption::noteUnjudged() {
   for (const auto& [file, count] : mPrinter.takeUnjudged()) {
     if (!mNoted.insert(file).second) continue;
@@ -223,7 +223,7 @@ void Decryption::readAll(const std::vector<std::string>& arguments, bool readsOn
     mConsole.problem(readsOn ? problem + "; waiting" : problem);
   open(list.files);
   RecordStreams streams;
-  // It may bring the key of files that have lost theirs.
+  // A new header can have the key of files without a header.
   if (paths.size() < arguments.size()) streams.push_back(readInput());
   uint64_t total = 0;
   for (const Source& source : mSources) total += source.file->size();
@@ -250,8 +250,8 @@ void Decryption::openNew(const std::vector<std::string>& arguments) {
   open(paths);
 }
 
-// The youngest file is read first: whatever stands in it, the older ones were complete by then, so
-// no line of theirs comes late.
+// The newest file is read first. When it is read, the older files are already complete, so none of
+// their lines comes late.
 bool Decryption::readNew(const std::vector<std::string>& arguments) {
   openNew(arguments);
   RecordStreams streams;
@@ -262,7 +262,8 @@ bool Decryption::readNew(const std::vector<std::string>& arguments) {
   mSources.erase(std::remove_if(mSources.begin(), mSources.end(),
                                 [](const Source& source) { return source.retired; }),
                  mSources.end());
-  // Of more files than can be open, it is the youngest that are still written and removed.
+  // If there are more files than descriptors, the newest files stay open, because they are still
+  // written and removed.
   if (mSources.size() > mPool.most()) {
     for (size_t i = mSources.size() - mPool.most(); i < mSources.size(); ++i)
       (void)mSources[i].file->file().fd();

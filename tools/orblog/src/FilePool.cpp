@@ -12,7 +12,7 @@
 namespace orblog {
 namespace {
 
-// The standard streams, what waits for changes, a directory that is listed, and some to spare.
+// The standard streams, the descriptor that waits for changes, a listed directory, and a reserve.
 constexpr size_t kForOthers = 10;
 
 size_t mostOpenFiles() {
@@ -37,8 +37,8 @@ int PooledFile::fd() {
 bool PooledFile::open() {
   mPool.makeRoom();
   int fd = -1;
-  // A pipe of that name must not make the reader wait. The program may have inherited descriptors
-  // that leave less than the limit says.
+  // O_NONBLOCK: a FIFO of that name must not block. The limit of descriptors can be lower than it
+  // says, because the program may have inherited open ones.
   do {
     fd = ::open(mPath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   } while (fd < 0 && (errno == EMFILE || errno == ENFILE) && mPool.closeOldest());
@@ -51,7 +51,7 @@ bool PooledFile::open() {
   return false;
 }
 
-// False when it is another file's.
+// False if it is another file.
 bool PooledFile::note(const struct stat& status) {
   if (mIsKnown && (status.st_dev != mStatus.st_dev || status.st_ino != mStatus.st_ino))
     return false;

@@ -11,8 +11,8 @@
 namespace orblog {
 namespace {
 
-// Whether lengths such as the library writes lead from one record to the next as far as can be
-// seen. Each one is so by chance once in a hundred times.
+// Whether lengths that the library writes lead from record to record as far as visible. A random
+// length is plausible once in a hundred cases.
 bool holdsRecords(ByteView start) {
   size_t at = kHeaderSize;
   while (at + kLengthSize <= start.size) {
@@ -23,7 +23,7 @@ bool holdsRecords(ByteView start) {
   return true;
 }
 
-// The number of the known session key that opens the first record behind the header.
+// The number of the known session key that decrypts the first record after the header.
 std::optional<size_t> keyOfFirstRecord(ByteView start, const KeyRing& ring) {
   const size_t sealed = readLength(start.data + kHeaderSize);
   const ByteView rest = start.from(kHeaderSize + kLengthSize);
@@ -37,13 +37,15 @@ std::optional<size_t> keyOfFirstRecord(ByteView start, const KeyRing& ring) {
 void explain(Finding& finding, ByteView start, const PrivateKey& key, const KeyRing& ring) {
   using Cause = Finding::Cause;
   const size_t wrapped = wrappedSize(start.first(kHeaderSize));
-  // What is wrapped hardly ends in so many zeros by chance, and keys have sizes of so many bytes.
+  // A wrapped key rarely ends with so many zeros by chance, and key sizes are multiples of this
+  // number of bytes.
   constexpr size_t kStep = 8;
   const auto cause = [&] {
     if (isText(start)) return Cause::Text;
     if (start.size < kHeaderSize + kLengthSize) return Cause::Unknown;
     if (!holdsRecords(start)) return Cause::NoLog;
-    // All files of a run begin with the same header, so one of another file tells what is in this.
+    // All files of a run have the same header, so the header of another file shows what this one
+    // contained.
     if (const std::optional<size_t> known = keyOfFirstRecord(start, ring)) {
       finding.origin = ring.origin(*known);
       return Cause::Damaged;

@@ -12,7 +12,7 @@ std::string number(Number value) {
   return std::to_string(value);
 }
 
-// Why no session key comes out of a header.
+// The reason why a header gives no session key.
 std::string causeText(const Finding& finding) {
   switch (finding.cause) {
     case Finding::Cause::Text:

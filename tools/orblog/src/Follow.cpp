@@ -21,18 +21,19 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Some file systems tell nobody about changes, so it looks by itself from time to time as well.
+// Some file systems do not report changes, so files are also checked at this interval.
 constexpr int kLookIntervalMs = 1000;
 constexpr int kLookIntervalBlindMs = 200;
 constexpr uint32_t kChanges =
     IN_CREATE | IN_DELETE | IN_MODIFY | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR;
 
 void watch(int notifier, const fs::path& directory) {
-  // A directory that is watched already stays so; one that cannot be is looked at by itself.
+  // A directory that is already watched stays watched. If it cannot be watched, it is checked at
+  // the interval.
   (void)inotify_add_watch(notifier, directory.empty() ? "." : directory.c_str(), kChanges);
 }
 
-// The directories in which what the arguments name may change or appear.
+// The directories in which files of the arguments can change or appear.
 void watchAll(int notifier, const std::vector<std::string>& arguments) {
   for (const std::string& argument : arguments) {
     std::error_code error;
@@ -55,7 +56,7 @@ void takeEvents(int notifier) {
   }
 }
 
-// Whether one of these blocked signals has come, without a descriptor for them.
+// Whether one of these blocked signals is pending; needs no descriptor.
 bool hasCome(const sigset_t& signals) {
   const timespec now = {0, 0};
   return sigtimedwait(&signals, nullptr, &now) > 0;
@@ -71,12 +72,12 @@ bool follow(Decryption& decryption, const std::vector<std::string>& arguments) {
   const UniqueFd signals(signalfd(-1, &ending, SFD_CLOEXEC));
   const UniqueFd notifier(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
   const bool blind = notifier.get() < 0;
-  // Many files may have taken all the descriptors that there are.
+  // All descriptors can be in use by files.
   const bool deaf = signals.get() < 0;
-  // poll passes over a descriptor that is -1.
+  // poll ignores a descriptor of -1.
   std::array<pollfd, 2> waited = {{{signals.get(), POLLIN, 0}, {notifier.get(), POLLIN, 0}}};
   while (true) {
-    // First the watches, then the reading: what comes in between is seen by one of them.
+    // Watch first, then read, so that a change in between is not missed.
     if (!blind) watchAll(notifier.get(), arguments);
     if (!decryption.readNew(arguments)) return false;
     (void)poll(waited.data(), waited.size(),

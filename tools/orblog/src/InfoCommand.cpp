@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// orblog info: what encrypted log files hold, as far as it can be told with and without the key.
+// orblog info: prints a summary of encrypted log files, with and without the key.
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,17 +23,17 @@
 namespace orblog {
 namespace {
 
-// Where the lengths lead.
+// The result of following the lengths.
 struct Walk {
   uint64_t records = 0;
   uint64_t end = 0;
-  bool whole = false;  // to the file's end
+  bool whole = false;  // up to the end of the file
 };
 
 Walk walkLengths(PooledFile& file, uint64_t start, uint64_t size) {
   Walk walk;
   walk.end = start;
-  // Many lengths stand in one piece.
+  // One piece contains many lengths.
   std::array<uint8_t, size_t{64} << 10> piece;
   uint64_t pieceStart = 0, pieceEnd = 0;
   while (walk.end + kLengthSize <= size) {
@@ -53,8 +53,8 @@ Walk walkLengths(PooledFile& file, uint64_t start, uint64_t size) {
   return walk;
 }
 
-// A wrapped key may end in a zero byte itself, so it is the next size that keys have; 0 for a field
-// of zeros.
+// A wrapped key can end with a zero byte, so this is the next larger key size; 0 for a field of
+// zeros.
 size_t keySizeOf(const std::array<uint8_t, kHeaderSize>& header) {
   const size_t used = wrappedSize({header.data(), header.size()});
   for (const size_t size : {size_t{0}, size_t{256}, size_t{384}}) {
@@ -129,17 +129,17 @@ void Informer::tellStructure(LogSource& source, uint64_t size) {
   }
   printHeader(header, present);
   std::printf("  records:  %" PRIu64 " by their lengths\n", walk.records);
-  // With the key the contents tell more exactly what is wrong.
+  // With the key, the records show the cause more exactly.
   if (!walk.whole && mKey == nullptr)
     mConsole.problem(source.path() + ": offset " + std::to_string(walk.end) +
                      ": no whole record begins here");
 }
 
-// The records that can be read, and what was wrong beside them.
+// The records that can be read, and the faults.
 struct Contents {
   uint64_t records = 0;
   bool fits = true;
-  bool lost = false;  // the session key
+  bool lost = false;  // the session key is lost
   std::optional<LogLine> first, last;
 
   void add(const Parsed& parsed) {
@@ -152,7 +152,7 @@ struct Contents {
     for (const Record& record : parsed.records) {
       std::optional<LogLine> line = parseLine(record.text);
       if (!line) continue;
-      // What points into the text goes with it.
+      // Everything that points into the text is destroyed with it.
       line->tag = line->message = {};
       if (!first || line->stamp < first->stamp) first = line;
       if (!last || line->stamp >= last->stamp) last = line;

@@ -46,7 +46,8 @@ bool InputStream::readPiece(Parsed& out) {
     size = ::read(STDIN_FILENO, piece.data(), piece.size());
   } while (size < 0 && errno == EINTR);
   if (size < 0) mConsole.problem(std::string(kInputName) + ": " + std::strerror(errno));
-  // Lost by nobody, as of a file that is empty; but often what was to write has failed.
+  // Nothing is lost, as with an empty file. But often the writing program has failed, so a note
+  // helps.
   if (size == 0 && mStart.empty())
     mConsole.note(std::string(kInputName) + ": empty, it ended before its first byte");
   if (size <= 0) {

@@ -25,7 +25,7 @@ ByteView contents(BIO* memory) {
   return {reinterpret_cast<const uint8_t*>(data), size < 0 ? 0 : static_cast<size_t>(size)};
 }
 
-// The private key's PEM lies in OpenSSL's secure memory, or in memory that it wipes.
+// The PEM text of the private key is in OpenSSL's secure memory, or in memory that OpenSSL wipes.
 OpenSslPtr<BIO> privatePem(EVP_PKEY* key, const Passphrase* passphrase) {
   OpenSslPtr<BIO> memory(BIO_new(BIO_s_secmem()));
   const EVP_CIPHER* const cipher = passphrase == nullptr ? nullptr : EVP_aes_256_cbc();
@@ -57,7 +57,7 @@ bool makeKeyFiles(const KeyFilesRequest& request, std::vector<std::string>& note
     error = request.directory + ": " + failure.message();
     return false;
   }
-  // Held while the key is made, so that two runs never both believe the names to be free.
+  // Locked while the key is made, so that two runs never both find the names free.
   KeyFolder folder(request.directory);
   if (!folder.take(request.force, notes, error)) return false;
   Passphrase passphrase;

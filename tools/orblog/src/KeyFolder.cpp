@@ -26,7 +26,7 @@ constexpr char kWorkPrefix[] = ".orblog-keygen-";
 constexpr const char* kNames[] = {"orb_log_private.pem", "orb_log_public.pem", "orb_log_config"};
 constexpr mode_t kModes[] = {0600, 0644, 0644};
 
-// No signal that ends the program, or tells it of a limit, comes while this is there.
+// Blocks signals that end the program or report a limit, during the lifetime of this object.
 class SignalsHeld {
  public:
   SignalsHeld() {
@@ -54,7 +54,7 @@ bool isSameFile(const std::string& one, const std::string& other) {
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
-// The bytes of a small file; wiped, since they may be those of a private key.
+// The bytes of a small file; wiped because they may be a private key.
 class Contents {
  public:
   explicit Contents(const std::string& path) {
@@ -71,7 +71,7 @@ class Contents {
   Contents& operator=(const Contents&) = delete;
   ~Contents() { OPENSSL_cleanse(mBytes.data(), mBytes.size()); }
   bool operator==(const Contents& other) const {
-    // Nothing is like anything: an empty file may be a full disk's, or anybody's.
+    // An empty file is never equal: it may be the result of a full disk, or of another program.
     return mWhole && other.mWhole && mSize > 0 && mSize == other.mSize &&
            std::memcmp(mBytes.data(), other.mBytes.data(), mSize) == 0;
   }
@@ -82,10 +82,11 @@ class Contents {
   bool mWhole = false;
 };
 
-// Also file systems without links know one of the two ways. False when `to` exists.
+// Every file system supports one of the two ways, also those without hard links. False if `to`
+// exists.
 bool moveToFreeName(const std::string& from, const std::string& to) {
 #ifdef SYS_renameat2
-  constexpr unsigned kNoReplace = 1;  // RENAME_NOREPLACE, which not every C library has
+  constexpr unsigned kNoReplace = 1;  // RENAME_NOREPLACE, which some C libraries lack
   if (syscall(SYS_renameat2, AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), kNoReplace) == 0)
     return true;
   if (errno != ENOSYS && errno != EINVAL) return false;
@@ -93,7 +94,7 @@ bool moveToFreeName(const std::string& from, const std::string& to) {
   return link(from.c_str(), to.c_str()) == 0 && unlink(from.c_str()) == 0;
 }
 
-// Writes a file that is not there yet, down to the disk.
+// Creates a file and syncs it to the disk.
 bool writeNew(const std::string& path, mode_t mode, ByteView bytes) {
   const UniqueFd file(
       open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
@@ -113,12 +114,13 @@ KeyFiles::KeyFiles(const std::string& directory)
       publicKey(directory + "/" + kNames[1]),
       configuration(directory + "/" + kNames[2]) {}
 
-// Holds for each of the three names, where there is one:
-//   new.NAME     the file that this run makes. That of the configuration is moved to its name, at
-//                which moment all is done; the others get their names as second ones, so that it
-//                can be told what is this run's.
-//   put.NAME     a copy that is moved, on a file system without second names
-//   former.NAME  the file that had the name
+// Contains for each of the three names, if needed:
+//   new.NAME     the file that this run makes. The configuration is moved to its name, and with
+// that
+//                the run is complete. The other two get their names as hard links, so that files of
+//                this run can be recognised.
+//   put.NAME     a copy that is moved, on a file system without hard links
+//   former.NAME  the file that had the name before
 class KeyFolder::Work {
  public:
   Work(const KeyFolder& folder, std::string path) : mFolder(folder), mPath(std::move(path)) {}
@@ -139,17 +141,17 @@ class KeyFolder::Work {
     for (const File file : {kPrivateKey, kPublicKey}) {
       if (!give(file, contents[file])) return fail(file);
     }
-    // Never a configuration without its private key, whatever a loss of power leaves.
+    // After a loss of power there must be no configuration without its private key.
     (void)fsync(mFolder.mLock.get());
     return moveToFreeName(fresh(kConfiguration), final(kConfiguration)) || fail(kConfiguration);
   }
-  // Nothing of it is done, or all.
+  // Either nothing is done or everything.
   bool isHalfDone() const {
     return exists(fresh(kConfiguration)) &&
            !isSameFile(fresh(kConfiguration), final(kConfiguration));
   }
-  // Takes this run's files away and puts the former ones back. Only its own: what others have put
-  // there since stays. False when a former file's name is taken; it stays here then.
+  // Removes the files of this run and restores the former ones. Files that others wrote in the
+  // meantime stay. False if the name of a former file is in use; the former file then stays here.
   bool undo() {
     for (const File file : {kConfiguration, kPublicKey, kPrivateKey}) {
       if (isOurs(file)) (void)unlink(final(file));
@@ -164,7 +166,7 @@ class KeyFolder::Work {
       (void)unlink(former(file).c_str());
       (void)unlink(copy(file).c_str());
     }
-    // The last one to go tells that there was something to undo.
+    // The last file to be removed shows that there was something to undo.
     for (const File file : {kPrivateKey, kPublicKey, kConfiguration})
       (void)unlink(fresh(file).c_str());
     (void)rmdir(mPath.c_str());
@@ -211,8 +213,8 @@ bool KeyFolder::lock(bool replaces, std::string& error) {
     error = mDirectory + ": another orblog keygen is writing there";
     return false;
   }
-  // Some file systems of other machines know no locks on directories. Then no name is given that is
-  // taken, which is enough unless files are moved away first.
+  // Some network file systems have no locks on directories. Then existing files are never replaced,
+  // and that is enough unless files are moved away first.
   if (replaces)
     error = mDirectory + ": cannot be locked, which --force needs: " + std::strerror(errno);
   return !replaces;

@@ -18,7 +18,7 @@ size_t KeyRing::add(const SessionKey& key, const std::string& origin) {
       return i;
   }
   OpenSslPtr<EVP_CIPHER_CTX> context(EVP_CIPHER_CTX_new());
-  // 12 bytes of IV are this cipher's default.
+  // The default IV size of this cipher is 12 bytes.
   if (context != nullptr &&
       EVP_DecryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.bytes.data(), nullptr) != 1)
     context.reset();
@@ -34,7 +34,7 @@ bool KeyRing::openWith(const Entry& entry, ByteView sealed, std::string& text) {
   uint8_t* const plain = reinterpret_cast<uint8_t*>(text.data());
   uint8_t tag[kTagSize];
   for (size_t i = 0; i < kTagSize; ++i) tag[i] = sealed.data[kIvSize + i];
-  // Together with the IV: a call of its own for the tag takes a good part of a short record's time.
+  // Set with the IV, because a separate call for the tag takes long compared with a short record.
   const OSSL_PARAM parameters[] = {
       OSSL_PARAM_construct_octet_string(OSSL_CIPHER_PARAM_AEAD_TAG, tag, kTagSize),
       OSSL_PARAM_construct_end()};
@@ -48,7 +48,7 @@ bool KeyRing::openWith(const Entry& entry, ByteView sealed, std::string& text) {
 
 bool KeyRing::opens(size_t number, ByteView sealed, std::string& text) const {
   if (sealed.size >= kSealSize && openWith(mEntries[number], sealed, text)) return true;
-  text.clear();  // whatever came out of it is not authentic
+  text.clear();  // the text is not authentic
   return false;
 }
 

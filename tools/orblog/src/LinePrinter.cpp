@@ -26,7 +26,8 @@ void appendMember(std::string& out, const char* name, uint64_t number) {
   out.append(name).append(digits.data(), static_cast<size_t>(end - digits.data()));
 }
 
-// The message has a tag of its own, as a rule the record's; only then nothing is lost by splitting.
+// The message begins with a tag, which must be that of the record; only then the split loses
+// nothing.
 void appendMessage(std::string& out, const LogLine& line) {
   const std::optional<MessageParts> parts = parseMessage(line.message);
   if (parts && parts->tag == line.tag) {
@@ -39,8 +40,7 @@ void appendMessage(std::string& out, const LogLine& line) {
   }
 }
 
-// One object per line, always with the same members in the same order; those that a text does not
-// give are null.
+// One object per line, always with the same members in the same order. Missing members are null.
 void appendObject(std::string& out, const std::string& file, const Record& record,
                   const std::optional<LogLine>& line) {
   if (line) {
@@ -101,7 +101,7 @@ void LinePrinter::keepLast(size_t count) {
   mOldest = 0;
 }
 
-// The strings of the line that goes are used for the one that comes.
+// The strings of the removed line are reused for the new line.
 void LinePrinter::keep(const std::string& file, const Record& record) {
   if (mKept.size() < *mMostKept) {
     mKept.push_back({file, record});

@@ -19,7 +19,7 @@ namespace orblog {
 namespace {
 
 namespace fs = std::filesystem;
-// Larger than any record, so that every piece takes the reading on.
+// Larger than any record, so that every piece advances the parser.
 constexpr size_t kPieceSize = size_t{128} << 10;
 static_assert(kPieceSize > kLengthSize + kGreatestLength);
 constexpr uint64_t kMostBudget = uint64_t{1} << 30;
@@ -34,13 +34,14 @@ bool isLogName(const std::string& name) {
          path.extension() != ".pem";
 }
 
-// Adds the log files of a directory, sorted by name, and with `deeper` those of its subdirectories.
+// Adds the log files of a directory, sorted by name; with `deeper` also those of its
+// subdirectories.
 void listDirectory(const fs::path& directory, bool deeper, FileList& list) {
   std::error_code error;
   std::vector<fs::path> files, directories;
   for (fs::directory_iterator it(directory, error), none; !error && it != none;
        it.increment(error)) {
-    std::error_code ignored;  // it may be gone already
+    std::error_code ignored;  // the file may be gone already
     if (it->is_directory(ignored)) {
       directories.push_back(it->path());
     } else if (it->is_regular_file(ignored) && isLogName(it->path().filename().string())) {
@@ -98,7 +99,7 @@ std::unique_ptr<LogSource> LogSource::open(const std::string& path, FilePool& po
                                            KeyFinder* finder, std::string& error) {
   std::unique_ptr<LogSource> source(new LogSource(path, pool, ring, finder));
   if (source->mFile.fd() < 0) {
-    // What was listed a moment ago may have been rotated away since.
+    // A listed file may have been rotated away since.
     error = errno == ENOENT ? std::string() : path + ": " + std::strerror(errno);
     return nullptr;
   }
@@ -140,7 +141,8 @@ bool LogSource::readSome(LogParser& parser, uint64_t end, Parsed& out) {
   const int fd = mFile.fd();
   if (fd < 0) return fail(at, errno);
   const off_t data = lseek(fd, static_cast<off_t>(at), SEEK_DATA);
-  // Behind the last data the hole goes on to the end; where holes are unknown all is data.
+  // After the last data, the hole extends to the end. If holes are not supported, everything is
+  // data.
   const uint64_t filledFrom = data >= 0 ? static_cast<uint64_t>(data) : errno == ENXIO ? end : at;
   if (filledFrom > at && parser.passZeros(std::min(filledFrom, end))) at = parser.restart();
 
@@ -199,7 +201,7 @@ bool LogSource::isInOrder(uint64_t end, bool mayLackEnd, std::vector<Record>& en
          addRecord(*key, last, ends);
 }
 
-// False, for the caller to return.
+// Returns false, for the caller to return.
 bool LogSource::fail(uint64_t offset, int error) {
   mFault = error == ENOENT || error == ESTALE
                ? "removed before it was read to its end; with more descriptors (ulimit -n) it "

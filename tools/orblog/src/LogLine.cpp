@@ -12,8 +12,7 @@ constexpr size_t kHourPlace = 11;   // 2025-05-24 13
 constexpr size_t kSecondSize = 19;  // 2025-05-24 13:02:07
 constexpr size_t kMillisSize = 4;   // .045
 
-// Reads a text from its front; every function leaves it alone when what it wants does not stand
-// there.
+// Reads a text from its front. Functions consume nothing if the expected text is not there.
 class Scanner {
  public:
   explicit Scanner(std::string_view text) : mText(text) {}
@@ -22,7 +21,7 @@ class Scanner {
     mText.remove_prefix(1);
     return true;
   }
-  // A number of exactly so many digits within limits.
+  // A number with exactly this count of digits, within limits.
   bool takeField(size_t digits, int least, int greatest, int& value) {
     if (mText.size() < digits) return false;
     int number = 0;
@@ -78,7 +77,7 @@ struct Fields {
     value = value * 31 + day - 1;
     value = value * 24 + hour;
     value = value * 60 + minute;
-    value = value * 61 + second;  // a leap second is the 61st
+    value = value * 61 + second;  // 61 because of leap seconds
     return value * 1000 + millisecond;
   }
 };
@@ -94,7 +93,7 @@ bool takeDate(Scanner& in, Fields& fields) {
          in.takeField(2, 1, daysOf(fields.year, fields.month), fields.day);
 }
 
-// " AM", " pm" or " p.m." makes the hour one of 12. Without it nothing is taken.
+// " AM", " pm" or " p.m." makes it a 12-hour time. Otherwise nothing is consumed.
 bool takeHalfDay(Scanner& in, int& hour) {
   Scanner ahead = in;
   char half = 0, m = 0;
@@ -107,7 +106,7 @@ bool takeHalfDay(Scanner& in, int& hour) {
   return true;
 }
 
-// HH:MM, and as much of :SS.mmm as there is; AM or PM stands before the milliseconds.
+// HH:MM, then :SS and .mmm if present; AM or PM is before the milliseconds.
 bool takeTime(Scanner& in, Fields& fields) {
   if (!in.takeField(2, 0, 23, fields.hour) || !in.take(':') ||
       !in.takeField(2, 0, 59, fields.minute))
@@ -118,7 +117,7 @@ bool takeTime(Scanner& in, Fields& fields) {
   return !seconds || !in.take('.') || in.takeField(3, 0, 999, fields.millisecond);
 }
 
-// The time of a line that begins with a time of so many characters, with the hour of 24.
+// The time of a line, with a 24-hour hour. The time has this number of characters.
 TimeText wholeDayTime(std::string_view text, size_t size, int hour) {
   TimeText time(text.substr(0, kSecondSize));
   time[kHourPlace] = static_cast<char>('0' + hour / 10);
@@ -127,7 +126,7 @@ TimeText wholeDayTime(std::string_view text, size_t size, int hour) {
   return time;
 }
 
-// The place of the first blank behind a colon and digits; npos when there is none.
+// The place of the first blank after a colon and digits; npos if there is none.
 size_t endOfHead(std::string_view text) {
   for (size_t blank = text.find(' '); blank != std::string_view::npos;
        blank = text.find(' ', blank + 1)) {
@@ -174,7 +173,7 @@ std::optional<LogLine> parseLine(std::string_view text) {
   Fields fields;
   fields.millisecond = -1;
   Scanner in(text);
-  // All of it must be there, down to the milliseconds.
+  // A complete time with milliseconds is required.
   if (!takeDate(in, fields) || !in.take(' ') || !takeTime(in, fields) || fields.millisecond < 0)
     return std::nullopt;
   line.time = wholeDayTime(text, text.size() - in.rest().size(), fields.hour);

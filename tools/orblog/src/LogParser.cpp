@@ -12,16 +12,17 @@ namespace orblog {
 namespace {
 
 constexpr uint64_t kNowhere = std::numeric_limits<uint64_t>::max();
-// About a second's work. Random bytes look like a record's length once in a hundred places, so an
-// honest file never comes near it.
+// About a second of work. Random bytes look like a record's length at one of a hundred places, so
+// an undamaged file never comes near this limit.
 constexpr uint64_t kSearchBudget = uint64_t{512} << 20;
-// Lengths that no writer gives are believed only so often: each wrong one costs 64 KiB.
+// Lengths that the library never writes are followed only this often, because each wrong one costs
+// 64 KiB.
 constexpr uint64_t kLongBudget = uint64_t{256} << 20;
-constexpr uint64_t kAttemptCost = 256;  // an attempt costs as much as so many bytes, and its bytes
-// So many keys are tried with every record, whatever is left of the budget: two processes may take
-// turns in a file.
+constexpr uint64_t kAttemptCost = 256;  // fixed cost of an attempt, in addition to its bytes
+// This number of keys is tried for every record, even without a budget, because two processes can
+// alternate in a file.
 constexpr size_t kFreeTrials = 2;
-// Each costs a private key operation, so a file gets only a few beyond its own.
+// Each costs an RSA operation, so a file may have only a few more than its own header.
 constexpr int kHeaderAttempts = 8;
 
 }  // namespace
@@ -52,13 +53,13 @@ bool LogParser::feed(ByteView bytes, Parsed& out, bool more) {
 void LogParser::finish(Parsed& out) { process(Rest::None, out); }
 
 uint64_t LogParser::restart() {
-  // Many parsers may be waiting, so none keeps the room that it had.
+  // There may be many waiting parsers, so unused memory is released.
   std::vector<uint8_t>().swap(mBuffer);
   return mBase;
 }
 
 bool LogParser::passZeros(uint64_t end) {
-  // The last one may be the first byte of a length.
+  // The last byte may be the first byte of a length.
   if (!mGap || !mBuffer.empty() || mGap->next != mBase || end < mBase + 2) return false;
   if (mGap->declared >= mBase && mGap->declared < end) return false;
   if (mBudget == 0 || knownKeys() == 0) mGap->gaveUp = true;
@@ -93,10 +94,10 @@ void LogParser::dropRead() {
   mBase = done;
 }
 
-// True when reading goes on behind the header, or from offset 0 where there is none.
+// True if parsing continues after the header, or at offset 0 without a header.
 bool LogParser::readHeader(Rest rest, Parsed& out) {
   const size_t size = mBuffer.size();
-  // Trying costs something, so nothing is tried twice for having come in pieces.
+  // Attempts are expensive, so nothing is tried twice because of the split into pieces.
   if (rest == Rest::There && size < kHeaderSize) return false;
   if (size >= kHeaderSize) {
     const ByteView field = view(0, kHeaderSize);
@@ -109,7 +110,7 @@ bool LogParser::readHeader(Rest rest, Parsed& out) {
       return mHeaderRead = true;
     }
     const Outcome outcome = zero ? Outcome::Failed : attempt(0);
-    // The first record of a file without header may be longer than a header.
+    // In a file without a header, the first record may be longer than a header.
     if (waits(0, outcome, rest)) return false;
     if (outcome != Outcome::Opened) {
       mHeaderRead = true;
@@ -134,8 +135,8 @@ bool LogParser::readHeader(Rest rest, Parsed& out) {
   return mHeaderRead = true;
 }
 
-// The records behind such a header may still be those of another file's session key. Nothing more
-// is said when they are not.
+// The records after such a header may have the session key of another file. If not, nothing more is
+// reported.
 void LogParser::takeUnreadableHeader(bool zero, Parsed& out) {
   Finding finding;
   finding.kind = zero ? Finding::Kind::HeaderZero : Finding::Kind::HeaderUnreadable;
@@ -201,7 +202,7 @@ void LogParser::prefer(size_t key) {
 void LogParser::emit(uint64_t at, Parsed& out) {
   mPosition = at + sizeAt(at);
   out.size += sizeof(Record) + mText.size();
-  // A copy: the text has room for the longest that was tried before.
+  // A copy, because the text has the capacity of the longest attempt.
   out.records.push_back({at, mText});
 }
 
@@ -235,8 +236,8 @@ bool LogParser::isPlausible(uint64_t at) const {
   return size >= kLengthSize + kSealSize && size <= kLengthSize + kLongestSeal;
 }
 
-// Whether more bytes are to decide about this place before anything else is done. A length that no
-// writer gives does not hold up at the file's present end what stands behind it.
+// Whether more bytes are needed before a decision about this place. At the current end of the file,
+// a length that the library never writes does not delay what follows.
 bool LogParser::waits(uint64_t at, Outcome outcome, Rest rest) const {
   if (outcome != Outcome::Short || rest == Rest::None) return false;
   return rest == Rest::There || isPlausible(at);
@@ -255,11 +256,11 @@ bool LogParser::takeHeader(uint64_t at) {
   return key.has_value();
 }
 
-// Every place is tried at which a record may begin: the length of the one that failed may be what
-// is damaged, and to trust it could mean to skip good records. True when reading goes on; false
-// when there is nothing more for now.
+// Tries every place at which a record can begin, because the damaged part can be the length of the
+// failed record; following that length could skip good records. True if parsing continues; false if
+// there is no more data now.
 bool LogParser::search(Rest rest, Parsed& out) {
-  uint64_t incomplete = kNowhere;  // the first place that more bytes may make a record or a header
+  uint64_t incomplete = kNowhere;  // the first place that more bytes could complete
   while (mGap->next < end()) {
     const uint64_t at = mGap->next;
     if (at == mGap->declared || (mBudget > 0 && isPlausible(at))) {
@@ -280,13 +281,13 @@ bool LogParser::search(Rest rest, Parsed& out) {
         mPosition = finding.end;
         return true;
       }
-      // At `declared` it may be one of any length.
+      // At `declared` a record can have any length.
       const bool partOfRecord =
           outcome == Outcome::Short && (at == mGap->declared || isPlausible(at));
       if (rest != Rest::None && (partOfRecord || mayBeHeader(at))) {
         if (rest == Rest::There) return false;
         incomplete = std::min(incomplete, at);
-        // It may be none, and good records may stand behind it.
+        // It may not be a record, and good records may follow.
         ++mGap->next;
         continue;
       }
@@ -302,13 +303,13 @@ bool LogParser::search(Rest rest, Parsed& out) {
   return false;
 }
 
-// Keeps account of where the lengths lead.
+// Keeps track of the places to which the lengths lead.
 void LogParser::followLength(bool final) {
   Gap& gap = *mGap;
   const uint64_t left = end() - gap.declared;
   const uint64_t size = left < kLengthSize ? 0 : sizeAt(gap.declared);
   const bool lacksEnd = final && size > left;
-  // A length that no writer gives shows no record that was cut.
+  // A length that the library never writes does not prove a cut-off record.
   if (left < kLengthSize || (lacksEnd && isPlausible(gap.declared))) {
     gap.cut = gap.declared;
     gap.cutSize = size;
@@ -321,8 +322,8 @@ void LogParser::followLength(bool final) {
   }
 }
 
-// Moves the search on by a byte, or by a record when the budget is used up. False when it has
-// nowhere to go.
+// Advances the search by a byte, or by a record if the budget is used up. False if it cannot
+// advance.
 bool LogParser::step(bool final) {
   Gap& gap = *mGap;
   if (gap.next == gap.declared) followLength(final);
@@ -331,16 +332,16 @@ bool LogParser::step(bool final) {
     return true;
   }
   gap.gaveUp = true;
-  if (gap.declared < gap.next) return false;  // it is incomplete
+  if (gap.declared < gap.next) return false;  // the record there is incomplete
   gap.next = std::min(gap.declared, end());
   return gap.declared != kNowhere;
 }
 
 void LogParser::closeGap(uint64_t at, bool resumed, Parsed& out) {
-  // The search went past places that were waiting for more bytes without following their lengths.
+  // The search skipped places that waited for more bytes and did not follow their lengths.
   while (resumed && mGap->declared < at) followLength(false);
   const Gap gap = *std::exchange(mGap, std::nullopt);
-  if (at == gap.start) return;  // another record stands here by now, or a header
+  if (at == gap.start) return;  // another record or a header is here now
   Finding finding;
   finding.offset = gap.start;
   finding.end = at;

@@ -18,7 +18,7 @@ Stamp stampOf(const Record& record) {
 
 }  // namespace
 
-// Lines in between need not be looked at.
+// Lines in between are not needed.
 void RecordTimes::add(const std::vector<Record>& records) {
   if (records.empty()) return;
   if (mCount == 0) mFirst = stampOf(records.front());
@@ -73,7 +73,7 @@ void sortByAge(RecordStreams& streams) {
 void mergeByTime(RecordStreams& streams,
                  const std::function<void(const std::string& file, const Record&, Stamp)>& use,
                  const std::function<bool()>& isOver) {
-  using Head = std::pair<Stamp, size_t>;  // and the stream
+  using Head = std::pair<Stamp, size_t>;  // stamp and index of the stream
   std::priority_queue<Head, std::vector<Head>, std::greater<>> heads;
   for (size_t i = 0; i < streams.size(); ++i) {
     if (!streams[i].atEnd()) heads.emplace(streams[i].stamp(), i);

@@ -10,7 +10,7 @@ namespace orblog {
 namespace {
 
 constexpr int64_t kSecond = 1000, kMinute = 60 * kSecond, kHour = 60 * kMinute, kDay = 24 * kHour;
-// So far from now every clock is wrong, and no sum of such numbers has too many digits.
+// No clock is so far from now, and sums of such numbers do not overflow.
 constexpr int64_t kFarthest = 1000 * 366 * kDay;
 constexpr size_t kDateSize = 10;
 
@@ -40,7 +40,7 @@ bool takeNumber(std::string_view& text, int64_t& value) {
   return true;
 }
 
-// 0 for what is no unit.
+// 0 if it is not a unit.
 int64_t unitOf(std::string_view name) {
   static constexpr struct {
     std::string_view name;
@@ -76,7 +76,7 @@ bool takeSpan(std::string_view& text, int64_t& span) {
   return text.size() < before;
 }
 
-// Sign or "ago", so that a bare "5min" is not mistaken for one of them.
+// With a sign or "ago"; a bare "5min" is not accepted.
 std::optional<Stamp> parseRelative(std::string_view text, int64_t now) {
   const char sign = text.front();
   const bool isSigned = sign == '-' || sign == '+';
@@ -116,7 +116,7 @@ std::optional<int> parseZone(std::string_view text) {
   return text[0] == '-' ? -all : all;
 }
 
-// Date and time with a zone behind them.
+// Date and time with a time zone.
 std::optional<Stamp> parseZoned(std::string_view text, const tm& today, bool latest) {
   if (text.size() <= kDateSize) return std::nullopt;
   const size_t start = text.find_first_of("Z+-U", kDateSize);
@@ -129,14 +129,14 @@ std::optional<Stamp> parseZoned(std::string_view text, const tm& today, bool lat
   if (!stamp) return std::nullopt;
   int millisecond = 0;
   tm fields = fieldsOf(*stamp, millisecond);
-  fields.tm_sec = std::min(fields.tm_sec, 59);  // the end of a minute, not the next one
+  fields.tm_sec = std::min(fields.tm_sec, 59);  // not the next minute
   return stampAt((int64_t{timegm(&fields)} - int64_t{*zone} * 60) * kSecond + millisecond);
 }
 
-// The day so many days from today, as parseMoment has it.
+// The day at this distance from today, in the form of parseMoment.
 std::string dateOf(tm day, int days) {
   day.tm_mday += days;
-  day.tm_hour = 12;  // where clocks are not set
+  day.tm_hour = 12;  // at noon, because clocks are not changed then
   day.tm_isdst = -1;
   (void)mktime(&day);
   char text[16];

@@ -21,8 +21,8 @@
 namespace orblog {
 namespace {
 
-// The terminal, not showing what is typed, with the signals held that a user or the system sends:
-// first it is put back as it was, then they take their course.
+// The terminal with echo off, and with the signals blocked that a user or the system sends. It is
+// restored before the signals are delivered.
 class QuietTerminal {
  public:
   QuietTerminal() : mTerminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY)) {
@@ -42,13 +42,13 @@ class QuietTerminal {
   QuietTerminal& operator=(const QuietTerminal&) = delete;
   ~QuietTerminal() {
     if (!mIsReady) return;
-    // What was typed beyond the passphrase is for nobody, a shell least of all.
+    // Discards input after the passphrase, so that no shell reads it.
     (void)tcsetattr(mTerminal.get(), TCSAFLUSH, &mFormer);
     sigprocmask(SIG_SETMASK, &mFormerMask, nullptr);
   }
   bool isReady() const { return mIsReady; }
   int fd() const { return mTerminal.get(); }
-  // Waits for the end of a line. False when a signal came instead.
+  // Waits for the end of a line. False if a signal came instead.
   bool waitForLine() const {
     std::array<pollfd, 2> waited = {{{mTerminal.get(), POLLIN, 0}, {mSignals.get(), POLLIN, 0}}};
     while (poll(waited.data(), waited.size(), -1) < 0 && errno == EINTR) {
@@ -65,7 +65,7 @@ class QuietTerminal {
   bool mIsReady = false;
 };
 
-// The user wants to go on with it later.
+// The program was stopped by the user and continues later.
 bool isToStop() {
   sigset_t pending;
   return sigpending(&pending) == 0 && sigismember(&pending, SIGTSTP) == 1 &&

@@ -9,7 +9,7 @@
 namespace orblog {
 namespace {
 
-// The C library takes a stack frame for each open parenthesis.
+// The C library uses a stack frame for each open parenthesis.
 constexpr size_t kLongest = 4096;
 constexpr char kSpecial[] = "\\^$.[]|()*+?{}";
 
@@ -18,9 +18,9 @@ char folded(char letter) {
   return static_cast<char>(letter | (isCapital ? 0x20 : 0));
 }
 
-// The longest plain text that every match of an expression without alternatives holds, as far as
-// that is easily seen: before the first group, set, count or escape. A character that may be
-// missing is no part of it.
+// The longest plain text that every match of an expression without alternatives contains, if it is
+// easy to find: before the first group, set, count or escape. Optional characters are not part of
+// it.
 std::string plainPartOf(std::string_view expression) {
   std::string_view best;
   while (!expression.empty()) {
@@ -35,7 +35,7 @@ std::string plainPartOf(std::string_view expression) {
   return std::string(best);
 }
 
-// One of these is in every match; none when that cannot be said.
+// Texts of which every match contains one; empty if not known.
 std::vector<std::string> plainPartsOf(const std::string& expression) {
   std::vector<std::string> parts;
   const bool hasAlternatives = expression.find('|') != std::string::npos;
@@ -49,7 +49,7 @@ std::vector<std::string> plainPartsOf(const std::string& expression) {
   return parts;
 }
 
-// In blocks of a fixed size, which the compiler handles at once.
+// In blocks of a fixed size, which the compiler can vectorise.
 void fold(std::string_view text, std::string& out) {
   constexpr size_t kBlock = 32;
   out.assign(text);
@@ -75,7 +75,7 @@ std::shared_ptr<Pattern> Pattern::make(const std::string& expression,
   for (std::string& part : pattern->mParts) {
     if (pattern->mFoldsCase) fold(std::string(part), part);
   }
-  // Plain texts, one or several to choose from.
+  // Only plain text, or alternatives of plain texts.
   if (!pattern->mParts.empty() && expression.find_first_of("\\^$.[]()*+?{}") == std::string::npos)
     return pattern;
   if (expression.size() > kLongest) {
@@ -113,8 +113,8 @@ bool Pattern::isIn(std::string_view text) {
 }
 
 bool Pattern::matches(std::string_view text) {
-  // The C library takes a zero byte for the end of the text; whoever wrote the line must not be
-  // able to hide the rest of it with one.
+  // The C library stops at a zero byte. The writer of a line must not be able to hide the rest of
+  // the line with it.
   mClean.assign(text);
   std::replace(mClean.begin(), mClean.end(), '\0', '\x01');
   return regexec(mRegex.get(), mClean.c_str(), 0, nullptr, 0) == 0;

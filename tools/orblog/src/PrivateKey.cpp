@@ -19,8 +19,8 @@ namespace {
 
 constexpr size_t kLargestFile = size_t{64} << 10;
 
-// Gives the passphrase to OpenSSL, which asks for it only where a key is encrypted, and more than
-// once where it tries several ways of reading it.
+// Gives the passphrase to OpenSSL. OpenSSL asks only if a key is encrypted, and can ask more than
+// once if it tries several formats.
 struct Opener {
   const std::string& path;
   Passphrase passphrase;
@@ -45,7 +45,7 @@ bool holds(const std::string& text, const char* part) {
   return text.find(part) != std::string::npos;
 }
 
-// Why no private key came out of a file of this text.
+// The reason why a file with this text has no usable private key.
 std::string whyNone(const Opener& opener, const std::string& text) {
   if (!opener.error.empty())
     return "the key is encrypted and there is no passphrase: " + opener.error;
@@ -103,8 +103,8 @@ std::string PrivateKey::warning() const {
 
 std::optional<SessionKey> PrivateKey::unwrap(ByteView header) const {
   if (header.size != kHeaderSize || size() > kHeaderSize) return std::nullopt;
-  // What stands behind the wrapped key is not looked at: zeros that are damaged do no harm, and
-  // what was wrapped for a larger key does not pass.
+  // Bytes after the wrapped key are ignored: damaged zeros are harmless, and a key wrapped for a
+  // larger RSA key does not decrypt.
   const OpenSslPtr<EVP_PKEY_CTX> context(EVP_PKEY_CTX_new(mKey.get(), nullptr));
   std::vector<uint8_t> plain(size());
   size_t plainSize = plain.size();

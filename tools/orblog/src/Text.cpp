@@ -16,8 +16,8 @@ constexpr char32_t kInvalid = 0xFFFFFFFF;
 
 uint8_t byteAt(std::string_view text, size_t at) { return static_cast<uint8_t>(text[at]); }
 
-// The character at the start of the text, which is not empty, and how many bytes it takes; kInvalid
-// and 1 when no well-formed one stands there.
+// The character at the start of the text, which is not empty, and its size in bytes; kInvalid and 1
+// if it is not well-formed.
 char32_t firstCharacter(std::string_view text, size_t& size) {
   const uint8_t lead = byteAt(text, 0);
   size = 1;
@@ -38,7 +38,7 @@ char32_t firstCharacter(std::string_view text, size_t& size) {
   return character;
 }
 
-// Of ASCII and of C1, which steers terminals as well.
+// Control characters of ASCII, and of C1, which also control terminals.
 bool isControl(char32_t character) {
   return character < 0x20 || (character >= 0x7F && character < 0xA0);
 }
@@ -47,7 +47,7 @@ bool needsEscape(uint8_t letter) {
   return static_cast<uint8_t>(letter - 0x20) >= 0x5F || letter == '"' || letter == '\\';
 }
 
-// In blocks of a fixed size, which the compiler handles at once.
+// In blocks of a fixed size, which the compiler can vectorise.
 bool needsEscape(std::string_view text) {
   constexpr size_t kBlock = 32;
   for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
@@ -86,14 +86,15 @@ std::string terminalSafe(std::string_view text) {
 }
 
 void appendJson(std::string& out, std::string_view text) {
-  // Nearly all texts are their own JSON, and the library's writer looks at each character.
+  // Nearly all texts need no escapes, and the JSON library checks each character, so this is
+  // faster.
   if (!needsEscape(text)) {
     out += '"';
     out += text;
     out += '"';
     return;
   }
-  // All beyond ASCII is escaped, so that no terminal finds a control character in it.
+  // Everything beyond ASCII is escaped, so that a terminal gets no control character.
   using nlohmann::json;
   out += json(text).dump(-1, ' ', true, json::error_handler_t::replace);
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// orblog: reads the encrypted log files of the client library.
+// orblog: decrypts the encrypted log files of the client library.
 #include "Commands.h"
 #include "orbtool/Run.h"
 

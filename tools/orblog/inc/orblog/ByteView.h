@@ -7,14 +7,14 @@
 
 namespace orblog {
 
-// Bytes that somebody else owns.
+// Bytes that another object owns.
 struct ByteView {
   const uint8_t* data = nullptr;
   size_t size = 0;
 
   ByteView() = default;
   ByteView(const uint8_t* first, size_t count) : data(first), size(count) {}
-  // The rest of the view; empty when it is shorter than `start`.
+  // The view without its first `start` bytes; empty if it is shorter.
   ByteView from(size_t start) const {
     return start < size ? ByteView(data + start, size - start) : ByteView();
   }

@@ -9,11 +9,11 @@ namespace orblog {
 
 enum class ColourWish { Auto, Always, Never };
 
-// Whether standard output is to have colours: as asked for, or when it is a terminal that has them
-// and NO_COLOR is not set.
+// Whether standard output has colours: as requested, or automatically if it is a terminal with
+// colours and NO_COLOR is not set.
 bool wantsColour(ColourWish wish);
 
-// Appends the text in the colour of its level, a letter as lines have it.
+// Appends the text in the colour of its level, which is a letter as in log lines.
 void appendColoured(std::string& out, char level, std::string_view text);
 
 }  // namespace orblog

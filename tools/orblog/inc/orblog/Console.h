@@ -11,23 +11,23 @@
 
 namespace orblog {
 
-// What the user is told on standard error: problems, and how far a long read is. Remembers whether
-// there was a problem, which decides the exit status.
+// Messages for the user on standard error: problems, and the progress of a long read. Remembers
+// whether there was a problem, which decides the exit status.
 class Console {
  public:
   Console();
-  // One line that only explains something.
+  // One line of information that is not a problem.
   void note(const std::string& text) { print(text); }
-  // One line; something could not be read.
+  // One line about data that could not be read.
   void problem(const std::string& text);
-  // Some findings of a file; more than a screenful per file are only counted.
+  // Findings of a file. After a limit per file they are only counted.
   void report(const std::string& file, const std::vector<Finding>& findings);
-  // Says how many were only counted.
+  // Prints how many were only counted.
   void reportUntold();
   bool hadProblem() const { return mHadProblem; }
 
-  // Shown on a terminal, for inputs that take a while. Where that terminal may show the lines, too,
-  // it has to end before them.
+  // Shows the progress on a terminal for inputs that take long. If the same terminal also shows
+  // lines, the progress must end before the first line.
   bool mayGoOnBesideLines() const;
   void startProgress(uint64_t total);
   void advance(uint64_t bytes);
@@ -38,7 +38,7 @@ class Console {
   const bool mIsTerminal;
   bool mHadProblem = false;
   std::map<std::string, uint64_t> mTold;
-  uint64_t mTotal = 0;  // 0 when no progress is shown
+  uint64_t mTotal = 0;  // 0 if no progress is shown
   uint64_t mDone = 0;
   uint64_t mShown = 0;
 };

@@ -15,31 +15,31 @@
 
 namespace orblog {
 
-// Reads a set of log files and prints their lines in the order of time; once, or on and on as they
-// grow. What is wrong with a file and when it was written has to be known before any of its lines
-// is printed. Of a file whose lengths lead through all of it that is told by its first and last
-// record. Others are read twice, unless they hold little: first for that, and then, all at the same
-// time, for the lines. So its memory does not depend on how much they hold. Standard input comes as
-// it comes. Used by one thread.
+// Reads a set of log files and prints their lines in the order of time, once or continuously.
+// Before it prints a line of a file, it must know the faults and the times of that file. If the
+// record lengths of a file are correct up to the end, the first and the last record are enough for
+// that. Other files are read twice, unless they are small: first for faults and times, then all
+// together for the lines. So the memory does not depend on the size of the files. Standard input is
+// printed as it arrives. Used by one thread.
 class Decryption {
  public:
-  // All three must outlive it.
+  // All three must live longer than this object.
   Decryption(const PrivateKey& key, LinePrinter& printer, Console& console);
 
-  // Reads what the arguments name up to its present end and prints it. Unless it is read on, what
-  // lacks its end is reported.
+  // Reads the files of the arguments up to their current end and prints them. A cut-off last record
+  // is reported, unless the files are followed.
   void readAll(const std::vector<std::string>& arguments, bool readsOn);
-  // What was added since, and files that came since. False when the output is full.
+  // Prints data and files that were added since. False if the output failed.
   bool readNew(const std::vector<std::string>& arguments);
-  // Ends the reading on. A record that lacks its end is no fault then: it is being written.
+  // Ends following. A cut-off last record is not a fault then, because it is being written.
   void finish();
 
  private:
   struct Source {
     std::unique_ptr<LogSource> file;
-    bool retired = false;     // its name belongs to another file, or to none
+    bool retired = false;     // another file or no file has its name now
     Stamp latest = kNoStamp;  // of the last record
-    uint64_t seen = 0;        // where the last reading ended
+    uint64_t seen = 0;        // where the last read ended
   };
   enum class Extent { Present, Rest, SeenAgain };
   void open(const std::vector<std::string>& paths);
@@ -58,13 +58,12 @@ class Decryption {
   KeyRing mRing;
   KeyFinder mFinder;
   FilePool mPool;
-  std::vector<Source> mSources;         // in the order of their age, as far as it is known
-  std::set<std::string> mFailedToOpen;  // told once
-  std::set<std::string> mNoted;         // files whose texts that are no lines have been told of
+  std::vector<Source> mSources;         // in the order of their age, as far as known
+  std::set<std::string> mFailedToOpen;  // reported once
+  std::set<std::string> mNoted;         // files whose records without a log line were reported
 };
 
-// Reads on whenever something changes, until SIGINT or SIGTERM; those must be blocked. False when
-// the output failed.
+// Prints changes until SIGINT or SIGTERM, which must be blocked. False if the output failed.
 bool follow(Decryption& decryption, const std::vector<std::string>& arguments);
 
 }  // namespace orblog

@@ -14,8 +14,8 @@ namespace orblog {
 
 class FilePool;
 
-// One file of a pool, open for reading. Its descriptor may be closed for the sake of another file;
-// the next use opens it anew. Used by one thread; the pool must outlive it.
+// One file of a pool, open for reading. The pool can close its descriptor to open another file; the
+// next use opens it again. Used by one thread; the pool must live longer.
 class PooledFile {
  public:
   PooledFile(std::string path, FilePool& pool);
@@ -24,12 +24,12 @@ class PooledFile {
   ~PooledFile();
 
   const std::string& path() const { return mPath; }
-  // Good until another file of the pool is used. -1 with errno; ESTALE when the name has gone to
-  // another file while this one was closed.
+  // Valid until another file of the pool is used. -1 with errno; ESTALE if another file got the
+  // name while this file was closed.
   int fd();
-  // Looks at it, as it is now. False when it is closed and has lost its name.
+  // Updates the status. False if the file is closed and another file has its name.
   bool look();
-  // As it was when it was looked at or opened last.
+  // The status at the last update or open.
   const struct stat& status() const { return mStatus; }
 
  private:
@@ -40,17 +40,17 @@ class PooledFile {
   FilePool& mPool;
   UniqueFd mFd;
   struct stat mStatus = {};
-  bool mIsKnown = false;  // after the first use
+  bool mIsKnown = false;  // set by the first use
 };
 
-// Keeps as many files open as the process may have descriptors, less some for other purposes; of
-// more files those that were used last. A file that is open can be read to its end whatever becomes
-// of its name. Used by one thread.
+// Keeps as many files open as the process may have descriptors, minus a reserve. If there are more
+// files, the files that were used last stay open. An open file can be read to its end even if it is
+// renamed or removed. Used by one thread.
 class FilePool {
  public:
   FilePool();
   size_t most() const { return mMost; }
-  // Closes a file if as many are open as may be, so that something else can be opened.
+  // If the limit of open files is reached, closes one, so that another descriptor can be opened.
   void makeRoom();
 
  private:
@@ -59,7 +59,7 @@ class FilePool {
   void forget(PooledFile& file);
   bool closeOldest();
   const size_t mMost;
-  std::vector<PooledFile*> mOpen;  // the one that was used last comes last
+  std::vector<PooledFile*> mOpen;  // the last used file is last
 };
 
 }  // namespace orblog

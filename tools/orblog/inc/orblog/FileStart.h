@@ -12,16 +12,16 @@
 
 namespace orblog {
 
-// So much of a file's start tells what it is.
+// The number of bytes at the start of a file that are enough to recognise its type.
 constexpr size_t kStartSize = 4096;
 
-// Whether there is something, and nothing that does not stand in texts.
+// Whether the bytes are not empty and can all be part of a text.
 bool isText(ByteView start);
 
-// The bytes that a header's wrapped session key takes: up to the last that is not zero.
+// The size of the wrapped session key in a header: up to the last byte that is not zero.
 size_t wrappedSize(ByteView header);
 
-// Puts the cause into findings of headers without a session key, going by the start of their file.
+// Sets the cause in findings about headers without a session key, based on the start of the file.
 void explainHeaders(std::vector<Finding>& findings, ByteView start, const PrivateKey& key,
                     const KeyRing& ring);
 

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// The layout of an encrypted log file, written down here a second time on purpose: the reader takes
-// nothing from the writer's code, so that each checks the other.
+// The layout of an encrypted log file. It is defined here a second time on purpose: the reader uses
+// no code of the writer, so each checks the other.
 //
 //   file:   header (512 bytes), records back to back
 //   header: the session key wrapped with RSA-OAEP, as long as the RSA key, then zeros
@@ -14,17 +14,18 @@
 namespace orblog {
 
 constexpr size_t kHeaderSize = 512;
-constexpr int kLargestKeyBits = 4096;  // what a header field can hold
+constexpr int kLargestKeyBits = 4096;  // the maximum that fits into the header
 constexpr int kSmallestKeyBits = 2048;
-// OAEP with SHA-1 adds 42 bytes to a session key of 32. For a smaller key the header is zeros.
+// OAEP with SHA-1 adds 42 bytes to a session key of 32 bytes. For a smaller key the library writes
+// a header of zeros.
 constexpr size_t kSmallestKeySize = 74;
 constexpr size_t kLengthSize = 2;
 constexpr size_t kIvSize = 12;
 constexpr size_t kTagSize = 16;
-constexpr size_t kSealSize = kIvSize + kTagSize;  // least value of N
-constexpr size_t kGreatestLength = 65535;         // and the greatest
-// A line is made in a buffer of 512 bytes, so no record is longer. Longer ones are read all the
-// same wherever a length leads to them; only the search for lost records goes by this.
+constexpr size_t kSealSize = kIvSize + kTagSize;  // minimum of N
+constexpr size_t kGreatestLength = 65535;         // maximum of N
+// The writer formats a line in a buffer of 512 bytes, so no record is longer. Longer records are
+// still read if a length leads to them; only the search for lost records uses this limit.
 constexpr size_t kLongestSeal = kSealSize + 511;
 
 inline size_t readLength(const uint8_t* bytes) {

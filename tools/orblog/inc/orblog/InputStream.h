@@ -12,14 +12,14 @@
 
 namespace orblog {
 
-// An encrypted log that comes through standard input and can be read only once, a piece at a time
-// as its lines are asked for. Used by one thread; the others must outlive it.
+// An encrypted log from standard input, which can be read only once. It is read in pieces when
+// lines are requested. Used by one thread; the other objects must live longer.
 class InputStream {
  public:
-  // `beforeWaiting` is called when there is nothing to read at the moment.
+  // `beforeWaiting` is called when no data is available.
   InputStream(const PrivateKey& key, KeyRing& ring, KeyFinder& finder, Console& console,
               std::function<void()> beforeWaiting);
-  // Its next records; none at its end. What cannot be read is told on the way.
+  // The next records; none at the end. Faults are reported.
   std::vector<Record> read();
 
  private:
@@ -34,7 +34,7 @@ class InputStream {
   bool mEnded = false;
 };
 
-// What standard input is called in messages and in JSON.
+// The name of standard input in messages and in JSON.
 extern const char kInputName[];
 
 }  // namespace orblog

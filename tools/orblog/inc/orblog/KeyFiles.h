@@ -10,7 +10,7 @@
 
 namespace orblog {
 
-// Limits that the library puts on what the configuration file says.
+// The limits of the library for the values of the configuration file.
 constexpr uint64_t kLeastRecords = 3000;
 constexpr uint64_t kMostRecords = 30000;
 constexpr unsigned kLeastFiles = 3;
@@ -25,13 +25,13 @@ struct KeyFilesRequest {
   std::string passphraseFile;  // empty: the private key is not encrypted
 };
 
-// The configuration file's bytes: records per file (8, little-endian), files (1), public key in
-// PEM.
+// The bytes of the configuration file: records per file (8 bytes, little-endian), number of files
+// (1), public key in PEM.
 std::vector<uint8_t> makeConfiguration(uint64_t records, uint8_t files,
                                        const std::string& publicKey);
 
 // Makes a key pair and writes the three files, or none of them. False on failure, with a sentence
-// in `error`. What else the user should know comes in `notes`.
+// in `error`. `notes` gets more information for the user.
 bool makeKeyFiles(const KeyFilesRequest& request, std::vector<std::string>& notes,
                   std::string& error);
 

@@ -11,35 +11,35 @@
 
 namespace orblog {
 
-// Where a key pair and its configuration file are.
+// The paths of a key pair and its configuration file.
 struct KeyFiles {
   explicit KeyFiles(const std::string& directory);
   std::string privateKey, publicKey, configuration;
 };
 
-// A directory into which one run puts a private key, a public key and a configuration, all three or
-// none, whatever other runs do at the same time and wherever this one is killed. A lock on the
-// directory keeps others out and goes with the process. A directory in it, .orblog-keygen-XXXXXX,
-// holds what is new and what is replaced until all is done; the next run finds it and makes good
-// what one that was killed has left. The configuration leaves first and comes last, so there is
-// never one beside a private key that is not its own. Used by one thread.
+// A directory into which one run writes a private key, a public key and a configuration: all three
+// or none, even if other runs work at the same time or this run is killed. A lock on the directory
+// excludes other runs; it ends with the process. A directory in it, .orblog-keygen-XXXXXX, has the
+// new and the replaced files until the run is complete. After a killed run, the next run finds this
+// directory and restores the old state. The configuration is removed first and written last, so
+// there is never a configuration beside a private key of another pair. Used by one thread.
 class KeyFolder {
  public:
   explicit KeyFolder(std::string directory);
   KeyFolder(const KeyFolder&) = delete;
   KeyFolder& operator=(const KeyFolder&) = delete;
 
-  // Keeps other runs out, makes good what a killed one has left, with a sentence in `notes`, and
-  // looks whether the three names are free, or with `replaces` can be made so. False when they
-  // cannot be had, with a sentence in `error`.
+  // Excludes other runs, restores the state after a killed run (with a sentence in `notes`), and
+  // checks that the three names are free or, with `replaces`, can be replaced. False with a
+  // sentence in `error` on failure.
   bool take(bool replaces, std::vector<std::string>& notes, std::string& error);
-  // Puts the three files there. False on failure, with a sentence; then all is as it was, or the
-  // sentence says what is not.
+  // Writes the three files. False with a sentence on failure; then the old state is restored, or
+  // the sentence says what is not restored.
   bool put(ByteView privateKey, ByteView publicKey, ByteView configuration, std::string& error);
 
  private:
   enum File : size_t { kPrivateKey, kPublicKey, kConfiguration };
-  // The working directory of one run, this one or a killed one.
+  // The working directory of this run or of a killed run.
   class Work;
 
   bool lock(bool replaces, std::string& error);

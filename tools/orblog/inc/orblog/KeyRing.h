@@ -12,7 +12,7 @@
 
 namespace orblog {
 
-// A session key; wiped when it goes.
+// A session key; the destructor wipes it.
 class SessionKey {
  public:
   static constexpr size_t kSize = 32;
@@ -23,26 +23,27 @@ class SessionKey {
   std::array<uint8_t, kSize> bytes = {};
 };
 
-// All session keys found so far. A file that lost its header, or one that two processes wrote to,
-// holds records of a key that only another file's header gives, so every record may be tried with
-// all of them. Not for two threads at a time.
+// All session keys found so far. If a file lost its header, or if two processes wrote to it, only
+// the header of another file has the key of its records. So every record may be tried with all
+// keys. Not thread-safe.
 class KeyRing {
  public:
-  // The number of the key; a key that is there already keeps its number and its origin.
+  // Returns the number of the key. A known key keeps its number and its origin.
   size_t add(const SessionKey& key, const std::string& origin);
   size_t size() const { return mEntries.size(); }
-  // The file whose header gave the key.
+  // The file whose header has the key.
   const std::string& origin(size_t number) const { return mEntries[number].origin; }
 
-  // Opens a sealed record (IV, tag, ciphertext) with the key of this number and puts its text into
-  // `text`. False when the key does not fit; `text` is empty then.
+  // Decrypts a record (IV, tag, ciphertext) with the key of this number into `text`. False if the
+  // key does not fit; `text` is empty then.
   bool opens(size_t number, ByteView sealed, std::string& text) const;
 
  private:
   struct Entry {
     SessionKey key;
     std::string origin;
-    OpenSslPtr<EVP_CIPHER_CTX> context;  // keyed once, since that costs more than a short record
+    OpenSslPtr<EVP_CIPHER_CTX>
+        context;  // the key is set once, because that takes longer than decrypting a short record
   };
   static bool openWith(const Entry& entry, ByteView sealed, std::string& text);
 

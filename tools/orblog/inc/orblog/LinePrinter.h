@@ -18,45 +18,45 @@
 
 namespace orblog {
 
-// Which lines the user wants.
+// The selection of lines.
 struct Selection {
   int leastLevel = -1;  // by levelRank
   std::optional<Stamp> since, until;
-  std::vector<int64_t> pids;      // any of these, all when there is none
-  std::vector<std::string> tags;  // the same
-  std::shared_ptr<Pattern> grep;  // what the text has to hold
+  std::vector<int64_t> pids;      // any of these; empty: all
+  std::vector<std::string> tags;  // any of these; empty: all
+  std::shared_ptr<Pattern> grep;  // must match the text
 
-  // But for what it asks of the text.
+  // Everything except grep.
   bool takesAll() const {
     return leastLevel < 0 && !since && !until && pids.empty() && tags.empty();
   }
-  // A text that is no log line has no level, process or tag; it is judged by the stamp that its
-  // neighbours give it, and taken when they give none: nothing is left out without a reason.
+  // For a record that is not a log line and has no level, process or tag. Its time is that of a
+  // neighbouring line. Without a neighbouring line it is selected.
   bool takes(const std::optional<LogLine>& line, Stamp stamp) const;
 };
 
-// Writes lines as they are, as a terminal may have them, with or without colours, or as JSON
-// objects. Used by one thread.
+// Writes lines: unchanged, safe for a terminal, with or without colours, or as JSON objects. Used
+// by one thread.
 class LinePrinter {
  public:
   enum class Form { Text, SafeText, Colour, Json };
-  // What became of texts that are no log lines.
+  // Counts of records that are not log lines.
   struct Unjudged {
     uint64_t printed = 0;
     uint64_t leftOut = 0;
   };
   LinePrinter(FILE* out, Form form, Selection selection)
       : mOut(out), mForm(form), mSelection(std::move(selection)) {}
-  // Of what is printed from now on only the last lines, so many, are written, by writeKept().
+  // From now on, keeps only the last `count` lines until writeKept() writes them.
   void keepLast(size_t count);
   void writeKept();
-  // Ignores the line when it is not selected.
+  // Does nothing if the line is not selected.
   void print(const std::string& file, const Record& record, Stamp stamp);
-  // Those since the last call, by file, when there is something to select by.
+  // The counts since the last call, by file, if there is a selection.
   std::map<std::string, Unjudged> takeUnjudged() { return std::exchange(mUnjudged, {}); }
-  // False when the output did not take everything so far.
+  // False if the output has failed.
   bool flush();
-  // The output took nothing more some time ago; for the reason of this errno.
+  // Records that the output failed earlier, with this errno.
   bool hasFailed() const { return mError != 0; }
   int error() const { return mError; }
 
@@ -72,12 +72,12 @@ class LinePrinter {
   FILE* const mOut;
   const Form mForm;
   const Selection mSelection;
-  std::string mBuffer;  // what is not written yet
+  std::string mBuffer;  // not yet written
   int mError = 0;
   std::map<std::string, Unjudged> mUnjudged;
-  std::optional<size_t> mMostKept;  // while lines are kept
-  std::vector<Kept> mKept;          // a ring when it is full
-  size_t mOldest = 0;               // of the ring
+  std::optional<size_t> mMostKept;  // set while lines are kept
+  std::vector<Kept> mKept;          // a ring buffer when it is full
+  size_t mOldest = 0;               // of the ring buffer
 };
 
 }  // namespace orblog

@@ -12,12 +12,12 @@
 
 namespace orblog {
 
-// A moment of local time as lines carry it, as one number that orders like it. It knows no zone and
-// no summer time: an hour that the clocks repeat is repeated in the lines too.
+// A local time of a log line as a sortable number. It has no time zone and no daylight saving time:
+// if clocks repeat an hour, it is repeated here as well.
 using Stamp = int64_t;
-constexpr Stamp kNoStamp = -1;  // before every moment
+constexpr Stamp kNoStamp = -1;  // before every other stamp
 
-// "2025-05-24 13:02:07.045", without memory of its own to allocate: there is one per line of a log.
+// "2025-05-24 13:02:07.045", without heap memory, because there is one per log line.
 class TimeText {
  public:
   static constexpr size_t kSize = 23;
@@ -34,11 +34,10 @@ class TimeText {
   std::array<char, kSize + 1> mText = {};
 };
 
-// The parts of a record's text, which they point into:
+// The parts of a record's text. They point into the text:
 //   2025-05-24 13:02:07.045  1234  1240 E ORB : |ORB|Log::init:225 cannot open liborbalog.so
-// The application's locale decides how the time of day is written. Besides the 24-hour time the one
-// of 12 hours is understood, "01:02:07 PM.045", with AM and PM in either case and with points or
-// not.
+// The application's locale decides the format of the time of day. 24-hour and 12-hour times are
+// read, "01:02:07 PM.045". AM and PM can have either case, and points.
 struct LogLine {
   TimeText time;  // always in the form above
   Stamp stamp = 0;
@@ -49,31 +48,30 @@ struct LogLine {
   std::string_view message;
 };
 
-// None when the text is no such line.
+// Empty if the text is not a log line.
 std::optional<LogLine> parseLine(std::string_view text);
 
-// What a message begins with when it has a tag: "|ORB|Log::init:225 cannot open ...". The function
-// ends where the first number between a colon and a blank begins.
+// The start of a message with a tag: "|ORB|Log::init:225 cannot open ...". The function name ends
+// before the first number between a colon and a blank.
 struct MessageParts {
   std::string_view tag, unit, function, text;
   uint64_t line = 0;
 };
 
-// None when the message has another form; it is all text then.
+// Empty if the message has another form; then all of it is text.
 std::optional<MessageParts> parseMessage(std::string_view message);
 
-// The moment of local time in these fields.
+// The stamp for these fields of local time.
 Stamp stampOf(const tm& local, int millisecond);
-// And back; the fields that a calendar adds are not set.
+// The reverse. Fields that only a calendar knows are not set.
 tm fieldsOf(Stamp stamp, int& millisecond);
 
-// The letters in the order of the levels; -1 for a letter that is none. X comes before V.
+// The rank of a level's letter; -1 for another letter. X comes before V.
 int levelRank(char letter);
 
-// Reads a moment that a user gave: "2025-05-24 13:02:07.045" or a shorter beginning of it down to
-// the minute, the date alone, or a time of `today` alone; the time of day in either form. What is
-// left out is the least there is, or with `latest` the greatest, so that "until 13:02" includes
-// that minute.
+// Reads a time from the user: "2025-05-24 13:02:07.045" or a shorter form down to the minute, only
+// the date, or only a time of `today`; the time of day in both formats. Missing parts get their
+// minimum, or with `latest` their maximum, so that "until 13:02" includes that minute.
 std::optional<Stamp> parseMoment(std::string_view text, const tm& today, bool latest);
 
 }  // namespace orblog

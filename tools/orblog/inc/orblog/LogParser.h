@@ -15,7 +15,7 @@
 
 namespace orblog {
 
-// A record's text and where in the file it stands.
+// The text of a record and its place in the file.
 struct Record {
   uint64_t offset = 0;
   std::string text;
@@ -24,70 +24,71 @@ struct Record {
 struct Parsed {
   std::vector<Record> records;
   std::vector<Finding> findings;
-  size_t size = 0;         // what the records take
-  size_t room = SIZE_MAX;  // parsing pauses when they take so much
+  size_t size = 0;         // memory that the records use
+  size_t room = SIZE_MAX;  // parsing pauses when the records use this much
 
   bool isFull() const { return size >= room; }
 };
 
-// Takes the session key out of a header of 512 bytes, adds it to the ring and gives its number.
+// Gets the session key from a header of 512 bytes, adds it to the ring and returns its number.
 using HeaderOpener = std::function<std::optional<size_t>(ByteView header)>;
 
-// Turns the bytes of one encrypted log file into records and findings. Does no input or output: it
-// is fed what there is, in any pieces, and told whether there is more and when no more will come.
-// Whatever the bytes are, its time is bounded: looking for records behind a damaged place, and for
-// the key of a record, has a budget, and when that is used up only the lengths are followed and the
-// latest keys tried. So is its memory: while there is more it keeps less than the largest record
-// beside what it was fed last. A copy gives the same records from the same bytes once more,
-// whatever the pieces. Not for two threads at a time; the ring must outlive it.
+// Converts the bytes of one encrypted log file to records and findings. It does no input or output:
+// the caller passes the bytes in pieces of any size, says whether there is more data now, and says
+// when the file ends. The time is bounded for all inputs: the search for records after a damaged
+// place, and for the key of a record, has a budget. When the budget is used up, only the lengths
+// are followed and only the latest keys are tried. The memory is also bounded: while there is more
+// data, it keeps less than the largest record in addition to the last piece. A copy gives the same
+// records for the same bytes, with pieces of any size. Not thread-safe; the ring must live longer.
 class LogParser {
  public:
   LogParser(KeyRing& keys, HeaderOpener opener);
 
-  // Appends to `out` what the bytes complete. A record that is not all there waits for the rest:
-  // whatever its length when the file has `more` now, so that where a piece ends makes no
-  // difference; at the file's present end such records as a writer makes, and behind one that is
-  // longer good ones are looked for meanwhile. False when `out` is full before all is dealt with.
+  // Appends the records and findings of the bytes to `out`. An incomplete record waits for the
+  // rest. If the file has `more` data now, this applies to all lengths, so that the split into
+  // pieces makes no difference. At the current end of the file, only records of a normal length
+  // wait; after a longer one the search continues. False if `out` is full before all bytes are
+  // parsed.
   bool feed(ByteView bytes, Parsed& out, bool more = false);
-  // No more bytes will come: what waited is reported, whether there is room or not. Call it once.
+  // The file ends here: incomplete records are reported, even if `out` is full. Call it once.
   void finish(Parsed& out);
-  // The offset behind the last byte that was fed, up to the next restart().
+  // The offset after the last byte that was passed, until the next restart().
   uint64_t seen() const { return mBase + mBuffer.size(); }
 
-  // Forgets what waits for its rest; feeding goes on at the offset that is returned. A writer takes
-  // back what does not fit on the disk, so those bytes may be others by now.
+  // Forgets incomplete records. The caller continues at the returned offset. A writer removes data
+  // that does not fit on the disk, so those bytes can be different now.
   uint64_t restart();
-  // Nothing but zeros stands from where feeding goes on to `end`, as in a hole of a sparse file.
-  // True when the search for records has passed over them; feeding goes on behind.
+  // There are only zeros up to `end`, as in a hole of a sparse file. True if the search has skipped
+  // them; the caller continues after them.
   bool passZeros(uint64_t end);
-  // The file has this size now. False when bytes are gone that have been dealt with; the rest goes
-  // on with restart().
+  // The file has this size now. False if bytes that were already parsed are gone; the caller
+  // continues with restart().
   bool goBack(uint64_t size);
 
-  // How many more bytes of records may be tried in vain, counted per key.
+  // The number of record bytes that may be tried without success, counted for each key.
   void setSearchBudget(uint64_t bytes);
   void addSearchBudget(uint64_t bytes);
-  // From now on no key is tried but those that are on the ring and those that this file's headers
-  // give: a copy is to find what the first one found, which knew no others.
+  // From now on, only keys that are on the ring now and keys of this file's headers are tried: a
+  // copy must get the same results as the original, which did not know later keys.
   void knowNoMoreKeys() { mKeyLimit = mKeys->size(); }
 
  private:
   enum class Outcome { Opened, Failed, Short, WrongLength };
-  // What comes behind the bytes so far: more that is there now, nothing yet, or nothing ever.
+  // What follows the bytes so far: more data now, nothing yet, or the end of the file.
   enum class Rest { There, Later, None };
-  // A stretch that could not be read, from the first fault to the next record that opens.
+  // A part that cannot be read, from the first fault to the next record that can be decrypted.
   struct Gap {
     uint64_t start = 0;
     Outcome fault = Outcome::Failed;  // at `start`
-    uint64_t length = 0;              // the length that stands at `start`
-    uint64_t first = 0;               // the search began here
-    uint64_t next = 0;                // and has come this far
-    uint64_t declared = 0;            // where the lengths say that the next record begins
+    uint64_t length = 0;              // the length field at `start`
+    uint64_t first = 0;               // where the search began
+    uint64_t next = 0;                // where the search is now
+    uint64_t declared = 0;            // where the next record begins according to the lengths
     uint64_t records = 0;             // whole records from `start` to `declared`
-    uint64_t cut = 0;                 // where the lengths lead to a record that lacks its end
-    uint64_t cutSize = 0;             // the size it should have; 0 when not even that is there
-    uint64_t noHeader = UINT64_MAX;   // no header begins here, that was tried
-    bool silent = false;              // the header's finding has said it
+    uint64_t cut = 0;                 // where a cut-off record begins according to the lengths
+    uint64_t cutSize = 0;             // its full size; 0 if even the length is cut off
+    uint64_t noHeader = UINT64_MAX;   // a place that was already tried as a header
+    bool silent = false;              // the finding about the header already reports it
     bool gaveUp = false;
   };
 
@@ -95,7 +96,7 @@ class LogParser {
   ByteView view(uint64_t from, size_t size) const {
     return {mBuffer.data() + (from - mBase), size};
   }
-  uint64_t sizeAt(uint64_t at) const;  // a record's size by its length field
+  uint64_t sizeAt(uint64_t at) const;  // size of a record by its length field
 
   void process(Rest rest, Parsed& out);
   bool readHeader(Rest rest, Parsed& out);
@@ -120,16 +121,16 @@ class LogParser {
 
   KeyRing* mKeys;
   HeaderOpener mOpener;
-  std::vector<uint8_t> mBuffer;  // what is not dealt with yet
+  std::vector<uint8_t> mBuffer;  // bytes not yet parsed
   uint64_t mBase = 0;            // the offset of the buffer's first byte
-  uint64_t mPosition = 0;        // the offset at which reading goes on
+  uint64_t mPosition = 0;        // the offset where parsing continues
   bool mHeaderRead = false;
-  std::vector<size_t> mRecent;  // keys that opened something here, the last one first
-  size_t mKeyLimit = SIZE_MAX;  // no key from this number on is known
+  std::vector<size_t> mRecent;  // keys that decrypted records here, the latest first
+  size_t mKeyLimit = SIZE_MAX;  // keys with this number or a higher one are not used
   std::optional<Gap> mGap;
-  std::string mText;  // of the record that the last attempt opened
+  std::string mText;  // of the last decrypted record
   uint64_t mBudget;
-  uint64_t mLongBudget;  // for records longer than a writer makes them
+  uint64_t mLongBudget;  // for records longer than the library writes
   int mHeaderAttempts;
 };
 

@@ -13,16 +13,15 @@
 
 namespace orblog {
 
-// The stamps of the records of one file, in their order, as far as they must be known before any
-// of them is printed. A text without a stamp takes that of the one before it. The first ones take
-// `former`, that of the last line which the file had before these; when there was none, the first
-// that follows.
+// The stamps of the records of one file, in order, as far as they must be known before records are
+// printed. A record without a stamp gets the stamp of the record before it. The first records get
+// `former`, the stamp of the last earlier line of the file; if there is none, the next stamp.
 class RecordTimes {
  public:
   explicit RecordTimes(Stamp former = kNoStamp) : mLead(former), mLast(former) {}
-  // Records that follow those so far.
+  // Adds following records.
   void add(const std::vector<Record>& records);
-  // Nobody knows how many follow.
+  // The number of following records is not known.
   void leaveOpen() { mIsOpen = true; }
   bool isOpen() const { return mIsOpen; }
   uint64_t count() const { return mIsOpen ? UINT64_MAX : mCount; }
@@ -34,17 +33,17 @@ class RecordTimes {
   uint64_t mCount = 0;
   bool mIsOpen = false;
   Stamp mLead;
-  Stamp mFirst = kNoStamp;  // of the first record, if that is a line
+  Stamp mFirst = kNoStamp;  // of the first record, if it is a log line
   Stamp mLast;
 };
 
-// Gives the next few records of a file each time; none when there are no more.
+// Returns the next few records of a file; none at the end.
 using RecordLoader = std::function<std::vector<Record>()>;
 
-// The records of one file, a few of them in memory at a time. Used by one thread.
+// The records of one file; only a few are in memory at a time. Used by one thread.
 class RecordStream {
  public:
-  // When the file was changed last, in nanoseconds.
+  // The time of the last change of the file in nanoseconds.
   RecordStream(std::string file, int64_t changed, const RecordTimes& times, RecordLoader load)
       : mFile(std::move(file)),
         mChanged(changed),
@@ -57,12 +56,12 @@ class RecordStream {
   int64_t changed() const { return mChanged; }
   const RecordTimes& times() const { return mTimes; }
   bool atEnd() const { return mLeft == 0; }
-  // That of the next record; for the first one nothing is read.
+  // The stamp of the next record. The first stamp is known without reading.
   Stamp stamp() const { return mStamp; }
-  // The next record, until it is passed over. Null when it is not there any more; that is the end.
+  // The next record, until it is skipped. Null if it no longer exists; that is the end.
   const Record* record();
   void pass();
-  // Records that were counted could not be had.
+  // Whether counted records could not be read.
   uint64_t missing() const { return mMissing; }
 
  private:
@@ -75,21 +74,20 @@ class RecordStream {
   uint64_t mMissing = 0;
   Stamp mStamp;
   std::vector<Record> mRecords;
-  size_t mNext = 0;  // of these
+  size_t mNext = 0;  // index in the records
 };
 
 using RecordStreams = std::vector<RecordStream>;
 
-// Puts them into the order in which their files were written, as far as it can be told: by the
-// first line, then the last, then the time of the last change, then the name. A process fills
-// its files one after another, so where one ends and the next begins within the same millisecond
-// the first lines tell the order, whatever the numbers in the names are and however the files came
-// here.
+// Sorts streams by the order in which their files were written, as far as known: by the first line,
+// then the last line, then the time of the last change, then the name. A process fills its files
+// one after another. So if one file ends and the next begins within the same millisecond, the first
+// lines show the order. The numbers in the file names do not matter.
 void sortByAge(RecordStreams& streams);
 
-// Calls `use` for all records, least stamp first; equal ones in the order of the streams. Records
-// of one stream keep their order even where its clock was set back. Ends before the record at which
-// `isOver` says so.
+// Calls `use` for all records in the order of their stamps. Records with equal stamps keep the
+// order of the streams. Records of one stream keep their order, even if its clock was set back.
+// Ends before the record for which `isOver` is true.
 void mergeByTime(RecordStreams& streams,
                  const std::function<void(const std::string& file, const Record&, Stamp)>& use,
                  const std::function<bool()>& isOver = {});

@@ -6,7 +6,7 @@
 
 namespace orblog {
 
-// OpenSSL's objects live in these only.
+// Owns an object of OpenSSL.
 using ::OpenSslPtr;
 
 }  // namespace orblog

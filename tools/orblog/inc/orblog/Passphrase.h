@@ -9,7 +9,7 @@
 
 namespace orblog {
 
-// A text that is wiped when it goes. Used by one thread.
+// A text that the destructor wipes. Used by one thread.
 class Secret {
  public:
   Secret() = default;
@@ -17,30 +17,30 @@ class Secret {
   Secret& operator=(const Secret&) = delete;
   ~Secret();
   const std::string& text() const { return mText; }
-  // Reads a file, at most so many bytes of it and with `line` no more than is needed for the first
-  // line. False on failure, with a sentence in `error` that names the file and the reason.
+  // Reads at most this number of bytes of a file; with `line` only up to the end of the first line.
+  // False on failure, with a sentence in `error` that names the file and the reason.
   bool read(const std::string& path, size_t most, bool line, std::string& error);
 
  protected:
-  // What one read of a descriptor gives: of a terminal a line, or what was typed before Ctrl-D.
-  // False with errno.
+  // Reads once from a descriptor; from a terminal this is a line, or the text before Ctrl-D. False
+  // with errno.
   bool readOnce(int fd, size_t most);
   std::string mText;
 
  private:
-  // Room is made once, so that no copy stays behind.
+  // Memory is allocated once, so that no copy remains elsewhere.
   void makeRoom(size_t most);
   ssize_t append(int fd, size_t most);
 };
 
-// What opens an encrypted private key. Used by one thread.
+// The passphrase of an encrypted private key. Used by one thread.
 class Passphrase : public Secret {
  public:
-  static constexpr size_t kLongest = 1023;  // what OpenSSL has room for
-  // The first line of a file.
+  static constexpr size_t kLongest = 1023;  // the limit of OpenSSL
+  // Reads the first line of a file.
   bool load(const std::string& path, std::string& error);
-  // What the user types at the terminal, unseen. It is the terminal that is read, whatever standard
-  // input is. A signal that ends the program ends the question, and the terminal is as it was.
+  // Asks at the terminal without echo, even if standard input is not the terminal. A signal that
+  // ends the program also ends the question; the terminal is restored before.
   bool ask(const std::string& question, std::string& error);
 
  private:

@@ -12,13 +12,13 @@
 
 namespace orblog {
 
-// A POSIX extended regular expression. Most lines of a log do not match what is looked for, so
-// plain text that every match holds, if there is any, is looked for first: that is ten times as
-// fast. Used by one thread.
+// A POSIX extended regular expression. Most lines of a log do not match. So if every match must
+// contain some plain text, that text is searched first, which is ten times as fast. Used by one
+// thread.
 class Pattern {
  public:
-  // Without `caseSensitive` case counts when the expression has a capital letter. Null on failure,
-  // with the reason in `error`.
+  // Without `caseSensitive`, the match is case-sensitive if the expression has a capital letter.
+  // Null on failure, with the reason in `error`.
   static std::shared_ptr<Pattern> make(const std::string& expression,
                                        std::optional<bool> caseSensitive, std::string& error);
   Pattern(const Pattern&) = delete;
@@ -29,10 +29,10 @@ class Pattern {
  private:
   Pattern() = default;
   bool matches(std::string_view text);
-  std::vector<std::string> mParts;  // every match holds one of them, if there are any
+  std::vector<std::string> mParts;  // if not empty, every match contains one of them
   bool mFoldsCase = false;
-  std::unique_ptr<regex_t> mRegex;  // null when to hold one of the parts is all
-  std::string mFolded, mClean;      // room for the text as it is compared
+  std::unique_ptr<regex_t> mRegex;  // null if the parts alone decide
+  std::string mFolded, mClean;      // buffers for the compared text
 };
 
 }  // namespace orblog

@@ -13,18 +13,18 @@
 
 namespace orblog {
 
-// An RSA private key from a PEM file, which alone opens the headers of log files.
+// An RSA private key from a PEM file. It decrypts the headers of log files.
 class PrivateKey {
  public:
-  // An encrypted file needs its passphrase: the first line of `passphraseFile`, or what the user
-  // types when that is empty; asked for once. None on failure, with a sentence in `error`.
+  // An encrypted file needs its passphrase: the first line of `passphraseFile`, or if that is
+  // empty, the user's input, requested once. Empty on failure, with a sentence in `error`.
   static std::optional<PrivateKey> load(const std::string& path, const std::string& passphraseFile,
                                         std::string& error);
   int bits() const;
-  size_t size() const;  // of what it decrypts, in bytes
-  // What its user should know: that no log can be read with it. Empty for any other key.
+  size_t size() const;  // size of its ciphertext in bytes
+  // A warning that no log can be read with this key; empty for a usable key.
   std::string warning() const;
-  // The session key of a header, when it was wrapped for this key.
+  // The session key of a header if it was wrapped for this key.
   std::optional<SessionKey> unwrap(ByteView header) const;
 
  private:
@@ -32,8 +32,8 @@ class PrivateKey {
   OpenSslPtr<EVP_PKEY> mKey;
 };
 
-// Opens headers with the private key and puts what it finds on the ring. All files of one run of a
-// process have the same header, so it remembers: the private operation is what takes time.
+// Decrypts headers with the private key and adds the session keys to the ring. All files of one run
+// have the same header, so results are cached, because the RSA operation is slow.
 class KeyFinder {
  public:
   KeyFinder(const PrivateKey& key, KeyRing& ring) : mKey(key), mRing(ring) {}

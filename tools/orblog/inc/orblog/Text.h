@@ -7,13 +7,12 @@
 
 namespace orblog {
 
-// The text with everything that a terminal might obey written as \xNN: control characters other
-// than tab, C1 controls, and bytes that are no UTF-8. A log line holds what applications and the
-// daemon put there.
+// The text with everything that could control a terminal written as \xNN: control characters other
+// than tab, C1 controls, and bytes that are not UTF-8. Applications and the daemon can put any text
+// into a log line.
 std::string terminalSafe(std::string_view text);
 
-// Appends the text as a JSON string with its quotes, in ASCII; bytes that are no UTF-8 become
-// U+FFFD.
+// Appends the text as a JSON string with quotes, in ASCII. Bytes that are not UTF-8 become U+FFFD.
 void appendJson(std::string& out, std::string_view text);
 
 }  // namespace orblog
