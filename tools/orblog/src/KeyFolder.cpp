@@ -166,7 +166,7 @@ class KeyFolder::Work {
       (void)unlink(former(file).c_str());
       (void)unlink(copy(file).c_str());
     }
-    // The last file to be removed shows that there was something to undo.
+    // Removed last, because these files show that there is something to undo.
     for (const File file : {kPrivateKey, kPublicKey, kConfiguration})
       (void)unlink(fresh(file).c_str());
     (void)rmdir(mPath.c_str());

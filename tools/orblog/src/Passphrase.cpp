@@ -65,7 +65,7 @@ class QuietTerminal {
   bool mIsReady = false;
 };
 
-// The program was stopped by the user and continues later.
+// Whether the user stops the program (Ctrl-Z) and will continue it later.
 bool isToStop() {
   sigset_t pending;
   return sigpending(&pending) == 0 && sigismember(&pending, SIGTSTP) == 1 &&

@@ -28,14 +28,14 @@ namespace orbsim {
 class Session;
 class World;
 
-// A session, as people see it.
+// A session as other code sees it.
 struct SessionView {
   uint32_t id = 0;
-  int process = 0;  // 0 where it has no number on this side
+  int process = 0;  // 0 if the process has no number here
   uint64_t endpoint = 0;
 };
 
-// How a daemon is set up; fixed for its life.
+// The settings of a daemon; fixed for its lifetime.
 struct Options {
   std::string socketPath = kSocketPath;
   int backlog = 16;
@@ -45,25 +45,25 @@ struct Options {
   bool record = true;  // keep frames, replies and states for tests; false: only count them
   size_t maxQueuedBytes = size_t{64} << 20;     // per session, for a client that does not read
   std::function<void(const std::string&)> log;  // one line per event, from any thread; may be empty
-  // From the session's thread: a handshake was completed, that session's connection is closed; a
-  // frame has come, before anything is done about it.
+  // Called on the session's thread: a handshake was completed or the connection of that session was
+  // closed; a frame was received, before it is handled.
   std::function<void(const SessionView& session, bool open)> onSession;
   std::function<void(const Frame&)> onFrame;
-  TraceSink trace;  // what passes on each connection, from any thread; may be empty
+  TraceSink trace;  // traffic of each connection, from any thread; may be empty
 };
 
-// Plays the daemon's side of a handshake on `fd`. True: the connection goes on as a session, false:
-// it is closed. It may block in recv: closing the session or stopping the daemon ends that.
+// Does the daemon's part of a handshake on `fd`. True: the connection continues as a session;
+// false: it is closed. It may block in recv; closing the session or stopping the daemon ends that.
 using HandshakeScript = std::function<bool(int fd, uint32_t sessionId)>;
-// The same, for one that logs, too, and whose records are traced.
+// The same, but it can also log, and its records are traced.
 using SessionHandshake = std::function<bool(Session& session)>;
-// Sees every frame before the services. True: the frame is dealt with, no service sees it.
+// Gets every frame before the services. True: the frame is handled, and no service gets it.
 using FrameHandler = std::function<bool(Session& session, const Frame& frame)>;
 
-// What the sessions of one daemon share: settings that a script may change while they run, the
-// hooks, the log and the recorder. Owned by Daemon and outlives its sessions; used by any thread.
-// `mLock` guards the hooks, the refusals and the set of muted services; hooks are called without
-// it.
+// The data that all sessions of one daemon share: settings that a script may change at any time,
+// the hooks, the log and the recorder. Owned by Daemon and lives longer than its sessions; used by
+// any thread. `mLock` guards the hooks, the refusals and the set of muted services; it is not held
+// while hooks are called.
 class Control {
  public:
   explicit Control(const Options& options);
@@ -87,11 +87,11 @@ class Control {
   void setAnswers(bool on);
   void setAnswers(uint32_t sdkType, bool on);
 
-  // Requests that are not carried out, in the order in which they were refused.
+  // Requests to refuse, in the order in which the refusals were added.
   void refuse(const Refusal& refusal);
   std::optional<Refusal> takeRefusal(const RequestWords& request);
   bool refuses() const { return mRefuses.load(); }
-  // By how much answers come late.
+  // The delay of answers.
   Milliseconds answerDelay() const { return Milliseconds(mAnswerDelay.load()); }
   void setAnswerDelay(Milliseconds delay) { mAnswerDelay.store(delay.count()); }
 

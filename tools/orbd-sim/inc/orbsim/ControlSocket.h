@@ -10,10 +10,10 @@
 
 namespace orbsim {
 
-// Takes orders for a running daemon on a socket that only its owner may use: one JSON object in a
-// line, as a step of a scenario without its time, or {"status":true}; a line of JSON answers:
-// {"ok":true}, or {"ok":false,"error":"why not"}, with "wrong":true when it is no order at all.
-// open() and close() belong to the owner's thread; it has threads of its own.
+// Accepts orders for a running daemon on a socket that only its owner may use. An order is one line
+// with a JSON object: a step of a scenario without its time, or {"status":true}. The answer is one
+// line of JSON: {"ok":true}, or {"ok":false,"error":"why not"}, with "wrong":true if the line was
+// not a valid order. The owner's thread calls open() and close(); the class has its own threads.
 class ControlSocket {
  public:
   explicit ControlSocket(Daemon& daemon);
@@ -21,10 +21,10 @@ class ControlSocket {
   ControlSocket(const ControlSocket&) = delete;
   ControlSocket& operator=(const ControlSocket&) = delete;
 
-  // False with error() set when the path cannot be listened on. Once only.
+  // Listens on the path. False with error() on failure. Call it only once.
   bool open(const std::string& path);
   const std::string& error() const;
-  // Before the daemon stops.
+  // Call it before the daemon stops.
   void close();
 
  private:

@@ -21,46 +21,45 @@
 
 namespace orbsim {
 
-// The daemon's side of the socket, for a program to run and for tests to script. start() makes one
-// thread that accepts; every connection gets a thread of its own. start(), stop() and the
-// destructor belong to the owner's thread; everything else may be called from any thread, hooks
-// included, while the daemon is running or stopped. `mPlaceLock` guards the socket's path, so that
-// who takes it away and who puts it back come one after the other; `mLock`, which is taken after
-// it, the listener's state, the id counter and the list of sessions. Neither is held while a thread
-// is joined or a hook runs.
+// The daemon's side of the socket, for a program to run and for tests to script. start() creates
+// one thread that accepts connections; every connection has its own thread. The owner's thread
+// calls start(), stop() and the destructor. Any thread may call all other functions, also hooks,
+// while the daemon is running or stopped. `mPlaceLock` guards the socket's path, so that only one
+// thread at a time creates or removes it. `mLock`, which is taken after it, guards the listener's
+// state, the id counter and the list of sessions. Neither is held while a thread is joined or a
+// hook runs.
 //
-// Unless a script does otherwise, no frame is sent before the client's first one: to the client a
-// frame right behind the last handshake record could be one read with it.
+// By default, no frame is sent before the client's first frame, because a client could read a frame
+// together with the last handshake record.
 class Daemon {
  public:
   using Timeout = std::chrono::milliseconds;
   template <typename State>
   using StateCondition = std::function<bool(const State&)>;
-  static constexpr Timeout kTimeout{10000};  // generous: waits end as soon as their condition holds
+  static constexpr Timeout kTimeout{10000};  // long: a wait ends as soon as its condition is true
 
   explicit Daemon(Options options = {});
   ~Daemon();  // stops
   Daemon(const Daemon&) = delete;
   Daemon& operator=(const Daemon&) = delete;
 
-  // Takes the place of a socket that nobody listens on, listens. The socket's directory must exist;
-  // that of kSocketPath alone is made where it is missing. False with error() set when that fails;
-  // true when it is running already. A started daemon counts session ids from 1 again, as a
-  // restarted process would.
+  // Replaces a socket on which no process listens, and listens. The directory must exist; only that
+  // of kSocketPath is created if missing. False with error() on failure; true if it is already
+  // running. A started daemon counts session ids from 1 again, like a restarted process.
   bool start();
-  // Closes listener and sessions and waits for the threads, also for clients that do not read.
-  // A directory that start() made goes again. Not from a hook. A daemon that was stopped can be
-  // started again; scripts and records stay.
+  // Closes the listener and all sessions and waits for the threads, also if clients do not read.
+  // Removes a directory that start() created. Do not call it from a hook. A stopped daemon can be
+  // started again; scripts and records are kept.
   void stop();
   bool running() const;
   const std::string& error() const { return mError; }
   const std::string& socketPath() const { return mControl.options().socketPath; }
 
-  // Observing. Totals, frames and replies add up over restarts until clearRecords(). The waits
-  // return false when the time is up.
-  size_t sessionCount() const;                    // open now, handshake completed
-  std::vector<uint32_t> sessionIds() const;       // of those, oldest first
-  std::vector<SessionView> sessionViews() const;  // of the same
+  // Observation. Totals, frames and replies are counted over restarts until clearRecords(). The
+  // waits return false after the timeout.
+  size_t sessionCount() const;                    // open, with a completed handshake
+  std::vector<uint32_t> sessionIds() const;       // the same, oldest first
+  std::vector<SessionView> sessionViews() const;  // the same
   Totals totals() const { return mControl.recorder().totals(); }
   std::vector<Frame> frames() const { return mControl.recorder().frames(); }
   std::vector<Blob> handshakeReplies() const { return mControl.recorder().handshakeReplies(); }
@@ -71,12 +70,12 @@ class Daemon {
 
   bool waitForConnections(size_t count, Timeout timeout = kTimeout) const;
   bool waitForSessions(size_t count, Timeout timeout = kTimeout) const;
-  // The closed ones' descriptors and threads are gone when these return true.
+  // When these return true, the descriptors and threads of closed sessions are gone.
   bool waitForConnectionsClosed(size_t count, Timeout timeout = kTimeout);
   bool waitForSessionsClosed(size_t count, Timeout timeout = kTimeout);
   bool waitForFrames(size_t count, Timeout timeout = kTimeout) const;
-  // Until some recorded frame is the wanted one; `found` gets a copy. The predicates run with the
-  // recorder locked: they must not call the daemon.
+  // Waits for a recorded frame that matches; `found` gets a copy. The predicates are called while
+  // the recorder is locked, so they must not call the daemon.
   bool waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found = nullptr,
                     Timeout timeout = kTimeout) const;
   bool waitForLceState(uint32_t sessionId, const StateCondition<LceState>& condition,
@@ -92,51 +91,51 @@ class Daemon {
     return mControl.recorder().waitForState(sessionId, condition, timeout);
   }
 
-  // Acting. A session is named by its id; when two have the same, the newer is meant. False when
-  // there is no such open session, or when its queue is full because the client does not read.
+  // Actions. A session is named by its id; if two have the same id, it is the newer one. False if
+  // there is no such open session, or if its queue is full because the client does not read.
   bool sendFrame(uint32_t sessionId, const Header& header, const Blob& payload);
   bool sendBlob(uint32_t sessionId, uint32_t sdkType, const Blob& blob);
   bool sendBytes(uint32_t sessionId, const Blob& bytes);
-  // The header of a well-formed frame to that session.
+  // The header of a correct frame to that session.
   Header headerFor(uint32_t sessionId, uint64_t messageId, size_t payloadLength) const;
   size_t queuedBytes(uint32_t sessionId) const;
-  // Start closing; waitForSessionsClosed() tells when it is done. Unfinished handshakes included.
+  // Starts closing; waitForSessionsClosed() waits for the end. Also for unfinished handshakes.
   bool closeSession(uint32_t sessionId);
   void closeAll();
-  // Closes the listening socket and removes its path; sessions go on. start() does not undo it
-  // before stop(), reappear() does.
+  // Closes the listening socket and removes its path; sessions continue. start() does not undo this
+  // before stop(); reappear() does.
   void killListener();
-  // The same, but the path stays, so that connections are refused; it goes with stop(). False, with
-  // a line in the log, when the path cannot be had. A daemon that does not run is left alone.
+  // The same, but the path stays, so that connections are refused; stop() removes it. False, with a
+  // line in the log, on failure. No effect on a daemon that does not run.
   bool refuseConnections();
-  // As a daemon that has ended: nobody listens, and no session is left.
+  // Like the end of a daemon: no listener and no session is left.
   void vanish();
-  // Undoes vanish(), killListener() and refuseConnections() as a restart would: session ids count
-  // from 1 again. False, with a line in the log, when the socket cannot be had any more.
+  // Undoes vanish(), killListener() and refuseConnections() like a restart: session ids are counted
+  // from 1 again. False, with a line in the log, if the socket cannot be created.
   bool reappear();
-  // To every session whose client has asked that service for something; how many those are.
+  // Sends to every session whose client has used that service; returns their number.
   size_t sendToUsers(uint32_t sdkType, const Blob& blob);
-  // Requests to be refused, and by how much answers come late.
+  // Adds a refusal for requests; sets the delay of answers.
   void refuse(const Refusal& refusal) { mControl.refuse(refusal); }
   void setAnswerDelay(Milliseconds delay) { mControl.setAnswerDelay(delay); }
   // While off, connections stay in the backlog.
   void setAccepting(bool on);
-  // While off, sessions do not read what clients send.
+  // While off, sessions do not read data from clients.
   void setReading(bool on);
   void setNextSessionId(uint32_t id);
   void setReportInterval(std::chrono::milliseconds interval);
-  // Whether services answer and report on their own; all, or the one with that number.
+  // Whether services answer and report automatically: all, or the service with that number.
   void setAutoAnswer(bool on) { mControl.setAnswers(on); }
   void setAutoAnswer(uint32_t sdkType, bool on) { mControl.setAnswers(sdkType, on); }
   void setFrameHandler(FrameHandler handler) { mControl.setFrameHandler(std::move(handler)); }
-  // The device that the services tell of, and its time.
+  // The device of the model, and its time.
   World& world() { return mControl.world(); }
-  // For connections accepted from now on; empty gives the ordinary handshake back.
+  // For connections accepted from now on; empty restores the normal handshake.
   void setHandshake(HandshakeScript script) { mControl.setHandshakeScript(std::move(script)); }
   void setSessionHandshake(SessionHandshake handshake) {
     mControl.setHandshake(std::move(handshake));
   }
-  // A line beside the daemon's own.
+  // Adds a line to the log.
   void log(const std::string& line) { mControl.log("%s", line.c_str()); }
 
  private:
@@ -154,7 +153,7 @@ class Daemon {
   void acceptOne();
   void pauseAccepting();
   void reapFinished();
-  // What the path has at present.
+  // What exists at the path now.
   enum class Presence { kNothing, kListener, kUnused };
 
   bool openPlace();
@@ -184,8 +183,8 @@ class Daemon {
   bool mStopping ORB_GUARDED_BY(mLock) = false;
   bool mListenerKilled ORB_GUARDED_BY(mLock) = false;
   bool mAccepting ORB_GUARDED_BY(mLock) = true;
-  std::vector<int> mRetiredFds ORB_GUARDED_BY(mLock);  // of listeners that were killed
-  // Closed by the accept thread, or by stop() after that has ended.
+  std::vector<int> mRetiredFds ORB_GUARDED_BY(mLock);  // of killed listeners
+  // The accept thread closes them, or stop() after that thread has ended.
   int mListenFd ORB_GUARDED_BY(mLock) = -1;
   uint32_t mNextId ORB_GUARDED_BY(mLock) = 1;
   std::vector<Entry> mSessions ORB_GUARDED_BY(mLock);

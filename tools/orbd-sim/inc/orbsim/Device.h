@@ -19,54 +19,55 @@
 
 namespace orbsim {
 
-// What the services tell of one moment.
+// The values of one moment for all services.
 struct Estimate {
   int64_t at = 0;  // milliseconds of the model's time
   LinkEstimate link;
   LatencyEstimate latency;
 };
 
-// The moving device that all services tell of: one radio, and the models of capacity, latency and
-// handoffs as views of it. Before a handoff the signal fades; from the start of one to its outcome
-// the rate is 0 and latencies grow; after a success everything is about the new technology. What
-// happens depends on the seed, the settings, the orders and the model's time, and on nothing else.
-// Times are milliseconds of the model's time and never go back. Owned by World and used with its
-// lock held; tests use one of their own.
+// The moving device that all services report on: one radio, and models of capacity, latency and
+// handoffs that depend on it. The signal fades before a handoff. From the start of a handoff to its
+// result, the rate is 0 and latencies grow. After a success, all values are those of the new
+// technology. Everything depends only on the seed, the settings, the orders and the model's time.
+// Times are milliseconds of the model's time and never decrease. Owned by World and used while
+// World's lock is held; tests use their own objects.
 class Device {
  public:
   Device(uint64_t seed, const ModelSettings& settings);
 
-  // The time between two estimates, which paces handoffs, too; 0 for none of its own accord.
+  // The time between two estimates, which also sets the pace of handoffs; 0: no automatic steps.
   void setStep(int64_t stepMs);
 
-  // Lets everything happen up to that time.
+  // Processes all events up to that time.
   void moveTo(int64_t now);
-  // One step of the way, at that time.
+  // Makes one step at that time.
   Estimate step(int64_t now);
 
-  // What is to happen at a time to come; at once when that is over. A handoff to where the device
-  // is then changes nothing; its order is told apart by the number that comes back.
+  // Orders an event for a future time; it happens at once if the time has passed. A handoff has no
+  // effect if the device already has the target technology then; the returned number identifies the
+  // order.
   uint64_t orderHandoff(int64_t at, const HandoffOrder& order);
-  void orderRate(int64_t at, const std::optional<Ramp>& ramp);  // without: wander again
+  void orderRate(int64_t at, const std::optional<Ramp>& ramp);  // without: the rate varies again
   void orderLatency(int64_t at, const std::optional<Ramp>& ramp);
   void orderTechnology(int64_t at, const std::string& word);
 
-  // Whether nothing has come of that order, as the device was there.
+  // Whether that order had no effect because the device already had the technology.
   bool isPointless(uint64_t order) const { return mPointless.count(order) != 0; }
 
   bool inHandoff() const { return mPhase != Phase::kNone; }
   const Technology& technology() const { return mRadio.technology(); }
   const Estimate& last() const { return mLast; }
-  // Phases that have happened, by number from the first one on; the oldest are forgotten.
+  // Phases that have happened, numbered from the first one; the oldest are forgotten.
   uint64_t phasesEnd() const { return mForgotten + mPhases.size(); }
-  // The first one from `number` on, whose number it then is.
+  // The first phase from `number` on; sets `number` to its number.
   const HandoffPhase* phaseFrom(uint64_t& number) const;
-  // When something happens next that is not a step.
+  // The time of the next event that is not a step.
   std::optional<int64_t> nextEvent() const;
 
  private:
   enum class Phase { kNone, kComing, kInterrupted, kOver };
-  // A value that is held from `start` on.
+  // A fixed value from `start` on.
   struct Held {
     int64_t start;
     int64_t over;
@@ -92,10 +93,10 @@ class Device {
   int64_t mNow = 0;
   int64_t mStepMs = 0;
   std::multimap<int64_t, std::function<void()>> mOrders;
-  uint64_t mHandoffOrders = 0;       // that there were
-  std::set<uint64_t> mPointless;     // of these
-  std::deque<HandoffPhase> mPlan;    // to come
-  std::deque<HandoffPhase> mPhases;  // that happened
+  uint64_t mHandoffOrders = 0;       // number of orders
+  std::set<uint64_t> mPointless;     // orders without effect
+  std::deque<HandoffPhase> mPlan;    // future phases
+  std::deque<HandoffPhase> mPhases;  // past phases
   uint64_t mForgotten = 0;
   Phase mPhase = Phase::kNone;
   int64_t mInterruptedAt = 0;

@@ -10,21 +10,21 @@
 
 namespace orbsim {
 
-// A daemon that misbehaves as a list of words says, for developers who want to see their error
-// paths run. kHelp lists the words and says which can be combined. Set up once by the owner of a
-// daemon and then not needed any more: the daemon keeps what it was told. Its log says of each
-// fault when it happens.
+// Makes a daemon misbehave as a list of words says, to test the error paths of applications. kHelp
+// lists the words and their combinations. Set up once by the owner of a daemon and not needed
+// afterwards, because the daemon keeps the settings. The daemon's log reports each fault when it
+// happens.
 class Faults {
  public:
   static const char kHelp[];
 
-  // Reads "word[=number],...". False with a message when a word is unknown, its number is missing,
-  // superfluous or out of range, two words exclude each other, or connections has nothing to limit;
-  // nothing is changed then.
+  // Reads "word[=number],...". False with a message if a word is unknown, its number is missing,
+  // not allowed or out of range, two words exclude each other, or connections has nothing to limit;
+  // then nothing changes.
   bool parse(const std::string& list, std::string& error);
-  // Before start(): a daemon with these faults.
+  // Call it before start(): sets up the faults.
   void prepare(Daemon& daemon) const;
-  // After start(): what only a running daemon can do.
+  // Call it after start(): applies the faults that need a running daemon.
   void apply(Daemon& daemon) const;
 
  private:
@@ -42,7 +42,7 @@ class Faults {
 
   static const Word kWords[];
 
-  static std::string words();  // all that there are
+  static std::string words();  // all words
   static const char* nameOf(Handshake how);
   static bool misbehave(Handshake how, Session& session);
   static bool misbehave(Answers how, bool isLast, Session& session, const Frame& frame);
@@ -52,8 +52,8 @@ class Faults {
   bool mRefuse = false;
   bool mNoAccept = false;
   bool mNoRead = false;
-  uint32_t mCloseAfter = 0;   // frames of a connection; 0 for never
-  uint32_t mConnections = 0;  // that the faults are for; 0 for all
+  uint32_t mCloseAfter = 0;   // after this number of frames of a connection; 0: never
+  uint32_t mConnections = 0;  // number of connections with faults; 0: all
 };
 
 }  // namespace orbsim

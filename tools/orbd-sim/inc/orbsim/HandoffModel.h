@@ -12,24 +12,24 @@
 
 namespace orbsim {
 
-// What is told of a handoff, and when: milliseconds of the model's time.
+// One phase of a handoff and its time, in milliseconds of the model's time.
 struct HandoffPhase {
   int64_t at = 0;
   LliProto::LliIndResp indication;
 };
 
-// Plans handoffs between radio technologies, one after the other with a pause between them: entry
-// into the pre-handoff phase, imminent for some steps, start, success or now and then failure,
-// exit. Some are called off: entry, exit. The time to the interruption counts down from the entry
-// to 0 at the start; the interruption lasts exactly as long as it was told. The same seed gives the
-// same handoffs on every machine. Owned and used by one thread at a time.
+// Plans handoffs between radio technologies, one after the other with a pause: entry into the
+// pre-handoff phase, imminent for some steps, start, success or sometimes failure, exit. Some are
+// called off: entry, exit. The time to the interruption counts down from the entry to 0 at the
+// start. The interruption lasts exactly as long as announced. The same seed gives the same handoffs
+// on every machine. Owned and used by one thread at a time.
 class HandoffModel {
  public:
   explicit HandoffModel(uint64_t seed) : mRandom(seed) {}
 
-  // The phases of the next one, in order. `stepMs` is the time between two that are told.
+  // The phases of the next handoff, in order. `stepMs` is the time between two phases.
   std::vector<HandoffPhase> plan(int64_t entry, int64_t stepMs, LliProto::LliRatType source);
-  // Steps from the end of a handoff to the entry of the next one.
+  // The number of steps from the end of a handoff to the entry of the next one.
   uint32_t pause() { return 2 + mRandom.below(4); }
 
   static std::vector<HandoffPhase> ordered(int64_t entry, int64_t stepMs,
@@ -39,7 +39,7 @@ class HandoffModel {
   LliProto::LliRatType otherRat(LliProto::LliRatType source);
 
   Random mRandom;
-  LliProto::LliRatType mTarget = LliProto::NULL_BEARER;  // that was tried last
+  LliProto::LliRatType mTarget = LliProto::NULL_BEARER;  // target of the last attempt
 };
 
 }  // namespace orbsim

@@ -11,9 +11,9 @@
 
 namespace orbsim {
 
-// Link capacity estimation: reports run from START to STOP or to a disable; the criteria stay, and
-// RESET takes the confidence away that has grown. Rates are in kbit/s, the queue in bytes.
-// Owned by the session and used only on the session's thread, so it has no lock.
+// Link capacity estimation. Reports are sent from START to STOP or disable. The criteria stay, and
+// RESET resets the confidence. Rates are in kbit/s, the queue in bytes. Owned by the session and
+// used only on the session's thread, so it has no lock.
 class LceService
     : public TypedService<LceProto::ServiceMsg, LceProto::ClientMsg, LceState, kSdkTypeLce> {
  public:
@@ -33,11 +33,12 @@ class LceService
   void handleGetLastReport();
   void handleAction(const LceProto::ServiceMsg& request);
 
-  // The estimate, as sure as it can be since the last reset.
+  // The estimate, with the confidence limited by the number of estimates since the last reset.
   const LinkEstimate& told(const Estimate& estimate);
 
   Reporter mReporter;
-  uint32_t mSinceReset = 7;  // estimates; no more than the levels of confidence count
+  uint32_t mSinceReset =
+      7;  // estimates since the last reset; values above the highest confidence make no difference
   LinkEstimate mTold;
 };
 

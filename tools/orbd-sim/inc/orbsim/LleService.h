@@ -11,11 +11,11 @@
 
 namespace orbsim {
 
-// Link latency estimation. There is no request to start or stop: reports run while the criteria are
-// not 0, whatever else their value, and a disable sets them to 0. Latencies are in microseconds,
-// variances in square microseconds, the interval in milliseconds; a report status is 1 with an
-// estimate and 0 without. Owned by the session and used only on the session's thread, so it has no
-// lock.
+// Link latency estimation. There is no request to start or stop: reports are sent while the
+// criteria are not 0. The value does not matter otherwise. A disable sets the criteria to 0.
+// Latencies are in microseconds, variances in square microseconds, the interval in milliseconds. A
+// report has status 1 with an estimate and 0 without. Owned by the session and used only on the
+// session's thread, so it has no lock.
 class LleService
     : public TypedService<LleProto::ServiceMsg, LleProto::ClientMsg, LleState, kSdkTypeLle> {
  public:

@@ -10,10 +10,10 @@
 
 namespace orbsim {
 
-// Link interruption indication: the phases of the device's handoffs are told, each at its time,
-// from the client's registration until it unregisters or disables the service. Who registers anew
-// hears the next handoff from its beginning. Times are in milliseconds. Owned by the session and
-// used only on the session's thread, so it has no lock.
+// Link interruption indication. Sends the phases of the device's handoffs at their time, from the
+// registration of the client until it unregisters or disables the service. After a new
+// registration, the client gets the next handoff from its beginning. Times are in milliseconds.
+// Owned by the session and used only on the session's thread, so it has no lock.
 class LliService
     : public TypedService<LliProto::ServiceMsg, LliProto::ClientMsg, LliState, kSdkTypeLli,
                           /*kDropsStale=*/false> {
@@ -33,7 +33,7 @@ class LliService
   void handleRegister(const LliProto::ServiceMsg& request);
 
   World& mWorld;
-  uint64_t mNext = 0;  // phase
+  uint64_t mNext = 0;  // number of the next phase
 };
 
 }  // namespace orbsim

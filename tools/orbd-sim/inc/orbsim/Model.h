@@ -13,25 +13,25 @@ namespace orbsim {
 
 using Milliseconds = std::chrono::milliseconds;
 
-// When the model's time begins. Until then requests are answered, and nothing is reported.
+// When the model's time begins. Before that, requests are answered, but no reports are sent.
 enum class Begin {
-  kFirstUse,   // with the first report that a client wants
-  kListening,  // with the daemon's start
+  kFirstUse,   // when the first client requests reports
+  kListening,  // when the daemon starts
   kConnected,  // with the first session
   kReporting   // when reports of each of the services `ModelSettings::beginWith` are wanted
 };
 
-// How the device of the model is set up; fixed for the daemon's life.
+// The settings of the device model; fixed for the daemon's lifetime.
 struct ModelSettings {
-  std::string rat = "lte";          // where it is at first: a word of technologyWords()
-  bool handoffs = true;             // it changes its technology by itself
-  std::optional<uint32_t> rate;     // kbit/s, held; otherwise the rate wanders
-  std::optional<uint64_t> latency;  // microseconds, held; otherwise it wanders
+  std::string rat = "lte";          // the first technology: a word of technologyWords()
+  bool handoffs = true;             // whether handoffs happen without an order
+  std::optional<uint32_t> rate;     // fixed rate in kbit/s; without: the rate varies
+  std::optional<uint64_t> latency;  // fixed latency in microseconds; without: it varies
   Begin begin = Begin::kFirstUse;
   std::set<uint32_t> beginWith;  // service numbers, for Begin::kReporting
 };
 
-// A handoff on order: announced at once, begun after `notice`, over after `duration`.
+// An ordered handoff: announced at once, started after `notice`, ended after `duration`.
 struct HandoffOrder {
   enum class Result { kSuccess, kFailure, kCalledOff };
 
@@ -40,13 +40,13 @@ struct HandoffOrder {
   Milliseconds duration{100};
   Result result = Result::kSuccess;
 
-  // Why nothing comes of it where the device is there.
+  // The reason why the handoff has no effect if the device has that technology.
   std::string alreadyThere() const { return "the device is on " + target + " already"; }
 };
 
-// A value on its way; kbit/s for a rate, microseconds for a latency.
+// A changing value; kbit/s for a rate, microseconds for a latency.
 struct Ramp {
-  std::optional<uint64_t> from;  // without: from what it is
+  std::optional<uint64_t> from;  // without: from the current value
   uint64_t to = 0;
   Milliseconds over{0};
 };

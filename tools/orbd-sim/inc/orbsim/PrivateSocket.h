@@ -7,8 +7,8 @@
 
 namespace orbsim {
 
-// Where a daemon listens that is for one program only: a given path, or one in a folder of its own,
-// which goes with the object. Owned and used by one thread.
+// The path of a daemon for one program only: a given path, or a path in a temporary folder, which
+// is removed by the destructor. Owned and used by one thread.
 class PrivateSocket {
  public:
   explicit PrivateSocket(std::string path);
@@ -16,7 +16,7 @@ class PrivateSocket {
   PrivateSocket(const PrivateSocket&) = delete;
   PrivateSocket& operator=(const PrivateSocket&) = delete;
 
-  // Empty when there is none; error() says why.
+  // Empty on failure; error() has the reason.
   const std::string& path() const { return mPath; }
   const std::string& error() const { return mError; }
 

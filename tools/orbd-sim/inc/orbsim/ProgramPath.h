@@ -7,9 +7,9 @@
 
 namespace orbsim {
 
-// The file of the program that runs; empty where the system does not tell.
+// The path of the running program; empty if the system does not provide it.
 std::string programPath();
-// The folder that a file lies in.
+// The folder of a file.
 std::string folderOf(const std::string& path);
 
 }  // namespace orbsim

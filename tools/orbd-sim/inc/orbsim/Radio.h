@@ -10,24 +10,24 @@
 
 namespace orbsim {
 
-// What the device's antenna meets: the signal of its cell, which wanders while the device moves and
-// fades before a handoff, and the load that others put on the cell. The models of capacity and
-// latency are views of it. Owned and used by one thread at a time.
+// The radio conditions of the device: the signal of its cell, which varies while the device moves
+// and fades before a handoff, and the load of the cell by other devices. The models of capacity and
+// latency use it. Owned and used by one thread at a time.
 class Radio {
  public:
   Radio(uint64_t seed, const Technology& technology) : mRandom(seed), mTechnology(&technology) {}
 
-  // One step of the way.
+  // One step of movement.
   void step();
-  // Into another cell, near its middle.
+  // Enters another cell, near its centre.
   void enterCell(const Technology& technology);
-  // The device nears the border of its cell, or turns away from it.
+  // The device approaches the border of its cell, or moves away from the border.
   void setLeaving(bool leaving) { mLeaving = leaving; }
 
   const Technology& technology() const { return *mTechnology; }
   int64_t signal() const { return mSignal; }  // thousandths
   int64_t load() const { return mLoad; }      // thousandths
-  // What is left of such a capacity.
+  // The part of this capacity that is available.
   int64_t share(int64_t capacity) const;
 
  private:

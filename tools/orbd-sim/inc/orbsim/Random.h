@@ -7,8 +7,9 @@
 
 namespace orbsim {
 
-// The dice of the models. splitmix64: small, well mixed, and independent of the standard library's
-// distributions, so that a seed gives the same run on every machine. Owned and used by one thread.
+// The random numbers of the models: splitmix64. It is small, has good quality and does not use the
+// standard library's distributions, so that a seed gives the same run on every machine. Owned and
+// used by one thread.
 class Random {
  public:
   explicit Random(uint64_t seed) : mState(seed) {}

@@ -17,7 +17,7 @@
 
 namespace orbsim {
 
-// What one session asked of a service so far.
+// The requests of one session to a service so far.
 struct ServiceState {
   bool enabled = false;
   uint64_t reports = 0;  // periodic reports or indications sent
@@ -28,13 +28,13 @@ struct LceState : ServiceState {
   Blob criteria;  // the accepted criteria message, serialised
 };
 struct LleState : ServiceState {
-  uint32_t criteria = 0;  // reports run while it is not 0
+  uint32_t criteria = 0;  // reports are sent while it is not 0
 };
 struct LliState : ServiceState {
   bool registered = false;
 };
 
-// Totals since construction or clear(); a restart of the daemon does not reset them.
+// Totals since construction or clear(). A restart of the daemon does not reset them.
 struct Totals {
   size_t connections = 0;        // accepted
   size_t connectionsClosed = 0;  // descriptor closed on this side, handshake completed or not
@@ -43,9 +43,9 @@ struct Totals {
   size_t frames = 0;             // frames received
 };
 
-// The daemon's memory of what clients did, for tests to look at and to wait on. Owned by Daemon,
-// written by the accept and session threads, read by any thread. `mLock` guards everything; it is
-// never held while code of others runs, except for the short predicates given to the waits.
+// Records what clients did, for tests to inspect and to wait for. Owned by Daemon, written by the
+// accept and session threads, read by any thread. `mLock` guards everything. It is never held while
+// other code runs, except for the short predicates of the waits.
 class Recorder {
  public:
   using Timeout = std::chrono::milliseconds;
@@ -85,7 +85,7 @@ class Recorder {
 
  private:
   template <typename State>
-  using States = std::map<uint32_t, State>;  // by session id; a reused id starts afresh
+  using States = std::map<uint32_t, State>;  // by session id; a reused id starts again
 
   template <typename State>
   State stateLocked(uint32_t sessionId) const {
@@ -99,7 +99,7 @@ class Recorder {
     return mChanged.wait_for(lock, timeout, condition);
   }
 
-  // False: nothing of what is over but its count, so that a long run does not grow.
+  // False: ended sessions are only counted, so that memory does not grow in a long run.
   const bool mKeepContents;
   mutable std::mutex mLock;
   mutable std::condition_variable mChanged;

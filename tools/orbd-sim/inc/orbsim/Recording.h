@@ -16,33 +16,33 @@
 
 namespace orbsim {
 
-// What happened on a relayed connection, in the order in which the relay saw it. A plain value.
+// An event of a relayed connection, in the order in which the relay saw it. A plain value.
 struct RecordedEvent {
   enum class Kind {
-    kOpen,   // an application has connected
+    kOpen,   // an application connected
     kBytes,  // these bytes came in this direction
-    kEnd,    // nothing more comes in this direction
+    kEnd,    // no more data comes in this direction
     kClosed  // the connection is over
   };
 
-  std::chrono::microseconds time{0};  // since the recording began
+  std::chrono::microseconds time{0};  // since the start of the recording
   uint32_t connection = 0;            // counted from 1
   Kind kind = Kind::kOpen;
   Direction direction = Direction::kToDaemon;
   Blob bytes;
-  int process = 0;  // of kOpen; 0 where it has no number on this side
+  int process = 0;  // of kOpen; 0 if the process has no number here
 };
 using RecordSink = std::function<void(const RecordedEvent&)>;
 
-// Writes a recording as JSON Lines; docs/man/orbd-sim.1 tells the keys. Each line is on its way to
-// the file when write() returns, so that a killed relay leaves all it saw. Used by one thread.
+// Writes a recording as JSON Lines; docs/man/orbd-sim.1 describes the keys. When write() returns,
+// the line is passed to the system, so a killed relay loses nothing. Used by one thread.
 class RecordingWriter {
  public:
-  // Makes the file or empties it. False with error().
+  // Creates or empties the file. False with error().
   bool open(const std::string& path);
-  // After a failure nothing more is written: a recording with a gap would be a wrong one.
+  // Nothing is written after a failure, because a recording with a gap would be wrong.
   void write(const RecordedEvent& event);
-  // Empty while all is well.
+  // Empty if there was no error.
   const std::string& error() const { return mError; }
 
  private:
@@ -56,8 +56,8 @@ class RecordingWriter {
   std::string mError;
 };
 
-// Reads a whole recording. A last line that is cut off, as a killed relay may leave it, is not
-// counted. False with the reason and its line when it is none.
+// Reads a whole recording. A cut-off last line, as from a killed relay, is ignored. False with the
+// reason and the line number if it is not a recording.
 bool readRecording(const std::string& path, std::vector<RecordedEvent>& events, std::string& error);
 
 }  // namespace orbsim

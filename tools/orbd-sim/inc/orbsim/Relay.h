@@ -22,21 +22,21 @@ namespace orbsim {
 
 class RelayConnection;
 
-// How a relay is set up; fixed for its life. The sinks are called on the relay's thread.
+// The settings of a relay; fixed for its lifetime. The sinks are called on the relay's thread.
 struct RelayOptions {
-  std::string socketPath = kSocketPath;  // where applications connect
-  std::string daemonPath;                // where the daemon listens
+  std::string socketPath = kSocketPath;  // path for applications
+  std::string daemonPath;                // path of the daemon
   std::function<void(const std::string&)> log;
   TraceSink trace;
   RecordSink record;
 };
 
-// Stands between applications and a daemon: each connection that it accepts gets one to the daemon,
-// and bytes go both ways as they come. It knows nothing of what they mean; trace and recording get
-// copies. A side that says no more, or goes, is seen by the other as if they were connected; a side
-// that does not read holds the other up, since at most one piece of each direction is kept.
+// Forwards data between applications and a daemon. For each accepted connection it opens a
+// connection to the daemon and forwards bytes in both directions. It does not interpret them; trace
+// and recording get copies. If one side shuts down or disconnects, the other side sees this. If one
+// side does not read, the other side is blocked, because at most one piece per direction is kept.
 //
-// start() and stop() belong to the owner's thread; start() makes the one thread that does it all.
+// The owner's thread calls start() and stop(). start() creates the only thread.
 class Relay {
  public:
   explicit Relay(RelayOptions options);
@@ -44,7 +44,7 @@ class Relay {
   Relay(const Relay&) = delete;
   Relay& operator=(const Relay&) = delete;
 
-  // Listens. False with error().
+  // Starts to listen. False with error().
   bool start();
   // Ends all connections and waits for the thread.
   void stop();
@@ -65,11 +65,11 @@ class Relay {
   std::atomic<bool> mStopping{false};
   int mListenFd = -1;
 
-  // The thread's own.
+  // Only for the relay's thread.
   std::chrono::steady_clock::time_point mStart;
   std::vector<std::unique_ptr<RelayConnection>> mConnections;
   uint32_t mAccepted = 0;
-  bool mNoDescriptors = false;  // the pending connection has to wait
+  bool mNoDescriptors = false;  // the pending connection must wait for a descriptor
 };
 
 }  // namespace orbsim

@@ -22,19 +22,19 @@ namespace orbsim {
 struct RecordedConnection;
 struct RecordedStep;
 
-// Makes a daemon say to its clients what a recording says that one said. A connection plays the
-// first recorded one that is left; where its endpoint is another, the first of that endpoint. A
-// request is answered as the first recorded one of the same service and event that is left, with
-// the transaction of the live one; indications, and the end if the daemon was the one to end it,
-// follow the request before them at their recorded distance. What has no counterpart is told in the
-// log and not answered.
+// Makes a daemon send to its clients what the daemon of a recording sent. A connection plays the
+// first recorded connection that is not used yet; if its endpoint is different, the first unused
+// one of that endpoint. A request gets the answer to the first unused recorded request of the same
+// service and event, with the transaction of the live request. Indications follow their recorded
+// request after the recorded delay, and so does the end of the connection if the daemon ended it. A
+// request that is not in the recording is logged and not answered.
 //
-// Made by the owner of a daemon before start(), and outlives it. The handshake and the requests are
-// seen on the sessions' threads; a thread of its own sends what is due. `mLock` guards the rest, no
-// call of the daemon is made with it held.
+// Created by the owner of a daemon before start(); lives longer than the daemon. Handshakes and
+// requests come on the sessions' threads; a separate thread sends messages when they are due.
+// `mLock` guards the rest; it is not held while the daemon is called.
 class Replay {
  public:
-  // `speed` divides the recorded times.
+  // Recorded times are divided by `speed`.
   Replay(Daemon& daemon, const std::vector<RecordedEvent>& events, double speed);
   ~Replay();
   Replay(const Replay&) = delete;
@@ -45,20 +45,20 @@ class Replay {
  private:
   using Clock = std::chrono::steady_clock;
 
-  // A connection that is being played.
+  // A connection that is played.
   struct Player {
     RecordedConnection* recorded = nullptr;
-    uint32_t session = 0;   // that the client was told
-    uint64_t endpoint = 0;  // the client's
+    uint32_t session = 0;   // the session id that the client got
+    uint64_t endpoint = 0;  // of the client
   };
   struct Due {
     Clock::time_point at;
-    uint64_t order = 0;  // of those of one time
+    uint64_t order = 0;  // order of messages with the same time
     uint32_t session = 0;
     Blob bytes;
-    bool end = false;  // of the connection, instead of bytes
+    bool end = false;  // end the connection; no bytes
 
-    bool operator<(const Due& other) const {  // the largest is the next
+    bool operator<(const Due& other) const {  // the largest is the next one
       return at != other.at ? at > other.at : order > other.order;
     }
   };
@@ -79,7 +79,7 @@ class Replay {
   std::mutex mLock;
   std::condition_variable mChanged;
   bool mStopping = false;
-  std::map<uint32_t, Player> mPlayers;  // by the daemon's number of the session
+  std::map<uint32_t, Player> mPlayers;  // by the daemon's session id
   std::priority_queue<Due> mDue;
   uint64_t mOrder = 0;
   std::thread mThread;

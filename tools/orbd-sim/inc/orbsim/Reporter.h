@@ -10,13 +10,12 @@
 
 namespace orbsim {
 
-// A service's place among the ticks of the world: which one it tells next. Owned and used by one
-// thread.
+// Finds the next tick of the world that a service reports. Owned and used by one thread.
 class Reporter {
  public:
   Reporter(World& world, uint32_t sdkType) : mWorld(world), mSdkType(sdkType) {}
 
-  // The first report tells the present tick and follows at once.
+  // The first report is for the current tick and is sent at once.
   void start() {
     mNext = mWorld.tick(Clock::now());
     mLast.reset();
@@ -27,8 +26,7 @@ class Reporter {
     mLast = mWorld.estimate(mNext++);
     return *mLast;
   }
-  // While periodic reports are running the last one sent is the last one there is; otherwise
-  // whoever asks gets the present one.
+  // The last report: while periodic reports are sent, the last one sent; otherwise the current one.
   const Estimate& latest(bool reportsAreRunning) {
     if (reportsAreRunning && mLast) return *mLast;
     if (!reportsAreRunning) mWorld.wanted(mSdkType);

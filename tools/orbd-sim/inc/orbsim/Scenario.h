@@ -16,28 +16,29 @@ namespace orbsim {
 
 struct ScenarioData;
 
-// What is to happen and what a client is to do, read from JSON. Never changes; copies share it.
+// A scenario, read from JSON: events, and expectations for the client. It is immutable; copies
+// share the data.
 class Scenario {
  public:
-  // Nothing with a line for each fault, which names its place: "FILE: /timeline/2/at: what is
-  // wrong". A name without a slash that is no file is that of a ready scenario.
+  // Empty on failure, with a line for each fault that names its place: "FILE: /timeline/2/at:
+  // reason". A name without a slash that is not a file is the name of a ready scenario.
   static std::optional<Scenario> fromFile(const std::string& file, std::string& error);
   static std::optional<Scenario> fromText(const std::string& text, std::string& error);
-  // The file that such a name means.
+  // The file of a ready scenario.
   static std::string pathOf(const std::string& file);
-  // Where ready scenarios are looked for, in this order: installed beside the program, or in the
+  // The folders of ready scenarios, in the order of search: installed beside the program, or in the
   // sources that it was built from. ORB_SCENARIOS, if set, names the folder instead.
   static std::vector<std::string> folders();
-  // The names of the ready scenarios that are there, in order.
+  // The sorted names of the existing ready scenarios.
   static std::vector<std::string> readyNames();
-  // The JSON schema that scenarios are checked with.
+  // The JSON schema for scenarios.
   static const std::string& schema();
 
   const std::string& name() const;
   const std::string& description() const;
-  // When a command that still runs is asked to end, counted from the scenario's beginning.
+  // When a command that still runs gets SIGTERM, relative to the scenario's start.
   std::optional<std::chrono::milliseconds> end() const;
-  // The daemon's options as the scenario has them: seed, interval and model.
+  // Sets the daemon's options of the scenario: seed, interval and model.
   void configure(Options& options) const;
 
   const std::shared_ptr<const ScenarioData>& data() const { return mData; }
@@ -48,34 +49,37 @@ class Scenario {
   std::shared_ptr<const ScenarioData> mData;
 };
 
-// A daemon that plays a scenario and watches what its clients do. start(), stop() and the
-// destructor belong to the owner's thread, all else may be called from any. It has a thread of its
-// own besides those of the daemon, for what happens at its time.
+// A daemon that plays a scenario and checks what its clients do. The owner's thread calls start(),
+// stop() and the destructor; any thread may call the other functions. It has one thread for timed
+// events in addition to the daemon's threads.
 class ScenarioRun {
  public:
   static constexpr std::chrono::milliseconds kTimeout{30000};
 
-  // Of the options, socketPath, log and trace are the caller's and the rest the scenario's.
+  // The caller sets socketPath, log and trace of the options; the scenario sets the others.
   explicit ScenarioRun(Scenario scenario, Options options = {});
   ~ScenarioRun();  // stops
   ScenarioRun(const ScenarioRun&) = delete;
   ScenarioRun& operator=(const ScenarioRun&) = delete;
 
-  // Before start(): called when the end that the scenario names has come, from the run's thread.
+  // Call it before start(). The callback is called on the run's thread when the end of the scenario
+  // has come.
   void onEnd(std::function<void()> what);
-  // Takes orders on a socket of that path from now on, as ControlSocket. Empty, or why not.
+  // Accepts orders on a socket of that path from now on, like ControlSocket. Empty, or the reason
+  // of a failure.
   std::string control(const std::string& path);
 
-  // Listens, and begins as the scenario says. False with error() set when that fails. Once only.
+  // Starts to listen and begins as the scenario says. False with error() on failure. Call it only
+  // once.
   bool start();
-  // Ends it in order. Expectations whose time was not over yet are decided by what has come.
+  // Ends the run. Expectations whose time is not over are decided by the events so far.
   void stop();
   const std::string& error() const;
 
-  // Until the timeline is over and every expectation is decided. False when the time is up first,
-  // or the scenario never began.
+  // Waits until the timeline is over and every expectation is decided. False after the timeout, or
+  // if the scenario never began.
   bool waitUntilDecided(std::chrono::milliseconds timeout = kTimeout);
-  // What was not as expected, so far, one line each; final after stop().
+  // The expectations that are not met so far, one line each; final after stop().
   std::vector<std::string> failures() const;
 
   Daemon& daemon();

@@ -9,35 +9,34 @@
 
 namespace orbsim {
 
-// Where clients look for the daemon. A platform has the directory, a desktop has not.
+// The path at which clients connect. The directory exists on a platform, but not on a desktop.
 constexpr char kSocketDirectory[] = "/dev/socket";
 constexpr char kSocketPath[] = "/dev/socket/orb";
 
-// The path that a server listens on, and its directory, which is made where it is missing if it is
-// that of kSocketPath, and gone again at the end. Owned by the server, which uses it on one thread
-// at a time.
+// The path of a server's socket, and its directory. Only the directory of kSocketPath is created if
+// missing, and removed at the end. Owned by the server, which uses it on one thread at a time.
 class SocketPlace {
  public:
   explicit SocketPlace(std::string path, unsigned mode = 0666)
       : mPath(std::move(path)), mMode(mode) {}
 
-  // Why nobody can listen on the path, as far as that can be seen beforehand; empty when nothing
-  // speaks against it.
+  // The reason why the path cannot be used, as far as it can be checked in advance; empty if there
+  // is none.
   static std::string whyWrong(const std::string& path);
 
-  // A descriptor that listens, does not block, and takes clients of every user, in the place of a
-  // socket that nobody listens on. -1 with error() when that fails; nothing stays then.
+  // A listening, non-blocking descriptor for clients of every user. Replaces a socket on which no
+  // process listens. -1 with error() on failure; nothing is left then.
   int open(int backlog);
-  // As a server that has ended without taking it away: a socket on which nobody listens, so that
-  // connections are refused. False with error() when that fails.
+  // Creates a socket on which no process listens, like a server that ended without removing it, so
+  // that connections are refused. False with error() on failure.
   bool leaveUnused();
   void removeSocket();
-  // Removes a socket on which nobody listens; somebody else may have taken the place of the one
-  // that was ours.
+  // Removes the socket if no process listens on it, because another process may have replaced our
+  // socket.
   void removeUnused();
-  // Removes the directory that open() made.
+  // Removes the directory that open() created.
   void leave();
-  // What became of the directory, and of what was to be removed, since it was last asked.
+  // Log lines about the directory and the removed socket since the last call.
   std::vector<std::string> takeLines() { return std::exchange(mLines, {}); }
 
   const std::string& path() const { return mPath; }
@@ -51,7 +50,7 @@ class SocketPlace {
   bool fail(const std::string& reason);
 
   const std::string mPath;
-  const unsigned mMode;  // applications of every user connect, or the owner alone
+  const unsigned mMode;  // for users of all applications, or for the owner only
   std::string mError;
   std::vector<std::string> mLines;
   bool mMadeDirectory = false;

@@ -11,7 +11,7 @@
 
 namespace orbsim {
 
-// What a radio technology can do at best and how long it takes. Everything is a constant.
+// The best rates and latencies of a radio technology. All values are constants.
 struct Technology {
   struct Range {
     int64_t low;
@@ -20,8 +20,8 @@ struct Technology {
 
   LliProto::LliRatType rat;
   const char* word;
-  LleProto::RatType latencyRat;  // how the latency service names it
-  int64_t uplinkRate;            // kbit/s in a good and empty cell
+  LleProto::RatType latencyRat;  // its name in the latency service
+  int64_t uplinkRate;            // kbit/s in a cell with good signal and no load
   int64_t downlinkRate;
   Range uplinkLatency;  // microseconds
   Range downlinkLatency;

@@ -17,23 +17,22 @@
 
 namespace orbsim {
 
-// One thing that was said on a connection: a record of the handshake, a frame, or bytes that are
-// neither. A plain value.
+// One item of a connection: a handshake record, a frame, or other bytes. A plain value.
 struct TraceItem {
   enum class Kind { kHandshake, kFrame, kBytes };
 
   std::chrono::system_clock::time_point time;
   Direction direction = Direction::kToDaemon;
   uint32_t connection = 0;
-  int process = 0;        // the client's; 0 where it has no number on this side
-  uint64_t endpoint = 0;  // the client's; 0 until it has said it
-  uint64_t session = 0;   // as this record or frame says; of bytes, as the handshake said
+  int process = 0;        // of the client; 0 if the process has no number here
+  uint64_t endpoint = 0;  // of the client; 0 until it is known
+  uint64_t session = 0;   // from this record or frame; for bytes from the handshake
   Kind kind = Kind::kBytes;
-  const char* step = "";            // of a handshake record: init, response, complete
-  Header header;                    // of a frame
-  std::optional<uint32_t> sdkType;  // of a frame that carries a service's blob
-  TraceMessage message;             // of a service that is known
-  // Of what cannot be decoded: why, the bytes, and how many there were if those were not kept.
+  const char* step = "";            // for a handshake record: init, response, complete
+  Header header;                    // for a frame
+  std::optional<uint32_t> sdkType;  // for a frame with a service's blob
+  TraceMessage message;             // for a known service
+  // For data that cannot be decoded: the reason, the bytes, and their number if they are not kept.
   std::string reason;
   Blob bytes;
   uint64_t size = 0;
@@ -41,35 +40,36 @@ struct TraceItem {
 
 using TraceSink = std::function<void(const TraceItem&)>;
 
-// Cuts copies of what passes on one connection into records and frames, in whatever pieces they
-// come, and tells each to its sink. Nothing that comes puts it out: what it cannot decode it tells
-// as bytes. Used by any thread. `mLock` guards the rest; the sink runs without it, one item after
-// another in the order of taking, on the thread of one of those who tell.
+// Splits the traffic of one connection into records and frames and passes each to its sink. The
+// data may come in any pieces. Data that it cannot decode is passed as bytes. Used by any thread.
+// `mLock` guards the rest; the sink runs without it, on the thread of one of the callers, one item
+// after the other in the order of take().
 class Tracer {
  public:
-  // A longer frame is told without its payload.
+  // For a longer frame the payload is not traced.
   static constexpr uint64_t kMaxPayload = uint64_t{1} << 20;
 
   Tracer(uint32_t connection, int process, TraceSink sink);
 
-  // Takes what passed and tells what it makes.
+  // Adds data and passes the resulting items to the sink.
   void feed(Direction direction, const uint8_t* data, size_t size) {
     take(direction, data, size);
     tell();
   }
-  // The same in two steps, for who has to take under a lock that the sink must not meet.
+  // The same in two steps, for a caller that must add data while it holds a lock that the sink may
+  // need.
   void take(Direction direction, const uint8_t* data, size_t size);
   void tell();
-  // What follows are frames, also where the handshake did not come by.
+  // The following data are frames, even if no handshake was seen.
   void skipHandshake();
-  // Nothing follows in that direction: tells what is left over.
+  // No more data in that direction: passes the remaining bytes to the sink.
   void end(Direction direction);
 
  private:
   struct Stream {
-    Blob bytes;           // not told yet
-    uint64_t toSkip = 0;  // of a payload that is too long
-    int records = 0;      // of the handshake, told
+    Blob bytes;           // not passed yet
+    uint64_t toSkip = 0;  // remaining bytes of a payload that is too long
+    int records = 0;      // number of handshake records so far
   };
 
   bool takeOne(Direction direction, Stream& stream);
@@ -87,21 +87,21 @@ class Tracer {
   Stream mStreams[2];
   uint64_t mEndpoint = 0;
   uint64_t mSession = 0;
-  std::vector<TraceItem> mItems;  // to be told
-  bool mTelling = false;          // by some thread
+  std::vector<TraceItem> mItems;  // to be passed to the sink
+  bool mTelling = false;          // whether a thread is passing items
 };
 
-// An item as one line of text, or as one JSON object in a line; docs/man/orbd-sim.1 names the keys.
-// Nothing in them can move a terminal's cursor.
+// An item as one line of text, or as one JSON object on a line; docs/man/orbd-sim.1 describes the
+// keys. They contain no characters that control a terminal.
 std::string traceText(const TraceItem& item);
 std::string traceJson(const TraceItem& item);
-// A line of the log in the same two forms.
+// A log line in both formats.
 std::string logText(std::chrono::system_clock::time_point time, const std::string& line);
 std::string logJson(std::chrono::system_clock::time_point time, const std::string& line);
 
-// The number of the process behind a connected socket, 0 where it has none on this side.
+// The process id of the other side of a connected socket; 0 if it has no number here.
 int processBehind(int fd);
-// "pid 4711", or that there is no number.
+// "pid 4711", or a text without a number.
 std::string processText(int process);
 std::string hexText(const uint8_t* data, size_t size);
 

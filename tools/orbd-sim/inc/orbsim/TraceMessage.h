@@ -13,28 +13,27 @@
 
 namespace orbsim {
 
-// Which way bytes went.
+// The direction of bytes.
 enum class Direction { kToDaemon, kToClient };
 
-// A service's message taken apart, for people to read: plain values without a lock, owned by
-// whoever has them. The messages are built without reflection, so names and types come from tables
-// (TraceTables.cpp).
+// A decoded service message for people: plain values without a lock. The messages are built without
+// reflection, so names and types come from tables (TraceTables.cpp).
 struct TraceField;
 
 struct TraceMessage {
-  // In the order of the numbers, those without a name last. A number, a flag, an enumerator or a
-  // text that is absent is here with its default, which is what its reader takes it for.
+  // In the order of field numbers; fields without a name are last. An absent number, flag,
+  // enumerator or text has its default value, as for the receiver.
   std::vector<TraceField> fields;
 };
 
 struct TraceEnumerator {
   int32_t number = 0;
-  std::string name;  // empty: this version has none for it
+  std::string name;  // empty: no name in this version
 };
 
-// What stands in a field that this version does not know.
+// The content of a field that this version does not know.
 struct TraceUnknown {
-  const char* type = "";  // of the encoding: varint, fixed64, bytes, group, fixed32
+  const char* type = "";  // encoding: varint, fixed64, bytes, group, fixed32
   std::variant<uint64_t, Blob> value;
 };
 
@@ -45,17 +44,17 @@ struct TraceField {
   uint32_t number = 0;
   const char* name = "";  // empty: unknown
   bool repeated = false;
-  std::vector<TraceValue> values;  // one, unless repeated
+  std::vector<TraceValue> values;  // one value, unless the field is repeated
 };
 
-// Names of what a blob in that direction is: the service in capitals and its message. Null for a
-// service that this version does not know.
+// The names for a blob in that direction: the service in capitals, and its message. Null if this
+// version does not know the service.
 const char* traceServiceName(uint32_t sdkType);
 const char* traceMessageName(Direction direction);
 
-// Takes a blob apart as its reader would: the last of several values counts, a member of a oneof
-// displaces the others, and a field of another type than expected is an unknown one. False with the
-// reason when it is no message; `message` then holds what came before.
+// Decodes a blob like its receiver: the last of several values counts, a member of a oneof replaces
+// the others, and a field with an unexpected type is an unknown field. False with the reason if it
+// is not a message; `message` then has the fields before the error.
 bool decodeTraceMessage(uint32_t sdkType, Direction direction, const Blob& blob,
                         TraceMessage& message, std::string& reason);
 

@@ -15,7 +15,7 @@
 
 namespace orbsim {
 
-// Numbers that mean the same in the packages of all services.
+// Numbers with the same meaning in the packages of all services.
 constexpr int kEnableEvent = 0;
 constexpr int kStatusEvent = 0;
 enum class Outcome { kSuccess = 1, kInvalidArg = 2, kNotSupported = 4 };
@@ -27,13 +27,13 @@ Blob serialize(const Message& message) {
   return blob;
 }
 
-// What all services do alike: read a request or refuse it, enable and disable, send periodic
-// messages when the world has one, answer, log and record. What a service does with its other
-// requests, when it reports and what its messages say in the log is its own.
+// The common part of all services: reads or refuses a request, enables and disables, sends periodic
+// messages at the ticks of the world, answers, logs and records. Each service defines its other
+// requests, when it reports, and the texts for the log.
 //
-// Requests are answered whether or not the client has enabled the service: a client that finds a
-// restarted daemon goes on with whatever request comes next. While the answers of the service are
-// switched off it keeps its state and sends nothing.
+// Requests are answered whether or not the client has enabled the service, because a client of a
+// restarted daemon continues with any request. While the answers of the service are off, it keeps
+// its state and sends nothing.
 template <typename Request, typename Answer, typename State, uint32_t kSdkType,
           bool kDropsStale = true>
 class TypedService : public Service {
@@ -64,7 +64,7 @@ class TypedService : public Service {
   }
 
   void handleDue() final {
-    // A client that does not read gets no pile of stale reports.
+    // A client that does not read must not get many old reports.
     const bool stale = kDropsStale && mSession.queuedBytes() > 0;
     Answer report;
     if (!makeReport(report) || stale || !send(report)) return;
@@ -80,17 +80,17 @@ class TypedService : public Service {
     record();
   }
 
-  // Any request but the one to enable. False: there is no such request.
+  // Handles any request except enable. False if there is no such request.
   virtual bool handleRequest(const Request& request) = 0;
-  // Whether periodic messages are wanted, and that they no longer are.
+  // Whether periodic messages are requested; and: stops them.
   virtual bool reporting() const = 0;
   virtual void stopReporting() = 0;
-  // Periodic messages begin; when the next one is due.
+  // Starts periodic messages; when the next one is due.
   virtual void startReports() = 0;
   virtual std::optional<Clock::time_point> reportDue() = 0;
-  // The next periodic message. False: there is nothing to tell this time.
+  // The next periodic message. False if there is nothing to send this time.
   virtual bool makeReport(Answer& report) = 0;
-  // The service's own part of a log line, with a blank in front, or nothing.
+  // The service's part of a log line, with a leading blank, or nothing.
   virtual std::string describe(const RequestData& data) const = 0;
   virtual std::string describe(const AnswerData& data) const = 0;
 
@@ -128,7 +128,7 @@ class TypedService : public Service {
     }
     mState.enabled = request.data().enable_msg().enable();
     if (!mState.enabled) stopReporting();
-    // After a disable the client may be gone already; nobody misses the answer then.
+    // After a disable the client may already be gone; then nobody needs the answer.
     sendStatus(Outcome::kSuccess);
   }
 
@@ -139,7 +139,7 @@ class TypedService : public Service {
     if (message.transaction_id() != 0) text += " txn=" + std::to_string(message.transaction_id());
     return text;
   }
-  // The names of events and statuses are found in the message's own package.
+  // The names of events and statuses are in the message's package.
   std::string requestText(const Request& request) const {
     std::string text = headText(request, ServiceEventId_Name(request.event_id()));
     const RequestData& data = request.data();

@@ -5,8 +5,8 @@
 
 namespace orbsim {
 
-// An eventfd that ends a poll() in another thread. wake() and drain() may meet in different
-// threads; close() may not meet either, its owner sees to that.
+// An eventfd that ends a poll() in another thread. Different threads may call wake() and drain() at
+// the same time. The owner must call close() when no other call runs.
 class WakeFd {
  public:
   WakeFd();

@@ -19,55 +19,55 @@ namespace orbsim {
 
 using Clock = std::chrono::steady_clock;
 
-// The device and its time, which all services of all sessions share: whoever reports at the same
-// moment tells the same. The model's time begins as the settings say and then goes with the clock.
-// Estimates are made at ticks, an interval apart; which tick is told is a matter of the model's
-// time, however late the thread that tells it runs. Owned by Control, used by any thread. `mLock`
-// guards everything; the hook for changes is called without it.
+// The device and its time, which all services of all sessions share, so that reports of the same
+// moment have the same values. The model's time begins as the settings say and then runs with the
+// clock. Estimates are made at ticks at a fixed interval. The model's time decides which tick is
+// reported, even if the reporting thread runs late. Owned by Control, used by any thread. `mLock`
+// guards everything; it is not held while the hook for changes is called.
 class World {
  public:
-  // How far back ticks are remembered.
+  // How long ticks are kept.
   static constexpr uint64_t kRemembered = 256;
 
   World(uint64_t seed, const ModelSettings& settings, Milliseconds interval);
 
-  // Before any thread: called when something that was not foreseen is due earlier.
+  // Set before any thread starts. Called when an unexpected event is due earlier.
   void setChanged(std::function<void()> changed) { mChanged = std::move(changed); }
 
-  // Before any thread: called once the model's time has begun.
+  // Set before any thread starts. Called when the model's time begins.
   void setBegun(std::function<void(Clock::time_point)> begun) { mOnBegun = std::move(begun); }
 
-  // What may begin the model's time, see Begin.
+  // Events that can begin the model's time, see Begin.
   void listening() { beginIf(Begin::kListening); }
   void connected() { beginIf(Begin::kConnected); }
   void wanted(uint32_t sdkType);
   bool begun() const;
-  // The model's time; nothing before it has begun.
+  // The model's time; empty before it begins.
   std::optional<Milliseconds> now() const;
 
-  // 0: no ticks but those that somebody asks for.
+  // 0: ticks only on request.
   void setInterval(Milliseconds interval);
-  // While paused nothing is due; the device moves on, and what happened meanwhile is not told.
+  // While paused, nothing is due. The device continues to move, and missed events are not reported.
   void setPaused(bool on);
   bool paused() const;
 
-  // Ticks. The number of the present one; 0 before the time has begun.
+  // Ticks. The number of the current tick; 0 before the time begins.
   uint64_t tick(Clock::time_point at) const;
-  // When that one, or the first one after it that is told, is due; nothing while none is.
+  // When that tick, or the first reported tick after it, is due; empty if none is.
   std::optional<Clock::time_point> tickDue(uint64_t& number) const;
-  // Of a tick that is due, or of the oldest one that is remembered.
+  // The estimate of a due tick, or of the oldest tick that is kept.
   Estimate estimate(uint64_t number);
-  // Of the present tick, or of a new one where none comes by itself.
+  // The estimate of the current tick, or of a new tick if there are no automatic ticks.
   Estimate present();
 
-  // Phases of handoffs, by number. The number from which a newcomer hears them: that of an entry.
+  // Phases of handoffs, by number. The first number for a new client: that of an entry.
   uint64_t nextHandoff();
   std::optional<Clock::time_point> phaseDue(uint64_t number);
-  // The first phase from `number` on that has happened, which `number` then is.
+  // The first phase from `number` on that has happened; sets `number` to its number.
   std::optional<HandoffPhase> phase(uint64_t& number);
 
-  // Orders, for a time of the model or for now. A handoff for now: empty, or why it cannot be. One
-  // for a time: its number, with which the same can be asked once that time has come.
+  // Orders, for a time of the model or for now. A handoff for now: empty, or the reason why it is
+  // impossible. A handoff for a time: its number, for the same question after that time.
   std::string orderHandoff(const HandoffOrder& order);
   uint64_t orderHandoff(const HandoffOrder& order, Milliseconds at);
   bool isPointless(uint64_t handoff);
@@ -75,7 +75,7 @@ class World {
   void orderLatency(const std::optional<Ramp>& ramp, std::optional<Milliseconds> at = {});
   void orderTechnology(const std::string& word, std::optional<Milliseconds> at = {});
 
-  // How things are, for people.
+  // The current state for people.
   struct View {
     std::string rat;
     bool handoff = false;
@@ -107,15 +107,15 @@ class World {
   Device mDevice;
   bool mBegun = false;
   bool mPaused = false;
-  std::set<uint32_t> mMissing;  // services that are not wanted yet
+  std::set<uint32_t> mMissing;  // services whose reports are not requested yet
   Clock::time_point mEpoch;
   int64_t mIntervalMs;
-  // Ticks are counted from this one on.
+  // Ticks are counted from here.
   uint64_t mBaseTick = 0;
   int64_t mBaseMs = 0;
-  uint64_t mFirstTick = 0;      // that is remembered
-  std::deque<Estimate> mTicks;  // from that one on
-  uint64_t mSilentTicks = 0;    // what is before these was never told
+  uint64_t mFirstTick = 0;      // that is kept
+  std::deque<Estimate> mTicks;  // from mFirstTick on
+  uint64_t mSilentTicks = 0;    // ticks before this one were never reported
   uint64_t mSilentPhases = 0;
 };
 
