@@ -10,29 +10,30 @@
 
 namespace orbsim {
 
-// A command of the program: each add...() below adds one to the command line, in a file of its own,
-// and gives what runs it once its options are read. The command line outlives it.
+// A command of the program. Each add...() below adds one to the command line and returns the
+// function that runs it after its options are read. Each is in its own file. The command line must
+// live longer.
 struct Command {
   CLI::App* app = nullptr;
   std::function<int()> run;
 };
 
-// What the program does without a command: play the daemon.
+// The program without a command: acts as the daemon.
 Command addServe(orbtool::CommandLine& line);
 Command addRelay(orbtool::CommandLine& line);
 
-// Play a scenario to a command.
+// Plays a scenario for a command.
 Command addRun(orbtool::CommandLine& line);
-// Look at scenarios without playing them.
+// Checks scenarios without playing them.
 Command addCheck(orbtool::CommandLine& line);
-// Give orders to a daemon that runs.
+// Gives orders to a running daemon stand-in.
 Command addCtl(orbtool::CommandLine& line);
 
-// For FILE of a scenario, behind its first words: what else it may be, by name.
+// The end of the help text for a scenario FILE: the names of ready scenarios.
 std::string orReadyScenario();
-// For --socket of all commands: where one can listen.
+// Checks a path for --socket of all commands.
 CLI::Validator placeToListen();
-// --trace, and --json that needs it.
+// Adds --trace, and --json, which needs it.
 void addTraceOptions(CLI::App& app, bool& trace, bool& json);
 
 }  // namespace orbsim

@@ -45,7 +45,7 @@ bool Daemon::start() {
   return true;
 }
 
-// False with the error when the daemon cannot listen.
+// False with the error if the daemon cannot listen.
 bool Daemon::openPlace() {
   std::vector<std::string> lines;
   bool listening = false;
@@ -69,7 +69,7 @@ bool Daemon::openPlace() {
   return listening;
 }
 
-// Nobody listens any more. After the accept thread.
+// Ends listening. Called after the end of the accept thread.
 void Daemon::closePlace() {
   const LockGuard place(mPlaceLock);
   clearPlace();
@@ -106,7 +106,7 @@ void Daemon::stop() {
   mWake.wake();
   mAcceptThread.join();
   closePlace();
-  // The accept thread is gone, so no session is added any more.
+  // The accept thread has ended, so no session is added any more.
   closeAll();
   std::vector<Entry> ended;
   {
@@ -143,7 +143,7 @@ void Daemon::acceptLoop() {
     if (::poll(fds, 2, -1) < 0) continue;
     if ((fds[0].revents & POLLIN) != 0) {
       mWake.drain();
-      continue;  // something changed: look at it before accepting
+      continue;  // a setting changed: check it before accepting
     }
     reapFinished();
     if (fds[1].revents != 0) acceptOne();
@@ -151,7 +151,7 @@ void Daemon::acceptLoop() {
 }
 
 void Daemon::acceptOne() {
-  // Under the lock, so that nothing is accepted once setAccepting(false) has returned; the
+  // Under the lock, so that no connection is accepted after setAccepting(false) has returned. The
   // listener does not block.
   UniqueLock lock(mLock);
   if (!mAccepting || mListenerKilled || mStopping) return;
@@ -177,8 +177,8 @@ void Daemon::acceptOne() {
   mSessions.push_back(std::move(entry));
 }
 
-// Without descriptors the pending connection stays pending: look again a little later instead of
-// asking for it all the time.
+// Without descriptors the connection stays pending: wait a short time, because polling would return
+// at once.
 void Daemon::pauseAccepting() {
   pollfd wake = {};
   wake.fd = mWake.fd();
@@ -186,7 +186,7 @@ void Daemon::pauseAccepting() {
   ::poll(&wake, 1, 20);
 }
 
-// Joins the threads of sessions that have ended; they have nothing left to do but return.
+// Joins the threads of ended sessions, which only have to return.
 void Daemon::reapFinished() {
   std::vector<Entry> ended;
   {

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The part of Daemon that looks at what happened and makes things happen; its life is in
-// Daemon.cpp.
+// The functions of Daemon for observation and actions. Start and stop are in Daemon.cpp.
 
 #include <sys/socket.h>
 
@@ -118,7 +117,8 @@ bool Daemon::refuseConnections() {
   return there;
 }
 
-// Refuses connections from here on; the accept thread, which may be polling it, closes it.
+// From now on connections are refused. The accept thread closes the descriptor, because it may be
+// polling it.
 void Daemon::silenceListener() {
   const LockGuard lock(mLock);
   if (mListenFd < 0 || mListenerKilled) return;
@@ -126,7 +126,7 @@ void Daemon::silenceListener() {
   ::shutdown(mListenFd, SHUT_RDWR);
 }
 
-// Between start() and stop(): whoever comes later has nothing to change.
+// True between start() and stop(); outside of that there is nothing to change.
 bool Daemon::serving() const {
   const LockGuard lock(mLock);
   return mRunning && !mStopping;
@@ -161,7 +161,7 @@ bool Daemon::reappear() {
 
 void Daemon::takeListener(int fd) {
   const LockGuard lock(mLock);
-  // The accept thread may be polling the old one still, so that one closes it.
+  // The accept thread may still poll the old descriptor, so that thread closes it.
   if (mListenFd >= 0) mRetiredFds.push_back(mListenFd);
   mListenFd = fd;
   mListenerKilled = false;
@@ -223,7 +223,7 @@ std::shared_ptr<Session> Daemon::find(uint32_t sessionId, bool establishedOnly) 
   return nullptr;
 }
 
-// Copies, so that no lock is held while something is done to them.
+// Copies, so that no lock is held while they are used.
 std::vector<std::shared_ptr<Session>> Daemon::sessions() const {
   const LockGuard lock(mLock);
   std::vector<std::shared_ptr<Session>> all;

@@ -10,10 +10,10 @@
 namespace orbsim {
 namespace {
 
-// Of phases for those who come late to their turn.
+// The number of kept phases, for sessions that read them late.
 constexpr size_t kRemembered = 512;
 
-// The dice of each part are its own, so that none depends on how often another one throws.
+// Each part has its own random numbers, so that no part depends on how many another part uses.
 enum Dice : uint64_t { kRadio, kLink, kLatency, kHandoffs };
 uint64_t diceOf(uint64_t seed, Dice part) { return seed + part * 0xD1B54A32D192ED03u; }
 
@@ -46,7 +46,7 @@ void Device::setStep(int64_t stepMs) {
 void Device::moveTo(int64_t now) {
   for (auto next = nextEvent(); next && *next <= now; next = nextEvent()) {
     mNow = std::max(mNow, *next);
-    // What was planned for a time happens before what was ordered for it.
+    // At the same time, planned phases happen before orders.
     if (!mPlan.empty() && mPlan.front().at <= *next) {
       const HandoffPhase phase = mPlan.front();
       mPlan.pop_front();
@@ -150,7 +150,7 @@ void Device::begin(const HandoffOrder& order, uint64_t number) {
   mPlan.assign(phases.begin(), phases.end());
 }
 
-// The one under way ends here; its client hears that.
+// Ends the current handoff and reports the end to clients.
 void Device::abandon() {
   HandoffPhase end = mPlan.empty() ? HandoffPhase{} : mPlan.back();
   mPlan.clear();

@@ -39,7 +39,7 @@ Blob Frame::blob() const {
 }
 
 void FrameReader::feed(const uint8_t* data, size_t size) {
-  // Consumed bytes are dropped here, once per read, instead of once per frame.
+  // Removes consumed bytes once per read instead of once per frame.
   if (mConsumed != 0) {
     mBytes.erase(mBytes.begin(), mBytes.begin() + static_cast<std::ptrdiff_t>(mConsumed));
     mConsumed = 0;

@@ -13,11 +13,11 @@ namespace {
 
 using Result = HandoffOrder::Result;
 
-// The technologies that the played device roams between.
+// The technologies of the modelled device.
 constexpr LliProto::LliRatType kRats[] = {LliProto::LLI_3GPP_LTE,    LliProto::LLI_3GPP_5G,
                                           LliProto::LLI_3GPP_WCDMA,  LliProto::LLI_3GPP_WLAN,
                                           LliProto::LLI_3GPP_CIWLAN, LliProto::LLI_3GPP2_EHRPD};
-// However short the interval of reports is.
+// A minimum, even if the interval of reports is very short.
 constexpr int64_t kMostImminent = 8;
 
 struct Handoff {
@@ -91,7 +91,7 @@ std::vector<HandoffPhase> HandoffModel::ordered(int64_t entry, int64_t stepMs,
   return phasesOf({source, target->rat, entry, step, notice, order.duration.count(), order.result});
 }
 
-// Neither where the device is nor what it tried last.
+// Not the current technology and not the last target.
 LliProto::LliRatType HandoffModel::otherRat(LliProto::LliRatType source) {
   for (;;) {
     const LliProto::LliRatType rat = kRats[mRandom.below(std::size(kRats))];

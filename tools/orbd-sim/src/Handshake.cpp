@@ -15,7 +15,7 @@ bool sendHandshakeRecord(int fd, int32_t type, uint32_t sessionId, const Handsha
   uint8_t record[8];
   std::memcpy(record, &type, sizeof(type));
   std::memcpy(record + sizeof(type), &sessionId, sizeof(sessionId));
-  // Before it is sent, so that its answer cannot be seen before it.
+  // Before it is sent, so that it is traced before its answer.
   if (tap) tap(Direction::kToClient, record, sizeof(record));
   ssize_t sent;
   do {

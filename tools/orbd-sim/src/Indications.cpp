@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// Messages that a service sends by itself, made of words.
+// Makes the messages that a service sends without a request, from words.
 
 #include <cerrno>
 #include <cstdlib>
@@ -18,7 +18,7 @@ namespace orbsim {
 
 namespace {
 
-// The fields of one indication, taken one after the other; what is left at the end is unknown.
+// Reads the fields of one indication one by one; remaining fields are unknown.
 class Fields {
  public:
   explicit Fields(std::map<std::string, std::string> fields) : mFields(std::move(fields)) {}
@@ -43,7 +43,7 @@ class Fields {
   uint32_t number32(const char* name, uint32_t otherwise) {
     return static_cast<uint32_t>(number(name, otherwise, std::numeric_limits<uint32_t>::max()));
   }
-  // One of the words, by its place.
+  // The index of the word in the list.
   template <size_t kCount>
   size_t choice(const char* name, const char* const (&words)[kCount]) {
     std::string text;
@@ -62,7 +62,7 @@ class Fields {
     wrong(name, text);
     return otherwise;
   }
-  // Empty when all fields were right and known.
+  // Empty if all fields were known and correct.
   std::string error() const {
     if (!mError.empty()) return mError;
     return mFields.empty() ? "" : "no such field: " + mFields.begin()->first;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int kMaxCriteria = 20;
 
-// A list is used as long as its count field says, so the two have to agree.
+// Receivers use the count field as the length of the list, so both must be equal.
 bool validCriteria(const LceProto::SetReportingCriteria& criteria) {
   return criteria.first_list_size() <= kMaxCriteria &&
          criteria.second_list_size() <= kMaxCriteria &&
@@ -18,7 +18,7 @@ bool validCriteria(const LceProto::SetReportingCriteria& criteria) {
          criteria.second_list_count() == static_cast<uint32_t>(criteria.second_list_size());
 }
 
-// A report of that estimate, or of none because no criteria are set.
+// A report with that estimate, or without one because no criteria are set.
 template <typename Report>
 void fillReport(const LinkEstimate* estimate, Report& report) {
   if (estimate == nullptr) {
@@ -109,7 +109,7 @@ void LceService::handleAction(const LceProto::ServiceMsg& request) {
       stopReporting();
       break;
     case LceProto::RESET:
-      // The estimate starts over; whether reports are running stays as it is.
+      // The estimate starts again; running reports continue.
       mSinceReset = 0;
       break;
     default:

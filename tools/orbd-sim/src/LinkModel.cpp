@@ -9,7 +9,7 @@
 namespace orbsim {
 namespace {
 
-// Offered uplink load in kbit/s; what the link cannot take queues up.
+// Offered uplink load in kbit/s; the part that the link cannot carry is queued.
 constexpr int64_t kOffered = 18000;
 constexpr int64_t kQueueRoom = 64000;
 

@@ -26,7 +26,7 @@ void LliService::handleRegister(const LliProto::ServiceMsg& request) {
   sendStatus(Outcome::kSuccess);
 }
 
-// Found before the model's time begins for this very service: then it is the first one.
+// mNext is set first, because wanted() can begin the model's time; so it is the first phase.
 void LliService::startReports() {
   mNext = mWorld.nextHandoff();
   mWorld.wanted(kSdkTypeLli);

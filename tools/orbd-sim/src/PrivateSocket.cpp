@@ -16,7 +16,7 @@ namespace orbsim {
 
 PrivateSocket::PrivateSocket(std::string path) : mPath(std::move(path)) {
   if (!mPath.empty()) return;
-  // A socket's path is short; that of a folder for temporary files may be too long for one.
+  // The path of a socket is limited; a TMPDIR can be too long.
   const char* const wanted = getenv("TMPDIR");
   if (wanted != nullptr && *wanted == '/' && makeIn(wanted)) return;
   makeIn("/tmp");

@@ -12,7 +12,7 @@
 namespace orbsim {
 namespace {
 
-// What may wait for a reader.
+// The maximum of bytes that wait for a reader.
 constexpr size_t kMaxBytes = size_t{64} << 20;
 
 sigset_t endingSignals() {
@@ -37,7 +37,7 @@ void waitForEnd() {
   int signal = 0;
   while (sigwait(&ending, &signal) != 0) {
   }
-  // Who sends a second one does not want to wait for the end.
+  // The sender of a second signal does not want to wait for the end.
   pthread_sigmask(SIG_UNBLOCK, &ending, nullptr);
 }
 
@@ -77,7 +77,7 @@ void Output::print(std::string line) {
   mChanged.notify_all();
 }
 
-// False when nobody will ever read it, which is no failure: nobody misses the rest.
+// False if the reader has exited. That is not an error.
 bool Output::writeLine(const std::string& line) {
   const size_t written = std::fwrite(line.data(), 1, line.size(), mStream);
   if (written == line.size() && std::fflush(mStream) == 0) return true;

@@ -17,17 +17,17 @@
 
 namespace orbsim {
 
-// From here on, and in threads that start later, SIGINT, SIGTERM and SIGHUP wait for waitForEnd().
-// A reader of the output that goes away does not take the program with it.
+// Blocks SIGINT, SIGTERM and SIGHUP for this thread and later threads; waitForEnd() receives them.
+// Also ignores SIGPIPE, so that the program continues if the reader of the output exits.
 void holdSignals();
-// Until one of them comes. The next one ends the program at once.
+// Waits for one of these signals. The next one ends the program at once.
 void waitForEnd();
 
-// What is printed on a stream, one line for each thing: text, or JSON Lines. Any thread may print
-// and none waits for the reader: a thread of its own writes, started by the first line, so after
-// holdSignals(). Of what a reader leaves lying for long, the newest is dropped and counted. The
-// sinks must not be used any more when the owner finishes or destroys it, which writes what is
-// left. `mLock` guards all but the form and the stream; it is not held while a line is written.
+// Prints lines on a stream: text or JSON Lines. Any thread may print, and no thread waits for the
+// reader: a separate thread writes. The first line starts it, so print after holdSignals(). If the
+// reader is too slow, the newest lines are dropped and counted. finish() and the destructor write
+// the remaining lines; the sinks must not be used after that. `mLock` guards everything except the
+// format and the stream; it is not held while a line is written.
 class Output {
  public:
   explicit Output(bool json, std::FILE* stream = stdout) : mJson(json), mStream(stream) {}
@@ -37,7 +37,7 @@ class Output {
 
   std::function<void(const std::string&)> log();
   TraceSink trace();
-  // The first error of writing, 0 when there was none. A reader that goes away is none.
+  // The first write error, or 0. An exited reader is not an error.
   int finish();
 
  private:
@@ -52,9 +52,9 @@ class Output {
   std::condition_variable mChanged;
   std::deque<std::string> mLines;
   size_t mBytes = 0;      // of the lines
-  uint64_t mDropped = 0;  // not told yet
+  uint64_t mDropped = 0;  // not reported yet
   bool mEnding = false;
-  int mError = 0;  // the writing thread's, and the owner's after its end
+  int mError = 0;  // used by the writing thread, and by the owner after its end
   std::thread mThread;
 };
 

@@ -16,7 +16,7 @@ namespace orbsim {
 namespace {
 
 constexpr size_t kDaemonRecordSize = 8;
-// No request is answered by an event of this number.
+// An event number that answers no request.
 constexpr uint64_t kNoAnswer = ~uint64_t{0};
 
 template <typename Message>
@@ -34,7 +34,7 @@ bool readKey(Direction direction, const Blob& blob, MessageKey& key) {
                                            : readKey<Answer>(blob, key);
 }
 
-// The event that answers a request when all goes well.
+// The event of the normal answer to a request.
 uint64_t answerTo(const MessageKey& request) {
   switch (request.sdkType) {
     case kSdkTypeLce:
@@ -54,7 +54,7 @@ uint64_t answerTo(const MessageKey& request) {
   }
 }
 
-// Puts one connection's events in order.
+// Sorts the events of one connection.
 class Reader {
  public:
   explicit Reader(RecordedConnection& connection) : mConnection(connection) {
@@ -89,7 +89,7 @@ class Reader {
   }
 
  private:
-  // Takes the bytes of a handshake record off the front, once they are all there.
+  // Removes the bytes of a handshake record from the front when all of them are there.
   static bool takeRecord(Blob& bytes, size_t size, Blob& record) {
     if (bytes.size() < size) return false;
     const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(size);
@@ -147,7 +147,7 @@ class Reader {
       addAnswer(frame, event.time);
   }
 
-  // An answer belongs to the oldest request that waits for one of its kind, anything else to the
+  // An answer belongs to the oldest waiting request of its kind; every other message belongs to the
   // latest request.
   void addAnswer(const Frame& frame, std::chrono::microseconds time) {
     const MessageKey key = keyOf(frame, Direction::kToClient);
@@ -169,7 +169,7 @@ class Reader {
     mConnection.requests[owner].steps.push_back(std::move(step));
   }
 
-  // What is left over of a frame was cut off by the end.
+  // Remaining bytes are a frame that was cut off by the end.
   void endAt(std::chrono::microseconds time) {
     RecordedStep step;
     step.after = time - mTimes.back();
@@ -222,7 +222,7 @@ std::string nameOf(const Frame& frame) {
          (event.name.empty() ? std::to_string(event.number) : event.name);
 }
 
-// Of the three services LCE alone tells its answers apart.
+// Only LCE has different events for its answers.
 Frame withTransaction(const Frame& frame, uint64_t transaction) {
   LceProto::ClientMsg message;
   const Blob blob = frame.blob();

@@ -20,7 +20,7 @@ constexpr char kFormat[] = "orbd-sim-recording";
 constexpr int kVersion = 1;
 constexpr const char* kKinds[] = {"open", "bytes", "end", "closed"};
 constexpr const char* kDirections[] = {"to-daemon", "to-client"};
-// Ten years, in seconds: far from what microseconds can count.
+// Ten years in seconds: far below the limit of microseconds.
 constexpr double kMaxTime = 10 * 366 * 86400.0;
 
 template <size_t kCount>
@@ -46,7 +46,7 @@ bool bytesOf(const std::string& hex, Blob& bytes) {
   return true;
 }
 
-// The reason when a line is no event; empty when it is one.
+// The reason why a line is not an event; empty if it is one.
 std::string readEvent(const Json& object, RecordedEvent& event) {
   const double time = object.at("time").get<double>();
   if (!(time >= 0 && time <= kMaxTime)) return "a time out of range";
@@ -117,7 +117,7 @@ bool readRecording(const std::string& path, std::vector<RecordedEvent>& events,
   size_t number = 0;
   std::string line, reason;
   while (reason.empty() && std::getline(file, line)) {
-    const bool cut = file.eof();  // without the end of a line
+    const bool cut = file.eof();  // the line has no end
     const Json object = Json::parse(line, nullptr, /*allow_exceptions=*/false);
     if (cut && object.is_discarded() && number > 0) break;
     ++number;

@@ -19,7 +19,7 @@ namespace orbsim {
 namespace {
 
 constexpr int kBacklog = 16;
-// Where nothing tells that it is time to try again.
+// The interval to try again, when no event shows the right time.
 constexpr int kRetryMilliseconds = 20;
 
 }  // namespace
@@ -72,7 +72,7 @@ void Relay::logPlace() {
   for (const std::string& line : mPlace.takeLines()) log(line);
 }
 
-// The listener, the wake-up, then client and daemon of each connection.
+// The order: listener, wake-up, then client and daemon of each connection.
 std::vector<pollfd> Relay::pollSet() const {
   std::vector<pollfd> set(2 + 2 * mConnections.size());
   set[0] = {mNoDescriptors ? -1 : mListenFd, POLLIN, 0};

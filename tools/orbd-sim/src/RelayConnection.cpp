@@ -18,7 +18,7 @@ constexpr size_t kPiece = 64 * 1024;
 
 bool wouldBlock(int error) { return error == EAGAIN || error == EWOULDBLOCK || error == EINTR; }
 
-// Both of its directions are over: its peer has closed it.
+// The peer has closed the connection: both directions have ended.
 bool hungUp(int fd) {
   pollfd state = {fd, 0, 0};
   return ::poll(&state, 1, 0) > 0 && (state.revents & (POLLHUP | POLLERR)) != 0;
@@ -45,8 +45,8 @@ RelayConnection::~RelayConnection() {
   if (mDaemonFd >= 0) ::close(mDaemonFd);
 }
 
-// A daemon whose backlog is full takes the connection some time later: addTo() does not wait for
-// that, as nothing tells it.
+// If the backlog of the daemon is full, it accepts the connection later. addTo() does not wait for
+// that, because it cannot be polled.
 void RelayConnection::connectDaemon() {
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (fd >= 0 && orbtool::SocketAddress(mOptions.daemonPath).connect(fd) == 0) {
@@ -79,14 +79,14 @@ void RelayConnection::addTo(pollfd& client, pollfd& daemon) const {
   client = daemon = {-1, 0, 0};
   if (mFinished) return;
   if (mDaemonFd < 0) {
-    client.fd = mClientFd;  // only whether it goes
+    client.fd = mClientFd;  // only to notice the disconnection
     return;
   }
   client.events = wanted(mClientFd);
   daemon.events = wanted(mDaemonFd);
-  // That the peer is gone is told without being asked for: where something of it is still held up
-  // it must not be waited for, or the poll would spin; where it has said all, it is what is waited
-  // for.
+  // poll always reports a disconnected peer. If its data are still blocked, it must not be polled,
+  // or the poll would return at once again and again. If all its data were read, the disconnection
+  // is the event to wait for.
   if (client.events != 0 || (over(mUp) && !mDown.done)) client.fd = mClientFd;
   if (daemon.events != 0 || (over(mDown) && !mUp.done)) daemon.fd = mDaemonFd;
 }
@@ -128,7 +128,7 @@ void RelayConnection::read(Pipe& pipe) {
     tell(pipe, bytes);
     return;
   }
-  // A reset is an end as well: what came before it has been read.
+  // A reset is also an end; data before it were already read.
   pipe.ended = true;
   record(RecordedEvent::Kind::kEnd, pipe.direction, {});
   if (mTracer) mTracer->end(pipe.direction);
@@ -153,14 +153,14 @@ void RelayConnection::write(Pipe& pipe) {
   passEnd(pipe);
 }
 
-// The other side learns of an end when it has all that came before.
+// The other side gets the end after all data before it.
 void RelayConnection::passEnd(Pipe& pipe) {
   if (pipe.done || !pipe.ended || !pipe.pending.empty()) return;
   pipe.done = true;
   ::shutdown(target(pipe), SHUT_WR);
 }
 
-// Nobody takes what comes in this direction any more: who sends it is to see that at once.
+// Nobody receives data of this direction any more; the sender must notice this at once.
 void RelayConnection::breakOff(Pipe& pipe) {
   if (pipe.done) return;
   pipe.done = true;

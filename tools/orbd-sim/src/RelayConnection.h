@@ -13,37 +13,37 @@
 
 namespace orbsim {
 
-// One application's connection and the one to the daemon that belongs to it. Owned and used by the
+// One application's connection and the related connection to the daemon. Owned and used by the
 // relay's thread; nothing here blocks.
 class RelayConnection {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // Takes the descriptor of the accepted connection.
+  // Takes over the descriptor of the accepted connection.
   RelayConnection(int clientFd, uint32_t number, const RelayOptions& options,
                   Clock::time_point start);
   ~RelayConnection();
   RelayConnection(const RelayConnection&) = delete;
   RelayConnection& operator=(const RelayConnection&) = delete;
 
-  // What to wait for, client and daemon; -1 as the descriptor for nothing.
+  // The descriptors to poll, for client and daemon; -1 if nothing is to be polled.
   void addTo(pollfd& client, pollfd& daemon) const;
-  // Whether a connection to the daemon has to be tried again, for which nothing can be waited.
+  // Whether the connection to the daemon must be tried again, which cannot be polled for.
   bool connecting() const { return !mFinished && mDaemonFd < 0; }
   void handle(short clientEvents, short daemonEvents);
   bool finished() const { return mFinished; }
 
  private:
-  // Bytes on their way in one direction.
+  // The data of one direction.
   struct Pipe {
     explicit Pipe(Direction way) : direction(way) {}
 
     const Direction direction;
     Blob pending;       // read and not written yet
-    size_t offset = 0;  // written part of it
+    size_t offset = 0;  // number of written bytes of it
     uint64_t total = 0;
-    bool ended = false;  // nothing more comes
-    bool done = false;   // and that is passed on, or nothing can be
+    bool ended = false;  // no more data comes
+    bool done = false;   // and the end is passed on, or cannot be
   };
 
   static bool over(const Pipe& pipe) { return pipe.ended || pipe.done; }  // is not read any more

@@ -15,7 +15,7 @@
 namespace orbsim {
 namespace {
 
-// Says nothing until the client goes.
+// Sends nothing until the client disconnects.
 void waitForHangUp(int fd) {
   pollfd hangUp = {fd, POLLRDHUP, 0};
   while (::poll(&hangUp, 1, -1) < 0 && errno == EINTR) {
@@ -51,8 +51,8 @@ RecordedConnection* Replay::take() {
   return nullptr;
 }
 
-// The connection that was taken before its client had said who it is, or instead of it one that is
-// that client's.
+// The connection that was selected before the client's endpoint was known, or another one for that
+// endpoint.
 RecordedConnection* Replay::takeOf(uint64_t endpoint, RecordedConnection* instead) {
   if (instead->endpoint == endpoint) return instead;
   const std::lock_guard<std::mutex> lock(mLock);
@@ -89,14 +89,14 @@ bool Replay::shakeHands(Session& session) {
     const std::lock_guard<std::mutex> lock(mLock);
     mPlayers[session.id()] = player;
   }
-  // The end may come without a request; frames wait for the first one.
+  // The end can come without a request; frames wait for the first request.
   for (const RecordedStep& step : player.recorded->requests.front().steps) {
     if (step.end) schedule(session.id(), dueAfter(step, player, 0));
   }
   return true;
 }
 
-// A handshake that came to nothing comes to nothing again.
+// Repeats an incomplete handshake.
 bool Replay::playAsItWas(Session& session, const RecordedConnection& recorded) {
   const Blob& records = recorded.records;
   session.log("the recorded handshake was not completed");
@@ -116,7 +116,7 @@ Replay::Due Replay::dueAfter(const RecordedStep& step, const Player& player,
   due.end = step.end;
   if (step.frame) {
     Frame frame = step.takesTransaction ? withTransaction(*step.frame, transaction) : *step.frame;
-    // As it was said to the recorded client, so it is to this one.
+    // Sends the same bytes as to the recorded client.
     if (frame.header.sessionId == player.recorded->session) frame.header.sessionId = player.session;
     if (frame.header.destination == player.recorded->endpoint)
       frame.header.destination = player.endpoint;
@@ -165,7 +165,7 @@ void Replay::schedule(uint32_t session, Due due) {
   mChanged.notify_all();
 }
 
-// Sends what is due, one thing after another.
+// Sends due messages one after the other.
 void Replay::run() {
   std::unique_lock<std::mutex> lock(mLock);
   while (!mStopping) {

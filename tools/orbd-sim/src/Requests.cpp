@@ -100,7 +100,7 @@ void lliWords(const LliProto::ServiceMsg& request, RequestWords& words) {
   }
 }
 
-// The name of an answer to the criteria of LCE, as its error field has it; null for a status.
+// The enumerator of LCE's error field for an answer to the criteria; null for a status.
 const char* criteriaError(const Refusal& refusal) {
   if (refusal.sdkType != kSdkTypeLce || refusal.request != kSetCriteria) return nullptr;
   if (refusal.with == "TYPE_MISMATCH") return "REPORTING_CRITERIA_TYPE_MISMATCH";
@@ -120,7 +120,7 @@ Blob statusBlob(int status) {
 
 }  // namespace
 
-// All services have the same statuses under the same numbers.
+// All services have the same statuses with the same numbers.
 Blob statusMessage(uint32_t sdkType, const std::string& word) {
   LceProto::Status status = LceProto::INVALID;
   if (!LceProto::Status_Parse(word, &status)) return {};

@@ -15,10 +15,10 @@
 namespace orbsim {
 namespace {
 
-// Nothing else here uses it.
+// No other code here uses this signal.
 constexpr int kAskToEnd = SIGALRM;
-constexpr time_t kPatience = 10;   // seconds, for a command that was asked to end
-constexpr int kStatusUnknown = 1;  // of a command whose status somebody else has taken
+constexpr time_t kPatience = 10;   // seconds to wait after SIGTERM
+constexpr int kStatusUnknown = 1;  // if another wait() took the status of the command
 
 sigset_t endingSignals() {
   sigset_t set;
@@ -51,7 +51,7 @@ void RunProcess::prepare() {
   const sigset_t held = heldSignals();
   pthread_sigmask(SIG_BLOCK, &held, nullptr);
   signal(SIGPIPE, SIG_IGN);
-  // Where it was ignored, children would leave no status, and nothing would wake the waiting.
+  // If SIGCHLD were ignored, children would leave no status and the wait would not end.
   signal(SIGCHLD, SIG_DFL);
 }
 
@@ -106,7 +106,7 @@ int RunProcess::wait(const std::function<void(int signal)>& pass) {
       return 128 + signal;
     }
     passed = true;
-    // What a terminal sends has come to the child as well.
+    // The terminal has also sent the signal to the child.
     if (information.si_code != SI_KERNEL) pass(signal);
   }
 }

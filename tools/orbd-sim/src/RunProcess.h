@@ -11,30 +11,30 @@
 
 namespace orbsim {
 
-// The child process of `orbd-sim run` and the signals that concern both. prepare() before threads
-// are made, so that signals wait for wait(); all of it is the main thread's.
+// The child process of `orbd-sim run`, and the signals for both. Call prepare() before threads are
+// created, so that wait() receives the signals. Used by the main thread.
 class RunProcess {
  public:
-  // Until this is called a signal ends the program.
+  // Before this call, a signal ends the program.
   static void prepare();
 
-  // As shells have it: 127 when there is no such command, 126 when it cannot be run; 0 when it
-  // runs. With `sheltered` the signals that end others do not end it: its parent tells it in
-  // another way.
+  // Returns 127 if there is no such command, 126 if it cannot be run, like shells; 0 if it runs.
+  // With `sheltered`, signals that end other programs do not end the child: its parent passes them
+  // in another way.
   int start(const std::vector<std::string>& command, const std::vector<std::string>& environment,
             bool sheltered);
 
-  // Waits for the child's end; its status as shells have it, 128 and the signal's number for one
-  // that was killed. `pass` is told the first signal that came to this process and not to the child
-  // as well; a second one kills the child and ends this at once. After askToEnd() a child that ends
-  // by SIGTERM has ended well, and one that does not end is killed after a while.
+  // Waits for the end of the child. Returns its status like shells: 128 plus the number of the
+  // signal that killed it. `pass` gets the first signal that came to this process but not to the
+  // child. A second signal kills the child and ends the wait at once. After askToEnd(), a child
+  // that SIGTERM ends has ended normally, and a child that does not end is killed after some time.
   int wait(const std::function<void(int signal)>& pass);
-  // From any thread.
+  // Any thread may call it.
   static void askToEnd();
   void kill(int signal) const;
 
   bool started() const { return mChild > 0; }
-  // Whether a second signal cut the waiting short.
+  // Whether a second signal ended the wait early.
   bool cutShort() const { return mCutShort; }
 
  private:

@@ -43,7 +43,7 @@ Session::Session(int fd, uint32_t id, Control& control)
       mFd(fd) {}
 
 Session::~Session() {
-  if (mFd >= 0) ::close(mFd);  // only when run() never ran
+  if (mFd >= 0) ::close(mFd);  // only if run() was never called
 }
 
 void Session::run() {
@@ -58,12 +58,12 @@ void Session::run() {
   finish();
 }
 
-// The descriptor stays open until finish(), which this same thread calls, so it is used here
-// without the lock: a close() from outside only shuts the socket down.
+// The descriptor stays open until finish(), which this thread calls, so it is used here without the
+// lock. A close() from another thread only shuts the socket down.
 bool Session::handshake() {
   const SessionHandshake handshake = mControl.handshake();
   const bool done = handshake ? handshake(*this) : shakeHands();
-  if (mTracer) mTracer->skipHandshake();  // a script may have done it where nobody sees
+  if (mTracer) mTracer->skipHandshake();  // a script may do the handshake without the tap
   return done;
 }
 
@@ -92,14 +92,14 @@ void Session::serve() {
   }
 }
 
-// Waits until there is something to do and tells what the socket is ready for. False at the end.
+// Waits for an event and returns the readiness of the socket. False at the end.
 bool Session::waitForWork(short& events) {
   const bool reading = mControl.reading();
   pollfd fds[2] = {};
   fds[0].fd = mWake.fd();
   fds[0].events = POLLIN;
-  // Hang-up is reported whether asked for or not: a dead socket that is not to be read is left out,
-  // or the poll would spin.
+  // poll always reports a hang-up. A disconnected socket that is not read must not be polled, or
+  // the poll would return at once again and again.
   fds[1].fd = (mPeerGone && !reading) ? -1 : mFd;
   if (reading) fds[1].events = POLLIN;
   if (queuedBytes() > 0) fds[1].events = static_cast<short>(fds[1].events | POLLOUT);
@@ -141,7 +141,8 @@ bool Session::handleInput() {
 void Session::handleFrame(const Frame& frame) {
   mClientSpoke = true;
   if (endpoint() == 0) mEndpoint.store(frame.header.source);
-  // Before it is recorded: whoever has seen the request changes settings for the next one.
+  // Before it is recorded, because a test that has seen the request may change settings for the
+  // next one.
   const std::optional<Refusal> refusal = decideOn(frame);
   mControl.recorder().frame(frame);
   if (mControl.options().onFrame) mControl.options().onFrame(frame);
@@ -211,7 +212,7 @@ bool Session::enqueue(Blob bytes) {
   if (mTracer) mTracer->take(Direction::kToClient, bytes.data(), bytes.size());
   mQueuedBytes += bytes.size();
   mQueue.push_back(std::move(bytes));
-  if (mQueue.size() > 1) return true;  // the session's thread is waiting for room already
+  if (mQueue.size() > 1) return true;  // the session's thread already waits for space
   if (!flushLocked()) return false;
   if (mQueuedBytes > 0) mWake.wake();
   return true;
@@ -222,8 +223,8 @@ void Session::flush() {
   flushLocked();
 }
 
-// Writes as much of the queue as the socket takes. False when the client has gone; the session's
-// thread finds the end by itself, once it has read what the client sent before it went.
+// Writes as much of the queue as the socket accepts. False if the client has disconnected; the
+// session's thread notices the end after it has read the client's last data.
 bool Session::flushLocked() {
   while (!mQueue.empty()) {
     const Blob& front = mQueue.front();
@@ -285,7 +286,7 @@ void Session::wake() {
   if (mFd >= 0) mWake.wake();
 }
 
-// Services act on their own only towards a client that has spoken.
+// Services send messages without a request only after the client's first frame.
 void Session::runDueServices() {
   sendLate();
   if (!mClientSpoke) return;
@@ -308,7 +309,7 @@ int Session::pollTimeout() const {
   if (!earliest) return -1;
   const Clock::time_point now = Clock::now();
   if (*earliest <= now) return 0;
-  // Rounded up, so that the poll does not wake just before the time and spin.
+  // Rounded up, so that the poll does not wake up just before the time again and again.
   const auto wait = std::chrono::ceil<std::chrono::milliseconds>(*earliest - now);
   return static_cast<int>(std::min<int64_t>(wait.count(), 60000));
 }

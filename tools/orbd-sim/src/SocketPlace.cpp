@@ -19,8 +19,8 @@ using orbtool::SocketAddress;
 
 constexpr size_t kMaxPath = SocketAddress::kMaxPath;
 
-// What a connection to the socket comes to: 0 when it is taken or at least queued, as somebody is
-// at home then; otherwise errno.
+// The result of connecting to the socket: 0 if the connection is accepted or queued, because then a
+// process listens; otherwise errno.
 int connectError(const SocketAddress& address) {
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (fd < 0) return errno;
@@ -54,8 +54,7 @@ int SocketPlace::open(int backlog) {
   return fd;
 }
 
-// A missing directory elsewhere is a mistake in the path: made on the way, it would stay and be in
-// somebody's way.
+// Another missing directory is a mistake in the path. If it were created, it would stay there.
 bool SocketPlace::makeDirectory() {
   if (mPath != kSocketPath) return true;
   if (::mkdir(kSocketDirectory, 0755) != 0) {
@@ -65,18 +64,18 @@ bool SocketPlace::makeDirectory() {
   }
   mMadeDirectory = true;
   mLines.push_back(std::string("made ") + kSocketDirectory);
-  // Whatever the umask says, applications of every user connect.
+  // Independent of the umask, applications of every user must be able to connect.
   return ::chmod(kSocketDirectory, 0755) == 0 || fail(std::strerror(errno));
 }
 
-// Takes away what is left of a server that has ended without doing so itself.
+// Removes the socket of a server that ended without removing it.
 bool SocketPlace::clear() {
   struct stat status = {};
-  if (::lstat(mPath.c_str(), &status) != 0) return true;  // bind() will tell
+  if (::lstat(mPath.c_str(), &status) != 0) return true;  // bind() reports the error
   if (!S_ISSOCK(status.st_mode)) return fail("it exists and is no socket");
   const int error = connectError(SocketAddress(mPath));
   if (error == 0) return fail("somebody listens there already");
-  // Whether anybody is at home, only a refusal tells.
+  // Only a refusal shows that no process listens.
   if (error != ECONNREFUSED)
     return fail(std::string("cannot test whether the existing socket is in use: ") +
                 std::strerror(error));
@@ -99,10 +98,10 @@ int SocketPlace::bind() {
     fail(std::strerror(errno));
     return -1;
   }
-  // The path never has another mode than its own.
+  // The path must never have another mode.
   ::fchmod(fd, mMode);
   const bool bound = SocketAddress(mPath).bind(fd) == 0;
-  // Whatever the umask says.
+  // Independent of the umask.
   if (bound && ::chmod(mPath.c_str(), mMode) == 0) return fd;
   fail(std::strerror(errno));
   if (bound) removeSocket();

@@ -8,10 +8,10 @@
 namespace orbsim {
 namespace {
 
-// In the order of LliRatType. The latency service knows three technologies and no "none". What it
-// cannot express reads as the nearest: a technology of the third generation or older as WCDMA, a
-// network of the user's own, whose latencies are as short, as NR5G, and what runs over a cellular
-// link as LTE, which that link usually is. The latencies themselves are those of the technology.
+// In the order of LliRatType. The latency service has three technologies and no "none". Other
+// technologies use the nearest name: third generation and older use WCDMA; a WLAN, which has
+// similarly short latencies, uses NR5G; a WLAN over a cellular link uses LTE, which that link
+// usually is. The latencies are those of the technology itself.
 constexpr Technology kTechnologies[] = {
     {LliProto::NULL_BEARER, "none", LleProto::WCDMA, 0, 0, {200000, 800000}, {200000, 800000}},
     {LliProto::LLI_3GPP_WCDMA,

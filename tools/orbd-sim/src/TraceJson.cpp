@@ -12,7 +12,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Universal time, to the microsecond.
+// UTC with microseconds.
 std::string timeText(std::chrono::system_clock::time_point time) {
   using namespace std::chrono;
   const std::time_t seconds = system_clock::to_time_t(floor<std::chrono::seconds>(time));
@@ -80,7 +80,7 @@ void addFrame(const TraceItem& item, Json& object) {
   }
 }
 
-// One line whatever is in it: bytes that are no UTF-8 become U+FFFD, and all but printable ASCII is
+// Always one line: bytes that are not UTF-8 become U+FFFD, and everything except printable ASCII is
 // escaped.
 std::string lineOf(const Json& object) {
   return object.dump(-1, ' ', /*ensure_ascii=*/true, Json::error_handler_t::replace);

@@ -17,13 +17,13 @@ using google::protobuf::internal::WireFormatLite;
 using google::protobuf::io::CodedInputStream;
 using WireType = WireFormatLite::WireType;
 
-// Reads one message, and those within it, out of its bytes. The tables end at a few levels, so the
-// depth of the calls is bounded, and so is that of groups.
+// Decodes one message and its submessages. The tables have only a few levels, so the recursion
+// depth is bounded, also for groups.
 class Decoder {
  public:
   Decoder(CodedInputStream& input, std::string& reason) : mInput(input), mReason(reason) {}
 
-  // `path` is what the message is called in a reason.
+  // `path` is the name of the message in a reason.
   bool read(const MessageTable& table, const std::string& path, TraceMessage& message) {
     bool whole = true;
     while (whole && mInput.BytesUntilLimit() > 0) {
@@ -85,7 +85,7 @@ class Decoder {
                  fields.end());
   }
 
-  // The field of that number in the message, new or of before.
+  // The field of that number in the message; it is added if it does not exist.
   static TraceField& entry(const FieldTable& field, TraceMessage& message) {
     for (TraceField& each : message.fields) {
       if (each.number == field.number && *each.name != '\0') return each;
@@ -96,7 +96,7 @@ class Decoder {
 
   bool readKnown(const FieldTable& field, const std::string& path, TraceMessage& message) {
     if (field.type == TraceType::kMessage) {
-      // Messages of one field are merged.
+      // Several messages of one field are merged.
       TraceField& target = entry(field, message);
       if (target.values.empty()) target.values.emplace_back(TraceMessage{});
       return readMember(field, path, std::get<TraceMessage>(target.values.front()));
@@ -168,7 +168,7 @@ class Decoder {
     }
   }
 
-  // A length that there is room for.
+  // A length that fits into the rest of the data.
   bool readLength(uint32_t& length) {
     return mInput.ReadVarint32(&length) &&
            length <= static_cast<uint32_t>(mInput.BytesUntilLimit());
@@ -179,7 +179,7 @@ class Decoder {
     return readLength(length) && mInput.ReadString(&bytes, static_cast<int>(length));
   }
 
-  // What a reader makes of a number: the low bits as many as its type has.
+  // The value for a receiver: only as many low bits as its type has.
   static TraceValue numberOf(const FieldTable& field, uint64_t number) {
     switch (field.type) {
       case TraceType::kBool:

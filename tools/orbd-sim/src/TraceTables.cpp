@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The fields of all messages in proto/, once more: the generated code can tell the names of
-// enumerators, but neither those of fields nor their numbers.
+// The fields of all messages in proto/ a second time, because the generated code has the names of
+// enumerators, but not the names and numbers of fields.
 
 #include "TraceTables.h"
 
@@ -55,7 +55,7 @@ constexpr FieldTable enumeration(uint32_t number, const char* name) {
 // A message without fields.
 constexpr MessageTable nothing(const char* name) { return {name, nullptr, 0}; }
 
-// Every service has these two.
+// Every service has these two messages.
 constexpr FieldTable kEnableService[] = {flag(1, "enable")};
 constexpr MessageTable kEnable = table("EnableService", kEnableService);
 constexpr MessageTable kGetLast = nothing("GetLastEstimationReport");
@@ -87,7 +87,7 @@ constexpr MessageTable kService = table("ServiceMsg", kServiceFields);
 
 constexpr FieldTable kStatusFields[] = {ORB_ENUMERATION(1, "status", LceProto, Status)};
 constexpr MessageTable kStatus = table("StatusInd", kStatusFields);
-// The two reports are alike.
+// Both reports have the same fields.
 constexpr FieldTable kReportFields[] = {
     number32(1, "rate"),
     ORB_ENUMERATION(2, "confidence_level", LceProto, ConfidenceLevel),
@@ -134,7 +134,7 @@ constexpr MessageTable kService = table("ServiceMsg", kServiceFields);
 
 constexpr FieldTable kStatusFields[] = {ORB_ENUMERATION(1, "status", LleProto, Status)};
 constexpr MessageTable kStatus = table("StatusInd", kStatusFields);
-// The two reports are alike.
+// Both reports have the same fields.
 constexpr FieldTable kReportFields[] = {
     flag(1, "status"),
     number32(2, "ul_report_status"),

@@ -11,7 +11,7 @@
 
 namespace orbsim {
 
-// What there is to know of the messages in proto/: constant tables, for any thread.
+// Data about the messages in proto/: constant tables, for any thread.
 enum class TraceType { kBool, kUint32, kUint64, kEnum, kString, kMessage };
 
 struct MessageTable;
@@ -21,21 +21,22 @@ struct FieldTable {
   const char* name;
   TraceType type;
   bool repeated = false;
-  const MessageTable* message = nullptr;                   // of kMessage
-  const std::string& (*enumerator)(int number) = nullptr;  // of kEnum; empty when it has no name
+  const MessageTable* message = nullptr;  // for kMessage
+  const std::string& (*enumerator)(int number) =
+      nullptr;  // for kEnum; empty text if it has no name
 };
 
 struct MessageTable {
   const char* name;
-  const FieldTable* fields;  // in the order of the numbers
+  const FieldTable* fields;  // in the order of field numbers
   size_t count;
-  bool oneof = false;  // its fields exclude each other
+  bool oneof = false;  // at most one of its fields is set
 
   const FieldTable* begin() const { return fields; }
   const FieldTable* end() const { return fields + count; }
 };
 
-// The message that a service takes or sends; null for a service that there is no table of.
+// The message that a service receives or sends; null for a service without a table.
 const MessageTable* traceTable(uint32_t sdkType, Direction direction);
 
 }  // namespace orbsim

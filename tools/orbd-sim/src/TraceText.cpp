@@ -12,7 +12,7 @@
 namespace orbsim {
 namespace {
 
-// Of more bytes than these, a line of text shows the first.
+// A line of text shows at most this number of bytes.
 constexpr size_t kShownBytes = 256;
 
 std::string timeText(std::chrono::system_clock::time_point time) {
@@ -72,7 +72,7 @@ struct ValueText {
   }
 };
 
-// As people write protocol buffers: "name: value" and "name { ... }".
+// In the text format of protocol buffers: "name: value" and "name { ... }".
 std::string fieldsText(const TraceMessage& message) {
   std::string text;
   for (const TraceField& field : message.fields) {
@@ -91,7 +91,7 @@ std::string frameText(const TraceItem& item) {
   const Header& header = item.header;
   const bool toDaemon = item.direction == Direction::kToDaemon;
   std::string text = " message " + std::to_string(header.messageId);
-  // What a well-formed frame has always alike is worth a word only when it is not.
+  // Values that are the same in every correct frame are shown only if they are different.
   const uint64_t other = toDaemon ? header.destination : header.source;
   if (other != kDaemonProcessId)
     text += (toDaemon ? " destination " : " source ") + std::to_string(other);

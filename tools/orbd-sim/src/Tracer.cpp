@@ -36,9 +36,9 @@ void keepUndecoded(TraceItem& item, std::string reason, Blob bytes) {
   item.bytes = std::move(bytes);
 }
 
-// Fills in what the payload of a frame is.
+// Decodes the payload of a frame.
 void decodePayload(TraceItem& item, const Blob& payload) {
-  // The upper half of the word does not count.
+  // The upper half of the word is ignored.
   if (static_cast<uint32_t>(item.header.messageId) != kSendBlobMessageId) {
     keepUndecoded(item, "no such message", payload);
   } else if (payload.size() < sizeof(uint32_t)) {
@@ -65,7 +65,8 @@ void Tracer::take(Direction direction, const uint8_t* data, size_t size) {
   }
 }
 
-// Whoever finds nobody at it tells all that there is, also what others take meanwhile.
+// If no thread is passing items, this thread passes all items, also those that other threads add
+// meanwhile.
 void Tracer::tell() {
   std::unique_lock<std::mutex> lock(mLock);
   if (mTelling) return;

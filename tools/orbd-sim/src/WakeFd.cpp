@@ -19,7 +19,7 @@ void WakeFd::close() {
 
 void WakeFd::wake() {
   const uint64_t one = 1;
-  // Fails only when the count is at its maximum, and then the poller is awake anyway.
+  // It fails only if the counter is at its maximum, and then the poller wakes up anyway.
   (void)!::write(mFd, &one, sizeof(one));
 }
 

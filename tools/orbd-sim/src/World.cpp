@@ -9,7 +9,7 @@
 namespace orbsim {
 namespace {
 
-// Of ticks: a thread that runs this late goes on with the present.
+// In ticks: a thread that is later than this continues with the current tick.
 constexpr uint64_t kFarBehind = World::kRemembered / 2;
 
 }  // namespace
@@ -45,11 +45,11 @@ void World::begin() {
   mBegun = true;
   mEpoch = Clock::now();
   mDevice.setStep(mIntervalMs);
-  // What was asked for before has seen the first tick already.
+  // There is already a tick if an earlier request needed one.
   if (mTicks.empty() && mIntervalMs > 0) makeTick(0);
 }
 
-// The epoch does not change any more.
+// The start time does not change any more.
 void World::tellBegun() {
   changed();
   if (mOnBegun) mOnBegun(mEpoch);
@@ -140,7 +140,7 @@ uint64_t World::nextHandoff() {
   if (mBegun) advance(Clock::now());
   const uint64_t end = mDevice.phasesEnd();
   if (end == 0) return 0;
-  // One that has just been entered, and of which nothing else was told, is still the next one.
+  // An entry is still the next phase if it has just happened and no other phase followed.
   uint64_t last = end - 1;
   const HandoffPhase* const phase = mDevice.phaseFrom(last);
   const bool entry = phase != nullptr &&
@@ -237,7 +237,7 @@ int64_t World::tickTime(uint64_t number) const {
   return mBaseMs + static_cast<int64_t>(number - mBaseTick) * mIntervalMs;
 }
 
-// Lets everything happen up to now, ticks and events each at their time.
+// Processes everything up to now, ticks and events in the order of time.
 void World::advance(Clock::time_point at) {
   const uint64_t current = tickLocked(at);
   while (mIntervalMs > 0 && mFirstTick + mTicks.size() <= current)
@@ -245,8 +245,8 @@ void World::advance(Clock::time_point at) {
   mDevice.moveTo(nowMs(at));
 }
 
-// Lets all happen that was ordered for now. Before the time has begun that is its first moment:
-// what a tick has been made of since then would otherwise hide an order that came after it.
+// Processes orders for now. Before the time has begun, this is its first moment. Otherwise a tick
+// that was calculated since then would hide an order that came after it.
 void World::settle() {
   if (mBegun) {
     advance(Clock::now());

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// orbd-sim: the daemon stand-in as a program. Everything it does is in the library and in the files
-// of its commands; this one puts them together.
+// orbd-sim: the daemon stand-in as a program. The library and the files of the commands do the
+// work; this file combines them.
 
 #include <algorithm>
 #include <vector>

@@ -18,9 +18,9 @@
 
 namespace orbsim {
 
-// What can be made happen: at a time of a scenario, or now by `orbd-sim ctl`.
+// The possible actions, at a time of a scenario, or now by `orbd-sim ctl`.
 struct RateAction {
-  std::optional<Ramp> ramp;  // without: wander again
+  std::optional<Ramp> ramp;  // without: the rate varies again
 };
 struct LatencyAction {
   std::optional<Ramp> ramp;
@@ -59,10 +59,10 @@ using Action = std::variant<HandoffOrder, RateAction, LatencyAction, TechnologyA
 struct Step {
   Milliseconds at{0};
   Action action;
-  std::string words;  // as it was written, without its time
+  std::string words;  // the JSON text without the time
 };
 
-// What a client is to do. Times are those of the scenario.
+// An expectation for a client. Times are those of the scenario.
 struct Expectation {
   enum class Kind { kSends, kSendsNot, kReconnects, kAtMost };
 
@@ -72,7 +72,7 @@ struct Expectation {
   std::string request;  // empty: any
   std::map<std::string, std::string> fields;
   uint64_t most = 0;
-  std::optional<Milliseconds> after;   // without: from the very beginning
+  std::optional<Milliseconds> after;   // without: from the start
   std::optional<Milliseconds> within;  // without: to the end
 };
 
@@ -82,7 +82,7 @@ struct ScenarioData {
   uint64_t seed = 1;
   Milliseconds interval{500};
   ModelSettings model;
-  std::vector<Step> timeline;  // in the order of time
+  std::vector<Step> timeline;  // sorted by time
   std::vector<Expectation> expectations;
   std::optional<Milliseconds> end;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// Actions of JSON that the schema has passed, so only what a schema cannot say is checked here.
+// Reads actions from JSON that matches the schema, so it checks only what a schema cannot check.
 
 #include <algorithm>
 #include <cmath>
@@ -23,7 +23,7 @@ uint64_t scaled(const Json& value, double unit) {
   return static_cast<uint64_t>(std::llround(value.get<double>() * unit));
 }
 
-// A number, or from..to over a time; nothing for "wander".
+// A number, or from..to over a time; empty for "wander".
 std::optional<Ramp> rampOf(const Json& value, double unit) {
   if (value.is_string()) return std::nullopt;
   Ramp ramp;
@@ -48,7 +48,7 @@ HandoffOrder handoffOf(const Json& value) {
   return order;
 }
 
-// A request that a service does not have is never sent.
+// Checks that the service has the request.
 bool knowsRequest(uint32_t sdkType, const std::string& request) {
   const auto words = requestWords(sdkType);
   return request.empty() || std::find(words.begin(), words.end(), request) != words.end();

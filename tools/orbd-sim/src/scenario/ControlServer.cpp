@@ -17,8 +17,8 @@ namespace {
 
 constexpr size_t kMostClients = 16;
 constexpr size_t kLongestLine = size_t{64} * 1024;
-// Without descriptors a connection stays pending: look again a little later instead of asking for
-// it all the time.
+// Without descriptors a connection stays pending: wait a short time, because polling would return
+// at once.
 constexpr int kPauseMs = 20;
 
 Json serviceJson(const ServiceState& state) {
@@ -115,13 +115,13 @@ bool ControlServer::receive(Client& client) {
     if (end == std::string::npos) return client.input.size() <= kLongestLine;
     const std::string text = answer(client.input.substr(0, end));
     client.input.erase(0, end + 1);
-    // Who does not read its answers gets none.
+    // A client that does not read its answers gets no more.
     const ssize_t sent = ::send(client.fd, text.data(), text.size(), MSG_NOSIGNAL);
     if (sent != static_cast<ssize_t>(text.size())) return false;
   }
 }
 
-// An order, or a list of them, of which none is done unless all are right.
+// An order, or a list of orders. If one of a list is wrong, none is done.
 std::string ControlServer::answer(const std::string& line) {
   std::string error;
   const auto json = parseJson(line, error);
@@ -167,7 +167,7 @@ std::string ControlServer::status() {
                  {"sessions", sessions}});
 }
 
-// Without a scenario the socket has a stage of its own.
+// Without a scenario, the socket has its own stage.
 struct ControlSocket::Parts {
   explicit Parts(Daemon& daemon) : stage(daemon), server(daemon, stage) {}
 

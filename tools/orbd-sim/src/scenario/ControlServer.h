@@ -14,8 +14,8 @@
 
 namespace orbsim {
 
-// The control socket's side of the program: a thread that takes lines and answers each. open() and
-// close() belong to the owner's thread.
+// The implementation of the control socket: a thread that reads lines and answers each. The owner's
+// thread calls open() and close().
 class ControlServer {
  public:
   ControlServer(Daemon& daemon, Stage& stage) : mDaemon(daemon), mStage(stage) {}
@@ -47,8 +47,8 @@ class ControlServer {
   std::string mError;
   WakeFd mWake;
   int mListenFd = -1;
-  std::vector<Client> mClients;  // the thread's only
-  bool mExhausted = false;       // no descriptor was left for a connection; the thread's only
+  std::vector<Client> mClients;  // only for the thread
+  bool mExhausted = false;       // no descriptor was left for a connection; only for the thread
   std::thread mThread;
 };
 

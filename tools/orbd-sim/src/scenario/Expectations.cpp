@@ -90,7 +90,7 @@ void Expectations::session(const SessionView& session, bool open, Time time) {
     mEndedEndpoints.insert(session.endpoint);
     return;
   }
-  // A client may be back before the daemon has noticed that it went.
+  // A client can be back before the daemon has noticed the disconnection.
   const bool known = !mClients.insert({session.process, session.endpoint}).second;
   if (!known && !isBack(session)) return;
   for (Watch& watch : mWatches) {
@@ -98,14 +98,14 @@ void Expectations::session(const SessionView& session, bool open, Time time) {
   }
 }
 
-// Whether it continues one that has ended: of the same process, or of another one that does the
-// same work, as an application that was started again.
+// Whether the session continues an ended one: of the same process, or of the same endpoint in
+// another process, as after a restart of an application.
 bool Expectations::isBack(const SessionView& session) const {
   return mEndedProcesses.count(session.process) != 0 ||
          mEndedEndpoints.count(session.endpoint) != 0;
 }
 
-// What comes before the beginning has no time that could be compared.
+// Requests before the start have no time, so they are not counted.
 void Expectations::count(Watch& watch, Time time) {
   if (!time || !watch.violation.empty()) return;
   watch.recent.push_back(*time);

@@ -16,8 +16,8 @@
 
 namespace orbsim {
 
-// Watches what clients do, and judges it. Times are those of the scenario, and missing before it
-// has begun. Any thread may use it; `mLock` guards everything.
+// Observes what clients do and decides whether expectations are met. Times are those of the
+// scenario; before it begins there are none. Any thread may use it; `mLock` guards everything.
 class Expectations {
  public:
   using Time = std::optional<Milliseconds>;
@@ -27,10 +27,10 @@ class Expectations {
   void request(const RequestWords& request, Time time);
   void session(const SessionView& session, bool open, Time time);
 
-  // Until when something is to be watched still; nothing when all is decided that can be before
-  // the end. `timelineEnd` stands for those that have no time.
+  // How long to observe; empty if everything is decided that can be decided before the end.
+  // `timelineEnd` is used for expectations without a time.
   std::optional<Milliseconds> watchUntil(Milliseconds timelineEnd) const;
-  // What was not as expected, `atEnd`: what did not come will not come.
+  // The expectations that are not met. `atEnd`: no more requests will come.
   std::vector<std::string> failures(Time now, bool atEnd) const;
 
  private:
@@ -38,7 +38,7 @@ class Expectations {
     Expectation what;
     bool met = false;
     std::string violation;
-    std::deque<Milliseconds> recent;  // of the last second
+    std::deque<Milliseconds> recent;  // in the last second
 
     bool inTime(Time time) const;
     bool wanted() const {
@@ -53,9 +53,9 @@ class Expectations {
 
   mutable std::mutex mLock;
   std::vector<Watch> mWatches;
-  std::set<int> mEndedProcesses;                // that had a session which has ended
-  std::set<uint64_t> mEndedEndpoints;           // the same
-  std::set<std::pair<int, uint64_t>> mClients;  // that had a session: process and endpoint
+  std::set<int> mEndedProcesses;                // processes with an ended session
+  std::set<uint64_t> mEndedEndpoints;           // endpoints with an ended session
+  std::set<std::pair<int, uint64_t>> mClients;  // process and endpoint of all sessions
 };
 
 }  // namespace orbsim

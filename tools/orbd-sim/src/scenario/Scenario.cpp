@@ -23,7 +23,7 @@ namespace {
 
 constexpr char kFolderVariable[] = "ORB_SCENARIOS";
 constexpr char kExtension[] = ".json";
-// What lies beside the scenarios and is none.
+// A file in the folder of scenarios that is not a scenario.
 constexpr char kSchemaName[] = "schema";
 
 bool isFile(const std::string& path) {
@@ -43,7 +43,7 @@ std::optional<std::string> contentOf(const std::string& file, std::string& error
   return std::nullopt;
 }
 
-// A ready scenario of that name; empty when there is none.
+// The path of a ready scenario with that name; empty if there is none.
 std::string readyScenario(const std::string& name) {
   if (name == kSchemaName) return {};
   for (const std::string& folder : Scenario::folders()) {
@@ -53,8 +53,8 @@ std::string readyScenario(const std::string& name) {
   return {};
 }
 
-// What the schema refuses is not read, so that the rest can be looked at, too: an element becomes
-// null, so that the others keep their numbers, anything else goes.
+// Parts that do not match the schema are removed, so that the rest can be checked: elements of
+// lists become null, so that the others keep their numbers; other members are deleted.
 void takeOut(Json& json, const std::string& fault) {
   const size_t colon = fault.find(": ");
   const size_t second = fault.find('/', 1);
@@ -75,7 +75,7 @@ std::vector<std::string> Scenario::folders() {
   std::vector<std::string> all;
   std::string folder = folderOf(programPath());
   all.push_back(folder + "/../share/orbd-sim/scenarios");
-  // A build tree lies somewhere below the sources.
+  // A build tree is somewhere below the sources.
   for (int i = 0; i < 6 && !folder.empty(); ++i) {
     all.push_back(folder + "/tools/orbd-sim/scenarios");
     folder = folder.substr(0, folder.rfind('/'));
@@ -86,7 +86,7 @@ std::vector<std::string> Scenario::folders() {
 std::vector<std::string> Scenario::readyNames() {
   std::set<std::string> names;
   for (const std::string& folder : folders()) {
-    // A folder that is not there has no entries.
+    // A missing folder has no entries.
     std::error_code error;
     for (std::filesystem::directory_iterator each(folder, error), end; !error && each != end;
          each.increment(error)) {

@@ -17,9 +17,9 @@
 
 namespace orbsim {
 
-// The run behind its public face: what the daemon's threads tell goes to the expectations, what the
-// timeline holds goes to the world or, at its time, to the stage. `mLock` guards the beginning and
-// wakes those who wait.
+// The implementation of the run. Events of the daemon's threads go to the expectations. Steps of
+// the timeline go to the world or, at their time, to the stage. `mLock` guards the start; waiting
+// threads are woken with it.
 class ScenarioRun::Player {
  public:
   Player(Scenario scenario, Options options)
@@ -53,9 +53,9 @@ class ScenarioRun::Player {
            std::holds_alternative<LatencyAction>(action) ||
            std::holds_alternative<TechnologyAction>(action);
   }
-  // What the log says of it.
+  // Logs the step.
   static std::string wordsOf(const Step& step) { return "scenario: " + step.words; }
-  // What has to be so before anybody connects.
+  // Performs the steps that must be done before a client can connect.
   static bool isState(const Action& action);
   Milliseconds timelineEnd() const;
   Expectations::Time now() { return mDaemon.world().now(); }
@@ -70,13 +70,15 @@ class ScenarioRun::Player {
   std::condition_variable mChanged;
   std::optional<Clock::time_point> mEpoch;
   bool mOver = false;
-  std::set<size_t> mDone;  // steps that are so from the start; the owner's thread only, before it
-  std::map<const Step*, uint64_t> mHandoffs;  // the device's numbers; not changed after the start
+  std::set<size_t>
+      mDone;  // steps done before the start; only for the owner's thread, before the start
+  std::map<const Step*, uint64_t>
+      mHandoffs;  // numbers of the device's orders; constant after the start
   struct End {
     Milliseconds at;
     std::function<void()> what;
   };
-  std::vector<End> mEnds;  // of what is so from the start
+  std::vector<End> mEnds;  // for steps done before the start
   std::function<void()> mOnEnd;
   Daemon mDaemon;
   Stage mStage{mDaemon};
@@ -118,7 +120,7 @@ bool ScenarioRun::Player::start() {
   return true;
 }
 
-// Its length, if it has one, counts from the beginning, so the end is a step of its own then.
+// If the step has a length, it is counted from the start, so its end becomes a separate step.
 void ScenarioRun::Player::makeState(const Step& step) {
   Action action = step.action;
   auto* const fault = std::get_if<FaultAction>(&action);
@@ -154,7 +156,7 @@ void ScenarioRun::Player::schedule(Clock::time_point epoch, const Step& step) {
   });
 }
 
-// The device does it by itself, and has done it by then.
+// The device does this step itself and has done it by then.
 void ScenarioRun::Player::tellModel(const Step& step) {
   mDaemon.log(wordsOf(step));
   const auto handoff = mHandoffs.find(&step);
@@ -162,7 +164,7 @@ void ScenarioRun::Player::tellModel(const Step& step) {
   mStage.logNotDone(std::get<HandoffOrder>(step.action).alreadyThere());
 }
 
-// On the thread that began it, which may be one of the daemon's.
+// Runs on the thread that begins the time, which may be a thread of the daemon.
 void ScenarioRun::Player::begun(Clock::time_point epoch) {
   for (size_t i = 0; i < data().timeline.size(); ++i) {
     if (mDone.count(i) != 0) continue;
@@ -209,7 +211,7 @@ bool ScenarioRun::Player::waitUntilDecided(Milliseconds timeout) {
     auto wake = deadline;
     if (mEpoch) {
       const auto watched = mExpectations.watchUntil(timeline);
-      // A moment later, so that what comes at the very end is still in time.
+      // A short time later, so that requests at the very end still count.
       const auto end = *mEpoch + std::max(timeline, watched.value_or(timeline)) + Milliseconds(1);
       if (Clock::now() >= end) return true;
       wake = std::min(wake, end);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The one file that includes the schema library, which is slow to compile.
+// Only this file includes the schema library, because it compiles slowly.
 
 #include <algorithm>
 #include <set>
@@ -53,7 +53,7 @@ class Explanation {
     const Json types = rules.value("type", Json::array());
     return types.is_array() ? types : Json::array({types});
   }
-  // "^(one|other)$" to the two words.
+  // Splits "^(one|other)$" into its words.
   static std::vector<std::string> wordsOf(const Json& rules) {
     std::vector<std::string> words;
     for (const Json& word : rules.value("enum", Json::array())) {
@@ -85,7 +85,7 @@ class Explanation {
     const bool isWord = value.is_string() || value.is_boolean();
     const std::string word = value.is_string() ? value.get<std::string>() : value.dump();
     if (isWord && !words.empty() && std::find(words.begin(), words.end(), word) == words.end()) {
-      // A pattern is for texts only.
+      // A pattern applies only to texts.
       if (value.is_string() || rules.contains("enum")) return false;
     }
     if (value.is_number() && value < rules.value("minimum", value)) return false;
@@ -201,7 +201,7 @@ std::vector<std::string> schemaFaults(const Json& scenario) {
   return faultsOf(schemaJson(), scenario);
 }
 
-// As a step of the timeline, which has a time besides.
+// Like a step of the timeline, which also has a time.
 bool checkAction(const Json& json, std::string& error) {
   static const Json schema = [] {
     Json action = schemaJson().at("properties").at("timeline").at("items");

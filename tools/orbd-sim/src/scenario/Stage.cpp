@@ -10,7 +10,7 @@
 namespace orbsim {
 namespace {
 
-// To wait for what nobody knows the time of.
+// How long to wait if the time of the next action is not known.
 constexpr std::chrono::hours kLongTime{24};
 
 }  // namespace
@@ -38,7 +38,7 @@ void Stage::at(Clock::time_point time, std::function<void()> what) {
   mChanged.notify_all();
 }
 
-// Has the thread do it after what it is doing, and waits for that. False when it does nothing any
+// Lets the thread do it after its current action, and waits for that. False if it does nothing any
 // more.
 bool Stage::carryOut(std::function<void()> what) {
   std::future<bool> done;
@@ -167,13 +167,13 @@ std::function<void()> Stage::faultsEnd(uint64_t number) {
   };
 }
 
-// A daemon as it should be, whatever was wrong with it.
+// Ends all faults of the daemon.
 void Stage::endFault() {
   mDaemon.setHandshake({});
   mDaemon.setFrameHandler({});
   mDaemon.setAccepting(true);
   mDaemon.setReading(true);
-  // Who is gone besides comes back when that is over.
+  // If the daemon is also gone, it comes back when that is over.
   if (std::exchange(mFaultRefuses, false) && !mGone) reappear();
 }
 

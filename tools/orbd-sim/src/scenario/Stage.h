@@ -18,11 +18,11 @@
 
 namespace orbsim {
 
-// Where actions are carried out on a daemon, at once or at a time, by a thread of its own: one
-// after the other, in the order in which they were given or are due, and with no lock held.
-// perform() and the ends of what lasts wait for that thread, unless they are called on it; they and
-// at() may be called from any thread but the daemon's hooks, which may use at() alone. stop() is
-// for the owner, before the daemon stops. `mLock` guards what is to come.
+// Performs actions on a daemon, at once or at a time, on a separate thread: one after the other, in
+// the order in which they were given or are due, and without a lock. perform() and the functions
+// that end a fault or a pause wait for that thread, unless they are called on it. They and at() may
+// be called from any thread, except from the daemon's hooks, which may only call at(). The owner
+// calls stop() before the daemon stops. `mLock` guards the pending actions.
 class Stage {
  public:
   explicit Stage(Daemon& daemon);
@@ -30,18 +30,19 @@ class Stage {
   Stage(const Stage&) = delete;
   Stage& operator=(const Stage&) = delete;
 
-  // Carries it out; the log has a line with `words` first. Empty, or why it cannot be done now.
+  // Performs the action; the log has a line that begins with `words`. Empty, or the reason why it
+  // is impossible now.
   std::string perform(const Action& action, const std::string& words);
   void at(Clock::time_point time, std::function<void()> what);
-  // What the log says, below its words, of what cannot be done.
+  // Logs the reason why an action could not be done.
   void logNotDone(const std::string& reason);
-  // What ends the present fault or pause, and leaves one alone that has come after it.
+  // A function that ends the current fault or pause, but not a later one.
   std::function<void()> faultsEnd();
   std::function<void()> pausesEnd();
-  // Nothing happens any more. Waits for what is happening.
+  // Performs no more actions. Waits for the current action.
   void stop();
 
-  // What went wrong with actions of at(), which nobody could be told.
+  // Errors of actions of at(), which have no caller to report to.
   std::string error() const;
 
  private:
@@ -67,15 +68,15 @@ class Stage {
 
   struct Order {
     std::function<void()> what;
-    std::promise<bool> done;  // false: not any more
+    std::promise<bool> done;  // false: not done any more
   };
 
   Daemon& mDaemon;
-  // The stage's thread only.
+  // Only for the stage's thread.
   bool mGone = false;
   bool mFaultRefuses = false;
-  uint64_t mFaults = 0;  // that there were: the number of the present one
-  uint64_t mPauses = 0;  // the same of pauses
+  uint64_t mFaults = 0;  // number of faults so far, which is the number of the current one
+  uint64_t mPauses = 0;  // the same for pauses
 
   mutable Mutex mLock;
   Condition mChanged;
@@ -84,7 +85,7 @@ class Stage {
   std::string mError ORB_GUARDED_BY(mLock);
   std::thread::id mWorker ORB_GUARDED_BY(mLock);
   bool mStopping ORB_GUARDED_BY(mLock) = false;
-  std::thread mThread;  // the owner's thread only
+  std::thread mThread;  // only for the owner's thread
 };
 
 }  // namespace orbsim
