@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-"""Tests of applications that use libOrbSdlSdk, run as they are beside a daemon stand-in.
+"""Tests of complete programs that use libOrbSdlSdk, with a daemon stand-in.
 
 In conftest.py:
 
     pytest_plugins = ["orbsim_pytest"]
 
-A test plays a scenario to a program and looks at what came of it:
+A test plays a scenario for a program and checks the result:
 
     def test_reconnects(orbsim):
         run = orbsim.run(["./player"], {
@@ -17,7 +17,7 @@ A test plays a scenario to a program and looks at what came of it:
         assert run.as_expected, run.failures
         assert "reconnected" in run.output
 
-or says what happens while the program runs, with the same steps:
+or orders events while the program runs, with the same steps:
 
     def test_says_that_the_daemon_is_gone(orbsim):
         with orbsim.start(["./player"]) as player:
@@ -25,10 +25,10 @@ or says what happens while the program runs, with the same steps:
             player.order(vanish=2)
             player.wait_for("no daemon")
 
-No test needs root, a /dev/socket or namespaces: the program's connections to the daemon are sent to a
-socket of the test's own. `orbsim.sandbox = True` puts daemon and program into a sandbox instead, with a
-/data and /tmp of its own. ORBD_SIM and ORB_SANDBOX name the two programs where they are not installed
-with this file, ORBSIM_TIMEOUT the seconds that waits last.
+No test needs root, a /dev/socket or namespaces: the program's connections to the daemon are redirected to
+a separate socket. With `orbsim.sandbox = True`, daemon and program run in a sandbox with its own /data and
+/tmp instead. ORBD_SIM and ORB_SANDBOX name the two programs if they are not installed with this file.
+ORBSIM_TIMEOUT is the time limit of waits in seconds.
 """
 import json
 import os
@@ -44,9 +44,9 @@ import time
 
 import pytest
 
-# Seconds that a wait lasts for what does not come; what comes ends it at once.
+# Time limit of waits in seconds. A wait ends at once when its condition is true.
 TIMEOUT = int(os.environ.get("ORBSIM_TIMEOUT", "20"))
-# Seconds that a pipe is read on when its program has ended.
+# Seconds to read from a pipe after its program has ended.
 _LEFT_OPEN = 2
 _SPEAKER = "orbd-sim run: "
 _SILENT = {"interval": 0, "begin": "listening", "model": {"handoffs": False}}
@@ -56,12 +56,12 @@ def _program(name, variable):
     beside = pathlib.Path(__file__).resolve().parents[3] / "bin" / name
     found = os.environ.get(variable) or (str(beside) if beside.exists() else shutil.which(name))
     if not found:
-        raise FileNotFoundError(f"there is no {name}: install the tools, or name it in {variable}")
+        raise FileNotFoundError(f"{name} not found: install the tools, or set {variable}")
     return found
 
 
 def _scenario_file(scenario, env, cwd):
-    """The file that orbd-sim reads for a file's name or that of a ready scenario."""
+    """The file that orbd-sim reads for a file name or for the name of a ready scenario."""
     name = str(scenario)
     file = pathlib.Path(cwd or ".") / name
     if "/" in name or file.is_file():
@@ -77,19 +77,19 @@ def _scenario_file(scenario, env, cwd):
 
 
 def _end_of(scenario, env=None, cwd=None):
-    """The seconds after which a scenario ends: a dictionary, a file, or the name of a ready one."""
+    """The end of a scenario in seconds: a dictionary, a file, or the name of a ready scenario."""
     try:
         if not isinstance(scenario, dict):
             scenario = json.loads(_scenario_file(scenario, env, cwd).read_text())
         return float(scenario.get("end", 0))
     except (OSError, ValueError, TypeError, AttributeError):
-        return 0  # the daemon says what is wrong with it
+        return 0  # the daemon reports what is wrong
 
 
 class Run:
-    """How a program ended: `status` is its exit status, 128 and the number of the signal when one ended
-    it; `output` what it printed, `errors` what it printed to standard error; `failures` are the
-    expectations of the scenario that it did not meet."""
+    """The result of a program: `status` is its exit status, or 128 plus the number of the signal that
+    ended it; `output` is its standard output, `errors` its standard error; `failures` are the expectations
+    of the scenario that it did not meet."""
 
     def __init__(self, status, output, errors):
         lines = errors.splitlines()
@@ -108,7 +108,7 @@ class Run:
 
 
 class _Lines:
-    """What comes through a pipe, read by a thread of its own."""
+    """The lines from a pipe, read by a separate thread."""
 
     def __init__(self, pipe):
         self._changed = threading.Condition()
@@ -129,7 +129,7 @@ class _Lines:
             self._changed.notify_all()
 
     def wait_for(self, pattern, timeout):
-        """The match in the first line behind that of the last call; None when there is none in time."""
+        """The first match after the line of the last call; None after the timeout."""
         wanted = re.compile(pattern)
         deadline = time.monotonic() + timeout
         with self._changed:
@@ -149,14 +149,14 @@ class _Lines:
             return "".join(self._lines)
 
     def all(self):
-        """Up to the end of the pipe. What the program left running may hold that open for ever: then what
-        there is."""
+        """All text up to the end of the pipe. Processes that the program left running can keep the pipe
+        open; then the text so far."""
         self._thread.join(_LEFT_OPEN)
         return self.text()
 
 
 class Application:
-    """A program that runs beside a daemon. Ended by stop(), or at the end of the `with`."""
+    """A program that runs with a daemon. stop() or the end of the `with` ends it."""
 
     def __init__(self, command, control, **options):
         self._control = control
@@ -174,18 +174,18 @@ class Application:
 
     @property
     def output(self):
-        """What it has printed so far."""
+        """The standard output so far."""
         return self._output.text()
 
     def wait_for(self, pattern, timeout=TIMEOUT):
-        """Until it prints a line with that regular expression, behind the line of the last call."""
+        """Waits for a line that matches the regular expression, after the line of the last call."""
         match = self._output.wait_for(pattern, timeout)
         assert match, f"not printed: {pattern!r}; there was:\n{self.output}{self._errors.text()}"
         return match
 
     def order(self, **step):
-        """Lets something happen now: a step of a scenario's timeline without its time. Gives the
-        daemon's answer."""
+        """Orders an event now: a step of a scenario's timeline without its time. Returns the daemon's
+        answer."""
         with self._connected() as connection:
             connection.sendall(json.dumps(step).encode() + b"\n")
             with connection.makefile() as lines:
@@ -194,7 +194,7 @@ class Application:
         return answer
 
     def _connected(self):
-        # The daemon is there before the program; this may be earlier than both.
+        # The daemon starts before the program. This call can come before both.
         deadline = time.monotonic() + TIMEOUT
         while True:
             connection = socket.socket(socket.AF_UNIX)
@@ -209,12 +209,12 @@ class Application:
                 time.sleep(0.02)
 
     def sessions(self):
-        """The daemon's open sessions, and what each asked for."""
+        """The daemon's open sessions and the services that they use."""
         return self.order(status=True)["sessions"]
 
     def wait_for_session(self, condition, timeout=TIMEOUT):
-        """Until one of the daemon's sessions meets the condition, such as
-        `lambda session: session["lce"]["reporting"]`; that session."""
+        """Waits until a session of the daemon meets the condition, for example
+        `lambda session: session["lce"]["reporting"]`, and returns that session."""
         deadline = time.monotonic() + timeout
         while True:
             sessions = self.sessions()
@@ -225,7 +225,7 @@ class Application:
             time.sleep(0.02)
 
     def wait(self, timeout=TIMEOUT):
-        """Until the program has ended by itself."""
+        """Waits until the program has ended."""
         try:
             self._process.wait(timeout)
         except subprocess.TimeoutExpired:
@@ -234,13 +234,13 @@ class Application:
         return Run(self._process.returncode, self._output.all(), self._errors.all())
 
     def stop(self, number=signal.SIGTERM, timeout=TIMEOUT):
-        """Sends it a signal, SIGTERM, and gives how it ended. A second call gives the same."""
+        """Sends a signal, SIGTERM by default, and returns the result. A second call returns the same."""
         if self._process.poll() is None:
             self._process.send_signal(number)
         return self.wait(timeout)
 
     def kill(self):
-        # A second signal to `orbd-sim run` ends the program the hard way.
+        # A second signal to `orbd-sim run` kills the program.
         for number in (signal.SIGTERM, signal.SIGTERM, signal.SIGKILL):
             self._process.send_signal(number)
             try:
@@ -252,17 +252,17 @@ class Application:
 
 
 class Simulator:
-    """Starts programs beside a daemon; each has one of its own."""
+    """Starts programs, each with its own daemon."""
 
     def __init__(self, folder):
         self._folder = pathlib.Path(folder)
-        self._sockets = tempfile.TemporaryDirectory(prefix="orbsim-")  # a socket's path is short
+        self._sockets = tempfile.TemporaryDirectory(prefix="orbsim-")  # the path of a socket must be short
         self._started = []
         self.sandbox = False
 
     def start(self, command, scenario=None, env=None, cwd=None):
-        """Starts a program beside a daemon that plays a scenario: the text of one as a dictionary, a
-        file, or the name of a ready one. Without, the daemon answers and is silent otherwise."""
+        """Starts a program with a daemon that plays a scenario: a dictionary, a file, or the name of a
+        ready scenario. Without a scenario, the daemon sends only answers."""
         number = len(self._started)
         place = self._folder / f"orbsim{number}"
         place.mkdir()
@@ -285,19 +285,19 @@ class Simulator:
         return application
 
     def run(self, command, scenario, timeout=TIMEOUT, **options):
-        """Plays a scenario to a program until that ends, by itself or as the scenario's "end" says;
-        `timeout` counts from there."""
+        """Plays a scenario for a program until the program ends or until the scenario's "end".
+        `timeout` is the time after that end."""
         application = self.start(command, scenario, **options)
         return application.wait(
             _end_of(scenario, options.get("env"), options.get("cwd")) + timeout)
 
     def close(self):
-        """Ends all programs, also behind one that does not end as it should; the first error is raised."""
+        """Ends all programs, even if ending one of them fails; raises the first error."""
         first = None
         for application in self._started:
             try:
                 application.stop()
-            except Exception as error:  # whatever it is, the others go on running without this
+            except Exception as error:  # after any error, the other programs must be ended, too
                 first = first or error
         self._sockets.cleanup()
         if first:
@@ -306,7 +306,7 @@ class Simulator:
 
 @pytest.fixture
 def orbsim(tmp_path):
-    """A Simulator; what it has started ends with the test."""
+    """A Simulator; its programs end with the test."""
     simulator = Simulator(tmp_path)
     yield simulator
     simulator.close()

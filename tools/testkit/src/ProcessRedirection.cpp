@@ -16,7 +16,7 @@ namespace {
 
 std::atomic<bool> redirected{false};
 
-// Whether libraries that call connect() get to this program's own.
+// Whether libraries that call connect() use this program's connect().
 bool comesFirst() {
   int (*const own)(int, const sockaddr*, socklen_t) = ::connect;
   return dlsym(RTLD_DEFAULT, "connect") == reinterpret_cast<void*>(own);

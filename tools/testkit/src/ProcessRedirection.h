@@ -7,8 +7,8 @@
 
 namespace orbsim::testkit {
 
-// This process's connections to the daemon, sent to a path while the object lives. One at a time
-// has them.
+// Redirects this process's connections to the daemon to a path while the object lives. Only one
+// object at a time.
 class ProcessRedirection {
  public:
   explicit ProcessRedirection(const std::string& path);
@@ -16,7 +16,7 @@ class ProcessRedirection {
   ProcessRedirection(const ProcessRedirection&) = delete;
   ProcessRedirection& operator=(const ProcessRedirection&) = delete;
 
-  // Empty when it works.
+  // Empty on success.
   const std::string& error() const { return mError; }
 
  private:

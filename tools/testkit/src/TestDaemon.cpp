@@ -19,7 +19,7 @@ namespace orbsim::testkit {
 
 namespace {
 
-// Answers, and is silent otherwise: what comes is what the test sends.
+// Sends only answers; all other messages come from the test.
 constexpr char kNoScenario[] =
     R"({"interval": 0, "begin": "listening", "model": {"handoffs": false}})";
 
@@ -33,8 +33,8 @@ Milliseconds patience() {
   return std::chrono::seconds(seconds > 0 && seconds < kMostSeconds ? seconds : kSeconds);
 }
 
-// What a TestDaemon has. The owner's thread starts and stops; `mLock` guards the error and which
-// run is the present one, which others take a share of.
+// The state of a TestDaemon. The owner's thread starts and stops it. `mLock` guards the error and
+// the pointer to the current run, which other threads share.
 class TestDaemon::Impl {
  public:
   explicit Impl(Settings settings)
@@ -52,7 +52,7 @@ class TestDaemon::Impl {
     const std::lock_guard<std::mutex> lock(mLock);
     return mRunning;
   }
-  // The present run, or the last one; none before the first.
+  // The current or the last run; null before the first.
   std::shared_ptr<ScenarioRun> run() const {
     const std::lock_guard<std::mutex> lock(mLock);
     return mRun;
@@ -68,7 +68,7 @@ class TestDaemon::Impl {
     return false;
   }
   int send(Service service, const std::map<std::string, std::string>& words);
-  // False with the error when no daemon runs.
+  // False with the error if no daemon runs.
   template <typename Action>
   bool act(Action action) {
     if (!running()) return fail("the daemon is not running");
@@ -79,7 +79,7 @@ class TestDaemon::Impl {
  private:
   const Settings mSettings;
   PrivateSocket mSocket;
-  std::optional<Scenario> mScenario;  // the owner's thread only
+  std::optional<Scenario> mScenario;  // only for the owner's thread
   std::unique_ptr<ProcessRedirection> mRedirection;
 
   mutable std::mutex mLock;
@@ -190,7 +190,7 @@ bool TestDaemon::waitForRequest(Service service, const std::string& name, size_t
   const auto run = mImpl->run();
   if (run == nullptr || count == 0) return false;
   Frame frame;
-  // Each frame is asked about once, in the order of coming.
+  // Checks each frame once, in the order of arrival.
   const bool came = run->daemon().waitForFrame(
       [&, left = count](const Frame& candidate) mutable {
         if (!isRequest(candidate)) return false;

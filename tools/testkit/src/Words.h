@@ -11,12 +11,12 @@
 #include "orbsim/Model.h"
 #include "orbsim/testkit.h"
 
-// The test kit's plain values as the words and orders of the daemon, and back.
+// Converts the test kit's plain values to words and orders of the daemon, and back.
 namespace orbsim::testkit {
 
 uint32_t typeOf(Service service);
 
-// Whether a frame carries a request of a service; that request.
+// Whether a frame has a request of a service, and that request.
 bool isRequest(const Frame& frame);
 Request requestOf(const Frame& frame);
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A GoogleTest fixture with a daemon of its own for each test:
+// A GoogleTest fixture in which each test has its own daemon:
 //
 //   class MyApplication : public orbsim::testkit::DaemonTest {};
 //   TEST_F(MyApplication, SlowsDownWithTheLink) {
@@ -11,7 +11,7 @@
 //     ...
 //   }
 //
-// A test that plays a scenario fails with each expectation that was not met:
+// A test that plays a scenario fails for each expectation that was not met:
 //
 //   TEST_F(MyApplication, ReconnectsInTime) {
 //     ASSERT_NO_FATAL_FAILURE(
@@ -20,7 +20,7 @@
 //     expectAsPlayed();
 //   }
 //
-// With the environment variable ORBSIM_LOG the daemon's log goes to standard error.
+// If the environment variable ORBSIM_LOG is set, the daemon's log goes to standard error.
 #ifndef ORBSIM_GTEST_H
 #define ORBSIM_GTEST_H
 
@@ -36,7 +36,7 @@ namespace orbsim::testkit {
 
 inline void PrintTo(const Request& request, std::ostream* stream) { *stream << request.text(); }
 
-// Owns the daemon; it runs from SetUp() to TearDown(). Used on the test's thread.
+// Owns the daemon, which runs from SetUp() to TearDown(). Used on the test's thread.
 class DaemonTest : public ::testing::Test {
  protected:
   explicit DaemonTest(Settings settings = {}) : mDaemon(withLog(std::move(settings))) {}
@@ -46,14 +46,14 @@ class DaemonTest : public ::testing::Test {
 
   TestDaemon& daemon() { return mDaemon; }
 
-  // Before the application connects: the daemon begins anew, with this scenario. One that is wrong
-  // is a failure of the test, which only ASSERT_NO_FATAL_FAILURE ends there; otherwise it goes on
-  // with the daemon as it was.
+  // Call it before the application connects: restarts the daemon with this scenario. A wrong
+  // scenario is a failure of the test, but only ASSERT_NO_FATAL_FAILURE ends the test there;
+  // otherwise it continues with the old daemon.
   void play(const std::string& text) { restartIf(mDaemon.useScenario(text)); }
   void playFile(const std::string& file) { restartIf(mDaemon.useScenarioFile(file)); }
 
-  // Lets the scenario go by; each expectation that was not met is a failure of the test. There is
-  // nothing to wait for when play() has failed.
+  // Waits for the end of the scenario. Each expectation that was not met is a failure of the test.
+  // If play() failed, it does not wait.
   void expectAsPlayed(Milliseconds timeout = patience()) {
     ASSERT_TRUE(mPlays) << "no scenario is played";
     EXPECT_TRUE(mDaemon.waitUntilDecided(timeout)) << "the scenario has not ended";
@@ -77,7 +77,7 @@ class DaemonTest : public ::testing::Test {
   }
 
   TestDaemon mDaemon;
-  bool mPlays = true;  // false: play() has failed
+  bool mPlays = true;  // false: play() failed
 };
 
 }  // namespace orbsim::testkit

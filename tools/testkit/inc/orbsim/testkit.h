@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A daemon inside the process of a test, for tests of applications that use libOrbSdlSdk. It stands
-// in for the system's link daemon: the application's code runs as it is, against the library as it
-// is, and the test says what the daemon does and sees what the application sends.
+// A daemon inside the process of a test, for tests of applications that use libOrbSdlSdk. It
+// replaces the system's link daemon. The application's code and the library run unchanged; the test
+// controls what the daemon does and checks what the application sends.
 //
 //   orbsim::testkit::TestDaemon daemon;
 //   if (!daemon.start()) return fail(daemon.error());
@@ -12,8 +12,8 @@
 //   daemon.send(orbsim::testkit::Capacity{50000});  // kbit/s
 //   daemon.vanish();                       // what does the application do?
 //
-// Link with the CMake target orbsim::testkit or with `pkg-config --libs orbsim`. Nothing but the
-// C++ standard library is needed with it. It is for tests: never ship it.
+// Link with the CMake target orbsim::testkit or with `pkg-config --libs orbsim`. It needs only the
+// C++ standard library. It is for tests: never ship it.
 #ifndef ORBSIM_TESTKIT_H
 #define ORBSIM_TESTKIT_H
 
@@ -33,35 +33,36 @@ using Milliseconds = std::chrono::milliseconds;
 // Link capacity, link latency, link interruption.
 enum class Service { kLce, kLle, kLli };
 
-// Something that the application asked the daemon for, in the words that scenarios use.
+// A request of the application, in the words of scenarios.
 struct Request {
-  uint32_t connection = 0;  // numbered from 1 on since the daemon's (re)start
+  uint32_t connection = 0;  // counted from 1 since the daemon's (re)start
   Service service = Service::kLce;
-  // enable, disable, set-criteria, get-last-report, start, stop, reset, register, unregister, and
-  // unknown for what is none of these.
+  // enable, disable, set-criteria, get-last-report, start, stop, reset, register, unregister;
+  // unknown for other requests.
   std::string name;
-  std::map<std::string, std::string> fields;  // such as those of the criteria
+  std::map<std::string, std::string> fields;  // for example those of the criteria
 
   // For a message: "lce set-criteria network=LTE ...".
   std::string text() const;
 };
 
-// A report of LCE, as the daemon sends it by itself while reports are started.
+// A report of LCE. The daemon also sends such reports automatically while reports are started.
 struct Capacity {
   uint32_t rate = 0;        // kbit/s
   uint32_t confidence = 7;  // 0 to 7
   bool downlink = true;
   uint32_t queueSizeUl = 0;    // bytes
-  std::string error = "NONE";  // anything else: the report is not valid
+  std::string error = "NONE";  // another value: the report is not valid
 };
 
-// A report of LLE. Microseconds and their squares.
+// A report of LLE, in microseconds and square microseconds.
 struct Latency {
   uint64_t uplink = 0;
   uint64_t downlink = 0;
   uint64_t uplinkVariance = 0;
   uint64_t downlinkVariance = 0;
-  std::string rat = "lte";  // technologies are named as in scenarios: lte, 5g, wcdma, ...
+  std::string rat =
+      "lte";  // the words for technologies are those of scenarios: lte, 5g, wcdma, ...
   bool valid = true;
 };
 
@@ -76,8 +77,8 @@ struct HandoffPhase {
   Milliseconds interruption{0};
 };
 
-// A whole handoff, phase by phase in its time: announced at once, begun after `notice`, over after
-// `duration`. The daemon's other reports follow it.
+// A whole handoff with all phases at their times: announced at once, started after `notice`, ended
+// after `duration`. The daemon's other reports change with it.
 struct Handoff {
   enum class Outcome { kSuccess, kFailure, kCalledOff };
 
@@ -87,7 +88,7 @@ struct Handoff {
   Outcome outcome = Outcome::kSuccess;
 };
 
-// The next requests of a kind are not carried out; the answer says why.
+// Refuses the next requests of a kind; the answer has the status.
 struct Refusal {
   Service service = Service::kLce;
   std::string request = "set-criteria";
@@ -96,24 +97,25 @@ struct Refusal {
   uint32_t times = 1;
 };
 
-// How long a wait lasts for what does not come: the seconds in ORBSIM_TIMEOUT, 20 without. What
-// comes ends it at once.
+// The time limit of waits: the seconds in ORBSIM_TIMEOUT, or 20. A wait ends at once when its
+// condition is true.
 Milliseconds patience();
 
-// How a daemon is set up.
+// The settings of a daemon.
 struct Settings {
-  // Where it listens; empty: in a folder of its own, which goes with it.
+  // The path of its socket; empty: in a temporary folder, which is removed at the end.
   std::string socketPath;
-  // This process's connections to /dev/socket/orb go to this daemon while it runs, also while it
-  // has vanished. One daemon of a process at a time can have that.
+  // This process's connections to /dev/socket/orb go to this daemon while it runs, also after
+  // vanish(). Only one daemon of a process at a time can have them.
   bool redirect = true;
-  // A line per event, from any thread: what clients do, what happens.
+  // Gets a line per event, from any thread: what clients do, what happens.
   std::function<void(const std::string&)> log;
 };
 
-// The daemon. start(), stop(), the scenario and the destructor belong to one thread; everything
-// else may be called from any thread while it runs, callbacks of the library included, and the
-// waits only from others. Without a scenario it answers every request and sends nothing by itself.
+// The daemon. One thread calls start(), stop(), the functions of the scenario and the destructor.
+// Any thread may call all other functions while the daemon runs, also in callbacks of the library;
+// the waits must not be called in callbacks. Without a scenario the daemon answers every request
+// and sends nothing else automatically.
 class TestDaemon {
  public:
   explicit TestDaemon(Settings settings = {});
@@ -121,65 +123,64 @@ class TestDaemon {
   TestDaemon(const TestDaemon&) = delete;
   TestDaemon& operator=(const TestDaemon&) = delete;
 
-  // What the next start() plays: a file, or the name of a ready scenario in the folder that the
-  // environment variable ORB_SCENARIOS names; or the text of one. False with error() when that is
-  // none.
+  // The scenario for the next start(): a file; the name of a ready scenario in the folder that the
+  // environment variable ORB_SCENARIOS names; or the text of a scenario. False with error() if it
+  // is wrong.
   bool useScenarioFile(const std::string& file);
   bool useScenario(const std::string& text);
 
-  // Listens. False with error() when that fails.
+  // Starts to listen. False with error() on failure.
   bool start();
-  // Ends connections and threads. A daemon that was stopped can be started again, afresh.
+  // Ends connections and threads. A stopped daemon can be started again, with a new state.
   void stop();
   bool running() const;
-  // Why a call has returned false, in one line.
+  // The reason why a call returned false, in one line.
   std::string error() const;
   std::string socketPath() const;
 
-  // What the application did since the start or forget(). The waits return false when the time is
-  // up.
+  // What the application did since the start or forget(). The waits return false after the timeout.
   std::vector<Request> requests() const;
-  size_t connections() const;  // that are open, handshake completed
-  bool waitForConnections(size_t made, Milliseconds timeout = patience()) const;  // in all
+  size_t connections() const;  // open ones with a completed handshake
+  bool waitForConnections(size_t made, Milliseconds timeout = patience()) const;  // in total
   bool waitForDisconnections(size_t ended, Milliseconds timeout = patience()) const;
-  // Until so many requests of that name have come; the last of them is put into `found`.
+  // Waits for this number of requests with that name; `found` gets the last one.
   bool waitForRequest(Service service, const std::string& name, size_t count = 1,
                       Request* found = nullptr, Milliseconds timeout = patience()) const;
   void forget();
 
-  // Sends it now, to every connection on which that service was asked for anything; how many those
-  // are. With -1 and error() when it cannot be sent.
+  // Sends it now to every connection that has used that service; returns their number. -1 with
+  // error() on failure.
   int send(const Capacity& capacity);
   int send(const Latency& latency);
   int send(const HandoffPhase& phase);
-  // A status by its name (SUCCESS, SERVICE_UP, SERVICE_DOWN, INTERNAL_ERROR, ...).
+  // Sends a status by its name (SUCCESS, SERVICE_UP, SERVICE_DOWN, INTERNAL_ERROR, ...).
   int sendStatus(Service service, const std::string& status);
 
-  // The moving device behind the reports. They come at an interval, 0 for none, once the
-  // application has asked for them.
+  // The moving device of the reports. After the application has requested reports, they are sent at
+  // this interval; 0: no reports.
   void setReportInterval(Milliseconds interval);
-  // False with error() when there is no such technology, or the device is on it already.
+  // False with error() if there is no such technology, or if the device already has it.
   bool handoff(const Handoff& handoff);
-  // Kilobits a second, held from then on, or on its way from one to the other.
+  // In kbit/s: a fixed value from now on, or a change from one value to the other.
   void setRate(uint32_t rate);
   void setRate(uint32_t from, uint32_t to, Milliseconds over);
 
-  // Closes the connections; the daemon goes on to listen.
+  // Closes the connections; the daemon still listens.
   void drop();
-  // As a daemon that has ended, and as one that is back and knows nothing any more. False with
-  // error() when the socket cannot be had again.
+  // vanish() acts like the end of the daemon, reappear() like its restart without any state. False
+  // with error() if the socket cannot be created again.
   void vanish();
   bool comeBack();
-  // These three hold for the requests that come from now on, not for one that waitForRequest() has
-  // seen already. How late answers come; 0: at once.
+  // The following three apply to requests that arrive from now on, not to a request that
+  // waitForRequest() has already reported. The delay of answers; 0: none.
   void delayAnswers(Milliseconds delay);
   bool refuse(const Refusal& refusal);
-  // While off, services neither answer nor report by themselves.
+  // While off, services send neither answers nor reports automatically.
   void setAnswering(bool on);
 
-  // Of a scenario: until its timeline is over and every expectation is decided.
+  // For a scenario: waits until its timeline is over and every expectation is decided.
   bool waitUntilDecided(Milliseconds timeout = patience());
-  // What the application did not do as the scenario expects, a line each; final after stop().
+  // The expectations that the application did not meet, one line each; final after stop().
   std::vector<std::string> failures() const;
 
  private:
