@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The fixture for GoogleTest: what it makes of scenarios that are wrong or not met.
+// The fixture for GoogleTest: its behaviour with scenarios that are wrong or not met.
 #include <gtest/gtest-spi.h>
 
 #include <cstring>

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-// An application in a few lines: it writes down what its callbacks are told, as text. Callbacks are
-// static, as they get no data of their own; `lock` guards the lines.
+// A small application that records the arguments of its callbacks as text. Callbacks are static
+// because they have no user data. `lock` guards the lines.
 namespace kitclient {
 
 struct Heard {
@@ -79,7 +79,7 @@ inline void onHandoff(LliHandoffIndType type, LliPreHandoffState preState,
       std::to_string(info->estimatedInterruptionDuration));
 }
 
-// Criteria that can be told in the daemon's record.
+// Criteria that can be recognised in the daemon's record.
 inline LceReportingCriteria criteria() {
   LceReportingCriteria some = {};
   some.criteriaValue1 = 17;

@@ -6,7 +6,8 @@
 
 namespace kitclient {
 
-// A test with a daemon and an application of three services, which it ends. Used on its thread.
+// A test with a daemon and an application of three services; both end with the test. Used on the
+// test's thread.
 class Kit : public orbsim::testkit::DaemonTest {
  protected:
   void SetUp() override {

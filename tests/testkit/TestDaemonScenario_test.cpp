@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// What the test kit promises of scenarios.
+// What the test kit promises about scenarios.
 #include <stdlib.h>
 
 #include <filesystem>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// What the test kit promises, against the library itself, outside of any sandbox.
+// What the test kit promises, with the real library and outside of any sandbox.
 #include <stdlib.h>
 
 #include <filesystem>
@@ -14,7 +14,7 @@ using namespace kitclient;
 using namespace orbsim::testkit;
 using Phase = HandoffPhase::Phase;
 
-// Its place.
+// The socket.
 
 TEST_F(Kit, HasAPlaceOfItsOwnWhichGoesWithIt) {
   std::string path;
@@ -68,7 +68,7 @@ TEST_F(Kit, OneDaemonOfAProcessHasItsConnections) {
 }
 
 TEST_F(Kit, BeginsAnewAfterAStop) {
-  EXPECT_TRUE(daemon().start());  // it runs
+  EXPECT_TRUE(daemon().start());  // it already runs
   enableLce();
   daemon().stop();
   EXPECT_FALSE(daemon().running());
@@ -82,7 +82,7 @@ TEST_F(Kit, BeginsAnewAfterAStop) {
   EXPECT_EQ(1u, daemon().connections());
 }
 
-// What the application does.
+// The actions of the application.
 
 TEST_F(Kit, RequestsAreTold) {
   enableLce();
@@ -147,10 +147,10 @@ TEST(KitBeforeItsStart, SaysSo) {
   daemon.stop();
 }
 
-// What the daemon sends.
+// The messages of the daemon.
 
 TEST_F(Kit, ReportsOfCapacityArriveAsTheyWereSent) {
-  EXPECT_EQ(0, daemon().send(Capacity{1}));  // nobody has asked for anything
+  EXPECT_EQ(0, daemon().send(Capacity{1}));  // no client has sent a request yet
   enableLce();
   EXPECT_EQ(1, daemon().send(Capacity{50000, 3, false, 700, "NONE"}));
   EXPECT_TRUE(waitFor("capacity 1 50000 3 0 700"));
@@ -159,7 +159,7 @@ TEST_F(Kit, ReportsOfCapacityArriveAsTheyWereSent) {
   EXPECT_EQ(1, daemon().send(Capacity{7, 7, true, 0, "CRITERIA_NOT_SET"}));
   EXPECT_EQ(1, daemon().send(Capacity{3000}));
   EXPECT_TRUE(waitFor("capacity 1 3000 7 1 0"));
-  EXPECT_EQ(3u + 1u, lines().size() - 1u);  // with the status of the enable, and nothing else
+  EXPECT_EQ(3u + 1u, lines().size() - 1u);  // plus the status of the enable, and nothing else
   EXPECT_EQ(-1, daemon().send(Capacity{1, 8}));
   EXPECT_EQ("confidence: wrong value: 8", daemon().error());
 }
@@ -265,7 +265,7 @@ TEST_F(Kit, RateIsHeldAndGoesItsWay) {
   EXPECT_TRUE(reaches(2000));
 }
 
-// What happens to the daemon.
+// Events of the daemon.
 
 TEST_F(Kit, DropClosesConnectionsAndTheDaemonStays) {
   enableLce();
@@ -285,7 +285,7 @@ TEST_F(Kit, VanishedDaemonIsNobodyUntilItComesBack) {
   EXPECT_TRUE(daemon().waitForDisconnections(1));
   EXPECT_EQ(0u, daemon().connections());
   clear();
-  EXPECT_EQ(0, createLceClient(onLce));  // the library tries for five seconds
+  EXPECT_EQ(0, createLceClient(onLce));  // the library tries to connect for five seconds
   ASSERT_TRUE(daemon().comeBack()) << daemon().error();
   EXPECT_TRUE(waitFor("lce status 0"));
 }
@@ -301,7 +301,7 @@ TEST_F(Kit, DaemonCannotComeBackWhereAnotherIs) {
   EXPECT_EQ("somebody else has the socket now: " + daemon().socketPath(), daemon().error());
 }
 
-// What it answers.
+// The answers of the daemon.
 
 TEST_F(Kit, AnswersComeLate) {
   enableLce();
@@ -319,9 +319,9 @@ TEST_F(Kit, AnswersMayNotCome) {
   daemon().setAnswering(false);
   EXPECT_EQ(0, createLceClient(onLce));
   ASSERT_TRUE(daemon().waitForRequest(Service::kLce, "enable"));
-  daemon().setAnswering(true);  // for the requests to come
+  daemon().setAnswering(true);  // for later requests
   enableLce();
-  // Whatever the first request was answered with would have come before this.
+  // An answer to the first request would have come before this one.
   EXPECT_EQ(1, daemon().send(Capacity{1}));
   ASSERT_TRUE(waitFor("capacity 1 1 7 1 0"));
   EXPECT_EQ((std::vector<std::string>{"lce status 0", "capacity 1 1 7 1 0"}), lines());
@@ -337,7 +337,7 @@ TEST_F(Kit, RefusedRequestsAreAnsweredSo) {
   clear();
   for (int i = 0; i < 3; ++i) EXPECT_LT(0, lceSetReportingCriteria(&some, onCriteria));
   EXPECT_TRUE(waitFor("criteria 1"));
-  EXPECT_EQ(3u, lines().size());  // twice a status before
+  EXPECT_EQ(3u, lines().size());  // two statuses came before
   EXPECT_FALSE(daemon().refuse({Service::kLle, "set-criteria", "TYPE_MISMATCH"}));
   EXPECT_NE("", daemon().error());
 }

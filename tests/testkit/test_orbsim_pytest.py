@@ -60,7 +60,7 @@ def test_end_of_a_scenario_is_counted_wherever_it_stands(orbsim, tmp_path):
     scenario = {"interval": 0.1, "begin": "listening", "end": 2}
     (tmp_path / "mine.json").write_text(json.dumps(scenario))
     ready = {**os.environ, "ORB_SCENARIOS": str(tmp_path)}
-    # Half a second more than the end: less than that without it.
+    # The limit is half a second after the end, so the program would take longer without an end.
     for form, env in ((scenario, None), (tmp_path / "mine.json", None), ("mine", ready)):
         begun = time.monotonic()
         with pytest.raises(Exception, match="timed out"):

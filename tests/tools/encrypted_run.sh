@@ -2,15 +2,15 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# A whole run with encrypted logging: keys from orblog, an application beside the daemon stand-in,
-# and then orblog must print exactly what the diagnostic channel got. Run by ctest inside the
+# A complete run with encrypted logging: keys from orblog, an application with the daemon stand-in.
+# Then orblog must print exactly the lines that the diagnostic channel got. Run by ctest inside the
 # sandbox: encrypted_run.sh ORBLOG ORBD_SIM ALL_SERVICES
 set -euo pipefail
 
 orblog=$1 simulator=$2 application=$3
 logs=/data/vendor/orb_logs
 work=$(mktemp -d)
-# What runs besides when this fails would keep the sandbox and its output open.
+# Remaining background processes would keep the sandbox and its output open.
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
 
 fail() {
@@ -29,8 +29,8 @@ stop_serving() {
   kill "$daemon"
   wait "$daemon"
 }
-# What the diagnostic channel gets goes to standard error, one line for a packet. The application's
-# own lines stand between them, each where it was said.
+# The diagnostic channel goes to standard error, one line per packet. The application's own lines
+# are between them, in the order of writing.
 application() {
   ORB_LOG_LEVEL=S ORB_DIAG_FILE=- "$application" "$@" >"$work/packets" 2>&1 || {
     local status=$?
@@ -40,20 +40,21 @@ application() {
   }
   packets "$work/packets" >"$work/sent"
   total=$(wc -l <"$work/sent")
-  # Its last word is the summary, once everything is disabled. Then the process exits: encryption
-  # ends before that, and what threads of the library still say goes to the channel alone.
+  # The application's last line is the summary, after everything is disabled. Then the process
+  # exits. Encryption ends before that, so later lines of the library's threads go only to the
+  # channel.
   local last
   last=$(grep -n -v '^1E15 ' "$work/packets" | tail -n 1)
   [[ $last =~ ^([0-9]+):.*\ reports$ ]] || fail "no summary is the last word: $last"
   certain=$(head -n "${BASH_REMATCH[1]}" "$work/packets" | packets | wc -l)
   ((certain > 0)) || fail "nothing was logged"
 }
-# Encryption begins with the line that names the version; what is said before goes to the channel only.
+# Encryption begins with the line that has the version; earlier lines go only to the channel.
 packets() {
   sed -n 's/^1E15 //p' "${1:--}" | sed -n '/|ORB|Log::printVersion:155 /,$p'
 }
-# As packets, of an application that is starting, running or was killed: the last line may lack its
-# end.
+# Like packets, but the application may be starting, running or killed: the last line may be cut
+# off.
 whole_packets() {
   [[ -e $1 ]] || return 0
   packets "$1" | head -n "$(packets "$1" | wc -l)"
@@ -61,7 +62,7 @@ whole_packets() {
 decrypt() {
   "$orblog" decrypt --key "$work/keys/orb_log_private.pem" "$logs/other" >"$1"
 }
-# As decrypt, of files whose writer was killed: only the very last record may lack its end.
+# Like decrypt, but the writer of the files was killed: only the very last record may be cut off.
 decrypt_of_killed() {
   local status=0
   decrypt "$1" 2>"$work/errors" || status=$?
@@ -112,8 +113,8 @@ for ((round = 1; round <= 5; ++round)); do
   start_over
   rm -f "$work/packets"  # the last round's must not be taken for this one's
   serve 100
-  # At a random moment the process is gone; the last record may not have come to the diagnostic
-  # channel any more, which gets it after the file.
+  # The process is killed at a random moment. The file gets a record before the diagnostic channel
+  # does, so the channel may lack the last record.
   ORB_LOG_LEVEL=S ORB_DIAG_FILE=- "$application" --seconds 60 2>"$work/packets" >/dev/null &
   running=$!
   until [[ -n $(whole_packets "$work/packets") ]]; do

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# Examples fail visibly where there is no daemon: a message, and an exit status. Wrong use is another
-# one. Run by ctest inside the sandbox: examples_alone.sh EXAMPLE...
+# Without a daemon, examples must fail with a message and an exit status. Wrong use gives another
+# status. Run by ctest inside the sandbox: examples_alone.sh EXAMPLE...
 set -euo pipefail
 
 work=$(mktemp -d)

@@ -2,15 +2,15 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# An application with all three services talks to the daemon stand-in through a relay, and then to
-# the recording of that: its own output must be the same. Run by ctest inside the sandbox:
+# An application with all three services runs through a relay to the daemon stand-in, and then with
+# a replay of that recording: its output must be the same. Run by ctest inside the sandbox:
 # orbd_relay.sh ORBD_SIM ALL_SERVICES
 set -euo pipefail
 
 simulator=$1 application=$2
 export ORB_LOG_LEVEL=S
 work=$(mktemp -d)
-# What runs besides when this fails would keep the sandbox and its output open.
+# Remaining background processes would keep the sandbox and its output open.
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
 
 fail() {
@@ -25,7 +25,7 @@ expect_status() {
   ((status == wanted)) || fail "exit status $status of: $*"
   [[ ! -s $work/out && $(<"$work/err") == "$message" ]] || fail "$(<"$work/err")"
 }
-# serve SOCKET LOG ARGUMENT...: its process is $served.
+# serve SOCKET LOG ARGUMENT...: sets $served to the process.
 serve() {
   local socket=$1 log=$2
   shift 2
@@ -40,7 +40,8 @@ end() {
   wait "$1" || fail "exit status $? at the end"
 }
 reports() { grep -ci "^$1  .* to \|^$1  .*link " "$2" || true; }
-# run OUTPUT LCE LLE LLI: until the application has said so many things of each, then Ctrl-C.
+# run OUTPUT LCE LLE LLI: until the application has printed this number of lines of each service,
+# then Ctrl-C.
 run() {
   local output=$1 line
   shift
@@ -88,7 +89,7 @@ serve "$work/daemon" "$work/daemon.log" --socket "$work/daemon" --interval 1000 
 daemon=$served
 serve /dev/socket/orb "$work/trace" relay --to "$work/daemon" --trace --json --record "$work/session"
 run "$work/live" 3 3 2
-# The application has gone; that the relay knows is to be in its log before it is told to end.
+# The application has disconnected. The relay's log must show this before the relay is ended.
 closed='"kind":"log","text":"connection 3 .* closed, '
 grep -qm1 "$closed" < <(timeout 20 tail -n +1 -f "$work/trace") || fail "no end in the log"
 end "$served"
@@ -107,7 +108,7 @@ for speed in 1 4; do
   run "$work/replayed" "$(reports lce "$work/live")" "$(reports lle "$work/live")" \
     "$(reports lli "$work/live")"
   end "$served"
-  # The services have a thread each, so only what each of them says is in order.
+  # Each service has its own thread, so only the lines of one service are in order.
   for service in lce lle lli; do
     diff <(grep "^$service " "$work/live") <(grep "^$service " "$work/replayed") >&2 ||
       fail "$service is not what it was"
@@ -142,7 +143,7 @@ relay=$!
 until [[ -S /dev/socket/orb ]]; do
   kill -0 "$relay" || fail "not served"
 done
-# A pipe holds 64 KiB, and these make more.
+# A pipe holds 64 KiB; this output is larger.
 run "$work/unread" 200 200 1
 kill "$relay"
 lines=$(cat <&6)

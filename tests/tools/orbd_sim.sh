@@ -12,7 +12,7 @@ fail() {
   echo "FAILED: $1" >&2
   exit 1
 }
-# What is wrong is said in one line, and that is all that happens.
+# Wrong arguments give one line with the reason and no other action.
 expect_refused() {
   local wanted=$1 status=0
   shift
@@ -21,7 +21,7 @@ expect_refused() {
   [[ ! -s $work/out && $(<"$work/err") == "orbd-sim: $wanted; try 'orbd-sim --help'" ]] ||
     fail "$(<"$work/err")"
 }
-# Right use, but it cannot be done.
+# The arguments are right, but the program cannot do it.
 expect_failure() {
   local wanted=$1 status=0
   shift
@@ -72,7 +72,7 @@ expect_failure "cannot listen on $work/file: it exists and is no socket" --socke
 "$simulator" -h | cmp - <("$simulator" --help) || fail "-h"
 "$simulator" --help | grep '^Faults that exclude each other are refused' >/dev/null || fail "--help"
 
-# The one directory that it makes.
+# The only directory that it creates.
 rmdir /dev/socket
 start
 expect_line "made /dev/socket"
@@ -84,7 +84,7 @@ expect_line "stopped"
 wait "$process" || fail "exit status $?"
 [[ ! -e /dev/socket ]] || fail "the directory is still there"
 
-# Anywhere else, and beside the socket of one that was killed.
+# Another path, and a path with the socket of a killed daemon.
 start --socket "$work/orb"
 expect_line "listening on $work/orb"
 kill -KILL "$process"
@@ -94,7 +94,7 @@ expect_line "listening on $work/orb"
 kill -INT "$process"
 expect_line "stopped"
 
-# A fault tells that it is there.
+# The log reports a fault.
 start -qs "$work/orb"
 until [[ -S $work/orb ]]; do
   kill -0 "$process" || fail "it has ended"

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# What the tests of the daemon stand-in as a program have in common. Sourced by bash with set -e, after
-# $simulator, the program, and $work, a folder of the test's own, are set.
+# Common functions of the tests of the daemon stand-in as a program. Sourced by bash with set -e,
+# after $simulator (the program) and $work (a folder of the test) are set.
 # shellcheck shell=bash
 : "${simulator:?}" "${work:?}"
 
@@ -11,17 +11,17 @@ fail() {
   cat "$work/err" >&2 || true
   exit 1
 }
-# expect STATUS ARGUMENT...: what is printed is in $work/out and $work/err then.
+# expect STATUS ARGUMENT...: $work/out and $work/err get the output.
 expect() {
   local wanted=$1 status=0
   shift
   "$simulator" "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
   ((status == wanted)) || fail "status $status, not $wanted, of: $*"
 }
-# A moment between two looks at what another process does, so that looking leaves the processor to it.
+# A pause between two checks of another process, so that polling does not take its processor time.
 mkfifo "$work/moment"
 moment() { read -r -t 0.1 _ <>"$work/moment" || true; }
-# await PROCESS COMMAND...: until the command succeeds. Fails when the process has ended without that.
+# await PROCESS COMMAND...: waits until the command succeeds. Fails if the process ends before that.
 await() {
   local process=$1
   shift

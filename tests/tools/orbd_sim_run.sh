@@ -3,13 +3,13 @@
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
 # Scenarios and orders of the daemon stand-in as a program. Run by ctest inside the sandbox, whose
-# /dev/socket the runs then use: orbd_sim_run.sh ORBD_SIM ALL_SERVICES
+# /dev/socket the runs use: orbd_sim_run.sh ORBD_SIM ALL_SERVICES
 set -euo pipefail
 
 simulator=$1 application=$2
 work=$(mktemp -d)
 export ORB_LOG_LEVEL=S simulator work
-# What runs besides when this fails would keep the sandbox and its output open.
+# Remaining background processes would keep the sandbox and its output open.
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
 
 # shellcheck source=tests/tools/orbd_sim_checks.bash
@@ -80,13 +80,13 @@ grep -q '^orbd-sim run: --trace requires --log; try ' "$work/err" || fail "--tra
 expect 2 run --log - --json steady -- true
 
 echo "where the socket is"
-# Who may make the daemon's own place owns it.
+# A user who can create the default path uses it.
 rmdir /dev/socket
 expect 0 run --log "$work/log" steady -- test -S /dev/socket/orb
 grep -q ' made /dev/socket$' "$work/log" || fail "the folder is not told of"
 [[ ! -e /dev/socket ]] || fail "the folder is left"
 mkdir /dev/socket
-# Others have a place of their own, and are told that an ordinary application does not look there.
+# Other users get a separate path, and a message that normal applications do not use it.
 chmod 555 /dev/socket
 long=$work/$(printf '%0100d' 0)
 mkdir "$long"
@@ -105,14 +105,14 @@ says "orbd-sim run: cannot make a folder in /tmp: Permission denied"
 chmod 1777 /tmp
 chmod 755 /dev/socket
 
-# Who started the run may have had no interest in the status of children.
+# The parent may have ignored SIGCHLD.
 status=0
 timeout 300 env --ignore-signal=CHLD -- "$simulator" run steady -- bash -c 'exit 7' || status=$?
 ((status == 7)) || fail "status $status where SIGCHLD was ignored"
 nothing_left
 
 echo "ready scenarios"
-# The application wants something of every service: without a handoff its status is 1.
+# The application needs values of every service: without a handoff its status is 1.
 expect 1 run steady -- "$application" --seconds 5
 grep -q '^lce  .* 40.0 Mbit/s' "$work/out" || fail "steady rate"
 grep -q '^lle  uplink 25.0 ms, downlink 25.0 ms, LTE$' "$work/out" || fail "steady latency"
@@ -141,13 +141,13 @@ expect 3 run "$work/expect.json" -- "$application" --seconds 5
 [[ $(wc -l <"$work/err") == 2 ]] || fail "a line for each that failed"
 grep -q '^orbd-sim run: /expect/0: no lle set-criteria criteria=2 within 1 s$' "$work/err" || fail "0"
 grep -q '^orbd-sim run: /expect/2: lli at ' "$work/err" || fail "2"
-# Whatever the command's own status is.
+# Independent of the command's own status.
 expect 3 run "$work/expect.json" -- bash -c 'exit 1'
 
 echo "the scenario's end"
 scenario end '{"end": 0.2}'
 expect 0 run "$work/end.json" -- sleep 600
-# Time begins with the command's connection, before which it has set its trap.
+# Time begins with the command's connection, and the command has set its trap before that.
 scenario end '{"begin": "connected", "end": 0.2}'
 export application
 # shellcheck disable=SC2016
@@ -155,7 +155,7 @@ expect 5 run "$work/end.json" -- bash -c 'trap "kill \$!; exit 5" TERM; "$applic
 nothing_left
 
 echo "signals"
-# Sends a signal to a run whose command says when it is ready to get one.
+# Sends a signal to a run when its command is ready for it.
 signalled() {
   local wanted=$1 script=$2 status=0
   shift 2
@@ -175,7 +175,7 @@ signalled() {
 signalled 5 'trap "exit 5" TERM; echo ready; while :; do read -t 1 || true; done <> <(:)' -TERM
 signalled 6 'trap "exit 6" INT; echo ready; while :; do read -t 1 || true; done <> <(:)' -INT
 signalled $((128 + 1)) 'echo ready; exec sleep 600' -HUP
-# A second one waits for nobody.
+# After a second signal, it waits for nothing.
 signalled $((128 + 15)) 'trap "echo again" TERM; echo ready; while :; do read -t 1 || true; done <> <(:)' \
   -TERM -TERM
 rm -f /dev/socket/orb
@@ -250,7 +250,7 @@ exec 4<&-
 ctl 1 status
 grep -q "^orbd-sim ctl: $work/control: No such file or directory" "$work/err" || fail "no daemon"
 
-# One that does not answer is not waited for without end.
+# Waiting for a stand-in that does not answer has a limit.
 exec 4< <(exec "$simulator" --socket "$work/stopped" --control "$work/control")
 process=$!
 read -r -u 4 _
@@ -264,7 +264,7 @@ kill -TERM "$process"
 wait "$process" || fail "exit status $?"
 exec 4<&-
 
-# The same of a run, whose command gives the orders here.
+# The same with a run whose command gives the orders.
 # shellcheck disable=SC2016
 expect 0 run --control "$work/control" steady -- \
   bash -c '"$simulator" ctl --control "$work/control" status && "$simulator" ctl --control "$work/control" set rate=5'

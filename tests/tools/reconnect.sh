@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# An example application beside a daemon that goes and comes back, and beside one that turns every
-# connection down: it comes back, and makes no storm. Run by ctest inside the sandbox:
+# An example application with a daemon that disappears and returns, and with one that refuses every
+# connection: the application must reconnect, but not too often. Run by ctest inside the sandbox:
 # reconnect.sh ORBD_SIM RECONNECT
 set -euo pipefail
 
@@ -17,7 +17,7 @@ fail() {
   cat "$work/out" "$work/err" "$work/log" >&2 || true
   exit 1
 }
-# play SCENARIO SECONDS: the scenario, to the application.
+# play SCENARIO SECONDS: plays the scenario for the application.
 play() {
   printf '%s\n' "$1" >"$work/scenario.json"
   local status=0
@@ -42,7 +42,7 @@ starts=$(count 'to-daemon .* action: START')
 ((criteria >= 2 && starts >= 2)) || fail "not everything was said anew"
 (($(grep -c '^reports arrive' "$work/out") >= 2)) || fail "no reports from the daemon that came back"
 attempts=$(sed -n 's/^\([0-9]*\) attempts, [1-9][0-9]* reports$/\1/p' "$work/out")
-# Each takes five seconds while nobody listens, and pauses lie between them.
+# Each attempt takes five seconds while no process listens, and there are pauses between attempts.
 ((attempts <= 8)) || fail "$attempts attempts"
 grep -qx 'reconnect: SERVICE_DOWN' "$work/err" || fail "it does not say why"
 
@@ -55,7 +55,7 @@ status=$(play '{"end": 60, "timeline": [{"at": 0, "fault": {"words": "die-after-
 ((status == 1)) || fail "status $status without a report"
 grep -qx 'reconnect: no report arrived' "$work/err" || fail "it does not say that nothing came"
 connections=$(count 'to-client .* handshake init$')
-# At 0, 1, 3 and 7 seconds; a loop without pauses would have thousands.
+# At 0, 1, 3 and 7 seconds; without pauses there would be thousands.
 ((connections >= 2 && connections <= 4)) || fail "$connections connections"
 mapfile -t pauses < <(sed -n 's/^attempt [0-9]* is over, the next in \([0-9]*\) s$/\1/p' "$work/err")
 expected=1

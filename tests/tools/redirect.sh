@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# An application beside a daemon stand-in where no sandbox can be made: redirect.sh SANDBOX ORBD_SIM
-# APPLICATION ORBCTL.
+# An application with a daemon stand-in on a machine where no sandbox can be made: redirect.sh
+# SANDBOX ORBD_SIM APPLICATION ORBCTL.
 set -euo pipefail
 
 sandbox=$1
@@ -16,7 +16,7 @@ fail() {
   exit 1
 }
 
-# A bubblewrap that may do nothing: nobody is to ask it.
+# A bubblewrap that always fails: it must not be called.
 mkdir "$work/bin"
 printf '#!/bin/sh\nexit 99\n' >"$work/bin/bwrap"
 chmod +x "$work/bin/bwrap"
@@ -38,17 +38,18 @@ grep -q "\"socket\":\"$(<"$work/socket")\"" "$work/status" || fail "$(<"$work/st
 grep -q '"services":.*"lli"' "$work/status" || fail "services were not asked: $(<"$work/status")"
 [[ ! -e $(dirname "$(<"$work/socket")") ]] || fail "the socket's folder is still there"
 
-# A run takes part by itself, wherever else it could listen.
+# orbd-sim run uses the redirection automatically, even if it could listen at another path.
 # shellcheck disable=SC2016
 "$sandbox" --redirect "$simulator" run steady -- bash -euc '
   [[ $ORB_SOCKET != /dev/socket/orb ]]
   "$application" --seconds 1 >"$work/out"' 2>"$work/err" || fail "status $? of a run: $(cat "$work/err")"
 grep -q '^LCE  [1-9][0-9]* reports' "$work/out" || fail "no reports of a run: $(cat "$work/out")"
-# This machine's loader tells of a library for another one, which bash cannot preload.
+# The loader of this machine reports an error for a library of another processor, so bash cannot be
+# used there.
 said=$(grep -v '^ERROR: ld.so: object .* from LD_PRELOAD cannot be preloaded' "$work/err" || true)
 [[ -z $said ]] || fail "a run said: $said"
 
-# Its status, its input, and where the socket is are the command's own.
+# The command has its own exit status, its input and the path of the socket.
 status=0
 [[ $(echo text | "$sandbox" -r cat) == text ]] || fail "standard input"
 "$sandbox" -r bash -c 'exit 7' || status=$?
@@ -57,7 +58,7 @@ status=0
 [[ $("$sandbox" -r bash -c 'echo "$ORB_SOCKET"') != $("$sandbox" -r bash -c 'echo "$ORB_SOCKET"') ]] ||
   fail "two commands have one socket"
 
-# What the documents show has the application's status, too.
+# The commands in the documents must also return the application's status.
 pages=$(dirname "$(dirname "$sandbox")")/docs
 # shellcheck disable=SC2016
 printf '#!/bin/sh\nexec "$sandbox" "$@"\n' >"$work/bin/orb-sandbox"
@@ -74,10 +75,10 @@ for page in testing-applications.md man/orb-sandbox.1; do
   ((status == 7)) || fail "status $status, not 7, of: $shown"
 done
 
-# A signal reaches the command, and what was made goes.
+# A signal reaches the command, and temporary files are removed.
 mkfifo "$work/ready"
 for signal in TERM INT HUP; do
-  # Bash has a command that it does not wait for ignore INT.
+  # In bash, background commands ignore INT.
   # shellcheck disable=SC2016
   (trap - INT && exec "$sandbox" --redirect bash -euc '
     trap "echo ended >\"\$work/ended\"; exit 9" TERM INT HUP

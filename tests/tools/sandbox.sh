@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# What scripts/sandbox promises: sandbox.sh SANDBOX. Works in the current directory, which the sandbox
-# keeps writable. A lock on a file tells who is left: it is free once nobody has the file open.
+# Tests of scripts/sandbox: sandbox.sh SANDBOX. Works in the current directory, which stays writable
+# in the sandbox. A lock on a file shows remaining processes: it is free when no process has the
+# file open.
 set -euo pipefail
 
 sandbox=$1
@@ -24,7 +25,7 @@ expect_status() {
 }
 nothing_left() { flock --timeout 60 "$lock" true || fail "$1 outlives the sandbox"; }
 
-# A daemon in full: nobody's child, a session of its own, no terminal, no pipe. It has the lock.
+# A full daemon: no parent, its own session, no terminal, no pipe. It holds the lock.
 # shellcheck disable=SC2016
 leave='exec 8>"$lock"
   flock 8
@@ -40,12 +41,12 @@ check() {
 
   inside 'grep -qx "CapEff:[[:blank:]]*0*" /proc/self/status' || fail "capabilities"
   inside 'grep -q "^[^ ]* /proc/sys [^ ]* ro[, ]" /proc/mounts' || fail "/proc/sys is not read-only"
-  # Only opened, in case it can be.
+  # Only opened, in case that is possible.
   inside '! { : >>/proc/sys/kernel/core_uses_pid; } 2>/dev/null' || fail "/proc/sys can be written"
   # shellcheck disable=SC2016
   inside '[[ -d /proc/$$/task/$$ ]]' || fail "/proc does not know the processes"
 
-  # Where the system lets its users have terminals of their own.
+  # If the system gives users their own terminals.
   ! bwrap --ro-bind / / --dev /dev -- true 2>/dev/null || inside ': <>/dev/ptmx' || fail "terminals"
 
   expect_status 0 "$leave"
@@ -56,7 +57,7 @@ check() {
 
 check
 
-# Whoever kills the sandbox itself ends what is in it, too.
+# Killing the sandbox itself also ends its processes.
 mkfifo "$work/ready"
 "$sandbox" bash -euc "$leave; echo >\"\$work/ready\"; exec sleep 600" &
 read -r <"$work/ready"
@@ -64,7 +65,7 @@ kill -KILL $!
 wait $! 2>/dev/null || true
 nothing_left "a daemon of a sandbox that was killed"
 
-# Where no /proc can be mounted.
+# On machines where /proc cannot be mounted.
 mkdir "$work/bin"
 cat >"$work/bin/bwrap" <<EOF
 #!/bin/bash
@@ -84,7 +85,7 @@ wait $! 2>/dev/null || status=$?
 ((status == 143)) || fail "status $status of a sandbox that was terminated"
 nothing_left "a daemon of a sandbox that was terminated"
 
-# What is wrong comes with the next step, in one line.
+# Each error is one line with the next step.
 expect_words() { # expect_words STATUS LINE ARGUMENT...
   local wanted=$1 line=$2 status=0
   shift 2
@@ -116,7 +117,7 @@ expect_words 2 "$name: --completion must be bash or zsh; try '$name --help'" --c
 [[ $("$sandbox" --completion=bash) == "$("$sandbox" --completion bash)" ]] || fail "--completion=bash"
 [[ $("$sandbox" --completion zsh) == "#compdef $name"* ]] || fail "--completion zsh"
 
-# What bash offers: the options, then a command, then what that takes.
+# The completions of bash: the options, then a command, then the words of that command.
 "$sandbox" --completion bash >"$work/completion"
 expect_offer() { # expect_offer OFFER SETTING WORD...
   local offer
@@ -125,7 +126,7 @@ expect_offer() { # expect_offer OFFER SETTING WORD...
     "_${3//-/_}" && echo "${COMPREPLY[*]}"' - "$work/completion" "$2" "$name" "${@:3}")
   [[ $offer == "$1" ]] || fail "'$offer' is offered for ${*:3}, not '$1'"
 }
-# A shell without and with what completes the words of any command.
+# A shell without and with completion for the words of any command.
 expect_offer "--redirect" "" --r
 expect_offer "-r --redirect -h --help -V --version --" "" -r -
 expect_offer "mapfile" "" -r mapf

@@ -2,9 +2,10 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# How runs of scripts/target end, and how they get along with each other: target_runs.sh SCRIPTS. A copy of
-# the scripts runs with a stand-in for npm, the first program that they start to make a compiler. It says
-# that it is there and stays until it is ended. A lock tells who is left, as in sandbox.sh.
+# How runs of scripts/target end, and how they wait for each other: target_runs.sh SCRIPTS. A copy
+# of the scripts runs with a stand-in for npm, the first program that they start to make a compiler.
+# The stand-in reports its start and runs until it is ended. A lock shows remaining processes, as in
+# sandbox.sh.
 set -euo pipefail
 
 work=$(mktemp -d "$PWD/target-runs.XXXXXX")
@@ -25,7 +26,7 @@ for project in project other; do
 done
 printf '#!/bin/sh\necho x86_64\n' >"$work/bin/uname"
 printf '#!/bin/sh\necho libprotoc 3.21.12\n' >"$work/bin/protoc"
-# Besides itself it leaves one process behind that has nobody, and a process group of its own.
+# It leaves one more process without a parent and with its own process group.
 cat >"$work/bin/npm" <<'NPM'
 #!/bin/bash
 exec 7>>"$lock"
@@ -37,10 +38,10 @@ NPM
 chmod +x "$work"/bin/* "$work"/*/scripts/setup
 PATH=$work/bin:$PATH
 mkfifo "$ready"
-# Not by its name, as to open that waits without a limit.
+# As a descriptor, because opening the FIFO by name would block without a limit.
 exec 5<>"$ready"
 
-# Wrong use: what is wrong comes in one line, and nothing is begun.
+# Wrong use gives one line with the reason, and starts nothing.
 refused() { # refused STATUS LINE ARGUMENT...
   local wanted=$1 line=$2 status=0
   shift 2
@@ -89,7 +90,7 @@ for signal in INT TERM HUP; do
   flock --timeout 60 "$lock" true || fail "something runs on after SIG$signal"
 done
 
-# The second run with FOLDER waits for the first, and says so: waits FOLDER PROJECT CACHE.
+# The second run with FOLDER waits for the first, and reports this: waits FOLDER PROJECT CACHE.
 waits() {
   local first second line said
   start first
@@ -100,7 +101,7 @@ waits() {
   start second "$2" "$3"
   second=$!
   said=
-  # Open for writing as well, so that its end is not the end of the file.
+  # Also open for writing, so that the reader gets no end of file.
   exec 6<>"$work/said.second"
   while [[ $said != *"another run has $1; waiting"* ]]; do
     read -r -t 60 -u 6 line || fail "the second run does not wait for $1: $said"
@@ -117,7 +118,7 @@ waits() {
 waits "$work/cache" other cache
 waits "$work/project/build/aarch64-musl" project another
 
-# Both are past the cache when they start CMake.
+# When they start CMake, both have passed the cache.
 ln -s npm "$work/bin/cmake"
 for project in project other; do
   echo 'nothing() { :; } && all_steps() { step one key nothing; }' >>"$work/$project/scripts/target.d/bootstrap.sh"

@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# What a tool takes stands in its man page and in its completions, and nowhere stands more: all three are
-# compared with the help of each of its commands. tool_documents.sh TOOL MAN_PAGE COMPLETIONS [OPTION...],
-# with the options of other programs that the page tells of. An empty COMPLETIONS: none are installed.
+# The help of a tool and of each of its commands, its man page and its completions must have the
+# same options and commands. tool_documents.sh TOOL MAN_PAGE COMPLETIONS [OPTION...], with the
+# options of other programs that are in the page. An empty COMPLETIONS: none are installed.
 set -euo pipefail
 
 tool=$1 page=$2 built=$3
@@ -15,7 +15,8 @@ fail() {
   echo "FAILED: $1" >&2
   exit 1
 }
-# Long options and commands, a line each, of the help of this command and of those below it.
+# Prints the long options and commands in the help of this command and of its subcommands, one per
+# line.
 words_of() {
   local help command
   help=$("$tool" "$@" --help) || fail "no help of: $*"
@@ -28,13 +29,13 @@ words_of() {
 words_of | sort -u >"$work/words"
 grep -qx -- --help "$work/words" || fail "no options found in the help"
 
-# The page as it is read, without what the formatter puts in; in one line for each word.
+# The text of the page without formatting.
 sed -e '/^\.\\"/d' -e 's/\\f[A-Z]//g' -e 's/\\&//g' -e 's/\\-/-/g' "$page" >"$work/page"
 grep -oE -- '--[a-z][a-z-]*' "$work/page" | sort -u >"$work/in_page" || true
 while read -r word; do
   grep -qE -- "(^|[^a-z-])$word([^a-z-]|\$)" "$work/page" || fail "$page does not tell of $word"
 done <"$work/words"
-# For those who build packages: the help is silent of it.
+# For package builders; it is not in the help.
 "$tool" --completion bash >/dev/null || fail "no --completion"
 unknown=$(comm -13 "$work/words" "$work/in_page" |
   grep -vxF -e --completion -f <(printf '%s\n' "${others[@]}") || true)

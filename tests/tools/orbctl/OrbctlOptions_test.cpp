@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What orbctl says about itself, and to wrong use.
+// The help of orbctl, and its reaction to wrong use.
 #include <gtest/gtest.h>
 
 #include "OrbctlProgram.h"

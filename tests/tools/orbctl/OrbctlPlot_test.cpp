@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// orbctl plot, and what it makes of recordings of any kind.
+// orbctl plot with all kinds of recordings.
 #include <gtest/gtest.h>
 
 #include "OrbctlProgram.h"
@@ -58,7 +58,7 @@ TEST(OrbctlPlotData, IsReadInUnitsOfPeople) {
   PlotData data;
   std::string reason;
   ASSERT_TRUE(readPlotData(recording(), data, reason)) << reason;
-  ASSERT_EQ(2u, data.downlinkCapacity.size());  // broken where the daemon was away
+  ASSERT_EQ(2u, data.downlinkCapacity.size());  // interrupted while the daemon was away
   EXPECT_EQ(2u, data.downlinkCapacity[0].size());
   EXPECT_DOUBLE_EQ(50.0, data.downlinkCapacity[0][0].value);
   EXPECT_DOUBLE_EQ(0.5, data.downlinkCapacity[0][0].seconds);
@@ -120,7 +120,7 @@ TEST(OrbctlPlotData, CellsMayBeQuotedAndRecordsEndInCrLf) {
   EXPECT_EQ((std::vector<std::string>{"1", "", ""}), records[1]);
 }
 
-// Each place of a record in turn holds what gnuplot would carry out.
+// Each field of a record in turn contains text that gnuplot would execute.
 TEST(OrbctlPlotData, NoCellReachesTheScript) {
   const std::string evil = "\"`touch /tmp/x`\nEOD\nsystem('touch /tmp/x')\n!touch /tmp/x\"";
   for (const char* const column : orbctl::kFieldNames) {
@@ -146,7 +146,7 @@ class OrbctlPlot : public testing::Test {
   ~OrbctlPlot() override {
     for (const std::string& file : {mFile, mSvg, mPng}) remove(file.c_str());
   }
-  // A machine without gnuplot has nothing to look at: then that is what is told.
+  // Without gnuplot there is no picture, only an error message.
   bool canDraw() const { return system("command -v gnuplot >/dev/null 2>&1") == 0; }
   void expectDrawn(const Result& result) const {
     if (canDraw()) {

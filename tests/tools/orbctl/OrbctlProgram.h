@@ -33,12 +33,13 @@ inline bool contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-// How a program is started, beside its arguments. The library's log is switched off, in the way in
-// which standard error stays as it is for what a checker reports.
+// How to start the program, in addition to its arguments. The library's log is switched off in a
+// way that keeps standard error for the reports of sanitizers.
 struct Setting {
-  std::vector<std::string> environment;  // NAME=VALUE, or NAME for none; else the test's own
-  std::string out;                       // a file in the place of the pipe for standard output
-  bool terminal = false;                 // all streams are one terminal
+  std::vector<std::string>
+      environment;        // NAME=VALUE, or NAME to unset it; otherwise the test's environment
+  std::string out;        // a file instead of the pipe for standard output
+  bool terminal = false;  // all streams are one terminal
   unsigned short columns = 80, rows = 24;
 };
 
@@ -49,8 +50,8 @@ inline Setting settingOf(std::vector<std::string> environment, std::string out =
   return setting;
 }
 
-// orbctl, running, with its outputs in pipes or on a terminal of its own, which is read by out().
-// Made and used by the test's thread, which reads only while it waits.
+// A running orbctl, with its outputs in pipes or on a separate terminal, which out() reads. Created
+// and used by the test's thread, which reads only while it waits.
 class Orbctl {
  public:
   explicit Orbctl(const std::vector<std::string>& arguments, const Setting& setting = {}) {
@@ -67,7 +68,7 @@ class Orbctl {
     (void)wait();
   }
 
-  // Reads until a text has come after the place that the last wait has reached.
+  // Reads until the text has come after the position of the last wait.
   bool waitForOut(const std::string& text) {
     for (;;) {
       const size_t found = mOut.text.find(text, mSeen);
@@ -87,15 +88,16 @@ class Orbctl {
     const winsize size = {rows, columns, 0, 0};
     if (ioctl(mOut.fd.get(), TIOCSWINSZ, &size) != 0) std::abort();
   }
-  // What the terminal does with keys and lines.
+  // The settings of the terminal for keys and lines.
   termios terminal() const {
     termios settings = {};
     if (tcgetattr(mTerminal.get(), &settings) != 0) std::abort();
     return settings;
   }
-  // Reads outputs to their ends. The exit status, or minus the signal that ended it.
+  // Reads the outputs to their end. Returns the exit status, or minus the number of the signal that
+  // ended the program.
   int wait() {
-    // The terminal that the test holds open would have no end.
+    // The test holds the terminal open, so it would never end.
     while (mProcess > 0 && (mOut.fd.get() >= 0 || mError.fd.get() >= 0)) {
       if (mTerminal.get() >= 0 ? !drainTerminal() : !readOne()) break;
     }
@@ -104,7 +106,7 @@ class Orbctl {
   }
   const std::string& out() const { return mOut.text; }
   const std::string& error() const { return mError.text; }
-  // Of a program that has ended: how long it computed, in ms.
+  // The processor time of the ended program in ms.
   int64_t computedMs() const { return mComputedMs; }
 
  private:
@@ -125,7 +127,7 @@ class Orbctl {
       for (const std::string& text : wanted) replaced |= nameOf(text) == nameOf(*variable);
       if (!replaced) variables.emplace_back(*variable);
     }
-    // The later of two with one name is the test's.
+    // If a name is there twice, the later one is the test's.
     for (size_t i = 0; i < wanted.size(); ++i) {
       bool later = false;
       for (size_t j = i + 1; j < wanted.size(); ++j)
@@ -175,7 +177,7 @@ class Orbctl {
     const std::vector<char*> argv = pointersTo(words), envp = pointersTo(variables);
     mProcess = fork();
     if (mProcess == 0) {
-      // Its keys for signals reach those whose terminal it is.
+      // The terminal must be the controlling terminal, so that its keys send signals.
       setsid();
       ioctl(mTerminal.get(), TIOCSCTTY, 0);
       for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) dup2(mTerminal.get(), fd);
@@ -184,7 +186,7 @@ class Orbctl {
     }
   }
 
-  // Reads what is there of either output; false when nothing more comes.
+  // Reads the available data of both outputs; false at the end of both.
   bool readOne() {
     std::array<pollfd, 2> waited = {{{mOut.fd.get(), POLLIN, 0}, {mError.fd.get(), POLLIN, 0}}};
     if (mOut.fd.get() < 0 && mError.fd.get() < 0) return false;
@@ -202,7 +204,7 @@ class Orbctl {
       stream.fd.reset();
     }
   }
-  // Until the program has ended, and then what it has left.
+  // Waits until the program has ended, and then reads the remaining output.
   bool drainTerminal() {
     const bool ended = reap(WNOHANG);
     pollfd waited = {mOut.fd.get(), POLLIN, 0};
@@ -232,7 +234,7 @@ class Orbctl {
   int mStatus = -1;
   int64_t mComputedMs = 0;
   size_t mSeen = 0;
-  UniqueFd mTerminal;  // kept open, so that its settings can be looked at afterwards
+  UniqueFd mTerminal;  // kept open, so that its settings can be checked later
   Stream mOut, mError;
 };
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// orbctl watch on a terminal: the whole screen where it can be had, and lines elsewhere.
+// orbctl watch on a terminal: the whole screen if possible, otherwise lines.
 #include <gtest/gtest.h>
 
 #include "OrbctlProgram.h"
@@ -61,7 +61,7 @@ TEST_F(OrbctlScreen, ShowsAllServicesAndGivesTheTerminalBackAfterQ) {
   EXPECT_TRUE(program.waitForOut("LLI handoff"));
   EXPECT_TRUE(program.waitForOut("q quit"));
   EXPECT_TRUE(program.waitForOut(" Mbit/s"));
-  EXPECT_TRUE(program.waitForOut("\u2192")) << program.out();  // from one technology to another
+  EXPECT_TRUE(program.waitForOut("\u2192")) << program.out();  // the arrow between two technologies
   program.type("q");
   EXPECT_EQ(0, program.wait());
   EXPECT_TRUE(contains(program.out(), kLeave));
@@ -153,7 +153,7 @@ TEST_F(OrbctlScreen, TerminalOfAnotherCharacterSetGetsPlainBars) {
   EXPECT_FALSE(contains(program.out(), "\u2588")) << program.out();
 }
 
-// What did not change is not written again.
+// Unchanged parts are not written again.
 TEST_F(OrbctlScreen, OnlyDifferencesAreWritten) {
   startDaemon();
   Orbctl program({"watch"}, terminal("xterm"));

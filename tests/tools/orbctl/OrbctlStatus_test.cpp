@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// orbctl status beside daemons in all their states.
+// orbctl status with daemons in all states.
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -25,7 +25,7 @@ class OrbctlStatus : public testing::Test {
     chmod(orbsim::kSocketDirectory, 0755);
     remove(orbsim::kSocketPath);
   }
-  // The daemon in that state; words as those of orbd-sim --faults.
+  // Starts the daemon in that state; the words are those of orbd-sim --faults.
   void startDaemon(const std::string& list = "") {
     orbsim::Faults faults;
     std::string error;
@@ -40,7 +40,7 @@ class OrbctlStatus : public testing::Test {
     mDaemon.setHandshake(std::move(script));
     ASSERT_TRUE(mDaemon.start()) << mDaemon.error();
   }
-  // Answers a service's enabling with a status of its own.
+  // Answers the enable of a service with another status.
   template <typename Message, typename Status>
   void answerWith(uint32_t service, Status status) {
     Message answer;
@@ -52,7 +52,7 @@ class OrbctlStatus : public testing::Test {
       return true;
     });
   }
-  // The text begins with this, and names the next step in its last line.
+  // The text must begin with this, and its last line must have the next step.
   static void expect(const Result& result, int status, const std::string& begin,
                      const std::string& part = "") {
     EXPECT_EQ(status, result.status) << result.out << result.error;
@@ -67,7 +67,7 @@ class OrbctlStatus : public testing::Test {
   static Result status(const std::string& timeout = "20") {
     return runOrbctl({"status", "--timeout", timeout});
   }
-  // Of a state in which something does not come.
+  // For a state in which the program waits until its timeout.
   static Result shortStatus() { return status("2"); }
 
   orbsim::Daemon mDaemon;
@@ -146,7 +146,7 @@ TEST_F(OrbctlStatus, ConnectionThatIsNotAccepted) {
   const UniqueFd waiting(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   const sockaddr_un address = {AF_UNIX, "/dev/socket/orb"};
   ASSERT_EQ(0, connect(waiting.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address));
-  // A kernel that does not list those that wait leaves one thing to say.
+  // If the kernel cannot list waiting connections, only one result is possible.
   if (orbctl::isPending(waiting.get()) == orbctl::Pending::kUnknown) {
     expect(shortStatus(), 8, "silent: ");
   } else {
@@ -306,7 +306,7 @@ TEST_F(OrbctlStatus, LogOfTheLibraryIsKeptAway) {
 
 TEST_F(OrbctlStatus, FullDiskIsTold) {
   const Result result = runOrbctl({"status", "-s", "/tmp/no/such/orb"}, settingOf({}, "/dev/full"));
-  EXPECT_EQ(3, result.status);  // the case that was found is worth more
+  EXPECT_EQ(3, result.status);  // the result of the check is more important than the output error
   EXPECT_TRUE(contains(result.error, "orbctl: standard output: ")) << result.error;
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What the screen of orbctl watch shows, and what is underneath.
+// The screen of orbctl watch, and the classes behind it.
 #include <gtest/gtest.h>
 #include <poll.h>
 

@@ -24,7 +24,7 @@ class OrbctlWatch : public testing::Test {
     mDaemon = std::make_unique<orbsim::Daemon>(mOptions);
   }
   void startDaemon() { ASSERT_TRUE(mDaemon->start()) << mDaemon->error(); }
-  // The LCE requests that the daemon got, once it has so many.
+  // Waits for this number of LCE requests and returns them.
   std::vector<LceProto::ServiceMsg> lceRequests(size_t count) {
     EXPECT_TRUE(mDaemon->waitForFrames(count));
     std::vector<LceProto::ServiceMsg> requests;
@@ -112,7 +112,7 @@ TEST_F(OrbctlWatch, TimeWithoutAnAnswerIsAFailure) {
   EXPECT_EQ("orbctl watch: no service answered; see orbctl status\n", result.error);
 }
 
-// One after the other: the bound is a share of the time that the program itself was told.
+// One after the other; the limit is relative to the time that the program was told to run.
 TEST_F(OrbctlWatch, WaitingTakesLittleOfACore) {
   Orbctl program({"watch", "--seconds", "8"});
   EXPECT_EQ(1, program.wait());
@@ -206,7 +206,7 @@ TEST_F(OrbctlWatch, CsvFileIsWrittenBesideTheLines) {
   const Result result = runOrbctl({"watch", "lce", "-c", "/tmp/orbctl.csv", "--count", "2"});
   EXPECT_EQ(0, result.status) << result.error;
   const auto lines = linesOf(contentOf("/tmp/orbctl.csv"));
-  // The header, and one record for each line.
+  // The header, and one record per line.
   EXPECT_EQ(linesOf(result.out).size() + 1, lines.size()) << result.out;
   EXPECT_EQ(0u, lines[0].find("time,seconds,"));
   EXPECT_TRUE(std::regex_match(

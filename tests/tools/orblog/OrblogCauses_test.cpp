@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Messages say which of several causes it is.
+// Messages name the right cause out of several possible ones.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -205,7 +205,7 @@ TEST_F(OrblogCauses, FollowSaysThatItWaits) {
   Orblog program({"decrypt", "-f", "-k", keyPair().path(), file, path("")});
   ASSERT_TRUE(program.waitForErr("orblog: " + file + ": " + std::strerror(ENOENT) + "; waiting\n"));
   ASSERT_TRUE(program.waitForErr(": no log files in this directory; waiting\n"));
-  // Whole from the first moment on, as the name is what is waited for.
+  // The file is complete when it gets its name, because the reader waits for the name.
   write("new", logFor(keyPair()));
   fs::rename(path("new"), file);
   ASSERT_TRUE(program.waitForOut("one\n"));
@@ -238,7 +238,7 @@ TEST_F(OrblogCauses, FullDiskIsToldOnce) {
   }
 }
 
-// What the manual page tells of a closed pipe.
+// The behaviour with a closed pipe as in the man page.
 TEST_F(OrblogCauses, ReaderThatGoesAwayEndsItSilently) {
   const std::string file = write("orb_log_p0_00", logFor(keyPair()));
   for (const std::vector<std::string>& arguments :

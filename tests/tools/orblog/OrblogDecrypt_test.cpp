@@ -16,7 +16,7 @@ namespace {
 
 class OrblogDecrypt : public testing::Test {
  protected:
-  // Writes a log file of the session and gives its path.
+  // Writes a log file of the session and returns its path.
   std::string write(const std::string& name, const std::vector<std::string>& lines,
                     uint8_t session = 1) {
     Bytes file = headerOf(session);
@@ -34,7 +34,7 @@ class OrblogDecrypt : public testing::Test {
     arguments.insert(arguments.begin(), {"decrypt", "--key", keyPair().path()});
     return runOrblog(arguments);
   }
-  // Expects these lines and no word of a fault.
+  // Expects these lines and no fault.
   void expectOut(const Result& result, const std::string& out) const {
     EXPECT_EQ(result.out, out);
     EXPECT_EQ(result.err, "");
@@ -71,7 +71,7 @@ TEST_F(OrblogDecrypt, DirectoryGivesAllItsLogFilesInTheOrderOfTime) {
 }
 
 TEST_F(OrblogDecrypt, RotatedFilesOfOneMillisecondKeepTheOrderOfWriting) {
-  // 3 files kept: 00, 01, 02, 03, whereupon 00 goes, then 01 again, which so is the youngest.
+  // With 3 files: 00, 01, 02, 03, then 00 is removed, then 01 again, which is now the newest.
   std::string expected;
   const auto fill = [&](const std::string& name, const std::string& from, const std::string& to) {
     std::vector<std::string> lines = {lineAt(from, name + " first"), lineAt(to, name + " last")};
@@ -81,7 +81,7 @@ TEST_F(OrblogDecrypt, RotatedFilesOfOneMillisecondKeepTheOrderOfWriting) {
   fill("02", "10:00:00.000", "10:00:01.000");
   fill("03", "10:00:01.000", "10:00:02.000");
   fill("01", "10:00:02.000", "10:00:03.000");
-  // Copies of them bear the times of copying.
+  // Copies have the time of copying.
   fs::last_write_time(logs / "orb_log_p0_02", fs::file_time_type::clock::now());
   expectOut(decrypt({logs.string()}), expected);
 }
@@ -118,7 +118,7 @@ TEST_F(OrblogDecrypt, TimeAloneIsOfToday) {
     std::strftime(text, sizeof text, "%F", &local);
     return std::string(text);
   };
-  // Midnight may pass while the program runs.
+  // Midnight can pass while the program runs.
   std::string day;
   Result result = {};
   do {
@@ -196,7 +196,7 @@ TEST_F(OrblogDecrypt, HeaderOfZerosIsExplained) {
                   "read the records\n");
 }
 
-// The library takes such a key and writes a header of zeros.
+// The library accepts such a key and writes a header of zeros.
 TEST_F(OrblogDecrypt, KeyThatIsTooSmallForASessionKeyIsExplained) {
   static const RsaKeyPair small(512), sufficient(600);
   const std::string file = path("orb_log_p0_00");

@@ -11,8 +11,8 @@ using namespace orblogtest;
 
 namespace {
 
-// Every test adds something only after it has seen what was there before, and ends the program when
-// it has seen the rest.
+// Every test adds data only after it has seen the earlier output, and ends the program after it has
+// seen the rest.
 class OrblogFollow : public testing::Test {
  protected:
   OrblogFollow() {
@@ -28,7 +28,7 @@ class OrblogFollow : public testing::Test {
     more.insert(more.begin(), {"decrypt", "--follow", "--key", keyPair().path(), what});
     return more;
   }
-  // Also the first record of a file that nobody has written to before.
+  // Also writes the first record of a new file.
   void addElsewhere(const std::string& text) {
     const fs::path elsewhere = logs / "orb_log_p0_01";
     if (!fs::exists(elsewhere)) writeFile(elsewhere, header);
@@ -74,7 +74,8 @@ TEST_F(OrblogFollow, HalfARecordIsWaitedFor) {
   Orblog program(arguments(logs.string()));
   ASSERT_TRUE(program.waitForOut("first\n"));
   const Bytes rest = addHalf("halved");
-  // Another file's record shows that the half was there for a whole round of reading.
+  // The record of another file shows that the half record was there during a whole round of
+  // reading.
   addElsewhere("elsewhere");
   ASSERT_TRUE(program.waitForOut("elsewhere\n"));
   appendFile(file, rest);
@@ -82,7 +83,7 @@ TEST_F(OrblogFollow, HalfARecordIsWaitedFor) {
   expectEnd(program, "first\nelsewhere\nhalved\n");
 }
 
-// What the library does on a full disk.
+// As the library does on a full disk.
 TEST_F(OrblogFollow, RecordThatItsWriterTookBackIsForgotten) {
   Orblog program(arguments(logs.string()));
   ASSERT_TRUE(program.waitForOut("first\n"));
@@ -105,7 +106,7 @@ TEST_F(OrblogFollow, RecordInThePlaceOfOneThatWasTakenBackIsRead) {
   addHalf("taken back");
   addElsewhere("half was seen");
   ASSERT_TRUE(program.waitForOut("half was seen\n"));
-  // It sees both at once.
+  // The program sees both at the same time.
   program.signal(SIGSTOP);
   fs::resize_file(file, whole);
   add(file, "second");
@@ -114,7 +115,8 @@ TEST_F(OrblogFollow, RecordInThePlaceOfOneThatWasTakenBackIsRead) {
   expectEnd(program, "first\nhalf was seen\nsecond\n");
 }
 
-// One is enough to list directories and to read the files in turn, and none is left to wait with.
+// One descriptor is enough to list directories and to read the files one after the other, but none
+// is left for waiting.
 TEST_F(OrblogFollow, SignalEndsItWhenThereAreNoDescriptorsLeft) {
   for (const int descriptors : {1, 2, 3}) {
     fs::remove_all(logs / "other");
@@ -168,7 +170,7 @@ TEST_F(OrblogFollow, RotationIsFollowedInTheOrderOfWriting) {
   add(next, "first of the new file");
   fs::remove(file);
   ASSERT_TRUE(program.waitForOut("first of the new file\n"));
-  // The number comes round again, perhaps with the old file's inode.
+  // The number is used again, perhaps with the inode of the old file.
   writeFile(file, header);
   add(next, "last of the second");
   add(file, "round again");
@@ -192,8 +194,8 @@ TEST_F(OrblogFollow, FileThatWasCutShortIsReadFromItsStart) {
   Orblog program(arguments(logs.string()));
   ASSERT_TRUE(program.waitForOut("first\n"));
   fs::resize_file(file, 512);
-  // The shorter file is seen for what it is when it is looked at in this state: a record elsewhere
-  // shows that it was.
+  // The program must check the shorter file in this state; a record in another file shows that it
+  // did.
   addElsewhere("elsewhere");
   ASSERT_TRUE(program.waitForOut("elsewhere\n"));
   add(file, "x");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// orblog decrypt as people read a journal: what they ask for, where it comes from, how it looks.
+// Typical uses of orblog decrypt: selections, inputs and output formats.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -12,7 +12,7 @@ using namespace orblogtest;
 
 namespace {
 
-// A variable of the environment, for the programs that are started while this is there.
+// An environment variable for programs that are started during its lifetime.
 class Environment {
  public:
   Environment(const char* name, const char* value) : mName(name) { setenv(name, value, 1); }
@@ -209,7 +209,7 @@ TEST_F(OrblogJournal, TimesGoByNow) {
     std::strftime(begin, sizeof begin, "%F %T", &fields);
     return std::string(begin) + ".000  1  1 D ORB : " + text;
   };
-  // Far enough from the borders for a machine that takes its time.
+  // Far enough from the limits for a slow machine.
   const time_t now = std::time(nullptr);
   const std::string old = lineOf(now - 7200, "old"), recent = lineOf(now - 1800, "recent");
   const std::string file = write("orb_log_p0_00", {one, old, recent});
@@ -252,7 +252,7 @@ TEST_F(OrblogJournal, ColoursAreThoseOfTheLevels) {
                 "--color: not one of auto, always and never: red");
 }
 
-// --color is what the user says now, NO_COLOR what they said once.
+// --color is for this call, NO_COLOR is a general setting.
 TEST_F(OrblogJournal, AskedForColoursComeDespiteNoColor) {
   const Environment wish("NO_COLOR", "1");
   const std::string file = write("orb_log_p0_00", {two});
@@ -264,7 +264,8 @@ TEST_F(OrblogJournal, OfAnOptionGivenTwiceTheLastCounts) {
   expectOut(decrypt({"-l", "D", "-l", "E", "-n", "5", "-n", "1", file}), three + "\n");
 }
 
-// A file of more than is kept in memory is told by its ends, and read while it is printed.
+// A file that is larger than the memory limit is checked at both ends only, and read while it is
+// printed.
 class OrblogInOrder : public OrblogJournal {
  protected:
   static constexpr int kLines = 4000;
@@ -336,7 +337,7 @@ TEST_F(OrblogInOrder, LinesAreMergedWithThoseOfOtherFiles) {
   const std::string middle = lineAt("10:00:02.000", "middle");
   write("orb_log_p0_01", {middle});
   std::string all = expected();
-  // Of the same millisecond; the older file comes first.
+  // With the same millisecond, the older file comes first.
   all.insert(all.find(lineOf(2001)), middle + "\n");
   const Result result = decrypt({logs.string()});
   EXPECT_TRUE(result.out == all);

@@ -23,7 +23,7 @@ class OrblogKeygen : public testing::Test {
     more.insert(more.begin(), {"keygen", "--out", path("keys")});
     return runOrblog(more);
   }
-  // What the openssl program prints about a key.
+  // The output of the openssl program for a key.
   std::string textOf(const std::string& file, const std::string& options) const {
     EXPECT_TRUE(
         shell("openssl pkey -noout -text " + options + " -in " + file + " -out " + path("text")));
@@ -135,7 +135,7 @@ TEST_F(OrblogKeygen, OfRunsAtTheSameTimeOneSucceeds) {
         EXPECT_EQ(run->err().empty(), status == 0);
         done += status == 0 ? 1 : 0;
       }
-      // One that replaces may begin when another has ended.
+      // A run with --force can begin after another has ended.
       EXPECT_TRUE(replaces ? done >= 1 : done == 1) << done;
       ASSERT_TRUE(shell("openssl pkey -pubout -in " + path("keys/orb_log_private.pem") + " -out " +
                         path("public")));
@@ -153,7 +153,8 @@ TEST_F(OrblogKeygen, SignalLeavesNothingBehind) {
   ASSERT_TRUE(shell("mkfifo " + path("pass")));
   for (const int signal : {SIGTERM, SIGINT, SIGKILL}) {
     Orblog program({"keygen", "--out", path("keys"), "-p", path("pass")});
-    // Opened when the program, which has the directory by then, opens the other end.
+    // This open returns when the program opens the other end; at that time it has locked the
+    // directory.
     const std::ofstream pass(path("pass"));
     EXPECT_EQ(keygen().err,
               "orblog: " + path("keys") + ": another orblog keygen is writing there\n");

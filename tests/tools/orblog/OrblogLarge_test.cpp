@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What reading costs does not depend on how much there is, on the number of files, or on what
-// somebody has made them look like.
+// Time and memory must not depend on the amount of data, on the number of files, or on manipulated
+// files.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -19,7 +19,7 @@ namespace {
 class OrblogLarge : public testing::Test {
  protected:
   OrblogLarge() {
-    // AddressSanitizer otherwise keeps what was freed, which is no use of memory to be measured.
+    // AddressSanitizer must not keep freed memory, because that memory would be measured.
     const char* const options = std::getenv("ASAN_OPTIONS");
     const std::string all = (options == nullptr ? "" : std::string(options) + ":");
     setenv("ASAN_OPTIONS",
@@ -31,14 +31,14 @@ class OrblogLarge : public testing::Test {
                   ms / 1000 % 60, ms % 1000);
     return time;
   }
-  // A line as long as the library makes them.
+  // A line with the maximum length of the library.
   static std::string lineOf(int ms) {
     std::string text = "line " + std::to_string(ms) + " ";
     text.resize(460, 'x');
     return lineAt(timeOf(ms), text);
   }
-  // Lines of these milliseconds, every `step`th. Written piece by piece: what this program has had
-  // counts as had by those that it starts.
+  // Lines of these milliseconds, every `step`th. Written in pieces, because the peak memory of this
+  // program is also counted for programs that it starts.
   void write(const std::string& name, int from, int to, int step = 1) {
     Sealer sealer(keyOf(1), static_cast<uint8_t>(from));
     writeFile(logs / name, header);
@@ -51,7 +51,7 @@ class OrblogLarge : public testing::Test {
     }
     appendFile(logs / name, piece);
   }
-  // Whether it is the lines from 0 on, all of them in their order.
+  // Whether the text has all lines from 0 in order.
   static size_t countLines(const std::string& out) {
     size_t at = 0;
     int ms = 0;
@@ -63,7 +63,7 @@ class OrblogLarge : public testing::Test {
     EXPECT_EQ(at, out.size());
     return static_cast<size_t>(ms);
   }
-  // With what it prints thrown away, as this program would have to hold it.
+  // Runs the program and drops its output, because this program would have to store it.
   static long peakKb(std::vector<std::string> arguments) {
     arguments.insert(arguments.end(), {"--since", "2026-01-01"});
     Orblog program(arguments);
@@ -79,9 +79,8 @@ class OrblogLarge : public testing::Test {
   const Bytes header = keyPair().header(keyOf(1));
 };
 
-// 20 MB in memory would show many times over, and so would the 7 MB of an emulated run.
-// ThreadSanitizer's own memory grows with what is done:
-// there the tests only look at the output.
+// 20 MB in memory would be clearly visible, and so would the 7 MB of an emulated run.
+// ThreadSanitizer's own memory grows with the work, so with it the tests check only the output.
 #ifdef __SANITIZE_THREAD__
 constexpr long kAllowedKb = 1000000;
 #else
@@ -149,7 +148,7 @@ TEST_F(OrblogLarge, MemoryDoesNotGrowWithFaults) {
   EXPECT_LT(peak[1], peak[0] + kAllowedKb);
 }
 
-// What is tried as a long record in vain leaves no trace in the short one that is found behind it.
+// An unsuccessful attempt at a long record must not change the text of the short record after it.
 TEST_F(OrblogLarge, MemoryDoesNotGrowWithHugeLengths) {
   const auto peakOf = [this](const Bytes& length) {
     Sealer sealer(keyOf(1));
@@ -193,8 +192,8 @@ TEST_F(OrblogLarge, MemoryDoesNotGrowWithAFileWhateverIsAskedOfIt) {
 
 TEST_F(OrblogLarge, ManyFilesAreReadWithFewDescriptors) {
   const int kFiles = emulated() ? 250 : 1000, kLines = 50 * kFiles;
-  // Later files have lines between those of the earlier ones, and each has some more than fit into
-  // what is kept of it.
+  // Later files have lines between those of the earlier ones, and each has more lines than are kept
+  // in memory.
   for (int i = 0; i < kFiles; ++i) write("orb_log_p0_" + std::to_string(i), i, kLines, kFiles);
   for (const int descriptors : {13, 1}) {
     const Result result = runOrblog(decrypt(), descriptors);
@@ -202,7 +201,7 @@ TEST_F(OrblogLarge, ManyFilesAreReadWithFewDescriptors) {
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.status, 0);
   }
-  // A parser with its buffer for each of them would show.
+  // One parser with a buffer per file would be visible.
   const long few = peakKb(decrypt("orb_log_p0_7")), many = peakKb(decrypt());
   EXPECT_LT(many, few + kAllowedKb + (20 << 10)) << few;
   const Result info = runOrblog({"info", "--key", keyPair().path(), logs.string()}, 13);
@@ -213,7 +212,7 @@ TEST_F(OrblogLarge, ManyFilesAreReadWithFewDescriptors) {
   EXPECT_EQ(info.err, "");
 }
 
-// A hole costs no time, however long it says that it is.
+// A hole takes no time, even if it is very large.
 TEST_F(OrblogLarge, HolesArePassedOver) {
   write("orb_log_p0_00", 0, 10);
   const fs::path file = logs / "orb_log_p0_00";
@@ -236,8 +235,8 @@ TEST_F(OrblogLarge, HolesArePassedOver) {
   EXPECT_EQ(runOrblog({"info", "--key", keyPair().path(), logs.string()}).status, 1);
 }
 
-// Each place of such a file may be a record, with thirty keys to try. How long that is done goes by
-// the file's size.
+// Each place of such a file may be a record, with thirty keys to try. The size of the file limits
+// the search.
 TEST_F(OrblogLarge, SmallFilesCannotMakeItSearchForLong) {
   for (int i = 0; i < 30; ++i) {
     Bytes bytes = keyPair().header(keyOf(static_cast<uint8_t>(i + 1)));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Records that are longer than the library makes them: the format has room for them, so they are
-// read like any others, wherever the reading of the file pauses.
+// Records that are longer than those of the library: the format allows them, so they must be read
+// like others, at any split of the input.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,14 +17,14 @@ namespace {
 
 constexpr size_t kLongest = 65535 - 28;
 
-// A text of this size that says which one it is.
+// A text of this size with its number.
 std::string textOf(size_t number, size_t size) {
   std::string text = "text " + std::to_string(number) + " ";
   text.resize(size, 'x');
   return text;
 }
 
-// The size of the texts and their number.
+// The size and the number of the texts.
 class OrblogLong : public testing::TestWithParam<std::tuple<size_t, size_t>> {
  protected:
   OrblogLong() {
@@ -42,7 +42,7 @@ class OrblogLong : public testing::TestWithParam<std::tuple<size_t, size_t>> {
     }
     return all;
   }
-  // The change of a byte of this record.
+  // Changes a byte of this record.
   void damage(size_t number, size_t byte) {
     Bytes bytes = readFile(file);
     bytes[512 + number * stride() + byte] ^= 1;
@@ -57,7 +57,7 @@ class OrblogLong : public testing::TestWithParam<std::tuple<size_t, size_t>> {
   Result decrypt() const {
     return runOrblog({"decrypt", "--key", keyPair().path(), file.string()});
   }
-  // Megabytes are not for printing.
+  // Too large to print.
   static void expectOut(const Result& result, const std::string& out) {
     EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'),
               std::count(out.begin(), out.end(), '\n'));
@@ -111,7 +111,7 @@ class OrblogLongFollow : public testing::Test {
   std::vector<std::string> arguments() const {
     return {"decrypt", "--follow", "--key", keyPair().path(), logs.string()};
   }
-  // Shows that the reader has seen what stands in the file.
+  // Shows that the reader has read the contents of the file.
   void addElsewhere(Orblog& program, const std::string& text) {
     const fs::path elsewhere = logs / "orb_log_p0_01";
     if (!fs::exists(elsewhere)) writeFile(elsewhere, keyPair().header(keyOf(1)));

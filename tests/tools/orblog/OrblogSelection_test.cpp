@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// --level, --since and --until with lines of every form, and with texts that are no lines.
+// --level, --since and --until with lines of every form, and with records that are not log lines.
 #include <gtest/gtest.h>
 
 #include "OrblogFiles.h"
@@ -22,7 +22,7 @@ class OrblogSelection : public testing::Test {
     arguments.insert(arguments.begin(), {"decrypt", "--key", keyPair().path()});
     return runOrblog(arguments);
   }
-  // Texts that are no lines are no fault either.
+  // Records that are not log lines are not a fault.
   static void expect(const Result& result, const std::string& out, const std::string& err = "") {
     EXPECT_EQ(result.out, out);
     EXPECT_EQ(result.err, err);
@@ -102,7 +102,7 @@ TEST_F(OrblogSelection, TextThatFollowsLaterHasTheTimeOfTheLineBeforeIt) {
   Orblog program({"decrypt", "--follow", "--key", keyPair().path(), "--since", "2025-05-24 11:00",
                   logs.string()});
   ASSERT_TRUE(program.waitForOut("late\n"));
-  // Each comes in a round of its own, as the messages show, and those come once per file.
+  // Each arrives in a separate round, as the messages show; there is one message per file.
   appendFile(file, sealer.record("odd of the early one"));
   ASSERT_TRUE(program.waitForErr("0 printed, 1 left out\n"));
   appendFile(watched, sealer.record("odd of the late one"));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Files that share the descriptors that there are.
+// Files that share a limited number of descriptors.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -38,12 +38,12 @@ class OrblogFilePool : public testing::Test {
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &wanted), 0);
   }
   fs::path path(int i) const { return directory / std::to_string(i); }
-  // What stands in the file, or '-' when it cannot be read.
+  // The contents of the file, or '-' if it cannot be read.
   char read(int i) {
     char byte = '-';
     return pread(files[static_cast<size_t>(i)]->fd(), &byte, 1, 0) == 1 ? byte : '-';
   }
-  // Takes the descriptors of all files but some others.
+  // Uses all descriptors except some.
   void closeFirst() {
     for (int i = 1; i <= 3; ++i) EXPECT_EQ(read(i), 'a' + i);
   }
@@ -76,7 +76,7 @@ TEST_F(OrblogFilePool, FileThatIsOpenIsReadWhateverBecomesOfItsName) {
   EXPECT_EQ(read(1), 'b');
   EXPECT_EQ(read(2), 'c');
   EXPECT_EQ(read(0), 'a');
-  // It was used since the others.
+  // It was used after the others.
   EXPECT_EQ(read(3), 'd');
   EXPECT_EQ(read(0), 'a');
   EXPECT_TRUE(files[0]->look());
@@ -86,7 +86,7 @@ TEST_F(OrblogFilePool, FileThatIsOpenIsReadWhateverBecomesOfItsName) {
 TEST_F(OrblogFilePool, FileThatLostItsNameWhileItWasClosedIsLost) {
   EXPECT_EQ(read(0), 'a');
   closeFirst();
-  // Not in its place, which would have its inode again.
+  // Removed first, because a new file in its place could have the same inode.
   writeFile(directory / "new", {'x'});
   fs::rename(directory / "new", path(0));
   EXPECT_FALSE(files[0]->look());
@@ -108,7 +108,7 @@ TEST_F(OrblogFilePool, ClosedFileIsLookedAtByItsName) {
   EXPECT_EQ(files[0]->status().st_size, 4);
 }
 
-// Others may have taken what the limit promised.
+// Other code may have used descriptors within the limit.
 TEST_F(OrblogFilePool, FileIsClosedWhenTheProcessHasNoDescriptorLeft) {
   EXPECT_EQ(read(0), 'a');
   EXPECT_EQ(read(1), 'b');

@@ -22,7 +22,7 @@ class Numbers {
 
 class OrblogDamage : public OrblogParser {
  protected:
-  // The texts of these tests are a number and then x's.
+  // The texts of these tests are a number and a series of x.
   static std::vector<int> numbersOf(const Texts& texts) {
     std::vector<int> all;
     for (const std::string& text : texts) all.push_back(std::atoi(text.c_str()));
@@ -99,7 +99,7 @@ TEST_F(OrblogDamage, LostAndForeignStretchesCostOnlyTheRecordsTheyTouch) {
   }
 }
 
-// Also where lengths are damaged that no writer gives.
+// Also with damaged lengths that the library never writes.
 TEST_F(OrblogDamage, WhereAPieceEndsMakesNoDifferenceWhileThereIsMore) {
   size_t read = 0;
   for (uint32_t seed = 0; seed < fewerEmulated(200u); ++seed) {
@@ -138,7 +138,7 @@ TEST_F(OrblogDamage, WhereAPieceEndsMakesNoDifferenceWhileThereIsMore) {
   EXPECT_GT(read, fewerEmulated(3000u));
 }
 
-// Hostile bytes of a megabyte. The program's time limit is what would notice an endless search.
+// Hostile bytes of one megabyte. The time limit of the test would detect an endless search.
 class OrblogHostileBytes : public OrblogParser {
  protected:
   void parseBehindHeader(const Bytes& bytes) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Writing key files beside other runs, and being killed or failed at every step of it.
+// Writing key files at the same time as other runs, and with a kill or a failure at every step.
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/syscall.h>
@@ -19,20 +19,20 @@ using namespace orblogtest;
 
 namespace {
 
-// What becomes of the calls that change the directory. The one of this number fails, or ends the
+// The plan for the calls that change the directory. The call with this number fails, or ends the
 // process before or after it.
 enum class Fate { None, Fails, DiesBefore, DiesAfter };
 struct Plan {
   Fate fate = Fate::None;
   int at = 0;
   int count = 0;
-  bool links = true;      // the file system knows second names
-  bool exclusive = true;  // the kernel knows moves that replace nothing
-  bool locks = true;      // the file system knows locks
+  bool links = true;      // the file system supports hard links
+  bool exclusive = true;  // the kernel supports renames that replace nothing
+  bool locks = true;      // the file system supports locks
 };
 Plan plan;
 
-// Whether the call is to be made.
+// Whether the call must be made.
 bool proceeds() {
   if (plan.fate == Fate::None || ++plan.count != plan.at) return true;
   if (plan.fate == Fate::DiesBefore) raise(SIGKILL);
@@ -56,7 +56,7 @@ int refuse(int error) {
 
 }  // namespace
 
-// These come before the C library's.
+// These functions are used instead of the C library's.
 extern "C" {
 
 int link(const char* from, const char* to) ORB_C_FUNCTION {
@@ -75,7 +75,7 @@ int rmdir(const char* path) ORB_C_FUNCTION {
 char* mkdtemp(char* name) ORB_C_FUNCTION {
   return proceeds() ? make<char*(char*)>("mkdtemp", name) : nullptr;
 }
-// Nobody pulls the plug here.
+// There is no loss of power in this test.
 int fsync(int) { return proceeds() ? 0 : -1; }
 int flock(int fd, int operation) ORB_C_FUNCTION {
   return plan.locks ? make<int(int, int)>("flock", fd, operation) : refuse(ENOLCK);
@@ -101,7 +101,7 @@ using Names = std::vector<std::string>;
 class OrblogKeyFolder : public testing::Test {
  protected:
   ~OrblogKeyFolder() override { plan = {}; }
-  // As `orblog keygen` does, with keys that were made before.
+  // Like `orblog keygen`, with existing keys.
   bool keygen(bool force = false) {
     notes.clear();
     error.clear();
@@ -113,7 +113,7 @@ class OrblogKeyFolder : public testing::Test {
     orblog::KeyFolder folder(keys.string());
     return folder.take(force, notes, error) && folder.put(view(1), view(2), view(0), error);
   }
-  // The exit status of a child that makes keys by this plan; -1 when it was killed.
+  // The exit status of a child that makes keys with this plan; -1 if it was killed.
   int keygenInChild(const Plan& childs, bool force) {
     const pid_t child = startKeygen(childs, force);
     return statusOf(child);
@@ -147,7 +147,7 @@ class OrblogKeyFolder : public testing::Test {
     for (const std::string& name : kNames) all.push_back(readFile(keys / name));
     return all;
   }
-  // Whether the configuration and the public key are the private key's.
+  // Whether the configuration and the public key belong to the private key.
   bool isWhole() const {
     const Pair present = files();
     return std::find(pairs().begin(), pairs().end(), present) != pairs().end();
@@ -156,7 +156,7 @@ class OrblogKeyFolder : public testing::Test {
     EXPECT_EQ(names(), kNames);
     EXPECT_TRUE(isWhole());
   }
-  // A configuration that lies there is never one for a key that does not.
+  // An existing configuration must belong to the existing private key.
   void expectNothingMisleads() const { EXPECT_TRUE(!fs::exists(keys / kNames[0]) || isWhole()); }
 
   static inline const Names kNames = {"orb_log_config", "orb_log_private.pem",
@@ -165,7 +165,7 @@ class OrblogKeyFolder : public testing::Test {
   const fs::path keys = directory / "keys";
   Names notes;
   std::string error;
-  size_t mNext = 0;  // of the pairs
+  size_t mNext = 0;  // index of the pairs
 
  private:
   static const std::vector<Pair>& pairs() {
@@ -179,14 +179,15 @@ class OrblogKeyFolder : public testing::Test {
   }
 };
 
-// How the file system and the kernel are.
+// The features of the file system and the kernel.
 struct Kind {
   const char* name;
   bool links, exclusive;
 };
 class OrblogKeyFolderSteps : public OrblogKeyFolder, public testing::WithParamInterface<Kind> {
  protected:
-  // Calls `check` with what became of a run for every step and fate, until there are no more steps.
+  // Calls `check` with the result of a run for every step and every kind of failure, until there
+  // are no more steps.
   template <typename Prepare, typename Check>
   void atEveryStep(std::initializer_list<Fate> fates, bool force, Prepare prepare, Check check) {
     for (const Fate fate : fates) {
@@ -200,7 +201,7 @@ class OrblogKeyFolderSteps : public OrblogKeyFolder, public testing::WithParamIn
         childs.exclusive = GetParam().exclusive;
         childs.fate = fate;
         childs.at = step;
-        // The child tells how many steps there were by a status of its own.
+        // The child reports the number of steps with a special status.
         const pid_t child = fork();
         if (child == 0) {
           plan = childs;
@@ -265,7 +266,7 @@ TEST_P(OrblogKeyFolderSteps, FailureLeavesWhatWasThere) {
         EXPECT_EQ(isWhole(), done);
         EXPECT_EQ(fs::exists(keys / kNames[1]), done);
       }
-      // What a failed call could not take away goes with the next run.
+      // The next run removes what a failed call could not remove.
       EXPECT_EQ(keygen(), !force && !done) << error;
       expectWholeAndNothingElse();
     });
@@ -277,7 +278,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, OrblogKeyFolderSteps,
                                          Kind{"NoExclusiveMoves", true, false}),
                          [](const auto& kind) { return std::string(kind.param.name); });
 
-// With locks and, where the file system has none, without.
+// With locks, and without if the file system has none.
 class OrblogKeyFolderRuns : public OrblogKeyFolder, public testing::WithParamInterface<bool> {};
 
 TEST_P(OrblogKeyFolderRuns, OfThoseAtTheSameTimeOneSucceeds) {
@@ -361,7 +362,7 @@ TEST_F(OrblogKeyFolder, FormerFileWhoseNameIsTakenIsKeptAndToldOf) {
   const Pair former = files();
   Plan killed;
   killed.fate = Fate::DiesAfter;
-  killed.at = 7;  // the three are out of the way
+  killed.at = 7;  // the three old files are moved away
   ASSERT_EQ(keygenInChild(killed, true), -1);
   ASSERT_EQ(names().size(), 1u);
   const fs::path kept = keys / names().front() / ("former." + kNames[1]);

@@ -54,7 +54,7 @@ TEST(OrblogLine, EveryBeginningOfALineIsNoLine) {
     EXPECT_FALSE(parseLine(whole.substr(0, size))) << size;
 }
 
-// The time is written in the form of the application's locale.
+// The time has the format of the application's locale.
 TEST(OrblogLine, TwelveHourTimesAreThoseOfTheWholeDay) {
   const struct {
     const char* written;
@@ -164,7 +164,7 @@ TEST(OrblogText, C1ControlsAndBrokenUtf8AreEscaped) {
             "\\x9b31m\\xc3");
   EXPECT_EQ(terminalSafe("\xC0\x80"), "\\xc0\\x80");                    // overlong
   EXPECT_EQ(terminalSafe("\xED\xA0\x80"), "\\xed\\xa0\\x80");           // surrogate
-  EXPECT_EQ(terminalSafe("\xF4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");  // beyond the last
+  EXPECT_EQ(terminalSafe("\xF4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");  // above the maximum
 }
 
 TEST(OrblogText, JsonHoldsNoControlCharacters) {
@@ -181,7 +181,7 @@ TEST(OrblogText, JsonStringsAreWellFormed) {
   EXPECT_EQ(out, "\"a\\\"b\\\\c\\n\\u007f\\u00fc\\ufffd\"");
 }
 
-// What a file holds; given in pieces of so many records.
+// The contents of a file, in pieces of this number of records.
 struct Batch {
   std::string file;
   std::vector<std::string> texts;
@@ -237,7 +237,7 @@ std::string merged(const std::vector<Batch>& batches) {
   return all;
 }
 
-// Of all records, with `former` as the stamp of the line before them.
+// The stamps of all records, with `former` as the stamp of the line before them.
 std::vector<Stamp> stampsOf(const std::vector<std::string>& texts, Stamp former = kNoStamp) {
   RecordStreams streams;
   const Batch batch = batchOf("x", texts);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The parts of a line's message, and the JSON object that is made of all.
+// The parts of a line's message, and the JSON object with all parts.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -71,7 +71,7 @@ TEST(OrblogMessage, JsonHasThePartsAsMembers) {
             "\"message\":\"\\\"x\\\"\",\"file\":\"f\",\"offset\":512,\"parsed\":true}\n");
 }
 
-// Otherwise that tag would be lost.
+// Otherwise the tag would be lost.
 TEST(OrblogMessage, MessageWithATagOfItsOwnStaysWhole) {
   EXPECT_NE(jsonOf(orblogtest::lineAt("10:00:01.000", "|LCE|Log::init:225 x"))
                 .find("\"unit\":null,\"function\":null,\"line\":null,"

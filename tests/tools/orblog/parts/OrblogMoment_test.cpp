@@ -21,7 +21,7 @@ class OrblogTime : public testing::Test {
     setenv("TZ", zone, 1);
     tzset();
   }
-  // The moment as a line would bear it.
+  // The time as in a log line.
   static std::string time(const std::string& text, bool latest = false, int64_t now = kNow) {
     const std::optional<Stamp> stamp = parseTime(text, now, latest);
     if (!stamp) return "none";
@@ -79,7 +79,7 @@ TEST_F(OrblogTime, TimesOfAZoneBecomeThoseOfThisMachine) {
     EXPECT_EQ(time(std::string("2025-05-24T22:30") + zone), "2025-05-25 06:00:00.000") << zone;
   EXPECT_EQ(time("2025-05-24T10:30+02"), "2025-05-24 10:30:00.000");
   EXPECT_EQ(time("now"), "2025-05-24 15:02:07.045");
-  // Where the clocks are put forward in the night.
+  // In a night with a change to daylight saving time.
   EXPECT_EQ(time("yesterday", false, 1743361200000), "2025-03-29 00:00:00.000");
 }
 

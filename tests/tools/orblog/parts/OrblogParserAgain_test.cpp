@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Reading the same bytes once more, with little room for what comes out: the records are those of
-// the first time, whatever is wrong with the file. And holes, which are passed over as if they were
-// read.
+// Reading the same bytes again with a small limit for the output: the records must be the same as
+// the first time, for all kinds of faults. Also holes, which are skipped as if they were read.
 #include "Emulated.h"
 #include "OrblogParserFixture.h"
 
@@ -17,7 +16,7 @@ class OrblogParserAgain : public OrblogParser {
     mState = mState * 1664525u + 1013904223u;
     return (mState >> 8) % limit;
   }
-  // A file with all sorts of faults.
+  // A file with many kinds of faults.
   Bytes damagedFile() {
     Bytes file = below(4) == 0 ? Bytes() : headerOf(keyOf(1));
     for (size_t i = 0; i < 40; ++i) {
@@ -31,7 +30,7 @@ class OrblogParserAgain : public OrblogParser {
     }
     return file;
   }
-  // As from a file that is there: `piece` bytes at a time, what was not dealt with once more.
+  // Like a complete file: `piece` bytes at a time; bytes that were not parsed are passed again.
   static Parsed read(LogParser parser, const Bytes& file, size_t piece, size_t room) {
     Parsed all;
     for (bool more = true; more;) {
@@ -66,7 +65,7 @@ TEST_F(OrblogParserAgain, GivesTheSameRecordsWithAnyRoomAndBudget) {
     out = read(std::move(parser), file, 1 << 17, SIZE_MAX);
     const Texts expected = texts(), faults = findings();
     total += expected.size();
-    // What files read later have brought makes no difference.
+    // Keys from files that are read later make no difference.
     for (uint8_t key = 3; key < 9; ++key) addKey(keyOf(key), "a later file");
     for (const size_t room : {size_t{1}, size_t{1000}, SIZE_MAX}) {
       for (const size_t piece : {size_t{70000}, size_t{1} << 17}) {

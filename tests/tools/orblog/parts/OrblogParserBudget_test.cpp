@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What searching may cost: trials that are charged, and reading that goes on without them.
+// The limit of a search: attempts use the budget, and reading continues without it.
 #include "OrblogParserFixture.h"
 
 using namespace orblogtest;

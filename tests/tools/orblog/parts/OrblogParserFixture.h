@@ -13,7 +13,7 @@ namespace orblogtest {
 
 using namespace orblog;
 
-// A header of these tests is 0xAB and the session key in the clear, so that no RSA is needed.
+// A header in these tests is 0xAB and the plain session key, so that no RSA is needed.
 inline Bytes headerOf(const Key& key) {
   Bytes header(512);
   header[0] = 0xAB;

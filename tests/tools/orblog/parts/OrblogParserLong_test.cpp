@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Records that are longer than the library makes them, wherever what is fed ends within them.
+// Records that are longer than those of the library, with pieces that end anywhere within them.
 #include "Emulated.h"
 #include "OrblogParserFixture.h"
 
@@ -19,7 +19,7 @@ class OrblogParserLong : public OrblogParser {
     text.resize(size, 'x');
     return text;
   }
-  // Records of one size, and short ones among them.
+  // Records of one size, with short ones between them.
   Bytes fileOf(size_t size, size_t count) {
     Bytes file = headerOf(keyOf(1));
     all.clear();
@@ -30,7 +30,7 @@ class OrblogParserLong : public OrblogParser {
     }
     return file;
   }
-  // As a file is read that is there as a whole.
+  // Like reading a complete file.
   void parseWhole(const Bytes& bytes, size_t piece) {
     LogParser parser(ring, opener());
     for (size_t at = 0; at < bytes.size(); at += piece)
@@ -38,8 +38,8 @@ class OrblogParserLong : public OrblogParser {
                   bytes.size() - at > piece);
     parser.finish(out);
   }
-  // The same with what waits read anew, in pieces that are larger than a record. Gives their
-  // number.
+  // The same, but waiting bytes are passed again, in pieces that are larger than a record. Returns
+  // the number of pieces.
   size_t parseReadingAnew(const Bytes& bytes) {
     LogParser parser(ring, opener());
     size_t pieces = 0;
@@ -149,7 +149,7 @@ TEST_F(OrblogParserLong, FileWithoutHeaderMayBeginWithOne) {
   }
 }
 
-// Every piece takes the reading on by more than what a record may make it wait for.
+// Every piece advances by more than a record can wait for.
 TEST_F(OrblogParserLong, WhateverTheLengthsSayPiecesAreReadAnewOnlyOnce) {
   const size_t kSize = fewerEmulated(size_t{4} << 20);
   const size_t most = kSize / (kPiece - kLargestRecord) + 3;

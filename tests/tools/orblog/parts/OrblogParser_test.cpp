@@ -309,7 +309,7 @@ TEST_F(OrblogParser, RecordInThePlaceOfOneThatWasTakenBackIsRead) {
 TEST_F(OrblogParser, UnreadableBytesThatWereTakenBackAreForgotten) {
   Bytes file = headerOf(keyOf(1));
   file += sealer.record(first);
-  file += Bytes(1000, 0);  // no length of a record, so it does not wait for more
+  file += Bytes(1000, 0);  // not the length of a record, so it does not wait for more
   LogParser parser(ring, opener());
   parser.feed({file.data(), file.size()}, out);
   EXPECT_GT(parser.restart(), 700u);
@@ -326,7 +326,7 @@ TEST_F(OrblogParser, WhatLooksLikeTheStartOfARecordDoesNotHoldUpGoodOnes) {
   Bytes file = threeRecords();
   file.resize(872);
   file[642] ^= 1;
-  file[652] = 200;  // 200 bytes from here are more than there are
+  file[652] = 200;  // 200 bytes from here would be after the end
   file[653] = 1;
   file += sealer.record("good");
   LogParser parser(ring, opener());

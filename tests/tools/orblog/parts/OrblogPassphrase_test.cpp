@@ -21,8 +21,8 @@ namespace {
 
 constexpr int kPatienceMs = 60000;
 
-// `orblog decrypt` with an encrypted key, in a session of its own on a terminal of its own.
-// Standard input is a file.
+// `orblog decrypt` with an encrypted key, in a separate session on a separate terminal. Standard
+// input is a file.
 class OrblogPassphrase : public testing::Test {
  protected:
   OrblogPassphrase() {
@@ -34,7 +34,7 @@ class OrblogPassphrase : public testing::Test {
       std::abort();
     master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) std::abort();
-    // Kept open, so that what the program leaves of its settings can be seen.
+    // Kept open, so that the terminal settings can be checked after the program.
     terminal = open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
   }
   ~OrblogPassphrase() override {
@@ -50,7 +50,7 @@ class OrblogPassphrase : public testing::Test {
     program = fork();
     if (program != 0) return;
     setsid();
-    const int own = open(name.c_str(), O_RDWR);  // becomes the session's terminal
+    const int own = open(name.c_str(), O_RDWR);  // becomes the controlling terminal of the session
     const int input = open(file.c_str(), O_RDONLY);
     dup2(input, STDIN_FILENO);
     dup2(own, STDOUT_FILENO);
@@ -157,7 +157,7 @@ TEST_F(OrblogPassphrase, QuestionComesAgainAfterAStop) {
   start();
   ASSERT_TRUE(waitForQuestion()) << seen;
   seen.clear();
-  // Without a shell that could wake it up again, the system lets it run on at once.
+  // No shell could continue the program, so the system continues it at once.
   kill(program, SIGTSTP);
   ASSERT_TRUE(waitForQuestion()) << seen;
   type("secret\n");

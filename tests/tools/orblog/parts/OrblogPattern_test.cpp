@@ -42,7 +42,7 @@ TEST(OrblogPattern, CaseCountsAsAskedFor) {
   EXPECT_TRUE(isIn("Log::I.it", "LOG::INIT", false));
 }
 
-// Plain text in an expression is looked for first, and that must not hide a match.
+// The search for plain text first must not hide a match.
 TEST(OrblogPattern, ExpressionsMatchWhateverIsPlainInThem) {
   const struct {
     const char* expression;

@@ -22,7 +22,7 @@ class OrblogTerminal : public testing::Test {
     for (const std::string& line : lines) bytes += sealer.record(line);
     writeFile(file, bytes);
   }
-  // What `orblog decrypt` writes to one output when that is a terminal.
+  // The output of `orblog decrypt` on one descriptor that is a terminal.
   std::string decryptOnTerminal(int output) const {
     const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) std::abort();
@@ -42,7 +42,7 @@ class OrblogTerminal : public testing::Test {
     std::string text;
     std::array<char, 4096> bytes;
     ssize_t size = 0;
-    // Fails when the last one that has the terminal open is gone.
+    // Fails when the last process with the terminal open has ended.
     while ((size = read(master, bytes.data(), bytes.size())) > 0)
       text.append(bytes.data(), static_cast<size_t>(size));
     close(master);
