@@ -1,13 +1,14 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# How a test becomes a program and a ctest entry.
+# Functions that make a program and a ctest entry from a test.
 
-# Most of what compiling a test takes is the same few headers. The programs take them compiled from one
-# that is built as they are. Each source includes what it needs all the same, as a build with
-# CMAKE_DISABLE_PRECOMPILE_HEADERS shows.
+# Compiling a test spends most of the time in the same few headers. The programs share a precompiled
+# header with the same flags. Each source still includes what it needs; a build with
+# CMAKE_DISABLE_PRECOMPILE_HEADERS checks this.
 set(ORB_TEST_OPTIONS -O0)  # tests are built more often than they run
 if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=[a-z,]*undefined")
-  # A third of the time, and it is the library and the tools whose undefined behaviour is searched for.
+  # It would take a third of the compile time, and only the library and the tools are checked for
+  # undefined behaviour.
   list(APPEND ORB_TEST_OPTIONS -fno-sanitize=undefined)
 endif()
 add_executable(test_headers EXCLUDE_FROM_ALL support/headers.cpp)
@@ -16,24 +17,25 @@ target_compile_options(test_headers PRIVATE ${ORB_TEST_OPTIONS})
 target_precompile_headers(test_headers PRIVATE <gtest/gtest.h> <algorithm> <atomic> <chrono>
   <condition_variable> <functional> <map> <mutex> <string> <thread> <vector>)
 
-# Each test is linked alone, and most of that time is the linker's. What is installed has the compiler's own.
+# Each test is linked separately, so a fast linker saves time. Installed files are linked by the
+# compiler's default linker.
 include(CheckLinkerFlag)
 check_linker_flag(CXX -fuse-ld=gold ORB_HAS_GOLD)
 
-# What a test may link to, beside the recording platform.
+# The libraries that a test may link to, besides the recording platform.
 set(ORB_INTERNALS orb_objects $<TARGET_OBJECTS:orb_proto>)  # the library's objects
 set(ORB_SHARED OrbSdlSdk $<TARGET_OBJECTS:orb_proto>)       # the library as shipped: its C API alone
 
-# Programs whose memory runs out; scripts/test runs them as built by clang, too, which sets less
-# memory than g++ does by the way.
+# Tests that run out of memory. scripts/test also runs them built by clang, which initialises less
+# memory than g++.
 add_custom_target(memory_tests)
 
 # orb_test(SOURCE [SANDBOX] [NEEDS PROGRAM] [SOURCES FILE...] [LINK LIBRARY...] [DEFINES DEFINITION...]
 #          [STARTS DEFINITION PROGRAM...] [FINDS DEFINITION PATH...])
 #   SANDBOX  it runs in scripts/sandbox
-#   NEEDS    what it asks a device for: openssl, cmake, bash
-#   SOURCES  what is compiled beside it
-#   LINK     what it links to, beside GoogleTest and the recording platform
+#   NEEDS    a program that it needs on a device: openssl, cmake, bash
+#   SOURCES  more source files
+#   LINK     more libraries, besides GoogleTest and the recording platform
 #   STARTS, FINDS  programs and files of the build that it uses (support/started.cmake)
 function(orb_test SOURCE)
   cmake_parse_arguments(ARG "SANDBOX" "NEEDS" "SOURCES;LINK;DEFINES;STARTS;FINDS" ${ARGN})
@@ -62,8 +64,8 @@ function(orb_test SOURCE)
   orb_carried(${NAME} ${ARG_NEEDS} ${NAME})
 endfunction()
 
-# orb_tests([EXCEPT SOURCE] ARGUMENT...): orb_test() with these arguments for each *_test.cpp of this
-# folder that has none of its own before.
+# orb_tests([EXCEPT SOURCE] ARGUMENT...): calls orb_test() with these arguments for each *_test.cpp
+# of this folder without an earlier orb_test().
 function(orb_tests)
   cmake_parse_arguments(ARG "" "EXCEPT" "" ${ARGN})
   file(GLOB sources RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS *_test.cpp)
@@ -75,8 +77,8 @@ function(orb_tests)
   endforeach()
 endfunction()
 
-# The program's AllocationHook sees each allocation of its own and of what it loads. Where the C++
-# runtime is linked into each library, the library's operator new is its own: malloc is everybody's.
+# The program's AllocationHook gets each allocation of the program and of its libraries. If each
+# library contains the C++ runtime, it has its own operator new; then malloc is hooked.
 function(orb_hook_allocations PROGRAM)
   target_sources(${PROGRAM} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/AllocationHook.cpp)
   target_link_libraries(${PROGRAM} PRIVATE orb_test_include)
@@ -86,13 +88,13 @@ function(orb_hook_allocations PROGRAM)
   endif()
 endfunction()
 
-# A test of what happens when memory runs out.
+# A test with failing allocations.
 function(orb_memory_test NAME)
   add_dependencies(memory_tests ${NAME})
   set_tests_properties(${NAME} PROPERTIES LABELS memory)
 endfunction()
 
-# orb_out_of_memory(NAME...): tests that let their allocations fail with support/FailingNew.h.
+# orb_out_of_memory(NAME...): tests that make allocations fail with support/FailingNew.h.
 function(orb_out_of_memory)
   foreach(name ${ARGN})
     target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/FailingNew.cpp)

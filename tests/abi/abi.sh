@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# The library offers what the committed description says: the same functions with the same arguments,
-# and types of the same size, layout and values. Run by ctest:
-# abi.sh LIBRARY HEADERS DESCRIPTION ABIDW ABIDIFF
+# The library must match the committed description: the same functions with the same arguments, and
+# types of the same size, layout and values. Run by ctest: abi.sh LIBRARY HEADERS DESCRIPTION ABIDW
+# ABIDIFF
 set -euo pipefail
 
 library=$1 headers=$2 description=$3 abidw=$4 abidiff=$5
@@ -16,7 +16,7 @@ fail() {
   exit 1
 }
 
-# Nothing that depends on where or with which tools the library was built.
+# The description must not depend on the place or the tools of the build.
 "$abidw" --headers-dir "$headers" --exported-interfaces-only --no-corpus-path --no-comp-dir-path \
   --no-show-locs --no-architecture --no-elf-needed --type-id-style hash "$library" >"$work/now" ||
   fail "$library cannot be read"
@@ -24,7 +24,7 @@ grep -q "<function-decl name='lceSetReportingCriteria'" "$work/now" ||
   fail "$library has no debug information"
 
 [[ -z ${ORB_GOLDEN_UPDATE-} ]] || cp "$work/now" "$description"
-# differs DESCRIPTION: whether the library is another than that; how is in $work/difference.
+# differs DESCRIPTION: whether the library differs from it; $work/difference has the details.
 differs() {
   local status=0
   "$abidiff" --no-architecture --no-show-locs "$1" "$work/now" \
@@ -41,7 +41,7 @@ something was only added, write the description anew with
 and add to CHANGELOG.md what is new."
 fi
 
-# It would be seen.
+# The check detects a difference.
 changed() {
   sed "$2" "$description" >"$work/changed"
   ! cmp -s "$description" "$work/changed" || fail "the description has no $1"

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// test_room LOG SECONDS PROGRAM [ARGUMENT...]: runs one test on a device as scripts/sandbox does on
-// a desktop, with nothing but the C library. Its output goes to LOG.
+// test_room LOG SECONDS PROGRAM [ARGUMENT...]: runs one test on a device like scripts/sandbox on a
+// desktop, but needs only the C library. The output goes to LOG.
 //
-// /dev, /data and /tmp are file systems in memory that only the test sees; the folder above
-// ORB_TEST_FILES, where the tests themselves are, stays, and so do the devices that tests use.
-// Where the kernel does not give those, the directories themselves are used if nothing is in them,
-// and emptied again. Exit status: the test's, 124 when it took too long, 125 when it has no room.
+// /dev, /data and /tmp are file systems in memory that only the test sees. The folder above
+// ORB_TEST_FILES with the tests stays visible, and so do the devices that tests use. If the kernel
+// does not support this, the real directories are used if they are empty, and emptied again. Exit
+// status: that of the test, 124 after the time limit, 125 without such directories.
 #include <fcntl.h>
 #include <linux/capability.h>
 #include <sched.h>
@@ -51,7 +51,7 @@ bool isWithin(const fs::path& path, const fs::path& room) {
   return std::mismatch(room.begin(), room.end(), path.begin(), path.end()).first == room.end();
 }
 
-// A /dev in which /dev/socket is a directory that a test may remove.
+// A /dev in which /dev/socket is a directory that a test can remove.
 void takePrivateDevices() {
   constexpr const char* kDevices[] = {"null", "zero", "full", "random", "urandom", "tty"};
   std::vector<std::pair<std::string, int>> devices;
@@ -68,20 +68,20 @@ void takePrivateDevices() {
       refuse("cannot keep " + path);
     close(device);
   }
-  // A terminal's master looks for the terminals beside it, so these are new.
+  // The master of a terminal needs its slaves beside it, so both are new.
   if (mkdir("/dev/pts", 0755) != 0 || symlink("pts/ptmx", "/dev/ptmx") != 0 ||
       mount("devpts", "/dev/pts", "devpts", 0, "newinstance,ptmxmode=0666,mode=620") != 0)
     refuse("no terminals");
   if (mkdir(kSocketRoom, 0755) != 0 || chmod(kSocketRoom, 01777) != 0) refuse("no /dev/socket");
 }
 
-// A failure halfway would let a test into the device's own files.
+// After a partial failure a test could change the device's own files.
 bool takePrivateRooms() {
   const char* const files = std::getenv("ORB_TEST_FILES");
   const fs::path tests = files != nullptr ? fs::path(files).parent_path() : fs::path();
   if (unshare(CLONE_NEWNS) != 0) return false;
   if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return false;
-  // Only what was opened in these mounts can be mounted again in them.
+  // Only descriptors opened in these mounts can be mounted again in them.
   const int opened = open(tests.c_str(), O_PATH | O_CLOEXEC);
   takePrivateDevices();
   for (const char* room : kRooms) {
@@ -102,7 +102,7 @@ void empty(const char* room) {
   for (const auto& entry : fs::directory_iterator(room, error)) fs::remove_all(entry, error);
 }
 
-// True when the rooms are the device's own.
+// True if the device's real directories are used.
 bool takeRooms() {
   std::error_code error;
   for (const char* room : kRooms) {
@@ -120,7 +120,7 @@ bool takeRooms() {
   return shared;
 }
 
-// What root may do and a user may not is no part of a test.
+// Tests must not depend on the privileges of root.
 void dropCapabilities() {
   for (int capability = 0; prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) == 0;) ++capability;
   __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
@@ -145,7 +145,7 @@ void dropCapabilities() {
   _exit(kNoRoom);
 }
 
-// A device may set its clock meanwhile.
+// A monotonic clock, because a device can set its clock meanwhile.
 time_t now() {
   timespec time = {};
   clock_gettime(CLOCK_MONOTONIC, &time);
@@ -167,7 +167,7 @@ int await(pid_t child, int seconds) {
   }
 }
 
-// What the test has started in sessions of their own became this process's children.
+// Processes that the test started in other sessions became children of this process.
 void killChildren() {
   std::error_code error;
   for (const auto& entry : fs::directory_iterator("/proc", error)) {
@@ -201,7 +201,7 @@ int main(int argc, char** argv) {
   if (child == 0) become(argv + 3, argv[1]);
   const int status = await(child, seconds);
   kill(-child, SIGKILL);
-  // One that is killed may leave a child of its own.
+  // A killed process can leave children.
   do {
     killChildren();
   } while (waitpid(-1, nullptr, 0) > 0);

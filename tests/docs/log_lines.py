@@ -14,12 +14,12 @@ FOLDERS = ("le", "sdk", "utils")
 SERVICES = ("Lce", "Lle", "Lli")
 ANY = "*"  # of a source line: the callers say what it is
 
-# A line as it is written and as it is listed. `number` is the fixed one of a log point.
+# A line in the source and in the list. `number` is the fixed number of a log point.
 Line = collections.namedtuple("Line", "tag unit function level number text")
 Found = collections.namedtuple("Found", "line place")
 
-# What writes a line: where its arguments stand. A name in the place of a number is the value itself.
-# None: the line has no such part, or it tells the place of the call.
+# Functions that write a line: the positions of their arguments. A name instead of a number is the
+# value itself. None: the line has no such part, or it has the place of the call.
 Call = collections.namedtuple("Call", "level tag file function number text")
 CALLS = {
     "PLATFORM_LOG": Call(0, None, None, None, None, 1),
@@ -37,7 +37,7 @@ CALLS = {
     "addLogRecord": Call(0, 1, 2, 3, 4, 5),
     "printToAdb": Call(0, 1, 2, 3, 4, 5),
 }
-# Gives a line to the platform's log that something else has made.
+# Passes a line from another function to the platform's log.
 PLATFORM_CALL = "__android_log_print"
 LETTERS = {"VERBOSE": "V", "DEBUG": "D", "INFO": "I", "WARN": "W", "ERROR": "E", "FATAL": "F"}
 

@@ -1,13 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# Compiles every public header alone, as an application's strict build would, and fails on the first
-# diagnostic. A header that is missing from CMakeLists.txt beside this file is found here.
+# Compiles every public header alone with strict flags and fails on the first diagnostic. It also
+# finds headers that are missing in this folder's CMakeLists.txt.
 file(GLOB headers RELATIVE ${INCLUDE_DIR} ${INCLUDE_DIR}/orb/*.h)
 if(NOT headers)
   message(FATAL_ERROR "no headers in ${INCLUDE_DIR}/orb")
 endif()
 
-# Some compilers want a file of the right name, and one to write.
+# Some compilers need the right file name and an output file.
 function(compile COMPILER LANGUAGE STANDARD HEADER)
   file(WRITE empty.${LANGUAGE} "")
   execute_process(

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The library for a device, as a linker has left it: what a device has to have for it, what it
-// offers, how large it is. It is read, not loaded: the device's libraries are none of this machine.
+// The linked library for a device: its imports, its exports and its size. It is read, not loaded,
+// because this machine does not have the device's libraries.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -16,7 +16,7 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// Each library of the platform, and the name by which a device loads it.
+// Each library of the platform, and its soname on a device.
 const std::pair<std::string, std::string> kPlatform[] = {
     {"log", ORB_SONAME_LOG}, {"cutils", ORB_SONAME_CUTILS}, {"diag", ORB_SONAME_DIAG}};
 
@@ -44,7 +44,7 @@ class DeviceLibrary : public testing::Test {
       if (startsWith(name, start)) return true;
     return false;
   }
-  // The name that the source has for what a fortified call goes to.
+  // The name in the source of a function that fortification renamed.
   static std::string plain(const std::string& name) {
     std::smatch parts;
     return std::regex_match(name, parts, std::regex("__(\\w+)_chk")) ? parts[1].str() : name;
@@ -55,7 +55,7 @@ class DeviceLibrary : public testing::Test {
     return false;
   }
 
-  // The words of the reviewed list, without its comments and headings.
+  // The names in the reviewed list, without comments and headings.
   static Names reviewed() {
     std::istringstream lines(ElfFile(ORB_SOURCES "/platform/imports.txt").bytes());
     Names names;
@@ -171,7 +171,7 @@ TEST_F(DeviceLibrary, IsEnteredAtTheBeginOfFunctions) {
 #endif
   for (const std::string& function : mLibrary.exported())
     EXPECT_EQ(1u, pads.count(mLibrary.firstInstruction(function))) << function;
-  // The loader is told where all parts are fit for it, those of the C++ runtime included.
+  // The loader gets the note only if all parts have the property, also the C++ runtime.
   const bool fit = (ElfFile(ORB_SAMPLE_LIBRARY).features(kProperty) & 3) == 3;
   EXPECT_EQ(fit, (mLibrary.features(kProperty) & 3) == 3);
 }
@@ -195,8 +195,7 @@ TEST_F(DeviceLibrary, IsSmall) {
       << " tells what is in it; docs/porting.md has the sizes that it had.";
 }
 
-// Names of days for std::time_get, and a name for a type that only the translator of mangled names
-// has.
+// Names of days for std::time_get, and the name of a type that only the demangler has.
 TEST_F(DeviceLibrary, HasNeitherLocalesNorNamesOfTypesInside) {
   for (const char* text : {"Wednesday", "decltype(auto)"})
     EXPECT_EQ(std::string::npos, mStripped.bytes().find(text))

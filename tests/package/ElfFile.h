@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-// A program or shared library for this machine, as the linker has left it: what its loader reads.
-// Belongs to whoever makes it; no thread, no lock.
+// A linked program or shared library for this machine, as the loader reads it. A value without a
+// thread and without a lock.
 class ElfFile {
  public:
   explicit ElfFile(const std::string& path) {
@@ -39,7 +39,7 @@ class ElfFile {
   const std::string& bytes() const { return mBytes; }
   const ElfW(Ehdr) & header() const { return *reinterpret_cast<const ElfW(Ehdr)*>(mBytes.data()); }
 
-  // The segment of this type; null when there is none.
+  // The segment of this type, or null.
   const ElfW(Phdr) * segment(ElfW(Word) type) const {
     for (const auto& segment : mSegments)
       if (segment.p_type == type) return &segment;
@@ -54,7 +54,7 @@ class ElfFile {
   bool isProgram() const { return segment(PT_INTERP) != nullptr; }
 
   bool has(ElfW(Sxword) tag) const { return entry(tag) != nullptr; }
-  // 0 when there is no such entry.
+  // 0 if there is no such entry.
   ElfW(Xword) value(ElfW(Sxword) tag) const { return has(tag) ? entry(tag)->d_un.d_val : 0; }
   std::string text(ElfW(Sxword) tag) const { return has(tag) ? string(value(tag)) : ""; }
   std::set<std::string> texts(ElfW(Sxword) tag) const {
@@ -64,7 +64,7 @@ class ElfFile {
     return all;
   }
 
-  // What others may bind to; a version's own name, which is absolute, is none of it.
+  // The symbols that others can bind to, without the names of versions, which are absolute.
   std::set<std::string> exported() const {
     std::set<std::string> names;
     for (const auto& symbol : mSymbols)
@@ -77,7 +77,7 @@ class ElfFile {
       if (symbol.st_shndx == SHN_UNDEF) names.insert(nameOf(symbol));
     return names;
   }
-  // The first four bytes of an exported function, as the processor of this machine reads them.
+  // The first four bytes of an exported function, in the byte order of this machine.
   uint32_t firstInstruction(const std::string& function) const {
     for (const auto& symbol : mSymbols) {
       if (nameOf(symbol) != function) continue;
@@ -89,7 +89,7 @@ class ElfFile {
     }
     return 0;
   }
-  // Bits of the note by which the loader knows what all code of the file is fit for.
+  // Bits of the note that says which protections all code of the file supports.
   uint32_t features(uint32_t property) const {
     const ElfW(Phdr)* const note = segment(PT_GNU_PROPERTY);
     if (note == nullptr) return 0;
@@ -102,7 +102,7 @@ class ElfFile {
     return 0;
   }
 
-  // The bytes by which a build is told from others; empty when the file has none.
+  // The build id; empty if there is none.
   std::string buildId() const {
     for (const auto& segment : mSegments) {
       if (segment.p_type != PT_NOTE) continue;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The programs and libraries that `cmake --install` gives, byte by byte: their protections, what
-// they export, and that nothing in them tells where they were built.
+// The programs and libraries that `cmake --install` installs: their protections and exports, and
+// that no file contains the place of the build.
 #include <features.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -27,7 +27,7 @@ class Installed : public testing::Test {
     char path[] = INSTALL_FROM "/elf-XXXXXX";
     ASSERT_NE(nullptr, mkdtemp(path));
     root() = path;
-    // Below a folder whatever the build's own folders are, absolute ones too.
+    // DESTDIR is used, because the build's folders can be absolute.
     const std::string install = "DESTDIR='" + root() +
                                 "' '" CMAKE_PROGRAM "' --install '" INSTALL_FROM
                                 "' --prefix /usr >'" +
@@ -68,7 +68,7 @@ class Installed : public testing::Test {
     while (words >> word && word != "local:") names.insert(word.substr(0, word.find(';')));
     return names;
   }
-  // The functions that the installed headers declare, each once.
+  // The functions declared in the installed headers, each once.
   static std::vector<std::string> declaredFunctions() {
     static const std::regex declaration("\\nORB_API [a-z0-9_ *]+[ *](\\w+)\\(");
     std::vector<std::string> names;
@@ -77,7 +77,7 @@ class Installed : public testing::Test {
       for (std::sregex_iterator found(text.begin(), text.end(), declaration), end; found != end;
            ++found) {
         names.push_back((*found)[1]);
-        // Its comment ends on the line above.
+        // Its comment ends on the line before.
         const auto start = static_cast<size_t>(found->position());
         EXPECT_TRUE(start >= 3 && text.compare(start - 3, 3, " */") == 0) << names.back();
       }
@@ -98,7 +98,7 @@ TEST_F(Installed, AreTheLibraryTheStandInsAndTheTools) {
   std::set<std::string> names;
   for (const auto& [name, file] : binaries()) {
     names.insert(name);
-    EXPECT_EQ(ET_DYN, file.header().e_type) << name;  // a program, too, goes to any address
+    EXPECT_EQ(ET_DYN, file.header().e_type) << name;  // programs are also position independent
     EXPECT_EQ(name.find(".so") == std::string::npos, file.isProgram()) << name;
   }
   const std::set<std::string> expected = {"libOrbSdlSdk.so." ORB_VERSION,
@@ -144,7 +144,7 @@ TEST_F(Installed, EachNamesItsBuild) {
 
 TEST_F(Installed, ArraysHaveACanary) {
   if (!ORB_STACK_PROTECTOR) return;
-  // Where it is in the compiler's own library, a program may have it inside.
+  // If it is in a static library of the compiler, a program can contain it.
   for (const auto& [name, file] : binaries())
     EXPECT_EQ(1u,
               file.imported().count("__stack_chk_fail") + file.exported().count("__stack_chk_fail"))
@@ -153,9 +153,9 @@ TEST_F(Installed, ArraysHaveACanary) {
 
 TEST_F(Installed, CallsOfTheCLibraryCheckSizes) {
 #ifdef __GLIBC__
-  if (!ORB_FORTIFIED) return;  // takes optimisation, and no checker of addresses
+  if (!ORB_FORTIFIED) return;  // needs optimisation and no AddressSanitizer
   for (const auto& [name, file] : binaries()) {
-    if (name == "libcutils.so") continue;  // has no call whose size is in question
+    if (name == "libcutils.so") continue;  // has no call with a checked size
     EXPECT_TRUE(importsLike(file, "_chk")) << name;
   }
 #endif
@@ -177,7 +177,7 @@ TEST_F(Installed, FunctionsAreEnteredAtTheirBegin) {
 #endif
 }
 
-// The linker says so of a file when all that it was made of does, the C library's parts included.
+// The linker sets the note only if all objects have the property, also those of the C library.
 TEST_F(Installed, ControlFlowIsKnownToTheLoaderWhereTheCLibraryIsFitForIt) {
 #if defined(__x86_64__)
   constexpr uint32_t kProperty = 0xc0000002;  // IBT and SHSTK
@@ -219,7 +219,7 @@ TEST_F(Installed, LibrariesAreFoundByNameAndBesideEachOther) {
 }
 
 TEST_F(Installed, NothingTellsWhereItWasBuilt) {
-  if (!ORB_PLAIN_BUILD) return;  // checkers and counters name files by their whole paths
+  if (!ORB_PLAIN_BUILD) return;  // sanitizers and coverage store whole paths of files
   for (const auto& [name, file] : binaries()) {
     for (const std::string path : {ORB_SOURCES "/", INSTALL_FROM "/"})
       EXPECT_EQ(std::string::npos, file.bytes().find(path)) << name << " has " << path;

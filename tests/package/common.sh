@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# What the tests of this folder share; each is given its folder to work in, CMake, and then the
+# Common functions of the tests of this folder. Each test gets its work folder, CMake, and then the
 # project's sources.
 # shellcheck shell=bash disable=SC2034
 set -euo pipefail
@@ -16,7 +16,7 @@ fail() {
   exit 1
 }
 
-# Runs a command; what it says is shown when it fails.
+# Runs a command; prints its output if it fails.
 run() {
   "$@" >"$work/log" 2>&1 || {
     cat "$work/log" >&2
@@ -24,20 +24,20 @@ run() {
   }
 }
 
-# Configures a build with this one's tools: SOURCE, BUILD, options.
+# Configures a build with the tools of this build: SOURCE, BUILD, options.
 configure() {
   run "$cmake" -G Ninja -C "$work.cmake" -S "$1" -B "$2" "${@:3}"
 }
 
-# The commands of a document of which one has WORDS: documented FILE WORDS.
+# documented FILE WORDS: prints the block of commands in a document that contains WORDS.
 documented() {
   awk -v words="$2" '$0 == "```" { inside = 0; if (index(code, words)) { printf "%s", code; exit } }
     inside { code = code $0 "\n" }
     $0 == "```sh" { inside = 1; code = "" }' "$sources/$1" | grep . || fail "$1 does not say '$2'"
 }
 
-# A build folder of its own, without tools and examples, in which the libraries that BUILD has made take
-# the place of a build: build_from BUILD FOLDER, options.
+# build_from BUILD FOLDER, options: a separate build folder without tools and examples. It uses the
+# libraries of BUILD instead of building.
 build_from() {
   configure "$sources" "$2" -DORB_BUILD_TOOLS=OFF -DORB_BUILD_EXAMPLES=OFF "${@:3}"
   cp -a "$1"/libOrbSdlSdk.so* "$2/"

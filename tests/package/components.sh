@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# Everything that is installed belongs to one component, and what is no component's name is refused:
+# Every installed file belongs to one component, and unknown component names are refused:
 # components.sh WORK CMAKE SOURCES BUILD [EMULATOR...].
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -15,7 +15,7 @@ refused() { # refused NAME COMMAND...
   tr -s '\n ' ' ' <"$work/log" | grep -q "There is no component '$name'; there are runtime development " ||
     fail "$(cat "$work/log")"
 }
-# Into a prefix that nothing may get into.
+# The prefix must stay empty.
 refused Runtime "$cmake" --install "$build" --prefix "$work/nothing" --component Runtime
 refused "" "$cmake" --install "$build" --prefix "$work/nothing" --component ""
 refused "" "$cmake" "-DCMAKE_INSTALL_PREFIX=$work/nothing" -DCMAKE_INSTALL_COMPONENT= \
@@ -36,7 +36,7 @@ twice=$(uniq -d "$work/together")
 [[ -z $twice ]] || fail "in more than one component: $twice"
 diff <(files_of all) "$work/together" || fail "what is installed and what is in components differs"
 
-# only COMPONENT EXPRESSION: no file of it is named otherwise.
+# only COMPONENT EXPRESSION: all its files match the expression.
 only() {
   local strays
   strays=$(grep -v -E "$2" "$work/$1.files") || true
@@ -55,7 +55,7 @@ for file in THIRD-PARTY OrbSdlSdk.spdx.json; do
 done
 [[ $(grep -c . "$work/host.files") == 3 ]] || fail "not the three stand-ins: $(cat "$work/host.files")"
 
-# What is used of others is named, what the files ask the loader for at least.
+# The list names all used libraries, at least those that the loader needs.
 needed() { # needed COMPONENT: of its files that are no scripts
   { find "$work/$1" -type f \( -path '*/bin/*' -o -name '*.so*' \) -exec readelf -d {} + 2>/dev/null || true; } |
     sed -n 's/.*(NEEDED).*\[lib\([^]]*\)\.so.*/\1/p' | sort -u
@@ -73,14 +73,15 @@ fi
 tr -s '\n ' ' ' <"$work/log" | grep -q "links strange::thing: cmake/OrbLicences.cmake has no licence" ||
   fail "$(cat "$work/log")"
 
-# Without the stand-ins the package is whole: where a platform has its own, they are not installed.
+# The package is complete without the stand-ins: a platform with its own libraries does not install
+# them.
 mkdir "$work/use"
 cp -a "$work"/{runtime,development,examples}/. "$work/use/"
 libraries=$(dirname "$(find "$work/use" -name libOrbSdlSdk.so)")
 place=-DOrbSdlSdk_DIR=$(dirname "$(find "$work/use" -name OrbSdlSdkConfig.cmake)")
 configure "$here/consumer" "$work/without" "$place"
 cp -a "$(dirname "$(find "$work/host" -name liblog.so)")"/. "$libraries/"
-# The examples, installed, are a project that builds.
+# The installed examples are a project that builds.
 configure "$work/use/share/doc/OrbSdlSdk/examples" "$work/examples.build" "$place" -DORB_WERROR=ON
 run "$cmake" --build "$work/examples.build"
 "${emulator[@]}" "$work/examples.build/lce_monitor" --wrong >"$work/log" 2>&1 || true

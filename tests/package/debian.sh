@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# The Debian packages of what BUILD has made, by the commands of docs/installing.md: lintian finds no error in
-# them, they install where there is nothing but what they name, are used in the three ways in which people
-# build, and leave nothing: debian.sh WORK CMAKE SOURCES BUILD.
+# The Debian packages of BUILD, made by the commands of docs/installing.md: lintian finds no error,
+# they can be installed with only their dependencies, applications can be built in the three ways,
+# and removal leaves nothing: debian.sh WORK CMAKE SOURCES BUILD.
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 built=$4
@@ -15,8 +15,8 @@ as_root() {
   if ((EUID == 0)); then unshare --mount "$@"; else unshare --mount --map-root-user "$@"; fi
 }
 
-# What the commands of the document call. What was built takes the place of a build, this machine's list of
-# packages that of a system's on which they are installed.
+# Replacements for the commands of the document. They use the files of BUILD instead of building,
+# and a copy of this machine's list of packages.
 cmake() {
   case $1 in
     --preset) configure "$sources" "$build" --preset "$2" ;;
@@ -56,7 +56,7 @@ field() { dpkg-deb -f "$build/$1"_*.deb "$2"; }
 [[ $(field liborbsdlsdk1 Depends) == *libprotobuf-lite*libssl3* ]] ||
   fail "not what the library links: $(field liborbsdlsdk1 Depends)"
 [[ $(field orb-tools Depends) == *libncursesw6* ]] || fail "not what the tools link: $(field orb-tools Depends)"
-# The list of symbols is what the library has, no more and no less, and no package has a script.
+# The list of symbols matches the library exactly, and no package has a script.
 dpkg-deb --raw-extract "$build"/liborbsdlsdk1_*.deb "$work/library"
 mkdir "$work/debian"
 printf 'Source: orbsdlsdk\n\nPackage: liborbsdlsdk1\nArchitecture: any\n' >"$work/debian/control"
@@ -69,7 +69,8 @@ for file in usr/bin/orbctl usr/share/man/man1/orbctl.1.gz usr/share/bash-complet
   [[ -e $root/$file ]] || fail "not installed: $file"
 done
 
-# This machine's system below what was installed, which is a layer of its own: one inside the other is none.
+# An overlay with this machine's system below the installed files. It must not be inside another
+# overlay.
 cp "$here"/consumer/* "$work/used/"
 mv "$work/used/consumer.c" "$work/used/first.c"
 sed -i 's/consumer\.c/first.c/' "$work/used/CMakeLists.txt"

@@ -1,16 +1,17 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# The library for a device by the commands of docs/porting.md, with the toolchain of BUILD: device.sh WORK
-# CMAKE SOURCES BUILD. What compiles it is the same as in BUILD, which is looked at; so its objects are
-# taken from there, and the rest is made.
+# The library for a device, built by the commands of docs/porting.md with the toolchain of BUILD:
+# device.sh WORK CMAKE SOURCES BUILD. The test checks that the compile commands are the same as in
+# BUILD, uses its objects, and builds the rest.
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 build=$4
 device=$work/build/device
 toolchain=$(sed -n 's/^CMAKE_TOOLCHAIN_FILE:[A-Z]*=//p' "$build/CMakeCache.txt")
 
-# What compiles the library in a build folder, but for the folder and what changes no code of it.
+# The compile commands of the library in a build folder, without the folder and flags that change no
+# code.
 compiled_in() {
   ninja -C "$1" -t commands OrbSdlSdk | sed -n -E '/ -o [^ ]*orb_(objects|proto)\.dir.* -c /p' |
     sed -E "s#$1#BUILD#g; s# -(g0|Werror)\\b##g" | sort

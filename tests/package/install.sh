@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# Installs the library that BUILD has made, with a folder for libraries named in one of the ways in
-# which people do that, and uses it by pkg-config and by CMake, which know its version, and by the compiler
-# alone: install.sh WORK CMAKE SOURCES BUILD CC WAY [EMULATOR...].
+# Installs the library of BUILD with one of the usual settings for the library folder, and uses it
+# with pkg-config and CMake, which check the version, and with the compiler alone: install.sh WORK
+# CMAKE SOURCES BUILD CC WAY [EMULATOR...].
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 build=$4
@@ -34,7 +34,7 @@ case $way in
     libraries=$prefix/lib64
     ;;
   destdir)
-    # Into a root that is another machine's: what is in the files is what that one will see.
+    # Into the root of another machine: the files must have the paths of that machine.
     root=$work/root
     export DESTDIR=$root
     prefix=$root/usr
@@ -87,7 +87,7 @@ use_by_compiler() {
   run "${emulator[@]}" "$work/by_compiler"
 }
 
-# What README.md shows for CMake is what the consumer does.
+# The consumer must do the same as README.md shows for CMake.
 same_as_readme() {
   local shown
   # shellcheck disable=SC2016
@@ -101,8 +101,8 @@ same_as_readme() {
 
 use_by_cmake() {
   local wanted place=-DCMAKE_PREFIX_PATH=$prefix
-  # Which folders below a prefix CMake looks through depends on the system; a toolchain has it look below
-  # a root of its own only.
+  # The system decides which folders below a prefix CMake searches; with a toolchain file, CMake
+  # searches only below the sysroot.
   if [[ $way != default && $way != absolute ]]; then
     place=-DOrbSdlSdk_DIR=$libraries/cmake/OrbSdlSdk
   elif ((${#emulator[@]})); then
@@ -124,7 +124,7 @@ use_by_cmake() {
 use_by_pkg_config
 use_by_compiler
 if [[ $way != absolute ]]; then
-  # Whoever moves it finds everything where it is then.
+  # After the tree is moved, everything must still be found.
   mkdir "$work/moved"
   mv "$prefix" "$work/moved/here"
   libraries=$work/moved/here${libraries#"$prefix"}

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# The platform is one of two. A device's library is linked to stubs of the device's libraries, which are
-# not installed, nor is anything that stands for the device: platform.sh WORK CMAKE SOURCES LIBRARY
-# ORBLOG ORBCTL, the last three in place of those that a build for a device makes.
+# The choice of the platform. A device's library is linked to stubs of the device's libraries; the
+# stubs are not installed: platform.sh WORK CMAKE SOURCES LIBRARY ORBLOG ORBCTL. The last three are
+# used instead of those that a build for a device makes.
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 library=$4
@@ -28,10 +28,10 @@ rm -rf "$work/refused"
 refused "ORB_STATIC_PROTOBUF needs libprotobuf-lite.a" -DORB_PLATFORM=device \
   -DProtobuf_LITE_LIBRARY=/nowhere/libprotobuf-lite.so
 
-# A device brings its own libraries only: all else that the linker offers for it is inside.
+# A device has only its own libraries, so all other libraries must be linked statically.
 device=$work/device
-# The programs that stand for the device's have the places of this machine's build in them: those are
-# not looked for when they are installed.
+# These programs contain the paths of this machine's build, but the installation does not check
+# that.
 configure "$sources" "$device" -DORB_PLATFORM=device -DORB_SONAME_DIAG=libdiag.so.1 \
   -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON
 linked_in() {
@@ -39,12 +39,12 @@ linked_in() {
   grep -- '-o libOrbSdlSdk.so' "$work/log"
 }
 link=$(linked_in "$device")
-# A linker that leaves out what nobody has needed so far wants libraries behind the objects.
+# With --as-needed, the linker needs libraries after the objects.
 [[ $link == *.o\ -L*/platform/device\ *-llog*-lcutils*-ldiag* ]] ||
   fail "not linked to the stubs: $link"
 [[ ${link##*-llog} != *.o\ * ]] || fail "linked before the objects: $link"
 [[ $link == *libprotobuf-lite.a* && $link == *Demangler.cpp.o* ]] || fail "not inside the library: $link"
-# Compilers for other processors may have no C++ runtime but a static one, and no flag for it.
+# Compilers for other processors may have only a static C++ runtime, and no flag for it.
 [[ $link == *-static-libstdc++* ]] || grep -q '^ORB_HAS_static_libstdc__:INTERNAL=$' "$device/CMakeCache.txt" ||
   fail "a shared C++ runtime: $link"
 [[ $link != *rpath* ]] || fail "the library has a path of this machine: $link"
@@ -55,7 +55,7 @@ link=$(linked_in "$shared_cxx")
 [[ $link == *libprotobuf-lite.a* ]] || fail "protobuf-lite is not inside the library: $link"
 [[ $link != *-static-libstdc++* && $link != *Demangler.cpp.o* ]] ||
   fail "the C++ runtime is inside the library: $link"
-# Where there is a shared one.
+# If there is a shared one.
 if ! grep -q CMAKE_TOOLCHAIN_FILE "$work.cmake"; then
   shared=$work/shared
   configure "$sources" "$shared" -DORB_PLATFORM=device -DORB_STATIC_PROTOBUF=OFF

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# Two builds in two folders, of sources in two folders, give the same bytes: reproducible.sh WORK CMAKE
-# SOURCES. The stand-ins are enough, all else has the same flags; that a built library names no folder
-# is seen by ElfFiles_test.
+# Two builds in two folders, from sources in two folders, give the same bytes: reproducible.sh WORK
+# CMAKE SOURCES. Only the stand-ins are built, because everything else has the same flags.
+# ElfFiles_test checks that a library contains no folder.
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -17,7 +17,7 @@ for build in "$first" "$second"; do run "$cmake" --build "$build" --target orb_l
 for file in liblog.so libcutils.so; do
   cmp "$first/platform/host/$file" "$second/platform/host/$file" || fail "$file differs"
 done
-# What is said about the build names no folder and no time; whoever wants another date says so.
+# Information about the build has no folder and no time; SOURCE_DATE_EPOCH can set another date.
 for file in OrbSdlSdk.spdx.json THIRD-PARTY debian/symbols debian/changelog debian/copyright; do
   cmp "$first/$file" "$second/$file" || [[ $file == debian/* && ! -e $first/debian ]] || fail "$file differs"
 done

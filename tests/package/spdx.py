@@ -14,7 +14,7 @@ PACKAGE_OF = {
     "protobuf-lite": "protobuf", "crypto": "OpenSSL", "ncursesw": "ncurses", "tinfo": "ncurses",
     "formw": "ncurses", "stdc++": "libstdc++",
 }
-# The C library and what compilers call of their own, and the project's own.
+# The C library, libraries that compilers add, and the project's own libraries.
 NOT_OTHERS = re.compile("^(asan|ubsan|tsan|c|m|dl|pthread|gcc_s|ld-.*|ld-linux.*|log|cutils|diag|OrbSdlSdk)$")
 
 folder = pathlib.Path(sys.argv[1])

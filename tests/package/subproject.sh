@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# The library as a part of another project, which it leaves as it is: subproject.sh WORK CMAKE SOURCES
-# OPTION...
+# The library as a part of another project, whose settings it must not change: subproject.sh WORK
+# CMAKE SOURCES OPTION...
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-# The parent itself looks at its settings and at the targets' names.
+# The parent project checks its settings and the names of targets.
 configure "$here/parent" "$work/build" "-DORB_SOURCE=$sources" "${@:4}"
 grep -q '^CMAKE_BUILD_TYPE:STRING=$' "$work/build/CMakeCache.txt" ||
   fail "the parent has another build type: $(grep CMAKE_BUILD_TYPE: "$work/build/CMakeCache.txt")"

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# The test kit, installed, and nothing else of this project: testkit.sh WORK CMAKE SOURCES BUILD CXX WHAT.
-# WHAT is `template`, the template project and a program that shares the archive's innermost names, or
-# `breaks`: the template's application broken in each way that it knows, which the right tests find.
+# The installed test kit without other parts of this project: testkit.sh WORK CMAKE SOURCES BUILD
+# CXX WHAT. WHAT is `template`: the template project, and a program that has the same internal names
+# as the archive; or `breaks`: the template's application with each known fault, which the right
+# tests must find.
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 build=$4
@@ -20,7 +21,7 @@ build_template() { # build_template OPTION...
   run "$cmake" --build "$template"
 }
 
-# A package of the library alone has neither tools nor kit.
+# A package of only the library has no tools and no kit.
 check_components() {
   local component found
   for component in runtime development; do
@@ -37,7 +38,7 @@ check_components() {
   [[ -z $found ]] || fail "in the component testkit: $found"
 }
 
-# By pkg-config, beside names that the archive has inside, too.
+# With pkg-config, also with names that the archive has inside.
 check_names() {
   local flags
   export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
@@ -48,7 +49,7 @@ check_names() {
   run "$work/names"
 }
 
-# The sandbox and the stand-in as they are installed, without namespaces.
+# The installed sandbox and stand-in, without namespaces.
 check_tools() {
   local name
   for name in orb-sandbox orbd-sim; do
@@ -62,8 +63,8 @@ check_tools() {
     kill $!' - "$prefix/bin/orbd-sim" "$work/by_redirection"
 }
 
-# A broken application, and the tests that find it; the others need not be asked. What is waited for
-# comes in a moment when nothing is broken, but for the library's own five seconds without a daemon.
+# A faulty application and the tests that find the fault; only these are run. Without a fault,
+# events come at once, except the library's five seconds without a daemon.
 expect_found() { # expect_found BREAK GOOGLETEST PYTEST [SECONDS]
   local log=$work/$1
   build_template "-DBREAK=$1"
@@ -103,7 +104,7 @@ case $what in
     expect_found late WaitsForALateAnswer test_waits_for_a_late_answer
     expect_found refused AreReplacedByTheDaemonsOwn \
       test_asks_with_other_criteria_when_its_own_are_refused
-    # They find nothing where nothing is to be found.
+    # They find nothing in the correct application.
     build_template -DBREAK=
     run "${test[@]}" -R 'LinkAware.FindsTheDaemon'
     ;;

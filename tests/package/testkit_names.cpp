@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A program whose names are those that the test kit has inside: its own messages and daemon, and a
-// runtime for messages of another version. It has to be linked, and each has to use its own.
+// A program with the same names as inside the test kit: its own messages and daemon, and a message
+// runtime of another version. It must link, and each part must use its own names.
 #include <orbsim/testkit.h>
 
 #include <cstdio>

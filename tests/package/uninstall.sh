@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# What was installed is removed again, and what was there before is left, also by the commands of
+# Uninstalling removes the installed files and keeps others, also with the commands of
 # docs/installing.md: uninstall.sh WORK CMAKE SOURCES BUILD.
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -16,13 +16,13 @@ refused() {
 }
 refused
 
-# A prefix of other people's, with an empty folder and a file beside the library's.
+# A prefix that already has an empty folder and another file.
 prefix=$work/prefix
 mkdir -p "$prefix/lib/pkgconfig" "$prefix/share/doc/OrbSdlSdk" "$prefix/include"
 : >"$prefix/share/doc/OrbSdlSdk/mine"
 tree "$prefix" >"$work/before"
 for round in first second; do
-  # Twice, as one does after a change: what the first has made is still no folder of other people's.
+  # Twice, as after a change: folders from the first installation must still be removed.
   run "$cmake" --install "$work/build/other" --prefix "$prefix"
   run "$cmake" --install "$work/build/other" --prefix "$prefix"
   [[ -e $prefix/lib/libOrbSdlSdk.so && -e $prefix/include/orb/sdl.h ]] || fail "not installed, the $round time"
@@ -31,7 +31,7 @@ for round in first second; do
   refused
 done
 
-# One component after the other, into another root. A file that somebody has removed is no fault.
+# One component after the other, into another root. A missing file is not an error.
 export DESTDIR=$work/root
 mkdir "$DESTDIR"
 for component in runtime host development doc examples; do
@@ -43,7 +43,7 @@ run "${uninstall[@]}"
 [[ $(tree "$DESTDIR") == . ]] || fail "left in the root: $(tree "$DESTDIR")"
 refused
 
-# The document's commands, with what was built in place of a build.
+# The commands of the document, with the built files instead of a build.
 unset DESTDIR
 cmake() {
   case $* in

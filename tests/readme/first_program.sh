@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# The first program of README.md, built and run by the commands that stand there:
-# first_program.sh REPOSITORY BUILD EMULATOR COMPILER [FLAG...]
-# The commands run in a folder of the build tree that looks like the repository. Of what they build,
-# the library is there already: BUILD is installed, and its FLAGs are the program's as well.
+# Builds and runs the first program of README.md with the commands there: first_program.sh
+# REPOSITORY BUILD EMULATOR COMPILER [FLAG...] The commands run in a folder of the build tree that
+# looks like the repository. The library is not built again: BUILD is installed, and the program
+# uses the same FLAGs.
 set -euo pipefail
 
 repository=$1 tree=$2 emulator=$3 compiler=$4
@@ -18,14 +18,14 @@ fail() {
   cat "$work"/out* >&2 2>/dev/null
   exit 1
 }
-# The first block of README.md in a language that has a line with this text.
+# The first code block of README.md in a language that has a line with this text.
 block() {
   awk -v language="$1" -v text="$2" '
     $0 == "```" && inside { inside = 0; if (found) { printf "%s", code; exit } }
     inside { code = code $0 "\n"; if (index($0, text)) found = 1 }
     $0 == "```" language { inside = 1; code = ""; found = 0 }' "$repository/README.md" | grep .
 }
-# A program for another processor is started by a script in its place.
+# A program for another processor is replaced by a script that starts it.
 startable() {
   [[ -n $emulator ]] || return 0
   mv "$1" "$1.program"
@@ -54,7 +54,7 @@ grep -qx 'criteria 1' out || fail "its criteria are not accepted"
 rates=$(grep -cx 'rate [0-9]*' out) || fail "no report"
 ((rates <= 20)) || fail "$rates reports in eight seconds"
 
-# As it says, but for the daemon.
+# As README.md says, but without the daemon.
 absent=${run/build\/prefix\/bin\/orbd-sim --quiet &/}
 [[ $absent != "$run" ]] || fail "README.md does not start the daemon"
 status=0

@@ -11,7 +11,7 @@ import pathlib
 import re
 import sys
 
-# Libraries of others that rooms are told to use or not, by how their headers begin.
+# Other libraries whose use the table allows or forbids, by the start of their header names.
 LIBRARIES = {"openssl/": "libcrypto", "google/protobuf/": "protobuf"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)
 

@@ -8,12 +8,12 @@
 #include "lce.pb.h"
 #include "orbsim/Daemon.h"
 
-// What a daemon can send that takes much of the stack of whoever reads it.
+// Messages of a daemon that need much stack in the receiver.
 namespace deepmessages {
 
 using orbsim::Blob;
 
-// A member that no version knows, with one in it, and so on. The parser goes as deep as 100.
+// An unknown member that contains another one, and so on. The maximum depth of the parser is 100.
 inline Blob nested(size_t depth) {
   Blob blob;
   for (size_t i = 0; i < depth; ++i) blob.insert(blob.end(), {0xa3, 0x06});
@@ -36,7 +36,7 @@ inline Blob operator+(Blob a, const Blob& b) {
   return a;
 }
 
-// The same for every service: a status.
+// A status, the same for every service.
 inline const Blob kStatus{0x1a, 0x04, 0x0a, 0x02, 0x08, 0x04};
 
 inline Blob serialised(const LceProto::ClientMsg& message) {
@@ -45,7 +45,7 @@ inline Blob serialised(const LceProto::ClientMsg& message) {
   return blob;
 }
 
-// Reports whose texts are longer than a line.
+// Reports with texts that are longer than a line.
 inline std::vector<Blob> longTexts() {
   std::vector<Blob> blobs;
   for (const std::string& text : {std::string(600, 'x'), std::string(4000, '%')}) {

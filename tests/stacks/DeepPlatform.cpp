@@ -21,10 +21,10 @@ thread_local bool tBusy = false;
 void take(const char* text) {
   char taken[deepplatform::kTaken];
   std::memset(taken, text[0], sizeof taken);
-  asm volatile("" : : "r"(taken) : "memory");  // it counts as used
+  asm volatile("" : : "r"(taken) : "memory");  // prevents the removal of the variable
   void (*const action)() = inLines;
   if (action == nullptr || tBusy) return;
-  tBusy = true;  // the action may say lines, too
+  tBusy = true;  // because the action may log, too
   action();
   tBusy = false;
 }

@@ -4,15 +4,15 @@
 
 #include <cstddef>
 
-// A platform, log hook included, whose log takes as much of its caller's stack as the sizes of the
-// library's stacks allow for. In the middle of a line it does what the test wants. Any thread may
-// log; the rest is for the test.
+// A platform with a log hook. Its log uses as much of its caller's stack as the stack sizes of the
+// library allow. In the middle of a line it runs an action of the test. Any thread may log; the
+// other functions are for the test.
 namespace deepplatform {
 
-// What a call of the log takes, besides the formatting.
+// The stack that a call of the log uses, without the formatting.
 constexpr size_t kTaken = 4096;
 
-// In every line, on its thread, from now on; null for nothing.
+// An action for every line from now on, on the logging thread; null for none.
 void setInLines(void (*action)());
 
 }  // namespace deepplatform

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// pthread_create() and pthread_setname_np() come before the C library's own.
+// pthread_create() and pthread_setname_np() are used instead of the C library's functions.
 #include "PaintedStacks.h"
 
 #include <pthread.h>
@@ -19,10 +19,10 @@
 namespace {
 
 constexpr unsigned char kPaint = 0xc5;
-constexpr size_t kPaintedMost = size_t{512} * 1024;  // of a large stack
+constexpr size_t kPaintedMost = size_t{512} * 1024;  // in a large stack
 
 struct Place {
-  unsigned char* low = nullptr;  // of the stack
+  unsigned char* low = nullptr;  // lowest address of the stack
   size_t size = 0;
   unsigned char* first = nullptr;  // where the thread began
   char name[16] = "";

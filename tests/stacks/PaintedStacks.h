@@ -6,25 +6,25 @@
 #include <map>
 #include <string>
 
-// Every thread of a program that has this gets a painted stack of the size that it asks for, and
-// what is no longer paint was used. Threads are told apart by the names that they give themselves.
-// The stacks stay for good: a detached thread does not say when it has left its own. Nothing here
-// holds under a sanitizer, which moves variables elsewhere.
+// Every thread of this program gets a stack of the requested size that is filled with a pattern.
+// Bytes without the pattern were used. Threads are identified by their names. The stacks are never
+// freed, because a detached thread does not report its end. This does not work with a sanitizer,
+// which moves variables to other places.
 namespace painted {
 
 struct Stack {
-  size_t size = 0;  // as asked for, the smallest
-  size_t used = 0;  // below the thread's first function, the most
+  size_t size = 0;  // the smallest requested size
+  size_t used = 0;  // the maximum below the thread's first function
 };
 
-// By name, of all threads that have had one so far, those that still run included.
+// By name, for all threads that have or had one.
 std::map<std::string, Stack> stacks();
 
-// Whether a thread of this name has not left its last function yet.
+// Whether a thread of this name still runs.
 bool anyRuns(const std::string& name);
 
-// The name of the calling thread, and the room that is left to it; empty and 0 for one whose stack
-// is not painted.
+// The name of the calling thread and its remaining stack; empty and 0 for a stack without the
+// pattern.
 std::string nameHere();
 size_t leftHere();
 

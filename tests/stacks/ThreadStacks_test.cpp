@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// How much stack each thread of the library takes, and an application's thread in a call: measured
-// while lines are as long as they get, every record is encrypted, files turn, messages are as
-// large and as deep as a parser takes them, connections fail, callbacks call whatever there is, and
-// the platform's log takes its part. The table that is printed here is in docs/porting.md.
+// Measures the stack use of each thread of the library, and of an application's thread in a call:
+// with lines of maximum length, encryption of every record, rotation of files, messages of maximum
+// size and depth, failing connections, callbacks that call all functions, and the stack of the
+// platform's log. The printed table is in docs/porting.md.
 #include <errno.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -44,23 +44,23 @@ using torture::kLli;
 using torture::Service;
 
 constexpr char kLogs[] = "/data/vendor/orb_logs/";
-constexpr int kManyFiles = 1010;    // more than are removed at once
+constexpr int kManyFiles = 1010;    // more than are removed at a time
 constexpr int kManyRecords = 3200;  // more than the queue holds
 constexpr uint64_t kEndpoints[] = {105, 106, 107};
 constexpr uint32_t kTypes[] = {orbsim::kSdkTypeLce, orbsim::kSdkTypeLle, orbsim::kSdkTypeLli};
 constexpr Service kServices[] = {kLce, kLle, kLli};
 
-// What <orb/sdl.h> tells an application about its own threads.
+// The size that <orb/sdl.h> requires for an application's threads.
 constexpr size_t kCaller = size_t{32} * 1024;
 
-// Whether the log gets no memory for a long line on a thread of the library, and how often it has
-// gone without. What it is refused it does without, so nothing else changes.
+// Whether memory for a long line fails on threads of the library, and how often it has failed. The
+// log continues without that memory, so nothing else changes.
 std::atomic<bool> logLacksMemory{false};
 std::atomic<size_t> refusals{0};
 constexpr size_t kLong = 100;
 
-// Runs an action inside the next callback on a thread of this name, once; callbacks that the action
-// leads to are let pass.
+// Runs an action once in the next callback on a thread of this name. Callbacks that the action
+// causes are ignored.
 class Inside {
  public:
   static void called() {
@@ -108,7 +108,7 @@ const Callbacks& callbacks() {
   return all;
 }
 
-// As an application's thread of this name.
+// Runs as an application's thread of this name.
 void onThread(const char* name, const std::function<void()>& body) {
   std::thread([&] {
     pthread_setname_np(pthread_self(), name);
@@ -119,7 +119,7 @@ void onThread(const char* name, const std::function<void()>& body) {
 }  // namespace
 
 struct EncryptedLogPeer {
-  // The next record finds the present file full. For a thread that is inside the log.
+  // Makes the current file full for the next record. For a thread that is inside the log.
   static void fillFile(EncryptedLog& log) {
     log.recordsInFile = static_cast<int>(log.getRecordsPerFile()) + 1;
   }
@@ -127,14 +127,14 @@ struct EncryptedLogPeer {
 
 namespace {
 
-// Every fifth record of the log finds its file full.
+// For every fifth record the file is full.
 void turnFiles() {
   static std::atomic<unsigned> records{0};
   if (LogTestPeer::isWriting() && ++records % 5 == 0) {
     EncryptedLogPeer::fillFile(LogTestPeer::encryptedLog());
   }
 }
-// A thread of the library gets the log's signal besides.
+// Also sends the log's signal to a thread of the library.
 void turnFilesAndSignal() {
   turnFiles();
   if (isLibraryThread()) pthread_kill(pthread_self(), SIGUSR1);
@@ -153,7 +153,7 @@ bool comes(const std::future<void>& done) {
 class ThreadStacks : public testing::Test {
  protected:
   static void SetUpTestSuite() {
-    // As small as the C library of the platform that the library is for has them.
+    // The smallest stack of the C library on the library's platform.
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setstacksize(&attributes, size_t{128} * 1024);
@@ -174,7 +174,7 @@ class ThreadStacks : public testing::Test {
     mDaemon.stop();
   }
 
-  // A key of 4096 bits, and more old logs than are removed at once.
+  // A key of 4096 bits, and more old logs than are removed at a time.
   static void fillLogs() {
     const std::string head{'\xb8', '\x0b', 0, 0, 0, 0, 0, 0, 3};
     std::ofstream(std::string(kLogs) + "config/orb_log_config", std::ios::binary)
@@ -188,7 +188,7 @@ class ThreadStacks : public testing::Test {
     }
   }
 
-  // A session of a service that had none.
+  // A session of a service without a session.
   void awaitSession(Service service) {
     orbsim::Frame first;
     ASSERT_TRUE(mDaemon.waitForFrame(
@@ -197,7 +197,7 @@ class ThreadStacks : public testing::Test {
         << torture::nameOf(service);
     mSessions[service] = first.sessionId;
   }
-  // Nothing is left of what was.
+  // Nothing of the earlier state is left.
   void leaveAll() {
     for (const Service service : kServices) torture::disable(service);
     for (const char* const name : {"orb-sdk", "orb-receiver", "orb-closer"}) {
@@ -206,7 +206,7 @@ class ThreadStacks : public testing::Test {
     ASSERT_TRUE(mDaemon.waitForConnectionsClosed(mDaemon.totals().connections));
     mDaemon.clearRecords();
   }
-  // Alone, with both callbacks.
+  // Each alone, with both callbacks.
   void begin(Service service) {
     ASSERT_NO_FATAL_FAILURE(leaveAll());
     onThread("app-enable", [&] {
@@ -219,7 +219,7 @@ class ThreadStacks : public testing::Test {
     ASSERT_TRUE(mDaemon.sendBlob(mSessions[service], kTypes[service], blob));
   }
 
-  // Everything that a callback on a receiver thread may call, in such a callback.
+  // Calls everything that is allowed in a callback on a receiver thread.
   void callInsideReceivers() {
     for (const torture::Function& function : torture::functions()) {
       SCOPED_TRACE(function.name);
@@ -229,7 +229,7 @@ class ThreadStacks : public testing::Test {
       ASSERT_TRUE(comes(done)) << function.name;
     }
   }
-  // The same on the worker, which tells of a connection that was turned down.
+  // The same on the worker, which reports a refused connection.
   void callInsideWorker() {
     for (const torture::Function& function : torture::functions()) {
       SCOPED_TRACE(function.name);
@@ -245,7 +245,7 @@ class ThreadStacks : public testing::Test {
       mDaemon.setHandshake({});
     }
   }
-  // The closing thread gives up on a worker that is stuck in a handshake.
+  // The closing thread stops waiting for a worker that is blocked in a handshake.
   void leaveWorkerStuck() {
     ASSERT_NO_FATAL_FAILURE(begin(kLce));
     const auto entered = std::make_shared<std::promise<void>>();
@@ -267,7 +267,7 @@ class ThreadStacks : public testing::Test {
     ASSERT_NO_FATAL_FAILURE(begin(service));
     const size_t before = Inside::calls();
     for (const orbsim::Blob& blob : deepmessages::all()) send(service, blob);
-    // A frame that is no message, and one that nobody knows.
+    // A frame that is not a message, and an unknown frame.
     const orbsim::Header strange = mDaemon.headerFor(mSessions[service], 77, 3);
     ASSERT_TRUE(mDaemon.sendFrame(mSessions[service], strange, {1, 2, 3}));
     const auto done = Inside::next("orb-receiver", [] {});
@@ -297,7 +297,7 @@ class ThreadStacks : public testing::Test {
     ASSERT_NO_FATAL_FAILURE(leaveWorkerStuck());
     ASSERT_NO_FATAL_FAILURE(sendLargestRequest());
   }
-  // Records are kept and written later, and for those of the library there is no memory.
+  // Records are queued and written later; there is no memory for those of the library.
   void doEverythingDeferred() {
     LogTestPeer::setDeferred(true);
     const std::string text(600, 'x');
@@ -313,7 +313,7 @@ class ThreadStacks : public testing::Test {
     LogTestPeer::setDeferred(false);
   }
 
-  // What a callback is promised is there where it begins, and may be used.
+  // The promised stack for a callback is available at its start and may be used.
   void useWhatCallbacksHave() {
     ASSERT_NO_FATAL_FAILURE(begin(kLce));
     for (const char* const thread : {"orb-receiver", "orb-sdk"}) {
@@ -357,12 +357,12 @@ void print(const Stacks& quiet, const Stacks& signalled) {
 void expectHalf(const painted::Stack& stack, ThreadWork work) {
   EXPECT_GT(stack.used, 0u);
   EXPECT_LE(2 * stack.used, orb::utils::libraryShare(work));
-  // The C library's part, and whole pages.
+  // The minimum of the C library, in whole pages.
   EXPECT_GE(stack.size, orb::utils::stackFor(work));
   EXPECT_LE(stack.size, orb::utils::stackFor(work) + size_t{64} * 1024);
 }
 
-// The first call that enables anything makes the keys and sets the log up.
+// The first enable makes the keys and sets the log up.
 TEST_F(ThreadStacks, NoThreadTakesMoreThanHalfOfTheLibrarysShare) {
   deepplatform::setInLines(turnFiles);
   onThread("app-first", [] { ASSERT_EQ(1, torture::enable(callbacks(), kLce)); });
