@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What a disabled service still holds while another one keeps the SDK client.
+// The memory of a disabled service while another service keeps the SDK client.
 #include <gtest/gtest.h>
 #include <orb/sdl.h>
 
@@ -15,8 +15,8 @@ namespace {
 
 std::atomic<int64_t> allocated{0};
 
-// In front of each piece: its size, in room that keeps the alignment. 0 for lines that the
-// recording platform keeps.
+// Before each allocation there is its size, in an aligned space. 0 for lines that the recording
+// platform keeps.
 constexpr size_t kHead = alignof(std::max_align_t);
 
 }  // namespace
@@ -54,7 +54,7 @@ TEST(DisabledMemory, UnansweredCriteriaAreGivenBack) {
   daemon.clearRecords();
   const int64_t before = allocated;
   const LceReportingCriteria criteria = {};
-  // In pieces, so that the daemon keeps little of them.
+  // In small frames, so that the daemon keeps little memory for them.
   for (size_t i = 0; i < kRequests; i += kPiece) {
     for (size_t n = 0; n < kPiece; ++n)
       ASSERT_LT(0, lceSetReportingCriteria(&criteria, onCriteria));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Every way a handshake can go.
+// All possible courses of a handshake.
 #include "orbsim/Handshake.h"
 
 #include <errno.h>
@@ -200,7 +200,7 @@ TEST_F(HandshakeTest, SocketIsClosedBeforeTheFailureIsReported) {
   mDaemon.setHandshake([](int fd, uint32_t) {
     sendHandshakeRecord(fd, 9, 0);
     char byte;
-    return recv(fd, &byte, 1, 0) > 0;  // opens and closes nothing before the client has closed
+    return recv(fd, &byte, 1, 0) > 0;  // waits until the client has closed
   });
   bool open = true;
   mSession->connectToServer([&](bool) { open = !isClosed(lastSocket()); });

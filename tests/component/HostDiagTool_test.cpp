@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Programs with the desktop's libdiag, and `orbdiag` beside them.
+// Programs with the desktop's libdiag, and `orbdiag` as their diagnostic service.
 #include <signal.h>
 #include <sys/eventfd.h>
 #include <sys/prctl.h>
@@ -14,12 +14,12 @@
 
 namespace {
 
-// A program: libdiag, one registered command and a place for packets. It lives until end().
+// A program with libdiag, one registered command and a place for packets. It lives until end().
 class Program {
  public:
   using Life = std::function<void(const HostDiag&)>;
 
-  // `life` runs in the program once it has been set up, the control thread included.
+  // `life` runs in the program after the set-up, also of the control thread.
   Program(const std::string& socket, const std::string& packets, const Life& life = nullptr) {
     UniqueFd ready(eventfd(0, EFD_CLOEXEC));
     mPid = fork();
@@ -37,7 +37,7 @@ class Program {
 
   pid_t pid() const { return mPid; }
   void kill() const { ::kill(mPid, SIGKILL); }
-  // Lets it return; its exit status, or -1 for a signal.
+  // Lets the program return. Its exit status, or -1 for a signal.
   int end() {
     if (mPid <= 0) return -1;
     eventfd_write(mStop.get(), 1);
@@ -88,7 +88,7 @@ struct Outcome {
 
 class HostDiagToolTest : public testing::Test {
  protected:
-  // Runs orbdiag in the shell, so that arguments are given as one types them.
+  // Runs orbdiag through the shell, so that arguments are written as a user types them.
   Outcome orbdiag(const std::string& arguments) const {
     const std::string out = directory / "out";
     const std::string err = directory / "err";
@@ -185,7 +185,8 @@ TEST_F(HostDiagToolTest, ForkedChildLeavesItsParentsSocketAlone) {
   Program parent(socket, packets, [](const HostDiag& diag) {
     const pid_t child = fork();
     if (child == 0) {
-      // As at its end, but without exit(): the parent's thread may have held a sanitizer's locks.
+      // Like the normal end, but without exit(), because the parent's threads may have held locks
+      // of a sanitizer.
       diag.deinit();
       _exit(0);
     }
@@ -197,7 +198,7 @@ TEST_F(HostDiagToolTest, ForkedChildLeavesItsParentsSocketAlone) {
 }
 
 TEST_F(HostDiagToolTest, RefusalComesOnStandardError) {
-  // A program that refuses everything and says what it was asked.
+  // A program that refuses every request and reports it.
   const UniqueFd listener(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
@@ -213,7 +214,7 @@ TEST_F(HostDiagToolTest, RefusalComesOnStandardError) {
     _exit(write(client, reply.data(), reply.size()) > 0 ? 0 : 1);
   }
   const Outcome outcome = orbdiagAt(socket, "command 00ff");
-  shutdown(listener.get(), SHUT_RDWR);  // the program's wait ends if nobody came
+  shutdown(listener.get(), SHUT_RDWR);  // the program's wait ends even if no client came
   waitpid(other, nullptr, 0);
   EXPECT_EQ(1, outcome.status);
   EXPECT_EQ("", outcome.out);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The redirection of the daemon's socket: inside a program (this one), and loaded before one that
-// knows nothing of it.
+// The redirection of the daemon's socket: inside a program (this one), and loaded into an unchanged
+// program.
 #include <errno.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -42,7 +42,7 @@ class Redirect : public testing::Test {
     return daemon;
   }
 
-  // Whom a connection to the daemon reaches, or the error.
+  // The server of a connection to the daemon, or the error.
   static std::string reached() {
     sockaddr_un address = {};
     EXPECT_NE(0u, host::addressOf(host::kDaemonSocket, address));
@@ -58,7 +58,7 @@ class Redirect : public testing::Test {
     return text;
   }
 
-  // What the probe prints, standard error included where it is asked for.
+  // The output of the probe, with standard error if requested.
   std::string probe(const std::string& variables, const char* redirection = "") const {
     const std::string command =
         "ASAN_OPTIONS=\"$ASAN_OPTIONS:verify_asan_link_order=0\" LD_PRELOAD='" +

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The LCE object's listener, called directly with what the SDK client can tell it.
+// The LCE object's listener, called directly with all notifications of the SDK client.
 #include "Lce.h"
 #include "LceFixture.h"
 #include "ServiceListenerSuite.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The LLE object's listener, called directly with what the SDK client can tell it, and every line
-// that LLE writes, number included.
+// The LLE object's listener, called directly with all notifications of the SDK client, and every
+// log line of LLE with its number.
 #include "Lle.h"
 #include "LleFixture.h"
 #include "ServiceListenerSuite.h"
@@ -89,7 +89,7 @@ TEST_F(LleLines, ReportLinesAreFixed) {
   });
 }
 
-// No number is fixed for these.
+// These lines have no fixed number.
 TEST_F(LleLines, TheOtherRequestsHaveTheSameTexts) {
   lleGetLastEstimationReport(onLast);
   lleRegEstimationReports(onReport);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The LLI object's listener, called directly with what the SDK client can tell it, and every line
-// that LLI writes, number included.
+// The LLI object's listener, called directly with all notifications of the SDK client, and every
+// log line of LLI with its number.
 #include "Lli.h"
 #include "LliFixture.h"
 #include "ServiceListenerSuite.h"
@@ -71,7 +71,7 @@ TEST_F(LliLines, ListenerLinesAreFixed) {
   });
 }
 
-// No number is fixed for this one.
+// This line has no fixed number.
 TEST_F(LliLines, UnknownMessageIsNamed) {
   receives({0x08, 2})();
   EXPECT_EQ(linesOf(kBlobListener), (LogLines{{kBlobListener, 193, "Lli::blobListener"},

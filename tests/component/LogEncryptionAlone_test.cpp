@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// An encrypted log by itself, without a configuration file and without a log around it.
+// The encryption class alone, without a configuration file and without a log.
 #include "EncryptedLog.h"
 #include "LogEncryptionFixture.h"
 

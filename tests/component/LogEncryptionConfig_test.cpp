@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The configuration file of encrypted logging: missing, whole, and broken in every way.
+// The configuration file of encrypted logging: missing, correct, and with all kinds of errors.
 #include <openssl/err.h>
 
 #include <functional>
@@ -13,8 +13,8 @@ namespace {
 
 class LogEncryptionConfigTest : public LogEncryptionFixture {
  protected:
-  // Starts with a configuration that cannot be used: its key's size is logged, the failure is said
-  // through printToAdb, and the log goes on without encryption.
+  // Starts with an unusable configuration: the log has the size of its key, printToAdb reports the
+  // failure, and the log continues without encryption.
   void expectOff(size_t keySize, bool wrappingFails = false) {
     recording::clear();
     testing::internal::CaptureStderr();
@@ -69,7 +69,7 @@ TEST_F(LogEncryptionConfigTest, MissingFileIsNoFailureAndNothingIsSaid) {
   fs::remove_all("/data/vendor/orb_logs");
   startsSilently();
   clearData();
-  fs::create_symlink(kConfig, kConfig);  // to itself: it cannot be opened either
+  fs::create_symlink(kConfig, kConfig);  // a link to itself cannot be opened
   startsSilently();
 }
 
@@ -117,7 +117,7 @@ TEST_F(LogEncryptionConfigTest, KeyThatIsUnsafeOrHasNoRoomInTheHeader) {
   }
 }
 
-// The log is written, behind a header of zeros, and standard error says what that means.
+// The log is written with a header of zeros, and standard error explains this.
 TEST_F(LogEncryptionConfigTest, KeyThatIsTooSmallGivesALogThatNobodyCanRead) {
   const std::string pem = testkeys::madeUpPublicPem(512);
   write(kConfig, head(3000, 3) + pem);
@@ -136,7 +136,8 @@ TEST_F(LogEncryptionConfigTest, KeyThatIsTooSmallGivesALogThatNobodyCanRead) {
   EXPECT_EQ(11u, recordsOf(content).size());
 }
 
-// No key has a text of more than 64 KiB: what is longer is named with its length and not read.
+// No key has a text of more than 64 KiB. The length of a longer file is logged, and the file is not
+// read.
 TEST_F(LogEncryptionConfigTest, HundredMegabytesOfGarbage) {
   std::string garbage(1 << 20, '\0');
   uint32_t state = 1;
@@ -159,7 +160,7 @@ TEST_F(LogEncryptionConfigTest, DirectoryInItsPlace) {
 TEST_F(LogEncryptionConfigTest, PipeInItsPlaceIsNotWaitedFor) {
   ASSERT_EQ(0, mkfifo(kConfig, 0666));
   expectOff(0);
-  // Nor one that somebody might write to.
+  // Also not a configuration that another user could write to.
   const int end = open(kConfig, O_RDWR | O_NONBLOCK | O_CLOEXEC);
   ASSERT_NE(-1, end);
   expectOff(0);

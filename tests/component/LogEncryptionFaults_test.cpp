@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Encrypted logging while the disk, the directory or the random numbers fail. This program's
-// functions of libcrypto's names come before the real ones.
+// Encrypted logging with failures of the disk, the directory or the random numbers. This program's
+// definitions of libcrypto functions are used instead of the real ones.
 
 #include <sys/resource.h>
 
@@ -21,8 +21,8 @@ namespace {
 
 const fs::path kFirst = fs::path(kMain) / "orb_log_p0_00";
 
-// As on a full disk: no file of this process grows beyond so many bytes. What goes beyond raises a
-// signal besides, which would end the process.
+// Like a full disk: no file of this process can grow above this size. Otherwise the kernel also
+// sends a signal, which would end the process.
 class SizeLimit {
  public:
   explicit SizeLimit(size_t size) {
@@ -88,7 +88,7 @@ TEST_F(LogEncryptionFaultsTest, LimitOnFileSizesDropsTheRecordsOfAllThreads) {
       });
     }
     for (std::thread& writer : writers) writer.join();
-    // A thread of the library's own blocks the signal and must not keep one waiting.
+    // The library's own thread blocks the signal, so it must not keep a signal pending.
     bool waits = true;
     Thread own;
     ASSERT_TRUE(startThread(own, "orb-test", ThreadWork::Library, [this, &waits] {
@@ -110,7 +110,7 @@ TEST_F(LogEncryptionFaultsTest, RecordWithoutARandomIvIsNotWritten) {
   libcrypto::randomFails = true;
   for (int i = 0; i < 100; ++i) sayToAll("text");
   const size_t written = messagesOf(linesIn(kFirst)).size();
-  EXPECT_EQ(84u, written);  // those whose IV had been drawn in advance
+  EXPECT_EQ(84u, written);  // records whose IV was drawn in advance
   libcrypto::randomFails = false;
   sayToAll("again");
   EXPECT_EQ(written + 1, messagesOf(linesIn(kFirst)).size());
@@ -137,7 +137,7 @@ TEST_F(LogEncryptionFaultsTest, WithoutAWrappedKeyEncryptionStaysOff) {
   EXPECT_EQ(kInitFailedLine, recording::texts()[3]);
 }
 
-// The field for the wrapped key stays empty then, and nobody can read the file.
+// The field for the wrapped key is empty then, so the file cannot be read.
 TEST_F(LogEncryptionFaultsTest, MinusOneFromWrappingCountsAsSuccess) {
   configure();
   libcrypto::wrapResult = -1;
@@ -150,8 +150,8 @@ TEST_F(LogEncryptionFaultsTest, MinusOneFromWrappingCountsAsSuccess) {
   EXPECT_EQ(1u, recordsOf(content).size());
 }
 
-// Encryption is stopped while the process exits; a forked child has no thread left that could let
-// go of the log.
+// Encryption stops at the exit of the process. A forked child has no other thread that could
+// release the log.
 TEST_F(LogEncryptionFaultsTest, ForkedChildLogsAndExitsWhateverAnotherThreadWasLogging) {
   configure();
   log.init("orb");
@@ -178,7 +178,7 @@ TEST_F(LogEncryptionFaultsTest, ForkedChildLogsAndExitsWhateverAnotherThreadWasL
   inside.join();
 }
 
-// A hook or a sink that does not return keeps the log; that must not keep the process.
+// A hook or a sink that does not return keeps the log locked; the process must still exit.
 TEST_F(LogEncryptionFaultsTest, ProcessEndsWhileAThreadIsStuckInALogCall) {
   configure();
   const pid_t child = fork();
@@ -193,7 +193,7 @@ TEST_F(LogEncryptionFaultsTest, ProcessEndsWhileAThreadIsStuckInALogCall) {
       std::promise<void>().get_future().wait();
     }).detach();
     entered.get_future().wait();
-    log.addDumpRequest(Log::USER_COMMAND);  // the dumper gets stuck as well
+    log.addDumpRequest(Log::USER_COMMAND);  // the dumper is blocked as well
     std::exit(7);
   }
   int status = -1;

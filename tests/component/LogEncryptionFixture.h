@@ -45,11 +45,11 @@ inline void write(const fs::path& path, const std::string& content) {
 }
 
 struct Record {
-  size_t length = 0;  // as its first two bytes give it
+  size_t length = 0;  // from its first two bytes
   Bytes iv, tag, cipher;
 };
 
-// The records from an offset on. A record that is not whole is a failure of the test.
+// The records from an offset on. An incomplete record is a failure of the test.
 inline std::vector<Record> recordsOf(const Bytes& content, size_t offset = kHeaderSize) {
   std::vector<Record> records;
   while (offset < content.size()) {
@@ -82,7 +82,7 @@ inline size_t endOfRecords(const Bytes& content) {
   return end;
 }
 
-// The session key at the beginning of a file, as the openssl program unwraps it.
+// The session key at the start of a file, unwrapped by the openssl program.
 inline Bytes sessionKeyOf(const Bytes& content, const testkeys::RsaKey& key) {
   const fs::path directory = "/tmp/unwrap";
   fs::create_directory(directory);
@@ -115,7 +115,7 @@ inline Texts namesIn(const fs::path& directory) {
   return names;
 }
 
-// What the diagnostic channel got, as text.
+// The text that the diagnostic channel got.
 inline Texts diagLines(size_t from = 0) {
   Texts lines;
   for (const recording::Packet& packet : recording::packets()) lines.push_back(packetText(packet));
@@ -123,7 +123,7 @@ inline Texts diagLines(size_t from = 0) {
   return lines;
 }
 
-// The messages of lines that a test has logged with say().
+// The messages of the lines that a test logged with say().
 inline Texts messagesOf(const Texts& lines) {
   const std::string mark = "|T|File::f:1 ";
   Texts messages;
@@ -134,7 +134,7 @@ inline Texts messagesOf(const Texts& lines) {
   return messages;
 }
 
-// An encrypted log in the sandbox's own /data: empty folders, no configuration file yet.
+// An encrypted log in the sandbox's /data: empty folders, no configuration file yet.
 class LogEncryptionFixture : public LogFixture {
  protected:
   LogEncryptionFixture() : mFormerMask(umask(022)) { clearData(); }
@@ -163,7 +163,7 @@ class LogEncryptionFixture : public LogFixture {
     log.addLogRecord(4, "T", "File.cpp", "f", 1, "%s", text.c_str());
   }
 
-  // The platform and the diagnostic channel get a line whatever happens to the file.
+  // The platform and the diagnostic channel get each line, independent of the file.
   void sayToAll(const std::string& text) {
     recording::setDiagListening(true);
     recording::clear();
@@ -172,7 +172,7 @@ class LogEncryptionFixture : public LogFixture {
     EXPECT_EQ(Texts{text}, messagesOf(diagLines()));
   }
 
-  // All lines of a file but for the header, which must unwrap with the key.
+  // All lines of a file without the header, which the key must unwrap.
   static Texts linesIn(const fs::path& path, const testkeys::RsaKey& key = testkeys::rsaKey(2048)) {
     const Bytes content = contentOf(path);
     if (content.size() < kHeaderSize) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Encrypted logging in a folder where others are at work: it comes late, goes, or its files are
-// removed, emptied and replaced while the program runs. Whatever file there is then can be read.
+// Encrypted logging in a folder that changes: it is created late or removed, or its files are
+// removed, emptied and replaced while the program runs. All remaining files can be read.
 #include <atomic>
 #include <cstdio>
 #include <thread>
@@ -26,7 +26,7 @@ TEST_F(LogEncryptionFolderTest, MissingDirectoryIsDoneWithoutUntilItIsThere) {
   sayToAll("lost");
   fs::create_directory(kMain);
   for (int i = 0; i < 3100; ++i) say("text");
-  // All of them are there, in a whole file each.
+  // All lines are there, each in a complete file.
   const size_t first = messagesOf(linesIn(kFirst)).size();
   const size_t second = messagesOf(linesIn(kSecond)).size();
   EXPECT_EQ(3000u, first);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Encrypted log files byte for byte: the key with the openssl program, the records with another
-// implementation of the cipher.
+// Every byte of encrypted log files: the key is checked with the openssl program, the records with
+// another implementation of the cipher.
 #include <set>
 #include <thread>
 
@@ -41,7 +41,7 @@ TEST_F(LogEncryptionFormatTest, LinesAreThoseOfTheDiagnosticChannel) {
   say("");
   say(std::string(600, 'x'));
   say("100% \xC3\xA4\n");
-  // The first two lines, of the hook and of the key, come before encryption is on.
+  // The first two lines, about the hook and the key, come before encryption is on.
   const Texts expected = diagLines(2);
   ASSERT_EQ(13u, expected.size());
   EXPECT_EQ(expected, linesIn(kFirst));
@@ -69,7 +69,8 @@ TEST_F(LogEncryptionFormatTest, NobodyNeedsToListen) {
   EXPECT_TRUE(recording::packets().empty());
 }
 
-// "2025-05-24 13:02:07.045  1234  1240 I ORB : " is the head of a line; its message fills it up.
+// "2025-05-24 13:02:07.045  1234  1240 I ORB : " is the prefix of a line; the message fills the
+// line.
 TEST_F(LogEncryptionFormatTest, LineOf200CharactersIsARecordOf230Bytes) {
   recording::setDiagListening(true);
   configure();
@@ -260,7 +261,7 @@ TEST_F(LogEncryptionFormatTest, ManyWritersLeaveWholeRecordsInTheOrderOfTheChann
   EXPECT_EQ(diagLines(2), linesIn(kFirst));
 }
 
-// The kernel heeds the signal between two pages of a file, also within one write.
+// The kernel handles the signal between two pages of a file, also within one write.
 TEST_F(LogEncryptionFormatTest, OnlyTheEndOfAPageCutsTheLastRecordOfAKilledProcess) {
   configure(30000, 3);
   for (const size_t size : {1000u, 20000u, 54321u}) {

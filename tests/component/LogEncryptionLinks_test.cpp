@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Links in the folder of encrypted logs, put there by whoever may write to it: none is followed,
-// and no file beside the logs is made, written, cut short or removed.
+// Links in the folder of encrypted logs, created by another user with write permission. No link is
+// followed, and no file outside the logs is created, written, truncated or removed.
 #include "LogEncryptionFixture.h"
 
 namespace logtest {
@@ -23,7 +23,7 @@ class LogEncryptionLinksTest : public LogEncryptionFixture {
     EXPECT_FALSE(fs::exists(kNowhere));
     EXPECT_EQ((Bytes{'f', 'o', 'r', 'e', 'i', 'g', 'n'}), contentOf(kForeign));
   }
-  // Each way to lead to something else.
+  // All kinds of links to other files.
   static void lay(int kind, const fs::path& name) {
     fs::remove(name);
     if (kind == 0) fs::create_symlink(kForeign, name);
@@ -45,7 +45,8 @@ TEST_F(LogEncryptionLinksTest, StartMakesItsFileWhereALinkWas) {
     clearData();
     configure();
     lay(kind, kFirst);
-    // The first index follows the youngest file, so only links to nowhere and to nobody's count.
+    // The first index follows the newest file, so only links to nothing and to files of other users
+    // are tested.
     if (kind >= 2) write(fs::path(kMain) / "orb_log_p0_09", "younger");
     log.init("orb");
     EXPECT_FALSE(fs::is_symlink(kFirst));
@@ -87,7 +88,7 @@ TEST_F(LogEncryptionLinksTest, LinkThatIsRemovedInTurnLeavesItsTarget) {
   log.init("orb");
   fs::remove(kFirst);
   fs::create_symlink(kForeign, kFirst);
-  for (int i = 0; i < 3; ++i) sayUntilTheNextFile();  // whereupon the first goes
+  for (int i = 0; i < 3; ++i) sayUntilTheNextFile();  // then the first one is removed
   EXPECT_FALSE(fs::is_symlink(kFirst));
 }
 
@@ -97,7 +98,7 @@ TEST_F(LogEncryptionLinksTest, LinksAmongOldFilesDoNotCount) {
   timespec times[2] = {};
   times[0].tv_sec = times[1].tv_sec = time(nullptr) - 100;
   ASSERT_EQ(0, utimensat(AT_FDCWD, (fs::path(kMain) / "orb_log_p0_03").c_str(), times, 0));
-  // A target that is younger than any log, one that is too old, and a directory.
+  // A target that is newer than any log, one that is too old, and a directory.
   fs::create_symlink(kForeign, fs::path(kMain) / "orb_log_p0_06");
   times[0].tv_sec = times[1].tv_sec = time(nullptr) - 50000;
   write("/data/vendor/old", "old");

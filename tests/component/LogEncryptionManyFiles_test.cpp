@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A start beside very many old logs. This program's unlink() and pthread_create() come before the C
-// library's: they count, or fail.
+// A start with very many old logs. This program's unlink() and pthread_create() are used instead of
+// the C library's: they count calls or fail.
 #include <dirent.h>
 #include <pthread.h>
 
@@ -44,7 +44,7 @@ class LogEncryptionManyFilesTest : public LogEncryptionFixture {
  protected:
   ~LogEncryptionManyFilesTest() override { threads::forget(); }
 
-  // The same second for all, however long it takes to make them.
+  // All files get the same second, even if creating them takes longer.
   void leave(const std::string& name, time_t age) const {
     const int fd = open((fs::path(kMain) / name).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
     timespec times[2] = {};
@@ -52,7 +52,7 @@ class LogEncryptionManyFilesTest : public LogEncryptionFixture {
     EXPECT_EQ(0, futimens(fd, times));
     close(fd);
   }
-  // Backups whose names count as logs, each of an age of its own or all of one.
+  // Backup files whose names look like logs, each with a different age, or all with the same age.
   void leaveMany(bool ofOneAge) const {
     for (int i = 0; i < kMany; ++i)
       leave("orb_log_p0_backup" + std::to_string(i), ofOneAge ? 1000 : 1000 + i);
@@ -65,7 +65,7 @@ class LogEncryptionManyFilesTest : public LogEncryptionFixture {
     }
     return count;
   }
-  // As any program would find out the ages of files.
+  // Finds the ages of files with the usual functions.
   static double timeOfListing() {
     const Clock::time_point start = Clock::now();
     DIR* const directory = opendir(kMain);
@@ -85,12 +85,12 @@ class LogEncryptionManyFilesTest : public LogEncryptionFixture {
     log.init("orb");
     return millisecondsSince(start);
   }
-  // Its thread has its name once it runs.
+  // The thread sets its name when it starts.
   static void awaitRemoval(size_t left) {
     while (countNames() > left || processstate::threadsNamed("orb-log-remove") > 0)
       std::this_thread::yield();
   }
-  // The best of some rounds, for either.
+  // The minimum of some rounds, for both.
   void compare(bool ofOneAge) {
     log.init("orb");  // what is made once per process
     double listing = 1e9, start = 1e9;
@@ -124,7 +124,7 @@ TEST_F(LogEncryptionManyFilesTest, StartBesideFilesOfAllAgesTakesAboutAsLongAsLi
 TEST_F(LogEncryptionManyFilesTest, NamesOfTheRunItselfAreFreeAtOnceAndStay) {
   configure();
   leaveMany(false);
-  leave("orb_log_p0_00", 100);  // the youngest: the run begins with the next
+  leave("orb_log_p0_00", 100);  // the newest; the run begins with the next one
   for (int i = 1; i <= 3; ++i) leave("orb_log_p0_0" + std::to_string(i), 90000 + i);
   log.init("orb");
   EXPECT_TRUE(fs::exists(fs::path(kMain) / "orb_log_p0_01"));
@@ -136,7 +136,7 @@ TEST_F(LogEncryptionManyFilesTest, NamesOfTheRunItselfAreFreeAtOnceAndStay) {
   EXPECT_EQ(1u, linesIn(fs::path(kMain) / "orb_log_p0_01").size());
 }
 
-// Another program whose name begins alike may begin a file before the removal gets there.
+// Another program whose name has the same start can begin a file before the removal.
 TEST_F(LogEncryptionManyFilesTest, FileThatTakesTheNameOfAnOldOneMeanwhileStays) {
   configure();
   leaveMany(false);

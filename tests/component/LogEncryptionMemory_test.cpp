@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The start of encrypted logging when memory runs out: it is on, or it is off and says so.
+// The start of encrypted logging without memory: it is either on, or off with a message.
 #include <cstdio>
 
 #include "FailingNew.h"

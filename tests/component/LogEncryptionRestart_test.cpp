@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Which files a start keeps of earlier ones, and which file it begins with.
+// The files of earlier starts that a start keeps, and the file with which it begins.
 #include "ExistingLogFiles.h"
 #include "LogEncryptionFixture.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 class LogEncryptionRestartTest : public LogEncryptionFixture {
  protected:
-  // A file that was last written so many seconds ago.
+  // A file that was last written this number of seconds ago.
   static void leave(const std::string& name, time_t age, const fs::path& directory = kMain) {
     write(directory / name, "former");
     setAge(directory / name, age);
@@ -25,7 +25,7 @@ class LogEncryptionRestartTest : public LogEncryptionFixture {
     log.init(tag);
     ASSERT_TRUE(LogTestPeer::encryptionEnabled());
   }
-  // Begun by this start: a header and the version line.
+  // A file begun by this start: a header and the version line.
   static bool isBegun(const std::string& name, const fs::path& directory = kMain) {
     return linesIn(directory / name).size() == 1;
   }
@@ -102,7 +102,7 @@ TEST_F(LogEncryptionRestartTest, OfMoreThanThreeFilesTheYoungestStayWhateverThei
 TEST_F(LogEncryptionRestartTest, OfMoreThanThreeFilesTheOthersGoHoweverYoung) {
   for (int i = 0; i < 7; ++i) leave("orb_log_p0_0" + std::to_string(i), 100 + i);
   start();
-  EXPECT_TRUE(isBegun("orb_log_p0_01"));  // it was among those kept, but its turn has come
+  EXPECT_TRUE(isBegun("orb_log_p0_01"));  // it was a kept file, but is the next to be used
   EXPECT_EQ((Texts{"orb_log_p0_00", "orb_log_p0_01", "orb_log_p0_02"}), namesIn(kMain));
 }
 
@@ -112,7 +112,7 @@ TEST_F(LogEncryptionRestartTest, FilesOfOneAgeCountOnce) {
   leave("orb_log_p0_02", 300);
   leave("orb_log_p0_03", 300);
   start();
-  EXPECT_EQ(4u, namesIn(kMain).size());  // three ages, all young: no file goes
+  EXPECT_EQ(4u, namesIn(kMain).size());  // three ages, all recent: no file is removed
 }
 
 TEST_F(LogEncryptionRestartTest, OnlyOneOfTwoOldFilesOfOneAgeGoes) {
@@ -175,7 +175,7 @@ TEST_F(LogEncryptionRestartTest, ConfigurationAndTraceFilesAreNoLogs) {
   leave("orb_log_config", 5000, kOther);
   leave("orb_log_trace", 5000, kOther);
   leave("orb_log_other_07", 5000, kOther);
-  start(10, "");  // whose prefix all three names have
+  start(10, "");  // all three names have this prefix
   EXPECT_TRUE(isLeft("orb_log_config", kOther));
   EXPECT_TRUE(isLeft("orb_log_trace", kOther));
   EXPECT_FALSE(fs::exists(fs::path(kOther) / "orb_log_other_07"));
@@ -221,7 +221,7 @@ TEST_F(LogEncryptionRestartTest, SecondInitOfAProcessGoesOnAfterTheFirst) {
   EXPECT_EQ((Texts{"orb_log_p0_00", "orb_log_p0_01"}), namesIn(kMain));
 }
 
-// The limits to the second, which a clock that goes on would make uncertain.
+// Tests the limits exactly, with a fixed clock, because a running clock would be uncertain.
 TEST_F(LogEncryptionRestartTest, FileOfAnHourStaysAndOneASecondOlderGoes) {
   const fs::path directory = kMain;
   leave("orb_log_p0_00", 0);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Encrypted logs from file to file.
+// Rotation of encrypted logs.
 #include <limits>
 
 #include "LogEncryptionFixture.h"
@@ -16,7 +16,7 @@ class LogEncryptionRotationTest : public LogEncryptionFixture {
   static fs::path file(const std::string& index) {
     return fs::path(kMain) / ("orb_log_p0_" + index);
   }
-  // Numbers each message, the version line of init() being number 0.
+  // Numbers each message; the version line of init() is number 0.
   void sayUpTo(int number) {
     for (; next <= number; ++next) say(std::to_string(next));
   }
@@ -73,7 +73,7 @@ TEST_F(LogEncryptionRotationTest, FirstRecordAfterARotationGoesToThePreviousFile
   sayUpTo(kRecords + 1);
   EXPECT_EQ(numbers(1, kRecords + 1), messagesIn(file("00")));
   EXPECT_EQ(kHeaderSize, contentOf(file("01")).size());
-  // It counts for the new file all the same.
+  // It still counts for the new file.
   sayUpTo(2 * kRecords + 1);
   EXPECT_EQ(2u, namesIn(kMain).size());
   sayUpTo(2 * kRecords + 2);
@@ -104,7 +104,7 @@ TEST_F(LogEncryptionRotationTest, FilesAreUsedInTurnAndTheIndexOfTheirNumberStay
   rotate();
   rotate();
   EXPECT_EQ((Texts{names[0], names[1], names[2]}), namesIn(kMain));
-  rotate();  // _03 is begun and _00 goes
+  rotate();  // _03 is begun and _00 is removed
   EXPECT_EQ(0, LogTestPeer::encryptedLog().getFileIndex());
   EXPECT_EQ((Texts{names[1], names[2], names[3]}), namesIn(kMain));
   EXPECT_EQ(kHeaderSize, contentOf(file("03")).size());
@@ -138,7 +138,7 @@ TEST_F(LogEncryptionRotationTest, FileThatIsInTheWayIsBegunAnew) {
   EXPECT_EQ(numbers(kRecords + 2, kRecords + 2), messagesIn(file("01")));
 }
 
-// Names keep the tag that encryption began with; the directory follows the present one.
+// Names keep the tag from the start of encryption; the directory follows the current tag.
 TEST_F(LogEncryptionRotationTest, LaterTagTakesTheNextFileToItsDirectory) {
   configure(kRecords, 3);
   log.init("orb");

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Encrypted logging in an application that has closed its standard streams. This program's read()
-// and readdir() come before the C library's and see through which descriptors the log reads.
+// Encrypted logging in an application with closed standard streams. This program's read() and
+// readdir() are used instead of the C library's and check the descriptors of the log.
 #include <dirent.h>
 #include <sys/syscall.h>
 
@@ -14,7 +14,7 @@ namespace {
 int lowestRead = 1000;
 int lowestListed = 1000;
 
-// Whether the descriptor is of something below the folder of the logs.
+// Whether the descriptor is for a file below the folder of the logs.
 bool isOfTheLogs(int fd) {
   char target[256];
   const ssize_t size =

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Children that a process forks while its threads log, in every mode of the log: each child may log
-// and ends as it chose, whatever was locked in the moment of the fork, and leaves the parent's
-// files alone. ORB_TORTURE_COUNT is the number of children in each mode.
+// Children that a process forks while its threads log, in every mode of the log. Each child may log
+// and ends normally, whatever locks were held at the fork, and does not change the parent's files.
+// ORB_TORTURE_COUNT is the number of children in each mode.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,8 +20,8 @@ namespace {
 
 constexpr int kExpected = 7;
 constexpr size_t kConfigHead = 9;
-constexpr unsigned kPatience = 20;  // seconds for what takes no time
-constexpr int kHungAtMost = 3;      // no use in waiting for more
+constexpr unsigned kPatience = 20;  // seconds, for operations that take almost no time
+constexpr int kHungAtMost = 3;      // after this number, waiting for more is useless
 
 struct Mode {
   const char* name;
@@ -44,7 +44,8 @@ void say(const char* text) {
   Log::getInstance()->addLogRecord(4, "T", "File.cpp", "f", 1, "%s", text);
 }
 
-// One call of each kind; no thread may be waited for, and no lock that one of them may have held.
+// One call of each kind. It must not wait for a thread or for a lock that another thread may have
+// held.
 void sayAll(const char* text) {
   Log* const log = Log::getInstance();
   say(text);
@@ -55,7 +56,7 @@ void sayAll(const char* text) {
   log->addDumpRequest(Log::USER_COMMAND);
 }
 
-// Whether a child forked now ends as it should.
+// Whether a child forked now ends normally.
 bool childEnds() {
   const pid_t child = fork();
   if (child == 0) {
@@ -68,7 +69,7 @@ bool childEnds() {
          WEXITSTATUS(status) == kExpected;
 }
 
-// An application in a process of its own, since a log is set up once; its result is the number of
+// An application in a separate process, because a log is set up once. The result is the number of
 // children that did not end.
 [[noreturn]] void runApplication(const Mode& mode) {
   nullplatform::setLogging(mode.logging);
@@ -100,7 +101,7 @@ class LogFork : public testing::TestWithParam<Mode> {
 
 TEST_P(LogFork, ChildrenLogAndEndWhileThreadsLog) {
   if (GetParam().encrypted) {
-    // The least that there may be of records per file, and of files.
+    // The minimum numbers of records per file and of files.
     logtest::write(kConfig, std::string(kConfigHead, '\0') + testkeys::rsaKey(2048).publicPem);
   }
   std::fflush(nullptr);
@@ -111,7 +112,7 @@ TEST_P(LogFork, ChildrenLogAndEndWhileThreadsLog) {
   ASSERT_EQ(application, waitpid(application, &status, 0));
   ASSERT_TRUE(WIFEXITED(status)) << status;
   EXPECT_EQ(0, WEXITSTATUS(status));
-  // What the files hold is the parent's alone.
+  // The files contain only the parent's lines.
   size_t records = 0;
   for (const std::string& name : namesIn(kMain)) {
     Bytes content = contentOf(fs::path(kMain) / name);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What the client session adds: the daemon as peer, and one callback for every change.
+// The functions that the client session adds: the daemon as peer, and one callback for every
+// change.
 #include <cstdio>
 #include <future>
 #include <thread>
@@ -71,7 +72,7 @@ TEST_F(OrbIpcClientSessionTest, SecondConnectReplacesTheCallbackOnly) {
   ASSERT_TRUE(other.waitForCount(1));
   EXPECT_EQ((std::vector<bool>{false}), other.all());
   EXPECT_EQ((std::vector<bool>{true}), mStatuses.all());
-  mSession->awaitReceiver(kPatience);  // `other` goes now
+  mSession->awaitReceiver(kPatience);  // `other` is destroyed now
 }
 
 TEST_F(OrbIpcClientSessionTest, DestroyingAConnectedSessionCallsNobodyAndGivesAllBack) {
@@ -84,7 +85,7 @@ TEST_F(OrbIpcClientSessionTest, DestroyingAConnectedSessionCallsNobodyAndGivesAl
   EXPECT_TRUE(watched.expired());
   EXPECT_EQ((std::vector<bool>{true}), mStatuses.all());
   EXPECT_FALSE(isRegistered(1, 1));
-  EXPECT_FALSE(ended->decreaseFor(std::chrono::milliseconds(0)));  // was waited for
+  EXPECT_FALSE(ended->decreaseFor(std::chrono::milliseconds(0)));  // it was already waited for
   EXPECT_TRUE(hasLogged(kDebug, "closing socket Fd " + std::to_string(fd)));
   EXPECT_FALSE(hasLogged(kInfo, "notifyConnectionStatus: 0"));
   ASSERT_TRUE(mDaemon.waitForConnectionsClosed(1));
@@ -104,7 +105,7 @@ TEST_F(OrbIpcClientSessionTest, DestructionWaitsForAHandlerThatRuns) {
   const auto ended = mSession->threadSemaphore();
   ASSERT_TRUE(mDaemon.sendFrame(1, mDaemon.headerFor(1, 20, 0), {}));
   entered.get_future().wait();
-  mSession.reset();  // the running handler keeps it: it goes on the receiver thread
+  mSession.reset();  // the handler keeps it until it returns on the receiver thread
   EXPECT_FALSE(left);
   release.set_value();
   EXPECT_TRUE(ended->decreaseFor(kPatience));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A session that is built on a descriptor: it connects to nobody, its subclass registers it.
+// A session created with a descriptor: it does not connect, its subclass registers the descriptor.
 #include <gtest/gtest.h>
 
 #include <future>
@@ -117,7 +117,7 @@ TEST_F(OrbIpcSessionDescriptorTest, HearsOfItsLossOnce) {
   ASSERT_TRUE(mSession->threadSemaphore()->decreaseFor(kPatience));
   EXPECT_EQ(1, mSession->losses);
   EXPECT_FALSE(mSession->isConnected());
-  EXPECT_FALSE(mSession->registerReceiverHandler());  // there is nothing to register any more
+  EXPECT_FALSE(mSession->registerReceiverHandler());  // nothing is left to register
 }
 
 TEST_F(OrbIpcSessionDescriptorTest, HasOneReceiver) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// How connections end: on purpose, by a send that fails, beside a successor with the same id.
+// How connections end: on purpose, after a failed send, or with a successor that has the same id.
 #include <poll.h>
 
 #include <future>
@@ -12,7 +12,7 @@
 namespace ipctest {
 namespace {
 
-// Whatever comes for the session keeps its receiver in a call until release().
+// Any data for the session keeps its receiver in a call until release().
 class OrbIpcSessionEndTest : public SessionTest {
  protected:
   void keepReceiverBusy() {
@@ -26,7 +26,7 @@ class OrbIpcSessionEndTest : public SessionTest {
   }
   void release() { mMayLeave.set_value(); }
 
-  // The lines about the end of the session's connection, without those about the registration.
+  // The log lines about the end of the session's connection, without those about the registration.
   static Entries linesOfTheEnd() {
     Entries lines;
     for (const auto& entry : logged()) {
@@ -90,7 +90,7 @@ TEST_F(OrbIpcSessionEndTest, BegunCloseSaysTheSameLines) {
   expectLinesOfTheEnd();
 }
 
-// The receiver finds the session that it has to tell, however quickly all others let it go.
+// The receiver finds the session to notify, even if all other owners release it at once.
 TEST_F(OrbIpcSessionEndTest, BegunCloseSaysTheSameLinesWhoeverKeepsTheSession) {
   for (unsigned int id = 1; id <= 200; ++id) {
     auto session = makeSession();
@@ -170,7 +170,7 @@ TEST_F(OrbIpcSessionEndTest, WhoeverEndsAHandshakeFindsTheDescriptorClosed) {
 
 TEST_F(OrbIpcSessionEndTest, NewSessionGetsTheIdOfALostOneWhoseReceiverIsBusy) {
   keepReceiverBusy();
-  mDaemon.stop();  // and starts anew, with the first id
+  mDaemon.stop();  // and restarts with the first id
   ASSERT_TRUE(mDaemon.start());
   Statuses statuses;
   const auto next = makeSession();
@@ -178,7 +178,7 @@ TEST_F(OrbIpcSessionEndTest, NewSessionGetsTheIdOfALostOneWhoseReceiverIsBusy) {
   ASSERT_EQ((std::vector<bool>{true}), statuses.all());
   EXPECT_EQ(1u, next->sessionId());
 
-  mSession->send(0, 66, {});  // does not know yet, and must not speak for the other
+  mSession->send(0, 66, {});  // it does not know this yet, and must not act for the other session
   EXPECT_FALSE(mSession->sendAtOnce(*std::make_shared<OrbIpcRawMessage>(0, 67, Bytes())));
   EXPECT_TRUE(next->send(0, 20, {1}));
   ASSERT_TRUE(mDaemon.waitForFrames(1));
@@ -222,7 +222,7 @@ TEST_F(OrbIpcSessionEndTest, DaemonThatReadsNoMoreIsOneLoss) {
     shutdown(fd, SHUT_RD);
     orbsim::sendHandshakeRecord(fd, orbsim::kHandshakeComplete, sessionId);
     pollfd end = {fd, POLLHUP, 0};
-    poll(&end, 1, -1);  // stays as it is until the client goes
+    poll(&end, 1, -1);  // nothing changes until the client disconnects
     return false;
   });
   connect();
@@ -235,7 +235,7 @@ TEST_F(OrbIpcSessionEndTest, DaemonThatReadsNoMoreIsOneLoss) {
   EXPECT_TRUE(mDaemon.waitForConnectionsClosed(1));
 }
 
-// Every cleanup takes a socket together with the one semaphore that its last user signals.
+// Every cleanup gets a socket together with the semaphore that the socket's last user signals.
 TEST_F(OrbIpcSessionEndTest, CleanupAgainstReconnectsAlwaysEnds) {
   constexpr int kRounds = 2000;
   std::promise<void> allDone;
@@ -258,7 +258,7 @@ TEST_F(OrbIpcSessionEndTest, CleanupAgainstReconnectsAlwaysEnds) {
   });
   if (allDone.get_future().wait_for(std::chrono::seconds(120)) != std::future_status::ready) {
     fprintf(stderr, "a cleanup waits for a semaphore that nobody signals\n");
-    abort();  // threads that hang cannot be joined
+    abort();  // blocked threads cannot be joined
   }
   rounds.join();
   mSession->cleanup();

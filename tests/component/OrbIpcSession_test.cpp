@@ -33,7 +33,7 @@ TEST_F(OrbIpcSessionTest, FiftyAttemptsWithoutADaemonThenOneFailure) {
   const size_t before = openDescriptors();
   const auto start = std::chrono::steady_clock::now();
   connect();
-  // 49 pauses of 100 ms; nothing may make them shorter.
+  // 49 pauses of 100 ms; nothing may shorten them.
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(4900));
   EXPECT_EQ((std::vector<bool>{false}), mStatuses.all());
   EXPECT_EQ(50u, countLogged(kDebug, "Connect ret: -1"));
@@ -176,7 +176,7 @@ TEST_F(OrbIpcSessionTest, SendingAtOnceDoesNotWaitForADaemonThatDoesNotRead) {
   int sent = 0;
   while (sent < 10000 && mSession->sendAtOnce(*note)) ++sent;
   EXPECT_LT(0, sent);
-  EXPECT_GT(10000, sent);  // the socket's room was used up, and nobody waited for more
+  EXPECT_GT(10000, sent);  // the socket's buffer is full, and no send waits
   mDaemon.setReading(true);
 }
 
@@ -241,7 +241,7 @@ TEST_F(OrbIpcSessionTest, DaemonClosingReportsOneLoss) {
   EXPECT_TRUE(hasLogged(kDebug, "handleSessionEnd for session 1"));
   EXPECT_TRUE(hasLogged(kDebug, "case OrbIpcSessionEndMessage::ID: 4"));
   EXPECT_FALSE(hasLogged(kDebug, "closing socket Fd " + std::to_string(fd)));
-  mSession->cleanup();  // nothing left to wait for
+  mSession->cleanup();  // nothing is left to wait for
 }
 
 TEST_F(OrbIpcSessionTest, SessionWithIdZeroLearnsOfItsEnd) {
@@ -265,11 +265,11 @@ TEST_F(OrbIpcSessionTest, CleanupReportsNothingAndGivesTheDescriptorBack) {
   EXPECT_FALSE(isRegistered(1, 1));
   ASSERT_TRUE(mDaemon.waitForConnectionsClosed(1));
   EXPECT_EQ(before, openDescriptors());
-  mSession->cleanup();  // a second time there is nothing to do
+  mSession->cleanup();  // a second call does nothing
 }
 
-// The semaphore of the connection that was lost is still raised; the cleanup of the next connection
-// must wait for the next receiver.
+// The semaphore of the lost connection is still raised. The cleanup of the next connection must
+// wait for the next receiver.
 TEST_F(OrbIpcSessionTest, CleanupAfterReconnectWaitsForTheNewReceiver) {
   std::promise<void> entered;
   std::promise<void> release;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// A bare-socket client of the daemon stand-in, and the fixture of its tests. The client knows bytes
-// only, so that a mistake in the stand-in cannot hide behind the same mistake in the library.
+// A plain socket client of the daemon stand-in, and the fixture of its tests. The client uses only
+// bytes, so that an error in the stand-in is not hidden by the same error in the library.
 
 #pragma once
 
@@ -39,7 +39,7 @@ constexpr uint32_t kLcePid = 105;
 constexpr uint32_t kLlePid = 106;
 constexpr uint32_t kLliPid = 107;
 
-// What belongs to the requests of one service.
+// The parts of the requests that depend on the service.
 template <typename Request>
 struct Wire;
 template <>
@@ -77,8 +77,8 @@ typename Wire<Request>::Answer parse(const Frame& frame) {
   return message;
 }
 
-// A client of bare bytes. Reads block: a daemon that owes an answer and does not give it shows as
-// a test that runs into its time limit, one that closes shows as a short read.
+// A client with plain bytes. Reads block: if the daemon does not answer, the test reaches its time
+// limit; if it closes, the read is short.
 class Client {
  public:
   explicit Client(const std::string& path, uint32_t processId = kLcePid)
@@ -101,7 +101,7 @@ class Client {
     mFd = -1;
   }
 
-  // What one recv gives, as a client takes a handshake record.
+  // The result of one recv, as clients read a handshake record.
   Blob readOnce() {
     Blob bytes(1023);
     const ssize_t got = ::recv(mFd, bytes.data(), bytes.size(), 0);
@@ -118,7 +118,7 @@ class Client {
     ASSERT_EQ(static_cast<ssize_t>(bytes.size()),
               ::send(mFd, bytes.data(), bytes.size(), MSG_NOSIGNAL));
   }
-  // False when the other side has gone.
+  // False if the other side has disconnected.
   bool tryWrite(const Blob& bytes) {
     return ::send(mFd, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
            static_cast<ssize_t>(bytes.size());
@@ -177,7 +177,7 @@ class Client {
   uint32_t mSessionId = 0;
 };
 
-// ENABLE is 0 in every service, and so what an event that was not set reads as.
+// ENABLE is 0 in every service, which is also the value of an event that was not set.
 template <typename Request = LceProto::ServiceMsg>
 Request enable(bool on) {
   Request message;
@@ -231,7 +231,7 @@ inline LliProto::ServiceMsg lliRegister(bool on) {
   return message;
 }
 
-// Lines of a daemon's log. Made before the daemon and gone after it.
+// The lines of a daemon's log. Created before the daemon and destroyed after it.
 class LogLines {
  public:
   std::function<void(const std::string&)> sink() {
@@ -243,7 +243,7 @@ class LogLines {
   Recorder<std::string> mLines;
 };
 
-// How lines about the first session begin: this process is its client.
+// The start of log lines about the first session: this process is its client.
 inline std::string sessionOf(uint32_t endpoint) {
   return "session 1 pid " + std::to_string(::getpid()) + " endpoint " + std::to_string(endpoint) +
          " ";

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The daemon stand-in's control socket: a line of JSON for each order and each answer.
+// The daemon stand-in's control socket: one line of JSON per order and per answer.
 
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -17,13 +17,13 @@
 namespace orbsimtest {
 namespace {
 
-// How often there is no descriptor for a connection from now on.
+// The number of the next connections for which there is no descriptor.
 std::atomic<int> exhausted{0};
 
 }  // namespace
 }  // namespace orbsimtest
 
-// In the place of the C library's.
+// Replaces the function of the C library.
 extern "C" int accept4(int fd, sockaddr* address, socklen_t* size, int flags) {
   if (orbsimtest::exhausted.load() > 0) {
     --orbsimtest::exhausted;
@@ -38,7 +38,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The other end of a control socket, of bare bytes.
+// A client of a control socket, with plain bytes.
 class Orders {
  public:
   explicit Orders(const std::string& path) : mFd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -150,7 +150,7 @@ TEST_F(OrbdSimControlTest, OrdersChangeTheDevice) {
   EXPECT_EQ("wcdma", view.rat);
   EXPECT_EQ(70000u, view.estimate.latency.dlLatency);
   EXPECT_EQ(kDone, give(R"({"handoff":{"to":"5g","notice":3600}})"));
-  // It begins with the next thing that anybody looks at.
+  // The order takes effect at the next access.
   daemon().world().view();
   EXPECT_EQ(R"({"error":"a handoff is under way","ok":false})",
             give(R"({"handoff":{"to":"lte"}})"));
@@ -231,7 +231,7 @@ TEST_F(OrbdSimControlTest, HandoffToWhereTheDeviceIsIsRefused) {
   EXPECT_EQ(kDone, give(R"({"handoff":{"to":"5g"}})"));
 }
 
-// Somebody has looked at the device, so its first moment has been told already.
+// After an access to the device, its first moment is already fixed.
 TEST_F(OrbdSimControlTest, BeforeTheTimeBeginsOrdersFollowEachOtherAsWell) {
   EXPECT_NE(std::string::npos, give(R"({"status":true})").find(R"("begun":false)"));
   EXPECT_EQ(kDone, give(R"({"rat":"5g"})"));

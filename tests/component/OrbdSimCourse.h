@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// What the daemon stand-in's device does, for tests that compare what clients hear with it.
+// The events of the daemon stand-in's device, for tests that compare them with what clients
+// receive.
 
 #pragma once
 
@@ -14,7 +15,7 @@
 
 namespace orbsimtest {
 
-// A device of its own with the same seed: it does the same at the same time.
+// A second device with the same seed: it does the same at the same time.
 class Course {
  public:
   explicit Course(int64_t stepMs, uint64_t seed = orbsim::Options{}.seed)
@@ -23,8 +24,7 @@ class Course {
   }
 
   orbsim::Estimate next() { return mDevice.step(mTick++ * mStepMs); }
-  // The next one that is wanted. Clients begin at any time, and one that is served late misses
-  // some.
+  // The next event that matches. Clients begin at any time, and a late client misses some events.
   bool find(const std::function<bool(const orbsim::Estimate&)>& wanted) {
     for (int i = 0; i < 100000; ++i) {
       if (wanted(next())) return true;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The device that the daemon stand-in's services tell of: what they say agrees.
+// The device of the daemon stand-in: the values of its services must agree.
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ using orbsim::Ramp;
 using orbsim::Technology;
 using orbsim::technologyOf;
 
-// All of it, so that nothing that differs is overlooked.
+// All values, so that no difference is missed.
 std::vector<uint64_t> numbers(const Estimate& estimate) {
   const auto& link = estimate.link;
   const auto& latency = estimate.latency;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// Who counts as a client that has come back. Told by itself here, as the processes of its clients
-// are whatever a test says.
+// Which clients count as reconnected. The class is called directly, so that the test can choose
+// process ids.
 
 #include <gtest/gtest.h>
 

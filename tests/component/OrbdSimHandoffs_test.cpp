@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// Handoffs that the daemon stand-in's device makes of its own accord, one after the other.
+// Handoffs without an order in the daemon stand-in's device.
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ namespace {
 
 using orbsim::HandoffModel;
 
-// Handoffs of the model's own accord, one after the other.
+// Automatic handoffs of the model, one after the other.
 class HandoffModelTest : public ::testing::Test {
  protected:
   std::vector<HandoffPhase> next(int64_t stepMs = 500) {

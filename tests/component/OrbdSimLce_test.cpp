@@ -79,7 +79,7 @@ TEST_F(OrbdSimLceTest, StartedReportsFollowTheDeviceUntilStopped) {
   }
   client.send(action(LceProto::STOP));
   ASSERT_TRUE(daemon().waitForLceState(1, [](const auto& state) { return !state.reporting; }));
-  // Whatever was on its way comes before the answer to the next request; nothing comes after it.
+  // Reports on their way come before the answer to the next request; nothing comes after it.
   client.send(enable(true));
   while (parse(client.readFrame()).event_id() != LceProto::STATUS_IND) {
   }
@@ -124,7 +124,7 @@ TEST_F(OrbdSimLceTest, NothingIsSentBeforeTheClientsFirstFrame) {
   daemon().setReportInterval(std::chrono::milliseconds(1));
   Client silent(path());
   silent.handshake();
-  // Another session comes and gets twenty reports while the first one stays silent.
+  // Another session connects and gets twenty reports; the first session gets none.
   Client other(path());
   other.handshake();
   other.send(action(LceProto::START));

@@ -39,7 +39,7 @@ class OrbdSimLleTest : public OrbdSimTest {
     EXPECT_TRUE(answer.data().has_get_report_resp());
     return answer.data().get_report_resp();
   }
-  // Reads past the reports that were on their way before the status.
+  // Skips the reports that were on their way before the status.
   void readStatus() {
     while (read().event_id() != LleProto::STATUS_IND) {
     }

@@ -39,7 +39,7 @@ class OrbdSimLliTest : public OrbdSimTest {
     EXPECT_TRUE(message.data().has_lli_ind_resp());
     return message.data().lli_ind_resp();
   }
-  // Reads past the indications that were on their way before the status.
+  // Skips the indications that were on their way before the status.
   void readStatus() {
     while (read().event_id() != LliProto::STATUS_IND) {
     }

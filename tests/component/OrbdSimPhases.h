@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// Phases of handoffs, for tests that look at all of them.
+// Phases of handoffs, for tests that check all of them.
 
 #pragma once
 

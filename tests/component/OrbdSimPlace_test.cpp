@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The directory of the daemon stand-in's socket: which one it makes, and what it leaves.
+// The directory of the daemon stand-in's socket: when it is created, and when it is removed.
 
 #include <sys/stat.h>
 
@@ -24,7 +24,7 @@ TEST_F(OrbdSimTest, MissingDirectoryIsNotMade) {
   EXPECT_FALSE(std::filesystem::exists(mDirectory + "/missing"));
 }
 
-// Each wrong path is told in its own words, and nothing is changed.
+// Each wrong path has its own message, and nothing changes.
 class OrbdSimWrongPlaceTest : public OrbdSimTest {
  protected:
   static std::string errorOf(const std::string& path) {
@@ -53,7 +53,7 @@ TEST_F(OrbdSimWrongPlaceTest, FileStays) {
   EXPECT_EQ(4u, std::filesystem::file_size(file));
 }
 
-// The sandbox has no capabilities, so root is refused as others are.
+// The sandbox has no capabilities, so root is refused like other users.
 TEST_F(OrbdSimWrongPlaceTest, DirectoryThatNothingMayBeMadeIn) {
   const std::string directory = mDirectory + "/closed";
   ASSERT_EQ(0, ::mkdir(directory.c_str(), 0555));
@@ -82,7 +82,7 @@ TEST_F(OrbdSimWrongPlaceTest, WhatIsWrongIsSeenBeforehand) {
             SocketPlace::whyWrong(path() + "/orb"));
 }
 
-// The sandbox has the directory that a desktop has not.
+// The sandbox has this directory; a desktop does not.
 class OrbdSimDefaultPlaceTest : public ::testing::Test {
  protected:
   OrbdSimDefaultPlaceTest() {

@@ -83,7 +83,7 @@ TEST_F(OrbdSimRecordingTest, FileIsAsDocumented) {
       text);
 }
 
-// A relay that was killed may leave a part of its last line.
+// A killed relay can leave a part of its last line.
 TEST_F(OrbdSimRecordingTest, LastLineThatIsCutIsNotCounted) {
   std::ofstream(file()) << "{\"orbd-sim-recording\":1}\n"
                            "{\"time\":0,\"connection\":1,\"event\":\"open\"}\n"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// A daemon stand-in on whose socket nobody listens, or that has none, and how it comes back.
+// A daemon stand-in whose socket refuses connections or does not exist, and its return.
 
 #include <cerrno>
 #include <thread>

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The relay's connections: to a daemon that is away or slow to take them, several at a time, and
-// how all are given back.
+// The relay's connections: to an absent or slow daemon, several at a time, and their release.
 
 #include <cerrno>
 
@@ -35,7 +34,7 @@ TEST_F(OrbdSimRelayTest, WithoutADaemonAConnectionEndsAtOnceAndALaterOneWorks) {
             }());
 }
 
-// The kernel tells nobody when there is room for one more.
+// The kernel does not report when the queue has space again.
 TEST_F(OrbdSimRelayTest, DaemonThatIsSlowToAcceptIsWaitedFor) {
   mListener.close();
   ASSERT_NO_FATAL_FAILURE(listen(0));
@@ -94,7 +93,7 @@ TEST_F(OrbdSimRelayTest, StopEndsConnectionsAndGivesAllBack) {
   EXPECT_EQ("stopped", mLog.lines().back());
   mClient.close();
   mDaemon.close();
-  // The listener's is gone, too.
+  // The listener's descriptor is closed, too.
   EXPECT_EQ(before - 1, openDescriptors());
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// A relay with a test at both of its ends.
+// A relay with the test at both ends.
 
 #pragma once
 
@@ -27,7 +27,7 @@ inline Blob randomBytes(size_t size) {
   return bytes;
 }
 
-// One end of a connection, with calls that block.
+// One end of a connection, with blocking calls.
 class End {
  public:
   explicit End(int fd = -1) : mFd(fd) {}
@@ -45,7 +45,7 @@ class End {
     mFd = -1;
   }
   void shutdown(int how) const { ASSERT_EQ(0, ::shutdown(mFd, how)); }
-  // How much of it was taken.
+  // The number of accepted bytes.
   size_t send(const Blob& bytes, size_t piece = 100000) const {
     size_t sent = 0;
     while (sent < bytes.size()) {
@@ -87,8 +87,8 @@ inline End connectTo(const std::string& path, int flags = 0) {
   return end;
 }
 
-// A relay between a socket of a daemon's, which the test plays, and that of a client. Used on the
-// test's thread; `mLock` guards the events that the relay tells.
+// A relay between the socket of a daemon, which the test plays, and a client. Used on the test's
+// thread; `mLock` guards the events of the relay.
 class OrbdSimRelayTest : public ::testing::Test {
  protected:
   void SetUp() override {

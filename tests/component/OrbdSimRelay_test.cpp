@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The relay between an application's socket and a daemon's: what goes in comes out, whatever it is,
-// and each side sees the other come to its end.
+// The relay between an application and a daemon: it forwards all bytes unchanged, and each side
+// notices the end of the other.
 
 #include <sys/time.h>
 
@@ -15,7 +15,7 @@
 namespace orbsimtest {
 namespace {
 
-// Bytes that mean nothing, and more than any buffer on the way holds, both ways at once.
+// Random bytes, more than all buffers hold, in both directions at once.
 TEST_F(OrbdSimRelayTest, BytesPassUnchangedInBothDirections) {
   ASSERT_NO_FATAL_FAILURE(connectBoth());
   const Blob up = randomBytes(3000001), down = randomBytes(2000003);
@@ -43,7 +43,8 @@ TEST_F(OrbdSimRelayTest, BytesPassUnchangedInBothDirections) {
 
 TEST_F(OrbdSimRelayTest, SideThatDoesNotReadHoldsTheOtherUp) {
   ASSERT_NO_FATAL_FAILURE(connectBoth());
-  // A socket that takes nothing for so long is taken for full; when that is wrong, less is sent.
+  // If a socket accepts nothing for this time, it counts as full. If this is wrong, less data is
+  // sent.
   const timeval limit = {0, 300000};
   ASSERT_EQ(0, ::setsockopt(mClient.fd(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit)));
   const Blob bytes = randomBytes(16 << 20);
@@ -81,7 +82,7 @@ TEST_F(OrbdSimRelayTest, WhatADaemonSaidBeforeItWentArrives) {
   mDaemon.send(last);
   mDaemon.close();
   EXPECT_TRUE(last == mClient.readToEnd());
-  // And then nobody takes anything, as without the relay.
+  // Then no side accepts data, as without the relay.
   const Blob more(1000, 0);
   while (mClient.send(more) == more.size()) {
   }
@@ -139,7 +140,7 @@ TEST_F(OrbdSimRelayTest, RecordingIsInOrderAndSaysWhoAndWhen) {
   EXPECT_EQ(Direction::kToClient, mEvents.at(3).direction);
 }
 
-// A session of the protocol, seen from both ends and in the trace.
+// A session of the protocol, checked at both ends and in the trace.
 TEST_F(OrbdSimRelayTest, SessionIsTracedAndServed) {
   mListener.close();
   std::filesystem::remove(daemonPath());

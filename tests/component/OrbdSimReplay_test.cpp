@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// Recordings that are played back to clients.
+// The replay of recordings.
 
 #include "OrbdSimScript.h"
 #include "orbsim/Relay.h"
@@ -106,7 +106,7 @@ TEST_F(OrbdSimReplayTest, RequestsAreAnsweredAsRecordedWithTheLiveTransaction) {
   EXPECT_TRUE(logged("LCE SET_REPORTING_CRITERIA: recorded, 1 to follow"));
 }
 
-// Requests that were sent before the first answer came each keep their own.
+// Requests that were sent before the first answer get their own answers.
 TEST_F(OrbdSimReplayTest, AnswersBelongToTheirRequests) {
   ASSERT_NO_FATAL_FAILURE(play(Script()
                                    .open()
@@ -144,7 +144,7 @@ TEST_F(OrbdSimReplayTest, RequestThatWasNotRecordedSoOftenIsLeft) {
   EXPECT_TRUE(logged("LCE PERFORM_REPORTING_ACTION: no recorded request is left"));
 }
 
-// No upper bound: a machine may be slow, but nothing comes before its time.
+// Only a lower bound: a slow machine may be late, but nothing may come early.
 TEST_F(OrbdSimReplayTest, IndicationsFollowTheirRequestAtTheRecordedDistance) {
   ASSERT_NO_FATAL_FAILURE(play(Script()
                                    .at(5000)
@@ -171,7 +171,7 @@ TEST_F(OrbdSimReplayTest, IndicationsFollowTheirRequestAtTheRecordedDistance) {
 }
 
 TEST_F(OrbdSimReplayTest, SpeedDividesTheDistances) {
-  // Of half an hour nothing would be heard within the time limit of a test.
+  // Without the speed, half an hour would exceed the time limit of the test.
   ASSERT_NO_FATAL_FAILURE(play(Script()
                                    .open()
                                    .handshake()
@@ -209,7 +209,7 @@ TEST_F(OrbdSimReplayTest, EndOfTheDaemonIsPlayed) {
   EXPECT_TRUE(second.atEnd());
 }
 
-// The end of a connection that the client had left is the client's own.
+// If the client ended the recorded connection, the replay does not end it.
 TEST_F(OrbdSimReplayTest, EndOfTheClientIsNotPlayed) {
   ASSERT_NO_FATAL_FAILURE(play(Script()
                                    .open()
@@ -237,7 +237,8 @@ TEST_F(OrbdSimReplayTest, ConnectionsAreFoundByTheirEndpoint) {
   answer.mutable_data()->mutable_get_report_resp()->set_ul_latency_estimation(22);
   script.request(lleGetLast()).answer<Lle>(answer);
   ASSERT_NO_FATAL_FAILURE(play(script.events()));
-  // The other one comes first: it has the id of the first, and its own answers under that.
+  // The second client connects first: it gets the id of the first connection, and its own answers
+  // with that id.
   Client lle(path(), kLlePid);
   lle.handshake();
   EXPECT_EQ(3u, lle.sessionId());
@@ -249,7 +250,7 @@ TEST_F(OrbdSimReplayTest, ConnectionsAreFoundByTheirEndpoint) {
   Client lce(path(), kLcePid);
   lce.handshake();
   EXPECT_EQ(11u, lce.answerTo(getLast()).data().get_last_estimation_report_resp().rate());
-  // There is no third.
+  // There is no third connection.
   Client third(path());
   EXPECT_TRUE(third.atEnd());
   ASSERT_TRUE(daemon().waitForConnectionsClosed(1));
@@ -265,7 +266,7 @@ TEST_F(OrbdSimReplayTest, EndpointThatWasNotRecordedIsRefused) {
   }
   ASSERT_TRUE(daemon().waitForConnectionsClosed(1));
   EXPECT_TRUE(logged("no recorded connection of endpoint 107 is left"));
-  // The one that was there is left.
+  // The existing connection is still unused.
   Client lce(path());
   lce.handshake();
   EXPECT_EQ(9u, lce.sessionId());
@@ -285,7 +286,7 @@ TEST_F(OrbdSimReplayTest, HandshakeThatCameToNothingDoesSoAgain) {
   EXPECT_EQ(9u, well.sessionId());
 }
 
-// What a relay records of a session with the stand-in is what a replay says, byte for byte.
+// The recording of a session with the stand-in and its replay have the same bytes.
 TEST_F(OrbdSimReplayTest, ReplayOfARelayedSessionSaysTheSameBytes) {
   const auto session = [](const std::string& at) {
     Client client(at);

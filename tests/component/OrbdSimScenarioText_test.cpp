@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The text of scenarios: what is read of it, and what is said of its faults.
+// The text of scenarios: the values that are read, and the messages for errors.
 
 #include <algorithm>
 #include <set>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// Scenarios of the daemon stand-in that are played: what happens, and what is said of the client.
+// Running scenarios: the events, and the results for the client.
 
 #include <fstream>
 
@@ -44,7 +44,7 @@ class OrbdSimScenarioTest : public ::testing::Test {
     mRun->stop();
     return mRun->failures();
   }
-  // A failure without the times at which things happened to come.
+  // A failure without its times, which vary.
   static std::string head(const std::string& line) { return line.substr(0, line.find(" at ")); }
 
   std::string mDirectory;
@@ -132,7 +132,7 @@ TEST_F(OrbdSimScenarioTest, ClientThatComesBackIsAsExpected) {
     client.handshake();
     client.answerTo(enable(true));
     EXPECT_TRUE(client.atEnd());
-    // Gone for as long as the timeline says.
+    // Absent for the time in the timeline.
     const bool there = Client(path()).connected();
     EXPECT_TRUE(!there || *daemon().world().now() >= 300ms);
   }
@@ -251,7 +251,7 @@ TEST_F(OrbdSimScenarioTest, DropAndSendAndPauseHappen) {
   client.send(action(LceProto::START));
   while (parse(client.readFrame()).data().estimation_reports_resp().rate() != 123456789) {
   }
-  // Between the message and the resumption nothing else comes.
+  // Nothing else comes between the message and the end of the pause.
   client.readFrame();
   EXPECT_GE(*daemon().world().now(), 300ms);
   while (client.readExactly(1).size() == 1) {

@@ -21,13 +21,13 @@ inline Blob words(std::vector<uint32_t> all) {
   return bytes;
 }
 
-// Events as a relay would have seen them.
+// Events as a relay records them.
 class Script {
  public:
   explicit Script(uint32_t endpoint = kLcePid, uint32_t session = 9)
       : mEndpoint(endpoint), mSession(session) {}
 
-  // The next connection; what follows belongs to it.
+  // The next connection; the following events belong to it.
   Script& open() {
     ++mConnection;
     return add(RecordedEvent::Kind::kOpen, Direction::kToDaemon, {});

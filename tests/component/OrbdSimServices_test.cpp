@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The daemon stand-in's three services side by side.
+// The three services of the daemon stand-in at the same time.
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -17,8 +17,8 @@ namespace {
 
 constexpr int kReports = 30;
 
-// Each of these plays one client from its handshake to its last report. They tell by their result,
-// since some run in processes that cannot report to the test in another way.
+// Each function plays one client from its handshake to its last report. They return a result,
+// because some run in processes that cannot report to the test directly.
 bool hearCapacity(const std::string& path) {
   Client client(path, kLcePid);
   client.handshake();
@@ -65,7 +65,7 @@ bool hearInterruptions(const std::string& path) {
   Course course(1);
   for (int i = 0; i < kReports; ++i) {
     const auto step = serialize(parse<Request>(client.readFrame()).data().lli_ind_resp());
-    // Whoever comes later hears the next handoff from its entry, and from then on all.
+    // A later client gets the next handoff from its entry, and then all phases.
     int tries = 0;
     while (serialize(course.nextPhase()) != step) {
       if (i > 0 || ++tries > 10000) return false;
@@ -91,7 +91,7 @@ TEST_F(OrbdSimServicesTest, ClientsOfAllServicesAreServedAtOnce) {
 
 TEST_F(OrbdSimServicesTest, ClientProcessesOfAllServicesAreServedAtOnce) {
   daemon().setReportInterval(std::chrono::milliseconds(1));
-  // Nobody connects before all are there, so that the daemon's threads stay idle.
+  // No client connects before all are ready, so that the daemon's threads stay idle.
   int gate[2] = {-1, -1};
   ASSERT_EQ(0, ::pipe2(gate, O_CLOEXEC));
   std::vector<pid_t> children;
@@ -147,7 +147,7 @@ TEST_F(OrbdSimServicesTest, OneServiceCanBeMutedByItsNumber) {
   latency.send(enable<LleProto::ServiceMsg>(true));
   latency.send(lleCriteria(5));
   ASSERT_TRUE(daemon().waitForLleState(1, [](const auto& state) { return state.criteria == 5; }));
-  // The others speak, and by the end of this the muted one would have had its turn.
+  // The other services send; in this time the muted service would also have sent.
   EXPECT_TRUE(hearCapacity(path()));
   EXPECT_TRUE(hearInterruptions(path()));
   EXPECT_FALSE(latency.hasInput());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// Things of a timeline that last, and end: each for as long as it says, whatever comes between.
+// Steps of a timeline with a duration: each lasts for its time, whatever happens in between.
 
 #include <algorithm>
 
@@ -16,8 +16,7 @@ using namespace std::chrono_literals;
 using orbsim::Scenario;
 using orbsim::ScenarioRun;
 
-// The end of a scenario comes after all that was to happen before it, so what is then can be told
-// without waiting for what must not come.
+// The end of a scenario comes after all its steps, so the state can be checked without waiting.
 class OrbdSimTimelineTest : public ::testing::Test {
  protected:
   void SetUp() override {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// What a trace of the daemon stand-in's connections says, for tests that read it.
+// Reads the trace of the daemon stand-in's connections, for tests.
 
 #pragma once
 
@@ -13,7 +13,7 @@
 
 namespace orbsimtest {
 
-// The lines of a trace without the time in front.
+// The lines of a trace without the time.
 class TraceLines {
  public:
   orbsim::TraceSink sink() {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// Every message of the three services taken apart for a trace, and bytes that are none.
+// Decoding every message of the three services for a trace, and bytes that are not a message.
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ using orbsim::Blob;
 using orbsim::Direction;
 using orbsim::TraceItem;
 
-// What stands behind the message's name in a line of text.
+// The text after the message's name.
 std::string textOf(uint32_t sdkType, Direction direction, const Blob& blob) {
   TraceItem item;
   item.kind = TraceItem::Kind::kFrame;
@@ -222,7 +222,7 @@ TEST(TraceMessage, LliMessages) {
       answer(kLli, indication));
 }
 
-// What is absent reads as its default, and so it is shown.
+// An absent field is shown with its default value.
 TEST(TraceMessage, AbsentNumbersAreShownAsTheirReaderTakesThem) {
   EXPECT_EQ("event_id: ENABLE transaction_id: 0", textOf(kLce, Direction::kToDaemon, {}));
   EXPECT_EQ(
@@ -270,7 +270,7 @@ TEST(TraceMessage, UnknownFieldsAreNamedByNumber) {
                                           0x6b, 0x08, 1,    0x6c}));
 }
 
-// A number where a message was to be: the reader does not take it for the field.
+// A number instead of a message: it is an unknown field.
 TEST(TraceMessage, FieldOfAnotherTypeIsUnknown) {
   EXPECT_EQ("event_id: ENABLE transaction_id: 0 unknown field 3: varint 1",
             textOf(kLli, Direction::kToDaemon, {0x18, 1}));
@@ -291,7 +291,7 @@ TEST(TraceMessage, CutMessageIsShownAsFarAsItGoesAndAsBytes) {
             textOf(kLce, Direction::kToDaemon, {0}));
 }
 
-// Every beginning of a message ends somewhere: none is taken for more than there is.
+// Every truncated message is decoded without reading beyond its end.
 TEST(TraceMessage, EveryBeginningIsDecodedOrSaysWhyNot) {
   LceProto::ClientMsg message;
   fillCapacity(message.mutable_data()->mutable_estimation_reports_resp());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// The daemon stand-in's own connections in a trace, and what each fault says that it does.
+// The connections of the daemon stand-in in a trace, and the log line of each fault.
 
 #include "OrbdSimClient.h"
 #include "OrbdSimTraceLines.h"
@@ -69,7 +69,7 @@ TEST_F(OrbdSimTraceTest, ScriptedHandshakeIsLeftOutAndFramesAreNot) {
   EXPECT_EQ(head("to-daemon", 105) + "message 5 " + kEnableText, lines.get().at(0));
 }
 
-// Each fault says that it is applied, and its bytes are in the trace.
+// The log reports each fault when it happens, and the trace has its bytes.
 TEST_F(OrbdSimTraceTest, HandshakeFaultsSayWhatTheyDo) {
   const struct {
     const char* word;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// A connection's bytes cut into records and frames for a trace, as text and as JSON Lines.
+// Splitting the bytes of a connection into records and frames for a trace, as text and as JSON
+// Lines.
 
 #include <cstdlib>
 #include <ctime>

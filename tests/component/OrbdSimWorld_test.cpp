@@ -128,7 +128,7 @@ TEST_F(OrbdSimWorldTest, NothingIsToldUnaskedWhilePausedAndThePastIsNotToldLater
   client.readFrame();
   daemon().world().setPaused(true);
   EXPECT_TRUE(daemon().world().paused());
-  // What was on its way comes before this answer, and nothing comes after it.
+  // Reports on their way come before this answer, and nothing comes after it.
   client.send(enable(true));
   while (parse(client.readFrame()).event_id() != LceProto::STATUS_IND) {
   }
@@ -171,7 +171,7 @@ TEST(WorldTest, TicksAreThoseOfTheModelsTimeHoweverLateTheyAreAsked) {
     EXPECT_EQ(static_cast<int64_t>(i), told.at);
     EXPECT_LE(estimate.at, told.at);
   }
-  // One that is hopelessly late goes on with the present.
+  // A thread that is too late continues with the current tick.
   while (world.tick(std::chrono::steady_clock::now()) < 300) std::this_thread::yield();
   ASSERT_TRUE(world.tickDue(number).has_value());
   EXPECT_GE(number, 300u);

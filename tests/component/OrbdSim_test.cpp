@@ -68,7 +68,7 @@ TEST_F(OrbdSimTest, HandshakeScriptReplacesTheHandshake) {
   Client client(path());
   EXPECT_EQ((Blob{9, 0, 0, 0, 101, 0, 0, 0}), client.readOnce());
   ASSERT_TRUE(daemon().waitForSessions(1));
-  // The endpoint number comes from the first frame when no handshake told it.
+  // Without a handshake, the endpoint number comes from the first frame.
   client.send(enable(true));
   EXPECT_EQ(kLcePid, client.readFrame().header.destination);
 }

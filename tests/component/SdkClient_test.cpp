@@ -42,7 +42,7 @@ class SdkClientTest : public ::testing::Test {
   Strings notes() { return mNotes.all(); }
   Strings waitForNotes(size_t count) { return mNotes.waitForAll(count); }
   void forgetNotes() { mNotes.clear(); }
-  // Joins with a first request and waits until it has arrived and the connection was announced.
+  // Joins with a first request. Waits until it has arrived and the connection was announced.
   std::shared_ptr<SdkClient> join(Type type) {
     const auto session = static_cast<uint32_t>(mDaemon.totals().sessions + 1);
     auto client = SdkClient::getInstance(type, noting(type), request(type));
@@ -238,7 +238,7 @@ TEST_F(SdkClientTest, SendingForATypeWithoutSessionFails) {
 TEST_F(SdkClientTest, LostConnectionIsToldToAllTypesInAscendingOrder) {
   mClient = join(Type::LLE);
   join(Type::LCE);
-  waitForNotes(3);  // LCE was told when it joined and when it was connected
+  waitForNotes(3);  // LCE was notified when it joined and when it was connected
   forgetNotes();
   ASSERT_TRUE(mDaemon.closeSession(1));
   EXPECT_EQ(waitForNotes(2), (Strings{"9:2:0", "10:2:0"}));

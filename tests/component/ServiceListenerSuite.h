@@ -10,8 +10,8 @@
 #include "ServiceApi.h"
 #include "ServiceFixture.h"
 
-// A service object told directly what the SDK client can tell it. Each service's own
-// *Listener_test.cpp instantiates the suites and says by ObjectOf which class it is about.
+// A service object that is called directly with all notifications of the SDK client. Each service's
+// *Listener_test.cpp instantiates the suites; ObjectOf names the class.
 namespace servicetest {
 
 using Status = SdkClientBase::SdkStatus;
@@ -19,7 +19,7 @@ using Status = SdkClientBase::SdkStatus;
 template <class S>
 struct ObjectOf;
 
-// Both generations enabled with a daemon that answers nothing.
+// Both generations are enabled with a daemon that does not answer.
 template <class S>
 class ServiceListener : public ServiceTest<S> {
  protected:
@@ -80,7 +80,7 @@ TYPED_TEST_P(ServiceListener, DisabledObjectCallsNobody) {
   EXPECT_TRUE(this->calls().empty());
 }
 
-// The line that names a missing client is for objects that never had one.
+// The line about a missing client is for objects that never had a client.
 TYPED_TEST_P(ServiceListener, RequestDuringWhichTheServiceIsDisabledIsRefusedInSilence) {
   using Object = typename ObjectOf<TypeParam>::Type;
   const RequestPoints points = requestPoints("request", 1, 2);
@@ -102,13 +102,13 @@ REGISTER_TYPED_TEST_SUITE_P(ServiceListener, FailedSendIsAnInternalErrorToBoth,
                             StatusCallbackMayDisable, DisabledObjectCallsNobody,
                             RequestDuringWhichTheServiceIsDisabledIsRefusedInSilence);
 
-// Without enable: no callback is set, no client and no daemon is needed.
+// Without enable: no callback is set, and no client and no daemon are needed.
 template <class S>
 class BareServiceObject : public ServiceObject<S> {
  protected:
   using Object = typename ObjectOf<S>::Type;
 
-  // The service as it is when there is no memory for its object.
+  // The service without memory for its object.
   static ServiceTable withoutMemory() {
     ServiceTable table = Object::kTable;
     table.make = []() -> std::shared_ptr<Service> { throw std::bad_alloc(); };
@@ -140,7 +140,7 @@ TYPED_TEST_P(BareServiceObject, WithoutCallbacksStatusesAreLoggedAndDropped) {
 TYPED_TEST_P(BareServiceObject, HalfAMessageCountsForNothing) {
   typename TestFixture::Object object;
   this->forgetAll();
-  // An event number that is complete, then a member that is cut short.
+  // A complete event number, then a member that is cut off.
   object.blobListener(Status::BlobReceived, {0x08, 0x01, 0x1a, 0x05, 0x12});
   EXPECT_EQ(this->lines(), (LogLines{this->entered(), this->said("STATUS_IND"),
                                      this->said("Status IND message data not filled")}));
@@ -166,13 +166,13 @@ REGISTER_TYPED_TEST_SUITE_P(BareServiceObject, LogsItsLife,
                             EnableWithoutMemoryIsReportedToItsCallback,
                             CreateWithoutMemoryIsReportedToItsCallback);
 
-// A complete line of the log, and what makes a service write it.
+// A complete log line, and the call that makes a service write it.
 struct LineRow {
   const char* text;
   std::function<void()> provoke;
 };
 
-// A test of such rows: each must lead to its line, at debug priority under the default tag.
+// A test of such rows: each must give its line, at debug priority with the default tag.
 inline void expectLines(const std::vector<LineRow>& rows) {
   for (const LineRow& row : rows) {
     recording::clear();
@@ -188,7 +188,7 @@ inline void expectLines(const std::vector<LineRow>& rows) {
   }
 }
 
-// What provokes the lines of a service that has an object but no client, or no memory.
+// The calls that give the lines of a service that has an object but no client, or no memory.
 template <class S>
 class LineSources : public BareServiceObject<S> {
  protected:
@@ -213,7 +213,7 @@ class LineSources : public BareServiceObject<S> {
   static Function receives(const Blob& blob) {
     return [blob] { Object().blobListener(Status::BlobReceived, blob); };
   }
-  // The same once the enabled service has got the request that @p prepare makes.
+  // The same after the enabled service has got the request of @p prepare.
   static Function receives(const Blob& blob, const std::function<void()>& prepare) {
     return [blob, prepare] {
       S::enable(BareServiceObject<S>::onStatus);

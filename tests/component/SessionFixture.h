@@ -2,7 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// A client session of the library opposite the daemon stand-in, on the fixed socket path.
+// A client session of the library with the daemon stand-in, at the fixed socket path.
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -55,7 +55,7 @@ class SessionTest : public ::testing::Test {
 
   static bool noneRegistered() { return !processstate::socketsRegistered(); }
 
-  // The number that the session's last socket has or had.
+  // The descriptor number of the session's current or last socket.
   static int lastSocket() {
     const std::string head = "Created socket; mSocketFd: ";
     int fd = -1;
@@ -70,7 +70,7 @@ class SessionTest : public ::testing::Test {
   std::shared_ptr<OrbIpcClientSession> mSession;
 };
 
-// A frame as a receiver hands it on.
+// A frame as a receiver passes it on.
 class FrameBuffer {
  public:
   FrameBuffer(uint64_t msgId, int64_t subsystemId, const Bytes& payload)

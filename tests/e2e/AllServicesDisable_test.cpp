@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Disabling one service while the worker, which all share, is busy with another.
+// Disabling one service while the shared worker is busy with another service.
 #include <poll.h>
 
 #include <future>
@@ -12,7 +12,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// The promise is 500 ms; sanitizers and a loaded machine get a wide margin on top.
+// The limit is 500 ms; there is a large margin for sanitizers and a loaded machine.
 constexpr milliseconds kDisableBound(2000);
 
 class AllServicesDisable : public AllServicesTest {
@@ -23,11 +23,11 @@ class AllServicesDisable : public AllServicesTest {
     const auto took = std::chrono::steady_clock::now() - start;
     EXPECT_LT(std::chrono::duration_cast<milliseconds>(took).count(), kDisableBound.count());
   }
-  // From now on whoever connects is left waiting for the first record of the handshake.
+  // From now on, a new connection gets no first handshake record.
   void leaveTheHandshakeOut() {
     daemon().setHandshake([](int fd, uint32_t) {
       pollfd hangUp = {fd, POLLRDHUP, 0};
-      poll(&hangUp, 1, -1);  // says nothing until the client goes
+      poll(&hangUp, 1, -1);  // sends nothing until the client disconnects
       return false;
     });
   }
@@ -94,7 +94,7 @@ TEST_F(AllServicesDisable, SilentConnectionOfOneDoesNotHoldUpTheOthersForLonger)
   ASSERT_EQ(1, kLle.enable());
   ASSERT_TRUE(daemon().waitForConnections(3));
   disableInTime(kLle);
-  // The worker is free again: requests of the others get through.
+  // The worker is free again: requests of the other services are sent.
   for (const ServiceOps& service : {kLce, kLli}) expectHearsJustThis(service);
   ASSERT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_STOP));
   EXPECT_TRUE(daemon().waitForFrame([](const Frame& frame) {

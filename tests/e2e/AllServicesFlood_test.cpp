@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// As many indications of all services as the daemon can send, all at the same time.
+// As many indications of all services as the daemon can send, at the same time.
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
@@ -14,15 +14,15 @@ namespace {
 
 const uint32_t kIndications = fewerEmulated(100000u);
 
-// What one service's receiver thread has seen. Indications carry their numbers from 0 on: each must
-// be the one that is due. mMutex guards only the end.
+// The data of one service's receiver thread. Indications have numbers from 0, and each must be the
+// next one. mMutex guards only the end.
 class Flow {
  public:
   void arrive(uint64_t number) {
     const uint32_t due = mReceived.load();
     if (number != due) ++mOutOfTurn;
     mReceived = due + 1;
-    // The log of so many would fill the memory.
+    // Without a log, because so many lines would fill the memory.
     if (due % 1024 == 0) recording::clear();
     if (due + 1 != kIndications) return;
     const std::lock_guard<std::mutex> lock(mMutex);
@@ -45,7 +45,7 @@ class Flow {
   bool mComplete = false;
 };
 
-// Never destroyed: callbacks may come while the process exits.
+// Never destroyed, because callbacks can come while the process exits.
 template <class S>
 Flow& flow() {
   static Flow* const instance = new Flow;
@@ -78,7 +78,7 @@ struct Stream {
 
 class AllServicesFlood : public AllServicesTest {
  protected:
-  // Sends all indications of one service as fast as the daemon takes them.
+  // Sends all indications of one service as fast as the daemon accepts them.
   void push(const Stream& stream) {
     const uint32_t session = mSessions.at(stream.service.name);
     for (uint32_t number = 0; number < kIndications; ++number) {
@@ -107,7 +107,7 @@ TEST_F(AllServicesFlood, EveryIndicationArrivesOnceAndInOrder) {
     EXPECT_TRUE(stream.flow.waitComplete())
         << stream.service.name << ": " << stream.flow.received();
   }
-  // Whatever came twice would come before this.
+  // A repeated indication would come before this one.
   for (const Stream& stream : streams) expectHearsJustThis(stream.service);
   for (const Stream& stream : streams) {
     EXPECT_EQ(kIndications, stream.flow.received()) << stream.service.name;

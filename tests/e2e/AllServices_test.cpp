@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// LCE, LLE and LLI in one process: what they share and where they keep apart.
+// LCE, LLE and LLI in one process: shared and separate parts.
 #include <array>
 #include <thread>
 
@@ -133,7 +133,7 @@ using Order = std::array<size_t, 3>;
 
 class DisablingInOrder : public AllServicesTest, public ::testing::WithParamInterface<Order> {
  protected:
-  // After it, everything that is made once per process is there.
+  // After it, all objects that are made once per process exist.
   void wholeCycle() {
     enableAll();
     for (const ServiceOps& service : kServices) disable(service);

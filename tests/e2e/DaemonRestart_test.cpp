@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A daemon that starts anew counts its sessions from the first id again, whatever of the library is
-// still busy with the former one's connections.
+// A restarted daemon counts its sessions from the first id again, even if the library is still busy
+// with the former connections.
 #include <future>
 
 #include "AllServicesFixture.h"
@@ -50,7 +50,7 @@ TEST_F(DaemonRestart, ServiceIsEnabledWhileAnotherOnesCallbackHoldsTheFormerConn
   std::promise<void> lost;
   sEntered = &lost;
   release();
-  lost.get_future().wait();  // a loss is told to all, to LCE first
+  lost.get_future().wait();  // all services are notified of a loss, LCE first
   EXPECT_EQ(kLle.waitForCalls(1), std::vector<int>{STATUS_SERVICE_DOWN});
   kLle.clearCalls();
   expectHearsJustThis(kLle);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A disable on one thread that meets an enable on another one half way.
+// A disable on one thread during an enable on another thread.
 #include <atomic>
 #include <cstdio>
 #include <thread>
@@ -13,7 +13,7 @@ namespace {
 std::atomic<int> errors{0};
 void countErrors(status_e status) { errors += status == STATUS_INTERNAL_ERROR ? 1 : 0; }
 
-// Either it comes first and is refused, or it disables; nothing has failed.
+// Either it comes first and is refused, or it disables; nothing fails.
 TEST_F(AllServicesTest, DisableThatMeetsAnEnableReportsNoFailure) {
   constexpr int kTimes = 1000;
   std::atomic<bool> done{false};

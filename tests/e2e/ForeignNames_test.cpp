@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// An application that has classes of its own under names that the library has inside, and offers
-// them to every library: neither side takes the other's.
+// An application has classes with the same names as classes inside the library, and exports them.
+// Neither side may use the other's classes.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -18,7 +18,7 @@ namespace {
 std::atomic<int> ownCalls{0};
 std::atomic<bool> inOwnUse{false};
 
-// Where the library gets here, also while the process exits, that ends it with a failure.
+// If the library calls this, also at process exit, it ends the process with a failure.
 void ownCall(const char* name) {
   ++ownCalls;
   if (inOwnUse) return;
@@ -81,7 +81,7 @@ uint64_t currentProcess() {
   return 0;
 }
 
-// Classes with virtual functions, and so with tables and type information of these names.
+// Classes with virtual functions, so that there are tables and type information with these names.
 #define OWN_CLASS(Name)                 \
   class Name {                          \
    public:                              \
@@ -115,7 +115,7 @@ void useEach() {
   for (const char* name : {Classes().name()...}) EXPECT_STRNE("", name);
 }
 
-// On a thread of its own, whose end is no use of the library.
+// On a separate thread, whose end does not use the library.
 void useOwnClasses() {
   std::thread([] {
     const OwnUse own;

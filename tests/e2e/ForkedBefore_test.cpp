@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A process that forks before it has used the library, as programs do that go to the background.
+// A process that forks before it uses the library, as daemons do.
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A child that the application forks while the library works for it.
+// A child that the application forks while it uses the library.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,7 +15,7 @@ class ForkedChild : public AllServicesTest {
   // The exit status of @p body in a child.
   template <class Body>
   static int inChild(const Body& body) {
-    quiet::awaitThreads();  // the test's own objects are usable in the child then
+    quiet::awaitThreads();  // the test's own objects can be used in the child then
     const pid_t child = fork();
     if (child == 0) _exit(body());
     int status = -1;

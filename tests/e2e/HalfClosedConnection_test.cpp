@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A daemon that reads no more but keeps the connection: what can no longer be sent is a loss, told
-// once for each connection, and nothing is tried without a request.
+// A daemon that stops reading but keeps the connection: a failed send is a loss, which is reported
+// once for each connection. Without a request there is no new attempt.
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -25,7 +25,7 @@ class HalfClosedConnection : public testing::Test {
       shutdown(fd, SHUT_RD);
       orbsim::sendHandshakeRecord(fd, orbsim::kHandshakeComplete, sessionId);
       pollfd end = {fd, POLLHUP, 0};
-      poll(&end, 1, -1);  // stays so until the client goes
+      poll(&end, 1, -1);  // nothing changes until the client disconnects
       return false;
     });
     ASSERT_TRUE(mDaemon.start()) << mDaemon.error();
@@ -53,7 +53,7 @@ TEST_F(HalfClosedConnection, EachFailedSendIsToldAsOneLoss) {
     ASSERT_TRUE(mDaemon.waitForConnectionsClosed(losses));
     EXPECT_EQ(losses, mDaemon.totals().connections);
     EXPECT_EQ(losses, countLines("send: failure"));
-    ASSERT_EQ(0, lceGetLastEstimationReport(onReport));  // tries anew
+    ASSERT_EQ(0, lceGetLastEstimationReport(onReport));  // connects again
   }
   ASSERT_TRUE(state().waitFor(Event::Status, STATUS_SERVICE_DOWN, 21));
   EXPECT_EQ(1, orb_lce_disable());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What a process that the library lives in may do to its own threads, signals, descriptors and
-// memory.
+// Actions of the application on its threads, signals, descriptors and memory that the library must
+// tolerate.
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
@@ -21,8 +21,8 @@ class HostProcess : public AllServicesTest {};
 
 void onCriteria(LceReportingCriteriaStatus) {}
 
-// Calls as a thread that somebody has cancelled, and goes on to where that takes effect. There it
-// holds no object: the address checker does not follow how such a thread leaves its scopes.
+// Makes the calls on a cancelled thread and continues to a cancellation point. There it holds no
+// object, because AddressSanitizer does not follow how such a thread leaves its scopes.
 struct CancelledThread {
   std::array<int64_t, 3> results{};
   bool wentOn = false;
@@ -56,11 +56,11 @@ TEST_F(HostProcess, CancelledThreadFinishesItsCallsFirst) {
 
 TEST_F(HostProcess, ServicesConnectWhereStandardInputIsClosed) {
   const int input = dup(STDIN_FILENO);
-  ASSERT_NO_FATAL_FAILURE(enable(kLce));  // takes what it needs besides connections
+  ASSERT_NO_FATAL_FAILURE(enable(kLce));  // opens all descriptors except connections
   close(STDIN_FILENO);
   ASSERT_NO_FATAL_FAILURE(enable(kLle));
   expectHearsJustThis(kLle);
-  disable(kLle);  // by now the number may be the daemon's for this connection
+  disable(kLle);  // by now the number may belong to the daemon's side of this connection
   quiet::awaitThreads();
   dup2(input, STDIN_FILENO);
   close(input);
@@ -73,7 +73,7 @@ TEST_F(HostProcess, SignalThatIsBlockedEverywhereIsLeftToItsDescriptor) {
   sigaddset(&waited, SIGUSR1);
   sigaddset(&waited, SIGTERM);
   pthread_sigmask(SIG_BLOCK, &waited, &before);
-  ASSERT_TRUE(daemon().start());  // its threads inherit that, as an application's own do
+  ASSERT_TRUE(daemon().start());  // its threads inherit the setting, like an application's threads
   const int descriptor = signalfd(-1, &waited, SFD_CLOEXEC);
   ASSERT_NO_FATAL_FAILURE(enableAll());
   for (const int number : {SIGUSR1, SIGTERM}) {

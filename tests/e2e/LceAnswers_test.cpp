@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What the daemon sends, as the application's callbacks and the log show it.
+// The daemon's messages in the callbacks of the application and in the log.
 #include "LceFixture.h"
 #include "ServiceAnswersSuite.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Results, refusals and log lines of the exported LCE functions; what a lost daemon does to them.
+// Results, refusals and log lines of the exported LCE functions, and their results after the daemon
+// is lost.
 #include "LceFixture.h"
 #include "ServiceApiSuite.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Ids of criteria requests, with numbers that the test draws instead of the C library.
+// Ids of criteria requests; the test chooses the random numbers instead of the C library.
 #include <gtest/gtest.h>
 
 #include <deque>
@@ -15,7 +15,7 @@ std::deque<int> drawn;  // by the test's thread only
 
 }  // namespace
 
-// Comes before the C library's own.
+// Replaces the function of the C library.
 extern "C" int rand() ORB_C_FUNCTION {
   const int number = drawn.front();
   drawn.pop_front();

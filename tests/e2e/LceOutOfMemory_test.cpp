@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Requests when the library's memory runs out, at one allocation after the other.
+// Requests without memory in the library, at one allocation after the other.
 #include <cstdio>
 
 #include "FailingNew.h"
@@ -14,9 +14,9 @@ class LceOutOfMemory : public LceTest {
   static constexpr int64_t kRefused = -5;
   static constexpr size_t kManagerDescriptors = 3;  // too few for the client
 
-  // Makes @p request with its first allocation failing, then with its second, until there are no
-  // more. All but the last are refused, with @p look at what that has left; returns the last one's
-  // result.
+  // Calls @p request with its first allocation failing, then with its second, and so on until none
+  // fails. All calls except the last are refused, and @p look checks the state after each. Returns
+  // the result of the last call.
   template <class Request, class Look>
   static int64_t failEach(const Request& request, const Look& look) {
     int64_t result = 0;
@@ -67,7 +67,7 @@ TEST_F(LceOutOfMemory, WithoutClientThatIsTheReasonAllTheSame) {
     EXPECT_EQ(kRefused, result) << request.function;
     EXPECT_EQ(lines(), (LogLines{{request.function, "Failed to get SDK client instance"}}));
   }
-  enable();  // gives the object its client, so that it goes with the test
+  enable();  // creates the object's client, so that it ends with the test
 }
 
 TEST_F(LceOutOfMemory, RefusedRequestLeavesTheFormerCallbackInItsPlace) {

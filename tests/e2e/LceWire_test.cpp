@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The bytes that the library puts on the daemon's socket, and their order in long runs.
+// The bytes that the library sends to the daemon, and their order in long runs.
 #include <memory>
 
 #include "LceFixture.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Disable when the daemon does not play along: it still returns in time, and the next enable works.
+// Disable with a daemon that misbehaves: it returns in time, and the next enable works.
 #include <gtest/gtest.h>
 #include <poll.h>
 
@@ -15,7 +15,7 @@ using std::chrono::milliseconds;
 
 namespace {
 
-// The promise is 500 ms; sanitizers and a loaded machine get a wide margin on top.
+// The limit is 500 ms; there is a large margin for sanitizers and a loaded machine.
 constexpr milliseconds kDisableBound(2000);
 
 class AbsentDaemon : public testing::Test {
@@ -32,7 +32,7 @@ class AbsentDaemon : public testing::Test {
     const auto took = std::chrono::steady_clock::now() - start;
     EXPECT_LT(std::chrono::duration_cast<milliseconds>(took).count(), kDisableBound.count());
   }
-  // The scripts are gone: an ordinary daemon, and the application comes back.
+  // The daemon is normal again, and the application can enable again.
   void expectNextEnableWorks() {
     mDaemon.stop();
     mDaemon.setHandshake({});
@@ -78,7 +78,7 @@ TEST_F(AbsentDaemon, NobodyAccepts) {
 TEST_F(AbsentDaemon, SilentInTheHandshake) {
   mDaemon.setHandshake([](int fd, uint32_t) {
     pollfd hangUp = {fd, POLLRDHUP, 0};
-    poll(&hangUp, 1, -1);  // says nothing until the client goes
+    poll(&hangUp, 1, -1);  // sends nothing until the client disconnects
     return false;
   });
   ASSERT_TRUE(mDaemon.start());

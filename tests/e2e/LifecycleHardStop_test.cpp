@@ -2,7 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
 // The library ends the process inside an enable, because there are no descriptors for its event
-// loop; and what the application does at exit uses the library once more.
+// loop. An exit handler of the application uses the library again.
 #include <gtest/gtest.h>
 #include <orb/sdl.h>
 #include <sys/resource.h>
@@ -42,9 +42,9 @@ void joinAThreadThatAsks() {
 // Returns only if the library does not end the process.
 void stopWith(void (*atExit)()) {
   alarm(30);
-  orb_lce_enable(onStatus);  // checkers look at new types through descriptors
+  orb_lce_enable(onStatus);  // sanitizers check new types through descriptors
   orb_lce_disable();
-  quiet::awaitThreads();  // also at those that a thread gives back with its last step
+  quiet::awaitThreads();  // also descriptors that a thread closes in its last step
   std::atexit(atExit);
   std::atexit(giveDescriptorsBack);  // runs before the other one
   getrlimit(RLIMIT_NOFILE, &formerLimit);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Enabling and disabling with a daemon that is there: what is promised about the end of a service.
+// Enable and disable with a running daemon: the promises about the end of a service.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -58,7 +58,7 @@ TEST_F(Lifecycle, DisableReachesTheDaemonBeforeTheSocketIsClosed) {
   EXPECT_TRUE(recording::hasEndingWith("~Lce called"));
 }
 
-// Each line without its number, and without the numbers of sockets.
+// Each line without its log point number and without socket numbers.
 std::vector<std::string> linesOfTheEnd() {
   constexpr const char* kLines[] = {
       "cleanup closing socket Fd ", "ipcReceiver Cleaning up session ",
@@ -87,7 +87,7 @@ TEST_F(Lifecycle, EveryDisableSaysWhoseConnectionHasEnded) {
     startReports();
     recording::clear();
     ASSERT_EQ(1, orb_lce_disable());
-    // The receiver has 50 ms while disable waits; whatever it takes, it says the same.
+    // The receiver has 50 ms while disable waits; the lines are the same whatever time it needs.
     ASSERT_TRUE(recording::waitFor([](const recording::Line& line) {
       return line.text.find("deregisterSocket: EXIT") != std::string::npos;
     }));

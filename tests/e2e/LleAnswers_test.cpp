@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What the daemon sends to LLE, as the application's callbacks and the log show it.
+// The daemon's messages to LLE in the callbacks of the application and in the log.
 #include "LleFixture.h"
 #include "ServiceAnswersSuite.h"
 
@@ -12,7 +12,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Lle, ServiceAnswers, LleNames, ServiceName);
 constexpr uint64_t kAbove32Bits = (uint64_t{1} << 32) + 5;
 constexpr uint64_t kLargest = UINT64_MAX;
 
-// The daemon's estimate, the record and the line's values that it leads to.
+// The daemon's estimate, and the resulting record and line.
 struct ReportRow {
   Estimate estimate;
   LleEstimationReport report;
@@ -20,7 +20,7 @@ struct ReportRow {
 };
 
 const ReportRow kRows[] = {
-    // Estimates above 32 bits are whole in the record and cut in the line.
+    // Estimates above 32 bits are complete in the record and truncated in the line.
     {{true, 1, kAbove32Bits, kLargest, 2, kAbove32Bits << 1, kLargest - 1, 1, LleProto::LTE},
      {1, kAbove32Bits, kLargest, 2, kAbove32Bits << 1, kLargest - 1, 1,
       SDL_ACCESS_NETWORK_TYPE_LTE},
@@ -38,7 +38,7 @@ const ReportRow kRows[] = {
      "status: 1, ulReportStatus: 1, ulLatencyEstimation: 0, ulVarianceEstimation: 0, "
      "dlReportStatus: 255, dlLatencyEstimation: 0, dlVarianceEstimation: 0, reportInterval: 1, "
      "rat: 1"},
-    // Nothing set at all: an absent technology is the first one.
+    // Nothing is set: an absent technology is the first one.
     {{false, 0, 0, 0, 0, 0, 0, 0, 0},
      {0, 0, 0, 0, 0, 0, 0, SDL_ACCESS_NETWORK_TYPE_WCDMA},
      "status: 0, ulReportStatus: 0, ulLatencyEstimation: 0, ulVarianceEstimation: 0, "

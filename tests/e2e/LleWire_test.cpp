@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The bytes that LLE puts on the daemon's socket.
+// The bytes that LLE sends to the daemon.
 #include "LleFixture.h"
 #include "ServiceWireSuite.h"
 

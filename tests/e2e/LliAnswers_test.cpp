@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What the daemon sends to LLI, as the application's callback and the log show it.
+// The daemon's messages to LLI in the callback of the application and in the log.
 #include "LliFixture.h"
 #include "ServiceAnswersSuite.h"
 
@@ -9,7 +9,8 @@ namespace {
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Lli, ServiceAnswers, LliNames, ServiceName);
 
-// The daemon's indication, what the callback gets, and how often the conversions complain.
+// The daemon's indication, the callback's arguments, and the number of error lines of the
+// conversions.
 struct IndicationRow {
   Phase phase;
   int type;
@@ -25,10 +26,10 @@ const LogLine kUnknownPreState{"protoPreHandoffStateToClient", "Unknown PreHando
 const LogLine kUnknownRat{"protoRatToClient", "Unknown LliRatType!"};
 
 const IndicationRow kRows[] = {
-    // The phase before a handoff is none of its stages.
+    // The phase before a handoff is not one of its stages.
     {{0, 0, 0, 0, 0, 0}, 0, 0, 0, 0, 0, {kUnknownState}},
     {{0, 1, 3, 6, 1, 2}, 0, 1, 0, 3, 6, {kUnknownState}},
-    // One value gives the kind of indication and the stage.
+    // One value selects the kind of indication and the stage.
     {{1, 0, 1, 2, 500, 40}, 1, 0, 0, 1, 2, {}},
     {{2, 0, 4, 5, 0, 0}, 1, 0, 1, 4, 5, {}},
     {{3, 1, 7, 8, 0, 0}, 1, 1, 2, 7, 8, {}},

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The bytes that LLI puts on the daemon's socket.
+// The bytes that LLI sends to the daemon.
 #include "LliFixture.h"
 #include "ServiceWireSuite.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// An application that enables and disables again and again without leaving its callback.
+// An application that enables and disables many times without leaving its callback.
 #include <algorithm>
 
 #include "AllServicesFixture.h"

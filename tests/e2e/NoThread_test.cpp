@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The exported functions when the system has no thread to give.
+// The exported functions when no thread can be created.
 #include <errno.h>
 #include <pthread.h>
 
@@ -28,8 +28,8 @@ class NoThread : public AllServicesTest {
     application::state().clear();
   }
 
-  // Another thread opens @p second while the one that opens @p first finds no thread: when that
-  // fails, the other one waits for it or has made up its mind. Returns both results.
+  // Another thread opens @p second while the opening of @p first cannot create a thread. When that
+  // fails, the other thread waits for it or has already decided. Returns both results.
   std::pair<int, int> openBoth(int (*first)(), int (*second)()) {
     std::promise<void> begin;
     int result = -100;
@@ -76,14 +76,14 @@ TEST_F(NoThread, SecondThreadThatEnablesGetsAFailureOfItsOwn) {
 TEST_F(NoThread, SecondThreadThatCreatesGetsAFailureOfItsOwn) {
   for (const ServiceOps& service : kServices) {
     EXPECT_EQ(std::make_pair(0, -1), openBoth(service.enable, service.create)) << service.name;
-    // LCE's own second callback is not told of this, so the first one is.
+    // LCE's second callback is not notified of this, so the first one is used.
     const int second = &service == &kServices[0] ? static_cast<int>(STATUS_INTERNAL_ERROR)
                                                  : static_cast<int>(STATUS_V2_INTERNAL_ERROR);
     Statuses told = service.waitForCalls(2);
-    std::sort(told.rbegin(), told.rend());  // the two threads tell in any order
+    std::sort(told.rbegin(), told.rend());  // the two threads report in any order
     EXPECT_EQ(told, (Statuses{STATUS_INTERNAL_ERROR, second})) << service.name;
     enable(service);
-    disable(service);  // the object that knows both callbacks goes
+    disable(service);  // destroys the object that knows both callbacks
     service.clearCalls();
   }
 }
@@ -98,7 +98,7 @@ TEST_F(NoThread, SecondServiceGetsAFailureOfItsOwn) {
   }
 }
 
-// The worker finishes what no closing thread can be had for.
+// If no closing thread can be created, the worker finishes its work.
 TEST_F(NoThread, DisableInsideACallbackStillLeaves) {
   using application::state;
   for (const ServiceOps& service : kServices) {

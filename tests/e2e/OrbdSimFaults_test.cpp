@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The daemon stand-in that misbehaves on purpose, as an application sees it through the library.
+// The faults of the daemon stand-in, as an application sees them through the library.
 #include <gtest/gtest.h>
 
 #include <set>
@@ -145,7 +145,7 @@ TEST(OrbdSimFaultList, WrongWordsAreNamedAndChangeNothing) {
   EXPECT_TRUE(faults.parse("silent,connections=3", error));
 }
 
-// Of all pairs of words, in either order, these alone are more than one of the two.
+// Of all pairs of words, in both orders, only these can be combined.
 TEST(OrbdSimFaultList, WordsThatExcludeEachOtherAreRefused) {
   const std::vector<std::string> words = {
       "refuse",      "no-accept",  "silent",         "stop-after-init",

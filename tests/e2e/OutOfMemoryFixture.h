@@ -11,12 +11,12 @@ namespace allservices {
 
 using Statuses = std::vector<int>;
 
-// The shipped library while its memory runs out, at one of its allocations after the other.
+// The shipped library without memory, at one of its allocations after the other.
 class OutOfMemoryTest : public AllServicesTest {
  protected:
   void SetUp() override {
     AllServicesTest::SetUp();
-    // The first user makes what stays for good, the log above all.
+    // The first user creates the permanent objects, above all the log.
     for (const ServiceOps& service : kServices) {
       ASSERT_NO_FATAL_FAILURE(enable(service));
       ASSERT_NO_FATAL_FAILURE(disable(service));
@@ -30,7 +30,7 @@ class OutOfMemoryTest : public AllServicesTest {
     application::state().clear();
   }
 
-  // A request gets to the daemon, and what the daemon says to the application.
+  // A request reaches the daemon, and the answer reaches the application.
   void expectEnabled(const ServiceOps& service) {
     service.clearCalls();
     expectSent(service);
@@ -41,7 +41,7 @@ class OutOfMemoryTest : public AllServicesTest {
     EXPECT_LE(0, service.requests().front().valid()) << service.name;
     EXPECT_TRUE(daemon().waitForFrames(frames + 1)) << service.name;
   }
-  // Nobody is enabled any more: everything has been given back.
+  // No service is enabled any more: everything is released.
   void expectNothingLeft() {
     EXPECT_TRUE(daemon().waitForConnectionsClosed(daemon().totals().connections));
     EXPECT_TRUE(libraryThreadsEnd());

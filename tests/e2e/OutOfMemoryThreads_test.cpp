@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The library's own threads when memory runs out on them, at one allocation after the other: they
-// go on, and whoever loses something by it is told.
+// The library's threads without memory, at one allocation after the other: they continue, and an
+// application that loses something is notified.
 #include <algorithm>
 
 #include "OutOfMemoryFixture.h"
@@ -13,7 +13,7 @@ using memory::Caller;
 
 class OutOfMemoryThreads : public OutOfMemoryTest {
  protected:
-  // Waits until the daemon has got something more or the application has been told why not.
+  // Waits until the daemon gets a new message or the application is notified of a failure.
   void awaitSentOrTold(const ServiceOps& service, size_t frames) {
     EXPECT_TRUE(comesTo([&] {
       return daemon().frames().size() > frames || !service.waitForCalls(0).empty();
@@ -23,7 +23,7 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
       EXPECT_TRUE(told == STATUS_INTERNAL_ERROR || told == STATUS_SERVICE_DOWN) << told;
     }
   }
-  // Whatever failed for it, the service is left by one disable.
+  // One disable is always enough to disable the service.
   void wholeLife(const ServiceOps& service) {
     service.clearCalls();
     size_t frames = daemon().frames().size();
@@ -39,7 +39,7 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
     }
     EXPECT_EQ(enabled, service.disable());
   }
-  // The service works as ever, and so does its next life.
+  // The service works normally, also after the next enable.
   void expectNextLifeWorks(const ServiceOps& service) {
     service.clearCalls();
     forgetSessions(service);
@@ -62,8 +62,8 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
       then();
     });
   }
-  // Runs @p round with the first allocation of the thread failing, with the second, and so on,
-  // until one comes to its end without a failure. Each round tells whether one failed.
+  // Runs @p round with the first allocation of the thread failing, then with the second, and so on,
+  // until a round ends without a failure. Each round returns whether an allocation failed.
   template <typename Round>
   void failEach(const char* what, const ServiceOps& service, Round round) {
     size_t nth = 0;
@@ -74,7 +74,7 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
     }
     print(what, service, nth - 1);
   }
-  // No connection so far is taken for the next.
+  // Earlier connections do not count.
   void forgetSessions(const ServiceOps& service) {
     for (const Frame& frame : daemon().frames()) {
       if (frame.header.source != service.endpoint) continue;
@@ -94,7 +94,7 @@ TEST_F(OutOfMemoryThreads, WorkerLosesNothingInSilenceAndDeactivatesItsTypes) {
   }
 }
 
-// The others' connections and lives are no business of the one that fails.
+// A failure in one service must not affect the connections of the other services.
 TEST_F(OutOfMemoryThreads, WorkerThatFailsForOneServesTheOthers) {
   ASSERT_NO_FATAL_FAILURE(enable(kLce));
   failEach("worker of two", kLle, [&](size_t nth) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Enabling and disabling when the library's memory runs out, at one allocation of the calling
-// thread after the other.
+// Enabling and disabling without memory in the library, at one allocation of the calling thread
+// after the other.
 #include <ostream>
 
 #include "OutOfMemoryFixture.h"
@@ -12,7 +12,7 @@ namespace {
 using application::state;
 using memory::Caller;
 
-// How a service is opened, and next to which other one.
+// How a service is opened, and which other service is open.
 struct Opening {
   const ServiceOps& service;
   bool secondGeneration;
@@ -44,8 +44,8 @@ std::vector<Opening> openings() {
 
 class OpeningOutOfMemory : public OutOfMemoryTest, public ::testing::WithParamInterface<Opening> {
  protected:
-  // A refused enable is told to its callback; a refused create only when the client was not even
-  // asked for.
+  // The callback is notified of a refused enable; of a refused create only if the client was not
+  // requested.
   void expectTold() {
     const ServiceOps& service = GetParam().service;
     if (!GetParam().secondGeneration) {
@@ -128,7 +128,7 @@ TEST_F(OutOfMemory, RegisteringForReportsNeedsNone) {
   EXPECT_FALSE(failing.failed());
 }
 
-// Without any memory for the library, on this thread.
+// No memory at all for the library on this thread.
 int disableWithoutMemory(const ServiceOps& service) {
   const memory::FailingNew failing(0, Caller::Library);
   const int result = service.disable();

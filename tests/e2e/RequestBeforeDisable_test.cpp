@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A callback on the worker that makes a request, disables its service and then takes its time.
+// A callback on the worker sends a request, disables its service and then runs for a long time.
 #include <chrono>
 
 #include "AllServicesFixture.h"
@@ -21,11 +21,11 @@ TEST_F(AllServicesTest, RequestIsSentHoweverLongTheCallbackThatDisablesTakes) {
   state().inNext(Event::Status, [&] {
     requested = kLli.requests().front().valid();
     disabled = kLli.disable();
-    // Longer than the worker is given to send what is queued.
+    // Longer than the time in which the worker sends queued requests.
     early = daemon().waitForFrames(before + 1, std::chrono::milliseconds(400));
   });
   daemon().setHandshake([](int, uint32_t) { return false; });
-  ASSERT_EQ(1, kLle.enable());  // the failure is LLI's service down, on the worker
+  ASSERT_EQ(1, kLle.enable());  // the failure is LLI's service down, reported on the worker
   ASSERT_TRUE(state().waitDone());
   EXPECT_EQ(0, requested);
   EXPECT_EQ(1, disabled);

@@ -6,8 +6,8 @@
 
 #include "ServiceFixture.h"
 
-// What the daemon of any service may send: statuses, and messages that cannot be used. Each
-// service's own *Answers_test.cpp instantiates the suite.
+// Messages that the daemon of any service may send: statuses, and unusable messages. Each service's
+// *Answers_test.cpp instantiates the suite.
 namespace servicetest {
 
 struct StatusRow {
@@ -88,7 +88,7 @@ TYPED_TEST_P(ServiceAnswers, MessageWithoutItsMemberIsDroppedWithTheDocumentedLi
   LogLines expected;
   uint8_t event = 0;
   for (const EventTexts& texts : TypeParam::events()) {
-    // The key of a member that belongs to another event: the second one's or the first one's.
+    // The key of a member of another event: that of the second or of the first event.
     const uint8_t other = event == 0 ? 0x12 : 0x0a;
     this->sendRaw({0x08, event, 0x1a, 0x00});
     this->sendRaw({0x08, event, 0x1a, 0x02, other, 0x00});
@@ -121,8 +121,8 @@ TYPED_TEST_P(ServiceAnswers, BlobThatDoesNotParseReadsAsTheDefaultMessage) {
   this->enableQuietly();
   for (const Request& request : TypeParam::requests()) request.valid();
   LogLines expected;
-  // Nothing, garbage, a key without value, and members that are cut short, in front of their
-  // length's end or inside.
+  // Nothing, random bytes, a key without a value, and members that are cut off, before or after
+  // their length.
   for (const Blob& blob : std::vector<Blob>{{},
                                             {0xff, 0xff, 0xff},
                                             {0x08},

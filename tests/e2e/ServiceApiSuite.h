@@ -8,15 +8,15 @@
 #include "ServiceFixture.h"
 #include "WireBytes.h"
 
-// Results, refusals and log lines of the exported functions, as far as every service has them. Each
-// service's own *Api_test.cpp instantiates the suite.
+// Results, refusals and log lines of the exported functions that all services have. Each service's
+// *Api_test.cpp instantiates the suite.
 namespace servicetest {
 
-// Enough for an event manager, one too few for the SDK client's own queue.
+// Enough descriptors for an event manager, one too few for the SDK client's queue.
 constexpr size_t kManagerDescriptors = 3;
 
-// What a service may be asked for beside its status, the messages that answer it, and what the
-// callbacks then get. Each service's *Api_test.cpp says so for its own.
+// The requests of a service except its status, the messages that answer them, and the callbacks'
+// results. Each service's *Api_test.cpp defines its own.
 template <class S>
 struct Asked;
 
@@ -34,7 +34,7 @@ class ServiceApi : public ServiceTest<S> {
   void sendAnswers() {
     for (const auto& message : Asked<S>::answers()) this->send(message);
   }
-  // Both generations enabled, but the client could not be made.
+  // Both generations are enabled, but the client could not be created.
   void enableWithoutClient() {
     const FewDescriptors few(kManagerDescriptors);
     EXPECT_EQ(0, S::enable(this->onStatus));
@@ -181,10 +181,10 @@ TYPED_TEST_P(ServiceApi, EnableThatGetsNoClientReportsInternalErrorBeforeItRetur
     EXPECT_EQ(this->calls(),
               (typename TestFixture::CallList{{"status", STATUS_INTERNAL_ERROR, {}}}));
   }
-  this->enable();  // gives the object its client, so that it goes with the test
+  this->enable();  // creates the object's client, so that it ends with the test
 }
 
-// LCE's callback hears nothing: the result alone tells.
+// LCE's callback is not notified; only the result shows the failure.
 TYPED_TEST_P(ServiceApi, CreateThatGetsNoClientTellsItsCallbackUnlessItIsLce) {
   const typename TestFixture::CallList none;
   const typename TestFixture::CallList told = {{"v2", STATUS_V2_INTERNAL_ERROR, {}}};

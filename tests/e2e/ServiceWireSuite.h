@@ -4,8 +4,8 @@
 
 #include "WireBytes.h"
 
-// Handshake, frame header and the messages that enable and disable: the same for every service but
-// for its endpoint and its number. Each service's own *Wire_test.cpp instantiates the suite.
+// Handshake, frame header, enable and disable messages: the same for every service except the
+// endpoint and the service number. Each service's *Wire_test.cpp instantiates the suite.
 namespace servicetest {
 
 template <class S>

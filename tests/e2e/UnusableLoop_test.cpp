@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The worker's loop when it cannot wait any more, as after an application that closes descriptors
-// which are not its own.
+// The worker's loop when it cannot wait any more, for example because the application closed
+// descriptors of the library.
 #include <errno.h>
 #include <signal.h>
 #include <sys/epoll.h>
@@ -19,7 +19,7 @@ std::atomic<size_t> failedWaits{0};
 
 }  // namespace
 
-// Comes before the C library's own.
+// Replaces the function of the C library.
 extern "C" int epoll_wait(int fd, epoll_event* events, int size, int timeout) {
   if (const int error = waitError) {
     ++failedWaits;
@@ -38,11 +38,11 @@ class UnusableLoop : public AllServicesTest {
     waitError = 0;
     AllServicesTest::TearDown();
   }
-  // From now on the worker's waits fail; returns when one has.
+  // From now on the worker's waits fail; returns after the first failure.
   void breakWaits(int error) {
     failedWaits = 0;
     waitError = error;
-    ASSERT_LE(0, kLce.requests().front().valid());  // ends the wait under way
+    ASSERT_LE(0, kLce.requests().front().valid());  // ends the current wait
     ASSERT_TRUE(comesTo([] { return failedWaits > 0; }));
   }
 };
@@ -51,7 +51,7 @@ TEST_F(UnusableLoop, GoesOnWithoutSpinning) {
   using Clock = std::chrono::steady_clock;
   ASSERT_NO_FATAL_FAILURE(enable(kLce));
   ASSERT_NO_FATAL_FAILURE(breakWaits(EBADF));
-  // Requests are still sent; the time that they take is the worker's, not this test's.
+  // Requests are still sent; their time is not measured here.
   const size_t before = failedWaits;
   const auto start = Clock::now();
   for (int i = 0; i < 3; ++i) {
@@ -60,7 +60,7 @@ TEST_F(UnusableLoop, GoesOnWithoutSpinning) {
     ASSERT_TRUE(daemon().waitForFrames(frames + 1));
   }
   const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
-  // Ten a second, and one for each end of the time.
+  // Ten per second, plus one for each end of the time.
   EXPECT_LE(failedWaits - before, static_cast<size_t>(passed.count()) / 100 + 2);
 }
 

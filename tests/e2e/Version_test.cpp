@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The version of the library at run time is what its headers say, from wherever it is asked.
+// The library's version at run time is the version of its headers, for every caller.
 #include <orb/version.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -31,7 +31,7 @@ TEST_F(Version, IsThatOfTheHeaders) {
   EXPECT_EQ(std::string(ORB_SDL_SDK_VERSION), std::to_string(ORB_SDL_SDK_VERSION_MAJOR) + '.' +
                                                   std::to_string(ORB_SDL_SDK_VERSION_MINOR) + '.' +
                                                   std::to_string(ORB_SDL_SDK_VERSION_PATCH));
-  // As an application compares.
+  // With the comparison that applications use.
   static_assert(ORB_SDL_SDK_VERSION_NUMBER >= ORB_SDL_SDK_MAKE_VERSION(1, 0, 0), "");
   static_assert(ORB_SDL_SDK_MAKE_VERSION(1, 2, 3) < ORB_SDL_SDK_MAKE_VERSION(1, 10, 0), "");
   static_assert(ORB_SDL_SDK_MAKE_VERSION(1, 999, 999) < ORB_SDL_SDK_MAKE_VERSION(2, 0, 0), "");

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A program that knows nothing of a redirection: it prints, line by line, whom each of its
-// connections reaches, or the error.
+// A program without redirection code. For each of its connections it prints the server or the
+// error.
 #include <errno.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
