@@ -14,12 +14,12 @@
 #include "Transcript.h"
 #include "orblog/Decryption.h"
 
-// The folders of the encrypted log, in the sandbox, with the key of this folder; and what orblog
-// reads there.
+// The folders of the encrypted log in the sandbox, with this folder's key, and the output of orblog
+// for them.
 namespace golden {
 
 constexpr char kLogFolder[] = "/data/vendor/orb_logs";
-// A program of any name has its files here.
+// Files of a program with any name.
 constexpr char kOtherFolder[] = "/data/vendor/orb_logs/other";
 
 inline Bytes bytesOf(const std::string& path) {
@@ -38,7 +38,7 @@ inline void configureEncryption() {
   std::ofstream(fs::path(kLogFolder) / "config/orb_log_config", std::ios::binary) << config;
 }
 
-// What `orblog decrypt` prints of it.
+// The output of `orblog decrypt`.
 inline std::string decrypted(const std::string& path) {
   std::string error;
   const auto key = orblog::PrivateKey::load(goldenPath("log_key_private.pem"), "", error);

@@ -17,11 +17,11 @@
 
 namespace {
 
-constexpr time_t kSecond = 1748091727;  // 2025-05-24 13:02:07 in universal time
+constexpr time_t kSecond = 1748091727;  // 2025-05-24 13:02:07 UTC
 constexpr suseconds_t kMicrosecond = 45999;
 
 std::atomic<bool> clockStands{false};
-unsigned libcryptoByte = 0;  // both under the log's lock, or on the test's thread
+unsigned libcryptoByte = 0;  // both are used under the log's lock, or on the test's thread
 unsigned generatorByte = 0x80;
 
 void count(unsigned& next, unsigned char* out, size_t size) {
@@ -36,7 +36,7 @@ int randomStatus() { return 1; }
 
 }  // namespace
 
-// By their names in the object file, since their declarations differ from one C library to another.
+// By their names in the object file, because C libraries declare them differently.
 extern "C" {
 pid_t goldenPid() __asm__("getpid");
 pid_t goldenPid() { return 1234; }

@@ -2,15 +2,14 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// What differs from one process to the next, held still for the whole program: its functions come
-// before the C library's and libcrypto's. Process 1234, thread 1240 whatever the thread, and in
-// universal time it is always 2025-05-24 13:02:07.045. For the test's thread alone, but for those
-// functions.
+// Fixes all values that differ between processes. This program's functions are used instead of
+// those of the C library and libcrypto. The process is 1234, every thread is 1240, and the time is
+// always 2025-05-24 13:02:07.045 UTC. Only for the test's thread, except those functions.
 namespace fixedprocess {
 
-// Sets the zone.
+// Sets the time zone.
 void begin();
-// As long as one of these exists no time passes by the steady clock either.
+// While an object of this class exists, the steady clock also stands still.
 class StillClock {
  public:
   StillClock();
@@ -18,8 +17,8 @@ class StillClock {
   StillClock& operator=(const StillClock&) = delete;
   ~StillClock();
 };
-// Random bytes from now on: 0, 1, 2, ... where libcrypto's own generator is asked, and from 0x80 on
-// where one that was made of it is.
+// From now on, random bytes are 0, 1, 2, ... from libcrypto's default generator, and 0x80, ... from
+// a generator derived from it.
 void beginRandom();
 
 }  // namespace fixedprocess

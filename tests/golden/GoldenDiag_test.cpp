@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Each kind of record as a diagnostic packet, byte for byte: what the library hands to the
+// Every byte of the diagnostic packet for each kind of record, as the library passes it to the
 // platform.
 #include <limits>
 
@@ -26,7 +26,7 @@ class GoldenDiag : public LogFixture {
     const fixedprocess::StillClock clock;
     LogTestPeer::recordDump().dump(Log::USER_COMMAND);
   }
-  // The packets since the last time.
+  // The packets since the last call.
   static void add(Transcript& transcript, const std::string& text) {
     transcript.part(text);
     for (const recording::Packet& packet : recording::packets()) {
@@ -77,7 +77,7 @@ TEST_F(GoldenDiag, Packets) {
   late.stamp(6);
   late.time.tv_sec = std::numeric_limits<time_t>::max();
   LogTestPeer::recordDump().queueRecord(late, "");
-  LogTestPeer::setDeferred(true);  // its own line waits
+  LogTestPeer::setDeferred(true);  // its own line is deferred
   dumpQueue();
   add(transcript, "a time without a calendar form");
   expectGolden("diag_packets.hex", transcript.text());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// An encrypted log under a fixed key and random source: the file byte for byte, and what its reader
-// makes of it.
+// An encrypted log with a fixed key and fixed random bytes: every byte of the file, and the output
+// of its reader.
 #include "EncryptedFolder.h"
 #include "LogTestPeer.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// LCE on the socket: handshake, requests and indications, byte for byte.
+// Every byte of LCE on the socket: handshake, requests and indications.
 #include <deque>
 
 #include "GoldenService.h"
@@ -12,7 +12,7 @@ std::deque<int> drawn;  // by the test's thread only
 
 }  // namespace
 
-// Comes before the C library's rand(), whose declaration differs from one C library to the other.
+// Replaces the C library's rand(), which C libraries declare differently.
 extern "C" int goldenRand() __asm__("rand");
 extern "C" int goldenRand() {
   const int number = drawn.front();
@@ -38,7 +38,7 @@ class GoldenLce : public GoldenService<LceNames> {
   }
   void recordCriteria(Transcript& transcript, const std::string& text,
                       const LceReportingCriteria& criteria, int id) {
-    drawn = {0, id};  // 0 is what some C libraries draw first, and no id
+    drawn = {0, id};  // some C libraries return 0 first, which is not an id
     record(transcript, "lceSetReportingCriteria(" + text + ", cb)",
            [&criteria] { return lceSetReportingCriteria(&criteria, onCriteria); });
   }
@@ -71,7 +71,7 @@ TEST_F(GoldenLce, Requests) {
   recordCriteria(transcript, "all zero", criteria, 1);
   criteria.firstList[0] = 1;
   criteria.firstList[1] = 300;
-  criteria.firstList[2] = 99;  // behind the used ones
+  criteria.firstList[2] = 99;  // after the used ones
   criteria.firstListCount = 2;
   criteria.secondList[0] = 4294967295;
   criteria.secondListCount = 1;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The same through the C API of the shipped library, as far as its lines are log points, which keep
-// their numbers: the first packets and the diagnostic command's, the file's header and first
-// record.
+// The same through the C API of the shipped library, for lines that are log points with fixed
+// numbers: the first packets, the packets of the diagnostic command, and the header and first
+// record of the file.
 #include <orb/lce.h>
 
 #include <algorithm>
@@ -23,7 +23,7 @@ bool contains(const recording::Packet& packet, const std::string& text) {
          packet.bytes.end();
 }
 
-// A line's packet goes out behind its record.
+// The packet of a line is sent after its record.
 bool waitForPacket(const std::string& text) {
   for (size_t wanted = 1;; ++wanted) {
     if (!recording::waitForPackets(wanted)) return false;
@@ -36,9 +36,9 @@ TEST(GoldenLibraryLog, LogPoints) {
   fixedprocess::beginRandom();
   configureEncryption();
   recording::setDiagListening(true);
-  ASSERT_EQ(1, orb_lce_enable(onStatus));  // nobody is there: no receiver, and no lines of one
+  ASSERT_EQ(1, orb_lce_enable(onStatus));  // no daemon, so there is no receiver and no line of one
   ASSERT_EQ(0, recording::callDiagCommand({1, 2, 3}));
-  // From then on nobody logs, and the file stays as it is.
+  // From then on no thread logs, and the file does not change.
   ASSERT_TRUE(waitForPacket("|Log::dumper:142 "));
   ASSERT_EQ(1, orb_lce_disable());
 
@@ -58,7 +58,7 @@ TEST(GoldenLibraryLog, LogPoints) {
   const size_t end =
       kHeaderSize + 2 + static_cast<size_t>(file[kHeaderSize] | file[kHeaderSize + 1] << 8);
   ASSERT_GE(file.size(), end);
-  // Lines whose numbers follow the source come behind.
+  // Lines whose numbers depend on the source are later.
   file.resize(end);
   transcript.part("encrypted file");
   transcript.bytes("header and first record", file);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// LLE on the socket: handshake, requests and indications, byte for byte.
+// Every byte of LLE on the socket: handshake, requests and indications.
 #include "GoldenService.h"
 #include "LleFixture.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// LLI on the socket: handshake, requests and indications, byte for byte.
+// Every byte of LLI on the socket: handshake, requests and indications.
 #include <utility>
 
 #include "GoldenService.h"

@@ -10,17 +10,17 @@
 
 namespace golden {
 
-// One service of the shipped library against the daemon stand-in: writes down what a call puts on
-// the socket, and what an indication is on the socket and in the callbacks. S describes the
-// service, see ServiceFixture.h; the test adds how its calls are named. The session number is one
-// whose bytes all differ.
+// One service of the shipped library with the daemon stand-in. Records the bytes that a call sends,
+// the bytes of an indication and the arguments of its callbacks. S describes the service, see
+// ServiceFixture.h; the test adds the names of its calls. All bytes of the session number are
+// different.
 template <class S>
 class GoldenService : public servicetest::ServiceTest<S> {
  protected:
   using Base = servicetest::ServiceTest<S>;
   using Call = servicetest::Call<S>;
   static constexpr uint32_t kSession = 0x01020304;
-  static constexpr size_t kEnablePieces = 4;  // three of the handshake and the message
+  static constexpr size_t kEnablePieces = 4;  // three of the handshake, and the message
 
   void SetUp() override {
     Base::SetUp();
@@ -29,14 +29,14 @@ class GoldenService : public servicetest::ServiceTest<S> {
     wiretap::clear();
   }
 
-  // What a call of the application, named with its arguments, puts on the socket.
+  // The bytes that a call of the application sends, with the call and its arguments.
   template <class Function>
   void record(Transcript& transcript, const std::string& text, const Function& call,
               size_t pieces = 1) {
     transcript.part(text + " returns " + std::to_string(call()));
     addPieces(transcript, wiretap::take(pieces), pieces);
   }
-  // Both generations, each with a connection of its own.
+  // Both generations, each with a separate connection.
   void recordEnableAndDisable(Transcript& transcript) {
     record(
         transcript, std::string(S::kEnable) + "(cb)", [] { return S::enable(Base::onStatus); },
@@ -48,7 +48,7 @@ class GoldenService : public servicetest::ServiceTest<S> {
     recordEnd(transcript, S::kDestroy, S::destroy, 2);
   }
 
-  // Both generations on one connection, and nothing on the way.
+  // Both generations on one connection, with no pending messages.
   void enableBothQuietly() {
     ASSERT_EQ(1, S::enable(Base::onStatus));
     ASSERT_TRUE(this->daemon().waitForFrames(1));
@@ -57,7 +57,7 @@ class GoldenService : public servicetest::ServiceTest<S> {
     (void)callsUpTo(kMarker);
     wiretap::clear();
   }
-  // A message of the daemon, and how the callbacks see it; `describe` makes a line of a call.
+  // A message of the daemon and its callbacks; `describe` makes a line of a callback.
   template <class Describe>
   void indicate(Transcript& transcript, const std::string& text,
                 const typename S::ClientMsg& message, const Describe& describe,
@@ -70,19 +70,19 @@ class GoldenService : public servicetest::ServiceTest<S> {
     for (const Call& call : calls) transcript.line(describe(call));
     if (calls.empty()) transcript.line("no callback");
   }
-  // A session from the first byte to the last: its begin and its end; the test tells the middle.
+  // The start and the end of a complete session; the test does the part in between.
   void beginSession(Transcript& transcript) {
     record(
         transcript, std::string(S::kCreate) + "(cb)", [] { return S::create(Base::onV2); },
         kEnablePieces);
-    ASSERT_TRUE(this->daemon().waitForFrames(1));  // it may send from then on
+    ASSERT_TRUE(this->daemon().waitForFrames(1));  // the daemon may send from then on
     tell(transcript, "STATUS_IND, SUCCESS", servicetest::statusMessage<S>(1));
   }
   void endSession(Transcript& transcript) {
     recordEnd(transcript, S::kDestroy, S::destroy, 1);
     transcript.line("library closes the connection");
   }
-  // A message of the daemon within it; a callback has it when this returns.
+  // A message of the daemon in the session; when this returns, the callback was called.
   void tell(Transcript& transcript, const std::string& text, const typename S::ClientMsg& message) {
     transcript.part(text);
     this->send(message);
@@ -90,7 +90,7 @@ class GoldenService : public servicetest::ServiceTest<S> {
     EXPECT_EQ(1u, this->waitForCalls(1).size()) << text;
     this->clearCalls();
   }
-  // Every status that a message can carry, and some that it cannot.
+  // Every status that a message can have, and some that it cannot.
   template <class Describe>
   void indicateStatuses(Transcript& transcript, const Describe& describe) {
     for (const int status : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 0x7fffffff, -1}) {
@@ -121,8 +121,8 @@ class GoldenService : public servicetest::ServiceTest<S> {
     record(transcript, std::string(name) + "()", call);
     ASSERT_TRUE(this->daemon().waitForSessionsClosed(closed));
   }
-  // A status that was sent last has come to both callbacks, so everything before it has been dealt
-  // with. Returns the calls without those two.
+  // Sends a status and waits until both callbacks got it, so that everything before it is handled.
+  // Returns the calls without these two.
   std::vector<Call> callsUpTo(int marker) {
     this->send(servicetest::statusMessage<S>(marker));
     const Call last{"status", marker - 1, {}};

@@ -10,19 +10,18 @@ namespace golden {
 
 using Bytes = std::vector<uint8_t>;
 
-// What a test saw, written down as the committed files of this folder are: lines of text, and bytes
-// in the form of `hexdump -C`. Builds for all platforms have to give the same. Belongs to one
-// thread.
+// A test's results in the format of the committed files of this folder: lines of text, and bytes in
+// the format of `hexdump -C`. Builds for all platforms must give the same. Used by one thread.
 class Transcript {
  public:
-  // `about` heads the file; it may have several lines.
+  // `about` is the start of the file; it can have several lines.
   explicit Transcript(const std::string& about);
 
-  // Begins a part with a line of its own.
+  // Begins a part with a title line.
   void part(const std::string& text);
-  // A line within the part.
+  // Adds a line to the part.
   void line(const std::string& text);
-  // Bytes within the part, under a line that ends in their number.
+  // Adds bytes to the part, after a line that ends with their number.
   void bytes(const std::string& text, const Bytes& content);
   const std::string& text() const { return mText; }
 
@@ -30,11 +29,11 @@ class Transcript {
   std::string mText;
 };
 
-// As `hexdump -C` prints them: an asterisk stands for lines like the one before.
+// In the format of `hexdump -C`: an asterisk replaces lines that are the same as the line before.
 std::string hexDump(const Bytes& content);
 
-// The text has to be that of this file of the folder; with ORB_GOLDEN_UPDATE in the environment it
-// becomes that. ORB_GOLDEN_DIR names the folder where it is not where it was built from.
+// The text must equal this file of the folder. With ORB_GOLDEN_UPDATE in the environment, the file
+// is written. ORB_GOLDEN_DIR names the folder if it is not in the place of the build.
 void expectGolden(const std::string& file, const std::string& text);
 std::string goldenPath(const std::string& file);
 

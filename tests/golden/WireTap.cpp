@@ -13,7 +13,7 @@
 
 namespace {
 
-std::mutex sending;  // pieces stand in the order in which they went out
+std::mutex sending;  // so that pieces are in the order of sending
 using Tap = Recorder<wiretap::Piece>;
 
 bool hasName(int fd) {

@@ -6,17 +6,17 @@
 #include <cstdint>
 #include <vector>
 
-// Everything that this process sends on sockets, by the library and by the daemon beside it, in the
-// order in which it went out. The program's own send() comes before the C library's. Any thread.
+// Everything that the library and the daemon of this process send on sockets, in the order of
+// sending. The program's send() is used instead of the C library's. For any thread.
 namespace wiretap {
 
 struct Piece {
-  bool fromDaemon;  // its end of the socket has the socket's name
+  bool fromDaemon;  // its end of the socket has the socket's path
   std::vector<uint8_t> bytes;
 };
 
 void clear();
-// Waits until so many have gone out, and takes them and whatever else has.
+// Waits for this number of pieces, and takes all pieces so far.
 std::vector<Piece> take(size_t count);
 
 }  // namespace wiretap

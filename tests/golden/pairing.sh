@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# The daemon stand-in and an example application, each of which may be built for another machine and
-# run by an emulator: what the application prints first for each service is what the file says. The
-# stand-in's model gives the same on every machine, and its time begins when all services listen. Run by
+# The daemon stand-in and an example application; each can be built for another machine and run by
+# an emulator. The application's first output for each service must equal the file. The stand-in's
+# model gives the same values on every machine, and its time begins when all services listen. Run by
 # ctest inside the sandbox:
 # pairing.sh FILE daemon COMMAND... application COMMAND...
 set -euo pipefail
@@ -22,7 +22,7 @@ application=("${@:2}")
 services=(lce lle lli)
 lines=20  # of each service
 work=$(mktemp -d)
-# What runs besides when this fails would keep the sandbox and its output open.
+# Remaining background processes would keep the sandbox and its output open.
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
 
 fail() {
@@ -53,7 +53,7 @@ until is_complete; do
   seen[$service]=$((${seen[$service]-0} + 1))
   ((seen[$service] > lines)) || printf '%s\n' "$line" >>"$work/$service"
 done
-# Ctrl-C of those who use it: it disables everything and says how much has come.
+# Like Ctrl-C by a user: the application disables everything and prints its counts.
 kill "$process"
 cat <&4 >"$work/rest"
 wait "$process" || fail "the application's exit status is $?"

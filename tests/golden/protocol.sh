@@ -2,15 +2,15 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# The transcripts in docs/protocol.md are those that the tests of this folder make. With
-# ORB_GOLDEN_UPDATE in the environment they become that. Run by ctest: protocol.sh PAGE FOLDER
+# The transcripts in docs/protocol.md must equal those of this folder's tests. With
+# ORB_GOLDEN_UPDATE in the environment they are written. Run by ctest: protocol.sh PAGE FOLDER
 set -euo pipefail
 
 page=$1 folder=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# The page up to its first transcript, and each transcript behind a heading.
+# The page up to its first transcript, and each transcript after a heading.
 sed '/^### LCE$/,$d' "$page" >"$work/page"
 for service in lce lle lli; do
   printf '### %s\n\n```hexdump\n' "${service^^}"

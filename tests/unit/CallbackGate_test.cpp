@@ -62,7 +62,7 @@ TEST(CallbackGate, NestedCallbacksOfTwoServicesCountBoth) {
   }
   EXPECT_TRUE(CallbackGate::insideCallback());
   other.close();
-  other.drain();  // its callback has ended, the outer one is not its business
+  other.drain();  // its callback has ended; the outer one does not matter
 }
 
 TEST(CallbackGate, OtherThreadsAreNotInside) {
@@ -117,7 +117,7 @@ TEST(CallbackGate, NoCallbackRunsAfterCloseAndDrain) {
 
 class ClosedGatesTest : public testing::Test {
  protected:
-  // A callback behind a gate that has just been closed; it runs until leave().
+  // A callback through a gate that was just closed; it runs until leave().
   struct Running {
     explicit Running(ClosedGates& gates) : mPass(new CallbackGate::Pass(*gate)) {
       gate->close();
@@ -132,7 +132,7 @@ class ClosedGatesTest : public testing::Test {
     std::unique_ptr<CallbackGate::Pass> mPass;
   };
 
-  // Waits on another thread, which is not inside a callback.
+  // Waits on another thread that is not inside a callback.
   std::future<void> await(uint64_t last) {
     return std::async(std::launch::async, [this, last] { mGates.await(last); });
   }

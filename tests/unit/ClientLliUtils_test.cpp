@@ -14,7 +14,7 @@ struct Lli {
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Lli, StatusConversion, Lli, UtilsName);
 
-// One conversion: results[i] is what the number i gives, or unknown for one that logs and gives 0.
+// One conversion: results[i] is the result for the number i, or "unknown" if it logs and gives 0.
 struct Conversion {
   const char* function;
   int (*convert)(int);
@@ -31,7 +31,7 @@ const Conversion kConversions[] = {
      },
      {0, 1, 1, 1, 1},
      "Unknown HandoffInfo!"},
-    // Before a handoff there is no stage; the line is the same as for a number never heard of.
+    // Before a handoff there is no stage; the line is the same as for an unknown number.
     {"protoHandoffStateToClient",
      [](int value) -> int {
        return ClientLliUtils::protoHandoffStateToClient(static_cast<LliProto::HandoffInfo>(value));

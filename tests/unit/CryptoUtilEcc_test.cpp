@@ -16,14 +16,14 @@ namespace {
 using Bytes = CryptoUtil::Bytes;
 
 struct Curve {
-  const char* name;  // as the other implementation calls it
+  const char* name;  // its name in the other implementation
   int id;
   size_t size;  // of a coordinate
 };
 
 void PrintTo(const Curve& curve, std::ostream* out) { *out << curve.name; }
 
-// Each test ends with libcrypto's error queue as the application has left it.
+// At the end of each test, libcrypto's error queue must be as the application left it.
 class CryptoUtilEccTest : public testing::TestWithParam<Curve> {
  protected:
   CryptoUtilEccTest() {
@@ -40,7 +40,7 @@ class CryptoUtilEccTest : public testing::TestWithParam<Curve> {
     for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(seed + 13 * i);
     return bytes;
   }
-  // A peer's point that is refused, and leaves nothing.
+  // A peer's point that is refused without a result.
   void expectRefused(const Bytes& point) {
     Bytes secret(7, 1);
     EXPECT_FALSE(mine.generateEccSharedKey(point, secret));
@@ -139,7 +139,7 @@ TEST_P(CryptoUtilEccTest, WhatIsNoPointIsRefused) {
   unknownForm[0] = 5;
   expectRefused(unknownForm);
   expectRefused(Bytes(2000, 4));
-  EXPECT_TRUE(mine.generateEccSharedKey(peer, secret));  // the pair is none the worse
+  EXPECT_TRUE(mine.generateEccSharedKey(peer, secret));  // the key pair can still be used
 }
 
 TEST_P(CryptoUtilEccTest, PointOfAnotherCurveIsRefused) {
@@ -157,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(Curves, CryptoUtilEccTest,
                                          Curve{"NIST P-521", NID_secp521r1, 66},
                                          Curve{"secp256k1", NID_secp256k1, 32}));
 
-// About one secret in 256 begins with a zero; it keeps the size of a coordinate.
+// About one secret in 256 begins with a zero byte; it must have the size of a coordinate.
 TEST(CryptoUtilEccSizeTest, SecretKeepsItsLeadingZeros) {
   CryptoUtil mine;
   const Bytes scalar(30, 0x33);

@@ -2,7 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
 // CryptoUtil and GcmCipher when single calls of libcrypto fail, one after the other. This program's
-// functions of libcrypto's names come before the real ones.
+// definitions of libcrypto functions are used instead of the real ones.
 #include <openssl/bio.h>
 #include <openssl/crypto.h>
 #include <openssl/err.h>
@@ -20,8 +20,7 @@
 
 namespace {
 
-// The function whose next call fails, or the one after that. Those that libcrypto makes itself do
-// not come here.
+// The function whose next call, or a later one, fails. Calls inside libcrypto are not affected.
 std::string failing;
 int callsBefore = 0;
 
@@ -94,7 +93,7 @@ namespace {
 using Bytes = CryptoUtil::Bytes;
 using Calls = std::vector<std::pair<std::string, int>>;
 
-// Each test ends without anything on libcrypto's error queue.
+// At the end of each test, libcrypto's error queue must be empty.
 class CryptoUtilFailingCallsTest : public LogFixture {
  protected:
   CryptoUtilFailingCallsTest() { ERR_clear_error(); }
@@ -103,7 +102,7 @@ class CryptoUtilFailingCallsTest : public LogFixture {
     EXPECT_EQ(0u, ERR_peek_error());
   }
 
-  // Has @p check look at each of these failures; a number says how many calls go well before.
+  // Calls @p check for each of these failures; the number is the number of successful calls before.
   template <class Check>
   static void withEach(const Calls& calls, const Check& check) {
     for (const auto& [function, before] : calls) {
@@ -187,7 +186,7 @@ TEST_F(CryptoUtilFailingCallsTest, WhatCannotBeSealedIsEmpty) {
              EXPECT_FALSE(crypto.encryptMsg(message, key, iv, cipher, tag));
              EXPECT_TRUE(cipher.empty());
              EXPECT_TRUE(tag.empty());
-             ERR_clear_error();  // sealing is done for every record, and sets no mark
+             ERR_clear_error();  // encryption is done for every record, so it sets no mark
            });
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// CryptoUtil and GcmCipher when libcrypto fails. This program's functions of libcrypto's names come
-// before the real ones.
+// CryptoUtil and GcmCipher when libcrypto fails. This program's definitions of libcrypto functions
+// are used instead of the real ones.
 
 #include <openssl/crypto.h>
 
@@ -74,7 +74,7 @@ TEST_F(CryptoUtilFailureTest, CipherDrawsNoIvUntilThereAreRandomBytesAgain) {
   ASSERT_TRUE(cipher.setKey(key.data()));
   ASSERT_TRUE(cipher.newIv(iv.data()));
   libcrypto::randomFails = true;
-  int drawn = 1;  // what was drawn in advance is still good
+  int drawn = 1;  // bytes that were drawn in advance can still be used
   while (cipher.newIv(iv.data())) ++drawn;
   EXPECT_EQ(85, drawn);
   EXPECT_FALSE(cipher.newIv(iv.data()));

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// CryptoUtil's RSA: which keys it takes, what it wraps and unwraps, and the set-up of an encrypted
-// log.
+// CryptoUtil's RSA: accepted keys, wrapping and unwrapping, and the set-up of an encrypted log.
 #include <openssl/err.h>
 
 #include "CryptoUtil.h"
@@ -23,7 +22,7 @@ class CryptoUtilRsaTest : public LogFixture {
   CryptoUtilRsaTest() { ERR_clear_error(); }
   ~CryptoUtilRsaTest() override { EXPECT_EQ(0u, ERR_peek_error()); }
 
-  // Loads the key, and says what was printed meanwhile.
+  // Loads the key and returns what was printed.
   static bool load(CryptoUtil& crypto, std::string pem, int isPublic,
                    std::string* printed = nullptr) {
     testing::internal::CaptureStderr();
@@ -38,7 +37,8 @@ class CryptoUtilRsaTest : public LogFixture {
     return load(crypto, pem, isPublic);
   }
 
-  // A set-up with this key fails, with these lines behind that of the key's size; what it prints.
+  // The set-up with this key fails and logs these lines after the key's size. Returns what was
+  // printed.
   static std::string expectRefused(std::string pem, const std::vector<std::string>& lines) {
     EncryptedLog::Settings settings;
     settings.aesKey.assign(3, 1);
@@ -187,7 +187,7 @@ TEST_F(CryptoUtilRsaTest, WhatIsNoPrivateKeyIsRefused) {
   EXPECT_FALSE(takes("", kPrivate));
   EXPECT_FALSE(takes(key.publicPem, kPrivate));
   EXPECT_FALSE(takes(testkeys::ecPrivatePem(), kPrivate));
-  EXPECT_FALSE(takes(key.encryptedPem, kPrivate));  // and nobody is asked for its passphrase
+  EXPECT_FALSE(takes(key.encryptedPem, kPrivate));  // and no passphrase is requested
 }
 
 TEST_F(CryptoUtilRsaTest, KeysOfAnySizeAndExponentAreTaken) {
@@ -230,7 +230,7 @@ TEST_F(CryptoUtilRsaTest, WholeQueueIsPrintedWithErrorsOfTheApplicationFirst) {
   ERR_clear_error();
 }
 
-// Wherever they came from, and as often as a queue has room.
+// Errors from any source, up to the capacity of the queue.
 TEST_F(CryptoUtilRsaTest, ErrorsOfTheApplicationStayAsTheyWere) {
   for (const char* pem : {"no key", key.publicPem.c_str()}) {
     for (int i = 0; i < 15; ++i) {
@@ -333,9 +333,9 @@ TEST_F(CryptoUtilRsaTest, SetUpRefusesAKeyThatHidesNothing) {
   }
 }
 
-// Whatever is not 0 counts as success, -1 too: the field then has nothing in it, and that is said.
-// libcrypto refuses to wrap with a key that is smaller than what it wraps, and with an exponent of
-// more than 64 bits in a large key.
+// Every value except 0 counts as success, also -1: the field is then empty, and a line reports it.
+// libcrypto refuses to wrap with a key that is smaller than the data, and with an exponent of more
+// than 64 bits in a large key.
 TEST_F(CryptoUtilRsaTest, SetUpSucceedsWhenWrappingGivesMinusOne) {
   for (const auto& [bits, exponent] :
        {std::pair(8, "3"), std::pair(512, "10001"), std::pair(584, "10001"),
@@ -359,7 +359,7 @@ TEST_F(CryptoUtilRsaTest, SetUpSucceedsWhenWrappingGivesMinusOne) {
   }
 }
 
-// The lines are those of whoever sets the log up; they tell how far this got.
+// The code that sets the log up writes these lines; they show how far the set-up got.
 TEST_F(CryptoUtilRsaTest, SetUpItselfSaysNothingAndKnowsWhetherWrappingFailed) {
   const struct {
     std::string pem;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// CryptoUtil's symmetric half: random bytes, AES-256-GCM and SHA-256.
+// The symmetric part of CryptoUtil: random bytes, AES-256-GCM and SHA-256.
 #include "CryptoUtil.h"
 
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ Bytes hex(const std::string& text) {
 
 Bytes bytesOf(const std::string& text) { return Bytes(text.begin(), text.end()); }
 
-// Each test ends with libcrypto's error queue as the application has left it.
+// At the end of each test, libcrypto's error queue must be as the application left it.
 class CryptoUtilTest : public testing::Test {
  protected:
   CryptoUtilTest() {
@@ -80,10 +80,10 @@ TEST_F(CryptoUtilTest, RandomBytesFillTheBufferAsItIsSized) {
   const Bytes zeros(1000);
   Bytes long1(1000);
   crypto.getRandomBytes(long1);
-  EXPECT_NE(Bytes(100), Bytes(long1.end() - 100, long1.end()));  // up to its end
+  EXPECT_NE(Bytes(100), Bytes(long1.end() - 100, long1.end()));  // also its last bytes are set
 }
 
-// The cases for keys of 256 bits and no additional data of the mode's submission to NIST.
+// The NIST test cases of the mode for keys of 256 bits without additional data.
 TEST_F(CryptoUtilTest, GcmGivesThePublishedResults) {
   const struct {
     std::string key, iv, plain, cipher, tag;

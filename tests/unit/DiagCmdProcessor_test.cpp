@@ -96,7 +96,7 @@ TEST_F(DiagCmdProcessorTest, LaterHandlerReplacesTheEarlier) {
         response.assign(request, request + length);
         return true;
       });
-  EXPECT_EQ(0, recording::callDiagCommand({1, 2, 3}));  // no response packet, whatever was produced
+  EXPECT_EQ(0, recording::callDiagCommand({1, 2, 3}));  // there is no response packet
   EXPECT_EQ(std::vector<std::string>{"Orb-Diag: retVal: 1, size: 3"}, recording::texts());
 }
 

@@ -2,8 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// For one file of a program: write(), ftruncate(), unlink() and geteuid() come before the C
-// library's and do as a test wants it.
+// For one file of a program: this program's write(), ftruncate(), unlink() and geteuid() are used
+// instead of the C library's and do what a test wants.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -56,7 +56,7 @@ extern "C" uid_t geteuid() { return logfile::user ? *logfile::user : ORB_NEXT(ge
 
 namespace logfile {
 
-// A folder of its own, and a file in it that is not there yet.
+// A temporary folder, and the path of a file in it that does not exist yet.
 class EncryptedLogFileFixture : public testing::Test {
  protected:
   explicit EncryptedLogFileFixture(std::string text = "") : header(std::move(text)) {
@@ -81,7 +81,7 @@ class EncryptedLogFileFixture : public testing::Test {
   static bool append(EncryptedLogFile& to, const std::string& text) {
     return to.append(reinterpret_cast<const uint8_t*>(text.data()), text.size());
   }
-  // By an object of its own.
+  // With a separate object.
   bool append(const fs::path& name, const std::string& text) const {
     EncryptedLogFile other = made(name);
     return append(other, text);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// No piece stands in a file of the encrypted log without the header before it.
+// A file of the encrypted log never has a piece without the header before it.
 #include "EncryptedLogFileFixture.h"
 
 namespace logfile {
@@ -134,7 +134,7 @@ TEST_F(EncryptedLogFileHeaderTest, FileThatWasEmptiedInTheMomentBeforeAPieceIsBe
   EXPECT_EQ("[header]six", content());
 }
 
-// Whoever made it knows what it is.
+// Whoever created the file, its header is checked.
 TEST_F(EncryptedLogFileHeaderTest, ShortFileOfSomebodyElseIsLeftAlone) {
   file.start();
   leave(directory / "new", "note");

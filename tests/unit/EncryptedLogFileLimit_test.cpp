@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The limit on file sizes drops pieces; the signal that comes with it reaches nobody.
+// The limit on file sizes drops pieces; no code gets its signal.
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -11,7 +11,7 @@
 namespace logfile {
 namespace {
 
-// No file of this process grows beyond so many bytes from now on.
+// From now on, no file of this process can grow above this size.
 void limitTo(size_t size) {
   rlimit limit = {};
   getrlimit(RLIMIT_FSIZE, &limit);
@@ -42,8 +42,8 @@ class EncryptedLogFileLimitTest : public EncryptedLogFileFixture {
  protected:
   EncryptedLogFileLimitTest() : EncryptedLogFileFixture("[header]") {}
 
-  // In a child with the signal's usual disposition, for which it is the end of the process. True
-  // when the child gets through and finds everything as it should be.
+  // In a child with the default action for the signal, which ends the process. True if the child
+  // continues and its checks succeed.
   template <class Steps>
   static bool holdsInAChild(const Steps& steps) {
     const pid_t child = fork();

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Whoever can write to the folder cannot lead the log to another file.
+// A user who can write to the folder cannot redirect the log to another file.
 #include "EncryptedLogFileFixture.h"
 
 namespace {
 
-std::function<void()> beforeLook;  // at the next file that was opened, once
+std::function<void()> beforeLook;  // called once when the next file was opened
 
 }  // namespace
 
@@ -90,7 +90,7 @@ TEST_F(EncryptedLogFileLinksTest, FileWithASecondNameIsNotWritten) {
   expectForeignAsItWas();
 }
 
-// By then its other name is its only one, but that is not the log's.
+// At that time the file has only its other name, which is not the log's.
 TEST_F(EncryptedLogFileLinksTest, FileThatLosesTheNameWhileItIsOpenedIsNotWritten) {
   fs::create_hard_link(foreign, path);
   file.create();
@@ -123,7 +123,7 @@ TEST_F(EncryptedLogFileLinksTest, FileOfAnotherUserIsNotWritten) {
   EXPECT_EQ("[header]text[header]more", content());
 }
 
-// There are file systems on which all files belong to one user, whoever makes them.
+// On some file systems, all files belong to one user, whoever creates them.
 TEST_F(EncryptedLogFileLinksTest, FileThatWasMadeHereMayBelongToAnybody) {
   user = geteuid() + 1;
   EXPECT_TRUE(file.start());

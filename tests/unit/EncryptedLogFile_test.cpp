@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// One file of the encrypted log: what comes to be in it, under which name.
+// One file of the encrypted log: its contents and its name.
 #include "EncryptedLogFile.h"
 
 #include "Descriptors.h"
@@ -71,7 +71,7 @@ TEST_F(EncryptedLogFileTest, PiecesGoToTheFileThatTheyName) {
   }
   EXPECT_EQ("aaa", content());
   EXPECT_EQ("bbb", content(directory / "other"));
-  // With the name goes the file; there is nothing left to append to.
+  // When the name is removed, the file is gone; nothing is left to append to.
   EncryptedLogFile moved(std::move(other));
   EXPECT_TRUE(append(moved, "c"));
   EXPECT_FALSE(append(other, "d"));  // NOLINT(bugprone-use-after-move)
@@ -126,11 +126,11 @@ TEST_F(EncryptedLogFileTest, OnlyRegularFilesAreWritten) {
   EXPECT_FALSE(append(directory, "one"));
 
   ASSERT_EQ(0, mkfifo(path.c_str(), 0666));
-  EXPECT_FALSE(append("one"));  // a pipe that nobody reads: no waiting for a reader
+  EXPECT_FALSE(append("one"));  // a FIFO without a reader: does not wait for a reader
   const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   EXPECT_FALSE(append("one"));
   char byte = 0;
-  EXPECT_EQ(0, read(reader, &byte, 1));  // nor is anything written to one that is read
+  EXPECT_EQ(0, read(reader, &byte, 1));  // and does not write to a FIFO with a reader
   close(reader);
 
   fs::remove(path);

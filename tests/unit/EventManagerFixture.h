@@ -31,7 +31,7 @@ __attribute__((format(printf, 1, 2))) inline std::string text(const char* format
   return buffer;
 }
 
-// What a handler's callbacks were called with.
+// The arguments of a handler's callbacks.
 struct Calls {
   std::vector<int> events;
   std::vector<int> closes;
@@ -40,14 +40,14 @@ struct Calls {
   static void onClose(int fd, void* data) { static_cast<Calls*>(data)->closes.push_back(fd); }
 };
 
-// A manager whose loop is the test itself. Every test must give back the descriptors it opened.
+// A manager whose loop is run by the test. Every test must close the descriptors that it opened.
 class EventManagerTest : public ::testing::Test {
  protected:
   using EventManager = orb::utils::EventManager;
 
   void SetUp() override {
     mOpenBefore = openDescriptors();
-    mEpollFd = dup(STDERR_FILENO);  // the lowest free number, which the manager takes first
+    mEpollFd = dup(STDERR_FILENO);  // the lowest free number, which the manager gets first
     close(mEpollFd);
     recording::clear();
     mManager = std::make_unique<EventManager>();
@@ -58,7 +58,7 @@ class EventManagerTest : public ::testing::Test {
     EXPECT_EQ(mOpenBefore, openDescriptors());
   }
 
-  // As the manager's owner does it: the two descriptors that it leaves open are closed here.
+  // Like the manager's owner: closes the two descriptors that the manager leaves open.
   void destroyManager() {
     if (mManager == nullptr) return;
     const int wakeFd = mManager->wakeFd();
@@ -68,7 +68,7 @@ class EventManagerTest : public ::testing::Test {
     EXPECT_EQ(0, close(removeFd));
   }
 
-  // One pass that does not wait longer than it takes a timer to be due at once.
+  // One pass that waits at most until a timer that is due at once.
   void pass() {
     OrbTimer timer(nullptr);
     timer.addTimedCallback(
@@ -76,7 +76,7 @@ class EventManagerTest : public ::testing::Test {
     mManager->processEvents(&timer);
   }
 
-  // The removals that wait for their pass, as the manager's owner runs them.
+  // Runs the pending removals, like the manager's owner.
   void runRemovals() {
     mManager->lockRecursiveMutex();
     EventManager::processRemove(mManager->removeFd(), mManager.get());
@@ -87,13 +87,13 @@ class EventManagerTest : public ::testing::Test {
   static int readyFd() { return eventfd(1, EFD_NONBLOCK | EFD_CLOEXEC); }
   static int idleFd() { return eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); }
 
-  // Leaves an eventfd readable, but with no room for one more.
+  // Leaves an eventfd readable and at its maximum.
   static void fillUp(int eventFd) {
     const uint64_t most = 0xFFFFFFFFFFFFFFFE;
     ASSERT_EQ(static_cast<ssize_t>(sizeof most), write(eventFd, &most, sizeof most));
   }
 
-  // All lines since the last clear; every one without a tag, as the manager writes them.
+  // All lines since the last clear; they have no tag, as the manager writes them.
   static Entries log() {
     Entries entries;
     for (const recording::Line& line : recording::lines()) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Event manager and event handler when memory runs out: what cannot be had leaves nothing behind,
-// and what is there can be removed without any.
+// Event manager and event handler without memory: failed operations leave nothing behind, and
+// existing handlers can be removed without memory.
 #include <errno.h>
 #include <sys/epoll.h>
 
@@ -15,7 +15,7 @@ namespace {
 
 using memory::Caller;
 
-// Calls @p make with each of its allocations failing: each time it throws, and @p check looks.
+// Calls @p make with each of its allocations failing: each time it throws, and @p check runs.
 template <class Make, class Check>
 void throwForEach(const char* what, const Make& make, const Check& check) {
   bool thrown = false;

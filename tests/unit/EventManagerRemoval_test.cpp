@@ -138,7 +138,7 @@ TEST_F(EventManagerRemovalTest, CloseFunctionIsNotCalledWithoutClose) {
   close(fd);
 }
 
-// In a close callback: another thread can use the manager, so the mutex is free.
+// In a close callback another thread can use the manager, so the mutex is not locked.
 void useManagerFromOtherThread(int, void* data) {
   std::thread other([data] {
     auto* const manager = static_cast<orb::utils::EventManager*>(data);
@@ -184,7 +184,7 @@ TEST_F(EventManagerRemovalTest, EventOfADescriptorBeingRemovedIsRefused) {
   EXPECT_TRUE(isClosed(fd));
 }
 
-// Two ready descriptors, each of whose callbacks removes the other.
+// Two ready descriptors; the callback of each removes the other.
 struct Rivals {
   orb::utils::EventManager& manager;
   int fds[2];
@@ -218,7 +218,7 @@ TEST_F(EventManagerRemovalTest, RegistrationBeforeThePassIsTakenDownWithTheOldOn
   recording::clear();
   EXPECT_TRUE(mManager->addEventHandler(fd, Calls::onEvent, &second, Calls::onClose, EPOLLIN));
   EXPECT_TRUE(logged(6, text("Cannot add event handler. err:%d", EEXIST)));
-  pass();  // goes by the number: out of epoll and closed, though the new handler stays recorded
+  pass();  // the number is removed from epoll and closed, but the new handler stays recorded
   EXPECT_TRUE(isClosed(fd));
   EXPECT_TRUE(first.events.empty());
   EXPECT_TRUE(second.closes.empty());
@@ -365,8 +365,8 @@ TEST_F(EventManagerRemovalTest, ThreadsMayRegisterAndRemoveWhileTheLoopRuns) {
   stop = true;
   mManager->wake();
   loop.join();
-  // What was requested after the loop's last look. A pass of the loop need not get to it: it looks
-  // at four descriptors at a time, and hundreds may be ready.
+  // Removals that were requested after the last pass. A pass need not reach them: it handles four
+  // descriptors at a time, and hundreds may be ready.
   runRemovals();
   EXPECT_EQ(0, mManager->getNumRegisteredFds());
 }

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Events that the event manager's loop cannot use.
+// Events that the loop of the event manager cannot use.
 #include <sys/socket.h>
 
 #include "EventManagerFixture.h"
 
 namespace {
 
-// One event that the loop cannot use: the descriptor goes, after its owner has been told.
+// One unusable event: the owner is notified, then the descriptor is removed.
 class UnusableEventTest : public EventManagerTest {
  protected:
   void expectRemoved(int fd, int events, orb::utils::EventCallback callback, const Entries& lines) {

@@ -50,7 +50,7 @@ TEST_F(EventManagerTest, NothingIsRegisteredAfterConstruction) {
 void printLinesAtExit() {
   rlimit limit{};
   getrlimit(RLIMIT_NOFILE, &limit);
-  limit.rlim_cur = limit.rlim_max;  // what else runs at exit may need descriptors
+  limit.rlim_cur = limit.rlim_max;  // code that runs at exit may need descriptors
   setrlimit(RLIMIT_NOFILE, &limit);
   for (const recording::Line& line : recording::lines()) {
     std::fprintf(stderr, "%d%s %s\n", line.priority, line.hasTag ? " tagged" : "",
@@ -221,10 +221,10 @@ TEST_F(EventManagerTest, FailedWaitEndsThePassWithoutTimers) {
 }
 
 TEST_F(EventManagerTest, SignalEndsThePassLikeAFailedWait) {
-  struct sigaction action {};  // stays: a signal may still be on its way at the end
+  struct sigaction action {};  // stays set: a signal may still be pending at the end
   action.sa_handler = [](int) {};
   ASSERT_EQ(0, sigaction(SIGALRM, &action, nullptr));
-  const itimerval often{{0, 1000}, {0, 1000}};  // again and again: one will fall into the wait
+  const itimerval often{{0, 1000}, {0, 1000}};  // repeatedly, so that one comes during the wait
   ASSERT_EQ(0, setitimer(ITIMER_REAL, &often, nullptr));
   recording::clear();
   mManager->processEvents(nullptr);
@@ -241,7 +241,7 @@ TEST_F(EventManagerTest, WakeEndsAWait) {
   EXPECT_TRUE(logged(3, "wake() EX"));
   EXPECT_TRUE(logged(3, text("processing event number: 0, handling 1 for %d", fd)));
   recording::clear();
-  pass();  // the wake-up has been taken
+  pass();  // the wake-up was consumed
   EXPECT_TRUE(log().empty());
 }
 
@@ -319,14 +319,14 @@ TEST_F(EventManagerTest, PassDispatchesFourDescriptorsAtMost) {
   }
   pass();
   EXPECT_EQ(8u, calls.events.size());
-  for (const int fd : fds) {  // the two that had to wait came with the second pass
+  for (const int fd : fds) {  // the two that had to wait were handled in the second pass
     EXPECT_EQ(1, std::count(calls.events.begin(), calls.events.begin() + 6, fd));
     mManager->removeEventHandler(fd, true, nullptr, nullptr);
   }
   while (recording::count("processRemove exit") == 0) pass();
 }
 
-// What the log has when a timer is due.
+// The log lines when a timer is due.
 struct AtTimer {
   size_t calls = 0;
   Entries lines;

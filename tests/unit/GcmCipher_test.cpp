@@ -166,7 +166,7 @@ TEST_F(GcmCipherTest, TwoCiphersDrawDifferentIvs) {
   }
 }
 
-// Each IV that was drawn before the fork, and by parent and child after it.
+// All IVs that were drawn before the fork, and after it by parent and child.
 TEST_F(GcmCipherTest, ForkedChildHasIvsOfItsOwn) {
   constexpr int kCount = 1000;
   for (const int drawnBefore : {0, 1, 40, 84, 85}) {

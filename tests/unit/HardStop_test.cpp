@@ -13,9 +13,9 @@
 
 namespace {
 
-constexpr int kStatus = 255;  // what the system makes of exit(-1)
+constexpr int kStatus = 255;  // the exit status of exit(-1)
 
-// In the child: what an application's exit handler might do, with the lines so far on stderr.
+// In the child: an exit handler of an application, which prints the lines so far on stderr.
 void printLines() {
   for (const recording::Line& line : recording::lines()) {
     std::fprintf(stderr, "%d/%s/%s\n", line.priority, line.hasTag ? "tag" : "no tag",
@@ -27,7 +27,7 @@ bool waitForLine(const char* text) {
   return recording::waitFor([text](const recording::Line& line) { return line.text == text; });
 }
 
-// The child starts afresh and must not outlive a test that it hangs in.
+// The child is a new process, and must not outlive a test in which it hangs.
 class HardStopDeathTest : public testing::Test {
  protected:
   HardStopDeathTest() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
@@ -48,7 +48,8 @@ TEST_F(HardStopDeathTest, LeavesItsLineAndEndsTheProcess) {
       testing::ExitedWithCode(kStatus), "^6/no tag/a reason, 100% of it\n$");
 }
 
-// The handlers run one after the other on the thread that was first, however many stop meanwhile.
+// The handlers run one after the other on the first thread, even if other threads stop at the same
+// time.
 TEST_F(HardStopDeathTest, OfTwoThreadsOneEndsTheProcess) {
   static pid_t exiting = 0;
   const auto child = [] {
@@ -76,7 +77,7 @@ TEST_F(HardStopDeathTest, StopInsideAnExitHandlerEndsTheProcessAtOnce) {
   EXPECT_EXIT(child(), testing::ExitedWithCode(kStatus), "^$");
 }
 
-// One that stops while the exit goes on waits for its end, however long it takes.
+// A thread that stops during the exit waits for the end of the exit.
 TEST_F(HardStopDeathTest, StopOfAThreadThatAnExitHandlerStartsLeavesTheEndToTheFirst) {
   const auto child = [] {
     prepareChild();

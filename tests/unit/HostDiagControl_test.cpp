@@ -61,7 +61,7 @@ class HostDiagControlTest : public testing::Test {
     unsetenv("ORB_DIAG_FILE");
     unsetenv("ORB_DIAG_SOCKET");
   }
-  // Another libdiag from now on, which finds the variable so.
+  // From now on another libdiag, which reads this value of the variable.
   void loadWith(const char* variable, const char* value) {
     diag.deinit();
     value != nullptr ? setenv(variable, value, 1) : unsetenv(variable);
@@ -71,7 +71,7 @@ class HostDiagControlTest : public testing::Test {
     loadWith(variable, value.c_str());
     diag.init(nullptr);
   }
-  // What arrives on standard error meanwhile.
+  // The text that arrives on standard error meanwhile.
   template <typename Action>
   static std::string printed(const Action& action) {
     testing::internal::CaptureStderr();
@@ -174,7 +174,7 @@ TEST_F(HostDiagControlTest, StatusCountsWhatWasWrittenAndDropped) {
   diag.put("one");
   diag.put("two");
   unlink(file.c_str());
-  ASSERT_EQ(0, mkdir(file.c_str(), 0700));  // which nobody can write to
+  ASSERT_EQ(0, mkdir(file.c_str(), 0700));  // no file can be written there
   diag.put("three");
   EXPECT_EQ(std::make_pair(before.first + 2, before.second + 1), counts());
   rmdir(file.c_str());
@@ -299,7 +299,7 @@ TEST_F(HostDiagControlTest, OnlyTheUserMayConnect) {
 }
 
 TEST_F(HostDiagControlTest, DescriptorsAreCloseOnExec) {
-  const ControlClient client(socket);  // the thread has accepted it or will
+  const ControlClient client(socket);  // the thread has accepted it or will accept it
   for (const std::string& name : entriesOf(kDescriptors)) {
     const int fd = std::stoi(name);
     char target[256] = "";

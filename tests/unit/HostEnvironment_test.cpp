@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A program may change its environment at any time, while the library logs on threads of its own:
-// the desktop's stand-ins take what they need of it while they are loaded.
+// A program can change its environment at any time while the library's threads log. So the
+// desktop's stand-ins read their variables only when they are loaded.
 #include <android/log.h>
 #include <cutils/properties.h>
 #include <diag/diag.h>
@@ -28,7 +28,7 @@ Function* find(const char* library, const char* symbol) {
   return reinterpret_cast<Function*>(dlsym(handle, symbol));
 }
 
-// Nothing of it is to be seen, but the stand-in does all of its work.
+// The environment is not visible, but the stand-in works completely.
 class HiddenStandardError {
  public:
   HiddenStandardError() : mSaved(dup(STDERR_FILENO)) {
@@ -47,7 +47,7 @@ class HiddenStandardError {
   const int mSaved;
 };
 
-// Lets the environment grow, so that it moves in memory, change in place, and go.
+// Lets the environment grow (so that it moves in memory), changes it in place, and removes it.
 void changeEnvironment(int rounds) {
   constexpr int kVariables = 300;
   static char given[] = "ORB_TEST_GIVEN=value";

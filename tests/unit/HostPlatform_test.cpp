@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The desktop stand-ins of the platform's libraries, opened as the shared libraries they are.
+// The desktop stand-ins of the platform's libraries, opened as shared libraries.
 #include <diag/diag.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -28,7 +28,7 @@ std::string readAll(int fd) {
   return all;
 }
 
-// A file of its own that goes with the test.
+// A temporary file that is removed with the test.
 class TempFile {
  public:
   TempFile() : mFd(mkostemp(mPath, O_CLOEXEC)) { EXPECT_GE(mFd, 0); }
@@ -37,7 +37,7 @@ class TempFile {
     unlink(mPath);
   }
   const char* path() const { return mPath; }
-  // A path that nothing can be at.
+  // A path that cannot exist.
   std::string below() const { return path() + std::string("/file"); }
   int fd() const { return mFd; }
   std::string text() const { return readAll(mFd); }
@@ -50,7 +50,7 @@ class TempFile {
   const int mFd;
 };
 
-// Standard error goes to another descriptor while it lives.
+// Redirects standard error to another descriptor while it lives.
 class Redirected {
  public:
   explicit Redirected(int fd) : mSaved(dup(STDERR_FILENO)) { dup2(fd, STDERR_FILENO); }
@@ -73,7 +73,7 @@ class HostPlatformTest : public testing::Test {
     for (const char* name : kVariables) unsetenv(name);
   }
 
-  // Once more, with the environment as it is now.
+  // Again, with the current environment.
   void load() { mLibrary = openFresh(mPath); }
   void loadWith(const char* variable, const char* value) {
     setenv(variable, value, 1);
@@ -201,7 +201,7 @@ TEST_F(HostLogTest, TerminalGetsColorUnlessNoColorIsSet) {
       const Redirected redirected(terminal);
       print(6, "orb", "text");
     }
-    // A terminal hands a line on in pieces.
+    // A terminal may pass a line on in pieces.
     std::string text;
     char c;
     while (text.find('\n') == std::string::npos && read(master, &c, 1) == 1) text += c;

@@ -47,7 +47,7 @@ TEST_F(IpcHandlerTest, RunningQueuesUntilTheLoopComes) {
   handler.onEvent = [&](int msg) {
     if (msg == 4) handler.stop();
   };
-  // One count of the semaphore stands for five messages.
+  // One count of the semaphore is used for five messages.
   handler.start();
   EXPECT_EQ((std::vector<int>{0, 1, 2, 3, 4}), handler.handled);
   EXPECT_EQ(Entry(kDebug, "running infinite loop"), logged().at(0));
@@ -127,7 +127,7 @@ TEST_F(IpcHandlerTest, PostAfterStopIsHandledAtOnce) {
   handler.stop();
   handler.postToSelf(2);
   EXPECT_EQ((std::vector<int>{2}), handler.handled);
-  handler.start();  // stopped: returns without touching what is queued
+  handler.start();  // stopped: returns without handling queued messages
   EXPECT_EQ((std::vector<int>{2}), handler.handled);
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// In whatever portions the bytes of frames come, and wherever they end: the frames, the lines and
-// the end of the session are the same.
+// Frames that arrive in portions of any size and with any end: the frames, the lines and the end of
+// the session are the same.
 #include <errno.h>
 #include <gtest/gtest.h>
 
@@ -42,8 +42,8 @@ Bytes bytesOf(const Frames& frames) {
   return all;
 }
 
-// A pair whose receiving end gives each write as a portion of its own. Only the first one of a
-// receive for more than the reader's buffer would be given, so payloads are short here.
+// A socket pair whose receiving end gives each write as a separate portion. A receive for more than
+// the reader's buffer would get only the first portion, so payloads are short here.
 struct PortionPair : SocketPair {
   PortionPair() {
     closePeer();
@@ -56,7 +56,7 @@ struct PortionPair : SocketPair {
   void write(const Bytes& portion) const { SocketPair::write(portion.data(), portion.size()); }
 };
 
-// What a receiver made of it: the frames and the lines up to the end.
+// The receiver's results: the frames and the lines up to the end.
 struct Outcome {
   Frames frames;
   Entries lines;
@@ -68,7 +68,7 @@ Outcome receiveAll(SocketPair& pair) {
   errno = 0;
   ipcReceiver(pair.ours, handler);
   Outcome outcome{handler.frames(), logged()};
-  // The number of the descriptor is another one each time.
+  // The descriptor number differs each time.
   for (Entry& line : outcome.lines)
     line.second = line.second.substr(0, line.second.find(" for so"));
   return outcome;
@@ -140,7 +140,7 @@ TEST(IpcReceiverPortionsTest, FramesByteByByteAreTheSame) {
 TEST(IpcReceiverPortionsTest, EndWithinAHeaderGivesTheFrameOfWhatCame) {
   for (size_t length = 1; length < kHeader; ++length) {
     SCOPED_TRACE(length);
-    // Behind a whole frame, with which it comes.
+    // After a complete frame in the same portion.
     const Bytes cut = part(frame(6, 0), 0, length);
     const Outcome outcome = receivePortions({frame(5, 4) + cut});
     Bytes filled = cut;
@@ -195,7 +195,8 @@ TEST(IpcReceiverPortionsTest, LongFrameBetweenShortOnesIsWhole) {
   }
 }
 
-// A peer that goes with something unread resets the connection. What it had sent before arrives.
+// A peer that disconnects with unread data resets the connection. Data that it sent before still
+// arrives.
 Outcome receiveUpToReset(const Bytes& bytes) {
   SocketPair pair;
   pair.write(bytes.data(), bytes.size());

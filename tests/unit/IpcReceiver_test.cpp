@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Receiver threads on one end of a socket pair, the peer played by the test.
+// Receiver threads at one end of a socket pair; the test plays the peer.
 #include "IpcReceiver.h"
 
 #include <errno.h>
@@ -13,7 +13,7 @@
 
 #include "IpcTestSupport.h"
 
-// The sanitizers' allocators end the process themselves unless told to refuse as others do.
+// By default the sanitizers' allocators end the process on failure; here they must return null.
 extern "C" {
 const char* __asan_default_options();
 const char* __tsan_default_options();
@@ -33,7 +33,7 @@ std::string receiverEnd(int fd) { return "receiver " + std::to_string(fd); }
 
 ipcMsg_t header(uint64_t payloadLength) { return {1, 105, 5, -2, 7, payloadLength}; }
 
-// In the child of a death test: what the platform log got is only known there.
+// In the child of a death test, because only the child knows what the platform log got.
 void showSystemLines() {
   for (const auto& line : recording::lines()) {
     if (line.text == "malloc failed" && !line.hasTag) {
@@ -51,7 +51,7 @@ void receiveFrameOfLength(uint64_t payloadLength) {
   ipcReceiver(pair.ours, handler);
 }
 
-// First in the program: the children inherit no receiver thread's locks.
+// The first test of the program, so that the children inherit no locks of receiver threads.
 TEST(IpcReceiverDeathTest, LengthThatOverflowsTheFrameEndsTheProcess) {
   EXPECT_EXIT(receiveFrameOfLength(~uint64_t{0}), ::testing::ExitedWithCode(255),
               "level 6: malloc failed");
@@ -109,7 +109,7 @@ TEST_F(IpcReceiverTest, FrameArrivesWithHeaderAndPayload) {
 TEST_F(IpcReceiverTest, EmptyPayloadIsDeliveredWithoutASecondReceive) {
   start(7);
   sendFrame(header(0));
-  ASSERT_TRUE(mHandler.waitForFrames(1));  // the peer sent nothing that another receive could take
+  ASSERT_TRUE(mHandler.waitForFrames(1));  // the peer sent nothing that another receive could read
   EXPECT_TRUE(mHandler.frames().at(0).payload.empty());
   mPair.closePeer();
   expectEnded(7);
@@ -243,7 +243,7 @@ TEST_F(IpcReceiverTest, MissingPayloadEndsTheSession) {
 }
 
 TEST_F(IpcReceiverTest, SecondReceiveErrorEndsTheSession) {
-  // The header is there; what should follow is not, and the socket does not wait for it.
+  // The header has arrived; the rest has not, and the socket does not wait for it.
   sendFrame(header(10));
   fcntl(mPair.ours, F_SETFL, O_NONBLOCK);
   start(7);
@@ -276,7 +276,7 @@ TEST_F(IpcReceiverTest, RunsOnTheCallersThreadWhenCalledDirectly) {
   EXPECT_EQ(1u, mHandler.frames().size());
   EXPECT_TRUE(isClosed(mPair.ours));
   EXPECT_TRUE(mHandler.threadSemaphore()->decreaseFor(std::chrono::milliseconds(0)));
-  EXPECT_FALSE(isReceiverThreadOf(mHandler.threadSemaphore().get()));  // any more
+  EXPECT_FALSE(isReceiverThreadOf(mHandler.threadSemaphore().get()));  // it no longer is
 }
 
 TEST_F(IpcReceiverTest, ThrowingHandlerEndsItsConnectionOnly) {
@@ -311,7 +311,7 @@ TEST_F(IpcReceiverTest, ReceiverOfAHandlerThatIsGoneStillGivesEverythingBack) {
   ASSERT_TRUE(registerSocket(kPeer, 7, std::make_shared<IpcSocket>(mPair.ours), handler));
   const std::weak_ptr<RecordingHandler> watched = handler;
   handler.reset();
-  EXPECT_TRUE(watched.expired());  // the waiting receiver keeps none alive
+  EXPECT_TRUE(watched.expired());  // the waiting receiver keeps no object alive
   sendFrame(header(0));
   ASSERT_TRUE(ended->decreaseFor(kPatience));
   EXPECT_TRUE(isClosed(mOurs));

@@ -253,7 +253,7 @@ TEST(LceProtoParsing, MalformedBlobsAreRefused) {
   EXPECT_FALSE(parses<LceProto::ClientMsg>({0x1A, 0x02, 0x0A, 0x01}));  // inner length too long
 }
 
-// What the protobuf runtime logs while this object lives; nothing of it reaches standard error.
+// The log output of the protobuf runtime while this object lives; it does not go to standard error.
 class RuntimeReport {
  public:
   RuntimeReport() : mPrevious(google::protobuf::SetLogHandler(record)) { text().clear(); }
@@ -278,7 +278,7 @@ TEST(LceProtoParsing, InvalidUtf8IsRefused) {
   EXPECT_NE(std::string::npos, report.text().find("invalid UTF-8"));
 }
 
-// The lite runtime knows a field's name while it writes, not while it parses.
+// The lite runtime knows a field's name when it writes, but not when it parses.
 TEST(LceProtoMessages, InvalidUtf8IsReportedUnderTheFullFieldNameWhenWritten) {
   RuntimeReport report;
   LceProto::GetLastEstimationReportResp last;

@@ -85,7 +85,7 @@ TEST(LleProtoRequests, MembersOfTheOneofReplaceEachOther) {
   EXPECT_FALSE(data.has_get_last_estination_report());
 }
 
-// The answer and the indication have the same fields under the same numbers.
+// The answer and the indication have the same fields with the same numbers.
 template <typename Report>
 class LleProtoReport : public ::testing::Test {
  protected:

@@ -16,7 +16,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// As the library is loaded, before any test.
+// When the library is loaded, before any test.
 const milliseconds kShippedInterval = LogTestPeer::recordDump().getTimerInterval();
 
 bool isCompletion(const recording::Line& line, const std::string& request) {
@@ -74,7 +74,7 @@ TEST_F(LogDumperTest, EveryRequestIsCompletedUnderItsName) {
 TEST_F(LogDumperTest, QueueThatFillsUpDuringADumpIsDumpedOnceMore) {
   log.init("app");
   {
-    const LockGuard lock(LogTestPeer::mutex());  // keeps the dumper from saying that it is done
+    const LockGuard lock(LogTestPeer::mutex());  // the dumper cannot report that it is done
     log.addDumpRequest(Log::BUFFER_IS_FULL);
     quiet::awaitThreads();
     EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRequests());
@@ -82,7 +82,7 @@ TEST_F(LogDumperTest, QueueThatFillsUpDuringADumpIsDumpedOnceMore) {
     for (int i = 0; i < 10; ++i) log.printToAdb(3, "ORB", "File.cpp", "f", 1, "text");
     EXPECT_EQ(1u, LogTestPeer::recordDump().queuedRequests());
   }
-  log.release();  // after the requests that were there before
+  log.release();  // after the earlier requests
   EXPECT_EQ(2u, completedDumps("BUFFER_IS_FULL"));
   EXPECT_EQ(0u, LogTestPeer::recordDump().queuedRecords());
 }
@@ -105,7 +105,7 @@ TEST_F(LogDumperTest, RecordWithoutAValidTimeIsLeftOut) {
   EXPECT_EQ(1u, after);
 }
 
-// To make it costs more than to keep it.
+// Creating it costs more than keeping it.
 TEST_F(LogDumperTest, TextOfARecordIsMadeForAListenerOnly) {
   LogRecord record;
   record.time.tv_sec = std::numeric_limits<time_t>::max();
@@ -173,8 +173,8 @@ TEST_F(LogDumperTest, StopRequestsAddUpUnlessLatched) {
   EXPECT_EQ(1u, RecordDumpPeer::stopRequests(LogTestPeer::recordDump()));
 }
 
-// A hundred thousand records of ten threads, with dumps that they, the full queue and the timer ask
-// for meanwhile.
+// A hundred thousand records of ten threads. Dumps are requested by the threads, the full queue and
+// the timer.
 TEST_F(LogDumperTest, EachRecordOfManyWritersReachesTheChannelOnceAndInOrder) {
   constexpr int kThreads = 10, kLines = 10000;
   recording::setProperty(kLoggingProperty, "1");
@@ -192,7 +192,7 @@ TEST_F(LogDumperTest, EachRecordOfManyWritersReachesTheChannelOnceAndInOrder) {
   }
   for (std::thread& thread : threads) thread.join();
   log.addDumpRequest(Log::CRASH_DETECTED);
-  log.release();  // after the requests that were there before
+  log.release();  // after the earlier requests
   EXPECT_GT(completedDumps("USER_COMMAND"), 0u);
   std::map<std::string, int> next;  // per writer: the number that must come next
   for (const recording::Packet& packet : recording::packets()) {

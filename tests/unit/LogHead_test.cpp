@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The heads of lines, which the compiler makes, and the lines of the macros that use them.
+// The prefixes of lines, which the compiler makes, and the lines of the macros that use them.
 #include "LogHead.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +37,7 @@ TEST(LogHeadTest, LineIsWrittenInDecimal) {
 class LogHeadLinesTest : public ::testing::Test {
  protected:
   void SetUp() override { recording::clear(); }
-  // The only line but the log's own, and forgets it.
+  // Returns the only line except the log's own, and clears it.
   static recording::Line takeLine() {
     const auto lines = recording::lines();
     recording::clear();
@@ -59,7 +59,7 @@ TEST_F(LogHeadLinesTest, RecordOfAMacroReadsLikeThatOfTheFunction) {
 }
 
 TEST_F(LogHeadLinesTest, SdkLineOfAMacroReadsLikeThatOfTheFunction) {
-  // Cut within a pair of percent signs: the heads leave an odd and an even number of places.
+  // Cut within a pair of percent signs: the prefixes leave an odd and an even number of characters.
   for (const size_t size : {4u, 600u, 601u}) {
     const std::string text(size, '%');
     SdkLog::print(ANDROID_LOG_ERROR, "Tag", __FILE__, __func__, 7, "%s", text.c_str());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The log where no hook library is installed.
+// The log without an installed hook library.
 #include <dlfcn.h>
 
 #include "LogTestPeer.h"
@@ -17,7 +17,7 @@ TEST_F(LogHookAbsentTest, ALineSaysSoAndThePlatformLogGoesOn) {
             recording::texts());
 }
 
-// It loads libraries, too, and asks dlerror() whether that has worked.
+// The application also loads libraries, and checks the result with dlerror().
 TEST_F(LogHookAbsentTest, ApplicationDoesNotHearOfIt) {
   log.init("app");
   EXPECT_EQ(nullptr, dlerror());

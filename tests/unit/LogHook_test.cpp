@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The log with a hook library: whole, and with each of its functions missing.
+// The log with a hook library: complete, and with each of its functions missing.
 #include <dlfcn.h>
 #include <signal.h>
 #include <unistd.h>
@@ -25,7 +25,7 @@ struct HookLine {
   int level;
   std::string tag, format, text;
 };
-std::mutex hookMutex;  // guards what follows
+std::mutex hookMutex;  // guards the following variables
 std::vector<HookLine> hookLines;
 bool releaseOnDump = false;
 
@@ -55,7 +55,7 @@ class LogHookTest : public LogFixture {
   // Initialises the log in the directory of one of the hook libraries.
   void initWith(const std::string& hook) {
     ASSERT_EQ(0, chdir((built(TEST_HOOKS_DIR) + "/" + hook).c_str()));
-    // Held open while the log opens it, so that the table can be filled before the first line.
+    // Kept open while the log opens it, so that the table can be filled before the first line.
     void* const library = dlopen("./liborbalog.so", RTLD_NOW);
     ASSERT_NE(nullptr, library) << dlerror();
     table(library)->alog = recordHookLine;
@@ -164,8 +164,8 @@ TEST_F(LogHookTest, ThreadsLetTheSignalThroughThatTheHookIsFor) {
 TEST_F(LogHookTest, SignalIsLoggedEvenInsideALogCallAndKeepsErrno) {
   initWith("complete");
   table()->alog = [](int, const char*, const char*, const char*) {
-    // The log's mutex is held here. The handler is called like any function: the recording platform
-    // allocates, which a handler of a real signal must not.
+    // The log's mutex is locked here. The handler is called like a normal function, because the
+    // recording platform allocates, which a handler of a real signal must not do.
     struct sigaction action = {};
     sigaction(SIGUSR1, nullptr, &action);
     errno = ENOTTY;
@@ -243,7 +243,7 @@ TEST_F(LogHookTest, ReleaseFromInsideALogCallOfTheDumperDoesNotWaitForItself) {
   while (LogTestPeer::initialised()) std::this_thread::yield();
   while (processstate::threadsNamed("orb-log-dump") > 0) std::this_thread::yield();
   EXPECT_EQ(0u,
-            LogTestPeer::recordDump().queuedRequests());  // it took the shutdown request in the end
+            LogTestPeer::recordDump().queuedRequests());  // it took the shutdown request
 }
 
 TEST_F(LogHookTest, ProcessMayEndInsideALogCall) {
@@ -252,7 +252,7 @@ TEST_F(LogHookTest, ProcessMayEndInsideALogCall) {
         alarm(20);
         initWith("complete");
         table()->alog = [](int, const char*, const char*, const char*) { exit(7); };
-        log.addDumpRequest(Log::USER_COMMAND);  // the dumper waits for the mutex, or exits itself
+        log.addDumpRequest(Log::USER_COMMAND);  // the dumper waits for the mutex, or has exited
         log.printVersion();
       },
       testing::ExitedWithCode(7), "");

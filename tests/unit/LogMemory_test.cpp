@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The log when memory runs out: it never fails its caller, and what can be had is there.
+// The log without memory: it never makes its caller fail, and everything that is possible still
+// works.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -39,7 +40,8 @@ class LogMemoryTest : public LogFixture {
   }
 };
 
-// What is made once per process can fail only once: a process for each allocation.
+// Objects that are made once per process can fail only once, so each allocation needs a separate
+// process.
 TEST_F(LogMemoryTest, FirstStartOfAProcessLeavesALogThatWorksWhateverFails) {
   constexpr int kAllThere = 0, kSomethingFailed = 2;
   size_t nth = 0;
@@ -97,7 +99,7 @@ TEST_F(LogMemoryTest, LaterStartLeavesALogThatWorksWhateverFails) {
               withoutDumper, withoutTimer);
 }
 
-// Threads are the last step: no earlier one takes them along.
+// Threads are created last, so a failure before does not affect them.
 TEST_F(LogMemoryTest, EarlyStepThatFailsLeavesTheThreads) {
   size_t earliestWithout = SIZE_MAX;
   const size_t failed = memory::failEach(
@@ -170,7 +172,7 @@ TEST_F(LogMemoryTest, DiagnosticCommandDoesNotThrowAndStillRequestsItsDump) {
   EXPECT_TRUE(waitForUserDump());
 }
 
-// The dumper takes a request for as long as the queue has room, so it cannot miss the last one.
+// The dumper takes requests as long as the queue has space, so it cannot miss the last one.
 TEST_F(LogMemoryTest, EndDoesNotWaitForADumperThatCouldNotBeTold) {
   log.init("orb");
   ASSERT_TRUE(LogTestPeer::recordDump().hasDumper());

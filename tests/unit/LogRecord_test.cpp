@@ -10,7 +10,7 @@
 
 namespace {
 
-// 2025-05-24 13:02:07 in universal time.
+// 2025-05-24 13:02:07 UTC.
 constexpr time_t kSecond = 1748091727;
 
 class LogRecordTest : public LogFixture {

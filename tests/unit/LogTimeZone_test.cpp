@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The time zone of records: how its changes are followed, and that the environment is left alone
-// meanwhile. This program's tzset and stat come before the C library's.
+// The time zone of records: changes are followed, and the environment is not changed. This
+// program's tzset and stat are used instead of the C library's.
 #include <sys/stat.h>
 
 #include <atomic>
@@ -19,7 +19,7 @@
 
 namespace {
 
-// What the system's zone file looks like; as it is, when nothing is said. 0: there is none.
+// The status of the system's zone file; without a value: the real file. 0: it does not exist.
 std::optional<time_t> zoneFileTime;
 std::atomic<int> environmentReads{0};
 
@@ -41,7 +41,7 @@ extern "C" int stat(const char* path, struct stat* status) ORB_C_FUNCTION {
 
 namespace {
 
-// 2025-05-24 13:02:07 in universal time.
+// 2025-05-24 13:02:07 UTC.
 constexpr time_t kSecond = 1748091727;
 
 class LogTimeZoneTest : public LogFixture {
@@ -78,7 +78,7 @@ TEST_F(LogTimeZoneTest, ZoneThatTheApplicationHasSetCountsFromTheNextSecond) {
   EXPECT_EQ("15", nextSecond());
 }
 
-// The variable stands for the new contents of the file: the C library looks at both in one call.
+// The variable replaces new contents of the file, because the C library reads both in one call.
 TEST_F(LogTimeZoneTest, ZoneFileThatWasReplacedCountsFromTheNextSecond) {
   EXPECT_EQ("13", nextSecond());
   setZone("TST-2");
@@ -110,9 +110,9 @@ TEST_F(LogTimeZoneTest, SetUpReadsTheEnvironmentOnTheCallersThread) {
   EXPECT_EQ(1, environmentReads);
 }
 
-// Other variables come, grow in number, change and go, as fast as possible, while records of ever
-// other seconds are made. Where the C library itself reads the environment for each local time,
-// records are made within one second.
+// Other variables are added, changed and removed as fast as possible, while records of different
+// seconds are made. If the C library itself reads the environment for each local time, the records
+// are made within one second.
 TEST_F(LogTimeZoneTest, EnvironmentMayBeChangedWhileThreadsLog) {
 #ifdef __GLIBC__
   constexpr time_t kStep = 1;

@@ -121,7 +121,7 @@ TEST_F(LogTest, LaterInitChangesTheTagAndNothingElse) {
   log.logModuleDebug("module");
   for (const recording::Line& line : recording::lines()) EXPECT_EQ("second", line.tag);
   EXPECT_EQ(1u,
-            LogTestPeer::recordDump().queuedRecords());  // printToAdb's only: still not deferred
+            LogTestPeer::recordDump().queuedRecords());  // only printToAdb's; still not deferred
 }
 
 TEST_F(LogTest, InitWithoutTagUsesAnEmptyOne) {
@@ -196,7 +196,8 @@ TEST_F(LogTest, PropertyValue4SuppressesAllDmap) {
 TEST_F(LogTest, EachBitOfThePropertyCountsByItself) {
   const struct {
     const char* value;
-    bool deferred, debug, others;  // queued until the next dump; which lines of the data path come
+    bool deferred, debug,
+        others;  // whether records wait for the next dump; which lines of the data path are logged
   } kCases[] = {
       {"0", false, true, true},   {"1", true, true, true},    {"2", false, false, true},
       {"3", true, false, true},   {"4", false, false, false}, {"5", true, false, false},

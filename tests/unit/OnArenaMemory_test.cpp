@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Messages when memory runs out.
+// Protobuf messages without memory.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::array<uint32_t, 20> kFullList{};
 
-// Whether @p bytes can be read without any memory; @p check sees the message then.
+// Whether @p bytes can be parsed without any memory; then @p check gets the message.
 template <class Message, class Check>
 void readWithoutMemory(const Message& original, const Check& check) {
   const std::string bytes = original.SerializeAsString();
@@ -56,8 +56,8 @@ TEST(OnArenaMemory, AnswersNeedNone) {
   });
 }
 
-// Two answers, one behind the other, are read as one whose second member displaces the first; so
-// many of them need more than the first block.
+// Two answers in sequence are parsed as one, and the second member replaces the first. So this many
+// of them need more than the first block.
 TEST(OnArenaMemory, MemberThatCannotBeHadIsNotDestroyed) {
   const std::string text(100, 'x');
   LceProto::ClientMsg status;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Posting when the count cannot be written: no item is lost, none comes out of order, and none has
-// to wait for a post that may never come.
+// Posting when the counter cannot be written: no item is lost or out of order, and no item waits
+// for a later post.
 #include <errno.h>
 #include <string.h>
 
@@ -32,7 +32,7 @@ class OrbEventHandlerFaults : public OrbEventHandlerTest {
                                               strerror(EBADF), mFd)}}));
     recording::clear();
   }
-  // One pass: what it hands over, without a line about what should never happen.
+  // One pass: the items that it passes on, without a line about an impossible state.
   Numbers handledByOnePass() {
     recording::clear();
     mHandler->handled.clear();
@@ -67,7 +67,7 @@ TEST_F(OrbEventHandlerFaults, UncountedItemIsNeverHandledIfNoWakeUpComes) {
   const int other = readyFd();
   mManager->addEventHandler(other, Calls::onEvent, &others, nullptr, EPOLLIN);
   for (int passes = 0; passes < 10; ++passes) {
-    mManager->wake();  // none of these is the handler's
+    mManager->wake();  // none of these is for the handler
     EXPECT_EQ(handledByOnePass(), Numbers{});
   }
   EXPECT_EQ(10u, others.events.size());

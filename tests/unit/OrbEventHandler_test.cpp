@@ -107,7 +107,8 @@ TEST_F(OrbEventHandlerTest, WakeUpWithoutItemIsAnErrorLine) {
 
 TEST_F(OrbEventHandlerTest, FailedReadIsLoggedWithErrorAndDescriptorInTheirFixedOrder) {
   post(1);
-  // The eventfd stays in the manager's set through its copy, but its number can no longer be read.
+  // The eventfd stays in the manager's set through its copy, but its number cannot be read any
+  // more.
   const int copy = dup(mFd);
   const int unreadable = open("/dev/null", O_WRONLY | O_CLOEXEC);
   ASSERT_EQ(mFd, dup2(unreadable, mFd));

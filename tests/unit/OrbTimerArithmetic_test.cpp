@@ -7,7 +7,7 @@
 
 namespace {
 
-// What the tick count reads: the virtual counter, or where there is none the boot-time clock.
+// The source of the tick count: the virtual counter, or without it the boot-time clock.
 uint64_t counter() {
 #if defined(__aarch64__)
   uint64_t ticks = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What callbacks answer and do while they run.
+// The results of callbacks and their actions while they run.
 #include "OrbTimerFixture.h"
 
 using namespace orbtimer;

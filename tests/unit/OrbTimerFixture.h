@@ -15,14 +15,14 @@
 
 namespace orbtimer {
 
-// A timer on a clock that stands still until the test moves it, and that fails on demand.
+// A timer with a clock that the test moves, and that fails on demand.
 class ManualTimer : public OrbTimer {
  public:
   explicit ManualTimer(IOrbTimerMonitor* monitor = nullptr) : OrbTimer(monitor) {}
 
   void advanceMillis(long millis) { addDelayToTimeval(millis, mNow); }
   void advanceNanos(long nanos) { addTimeSpec(mNow, {0, nanos}, mNow); }
-  // The clock can be read `readings` more times and fails with EINVAL then; -1 for no limit.
+  // The clock can be read `readings` more times and then fails with EINVAL; -1: no limit.
   void failClockAfter(int readings) { mReadings = readings; }
   void setLastId(int id) { mLastId = id; }
 
@@ -42,7 +42,7 @@ class ManualTimer : public OrbTimer {
   mutable int mReadings = -1;
 };
 
-// What a callback answers, and how often it was asked.
+// The results of a callback, and the number of its calls.
 struct Script {
   std::vector<int> results;  // the last one is repeated
   size_t calls = 0;
@@ -65,7 +65,7 @@ class OrbTimerTest : public ::testing::Test {
  protected:
   void SetUp() override { recording::clear(); }
 
-  // The only line logged so far, and without a tag.
+  // The only line logged so far; it has no tag.
   static void expectOneLine(int priority, const std::string& text) {
     const std::vector<recording::Line> lines = recording::lines();
     ASSERT_EQ(1u, lines.size());

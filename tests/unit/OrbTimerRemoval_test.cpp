@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Removals from any place of the queue, compared with a plain list of what is left.
+// Removals from any position of the queue, compared with a simple list.
 #include <memory>
 #include <random>
 
@@ -11,7 +11,8 @@ namespace {
 using orbtimer::ManualTimer;
 
 constexpr int kEvents = 100;
-constexpr int kLongest = 3000;  // milliseconds: several seconds, several events of one instant
+constexpr int kLongest =
+    3000;  // milliseconds: several seconds, and several events at the same time
 
 struct Event {
   int id;
@@ -70,7 +71,7 @@ TEST_F(OrbTimerRemovalTest, AllEventsWithAnIdGoFromWhereverTheyAre) {
     mEvents.clear();
     mRan.clear();
     for (int i = 0; i < kEvents; ++i) {
-      mTimer.setLastId(i % 7);  // ids come round again and again
+      mTimer.setLastId(i % 7);  // ids are reused again and again
       add(static_cast<long>(random() % kLongest));
     }
     remove(3);

@@ -61,7 +61,7 @@ TEST_F(OrbTimerTest, DelayOfZeroOrLessIsDueAtOnce) {
 
 TEST_F(OrbTimerTest, WaitBeyondIntIsCutToIntMax) {
   Script script{{-1}};
-  // 2^32 ms would wrap to 0 and fire at once, 2^31 ms to a negative number and wait for ever.
+  // 2^32 ms would wrap to 0 and fire at once, 2^31 ms to a negative number and wait forever.
   for (const long delay : {LONG_MAX, 4294967296L, 2147483648L, 2147483647L}) {
     const int id = mTimer.addTimedCallback(delay, play, &script);
     EXPECT_EQ(INT_MAX, mTimer.timeUntilNextEvent()) << delay;
@@ -103,7 +103,7 @@ TEST_F(OrbTimerTest, ClockFailureWhileLookingAheadGivesMinusOne) {
 TEST_F(OrbTimerTest, ClockFailureWhileReschedulingLosesTheEvent) {
   Script script{{0}};
   mTimer.addTimedCallback(0, play, &script);
-  mTimer.failClockAfter(1);  // enough to find the event due
+  mTimer.failClockAfter(1);  // enough to find that the event is due
   EXPECT_EQ(-1, mTimer.processEvents());
   EXPECT_EQ(1u, script.calls);
   expectOneLine(6, "timeUntilNextCallback failed; " + kClockError);
@@ -151,7 +151,7 @@ TEST_F(OrbTimerTest, RemovalLeavesTheOthersInOrder) {
 TEST_F(OrbTimerTest, RemovalTakesEveryEventWithTheId) {
   Script script{{-1}};
   mTimer.addTimedCallback(1, play, &script);
-  mTimer.setLastId(0);  // ids have come round
+  mTimer.setLastId(0);  // ids have wrapped around
   EXPECT_EQ(1, mTimer.addTimedCallback(2, play, &script));
   mTimer.removeTimedCallback(1);
   EXPECT_EQ(-1, mTimer.timeUntilNextEvent());
@@ -202,7 +202,8 @@ TEST_F(OrbTimerTest, MonitorTellsEventsApartByAllButTheId) {
   Script script{{-1}};
   Script other{{-1}};
   timer.addTimedCallback(100, play, &script);
-  timer.addTimedCallback(100, play, &script);  // a twin of the first event: counts as first
+  timer.addTimedCallback(100, play,
+                         &script);  // equal to the first event, so it counts as the first
   EXPECT_EQ(2, monitor.changes);
   timer.addTimedCallback(100, play, &other);
   EXPECT_EQ(2, monitor.changes);

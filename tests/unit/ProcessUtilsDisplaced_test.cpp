@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A pair whose socket is on its way out belongs to the next socket that comes with it.
+// A pair whose socket is being removed belongs to the next socket that is registered with it.
 #include <errno.h>
 #include <gtest/gtest.h>
 
@@ -39,7 +39,7 @@ class ProcessUtilsDisplacedTest : public testing::Test {
     mBusy.entered.get_future().wait();
     recording::clear();
   }
-  // The pair is the new socket's, and stays so when the former receiver ends.
+  // The new socket has the pair, and keeps it when the former receiver ends.
   void expectDisplaced() {
     ASSERT_TRUE(registerSocket(kPeer, kSession, mNext.ours, mNextHandler));
     EXPECT_FALSE(hasLogged(kError, "id: 0x1, sessionId: 7 is already registered"));
@@ -58,7 +58,7 @@ class ProcessUtilsDisplacedTest : public testing::Test {
               mNextHandler.calls());
     EXPECT_FALSE(isRegistered(kPeer, kSession));
   }
-  // The socket that has the pair.
+  // The socket with the pair.
   static SharedSocket registered() {
     const auto globals = getProcessUtilsGlobals();
     const ScopedLock<SharedMutex> lock(globals->mLock);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A child made by fork() while the socket tables were in use ends all the same. The child is made
-// inside the library, where the lock is held, and so leaves nothing to chance.
+// A child made by fork() while the socket tables are in use must still end. The child is made
+// inside the library while the lock is held, so the test does not depend on timing.
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
@@ -20,7 +20,7 @@ std::function<void()>* atNextAllocation = nullptr;
 
 }  // namespace
 
-// Comes before the C++ library's own.
+// Replaces the function of the C++ library.
 void* operator new(size_t size) {
   if (atNextAllocation != nullptr) {
     const auto* const action = atNextAllocation;
@@ -40,7 +40,7 @@ using namespace ipctest;
 
 constexpr int kStatus = 7;
 
-// The first use makes the tables, with their lock held.
+// The first use creates the tables while their lock is held.
 TEST(ProcessUtilsForkTest, ChildOfAProcessThatHeldTheTablesEndsByExit) {
   int ends[2] = {-1, -1};
   ASSERT_EQ(0, pipe2(ends, O_CLOEXEC));
@@ -53,7 +53,7 @@ TEST(ProcessUtilsForkTest, ChildOfAProcessThatHeldTheTablesEndsByExit) {
   const auto globals = getProcessUtilsGlobals();
   ASSERT_EQ(nullptr, atNextAllocation) << "the tables were there before";
   ASSERT_LT(0, child);
-  close(ends[1]);  // now it is open in the child alone
+  close(ends[1]);  // now only the child has it open
   pollfd end = {ends[0], 0, 0};
   const int ended = poll(&end, 1, static_cast<int>(std::chrono::milliseconds(kPatience).count()));
   if (ended != 1) kill(child, SIGKILL);

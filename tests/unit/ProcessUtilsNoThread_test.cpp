@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The process-wide socket tables when the system has no thread to give. Tests run in the order of
-// this file: registering the process works once.
+// The process-wide socket tables when no thread can be created. Tests run in the order of this
+// file, because the process can be registered only once.
 #include <gtest/gtest.h>
 
 #include <future>
@@ -59,7 +59,7 @@ TEST_F(ProcessUtilsNoThreadTest, SocketIsLeftToItsOwnerWhoMayTryAgain) {
   EXPECT_TRUE(mHandler.waitForEnd());
 }
 
-// The one that has the pair is on its way out, but nobody takes its place.
+// The socket with the pair is being removed, but no other socket replaces it.
 TEST_F(ProcessUtilsNoThreadTest, PairIsNotTakenOverWithoutAThread) {
   SocketPair next;
   RecordingHandler nextHandler;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A send that fails: the connection counts as lost, the receiver tells of it, no signal is raised.
+// A failed send: the connection counts as lost, the receiver reports it, and no signal is raised.
 #include <errno.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -22,7 +22,7 @@ constexpr unsigned int kSession = 7;
 class ProcessUtilsSendFailureTest : public testing::Test {
  protected:
   void SetUp() override {
-    // As an application that knows nothing of it: a signal would end the program.
+    // Like an application without a handler: a signal would end the program.
     ASSERT_NE(SIG_ERR, signal(SIGPIPE, SIG_DFL));
     ASSERT_TRUE(registerSocket(kPeer, kSession, mPair.ours, mHandler));
     recording::clear();
@@ -44,7 +44,7 @@ class ProcessUtilsSendFailureTest : public testing::Test {
 };
 
 TEST_F(ProcessUtilsSendFailureTest, PeerThatReadsNoMoreIsALoss) {
-  shutdown(mPair.peer, SHUT_RD);  // its other direction stays open: the receiver hears nothing
+  shutdown(mPair.peer, SHUT_RD);  // the other direction stays open, so the receiver notices nothing
   EXPECT_FALSE(send());
   EXPECT_TRUE(hasLogged(
       kError, "send: failure, errno: " + std::to_string(EPIPE) + "(" + strerror(EPIPE) + ")"));
@@ -84,7 +84,7 @@ TEST_F(ProcessUtilsSendFailureTest, AttemptWithoutWaitingThatFailsOtherwiseIsALo
   expectOneLoss();
 }
 
-// Threads of the library block the signal already: there the flags are those of the caller.
+// Threads of the library already block the signal; there the caller's flags are used.
 TEST_F(ProcessUtilsSendFailureTest, SignalIsKeptFromApplicationThreadsOnly) {
   EXPECT_EQ(MSG_NOSIGNAL, sendFlags());
   EXPECT_EQ(MSG_NOSIGNAL | MSG_DONTWAIT, sendFlags(MSG_DONTWAIT));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The process-wide socket tables. Tests run in the order of this file: registering the process
-// works once.
+// The process-wide socket tables. Tests run in the order of this file, because the process can be
+// registered only once.
 #include "ProcessUtils.h"
 
 #include <errno.h>
@@ -28,7 +28,7 @@ class ProcessUtilsTest : public ::testing::Test {
     recording::clear();
   }
 
-  // In the table without a receiver, so that the test alone decides what happens to the socket.
+  // In the table without a receiver, so that only the test changes the socket.
   static void store(unsigned int sessionId, int fd) {
     const auto globals = getProcessUtilsGlobals();
     const ScopedLock<SharedMutex> lock(globals->mLock);
@@ -134,7 +134,7 @@ TEST_F(ProcessUtilsTest, DeregisterForgetsThePairAndLeavesTheSocketOpen) {
             ours);
   const ipcMsg_t frame = {1, 105, 5, 0, 7, 0};
   pair.write(&frame, sizeof frame);
-  EXPECT_TRUE(mHandler.waitForFrames(1));  // the receiver goes on
+  EXPECT_TRUE(mHandler.waitForFrames(1));  // the receiver continues
   pair.closePeer();
   EXPECT_TRUE(mHandler.waitForEnd());
 }
@@ -177,7 +177,7 @@ TEST_F(ProcessUtilsTest, SendFailureNamesTheError) {
                                   strerror(EPIPE) + ")"}}),
             logged());
   deregisterSocket(kPeer, 7);
-  EXPECT_TRUE(isClosed(pair.ours));  // nobody else held it
+  EXPECT_TRUE(isClosed(pair.ours));  // no other thread held it
 }
 
 TEST_F(ProcessUtilsTest, PartialSendPassesAsSuccess) {

@@ -95,7 +95,7 @@ TEST(ProcessMark, StaysWithTheFirstProcess) {
             }));
 }
 
-// Puts the standard streams back at the end of the scope.
+// Restores the standard streams at the end of the scope.
 class ClosedStreams {
  public:
   ClosedStreams() {
@@ -143,7 +143,7 @@ TEST(AboveStandardStreams, LeavesOthersAndFailuresAlone) {
   EXPECT_EQ(-1, aboveStandardStreams(-1));
 }
 
-// Another thread that prints meanwhile must not find it, either.
+// Another thread that prints meanwhile must not see it, either.
 TEST(AboveStandardStreams, NothingIsBehindTheirNumbersWhileSomethingIsOpened) {
   int opened = -1;
   int taken = 0;

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-// What the tests of the service messages share.
+// Common functions of the tests of the service messages.
 namespace prototest {
 
 using Bytes = std::vector<uint8_t>;
@@ -33,7 +33,8 @@ bool parses(const Bytes& bytes) {
   return message.ParseFromArray(bytes.data(), static_cast<int>(bytes.size()));
 }
 
-// Checks number, name and back for the whole range of an enumeration: names[i] is the name of i.
+// Checks number, name and the reverse for the whole range of an enumeration: names[i] is the name
+// of i.
 template <typename Enum>
 void expectEnum(const std::vector<std::string>& names, bool (*isValid)(int),
                 const std::string& (*name)(Enum), bool (*parseName)(const std::string&, Enum*)) {
@@ -61,7 +62,7 @@ void expectEnum(const std::vector<std::string>& names, bool (*isValid)(int),
         return PACKAGE::ENUM##_Parse(text, value);                                           \
       })
 
-// The numbering that every service's Status has.
+// The numbers of every service's Status.
 #define EXPECT_STATUS_ENUM(PACKAGE)                                                               \
   EXPECT_ENUM(PACKAGE, Status, "INVALID", "SUCCESS", "INVALID_ARG", "INTERNAL_ERROR",             \
               "NOT_SUPPORTED", "INVALID_OPERATION", "SERVICE_UP", "SERVICE_DOWN", "INVALID_SLOT", \

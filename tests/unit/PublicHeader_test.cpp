@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Applications are compiled against numbers, layouts and signatures. This is the record of what
-// they were compiled against; a change here breaks them.
+// Applications are compiled with these numbers, layouts and signatures. This file records them; a
+// change here breaks existing applications.
 #include <gtest/gtest.h>
 #include <orb/sdl.h>
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-// The records as they were shipped first, in plain types.
+// The records as first shipped, in plain types.
 struct ShippedCriteria {
   uint32_t firstList[20];
   uint8_t firstListCount;
@@ -50,8 +50,7 @@ struct ShippedInterruption {
   uint64_t estimatedInterruptionDuration;
 };
 
-// A member is where it was shipped, and as wide. A build with another layout must not come to
-// tests.
+// A member has its shipped offset and size. A build with another layout must fail before its tests.
 #define ASSERT_SHIPPED(RECORD, SHIPPED, MEMBER)                             \
   static_assert(offsetof(RECORD, MEMBER) == offsetof(SHIPPED, MEMBER), ""); \
   static_assert(sizeof(RECORD::MEMBER) == sizeof(SHIPPED::MEMBER), "")
@@ -218,7 +217,7 @@ TEST(PublicHeader, ReportKeepsTheShippedLayout) {
   EXPECT_EQ(offsetof(ShippedReport, queueSizeUL), offsetof(LceEstimationReport, queueSizeUL));
 }
 
-// What this library fills in, an application compiled long ago reads.
+// An application compiled long ago reads records that this library fills.
 TEST(PublicHeader, RecordsOfTodayReadTheSameInAnOldApplication) {
   LleEstimationReport report = {};
   report.ulReportStatus = 255;
@@ -243,7 +242,7 @@ TEST(PublicHeader, RecordsOfTodayReadTheSameInAnOldApplication) {
   EXPECT_EQ(UINT64_MAX, interruption.estimatedInterruptionDuration);
 }
 
-// Only the types: this test is not linked to the functions.
+// Only the types, because this test is not linked to the functions.
 TEST(PublicHeader, FunctionsAndCallbacksKeepTheirSignatures) {
   using std::is_same;
   EXPECT_TRUE((is_same<LceStatusIndCb, void (*)(status_e)>::value));

@@ -6,8 +6,7 @@
 
 #include "RecordDump.h"
 
-// What tests may see and do inside a record dump: its timer's stop requests and what waits in its
-// queue of requests.
+// Access of tests to a record dump: its timer's stop requests, and the requests in its queue.
 struct RecordDumpPeer {
   static unsigned stopRequests(RecordDump& dump) {
     LockGuard lock(dump.timerMutex);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A record dump by itself, without a log.
+// A record dump alone, without a log.
 #include "RecordDump.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@
 
 namespace {
 
-std::mutex completedMutex;  // guards what follows
+std::mutex completedMutex;  // guards the following variables
 std::vector<std::string> completedDumps;
 std::string awaited;
 Semaphore* awaitedCame = nullptr;

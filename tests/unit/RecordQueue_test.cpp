@@ -23,7 +23,7 @@ RecordStamp stampOf(long number) {
 
 class RecordQueueTest : public testing::Test {
  protected:
-  // The text of the oldest record, which has this number; "none" without one.
+  // The text of the oldest record with its number; "none" if there is none.
   std::string take(long number) {
     RecordStamp stamp;
     std::string_view message;
@@ -37,7 +37,7 @@ class RecordQueueTest : public testing::Test {
     EXPECT_EQ(wanted.dmap, stamp.dmap);
     return std::string(message);
   }
-  // Of every length that a line has.
+  // Records of every length of a line.
   static std::string textOf(long number) {
     return std::to_string(number) + std::string(static_cast<size_t>(number) % 500, 'x');
   }

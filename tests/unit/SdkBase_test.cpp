@@ -14,7 +14,7 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-// The callbacks are plain functions; all runs on the test's thread here.
+// The callbacks are plain functions; everything runs on the test's thread here.
 Strings gCalls;
 void onStatus(status_e status) { gCalls.push_back("status " + std::to_string(status)); }
 void onV2(status_v2_e status) { gCalls.push_back("v2 " + std::to_string(status)); }
@@ -28,7 +28,7 @@ class Service : public SdkBase {
   }
 };
 
-// Lets an event manager be made, but no queue for the SDK client.
+// An event manager can be created, but no queue for the SDK client.
 struct NoClientToBeHad {
   const FewDescriptors few{3};
 };
@@ -41,7 +41,7 @@ class SdkBaseTest : public ::testing::Test {
   }
   void TearDown() override { disable(); }
 
-  // A cleanup event makes no connection, so that no daemon is needed.
+  // A cleanup event makes no connection, so no daemon is needed.
   static std::shared_ptr<SdkClientEvent> cleanup() {
     return std::make_shared<SdkClientEvent>(OrbSdkClientType::LCE, std::vector<uint8_t>(), true);
   }

@@ -19,7 +19,7 @@ constexpr Type kUnused = static_cast<Type>(12);
 
 std::string number(Type type) { return std::to_string(static_cast<int>(type)); }
 
-// The platform half, played by the test: writes down what is asked of it.
+// The platform part, played by the test: records the calls.
 class FakeClient : public SdkClientBase {
  public:
   FakeClient(OrbTimer* timer, orb::utils::EventManager* manager) : SdkClientBase(timer, manager) {}
@@ -57,7 +57,7 @@ class FakeClient : public SdkClientBase {
   Recorder<std::string> mNotes;
 };
 
-// Without a worker: the test calls handleEvent() itself.
+// Without a worker: the test calls handleEvent().
 class SdkClientBaseTest : public EventManagerTest {
  protected:
   void SetUp() override {
@@ -76,7 +76,7 @@ class SdkClientBaseTest : public EventManagerTest {
     event->inbound = inbound;
     mClient->handleEvent(event);
   }
-  // Messages of the class's own lines, each at debug priority without tag.
+  // Messages of the class's own lines; each has debug priority and no tag.
   static Strings sdkLines() {
     Strings result;
     const std::string head = "|OrbSdk|SdkClientBase::";
@@ -310,7 +310,7 @@ TEST_F(SdkClientBaseTest, WorkerStartsWithoutAnEvent) {
 
 TEST_F(SdkClientBaseTest, WorkerOutlivesWhateverAListenerThrows) {
   mClient->connected = true;
-  mClient->sendable = false;  // told to the listener
+  mClient->sendable = false;  // the listener is notified
   mClient->activateType(Type::LCE);
   mClient->setClientListener(Type::LCE, [this](SdkClientBase::SdkStatus, const Blob&) {
     mClient->note("throws");

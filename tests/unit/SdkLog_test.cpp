@@ -69,7 +69,7 @@ TEST_F(SdkLogTest, EscapedTextComesOutAsItWas) {
 }
 
 TEST_F(SdkLogTest, CutNeverSplitsAPairOfPercents) {
-  // The last character that fits is the first or the second of a pair, with and without others
+  // The last character that fits is the first or the second of a pair, with and without other pairs
   // before.
   const size_t room = 511 - kHead.size();
   for (size_t percents = 1; percents <= 4; ++percents) {

@@ -12,8 +12,8 @@
 
 #include "RecordingPlatform.h"
 
-// The status conversions that every service's utility class has; each class's own test instantiates
-// the suite. U has the class as Utils, its messages' status as Status, and its name.
+// The status conversions of every service's utility class; each class's own test instantiates the
+// suite. U has the class as Utils, its messages' status as Status, and its name.
 template <class U>
 class StatusConversion : public ::testing::Test {
  protected:
@@ -33,8 +33,8 @@ struct UtilsName {
   }
 };
 
-// Checks that a conversion wrote exactly one line, through the SDK's front end under the names of
-// class and function.
+// Checks that a conversion wrote exactly one line through the SDK's log functions, with the names
+// of class and function.
 inline void expectOneSdkLine(const std::string& unit, const std::string& function,
                              const std::string& message) {
   const std::vector<recording::Line> lines = recording::lines();

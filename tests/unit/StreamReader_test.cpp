@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Pieces of a stream that comes in whatever portions, each as a receive of its own would give it.
+// Pieces of a stream that arrives in portions of any size; each piece is as from a separate
+// receive.
 #include "StreamReader.h"
 
 #include <errno.h>
@@ -18,7 +19,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr size_t kLong = 20000;  // more than a reader takes at once
+constexpr size_t kLong = 20000;  // more than a reader receives at once
 
 class StreamReaderTest : public ::testing::Test {
  protected:
@@ -45,7 +46,7 @@ class StreamReaderTest : public ::testing::Test {
     EXPECT_EQ(-1, mReader.read(&byte, 1));
     EXPECT_EQ(error, errno);
   }
-  // What came is not read by its receiver: the sender hears of a reset.
+  // The receiver does not read the data, so the sender gets a reset.
   void reset() {
     const unsigned char unread = 0;
     ASSERT_EQ(1, send(mOurs.get(), &unread, 1, MSG_NOSIGNAL));
@@ -69,7 +70,7 @@ TEST_F(StreamReaderTest, WhatIsThereNeedsNoFurtherReceive) {
   read(1);
   ASSERT_EQ(0, fcntl(mPair.ours, F_SETFL, O_NONBLOCK));
   unsigned char byte = 0;
-  EXPECT_EQ(-1, recv(mPair.ours, &byte, 1, 0));  // the reader has taken all of it
+  EXPECT_EQ(-1, recv(mPair.ours, &byte, 1, 0));  // the reader has received all of it
   EXPECT_EQ(9u, read(9).size());
   expectError(EAGAIN);
 }
@@ -137,7 +138,7 @@ TEST_F(StreamReaderTest, ResetWithinAPieceIsOnlyItsEnd) {
   expectEnd();
 }
 
-// The kernel's own receive, for comparison: the two above expect of the reader what it does.
+// The kernel's receive for comparison: the two tests above expect the same from the reader.
 TEST_F(StreamReaderTest, ReceiveOfTheKernelTakesAResetForAnEnd) {
   write(numbered(2));
   reset();
@@ -154,7 +155,7 @@ TEST_F(StreamReaderTest, NothingThereIsAnErrorForASocketThatDoesNotWait) {
   write(numbered(1));
   EXPECT_EQ(Bytes{1}, read(2));
   expectError(EAGAIN);
-  write(numbered(2));  // an error is not the end
+  write(numbered(2));  // an error is not the end of the stream
   EXPECT_EQ((Bytes{1, 2}), read(2));
 }
 

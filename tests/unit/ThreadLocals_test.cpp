@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// An application whose threads have very large variables of their own. Some C libraries take these
-// off the stack.
+// An application whose threads have very large thread-local variables. Some C libraries put these
+// on the stack.
 #include <gtest/gtest.h>
 
 #include <cstring>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Starting a thread when memory runs out.
+// Starting a thread without memory.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -14,7 +14,7 @@ namespace {
 
 TEST(ThreadMemory, LackOfMemoryIsLackOfAThread) {
   const auto held = std::make_shared<int>(0);
-  std::array<char, 256> large{};  // no room for it in the function object itself
+  std::array<char, 256> large{};  // too large for the function object itself
   large[0] = 1;
   bool started = true;
   Thread thread;

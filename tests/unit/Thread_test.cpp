@@ -21,7 +21,7 @@ class ThreadTest : public testing::Test {
  protected:
   ThreadTest() { recording::clear(); }
 
-  // Runs @p body to its end; what was logged meanwhile is of this one thread.
+  // Runs @p body to its end; the lines logged meanwhile are from this thread only.
   template <class Body>
   static void run(const char* name, const Body& body) {
     Thread thread;
@@ -83,7 +83,7 @@ TEST_F(ThreadTest, StackIsLargeEnoughForItsWork) {
   }
 }
 
-// A program may have been linked or set up for larger ones.
+// A program can be linked or set up for larger stacks.
 TEST_F(ThreadTest, CallbacksHaveNoLessThanThePlatformGives) {
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);

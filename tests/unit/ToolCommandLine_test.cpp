@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// How all tools read their command line, and how they end.
+// How all tools parse their command line, and how they end.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -167,7 +167,7 @@ TEST_F(ToolCommandLine, ReasonsFoundLaterLookTheSame) {
             testing::internal::GetCapturedStderr());
 }
 
-// What bash offers for a line whose last word is begun.
+// The completions of bash for a line with an incomplete last word.
 std::string offered(const std::string& script, const std::string& words, int cursor) {
   char path[] = "/tmp/orb_completion_XXXXXX";
   const int fd = mkstemp(path);
@@ -240,7 +240,7 @@ TEST_F(ToolCommandLine, CompletionForZshNamesAllWords) {
       << out;
 }
 
-// The status and the message of a tool with that main function; its output goes to `path`.
+// The status and the error output of a tool with that main function; its output goes to `path`.
 std::pair<int, std::string> endOf(const std::function<int()>& body, const char* path) {
   testing::internal::CaptureStderr();
   std::fflush(stdout);

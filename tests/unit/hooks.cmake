@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# Hook libraries for the log tests: whole, and with each function missing. All bear the one name that the
-# library opens, so each has a directory of its own; a test goes there, and the program's run path is the
-# working directory. (The old kind of run path holds for a dlopen that passes through a sanitizer too.)
+# Hook libraries for the log tests: complete, and with each function missing. The library opens a
+# fixed name, so each has a separate directory. A test changes to that directory, and the program's
+# run path is the working directory. (DT_RPATH, because it also works for a dlopen through a
+# sanitizer.)
 set(HOOKS_DIR ${PROJECT_BINARY_DIR}/tests/hooks)
 function(orb_test_hook NAME)
   add_library(test_hook_${NAME} MODULE hooks/hook.cpp)

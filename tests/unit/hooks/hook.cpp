@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A hook library for the tests, built whole and with each function left out. It passes what it gets
-// on to the functions that the test program has put into its table.
+// A hook library for the tests, built completely and with each function missing. It passes its
+// calls to the functions in the table of the test program.
 #include "hook.h"
 
 #include <cstdarg>

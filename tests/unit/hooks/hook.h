@@ -2,7 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// What a test hook library calls; the test finds it as "hookTable" in the library.
+// The functions that a test hook library calls; the test finds the table as "hookTable" in the
+// library.
 struct HookTable {
   void (*alog)(int level, const char* tag, const char* format, const char* text);
   int (*getPersistSetting)(unsigned char* setting, unsigned char* out);
