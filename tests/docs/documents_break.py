@@ -14,9 +14,11 @@ import unittest
 
 import documented_functions
 import log_lines
+import protocol_fields
 
 LIST = "docs/log-lines.md"
 MAP = "cmake/OrbSdlSdk.map"
+PROTOCOL = "docs/protocol.md"
 EVENT_LOOP = "utils/eventManager/src/EventManager.cpp"
 LLE = "sdk/Sdl/src/Lle.cpp"
 SESSION = "le/utils/orb_ipc/src/OrbIpcSession.cpp"
@@ -141,6 +143,63 @@ class DocumentedFunctions(Deviation):
     def test_new_kind_of_name(self):
         self.change(MAP, "orb_lli_enable;", "orb_lli_enable;\n    sdlVersion;")
         self.expect("sdlVersion: no name that this check would find in a document")
+
+
+class ProtocolFields(Deviation):
+    CHECK = protocol_fields
+    READ = ("docs", "proto")
+
+    def test_none(self):
+        self.expect_none()
+
+    def test_new_field(self):
+        self.change("proto/lli.proto", "  LliRatType target_rat = 4;",
+                    "  uint32 cell = 7;\n  LliRatType target_rat = 4;")
+        self.expect("lli: docs/protocol.md does not have in LliIndResp: cell 7 uint32",
+                    " 1 differences")
+
+    def test_field_is_not_there(self):
+        self.change(PROTOCOL, "| `rate` | 1 |", "| `rates` | 1 |")
+        self.expect("lce: not in GetLastEstimationReportResp: rates 1 uint32",
+                    "lce: not in EstimationReportsResp: rates 1 uint32", " 4 differences")
+
+    def test_number_differs(self):
+        self.change(PROTOCOL, "| `reporting_criteria` | 1 |", "| `reporting_criteria` | 2 |")
+        self.expect("lle: not in SetReportingCriteria: reporting_criteria 2 uint32")
+
+    def test_type_differs(self):
+        self.change("proto/lce.proto", "repeated uint32 first_list", "repeated uint64 first_list")
+        self.expect("lce: not in SetReportingCriteria: first_list 5 repeated uint32")
+
+    def test_what_all_services_have_differs_in_one(self):
+        self.change("proto/lle.proto", "ServiceData data = 3;", "ServiceData data = 4;")
+        self.expect("lle: docs/protocol.md does not have in ServiceMsg: data 4 ServiceData",
+                    " 2 differences")
+
+    def test_message_is_not_described(self):
+        self.change("proto/lle.proto", "message StatusInd {",
+                    "message Pause {\n}\nmessage StatusInd {")
+        self.expect("lle: docs/protocol.md does not have the message Pause", " 1 differences")
+
+    def test_message_is_not_there(self):
+        self.change("proto/lle.proto", "message RegEstimationReports {\n}\n", "")
+        self.expect("lle: there is no message RegEstimationReports", " 1 differences")
+
+    def test_enumerator_differs(self):
+        self.change(PROTOCOL, "4 `LLI_3GPP_TDSCDMA`", "4 `LLI_3GPP_TDCDMA`")
+        self.expect("lli: not in LliRatType: 4 LLI_3GPP_TDCDMA", " 2 differences")
+
+    def test_nothing_is_said_of_a_field(self):
+        self.change(PROTOCOL, "capacity of the link | kbit/s |", " | |")
+        self.expect("`rate`: no meaning", "`rate`: neither unit nor range", " 2 differences")
+
+    def test_sender_is_not_named(self):
+        self.change(PROTOCOL, "| client: each request |", "| each request |")
+        self.expect("**`ServiceMsg`**: does not say who sends it", " 1 differences")
+
+    def test_unknown_way_to_write_a_message(self):
+        self.change("proto/lce.proto", "  uint32 rate = 1; ", "  optional uint32 rate = 1; ")
+        self.expect("not known here: optional uint32 rate = 1;")
 
 
 if __name__ == "__main__":
