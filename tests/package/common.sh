@@ -29,11 +29,11 @@ configure() {
   run "$cmake" -G Ninja -C "$work.cmake" -S "$1" -B "$2" "${@:3}"
 }
 
-# documented FILE WORDS: prints the block of commands in a document that contains WORDS.
+# documented FILE WORDS [LANGUAGE]: prints the sample of a document that contains WORDS; commands by default.
 documented() {
-  awk -v words="$2" '$0 == "```" { inside = 0; if (index(code, words)) { printf "%s", code; exit } }
+  awk -v words="$2" -v language="${3-sh}" '$0 == "```" { inside = 0; if (index(code, words)) { printf "%s", code; exit } }
     inside { code = code $0 "\n" }
-    $0 == "```sh" { inside = 1; code = "" }' "$sources/$1" | grep . || fail "$1 does not say '$2'"
+    $0 == "```" language { inside = 1; code = "" }' "$sources/$1" | grep . || fail "$1 does not say '$2'"
 }
 
 # build_from BUILD FOLDER, options: a separate build folder without tools and examples. It uses the

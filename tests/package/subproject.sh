@@ -1,18 +1,27 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# The library as a part of another project, whose settings it must not change: subproject.sh WORK
-# CMAKE SOURCES OPTION...
+# The library as a part of another project, which it leaves as it is, by those commands of
+# docs/installing.md that have WORDS: subproject.sh WORK CMAKE SOURCES WORDS.
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-# The parent project checks its settings and the names of targets.
-configure "$here/parent" "$work/build" "-DORB_SOURCE=$sources" "${@:4}"
+# The sources are where one of the ways has them; the other is told that it need not fetch them. The parent
+# itself looks at its settings and at the targets' names.
+cp -R "$here/parent" "$work/parent"
+cp "$here/consumer/consumer.c" "$work/parent/first.c"
+mkdir "$work/parent/third_party"
+ln -s "$sources" "$work/parent/third_party/OrbSdlSdk"
+documented docs/installing.md "$4" cmake >"$work/taken_in.cmake"
+configure "$work/parent" "$work/build" "-DTAKEN_IN=$work/taken_in.cmake" \
+  "-DFETCHCONTENT_SOURCE_DIR_ORBSDLSDK=$sources"
 grep -q '^CMAKE_BUILD_TYPE:STRING=$' "$work/build/CMakeCache.txt" ||
   fail "the parent has another build type: $(grep CMAKE_BUILD_TYPE: "$work/build/CMakeCache.txt")"
 [[ ! -e $work/build/compile_commands.json ]] || fail "the parent has got compile commands"
 
-run "$cmake" --build "$work/build" --target log orb_log
+# The library itself is built by whoever has minutes; the program is compiled, which needs its headers.
+run "$cmake" --build "$work/build" --target log orb_log CMakeFiles/first.dir/first.c.o
+grep -q '^build first: .*libOrbSdlSdk' "$work/build/build.ninja" || fail "the program is not linked to the library"
 run "$cmake" --install "$work/build" --prefix "$work/prefix"
 installed=$(cd "$work/prefix" && find . -type f)
 [[ $installed == ./lib/liblog.a ]] || fail "installed: $installed"
