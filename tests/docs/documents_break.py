@@ -7,6 +7,7 @@ import contextlib
 import io
 import os
 import pathlib
+import re
 import shutil
 import sys
 import tempfile
@@ -15,6 +16,7 @@ import unittest
 import documented_functions
 import log_lines
 import protocol_fields
+import where_to_change
 
 LIST = "docs/log-lines.md"
 MAP = "cmake/OrbSdlSdk.map"
@@ -29,6 +31,7 @@ class Deviation(unittest.TestCase):
 
     CHECK = None
     READ = ()
+    MORE = ()  # arguments behind the folder
 
     def setUp(self):
         room = tempfile.TemporaryDirectory()
@@ -51,7 +54,7 @@ class Deviation(unittest.TestCase):
     def faults(self):
         with contextlib.redirect_stdout(io.StringIO()) as output:
             try:
-                status = self.CHECK.main([str(self.root)])
+                status = self.CHECK.main([str(self.root), *self.MORE])
             except SystemExit as end:  # with a sentence
                 return 1, end.code
         return status, output.getvalue()
@@ -200,6 +203,44 @@ class ProtocolFields(Deviation):
     def test_unknown_way_to_write_a_message(self):
         self.change("proto/lce.proto", "  uint32 rate = 1; ", "  optional uint32 rate = 1; ")
         self.expect("not known here: optional uint32 rate = 1;")
+
+
+class WhereToChange(Deviation):
+    CHECK = where_to_change
+    READ = ("CHANGELOG.md", "CMakeLists.txt", "CONTRIBUTING.md", *where_to_change.FOLDERS)
+
+    def setUp(self):
+        super().setUp()
+        names = [path.stem for path in (ROOT / "tests").glob("**/*_test.cpp")]
+        named = where_to_change.rows_of((ROOT / "CONTRIBUTING.md").read_text(encoding="utf-8"))
+        names += [word for _, _, shown in named for word in where_to_change.words_of(shown)
+                  if re.fullmatch("[a-z_-]+(_c99)?", word)]
+        (self.root / "names").write_text("\n".join(names), encoding="utf-8")
+        self.MORE = (str(self.root / "names"),)
+
+    def test_none(self):
+        self.expect_none()
+
+    def test_file_is_not_there(self):
+        self.change("CONTRIBUTING.md", "`ModelCalls.cpp`", "`ModelCall.cpp`")
+        self.expect("a request: there is no ModelCall.cpp", " 1 differences")
+
+    def test_file_has_moved(self):
+        self.change("CONTRIBUTING.md", "`tools/orbctl/src/LibraryClient.cpp`", "`tools/LibraryClient.cpp`")
+        self.expect("a request: there is no tools/LibraryClient.cpp", " 1 differences")
+
+    def test_name_is_not_there(self):
+        self.change("CONTRIBUTING.md", "`ORB_LOG_AT`", "`ORB_LOG_BESIDE`")
+        self.expect("a log line: there is no ORB_LOG_BESIDE", " 1 differences")
+
+    def test_test_is_not_there(self):
+        self.change("CONTRIBUTING.md", "`OrbdSimLce_test`", "`OrbdSimLcf_test`")
+        self.expect("a request: there is no test OrbdSimLcf_test", " 1 differences")
+
+    def test_subject_is_gone(self):
+        self.change("CONTRIBUTING.md", "| **a log line** |", "| |")
+        self.expect("CONTRIBUTING.md does not say where a log line is changed",
+                    "CONTRIBUTING.md names no test for a log line", " 2 differences")
 
 
 if __name__ == "__main__":
