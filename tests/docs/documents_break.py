@@ -13,9 +13,11 @@ import sys
 import tempfile
 import unittest
 
+import commands
 import documented_functions
 import log_lines
 import protocol_fields
+import samples
 import where_to_change
 
 LIST = "docs/log-lines.md"
@@ -205,6 +207,53 @@ class ProtocolFields(Deviation):
         self.expect("not known here: optional uint32 rate = 1;")
 
 
+class Samples(Deviation):
+    CHECK = samples
+    READ = ("README.md", "CONTRIBUTING.md", "docs", "tests/docs", "tests/golden", "tests/package",
+            "tests/readme")
+
+    def test_none(self):
+        self.expect_none()
+
+    def test_new_sample(self):
+        self.change("README.md", "## Limitations", "```sh\norbctl forecast\n```\n\n## Limitations")
+        self.expect("README.md:", "samples.txt does not say what runs it", " 1 differences")
+
+    def test_new_example_in_a_man_page(self):
+        self.change("docs/man/orbctl.1", ".SH EXAMPLES", ".SH EXAMPLES\n.nf\norbctl forecast\n.fi")
+        self.expect("docs/man/orbctl.1:", "samples.txt does not say what runs it", " 1 differences")
+
+    def test_sample_is_gone(self):
+        self.change("docs/logging.md", "import sys", "import os, sys")
+        self.change("docs/threads.md", "exported functions", "functions")
+        self.expect("docs/threads.md has no sample with 'exported functions'",
+                    "docs/threads.md:7: tests/docs/samples.txt does not say what runs it",
+                    "docs/logging.md has no sample with 'import sys'")
+
+    def test_two_entries_for_a_sample(self):
+        self.change("tests/docs/samples.txt", "docs/threads.md 'enable LCE'",
+                    "docs/threads.md 'disable LCE' none 'a drawing'\ndocs/threads.md 'enable LCE'")
+        self.expect("samples.txt has it 2 times", " 1 differences")
+
+    def test_script_takes_another(self):
+        self.change("tests/package/uninstall.sh", '"--component runtime"', '"--component tools"')
+        self.expect("tests/package/uninstall.sh does not take '--component runtime'", " 1 differences")
+
+    def test_script_is_run_by_no_test(self):
+        self.change("tests/readme/CMakeLists.txt", "/first_program.sh", "/second_program.sh")
+        self.change("tests/readme/CMakeLists.txt", "NAME first_program ", "NAME second_program ")
+        self.change("tests/readme/CMakeLists.txt", "properties(first_program", "properties(second_program")
+        self.expect("no test runs tests/readme/first_program.sh", " 3 differences")
+
+    def test_exception_has_no_reason(self):
+        self.change("tests/docs/samples.txt", "none 'a record'", "none")
+        self.expect("no reason", " 1 differences")
+
+    def test_sample_has_no_end(self):
+        self.change("docs/man/orbdiag.1", '.fi\n.SH "SEE ALSO"', '.SH "SEE ALSO"')
+        self.expect("a sample without an end")
+
+
 class WhereToChange(Deviation):
     CHECK = where_to_change
     READ = ("CHANGELOG.md", "CMakeLists.txt", "CONTRIBUTING.md", *where_to_change.FOLDERS)
@@ -241,6 +290,61 @@ class WhereToChange(Deviation):
         self.change("CONTRIBUTING.md", "| **a log line** |", "| |")
         self.expect("CONTRIBUTING.md does not say where a log line is changed",
                     "CONTRIBUTING.md names no test for a log line", " 2 differences")
+
+
+class DocumentedCommands(unittest.TestCase):
+    """Commands as documents show them, beside tools that have less than the real ones."""
+
+    HELP = "Options:\n  -h, --help   x\n  -q, --quiet  x\n"
+
+    def setUp(self):
+        room = tempfile.TemporaryDirectory()
+        self.addCleanup(room.cleanup)
+        root = pathlib.Path(room.name)
+        for tool in commands.TOOLS.values():
+            self.program(root / tool, self.HELP + "Commands:\n  read    x\n",
+                         self.HELP + "  -k, --key FILE  x\n")
+        self.program(root / "scripts/sandbox", self.HELP)
+        self.program(root / "scripts/test", self.HELP + "  dev  x\n")
+        self.program(root / "tests/Some_test", "Some.\n  First\n")
+        os.symlink(ROOT / "CMakePresets.json", root / "CMakePresets.json")
+        self.known = commands.Commands(root, root)
+        self.known.tests = ["Some_test", "samples"]
+
+    @staticmethod
+    def program(path, text, of_read=""):
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(f"#!/bin/sh\n[ \"$1\" = read ] && echo '{of_read}' || echo '{text}'\n",
+                        encoding="utf-8")
+        path.chmod(0o755)
+
+    def test_right(self):
+        for code in ("orblog read -k FILE --quiet logs/ | grep x", "orblog --help", "X=1 orblog read",
+                     "scripts/sandbox -q bash -c 'orblog read & exec ./mine --any'", "scripts/test dev",
+                     "orb-sandbox orblog read -- ./mine --any", "(cd build && ctest --preset dev -R Some)",
+                     "build/dev/tests/Some_test --gtest_filter='*'", "cmake -S . -B build \\\n  -G Ninja",
+                     "cc x.c $(pkg-config --libs x) -o x  # it's this one"):
+            self.assertEqual([], self.known.of_all(code), code)
+
+    def test_wrong(self):
+        for code, fault in (
+                ("orblog read --kez FILE", "orblog read has no --kez"),
+                ("orblog -k FILE", "orblog has no -k"),
+                ("orblog reads logs/", "orblog has no command reads"),
+                ("true | orblog read --keys", "true is no program that is known here"),
+                ("orblog read; orblog read --keys", "orblog read has no --keys"),
+                ("scripts/sandbox --loud orblog read", "sandbox has no --loud"),
+                ("scripts/sandbox bash -c 'orblog reed'", "orblog has no command reed"),
+                ("orblog read -- orblog --loud", "orblog has no --loud"),
+                ("x=$(orblog --loud)", "orblog has no --loud"),
+                ("scripts/tests", "there is no scripts/tests"),
+                ("scripts/test devel", "scripts/test does not know devel"),
+                ("scripts/test Other_test", "there is no test Other_test"),
+                ("cmake --presets dev", "cmake has no --presets"),
+                ("cmake --preset devel", "there is no preset devel"),
+                ("ctest --preset dev -R '^Other'", "there is no test ^Other"),
+                ("build/dev/tests/Other_test", "the build has no build/dev/tests/Other_test")):
+            self.assertIn(fault, self.known.of_all(code), code)
 
 
 if __name__ == "__main__":
