@@ -5,6 +5,7 @@
 #include <stdlib.h>
 
 #include <filesystem>
+#include <future>
 
 #include "KitFixture.h"
 
@@ -119,6 +120,29 @@ TEST_F(Kit, RequestsAreTold) {
   EXPECT_TRUE(daemon().waitForRequest(Service::kLle, "disable"));
 }
 
+// The daemon's log says what it is about to do, and so holds it up here.
+TEST_F(Kit, RequestIsWaitedForUntilItHasBeenDealtWith) {
+  daemon().stop();
+  std::promise<void> came;
+  std::promise<void> mayGoOn;
+  Settings settings;
+  settings.log = [&](const std::string& line) {
+    if (line.find("lce: ENABLE enable=true") == std::string::npos) return;
+    came.set_value();
+    mayGoOn.get_future().wait();
+  };
+  TestDaemon other(settings);
+  ASSERT_TRUE(other.start()) << other.error();
+  ASSERT_EQ(0, createLceClient(onLce));
+  came.get_future().wait();
+  EXPECT_EQ(1u, other.requests().size());
+  EXPECT_FALSE(other.waitForRequest(Service::kLce, "enable", 1, nullptr, Milliseconds(1)));
+  mayGoOn.set_value();
+  EXPECT_TRUE(other.waitForRequest(Service::kLce, "enable"));
+  EXPECT_EQ(1, other.send(Capacity{1}));
+  destroySdfClient();
+}
+
 TEST_F(Kit, WaitsCountAndEnd) {
   enableLce();
   const Milliseconds soon(1);
@@ -208,11 +232,13 @@ TEST_F(Kit, WholeHandoffGoesByPhaseAfterPhase) {
   handoff.notice = Milliseconds(300);
   handoff.duration = Milliseconds(40);
   ASSERT_TRUE(daemon().handoff(handoff)) << daemon().error();
-  ASSERT_TRUE(waitFor("stage 1 3 1 0 0"));
+  ASSERT_TRUE(waitFor("before 1 3 1 0 0"));
   const std::vector<std::string> all = lines();
   EXPECT_EQ(1, std::count(all.begin(), all.end(), "before 0 3 1 300 40"));
   EXPECT_EQ(1, std::count(all.begin(), all.end(), "stage 0 3 1 0 40"));
-  EXPECT_EQ("stage 1 3 1 0 0", all.back());
+  ASSERT_LE(2u, all.size());
+  EXPECT_EQ("stage 1 3 1 0 0", all[all.size() - 2]);
+  EXPECT_EQ("before 1 3 1 0 0", all.back());
   handoff.target = "6g";
   EXPECT_FALSE(daemon().handoff(handoff));
   EXPECT_EQ(0u, daemon().error().find("no such technology: 6g; there are ")) << daemon().error();

@@ -55,6 +55,11 @@ bool Daemon::waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame
   return mControl.recorder().waitForFrame(wanted, found, timeout);
 }
 
+bool Daemon::waitForFrameDealtWith(const std::function<bool(const Frame&)>& wanted, Frame* found,
+                                   Timeout timeout) const {
+  return mControl.recorder().waitForFrame(wanted, found, timeout, Recorder::Until::kDealtWith);
+}
+
 bool Daemon::sendFrame(uint32_t sessionId, const Header& header, const Blob& payload) {
   const auto session = find(sessionId, /*establishedOnly=*/true);
   return session && session->sendFrame(header, payload);

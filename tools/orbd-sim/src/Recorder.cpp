@@ -3,6 +3,8 @@
 
 #include "orbsim/Recorder.h"
 
+#include <optional>
+
 namespace orbsim {
 
 void Recorder::connectionOpened() {
@@ -34,10 +36,18 @@ void Recorder::handshakeReply(const Blob& bytes) {
   mChanged.notify_all();
 }
 
-void Recorder::frame(const Frame& frame) {
+uint64_t Recorder::frame(const Frame& frame) {
   std::lock_guard<std::mutex> lock(mLock);
   ++mTotals.frames;
   if (mKeepContents) mFrames.push_back(frame);
+  mUnderWay.insert(mNextFrame);
+  mChanged.notify_all();
+  return mNextFrame++;
+}
+
+void Recorder::dealtWith(uint64_t frame) {
+  std::lock_guard<std::mutex> lock(mLock);
+  mUnderWay.erase(frame);
   mChanged.notify_all();
 }
 
@@ -70,17 +80,17 @@ bool Recorder::waitForTotals(const std::function<bool(const Totals&)>& condition
 }
 
 bool Recorder::waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found,
-                            Timeout timeout) const {
-  size_t looked =
-      0;  // frames are only appended, so a frame that did not match is not checked again
+                            Timeout timeout, Until until) const {
+  size_t looked = 0;  // frames are only appended: what did not match once need not be asked again
+  std::optional<uint64_t> came;
   return waitUntil(timeout, [&] {
-    if (looked > mFrames.size()) looked = 0;  // cleared in the meantime
-    for (; looked < mFrames.size(); ++looked) {
+    if (looked > mFrames.size()) looked = 0;  // cleared meanwhile
+    for (; !came && looked < mFrames.size(); ++looked) {
       if (!wanted(mFrames[looked])) continue;
       if (found != nullptr) *found = mFrames[looked];
-      return true;
+      came = mNextFrame - mFrames.size() + looked;
     }
-    return false;
+    return came && (until == Until::kRecorded || mUnderWay.count(*came) == 0);
   });
 }
 

@@ -144,8 +144,13 @@ void Session::handleFrame(const Frame& frame) {
   // Before it is recorded, because a test that has seen the request may change settings for the
   // next one.
   const std::optional<Refusal> refusal = decideOn(frame);
-  mControl.recorder().frame(frame);
+  const uint64_t number = mControl.recorder().frame(frame);
   if (mControl.options().onFrame) mControl.options().onFrame(frame);
+  dealWith(frame, refusal);
+  mControl.recorder().dealtWith(number);
+}
+
+void Session::dealWith(const Frame& frame, const std::optional<Refusal>& refusal) {
   mUses.fetch_or(bitOf(frame.sdkType()));
   const FrameHandler handler = mControl.frameHandler();
   if (handler && handler(*this, frame)) return;

@@ -190,8 +190,8 @@ bool TestDaemon::waitForRequest(Service service, const std::string& name, size_t
   const auto run = mImpl->run();
   if (run == nullptr || count == 0) return false;
   Frame frame;
-  // Checks each frame once, in the order of arrival.
-  const bool came = run->daemon().waitForFrame(
+  // Each frame is asked about once, in the order of coming.
+  const bool came = run->daemon().waitForFrameDealtWith(
       [&, left = count](const Frame& candidate) mutable {
         if (!isRequest(candidate)) return false;
         const Request request = requestOf(candidate);

@@ -78,6 +78,9 @@ class Daemon {
   // the recorder is locked, so they must not call the daemon.
   bool waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found = nullptr,
                     Timeout timeout = kTimeout) const;
+  // The same, and until it has been dealt with: what is ordered then comes after that.
+  bool waitForFrameDealtWith(const std::function<bool(const Frame&)>& wanted,
+                             Frame* found = nullptr, Timeout timeout = kTimeout) const;
   bool waitForLceState(uint32_t sessionId, const StateCondition<LceState>& condition,
                        Timeout timeout = kTimeout) const {
     return mControl.recorder().waitForState(sessionId, condition, timeout);

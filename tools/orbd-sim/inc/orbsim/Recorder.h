@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <set>
 #include <tuple>
 #include <vector>
 
@@ -56,7 +57,9 @@ class Recorder {
   void connectionClosed(uint32_t sessionId, bool wasSession);
   void sessionOpened();
   void handshakeReply(const Blob& bytes);
-  void frame(const Frame& frame);
+  // Its number, by which dealtWith() tells that all that it leads to at once has happened.
+  uint64_t frame(const Frame& frame);
+  void dealtWith(uint64_t frame);
   template <typename State>
   void setState(uint32_t sessionId, const State& state) {
     std::lock_guard<std::mutex> lock(mLock);
@@ -75,8 +78,10 @@ class Recorder {
   }
 
   bool waitForTotals(const std::function<bool(const Totals&)>& condition, Timeout timeout) const;
-  bool waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found,
-                    Timeout timeout) const;
+  // Until it is recorded, or until it has been dealt with besides.
+  enum class Until { kRecorded, kDealtWith };
+  bool waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found, Timeout timeout,
+                    Until until = Until::kRecorded) const;
   template <typename State>
   bool waitForState(uint32_t sessionId, const std::function<bool(const State&)>& condition,
                     Timeout timeout) const {
@@ -105,6 +110,8 @@ class Recorder {
   mutable std::condition_variable mChanged;
   Totals mTotals;
   std::vector<Frame> mFrames;
+  uint64_t mNextFrame = 0;       // frames are counted from the beginning, whatever is forgotten
+  std::set<uint64_t> mUnderWay;  // those that are being dealt with
   std::vector<Blob> mReplies;
   std::tuple<States<LceState>, States<LleState>, States<LliState>> mStates;
 };

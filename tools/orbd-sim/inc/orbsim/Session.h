@@ -78,6 +78,7 @@ class Session {
   bool receive();
   bool handleInput();
   void handleFrame(const Frame& frame);
+  void dealWith(const Frame& frame, const std::optional<Refusal>& refusal);
   std::optional<Refusal> decideOn(const Frame& frame);
   void refuse(const Frame& frame, const Refusal& refusal);
   void sendLate();

@@ -143,7 +143,8 @@ class TestDaemon {
   size_t connections() const;  // open ones with a completed handshake
   bool waitForConnections(size_t made, Milliseconds timeout = patience()) const;  // in total
   bool waitForDisconnections(size_t ended, Milliseconds timeout = patience()) const;
-  // Waits for this number of requests with that name; `found` gets the last one.
+  // Until so many requests of that name have come and the daemon has dealt with them: what the test
+  // has it do then comes after that. The last of them is put into `found`.
   bool waitForRequest(Service service, const std::string& name, size_t count = 1,
                       Request* found = nullptr, Milliseconds timeout = patience()) const;
   void forget();
