@@ -60,12 +60,12 @@ TEST_F(OrbdSimLceTest, LastReportNeedsCriteria) {
 }
 
 TEST_F(OrbdSimLceTest, StartedReportsFollowTheDeviceUntilStopped) {
-  daemon().setReportInterval(std::chrono::milliseconds(1));
+  daemon().setReportInterval(std::chrono::milliseconds(kUnhurried));
   Client client(path());
   client.handshake();
   client.answerTo(criteria(1, {}, 0));
   client.send(action(LceProto::START));
-  Course course(1);
+  Course course(kUnhurried);
   for (int i = 0; i < 20; ++i) {
     const auto message = parse(client.readFrame());
     ASSERT_EQ(LceProto::ESTIMATION_REPORTS_IND, message.event_id());

@@ -87,14 +87,14 @@ TEST_F(OrbdSimLleTest, CriteriaAreKeptAndAnsweredWithSuccess) {
 }
 
 TEST_F(OrbdSimLleTest, CriteriaOtherThanZeroStartReportsThatFollowTheDevice) {
-  setInterval(1);
+  setInterval(kUnhurried);
   EXPECT_EQ(LleProto::SUCCESS, statusOf(lleCriteria(7)));
-  Course course(1);
+  Course course(kUnhurried);
   for (int i = 0; i < 60; ++i) {
     const auto message = read();
     ASSERT_EQ(LleProto::IND_REPORT_RESP, message.event_id());
     ASSERT_TRUE(message.data().has_ind_report_resp());
-    expectEstimate(course.next().latency, 1, message.data().ind_report_resp());
+    expectEstimate(course.next().latency, kUnhurried, message.data().ind_report_resp());
   }
   ASSERT_TRUE(daemon().waitForLleState(1, [](const auto& state) { return state.reports >= 60; }));
 }

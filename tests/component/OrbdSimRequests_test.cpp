@@ -163,15 +163,24 @@ TEST_F(OrbdSimRefusalTest, RefusalsCountAndAreForTheirRequestOnly) {
   EXPECT_EQ(LliProto::SUCCESS, status(enable<LliProto::ServiceMsg>(true)));
 }
 
-TEST_F(OrbdSimRefusalTest, AnswersComeLateAndInTheirOrderWhileReportsDoNot) {
+TEST_F(OrbdSimRefusalTest, ReportsDoNotWaitForLateAnswers) {
   daemon().setReportInterval(3600000ms);
+  daemon().setAnswerDelay(3600000ms);
+  Client client(path(), kLlePid);
+  client.handshake();
+  client.send(lleCriteria(1));
+  EXPECT_EQ(LleProto::IND_REPORT_RESP, parse<LleProto::ServiceMsg>(client.readFrame()).event_id());
+  EXPECT_FALSE(client.hasInput());
+}
+
+TEST_F(OrbdSimRefusalTest, AnswersComeLateAndInTheirOrder) {
+  daemon().setReportInterval(0ms);
   daemon().setAnswerDelay(300ms);
   Client client(path(), kLlePid);
   client.handshake();
   const auto asked = std::chrono::steady_clock::now();
   client.send(lleCriteria(1));
   ASSERT_TRUE(daemon().waitForLleState(1, [](const auto& state) { return state.criteria == 1; }));
-  EXPECT_EQ(LleProto::IND_REPORT_RESP, parse<LleProto::ServiceMsg>(client.readFrame()).event_id());
   daemon().setAnswerDelay(0ms);
   client.send(lleGetLast());
   EXPECT_EQ(LleProto::STATUS_IND, parse<LleProto::ServiceMsg>(client.readFrame()).event_id());

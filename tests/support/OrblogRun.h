@@ -79,6 +79,13 @@ class Orblog {
   bool waitForOut(const std::string& text) { return waitFor(mOut, text); }
   bool waitForErr(const std::string& text) { return waitFor(mErr, text); }
   void signal(int number) const { kill(mProcess, number); }
+  // It does nothing any more when this returns; SIGCONT lets it go on.
+  void stop() const {
+    kill(mProcess, SIGSTOP);
+    int status = 0;
+    while (waitpid(mProcess, &status, WUNTRACED) < 0 && errno == EINTR) {
+    }
+  }
   // Reads both outputs to their ends. The exit status, or -1 when a signal ended it.
   int wait() {
     while (mOut.open || mErr.open) {

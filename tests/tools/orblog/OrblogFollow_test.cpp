@@ -106,8 +106,8 @@ TEST_F(OrblogFollow, RecordInThePlaceOfOneThatWasTakenBackIsRead) {
   addHalf("taken back");
   addElsewhere("half was seen");
   ASSERT_TRUE(program.waitForOut("half was seen\n"));
-  // The program sees both at the same time.
-  program.signal(SIGSTOP);
+  // It sees both at once.
+  program.stop();
   fs::resize_file(file, whole);
   add(file, "second");
   program.signal(SIGCONT);
