@@ -5,50 +5,22 @@
 
 #include <fstream>
 
-#include "OrbdSimClient.h"
-#include "orbsim/Scenario.h"
-#include "orbsim/World.h"
+#include "OrbdSimPlay.h"
 
 namespace orbsimtest {
 namespace {
 
 using namespace std::chrono_literals;
-using orbsim::Scenario;
-using orbsim::ScenarioRun;
 using Lines = std::vector<std::string>;
 
-class OrbdSimScenarioTest : public ::testing::Test {
+class OrbdSimScenarioTest : public OrbdSimPlayTest {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/orbd-sim-test-XXXXXX";
-    ASSERT_NE(nullptr, ::mkdtemp(pattern));
-    mDirectory = pattern;
-  }
-  void TearDown() override {
-    mRun.reset();
-    std::filesystem::remove_all(mDirectory);
-  }
-  void play(const std::string& text) {
-    std::string error;
-    const auto scenario = Scenario::fromText(text, error);
-    ASSERT_TRUE(scenario.has_value()) << error;
-    Options options;
-    options.socketPath = path();
-    mRun = std::make_unique<ScenarioRun>(*scenario, options);
-    ASSERT_TRUE(mRun->start()) << mRun->error();
-  }
-  std::string path() const { return mDirectory + "/orb"; }
-  ScenarioRun& run() { return *mRun; }
-  Daemon& daemon() { return mRun->daemon(); }
   Lines failuresAtEnd() {
-    mRun->stop();
-    return mRun->failures();
+    run().stop();
+    return run().failures();
   }
   // A failure without its times, which vary.
   static std::string head(const std::string& line) { return line.substr(0, line.find(" at ")); }
-
-  std::string mDirectory;
-  std::unique_ptr<ScenarioRun> mRun;
 };
 
 TEST_F(OrbdSimScenarioTest, FileThatCannotBeReadIsNamed) {
@@ -92,7 +64,7 @@ TEST_F(OrbdSimScenarioTest, RateFallsAsTheTimelineSays) {
               parse(client.readFrame()).data().estimation_reports_resp().rate())
         << "at " << at << " ms";
   }
-  const auto view = daemon().world().view();
+  const auto view = world().view();
   EXPECT_EQ("5g", view.rat);
   EXPECT_EQ(300000u, view.estimate.latency.ulLatency);
 }
@@ -109,17 +81,17 @@ TEST_F(OrbdSimScenarioTest, HandoffComesAtItsTime) {
     const auto step = parse<LliProto::ServiceMsg>(client.readFrame()).data().lli_ind_resp();
     infos.push_back(step.handoff_info());
     if (i == 0) {
-      EXPECT_GE(*daemon().world().now(), 100ms);
+      EXPECT_GE(*world().now(), 100ms);
       EXPECT_EQ(100u, step.estimated_time_to_interruption());
       EXPECT_EQ(50u, step.estimated_interruption_duration());
     }
   }
-  EXPECT_GE(*daemon().world().now(), 250ms);
+  EXPECT_GE(*world().now(), 250ms);
   EXPECT_EQ((std::vector<LliProto::HandoffInfo>{LliProto::PRE_HANDOFF, LliProto::HANDOFF_IMMINENT,
                                                 LliProto::HANDOFF_START, LliProto::HANDOFF_FAILURE,
                                                 LliProto::PRE_HANDOFF}),
             infos);
-  EXPECT_EQ("lte", daemon().world().view().rat);
+  EXPECT_EQ("lte", world().view().rat);
 }
 
 TEST_F(OrbdSimScenarioTest, ClientThatComesBackIsAsExpected) {
@@ -133,13 +105,13 @@ TEST_F(OrbdSimScenarioTest, ClientThatComesBackIsAsExpected) {
     EXPECT_TRUE(client.atEnd());
     // Absent for the time in the timeline.
     const bool there = Client(path()).connected();
-    EXPECT_TRUE(!there || *daemon().world().now() >= 300ms);
+    EXPECT_TRUE(!there || *world().now() >= 300ms);
   }
   std::unique_ptr<Client> again;
   do {
     again = std::make_unique<Client>(path());
   } while (!again->connected());
-  EXPECT_GE(*daemon().world().now(), 300ms);
+  EXPECT_GE(*world().now(), 300ms);
   again->handshake();
   EXPECT_EQ(1u, again->sessionId()) << "counted anew";
   again->answerTo(enable(true));
@@ -227,16 +199,16 @@ TEST_F(OrbdSimScenarioTest, FaultEndsAfterItsTime) {
     if (!client.tryWrite(reply)) continue;
     served = client.readOnce().size() == 8;
   }
-  EXPECT_GE(*daemon().world().now(), 200ms);
+  EXPECT_GE(*world().now(), 200ms);
 }
 
 TEST_F(OrbdSimScenarioTest, RefusedConnectionsAreTakenAgainAfterTheFault) {
   play(R"({"timeline": [{"at": 0, "fault": {"words": "refuse", "for": 0.2}}]})");
   const bool taken = Client(path()).connected();
-  EXPECT_TRUE(!taken || *daemon().world().now() >= 200ms);
+  EXPECT_TRUE(!taken || *world().now() >= 200ms);
   while (!Client(path()).connected()) {
   }
-  EXPECT_GE(*daemon().world().now(), 200ms);
+  EXPECT_GE(*world().now(), 200ms);
 }
 
 TEST_F(OrbdSimScenarioTest, SendAndPauseHappen) {
@@ -254,7 +226,7 @@ TEST_F(OrbdSimScenarioTest, SendAndPauseHappen) {
   while (rate() != 123456789) ASSERT_FALSE(HasFailure()) << "the message did not come";
   // Between the message and the resumption nothing else comes.
   client.readFrame();
-  EXPECT_GE(*daemon().world().now(), 500ms);
+  EXPECT_GE(*world().now(), 500ms);
 }
 
 TEST_F(OrbdSimScenarioTest, DropHappens) {
@@ -262,21 +234,13 @@ TEST_F(OrbdSimScenarioTest, DropHappens) {
   Client client(path());
   client.handshake();
   EXPECT_TRUE(client.atEnd());
-  EXPECT_GE(*daemon().world().now(), 100ms);
+  EXPECT_GE(*world().now(), 100ms);
 }
 
 TEST_F(OrbdSimScenarioTest, EndIsTold) {
-  std::string error;
-  const auto scenario = Scenario::fromText(R"({"end": 0.05})", error);
-  ASSERT_TRUE(scenario.has_value()) << error;
-  Options options;
-  options.socketPath = path();
-  ScenarioRun run(*scenario, options);
-  Recorder<int> ends;
-  run.onEnd([&] { ends.add(0); });
-  ASSERT_TRUE(run.start());
-  EXPECT_TRUE(ends.waitForCount(1, 60s));
-  EXPECT_GE(*run.daemon().world().now(), 50ms);
+  play(R"({"end": 0.05})");
+  EXPECT_TRUE(waitForEnd());
+  EXPECT_GE(*world().now(), 50ms);
 }
 
 }  // namespace

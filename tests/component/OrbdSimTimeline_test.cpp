@@ -5,60 +5,26 @@
 
 #include <algorithm>
 
-#include "OrbdSimClient.h"
-#include "orbsim/Scenario.h"
-#include "orbsim/World.h"
+#include "OrbdSimPlay.h"
 
 namespace orbsimtest {
 namespace {
 
-using namespace std::chrono_literals;
-using orbsim::Scenario;
-using orbsim::ScenarioRun;
-
-// The end of a scenario comes after all its steps, so the state can be checked without waiting.
-class OrbdSimTimelineTest : public ::testing::Test {
+// The end of a scenario comes after all that was to happen before it, so what is then can be told
+// without waiting for what must not come.
+class OrbdSimTimelineTest : public OrbdSimPlayTest {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/orbd-sim-test-XXXXXX";
-    ASSERT_NE(nullptr, ::mkdtemp(pattern));
-    mDirectory = pattern;
-  }
-  void TearDown() override {
-    mRun.reset();
-    std::filesystem::remove_all(mDirectory);
+  static std::string scenarioOf(const std::string& timeline) {
+    return R"({"interval": 0, "end": 0.5, "timeline": [)" + timeline + "]}";
   }
   void playToTheEnd(const std::string& timeline) {
-    load(timeline);
-    play();
+    ASSERT_NO_FATAL_FAILURE(play(scenarioOf(timeline)));
+    ASSERT_TRUE(waitForEnd());
   }
-  void load(const std::string& timeline) {
-    std::string error;
-    const auto scenario =
-        Scenario::fromText(R"({"interval": 0, "end": 0.5, "timeline": [)" + timeline + "]}", error);
-    ASSERT_TRUE(scenario.has_value()) << error;
-    Options options;
-    options.socketPath = path();
-    options.log = log.sink();
-    mRun = std::make_unique<ScenarioRun>(*scenario, options);
-  }
-  void play() {
-    ASSERT_NE(nullptr, mRun);
-    mRun->onEnd([this] { mEnds.add(0); });
-    ASSERT_TRUE(mRun->start()) << mRun->error();
-    ASSERT_TRUE(mEnds.waitForCount(1, 60s));
-  }
-  std::string path() const { return mDirectory + "/orb"; }
-  orbsim::World& world() { return mRun->daemon().world(); }
   bool dies() {
     Client client(path());
     return client.readOnce().size() == 8 && client.atEnd();
   }
-
-  std::string mDirectory;
-  LogLines log;
-  Recorder<int> mEnds;
-  std::unique_ptr<ScenarioRun> mRun;
 };
 
 TEST_F(OrbdSimTimelineTest, EndOfAFaultLeavesTheNextOneAlone) {
@@ -116,10 +82,11 @@ TEST_F(OrbdSimTimelineTest, DaemonThatIsBackRefusesForAsLongAsTheFaultSays) {
 }
 
 TEST_F(OrbdSimTimelineTest, HandoffToWhereTheDeviceIsByThenIsToldAndChangesNothing) {
-  load(R"({"at": 0.01, "handoff": {"to": "5g", "notice": 0, "duration": 0}})");
+  load(scenarioOf(R"({"at": 0.01, "handoff": {"to": "5g", "notice": 0, "duration": 0}})"));
   world().orderTechnology("5g");
   play();
-  EXPECT_EQ("not done: the device is on 5g already", log.lines().back());
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_EQ("not done: the device is on 5g already", mLog.lines().back());
   uint64_t first = 0;
   EXPECT_FALSE(world().phase(first).has_value());
   EXPECT_EQ("5g", world().view().rat);
@@ -127,14 +94,14 @@ TEST_F(OrbdSimTimelineTest, HandoffToWhereTheDeviceIsByThenIsToldAndChangesNothi
 
 TEST_F(OrbdSimTimelineTest, HandoffThatIsOverAtOnceIsDone) {
   playToTheEnd(R"({"at": 0.01, "handoff": {"to": "5g", "notice": 0, "duration": 0}})");
-  EXPECT_EQ(0u, log.lines().back().find(R"(scenario: {"handoff")")) << log.lines().back();
+  EXPECT_EQ(0u, mLog.lines().back().find(R"(scenario: {"handoff")")) << mLog.lines().back();
   EXPECT_EQ("5g", world().view().rat);
 }
 
 TEST_F(OrbdSimTimelineTest, EachStepHasALineInTheLog) {
   playToTheEnd(R"({"at": 0, "delay": 0}, {"at": 0.01, "rate": 5}, {"at": 0.02, "rat": "5g"},
                   {"at": 0.03, "pause": true}, {"at": 0.04, "drop": 9}, {"at": 0.05, "vanish": 3600})");
-  const auto lines = log.lines();
+  const auto lines = mLog.lines();
   const auto start = std::find(lines.begin(), lines.end(), R"(scenario: {"rate":5})");
   ASSERT_EQ(R"(scenario: {"delay":0})", lines.front());
   EXPECT_EQ((std::vector<std::string>{R"(scenario: {"rate":5})", R"(scenario: {"rat":"5g"})",
