@@ -6,7 +6,6 @@
 #pragma once
 
 #include <algorithm>
-#include <mutex>
 #include <random>
 #include <utility>
 
@@ -87,8 +86,8 @@ inline End connectTo(const std::string& path, int flags = 0) {
   return end;
 }
 
-// A relay between the socket of a daemon, which the test plays, and a client. Used on the test's
-// thread; `mLock` guards the events of the relay.
+// A relay between a socket of a daemon's, which the test plays, and that of a client. Used on the
+// test's thread.
 class OrbdSimRelayTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -121,10 +120,7 @@ class OrbdSimRelayTest : public ::testing::Test {
     options.daemonPath = daemonPath();
     options.log = mLog.sink();
     options.trace = [this](const orbsim::TraceItem& item) { mTrace.sink()(traceText(item)); };
-    options.record = [this](const RecordedEvent& event) {
-      std::lock_guard<std::mutex> lock(mLock);
-      mEvents.push_back(event);
-    };
+    options.record = [this](const RecordedEvent& event) { mEvents.add(event); };
     mRelay = std::make_unique<Relay>(options);
     ASSERT_TRUE(mRelay->start()) << mRelay->error();
   }
@@ -136,9 +132,8 @@ class OrbdSimRelayTest : public ::testing::Test {
     ASSERT_LE(0, mDaemon.fd());
   }
   Blob recorded(Direction direction) {
-    std::lock_guard<std::mutex> lock(mLock);
     Blob all;
-    for (const RecordedEvent& event : mEvents) {
+    for (const RecordedEvent& event : mEvents.all()) {
       if (event.kind == RecordedEvent::Kind::kBytes && event.direction == direction)
         all.insert(all.end(), event.bytes.begin(), event.bytes.end());
     }
@@ -148,8 +143,7 @@ class OrbdSimRelayTest : public ::testing::Test {
   std::string mDirectory;
   LogLines mLog;
   LogLines mTrace;
-  std::mutex mLock;
-  std::vector<RecordedEvent> mEvents;
+  Recorder<RecordedEvent> mEvents;
   End mListener, mClient, mDaemon;
   std::unique_ptr<Relay> mRelay;
 };

@@ -122,9 +122,10 @@ TEST_F(OrbdSimRelayTest, RecordingIsInOrderAndSaysWhoAndWhen) {
   mClient.readToEnd();
   mRelay->stop();
   using Kind = RecordedEvent::Kind;
+  const auto events = mEvents.all();
   std::vector<Kind> kinds;
   std::chrono::microseconds last{0};
-  for (const RecordedEvent& event : mEvents) {
+  for (const RecordedEvent& event : events) {
     kinds.push_back(event.kind);
     EXPECT_EQ(1u, event.connection);
     EXPECT_EQ(::getpid(), event.process);
@@ -133,11 +134,11 @@ TEST_F(OrbdSimRelayTest, RecordingIsInOrderAndSaysWhoAndWhen) {
   }
   EXPECT_EQ((std::vector<Kind>{Kind::kOpen, Kind::kBytes, Kind::kBytes, Kind::kEnd, Kind::kClosed}),
             kinds);
-  EXPECT_EQ((Blob{1}), mEvents.at(1).bytes);
-  EXPECT_EQ(Direction::kToClient, mEvents.at(1).direction);
-  EXPECT_EQ((Blob{2, 3}), mEvents.at(2).bytes);
-  EXPECT_EQ(Direction::kToDaemon, mEvents.at(2).direction);
-  EXPECT_EQ(Direction::kToClient, mEvents.at(3).direction);
+  EXPECT_EQ((Blob{1}), events.at(1).bytes);
+  EXPECT_EQ(Direction::kToClient, events.at(1).direction);
+  EXPECT_EQ((Blob{2, 3}), events.at(2).bytes);
+  EXPECT_EQ(Direction::kToDaemon, events.at(2).direction);
+  EXPECT_EQ(Direction::kToClient, events.at(3).direction);
 }
 
 // A session of the protocol, checked at both ends and in the trace.

@@ -5,10 +5,10 @@
 
 #pragma once
 
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "Recorder.h"
 #include "orbsim/Trace.h"
 
 namespace orbsimtest {
@@ -19,18 +19,13 @@ class TraceLines {
   orbsim::TraceSink sink() {
     return [this](const orbsim::TraceItem& item) {
       const std::string line = orbsim::traceText(item);
-      std::lock_guard<std::mutex> lock(mLock);
-      mLines.push_back(line.substr(line.find(' ') + 1));
+      mLines.add(line.substr(line.find(' ') + 1));
     };
   }
-  std::vector<std::string> get() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mLines;
-  }
+  std::vector<std::string> get() { return mLines.all(); }
 
  private:
-  mutable std::mutex mLock;
-  std::vector<std::string> mLines;
+  Recorder<std::string> mLines;
 };
 
 inline const std::string kEnableText =

@@ -5,51 +5,26 @@
 #include <orb/sdl.h>
 #include <orbsim/gtest.h>
 
-#include <algorithm>
-#include <chrono>
-#include <condition_variable>
-#include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
-// A small application that records the arguments of its callbacks as text. Callbacks are static
-// because they have no user data. `lock` guards the lines.
+#include "Recorder.h"
+
+// An application in a few lines: it writes down what its callbacks are told, as text. Callbacks are
+// static, as they get no data of their own.
 namespace kitclient {
 
-struct Heard {
-  std::mutex lock;
-  std::condition_variable changed;
-  std::vector<std::string> lines;
-};
+using Heard = Recorder<std::string>;
 
-inline Heard& heard() {
-  static Heard all;
-  return all;
+inline void add(const std::string& line) { Heard::get().add(line); }
+inline void clear() { Heard::get().clear(); }
+inline bool waitFor(const Heard::Which& which) {
+  return Heard::get().waitFor(which, 1, orbsim::testkit::patience());
 }
-
-inline void add(const std::string& line) {
-  const std::lock_guard<std::mutex> guard(heard().lock);
-  heard().lines.push_back(line);
-  heard().changed.notify_all();
+inline bool waitFor(const char* line) {
+  return waitFor([line](const std::string& heard) { return heard == line; });
 }
-
-inline void clear() {
-  const std::lock_guard<std::mutex> guard(heard().lock);
-  heard().lines.clear();
-}
-
-inline bool waitFor(const std::string& line) {
-  std::unique_lock<std::mutex> guard(heard().lock);
-  return heard().changed.wait_for(guard, orbsim::testkit::patience(), [&] {
-    return std::count(heard().lines.begin(), heard().lines.end(), line) > 0;
-  });
-}
-
-inline std::vector<std::string> lines() {
-  const std::lock_guard<std::mutex> guard(heard().lock);
-  return heard().lines;
-}
+inline std::vector<std::string> lines() { return Heard::get().all(); }
 
 inline void onLce(status_v2_e status) { add("lce status " + std::to_string(status)); }
 inline void onLle(status_v2_e status) { add("lle status " + std::to_string(status)); }

@@ -4,6 +4,7 @@
 // What the test kit promises, with the real library and outside of any sandbox.
 #include <stdlib.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <future>
 
@@ -277,12 +278,8 @@ TEST_F(Kit, RateIsHeldAndGoesItsWay) {
   EXPECT_EQ(0, lcePerformReportingAction(LCE_REPORTING_ACTION_START));
   ASSERT_TRUE(daemon().waitForRequest(Service::kLce, "start"));
   const auto reaches = [](uint32_t rate) {
-    std::unique_lock<std::mutex> guard(heard().lock);
     const std::string start = "capacity 1 " + std::to_string(rate) + " ";
-    return heard().changed.wait_for(guard, patience(), [&] {
-      return std::any_of(heard().lines.begin(), heard().lines.end(),
-                         [&](const std::string& line) { return line.find(start) == 0; });
-    });
+    return waitFor([&start](const std::string& line) { return line.find(start) == 0; });
   };
   daemon().setRate(50000);
   daemon().setReportInterval(Milliseconds(20));
@@ -369,19 +366,15 @@ TEST_F(Kit, RefusedRequestsAreAnsweredSo) {
 }
 
 TEST_F(Kit, LogTellsWhatHappens) {
-  std::mutex lock;
-  std::vector<std::string> log;
+  Recorder<std::string> log;
   Settings settings;
   settings.redirect = false;
-  settings.log = [&](const std::string& line) {
-    const std::lock_guard<std::mutex> guard(lock);
-    log.push_back(line);
-  };
+  settings.log = [&](const std::string& line) { log.add(line); };
   TestDaemon other(settings);
   ASSERT_TRUE(other.start());
   other.stop();
-  ASSERT_FALSE(log.empty());
-  EXPECT_EQ("listening on " + other.socketPath(), log.front());
+  ASSERT_LE(1u, log.count());
+  EXPECT_EQ("listening on " + other.socketPath(), log.all().front());
 }
 
 TEST(KitPatience, IsWhatTheEnvironmentSays) {

@@ -10,12 +10,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <thread>
 
 #include "Built.h"
 #include "LogTestPeer.h"
 #include "ProcessState.h"
+#include "Recorder.h"
 #include "Thread.h"
 #include "hooks/hook.h"
 
@@ -25,32 +25,17 @@ struct HookLine {
   int level;
   std::string tag, format, text;
 };
-std::mutex hookMutex;  // guards the following variables
-std::vector<HookLine> hookLines;
-bool releaseOnDump = false;
+using HookLines = Recorder<HookLine>;
 
 void recordHookLine(int level, const char* tag, const char* format, const char* text) {
-  bool release = false;
-  {
-    std::lock_guard<std::mutex> lock(hookMutex);
-    hookLines.push_back({level, tag, format, text});
-    release = releaseOnDump && std::string(text).find("Dump completed") != std::string::npos;
-    if (release) releaseOnDump = false;
-  }
-  if (release) Log::getInstance()->release();
+  HookLines::get().add({level, tag, format, text});
 }
 
-std::vector<HookLine> takeHookLines() {
-  std::lock_guard<std::mutex> lock(hookMutex);
-  return hookLines;
-}
+std::vector<HookLine> hookLines() { return HookLines::get().all(); }
 
 class LogHookTest : public LogFixture {
  protected:
-  ~LogHookTest() override {
-    std::lock_guard<std::mutex> lock(hookMutex);
-    hookLines.clear();
-  }
+  ~LogHookTest() override { HookLines::get().clear(); }
 
   // Initialises the log in the directory of one of the hook libraries.
   void initWith(const std::string& hook) {
@@ -79,7 +64,7 @@ TEST_F(LogHookTest, HookTakesThePlaceOfThePlatformLog) {
   initWith("complete");
   log.addLogRecord(6, "ORB", "File.cpp", "f", 1, "%s", "100%");
   EXPECT_TRUE(recording::lines().empty());
-  const std::vector<HookLine> lines = takeHookLines();
+  const std::vector<HookLine> lines = hookLines();
   ASSERT_EQ(2u, lines.size());
   EXPECT_EQ("|ORB|Log::printVersion:155 version ORB-20250524-d9c57ad5", lines[0].text);
   EXPECT_EQ(4, lines[0].level);
@@ -95,13 +80,13 @@ TEST_F(LogHookTest, PrintToAdbAndModuleDebugPassTheHookBy) {
   log.logModuleDebug("module");
   EXPECT_EQ((std::vector<std::string>{"|ORB|File::f:1 text", "| orbLog | module"}),
             recording::texts());
-  EXPECT_EQ(1u, takeHookLines().size());
+  EXPECT_EQ(1u, hookLines().size());
 }
 
 TEST_F(LogHookTest, DmapLinesGoToTheHookUnderTheirTag) {
   initWith("complete");
   log.dMapLog(4, "data %d");
-  const HookLine line = takeHookLines().back();
+  const HookLine line = hookLines().back();
   EXPECT_EQ(4, line.level);
   EXPECT_EQ("DMAP", line.tag);
   EXPECT_EQ("%s", line.format);
@@ -112,7 +97,7 @@ TEST_F(LogHookTest, SuppressedDmapLinesDoNotReachTheHook) {
   recording::setProperty(kLoggingProperty, "2");
   initWith("complete");
   log.dMapLog(3, "debug");
-  EXPECT_EQ(1u, takeHookLines().size());
+  EXPECT_EQ(1u, hookLines().size());
 }
 
 TEST_F(LogHookTest, HookWithoutLogFunctionIsClosed) {
@@ -135,7 +120,7 @@ TEST_F(LogHookTest, MissingPersistSettingEndsTheSearchButKeepsTheLogFunction) {
   EXPECT_FALSE(LogTestPeer::hasGetPersistSetting());
   EXPECT_FALSE(LogTestPeer::hasDecodeBuffer());
   EXPECT_FALSE(handlesSignal());
-  const HookLine line = takeHookLines().at(0);
+  const HookLine line = hookLines().at(0);
   EXPECT_EQ(6, line.level);
   EXPECT_EQ(0u, line.text.find("|ORB|Log::init:"));
   EXPECT_TRUE(endsWith(line.text, " cannot find debug cmd function"));
@@ -147,7 +132,7 @@ TEST_F(LogHookTest, MissingDecodeBufferKeepsWhatWasFound) {
   EXPECT_TRUE(LogTestPeer::hasGetPersistSetting());
   EXPECT_FALSE(LogTestPeer::hasDecodeBuffer());
   EXPECT_FALSE(handlesSignal());
-  EXPECT_TRUE(endsWith(takeHookLines().at(0).text, " cannot find debug cmd function"));
+  EXPECT_TRUE(endsWith(hookLines().at(0).text, " cannot find debug cmd function"));
 }
 
 TEST_F(LogHookTest, ThreadsLetTheSignalThroughThatTheHookIsFor) {
@@ -222,7 +207,7 @@ TEST_F(LogHookTest, DecodedCommandHasTheSizeThatTheHookWrote) {
   std::vector<unsigned char> out;
   EXPECT_TRUE(log.decodeBuff(request, sizeof request, out));
   EXPECT_EQ(std::vector<unsigned char>{2}, out);
-  EXPECT_EQ("|ORB|Log::decodeBuff:303 outputlen:1 ", takeHookLines().back().text);
+  EXPECT_EQ("|ORB|Log::decodeBuff:303 outputlen:1 ", hookLines().back().text);
 }
 
 TEST_F(LogHookTest, CommandThatTheHookRefusesKeepsSixtyFourBytes) {
@@ -235,10 +220,9 @@ TEST_F(LogHookTest, CommandThatTheHookRefusesKeepsSixtyFourBytes) {
 
 TEST_F(LogHookTest, ReleaseFromInsideALogCallOfTheDumperDoesNotWaitForItself) {
   initWith("complete");
-  {
-    std::lock_guard<std::mutex> lock(hookMutex);
-    releaseOnDump = true;
-  }
+  HookLines::get().inNext(
+      [](const HookLine& line) { return line.text.find("Dump completed") != std::string::npos; },
+      [] { Log::getInstance()->release(); });
   log.addDumpRequest(Log::USER_COMMAND);
   while (LogTestPeer::initialised()) std::this_thread::yield();
   while (processstate::threadsNamed("orb-log-dump") > 0) std::this_thread::yield();

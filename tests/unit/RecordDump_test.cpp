@@ -8,26 +8,20 @@
 
 #include <algorithm>
 #include <chrono>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "RecordDumpPeer.h"
+#include "Recorder.h"
 #include "RecordingPlatform.h"
-#include "Semaphore.h"
 
 namespace {
 
-std::mutex completedMutex;  // guards the following variables
-std::vector<std::string> completedDumps;
-std::string awaited;
-Semaphore* awaitedCame = nullptr;
+using Completed = Recorder<std::string>;
 
 void noteCompleted(const char* request, int milliseconds) {
-  const std::lock_guard<std::mutex> lock(completedMutex);
   EXPECT_GE(milliseconds, 0);
-  completedDumps.push_back(request);
-  if (awaitedCame != nullptr && request == awaited) awaitedCame->increase();
+  Completed::get().add(request);
 }
 
 class RecordDumpTest : public testing::Test {
@@ -38,9 +32,7 @@ class RecordDumpTest : public testing::Test {
   }
   ~RecordDumpTest() override {
     recording::setDiagListening(false);
-    const std::lock_guard<std::mutex> lock(completedMutex);
-    completedDumps.clear();
-    awaitedCame = nullptr;
+    Completed::get().clear();
   }
 
   void add(const std::string& text) {
@@ -48,22 +40,11 @@ class RecordDumpTest : public testing::Test {
     record.stamp(6);
     dump.queueRecord(record, text);
   }
-  bool comes(const std::string& request) {
-    Semaphore came;
-    {
-      const std::lock_guard<std::mutex> lock(completedMutex);
-      awaited = request;
-      awaitedCame = &came;
-    }
-    const bool done = came.decreaseFor(std::chrono::seconds(60));
-    const std::lock_guard<std::mutex> lock(completedMutex);
-    awaitedCame = nullptr;
-    return done;
+  static bool comes(const std::string& request) {
+    return Completed::get().waitForMore(
+        [&request](const std::string& completed) { return completed == request; }, 1);
   }
-  static std::vector<std::string> completed() {
-    const std::lock_guard<std::mutex> lock(completedMutex);
-    return completedDumps;
-  }
+  static std::vector<std::string> completed() { return Completed::get().all(); }
 
   RecordDump dump{noteCompleted};
 };
