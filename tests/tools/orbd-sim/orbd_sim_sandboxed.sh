@@ -12,7 +12,7 @@ work=$(mktemp -d "$PWD/orbd-sim-test.XXXXXX")
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true; rm -rf "$work"' EXIT
 export ORB_LOG_LEVEL=S
 
-# shellcheck source=tests/tools/orbd_sim_checks.bash
+# shellcheck source=tests/tools/orbd-sim/orbd_sim_checks.bash
 . "$(dirname "$0")/orbd_sim_checks.bash"
 # The same with a run in the sandbox.
 sandboxed() { expect "$1" run --sandbox "${@:2}"; }

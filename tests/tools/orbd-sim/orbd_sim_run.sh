@@ -12,7 +12,7 @@ export ORB_LOG_LEVEL=S simulator work
 # Remaining background processes would keep the sandbox and its output open.
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
 
-# shellcheck source=tests/tools/orbd_sim_checks.bash
+# shellcheck source=tests/tools/orbd-sim/orbd_sim_checks.bash
 . "$(dirname "$0")/orbd_sim_checks.bash"
 says() { [[ $(<"$work/err") == "$1" ]] || fail "not: $1"; }
 scenario() { printf '%s\n' "$2" >"$work/$1.json"; }
