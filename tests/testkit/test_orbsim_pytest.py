@@ -46,7 +46,8 @@ def test_run_plays_a_file_and_a_ready_scenario(orbsim, tmp_path):
 
 
 def test_run_ends_with_the_scenario(orbsim):
-    run = orbsim.run([MONITOR], {"interval": 0.1, "begin": "listening", "end": 1})
+    # A second after the monitor has asked for reports, as it fails without one.
+    run = orbsim.run([MONITOR], {"interval": 0.1, "begin": ["lce"], "end": 1})
     assert run.as_expected, run
 
 

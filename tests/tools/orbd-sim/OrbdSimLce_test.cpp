@@ -11,15 +11,6 @@ namespace {
 
 using OrbdSimLceTest = OrbdSimTest;
 
-TEST_F(OrbdSimLceTest, EnableAndDisableAreAnsweredWithSuccess) {
-  Client client(path());
-  client.handshake();
-  EXPECT_EQ(LceProto::SUCCESS, client.answerTo(enable(true)).data().status_msg().status());
-  ASSERT_TRUE(daemon().waitForLceState(1, [](const auto& state) { return state.enabled; }));
-  EXPECT_EQ(LceProto::SUCCESS, client.answerTo(enable(false)).data().status_msg().status());
-  ASSERT_TRUE(daemon().waitForLceState(1, [](const auto& state) { return !state.enabled; }));
-}
-
 TEST_F(OrbdSimLceTest, CriteriaAreAnsweredUnderTheirTransactionId) {
   Client client(path());
   client.handshake();
@@ -130,13 +121,6 @@ TEST_F(OrbdSimLceTest, NothingIsSentBeforeTheClientsFirstFrame) {
   other.send(action(LceProto::START));
   for (int i = 0; i < 20; ++i) other.readFrame();
   EXPECT_FALSE(silent.hasInput());
-}
-
-TEST_F(OrbdSimLceTest, BlobThatCannotBeReadIsAnInvalidArgument) {
-  Client client(path());
-  client.handshake();
-  client.sendPayload({7, 0, 0, 0, 0x1A, 0x7F});
-  EXPECT_EQ(LceProto::INVALID_ARG, parse(client.readFrame()).data().status_msg().status());
 }
 
 TEST_F(OrbdSimLceTest, LastReportIsAnEstimateAlsoWhenNoneWasSentYet) {

@@ -61,22 +61,6 @@ void expectEstimate(const LatencyEstimate& expected, uint32_t interval, const Re
   EXPECT_EQ(expected.rat, report.rat());
 }
 
-TEST_F(OrbdSimLleTest, EnableAndDisableAreAnsweredWithSuccess) {
-  EXPECT_EQ(LleProto::SUCCESS, statusOf(enable<Request>(true)));
-  ASSERT_TRUE(daemon().waitForLleState(1, [](const auto& state) { return state.enabled; }));
-  EXPECT_EQ(LleProto::SUCCESS, statusOf(enable<Request>(false)));
-  ASSERT_TRUE(daemon().waitForLleState(1, [](const auto& state) { return !state.enabled; }));
-}
-
-TEST_F(OrbdSimLleTest, AnswersAreFramesOfTheLatencyServiceToItsEndpoint) {
-  client().send(enable<Request>(true));
-  const Frame answer = client().readFrame();
-  EXPECT_EQ(orbsim::kDaemonProcessId, answer.header.source);
-  EXPECT_EQ(kLlePid, answer.header.destination);
-  EXPECT_EQ(orbsim::kSendBlobMessageId, answer.header.messageId);
-  EXPECT_EQ((Blob{8, 0, 0, 0, 0x1A, 4, 0x0A, 2, 8, 1}), answer.payload);
-}
-
 TEST_F(OrbdSimLleTest, CriteriaAreKeptAndAnsweredWithSuccess) {
   setInterval(0);
   EXPECT_EQ(LleProto::SUCCESS, statusOf(lleCriteria(4294967295u)));
@@ -150,17 +134,10 @@ TEST_F(OrbdSimLleTest, RequestWithoutItsBodyIsAnInvalidArgument) {
   EXPECT_EQ(LleProto::INVALID_ARG, statusOf(request));
 }
 
-TEST_F(OrbdSimLleTest, UnknownRequestIsNotSupported) {
+TEST_F(OrbdSimLleTest, RequestThatLleDoesNotHaveIsNotSupported) {
   Request request;
   request.set_event_id(LleProto::REG_ESTIMATION_REPORTS);
   EXPECT_EQ(LleProto::NOT_SUPPORTED, statusOf(request));
-  request.set_event_id(static_cast<LleProto::ServiceEventId>(99));
-  EXPECT_EQ(LleProto::NOT_SUPPORTED, statusOf(request));
-}
-
-TEST_F(OrbdSimLleTest, BlobThatCannotBeReadIsAnInvalidArgument) {
-  client().sendPayload({8, 0, 0, 0, 0x1A, 0x7F});
-  EXPECT_EQ(LleProto::INVALID_ARG, read().data().status_msg().status());
 }
 
 TEST_F(OrbdSimLleTest, LogTellsEachEventInOneLine) {

@@ -48,22 +48,6 @@ class OrbdSimLliTest : public OrbdSimTest {
   std::unique_ptr<Client> mClient;
 };
 
-TEST_F(OrbdSimLliTest, EnableAndDisableAreAnsweredWithSuccess) {
-  EXPECT_EQ(LliProto::SUCCESS, statusOf(enable<Request>(true)));
-  ASSERT_TRUE(daemon().waitForLliState(1, [](const auto& state) { return state.enabled; }));
-  EXPECT_EQ(LliProto::SUCCESS, statusOf(enable<Request>(false)));
-  ASSERT_TRUE(daemon().waitForLliState(1, [](const auto& state) { return !state.enabled; }));
-}
-
-TEST_F(OrbdSimLliTest, AnswersAreFramesOfTheInterruptionServiceToItsEndpoint) {
-  client().send(enable<Request>(true));
-  const Frame answer = client().readFrame();
-  EXPECT_EQ(orbsim::kDaemonProcessId, answer.header.source);
-  EXPECT_EQ(kLliPid, answer.header.destination);
-  EXPECT_EQ(orbsim::kSendBlobMessageId, answer.header.messageId);
-  EXPECT_EQ((Blob{9, 0, 0, 0, 0x1A, 4, 0x0A, 2, 8, 1}), answer.payload);
-}
-
 TEST_F(OrbdSimLliTest, RegistrationIsAnsweredWithSuccessAndKept) {
   setInterval(0);
   EXPECT_EQ(LliProto::SUCCESS, statusOf(lliRegister(true)));
@@ -139,15 +123,10 @@ TEST_F(OrbdSimLliTest, RequestWithoutItsBodyIsAnInvalidArgument) {
   EXPECT_EQ(LliProto::INVALID_ARG, statusOf(request));
 }
 
-TEST_F(OrbdSimLliTest, UnknownRequestIsNotSupported) {
+TEST_F(OrbdSimLliTest, FirstNumberBehindTheRequestsIsNotSupported) {
   Request request;
   request.set_event_id(static_cast<LliProto::ServiceEventId>(2));
   EXPECT_EQ(LliProto::NOT_SUPPORTED, statusOf(request));
-}
-
-TEST_F(OrbdSimLliTest, BlobThatCannotBeReadIsAnInvalidArgument) {
-  client().sendPayload({9, 0, 0, 0, 0x1A, 0x7F});
-  EXPECT_EQ(LliProto::INVALID_ARG, read().data().status_msg().status());
 }
 
 TEST_F(OrbdSimLliTest, LogTellsEachEventInOneLine) {

@@ -115,19 +115,6 @@ TEST_F(OrbdSimTest, FramesMayComeInAnyPieces) {
   EXPECT_EQ(2u, daemon().totals().frames);
 }
 
-TEST_F(OrbdSimTest, AnswersAreFramesFromTheDaemonToTheClientsEndpoint) {
-  Client client(path());
-  client.handshake();
-  client.send(enable(true));
-  const Frame answer = client.readFrame();
-  EXPECT_EQ(orbsim::kDaemonProcessId, answer.header.source);
-  EXPECT_EQ(kLcePid, answer.header.destination);
-  EXPECT_EQ(orbsim::kSendBlobMessageId, answer.header.messageId);
-  EXPECT_EQ(0, answer.header.subsystemId);
-  EXPECT_EQ(1u, answer.header.sessionId);
-  EXPECT_EQ((Blob{7, 0, 0, 0, 0x1A, 4, 0x0A, 2, 8, 1}), answer.payload);
-}
-
 TEST_F(OrbdSimTest, UnknownServiceAndUnknownMessageAreIgnored) {
   Client client(path());
   client.handshake();
