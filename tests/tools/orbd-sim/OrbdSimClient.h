@@ -115,8 +115,11 @@ class Client {
     return bytes;
   }
   void write(const Blob& bytes) {
-    ASSERT_EQ(static_cast<ssize_t>(bytes.size()),
-              ::send(mFd, bytes.data(), bytes.size(), MSG_NOSIGNAL));
+    for (size_t sent = 0; sent < bytes.size();) {
+      const ssize_t result = ::send(mFd, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+      ASSERT_LT(0, result);
+      sent += static_cast<size_t>(result);  // less than all when a signal comes
+    }
   }
   // False if the other side has disconnected.
   bool tryWrite(const Blob& bytes) {
