@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "ModelPlayer.h"
-#include "ModelPulse.h"
+#include "Pulse.h"
 #include "Torture.h"
 
 namespace torture {
@@ -75,7 +75,7 @@ class Model : public ::testing::Test {
     return text + "What each thread did last:\n" + books().history().text();
   }
 
-  ModelPulse mPulse;
+  Pulse mPulse{[] { books().starve(); }};
   ModelDaemon mDaemon;
   Census mBefore;
   uint64_t mConnections = 0;
