@@ -51,7 +51,7 @@ TEST_F(UnusableLoop, GoesOnWithoutSpinning) {
   using Clock = std::chrono::steady_clock;
   ASSERT_NO_FATAL_FAILURE(enable(kLce));
   ASSERT_NO_FATAL_FAILURE(breakWaits(EBADF));
-  // Requests are still sent; the time that they take is the worker's, not this test's.
+  // Requests are still sent; their time is not measured here.
   const auto start = Clock::now();
   const size_t before = failedWaits;
   for (int i = 0; i < 3; ++i) {
@@ -61,7 +61,7 @@ TEST_F(UnusableLoop, GoesOnWithoutSpinning) {
   }
   const size_t waits = failedWaits - before;  // in no more than what is measured
   const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
-  // Ten a second, and one for each end of the time.
+  // Ten per second, plus one for each end of the time.
   EXPECT_LE(waits, static_cast<size_t>(passed.count()) / 100 + 2);
 }
 

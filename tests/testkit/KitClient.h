@@ -10,8 +10,8 @@
 
 #include "Recorder.h"
 
-// An application in a few lines: it writes down what its callbacks are told, as text. Callbacks are
-// static, as they get no data of their own.
+// A small application that records the arguments of its callbacks as text. Callbacks are static
+// because they have no user data.
 namespace kitclient {
 
 using Heard = Recorder<std::string>;

@@ -19,7 +19,7 @@ namespace orbsimtest {
 // running for 128 intervals goes on with the present, and leaves out what came before.
 constexpr int kUnhurried = 10;
 
-// A device of its own with the same seed: it does the same at the same time.
+// A second device with the same seed: it does the same at the same time.
 class Course {
  public:
   explicit Course(int64_t stepMs, uint64_t seed = orbsim::Options{}.seed)

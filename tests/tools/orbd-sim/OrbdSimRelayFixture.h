@@ -86,8 +86,8 @@ inline End connectTo(const std::string& path, int flags = 0) {
   return end;
 }
 
-// A relay between a socket of a daemon's, which the test plays, and that of a client. Used on the
-// test's thread.
+// A relay between the socket of a daemon, which the test plays, and a client. Used on the test's
+// thread.
 class OrbdSimRelayTest : public ::testing::Test {
  protected:
   void SetUp() override {

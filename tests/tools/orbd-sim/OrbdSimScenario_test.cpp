@@ -224,7 +224,7 @@ TEST_F(OrbdSimScenarioTest, SendAndPauseHappen) {
     return parse(client.readFrame()).data().estimation_reports_resp().rate();
   };
   while (rate() != 123456789) ASSERT_FALSE(HasFailure()) << "the message did not come";
-  // Between the message and the resumption nothing else comes.
+  // Nothing else comes between the message and the end of the pause.
   client.readFrame();
   EXPECT_GE(*world().now(), 500ms);
 }

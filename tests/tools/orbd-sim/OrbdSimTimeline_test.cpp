@@ -12,6 +12,7 @@ namespace {
 
 // The end of a scenario comes after all that was to happen before it, so what is then can be told
 // without waiting for what must not come.
+// The end of a scenario comes after all its steps, so the state can be checked without waiting.
 class OrbdSimTimelineTest : public OrbdSimPlayTest {
  protected:
   static std::string scenarioOf(const std::string& timeline) {

@@ -106,7 +106,7 @@ TEST_F(OrblogFollow, RecordInThePlaceOfOneThatWasTakenBackIsRead) {
   addHalf("taken back");
   addElsewhere("half was seen");
   ASSERT_TRUE(program.waitForOut("half was seen\n"));
-  // It sees both at once.
+  // The program sees both at the same time.
   program.stop();
   fs::resize_file(file, whole);
   add(file, "second");

@@ -81,10 +81,11 @@ bool Recorder::waitForTotals(const std::function<bool(const Totals&)>& condition
 
 bool Recorder::waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found,
                             Timeout timeout, Until until) const {
-  size_t looked = 0;  // frames are only appended: what did not match once need not be asked again
+  size_t looked =
+      0;  // frames are only appended, so a frame that did not match is not checked again
   std::optional<uint64_t> came;
   return waitUntil(timeout, [&] {
-    if (looked > mFrames.size()) looked = 0;  // cleared meanwhile
+    if (looked > mFrames.size()) looked = 0;  // cleared in the meantime
     for (; !came && looked < mFrames.size(); ++looked) {
       if (!wanted(mFrames[looked])) continue;
       if (found != nullptr) *found = mFrames[looked];

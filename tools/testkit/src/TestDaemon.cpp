@@ -190,7 +190,7 @@ bool TestDaemon::waitForRequest(Service service, const std::string& name, size_t
   const auto run = mImpl->run();
   if (run == nullptr || count == 0) return false;
   Frame frame;
-  // Each frame is asked about once, in the order of coming.
+  // Checks each frame once, in the order of arrival.
   const bool came = run->daemon().waitForFrameDealtWith(
       [&, left = count](const Frame& candidate) mutable {
         if (!isRequest(candidate)) return false;
