@@ -143,8 +143,8 @@ class TestDaemon {
   size_t connections() const;  // open ones with a completed handshake
   bool waitForConnections(size_t made, Milliseconds timeout = patience()) const;  // in total
   bool waitForDisconnections(size_t ended, Milliseconds timeout = patience()) const;
-  // Waits until the daemon has handled this number of requests with that name, so what the test does
-  // next comes after them; `found` gets the last one.
+  // Waits until the daemon has handled this number of requests with that name, so what the test
+  // does next comes after them; `found` gets the last one.
   bool waitForRequest(Service service, const std::string& name, size_t count = 1,
                       Request* found = nullptr, Milliseconds timeout = patience()) const;
   void forget();
