@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-
 #include "EventManager.h"
 
 #include <sys/eventfd.h>

@@ -1,6 +1,9 @@
-// SPDX-License-Identifier: Apache-2.0 Copyright (c) 2026 The OrbSdlSdk authors For programs that
-// use the IPC themselves: a name for the process, sockets registered by their numbers, and frames
-// sent by (destination, session). The sessions of this library do not use it.
+// SPDX-License-Identifier: Apache-2.0
+// Copyright (c) 2026 The OrbSdlSdk authors
+//
+// For programs that take part in the IPC under a name of their own: the name of the process,
+// sockets that are registered by their numbers, and frames that are sent by (destination, session).
+// The sessions of this library use none of it.
 #include <stdint.h>
 #include <string.h>
 
