@@ -43,13 +43,13 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
 
   // Stores or replaces the listener of @p type; unknown types have none.
   void setClientListener(OrbSdkClientType type, Listener listener);
-  // One more user of @p type, until its cleanup event has been handled.
+  // One more registration of @p type, which deactivateType() takes away again.
   void activateType(OrbSdkClientType type);
   bool isTypeActive(OrbSdkClientType type);
   bool isRunning() const { return mRunning; }
 
-  // All calls of listeners go through these. A connection passes its flag @p stopped, which is set
-  // under mLock. Once it is set, nothing of this connection is delivered.
+  // All calls of listeners go through these. A session passes its flag @p stopped, which is set
+  // under mLock. Once its delivery is stopped, nothing of this session reaches a listener.
   using Stopped = std::atomic<bool>;
   void notifyReceivedBlob(OrbSdkClientType type, const std::vector<uint8_t>& blob,
                           const Stopped* stopped = nullptr);
@@ -60,8 +60,8 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   void sdkThread(OrbSdkClientType type, std::shared_ptr<SdkClientEvent> event);
   // Sends the disable message in @p event. False if it was not sent.
   virtual bool sendDisableMessage(SdkClientEvent& event) = 0;
-  // The cleanup event of @p type has been handled: one user less. True when no type is active any
-  // more, which ends the worker after its present pass.
+  // The cleanup event of @p type has been handled: one registration less. True when no type is
+  // active any more, which ends the worker after its present pass.
   virtual bool deactivateType(OrbSdkClientType type);
   // True if no listener is to be told of a failure to send for @p type.
   virtual bool isBeingDisabled(OrbSdkClientType) { return false; }
@@ -71,23 +71,23 @@ class SdkClientBase : public orb::utils::OrbEventHandler<std::shared_ptr<SdkClie
   // What belongs to one client type.
   struct TypeState {
     unsigned registrations = 0;  // the type is active while there are any
-    ListenerRef listener;        // empty for a type that has never registered
+    ListenerRef listener;        // null until the type has one
   };
-  // Empty for unknown types.
+  // Null for an unknown type, and for one without a listener.
   ListenerRef knownListener(OrbSdkClientType type) ORB_REQUIRES(mLock);
-  // The same, but registers an empty listener if the type has none.
+  // The same, but a type without a listener gets an empty one.
   ListenerRef listenerOf(OrbSdkClientType type);
   static void call(const ListenerRef& listener, SdkStatus status);
 
   // Connects if necessary, then sends. False if the blob was not sent. A failure to connect was
   // reported already; it gives true.
-  bool deliver(SdkClientEvent& event);
-
+  bool connectAndSend(SdkClientEvent& event);
+  // After a pass of the loop that could not wait.
   void goOnWithoutWait();
 
   const std::shared_ptr<WorkerLife> mLife = std::make_shared<WorkerLife>();
   std::atomic<bool> mRunning{false};
-  Semaphore mNeverSignalled;
+  Semaphore mNeverSignalled;  // to pause with
 
   Mutex mLock;
   std::array<TypeState, kOrbSdkClientTypes> mTypes ORB_GUARDED_BY(mLock);

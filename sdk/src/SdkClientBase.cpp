@@ -23,7 +23,7 @@ constexpr int kThreadLoopLine = 43;
 // Between two looks at the queue while the loop cannot wait.
 constexpr std::chrono::milliseconds kWithoutWait(100);
 
-// Not static: threads may still report while the static objects of the process are destroyed.
+// Made for each call: threads may still report while static objects are destroyed.
 std::vector<uint8_t> noBlob() { return {}; }
 
 // For a catch block: logs the exception that it has caught.
@@ -96,7 +96,7 @@ void SdkClientBase::sdkThread(OrbSdkClientType, std::shared_ptr<SdkClientEvent> 
 }
 
 // The epoll descriptor is unusable, for instance because the application has closed it. Requests
-// and cleanup events are still handled, only later, and the loop does not spin.
+// and cleanup events are still handled, but later; the pause keeps the loop from spinning.
 void SdkClientBase::goOnWithoutWait() {
   mNeverSignalled.decreaseFor(kWithoutWait);
   handleQueued();
@@ -117,14 +117,14 @@ void SdkClientBase::handleEvent(std::shared_ptr<SdkClientEvent> event) {
       return;
     }
   }
-  if (!deliver(*event) && !isBeingDisabled(type)) call(listenerOf(type), SendFailed);
+  if (!connectAndSend(*event) && !isBeingDisabled(type)) call(listenerOf(type), SendFailed);
   if (event->cleanup) {
     SDK_LOG(kTag, "cleanup");
     deactivateType(type);
   }
 }
 
-bool SdkClientBase::deliver(SdkClientEvent& event) {
+bool SdkClientBase::connectAndSend(SdkClientEvent& event) {
   try {
     bool connected = isConnected(event.type);
     if (!connected && !event.cleanup) {

@@ -35,11 +35,11 @@ class SdkClientLoop {
 };
 
 // The process's SDK client: one session to the daemon per endpoint, blobs out and in. The service
-// objects that use it hold it, and its worker thread; while a type is active, it is also the
-// instance that others join. The instance lock decides two things: whether a thread joins this
-// client, and whether a deactivated type was the last one. The inherited mLock is locked after it
-// and guards what belongs to an endpoint. No lock is held while a session connects or sends, or
-// during a wait. How a type is disabled is in SdkDisable.
+// objects that use it and its worker thread hold it; while a type is active, it is also the
+// instance that others join. The instance lock (SdkClientInstance.cpp) decides two things: whether
+// a thread joins this client, and whether a deactivated type was the last one. The inherited mLock
+// is locked after it and guards what belongs to an endpoint. No lock is held while a session
+// connects or sends, or during a wait. How a type is disabled is in SdkDisable.
 class SdkClient : private SdkClientLoop, public SdkClientBase {
  public:
   SdkClient(std::unique_ptr<OrbTimer> timer, OwnedEventManager eventManager);
@@ -57,11 +57,11 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   bool isConnected(OrbSdkClientType type) override;
   bool sendBlobToService(OrbSdkClientType type, std::vector<uint8_t> blob) override;
 
-  // For SdkDisable. Notes that @p type is being disabled: its connection delivers nothing more and
-  // does not try to connect again.
+  // For SdkDisable, as the three below. Notes that @p type is being disabled: stops the delivery of
+  // its session, which does not try to connect again.
   void noteDisable(OrbSdkClientType type, SdkDisable::Place place);
-  // The connection of the type while @p disable is its oldest disable. After the worker has
-  // completed the disable, a new connection of the type does not belong to it.
+  // The session of the type while @p disable is its oldest disable; else null. After the worker has
+  // completed the disable, a new session of the type does not belong to it.
   std::shared_ptr<OrbIpcClientSession> sessionOf(const SdkDisable& disable);
   // Waits until the worker is not sending for @p type. False after the timeout.
   bool awaitSendEnd(OrbSdkClientType type, std::chrono::milliseconds timeout);
@@ -90,7 +90,6 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   static std::shared_ptr<SdkClient> startInstance(OrbSdkClientType type, Listener listener,
                                                   std::shared_ptr<SdkClientEvent> event);
   void cancelJoining(OrbSdkClientType type);
-  void addListener(OrbSdkClientType type);
 
   EndpointState& stateOf(OrbSdkClientType type) ORB_REQUIRES(mLock) {
     return mEndpoints[endpointIndex(endpointOf(type))];
@@ -98,6 +97,7 @@ class SdkClient : private SdkClientLoop, public SdkClientBase {
   // The oldest disable of @p type, or the end.
   SdkDisable::Place::iterator oldestDisable(EndpointState& state, OrbSdkClientType type)
       ORB_REQUIRES(mLock);
+  // A new session for the endpoint, with the handler of its messages.
   Session createOrbSdkClient(ProcessId id);
   Session sessionToConnect(OrbSdkClientType type);
   void handleSendBlobMessage(const std::shared_ptr<SendBlobMessage>& msg,

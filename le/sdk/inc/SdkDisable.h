@@ -29,8 +29,8 @@ class SdkDisable : public AfterCallback {
   const std::shared_ptr<SdkClientEvent> mCleanup;
   const OrbSdkClientType mType;
 
-  // First half: posts the cleanup event to @p client. From now on the listener gets nothing from
-  // the type's connection. Allocates nothing and cannot fail.
+  // First half: stops the delivery of the type's session and posts the cleanup event to @p client.
+  // Allocates nothing and cannot fail.
   static void begin(const std::shared_ptr<SdkDisable>& disable, std::shared_ptr<SdkClient> client);
   // Second half: waits until the worker has sent what is queued and has deactivated the type. If
   // that takes longer than the grace period, it forces the disable: the daemon may be absent, not
@@ -42,7 +42,7 @@ class SdkDisable : public AfterCallback {
   static void finishLater(const std::shared_ptr<SdkDisable>& disable);
   // Waits for the rest of the grace period. False if the type is still active then.
   bool awaitGracePeriod();
-  // Ends the grace period: sends the disable message on an existing connection and closes it. The
+  // Ends the grace period: sends the disable message on a connected session and closes it. The
   // worker deactivates the type later, when it handles the cleanup event.
   void force();
 
@@ -55,8 +55,8 @@ class SdkDisable : public AfterCallback {
   // Sends the disable message on @p session. If another thread is sending it, waits until that has
   // tried.
   void sendMessage(OrbIpcClientSession& session);
-  // On the worker: the type is deactivated. @p session was its connection. @p last: the worker
-  // ends.
+  // On the worker: the type is deactivated. @p session was its session, null without one. @p last:
+  // no type is active any more, the worker ends.
   void complete(std::shared_ptr<OrbIpcClientSession> session, bool last);
 
  private:

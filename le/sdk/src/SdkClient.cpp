@@ -27,7 +27,7 @@ bool SdkClient::isConnected(OrbSdkClientType type) {
 }
 
 // The session to connect; created if there is none. Empty for a disabled type whose grace period is
-// over: no thread would close a new connection.
+// over: no thread would close it any more.
 SdkClient::Session SdkClient::sessionToConnect(OrbSdkClientType type) {
   Session session;
   {

@@ -19,11 +19,11 @@ constexpr char kUnit[] = "le/sdk/src/SdkClient.cpp";
 constexpr char kGetInstance[] = "getInstance";
 constexpr char kDestroyInstance[] = "destroyInstance";
 
-// How long the last type waits for the end of its receiver.
-constexpr std::chrono::milliseconds kThreadEnd(50);
+// How long the worker waits for the receiver of the last type.
+constexpr std::chrono::milliseconds kReceiverEnd(50);
 
-// Shared by threads that join and by the worker, which deactivates types. Never destroyed: both may
-// happen while the process exits.
+// The instance and its lock, the "instance lock": shared by threads that join and by the worker,
+// which deactivates types. Never destroyed: both may happen while the process exits.
 struct InstanceState {
   Mutex lock;
   Condition created;
@@ -34,6 +34,11 @@ struct InstanceState {
 InstanceState& state() {
   static NeverDestroyed<InstanceState> instance;
   return instance.get();
+}
+
+void logListenerAdded(OrbSdkClientType type) {
+  SDK_LOG_AS(kSdkClientTag, kUnit, kGetInstance, "Add listener for type %d",
+             static_cast<int>(type));
 }
 
 void initLogOnce() {
@@ -98,7 +103,7 @@ std::shared_ptr<SdkClient> SdkClient::createInstance(OrbSdkClientType type, List
   state().created.notify_all();
   if (!instance) return nullptr;
   SDK_LOG_AS(kSdkClientTag, kUnit, kGetInstance, "SdkClient new Instance created");
-  instance->addListener(type);
+  logListenerAdded(type);
   return instance;
 }
 
@@ -120,11 +125,11 @@ std::shared_ptr<SdkClient> SdkClient::joinInstance(const std::shared_ptr<SdkClie
     return nullptr;
   }
   instance->notifyServiceUp(type);
-  instance->addListener(type);
+  logListenerAdded(type);
   return instance;
 }
 
-// Nothing was posted for this user of @p type, so no event would deactivate it.
+// Takes back what getInstance() registered: nothing was posted, so no event would deactivate it.
 void SdkClient::cancelJoining(OrbSdkClientType type) {
   std::shared_ptr<SdkClient> former;
   bool last = false;
@@ -134,13 +139,8 @@ void SdkClient::cancelJoining(OrbSdkClientType type) {
     if (last && state().mInstance.get() == this) former.swap(state().mInstance);
   }
   if (!last) return;
-  mEventManager->wake();  // the others were deactivated meanwhile: the worker has to notice
+  mEventManager->wake();  // all others were deactivated meanwhile: the worker has to notice
   SDK_LOG_AS(kSdkClientTag, kUnit, kDestroyInstance, "cleaning mInstance");
-}
-
-void SdkClient::addListener(OrbSdkClientType type) {
-  SDK_LOG_AS(kSdkClientTag, kUnit, kGetInstance, "Add listener for type %d",
-             static_cast<int>(type));
 }
 
 void SdkClient::destroyInstance(OrbSdkClientType type) {
@@ -161,8 +161,8 @@ void SdkClient::destroyInstance(OrbSdkClientType type) {
   disable->finish();
 }
 
-// On the worker, after the cleanup event of @p type. Ends the connection and, with the last type,
-// makes room for a new instance before anybody can join this one.
+// On the worker, after the cleanup event of @p type. Closes the session for good. With the last
+// type it first makes room for a new instance, so that no thread joins this one.
 bool SdkClient::deactivateType(OrbSdkClientType type) {
   Session session;
   std::shared_ptr<SdkDisable> disable;
@@ -184,7 +184,7 @@ bool SdkClient::deactivateType(OrbSdkClientType type) {
   if (session && disable) disable->sendMessage(*session);
   if (session) session->beginClose();
   // The log lines of the session's end come first. No other type needs this thread any more.
-  if (session && last) session->awaitReceiver(kThreadEnd);
+  if (session && last) session->awaitReceiver(kReceiverEnd);
   if (last) SDK_LOG_AS(kSdkClientTag, kUnit, kDestroyInstance, "cleaning mInstance");
   if (disable) disable->complete(std::move(session), last);
   return last;

@@ -11,8 +11,8 @@
 namespace {
 
 // Limits, in this order: a disabled type may still connect and send (the grace period); a send that
-// runs may end; the worker deactivates the type after the connection was closed; the threads end.
-// Together well below half a second.
+// runs may end; the worker deactivates the type after its session was closed; receiver and worker
+// end, each. Together well below half a second.
 constexpr std::chrono::milliseconds kGracePeriod(200);
 constexpr std::chrono::milliseconds kSendEnd(30);
 constexpr std::chrono::milliseconds kAfterClose(100);
@@ -101,9 +101,9 @@ void SdkDisable::awaitMessage() {
   mMessageTried.wait(lock, [this]() ORB_REQUIRES(mMutex) { return mMessage != Message::Claimed; });
 }
 
-// Called before a connection is closed after the grace period; the connection may still work. Runs
-// on the thread that forces the disable, or on the worker if it is late. The second one waits for
-// the first, so that neither closes the connection during the send.
+// Called before a session is closed after the grace period; its connection may still work. Runs on
+// the thread that forces the disable, or on the worker if it is late. The second one waits for the
+// first, so that neither closes the connection during the send.
 void SdkDisable::sendMessage(OrbIpcClientSession& session) {
   if (mCleanup->silent) return;
   if (!claimMessage()) {
@@ -114,7 +114,7 @@ void SdkDisable::sendMessage(OrbIpcClientSession& session) {
     SendBlobMessage message(convertSdkTypeToIpc(mType), std::move(mCleanup->blob));
     session.sendAtOnce(message);
   } catch (...) {
-    // The caller closes the connection anyway, and waiting threads must go on.
+    // The caller closes the session anyway, and waiting threads must go on.
   }
   noteMessageSent();
 }
