@@ -31,6 +31,7 @@ class HandlerRef {
   std::shared_ptr<Semaphore> mSemaphore;
 };
 
-// Body of a receiver thread: reads frames and hands them on until the socket fails, then forgets
-// the registration, tells the handler, closes the socket and signals the handler's semaphore.
+// Body of a receiver thread: reads frames and hands them to the handler until the socket fails or
+// ends. Then it deregisters the socket, tells the handler, closes the socket and signals the
+// semaphore.
 void receiveFrames(SharedSocket socket, HandlerRef handler);

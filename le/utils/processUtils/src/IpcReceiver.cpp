@@ -17,7 +17,7 @@
 
 namespace {
 
-// Lines bear the names of the receiver as a whole.
+// The names under which the log shows all lines of a receiver.
 constexpr char kUnit[] = "le/utils/processUtils/src/ProcessUtils.cpp";
 constexpr char kReceiver[] = "ipcReceiver";
 
@@ -27,29 +27,32 @@ struct FreeMemory {
   void operator()(void* memory) const { free(memory); }
 };
 
-// Where the frames of one receiver are put, one after the other: those of the usual length in the
-// same place, longer ones each in memory of its own. The receiver thread's alone; no lock.
+// The memory for the frames of one receiver, which holds one frame at a time. Frames of the usual
+// length use the same buffer, and a longer frame gets a buffer of its own. Used by the receiver
+// thread only; no lock.
 class FramePlace {
  public:
   FramePlace() = default;
   FramePlace(const FramePlace&) = delete;
   FramePlace& operator=(const FramePlace&) = delete;
 
-  // Room for a frame with this header, which is copied there. It stays until the next call.
+  // Gives room for a frame with this header, and copies the header there. The room is valid until
+  // the next call of make() or giveBack().
   ipcMsg_t* make(const ipcMsg_t& header) {
     mLong.reset();
     if (header.payloadLength > kUsualPayload) mLong.reset(allocate(header.payloadLength));
     void* const place = mLong ? mLong.get() : static_cast<void*>(mUsual);
     return static_cast<ipcMsg_t*>(memcpy(place, &header, sizeof(header)));
   }
-  // A long frame's memory is not kept while the receiver waits.
+  // Frees the buffer of a long frame: the receiver must not keep it while it waits for the next
+  // frame.
   void giveBack() { mLong.reset(); }
 
  private:
   static constexpr size_t kUsualPayload = 976;
 
-  // The length comes from the peer and is trusted: a frame that cannot be held ends the process.
-  // The zeroed pages cost nothing before bytes arrive in them.
+  // The length comes from the peer and is trusted: a frame for which there is no memory ends the
+  // process. calloc() gives zeroed pages, which cost nothing until bytes arrive in them.
   static void* allocate(uint64_t payloadLength) {
     const uint64_t room = SIZE_MAX - sizeof(ipcMsg_t);
     void* const memory = payloadLength <= room
@@ -63,6 +66,8 @@ class FramePlace {
   std::unique_ptr<void, FreeMemory> mLong;
 };
 
+// Reads the payload of @p frame, whose header is complete. @p received is what the log shows as the
+// length. False if the socket failed or ended before the whole payload.
 bool receivePayload(StreamReader& reader, ipcMsg_t* frame, int& received) {
   received = 0;
   if (frame->payloadLength == 0) return true;
@@ -83,13 +88,14 @@ bool receivePayload(StreamReader& reader, ipcMsg_t* frame, int& received) {
   return true;
 }
 
-// Reads the frames of one socket. On the heap, for the thread's stack is small; the receiver
-// thread's alone, no lock.
+// Reads the frames of one socket. It is large, so it is on the heap: a thread's stack is small.
+// Used by the receiver thread only; no lock.
 class FrameReceiver {
  public:
   explicit FrameReceiver(int fd) : mReader(fd) {}
 
-  // One frame; false when the socket has failed or nobody wants its frames any more.
+  // Reads one frame and hands it to the handler. False if the socket has failed or has ended, or if
+  // the handler was destroyed.
   bool receive(const HandlerRef& handlerRef);
 
  private:
@@ -98,7 +104,7 @@ class FrameReceiver {
 };
 
 bool FrameReceiver::receive(const HandlerRef& handlerRef) {
-  ipcMsg_t header = {};  // what a short header leaves out reads as zero
+  ipcMsg_t header = {};  // if the peer sends less, the rest is zero
   const ssize_t result = mReader.read(&header, sizeof(header));
   const int error = errno;
   ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "recv: len: %d", static_cast<int>(result));
@@ -119,9 +125,9 @@ bool FrameReceiver::receive(const HandlerRef& handlerRef) {
   return handler != nullptr;
 }
 
-// Forgets the registration of @p socket and returns its session id; 0 when the owner or a new
-// socket with the same id was quicker.
-unsigned int forgetSocket(const SharedSocket& socket) {
+// Deregisters @p socket and returns its session id. Returns 0 if it is not registered any more: its
+// owner has deregistered it, or a new socket with the same id has replaced it.
+unsigned int deregister(const SharedSocket& socket) {
   const auto globals = getProcessUtilsGlobals();
   SharedSocket last;  // closed after the lock
   const ScopedLock<SharedMutex> lock(globals->mLock);
@@ -145,8 +151,9 @@ void reportException(int fd) {
              fd);
 }
 
+// The last steps of a receiver for its handler.
 void endSession(const SharedSocket& socket, const HandlerRef& handlerRef) {
-  const unsigned int sessionId = forgetSocket(socket);
+  const unsigned int sessionId = deregister(socket);
   ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kReceiver, "Notifying session %d",
              static_cast<int>(sessionId));
   const auto handler = handlerRef.lock();
@@ -156,7 +163,7 @@ void endSession(const SharedSocket& socket, const HandlerRef& handlerRef) {
   } catch (...) {
     reportException(socket->get());
   }
-  handler->handleReceiverEnd(socket->get());  // the last call always comes
+  handler->handleReceiverEnd(socket->get());  // also if the call before threw
 }
 
 }  // namespace
@@ -174,7 +181,7 @@ void receiveFrames(SharedSocket socket, HandlerRef handler) {
   const auto semaphore = handler.semaphore();
   tSemaphoreOfThisReceiver = &semaphore;
   const int fd = socket->get();
-  // What a handler throws ends this connection, never the thread without its last steps.
+  // An exception of the handler ends this connection. The thread does its last steps all the same.
   try {
     const auto receiver = std::make_unique<FrameReceiver>(fd);
     while (receiver->receive(handler)) {
@@ -188,9 +195,9 @@ void receiveFrames(SharedSocket socket, HandlerRef handler) {
   } catch (...) {
     reportException(fd);
   }
-  // The peer sees the end even if a sender still holds the socket for a moment.
+  // So the peer sees the end at once, even if a sender still holds the socket.
   shutdown(fd, SHUT_RDWR);
-  // Closed before the signal: whoever waited for it finds the descriptor given back.
+  // Before the signal: a thread that waited for the signal may rely on a closed descriptor.
   socket.reset();
   tSemaphoreOfThisReceiver = nullptr;
   semaphore->increase();

@@ -64,8 +64,8 @@ bool startReceiver(Thread& thread, const SharedSocket& socket, HandlerRef handle
 }
 
 // Whether the socket no longer works: it was shut down, or the peer has closed it. Its receiver may
-// still handle earlier data.
-bool isOnItsWayOut(const UniqueFd& socket) {
+// still handle earlier data, and then ends.
+bool isEnding(const UniqueFd& socket) {
   pollfd state = {socket.get(), POLLRDHUP, 0};
   return poll(&state, 1, 0) > 0;  // hang-ups and errors are reported whatever was asked for
 }
@@ -76,7 +76,7 @@ bool registerLocked(ProcessUtilsGlobals& globals, const ProcessUtilsGlobals::Key
                     SharedSocket socket, HandlerRef handler, SharedSocket& displaced) {
   const auto present = globals.mSockets.find(key);
   const bool taken = present != globals.mSockets.end();
-  if (taken && !isOnItsWayOut(*present->second)) {
+  if (taken && !isEnding(*present->second)) {
     ORB_LOGE("id: 0x%lx, sessionId: %d is already registered", key.first,
              static_cast<int>(key.second));
     return false;
@@ -162,8 +162,8 @@ bool sendWhole(const ipcMsg_t& msg, const IpcSocket& socket, int flags) {
   ORB_LOG_AS(ANDROID_LOG_ERROR, __FILE__, kSendIpc, "send: failure, errno: %d(%s)", error,
              strerror(error));
   const bool noRoom = (flags & MSG_DONTWAIT) != 0 && error == EAGAIN;
-  // The peer reads no more, but may keep its sending direction open: then the receiver would never
-  // notice.
+  // The peer reads no more, but may keep its sending direction open. Without the shutdown, the
+  // receiver would never notice.
   if (!noRoom) shutdown(socket.get(), SHUT_RDWR);
   return false;
 }
@@ -173,6 +173,6 @@ int sendFlags(int flags) { return isLibraryThread() ? flags : flags | MSG_NOSIGN
 bool sendIpc(const ipcMsg_t& msg, const IpcSocket& socket, int flags) {
   ORB_LOGD("dstProcessId: 0x%lx, sessionId: %ld", static_cast<unsigned long>(msg.dstProcessId),
            static_cast<long>(msg.sessionId));
-  // Without its pair the socket is about to end; the pair may belong to the next one.
+  // A socket that has lost its pair is about to end, and the pair may belong to a new one.
   return socket.isRegistered() && sendWhole(msg, socket, flags);
 }
