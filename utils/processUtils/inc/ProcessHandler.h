@@ -22,7 +22,7 @@ class ProcessHandler {
   ProcessHandler& operator=(const ProcessHandler&) = delete;
   virtual ~ProcessHandler() = default;
 
-  // The frame belongs to the caller and is freed after the call: copy what you need later.
+  // The frame belongs to the caller and is valid until the call returns: copy what you need later.
   virtual void handleMsg(ipcMsg_t* msg);
   // The socket of session @p sessionId is lost or closed. Not called for a socket that its owner
   // deregistered, nor for one that a new socket with the same id has replaced.

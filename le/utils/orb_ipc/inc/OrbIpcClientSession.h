@@ -19,12 +19,13 @@ class OrbIpcClientSession : public OrbIpcSession {
   OrbIpcClientSession(ProcessId own, bool ownThread);
   ~OrbIpcClientSession() override;
 
-  // Connects at once on the calling thread (without a thread of the session's own) and reports the
-  // result before it returns. On a connected session it only replaces the callback.
+  // Connects, and reports the result to @p callback. A session without a thread of its own does
+  // both on the calling thread, before this returns. On a connected session it only replaces the
+  // callback.
   void connectToServer(ConnectionCallback callback);
 
-  // For the owner of a session that is to be closed: what it still receives or reports reaches
-  // nobody. The session itself only keeps the flag.
+  // For the owner of a session that is to be closed. The session only keeps the flag: the owner
+  // reads it and drops what the session still receives or reports.
   void stopDelivery() { mDeliveryStopped = true; }
   const std::atomic<bool>& deliveryStopped() const { return mDeliveryStopped; }
 

@@ -10,24 +10,25 @@
 
 class OrbIpcSession;
 
-// One connection of a session, from its socket to the end of whoever uses that. Shared by the
-// session, the thread that connects and those that close; a session that connects again has a new
-// one, so nobody mistakes one connection for another. The session's mStateLock guards what is not
-// constant: whoever closes takes the socket and learns who tells of the end in one step.
+// One connection of a session, from the creation of its socket until its receiver has ended. Shared
+// by the session, the thread that connects and those that close. A session that connects again has
+// a new one, so no thread confuses it with an earlier connection. The session's mStateLock guards
+// all fields that are not constant: a thread that closes takes the socket and finds out who will
+// signal the end in one step.
 struct OrbIpcConnection {
-  // Who will signal `ended`.
+  // Which thread will signal `ended`.
   enum class EndTold { ByNobody, ByConnectingThread, ByReceiver };
 
   OrbIpcConnection(const SharedSocket& ours, std::shared_ptr<Semaphore> semaphore)
       : identity(ours), ended(std::move(semaphore)), socket(ours) {}
 
-  const std::weak_ptr<IpcSocket> identity;  // which socket it is, without keeping it open
+  const std::weak_ptr<IpcSocket> identity;  // the socket, without keeping it open
   const std::shared_ptr<Semaphore> ended;
-  SharedSocket socket;  // empty once the connection is lost or closed, and for good
+  SharedSocket socket;  // empty as soon as the connection is lost or closed
   EndTold endTold = EndTold::ByNobody;
   unsigned int sessionId = 0;
   std::shared_ptr<ProcessUtilsGlobals> globals;  // held while the socket is registered
-  // While it is being closed for good: the receiver still has to find the session, which nobody
-  // else may need any more.
+  // Set while the session is closed for good: keeps it for the receiver, which still has to tell it
+  // about its end.
   std::shared_ptr<OrbIpcSession> keptSession;
 };

@@ -65,21 +65,21 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   // ended; on that thread itself it does not wait. The session may connect again afterwards, and on
   // another thread even meanwhile: that connection is not touched.
   void cleanup();
-  // Starts what cleanup() does, for good, without waiting: the session never connects again.
+  // Closes the connection for good, without waiting: the session never connects again.
   void beginClose();
-  // A connect, this one or a later one, makes no further attempt once one has failed.
+  // From now on a connect ends with the first attempt that fails, also one that is in progress.
   void stopRetrying();
-  // Waits until the receiver of a closed connection has ended. True when there is none any more, or
-  // when this is its own thread.
+  // Waits until the receiver of a closed connection has ended. False after the timeout. True at
+  // once if there is no receiver, or if the caller is its thread.
   bool awaitReceiver(std::chrono::milliseconds timeout);
 
  protected:
   virtual void notifyConnectionStatus(bool connected) = 0;
   // Registers the session's socket and starts its receiver; the session is connected then. For
-  // subclasses that are built on a descriptor; not before a shared_ptr owns the session. False
-  // without a socket, when that has its receiver already, and when registering it is refused.
+  // subclasses that are built on a descriptor; not before a shared_ptr owns the session. False if
+  // there is no socket, if it has its receiver already, or if the registration is refused.
   bool registerReceiverHandler();
-  // Forgets the registration, if there is one; the receiver goes on until its socket ends.
+  // Deregisters the socket, if it is registered; the receiver goes on until its socket fails.
   void deregisterReceiverHandler();
   // For subclasses with a thread of their own: to be called first in their destructor.
   void stopHandlerThread();
@@ -91,7 +91,7 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   void threadFunc();
   void handleConnectToOrbEvent();
   Connection openConnection(SharedSocket& socket);
-  bool mayBegin(Connection connection);
+  bool beginConnection(Connection connection);
   Attempt connectWithRetries(const Connection& connection, SharedSocket& socket);
   bool connectOnce(int fd);
   Attempt setUpConnection(const Connection& connection, SharedSocket& socket);
@@ -102,7 +102,7 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   bool receiveHandshake(int fd, int32_t& type, int32_t& sessionId);
   void answerHandshake(int fd, int32_t sessionId);
   bool startReceiver(const Connection& connection, unsigned int sessionId);
-  void forget(const Connection& connection);
+  void deregister(const Connection& connection);
   void handleOrbIpcIncomingRawMessage(const std::shared_ptr<OrbIpcIncomingRawMessage>& msg);
   void handleSendMessage(const std::shared_ptr<OrbIpcMessage>& msg);
   void handleOrbIpcRawMessage(const std::shared_ptr<OrbIpcRawMessage>& msg);
@@ -110,9 +110,9 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   // header.
   bool sendFrame(std::vector<unsigned char> frame, unsigned int msgId, long subsystemId,
                  int flags = 0);
-  // @p lastWord: the receiver says no more after this.
+  // @p lastWord: it is the receiver's last call.
   void endConnection(const std::shared_ptr<Semaphore>& receiver, bool lastWord = false);
-  Connection takeSocket(bool forGood, std::shared_ptr<Semaphore>& ended);
+  Connection closeConnection(bool forGood, std::shared_ptr<Semaphore>& ended);
 
   // Constant after construction, or before the first connect.
   const ProcessId mOwn;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Connecting a session: socket, attempts, handshake. Every step that follows another looks under
-// the lock whether the session was closed meanwhile, for shutting a socket down does not end a
-// connect.
+// Connecting a session: socket, attempts, handshake. Before each step the thread checks under the
+// lock whether the session was closed meanwhile: shutdown() of a socket does not end a connect.
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
@@ -16,8 +15,7 @@
 
 namespace {
 
-// Lines bear the names of the session's unit and of the two operations that are spread over
-// functions.
+// The names under which the log shows all lines of these two operations.
 constexpr char kUnit[] = "le/utils/orb_ipc/src/OrbIpcSession.cpp";
 constexpr char kConnect[] = "handleConnectToOrbEvent";
 constexpr char kHandshake[] = "performHandshake";
@@ -42,14 +40,14 @@ void OrbIpcSession::handleConnectToOrbEvent() {
   try {
     result = connectWithRetries(connection, socket);
   } catch (const std::bad_alloc&) {
-    // An attempt like any other that has failed.
+    // Without memory the connect has failed.
   }
   socket.reset();
   concludeConnect(connection, result);
 }
 
-// With no share of the socket left on this thread: whoever hears of the end, or of a failure, finds
-// the descriptor closed.
+// The last step of a connect. This thread has released its share of the socket before: whoever is
+// told of the end, or of a failure, may rely on a closed descriptor.
 void OrbIpcSession::concludeConnect(const Connection& connection, Attempt result) {
   SharedSocket failed;
   bool closed = false;
@@ -58,8 +56,8 @@ void OrbIpcSession::concludeConnect(const Connection& connection, Attempt result
     const LockGuard lock(mStateLock);
     closed = !connection->socket;
     if (connection->endTold == OrbIpcConnection::EndTold::ByConnectingThread) {
-      // The closing side waits for the receiver; where none was started, this thread stands in for
-      // it.
+      // A thread that closes waits for the end of the receiver. None was started, so this thread
+      // signals the end.
       tellEnd = closed;
       connection->endTold = OrbIpcConnection::EndTold::ByNobody;
     }
@@ -76,20 +74,20 @@ void OrbIpcSession::concludeConnect(const Connection& connection, Attempt result
 }
 
 OrbIpcSession::Connection OrbIpcSession::openConnection(SharedSocket& socket) {
-  if (!mayBegin(nullptr)) return nullptr;
+  if (!beginConnection(nullptr)) return nullptr;
   socket = std::make_shared<IpcSocket>();
   auto connection = std::make_shared<OrbIpcConnection>(socket, std::make_shared<Semaphore>());
   connection->endTold = OrbIpcConnection::EndTold::ByConnectingThread;
   socket->reset(
       openAboveStandardStreams([] { return ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0); }));
   ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kConnect, "Created socket; mSocketFd: %d", socket->get());
-  if (socket->get() < 0 || !mayBegin(connection)) return nullptr;
+  if (socket->get() < 0 || !beginConnection(connection)) return nullptr;
   return connection;
 }
 
-// Whether the session may connect: it has no socket and is not closed for good. If so, @p
-// connection becomes its own.
-bool OrbIpcSession::mayBegin(Connection connection) {
+// Makes @p connection the session's own. False if the session has a socket or is closed for good.
+// Without a connection, it only says whether one could begin.
+bool OrbIpcSession::beginConnection(Connection connection) {
   {
     const LockGuard lock(mStateLock);
     if (mClosedForGood) return false;
@@ -142,7 +140,7 @@ OrbIpcSession::Attempt OrbIpcSession::setUpConnection(const Connection& connecti
   }
   unsigned int sessionId = 0;
   if (!performHandshake(socket->get(), sessionId)) return Attempt::Failed;
-  socket.reset();  // the receiver is to be the last one that lets go
+  socket.reset();  // so that the receiver is the last holder, which closes the descriptor
   if (!startReceiver(connection, sessionId)) return Attempt::Failed;
   ORB_LOG_AS(ANDROID_LOG_DEBUG, kUnit, kConnect, "Connect success: Handshake success");
   return Attempt::Connected;
@@ -153,7 +151,7 @@ bool OrbIpcSession::isOpen(const Connection& connection) {
   return connection->socket != nullptr;
 }
 
-// False when no further attempt is wanted; true also when the session was closed.
+// False if no further attempt is wanted. True if the session was closed: the caller finds that out.
 bool OrbIpcSession::waitBeforeRetry(const Connection& connection) {
   UniqueLock lock(mStateLock);
   mStateChanged.wait_for(lock, kBetweenAttempts, [&]() ORB_REQUIRES(mStateLock) {

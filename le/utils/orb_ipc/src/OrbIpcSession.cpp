@@ -194,23 +194,23 @@ void OrbIpcSession::handleSessionEnd(unsigned int sessionId) {
 }
 
 void OrbIpcSession::handleReceiverEnd(int) {
-  // The receiver speaks of a session by its id, and has none for one with id 0 nor for one whose id
-  // was given away: they learn of their end here.
+  // handleSessionEnd() does not come for a session with id 0, nor for one whose id belongs to a new
+  // socket: such a session is told of its end here.
   endConnection(semaphoreOfThisReceiver(), true);
 }
 
-// The connection of @p receiver has ended, or with none the present one. What was closed on purpose
-// has no socket any more and nothing to report; nor has a connection that has a successor already.
+// The connection whose receiver signals @p receiver has ended; without @p receiver, the latest one.
+// Reports the loss, unless the session has closed the connection or has a later one.
 void OrbIpcSession::endConnection(const std::shared_ptr<Semaphore>& receiver, bool lastWord) {
   bool lost = false;
-  std::shared_ptr<OrbIpcSession> kept;  // given back whatever becomes of the report
+  std::shared_ptr<OrbIpcSession> kept;  // released after the report, also if that throws
   {
     const LockGuard lock(mStateLock);
     if (!mConnection || (receiver && receiver != mConnection->ended)) return;
     lost = mConnection->socket != nullptr;
     if (lost) mConnected = false;
     mConnection->socket.reset();  // the receiver closes it
-    // In the same step: without a socket nobody keeps the session any more.
+    // In the same step: without a socket, no thread sets keptSession any more.
     if (lastWord) kept.swap(mConnection->keptSession);
   }
   if (lost) notifyConnectionStatus(false);
@@ -255,7 +255,7 @@ bool OrbIpcSession::startReceiver(const Connection& connection, unsigned int ses
   if (connection->socket) {
     mConnected = false;
   } else if (before == EndTold::ByNobody) {
-    connection->ended->increase();  // closed meanwhile by one who counted on a receiver
+    connection->ended->increase();  // the thread that closed it meanwhile waits for a receiver
   }
   return false;
 }
@@ -266,10 +266,10 @@ void OrbIpcSession::deregisterReceiverHandler() {
     const LockGuard lock(mStateLock);
     connection = mConnection;
   }
-  if (connection) forget(connection);
+  if (connection) deregister(connection);
 }
 
-void OrbIpcSession::forget(const Connection& connection) {
+void OrbIpcSession::deregister(const Connection& connection) {
   std::shared_ptr<ProcessUtilsGlobals> globals;
   unsigned int sessionId = 0;
   {
@@ -279,15 +279,16 @@ void OrbIpcSession::forget(const Connection& connection) {
   }
   if (!globals) return;
   const UniqueFd none;
-  const SharedSocket socket = connection->identity.lock();  // if the table holds it, it is there
+  const SharedSocket socket = connection->identity.lock();  // not empty while the table holds it
   deregisterSocket(static_cast<unsigned long>(toWire(mPeer)), sessionId,
                    socket ? socket.get() : &none);
 }
 
-// Takes the socket out of the session, and in the same step the semaphore by which its last user
-// will tell that it has ended; both empty if there is nothing to close or to wait for.
-OrbIpcSession::Connection OrbIpcSession::takeSocket(bool forGood,
-                                                    std::shared_ptr<Semaphore>& ended) {
+// Closes the connection: takes its socket out of the session and shuts it down. @p ended gets, in
+// the same step, the semaphore that signals the end. The result is empty if there is nothing to
+// close, and @p ended if there is nothing to wait for.
+OrbIpcSession::Connection OrbIpcSession::closeConnection(bool forGood,
+                                                         std::shared_ptr<Semaphore>& ended) {
   Connection connection;
   SharedSocket socket;
   {
@@ -307,7 +308,7 @@ OrbIpcSession::Connection OrbIpcSession::takeSocket(bool forGood,
   mStateChanged.notify_all();
   if (socket) {
     ORB_LOG_AS(ANDROID_LOG_DEBUG, __FILE__, "cleanup", "closing socket Fd %d", socket->get());
-    // Wakes whoever is blocked in a receive or a send on it; the last holder closes the number.
+    // Wakes the threads that are blocked on it. The last holder closes the descriptor.
     shutdown(socket->get(), SHUT_RDWR);
   }
   return connection;
@@ -315,26 +316,27 @@ OrbIpcSession::Connection OrbIpcSession::takeSocket(bool forGood,
 
 void OrbIpcSession::cleanup() {
   std::shared_ptr<Semaphore> ended;
-  const Connection connection = takeSocket(false, ended);
+  const Connection connection = closeConnection(false, ended);
   if (!connection) {
-    // A receiver that is just ending forgets the registration itself.
+    // A receiver thread that is just ending deregisters its socket itself.
     if (!semaphoreOfThisReceiver()) deregisterReceiverHandler();
     return;
   }
-  // So it does after this call if it is this thread.
+  // This receiver thread does so after the call.
   if (isReceiverThreadOf(ended.get())) return;
   if (ended) {
     ended->decrease();
     const LockGuard lock(mStateLock);
-    connection->endTold = OrbIpcConnection::EndTold::ByNobody;  // any more
+    connection->endTold = OrbIpcConnection::EndTold::ByNobody;  // it was told
   }
-  forget(connection);
+  deregister(connection);
 }
 
 void OrbIpcSession::beginClose() {
-  // The receiver still finds its registration; that of a socket that is shut down keeps nobody out.
+  // The socket stays registered until its receiver deregisters it. Being shut down, it does not
+  // block a new connection with the same id.
   std::shared_ptr<Semaphore> ended;
-  takeSocket(true, ended);
+  closeConnection(true, ended);
 }
 
 void OrbIpcSession::stopRetrying() {
@@ -355,7 +357,7 @@ bool OrbIpcSession::awaitReceiver(std::chrono::milliseconds timeout) {
   const auto& ended = connection->ended;
   if (isReceiverThreadOf(ended.get())) return true;
   if (!ended->decreaseFor(timeout)) return false;
-  ended->increase();  // the end stays visible to whoever asks next
-  forget(connection);
+  ended->increase();  // so that the next call finds the end, too
+  deregister(connection);
   return true;
 }
