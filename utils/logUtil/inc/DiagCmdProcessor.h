@@ -25,18 +25,18 @@ class DiagCmdProcessor {
 
   virtual ~DiagCmdProcessor() = default;
 
-  // Takes the handler, in place of any earlier one, and registers the command.
-  void initialize(Handler newHandler);
+  // Sets or replaces the handler, and registers the command.
+  void initialize(Handler handler);
 
   // The registered function of the command. There is never a response packet.
   static void* diagCmdHandler(void* request, unsigned short length);
 
-  // Whether somebody wants log packets; until then no text need be made for writeToDiag.
+  // Whether log packets are wanted. If not, the caller need not make a text for writeToDiag().
   static bool isListening();
-  // Sends one packet with the text, cut to 512 bytes; nothing when nobody listens or no packet is
-  // to be had.
+  // Sends one packet with the text, cut to 512 bytes. Sends nothing if packets are not wanted, or
+  // if the service gives no packet.
   static void writeToDiag(std::string_view entry);
-  // The same for a caller who has just asked whether anybody listens.
+  // The same without asking whether packets are wanted: the caller has just done so.
   static void sendPacket(std::string_view entry);
 
  private:
@@ -46,5 +46,6 @@ class DiagCmdProcessor {
 
   Mutex mMutex;
   // Shared, because a copy would need memory when the command comes.
-  std::shared_ptr<const Handler> handler ORB_GUARDED_BY(mMutex) = std::make_shared<const Handler>();
+  std::shared_ptr<const Handler> mHandler ORB_GUARDED_BY(mMutex) =
+      std::make_shared<const Handler>();
 };

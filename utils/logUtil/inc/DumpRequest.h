@@ -2,8 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// Why the records that wait are written out. No state: a base that lends its names, so that they
-// are those of the dump, which serves the requests, and those of the log, where requests are filed.
+// Why the records that wait are written out. No state: a base of the log, which takes the requests,
+// and of the dump, which serves them, so that both have these names.
 struct DumpRequest {
   enum DumpRequestType : int {
     BUFFER_IS_FULL = 0,

@@ -11,27 +11,26 @@
 #include "GcmCipher.h"
 #include "LogLine.h"
 
-// The encrypted log: seals records with the session key of this run and appends them to files that
-// only the holder of the private key can read, one file after the other. One object, owned by the
-// log, which declares it guarded by its mutex: so every call is made with that held, on the thread
-// that logs, and records stand in the files in the order of the lines. What cannot be sealed or
-// written is dropped.
+// The encrypted log: seals records with the session key of this run and appends them to files, one
+// file after the other, that only the holder of the private key can read. One object, owned by the
+// log and guarded by its mutex: the thread that logs calls it with the mutex held, so the records
+// in the files have the order of the lines. A record that cannot be sealed or written is dropped.
 class EncryptedLog {
  public:
-  // Key material, wiped at its end.
+  // Key material, which its destructor wipes.
   struct Secret : std::vector<uint8_t> {
     Secret() = default;
     Secret(const Secret&) = delete;
     Secret& operator=(const Secret&) = delete;
     ~Secret();
   };
-  // What a run is started with: the configuration's numbers as they stand there, and its keys.
+  // What a run starts with: the numbers of the configuration as they are there, and the keys.
   struct Settings {
     uint64_t recordsPerFile = 0;
     uint8_t maxFiles = 0;
-    bool logPermsEnabled = false;  // the files' group may read them
-    Secret aesKey;
-    std::vector<uint8_t> wrappedKey;  // the same for whoever has the private key
+    bool logPermsEnabled = false;     // the group of the files may read them
+    Secret aesKey;                    // the session key
+    std::vector<uint8_t> wrappedKey;  // the session key, encrypted with the public key
   };
 
   EncryptedLog() = default;
@@ -47,10 +46,11 @@ class EncryptedLog {
   // Appends one record.
   void encryptLogMsg(std::string_view entry);
 
-  // libcrypto is about to go: from now on nothing is sealed in this process. Any thread.
+  // libcrypto is about to clean itself up: from now on nothing is sealed in this process. Any
+  // thread.
   static void noteCryptoGone();
 
-  // How the present run goes; of the latest one when there is none.
+  // What tests ask for: the state of the present run, or of the latest one if none is under way.
   uint64_t getRecordsPerFile() const { return recordsPerFile; }
   uint8_t getMaxFiles() const { return maxFiles; }
   int getFileIndex() const { return fileIndex; }
@@ -62,11 +62,11 @@ class EncryptedLog {
 
   bool nextLogFile();
   std::string logFileName(int index) const;
-  bool createNewlogFileName();
+  void createNewlogFileName();
   void beginWith(EncryptedLogFile next);
   void writeToFile(const uint8_t* bytes, size_t size, EncryptedLogFile& file) const;
   void applyLogPerms() const;
-  // The directory follows the present tag, as file names follow the one that the run began with.
+  // The directory depends on the present tag, the file names on the tag at the start of the run.
   static std::string getLogFilePath();
   static std::string getFileTag();
 
@@ -80,5 +80,5 @@ class EncryptedLog {
   std::vector<uint8_t> wrappedKey;  // begins every file
   std::string fileTag;
   EncryptedLogFile logFile;   // the present one
-  EncryptedLogFile fullFile;  // the one before, for the record that found it full
+  EncryptedLogFile fullFile;  // the one before, for the record that has found it full
 };

@@ -12,30 +12,31 @@
 
 #include "UniqueFd.h"
 
-// One file of the encrypted log, found by its name for each piece that is appended, with the result
-// of opening, writing and closing it each time, and at a fraction of the cost: the descriptor is
-// kept as long as its file is still the one under the name. Owned by the log and used under its
-// mutex; never blocks on anything but a regular file's own disk. What cannot be written is dropped.
+// One file of the encrypted log. Appending a piece has the same result as opening the file by its
+// name, writing and closing it, but costs much less: the descriptor is kept as long as its file
+// still has the name. Owned by the encrypted log and used under the log's mutex. It blocks only
+// while the disk writes. A piece that cannot be written is dropped.
 //
-// A piece is only readable with the header before it: whoever removes, empties or shortens the file
-// gets a new header before the next piece, and so does a disk that had no room for the first one.
+// A piece can be read only if the header precedes it. If the file was removed, emptied or
+// shortened, or if the disk had no room for the header, the header is written again before the next
+// piece.
 //
-// Others may be able to write to the folder. So a new file is made where nothing has the name, and
-// what has the name already is written to only if it is a regular file of this user without a
-// second name; links are not followed.
+// Other users may have the right to write to the folder. So a new file is made only under a name
+// that nothing has, and an existing file is used only if it is a regular file of this user without
+// a second name. Links are not followed.
 class EncryptedLogFile {
  public:
   EncryptedLogFile() = default;  // no file; nothing can be appended to it
   EncryptedLogFile(std::string path, std::vector<uint8_t> header);
 
   const std::string& path() const { return mPath; }
-  // Makes an empty file if there is none.
+  // Makes an empty file if nothing has the name.
   void create();
-  // Removes what bears the name and begins a new file with the header.
+  // Removes what has the name, makes a new file and writes the header. False if that failed.
   bool start();
-  // Makes the file if it is missing. False when the bytes are not in it.
+  // Appends a piece; makes the file if it is missing. False if the piece is not in the file.
   bool append(const uint8_t* data, size_t size);
-  // Gives the descriptor back; the next piece opens the file anew.
+  // Closes the descriptor; the next piece opens the file again.
   void close();
 
  private:
@@ -53,12 +54,12 @@ class EncryptedLogFile {
   std::string mPath;
   std::vector<uint8_t> mHeader;
   UniqueFd mFd;
-  bool mMade = false;   // by this object, so that it may be emptied
-  bool mBegun = false;  // this run's header has been written to it
-  off_t mRemains = -1;  // where half a piece begins that could not be taken back
-  off_t mSize = 0;      // when it was last looked at or written to
-  off_t mEnd = 0;       // of the latest piece, as far as this object knows
-  off_t mLatest = 0;    // its size
+  bool mMade = false;   // this object has made the file, so it may empty it
+  bool mBegun = false;  // the header of this run is in the file
+  off_t mRemains = -1;  // begin of an incomplete piece that could not be cut off, or -1
+  off_t mSize = 0;      // size of the file when it was last checked or written to
+  off_t mEnd = 0;       // end of the latest piece, as far as this object knows
+  off_t mLatest = 0;    // size of the latest piece
   dev_t mDevice = 0;
   ino_t mInode = 0;
 };

@@ -7,13 +7,13 @@
 #include "EncryptedLog.h"
 #include "UniqueFd.h"
 
-// The set-up of the encrypted log: its configuration file, and the keys of one run. On the thread
-// that sets the log up, without a lock; what there is to say goes to the log, so the caller holds
-// no lock of that. Both throw std::bad_alloc.
+// The set-up of the encrypted log: its configuration file, and the keys of one run. Called on the
+// thread that sets the log up, without a lock of the log: these functions write lines to the log.
+// The last two throw std::bad_alloc.
 
-// The configuration file; none when it cannot be opened, and then there is no encrypted log.
+// Opens the configuration file. If it cannot be opened, there is no encrypted log.
 UniqueFd openLogConfig();
-// Takes all of the settings that the file decides. False when it gives no key to wrap with.
+// Reads the file's settings, and makes the keys. False without a public key that can be used.
 bool readLogConfig(int fd, EncryptedLog::Settings& settings);
-// The keys for this public key; false when they cannot be made, and then both are empty.
+// Makes the keys for this public key. False if that fails; then both are empty.
 bool makeLogKeys(std::string publicKeyPem, EncryptedLog::Settings& settings);

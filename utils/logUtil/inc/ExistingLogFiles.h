@@ -7,17 +7,17 @@
 #include <map>
 #include <string>
 
-// The encrypted logs that earlier processes left behind: which of them go, and with which index
-// this process begins. A value for the start of the encrypted log; no lock. Very many old files are
-// removed by a thread of their own, which owns all that it touches.
+// The encrypted logs that earlier processes have left: removes the old ones, and says with which
+// index this process begins. Used while the encrypted log starts, on that thread; no lock. If there
+// are very many old files, the thread "orb-log-remove" removes them, which owns all that it uses.
 class ExistingLogFiles {
  public:
   using ByAge = std::map<int64_t, std::string>;  // seconds to path, youngest first
 
-  // Those in @p folder whose names have @p fileTag, of a log that goes round in @p maxFiles files.
+  // The files in @p folder whose names contain @p fileTag, of a log that has @p maxFiles files.
   ExistingLogFiles(std::string folder, const std::string& fileTag, int maxFiles);
 
-  // Looks through the folder. Both give the index to begin with.
+  // Both return the index to begin with. The first one reads the folder.
   int checkExistingFiles() const;
   int reviewExistingFiles(ByAge files, time_t now) const;
 

@@ -16,31 +16,31 @@
 #include "ThreadSafeQueue.h"
 
 // The records that wait, and the two threads that write them to the diagnostic channel in batches:
-// the dumper empties the queue at each request, the timer files one every 30 seconds. One object,
-// owned by the log; what it reports goes to the function that it was made with, on the dumper's
-// thread. Any thread adds records and requests at any time; start() and stop() are for one thread
-// at a time, which the log sees to. The queues have their own locks; timerMutex guards the timer's
-// stop requests and is not held while a thread is waited for. Without memory a record or a request
-// is dropped.
+// the dumper empties the queue at each request, the timer makes a request every 30 seconds. One
+// object, owned by the log; it reports each dump to the function that it was made with, on the
+// dumper's thread. Any thread adds records and requests at any time; start() and stop() are called
+// by one thread at a time, for which the log provides. The queues have their own locks; timerMutex
+// guards the timer's stop requests and is not held during a wait for a thread. Without memory a
+// record or a request is dropped.
 class RecordDump : public DumpRequest {
  public:
   // Told of each dump that is done, with its request's name.
   using Completed = void (*)(const char* request, int milliseconds);
-  explicit RecordDump(Completed completed) : mCompleted(completed) {}
+  explicit RecordDump(Completed report) : completed(report) {}
   RecordDump(const RecordDump&) = delete;
   RecordDump& operator=(const RecordDump&) = delete;
 
-  // A thread that cannot be had is done without: records may have to wait.
+  // If the system has no thread, the other one works alone, and records may have to wait.
   void start();
-  // Ends both threads and waits for them, but not for one that cannot end before this returns: the
-  // calling one, the dumper when @p dumperWaits says that it waits for the caller, and one that is
-  // stuck while the process ends, which gets 200 ms.
+  // Ends both threads and waits for them. It does not wait for the calling thread, nor for the
+  // dumper if that waits for the caller (@p dumperWaits). While the process ends (@p exiting), it
+  // waits 200 ms for the dumper, which may never end then.
   void stop(bool dumperWaits, bool exiting);
 
   // Queues a record of this text.
   void queueRecord(const RecordStamp& stamp, std::string_view message);
-  // Files BUFFER_IS_FULL when 3000 records wait. One such request that waits is enough: the dump
-  // that it leads to takes whatever is queued by then.
+  // Requests BUFFER_IS_FULL when 3000 records wait, unless such a request waits already: its dump
+  // will take all records that are queued then.
   void requestDumpWhenFull() {
     if (records.size() >= kFullQueue) requestDumpOnce();
   }
@@ -49,6 +49,7 @@ class RecordDump : public DumpRequest {
   // writers go on meanwhile.
   void dump(DumpRequestType type);
 
+  // What tests ask for and set.
   size_t queuedRecords() const { return records.size(); }
   size_t queuedRequests() const { return dumpRequests.size(); }
   bool hasDumper() const { return dumperThread != nullptr; }
@@ -56,7 +57,7 @@ class RecordDump : public DumpRequest {
   // From the timer's next period on.
   void setTimerInterval(std::chrono::milliseconds interval) { timerInterval = interval; }
   std::chrono::milliseconds getTimerInterval() const { return timerInterval; }
-  // A latched stop request is the only one, whatever was asked for before.
+  // From now on several stop requests of the timer count as one.
   void latchStopRequests();
 
  private:
@@ -70,7 +71,7 @@ class RecordDump : public DumpRequest {
   void requestTimerStop();
   static void end(std::unique_ptr<Thread>& thread, bool waits);
 
-  Completed mCompleted;
+  const Completed completed;
   RecordQueue records;
   ThreadSafeQueue<DumpRequestType> dumpRequests;
 

@@ -35,11 +35,11 @@ std::shared_ptr<DiagCmdProcessor> DiagCmdProcessor::getInstance() {
   return mSelf.get();
 }
 
-void DiagCmdProcessor::initialize(Handler newHandler) {
-  auto exchanged = std::make_shared<const Handler>(std::move(newHandler));
+void DiagCmdProcessor::initialize(Handler handler) {
+  auto exchanged = std::make_shared<const Handler>(std::move(handler));
   {
-    LockGuard lock(mMutex);
-    handler.swap(exchanged);
+    const LockGuard lock(mMutex);
+    mHandler.swap(exchanged);
   }
   Diag_LSM_Init(nullptr);
   diagpkt_tbl_reg(&kCommandTable);
@@ -50,8 +50,8 @@ void* DiagCmdProcessor::diagCmdHandler(void* request, unsigned short length) {
   const std::shared_ptr<DiagCmdProcessor> self = getInstance();
   std::shared_ptr<const Handler> current;
   {
-    LockGuard lock(self->mMutex);
-    current = self->handler;
+    const LockGuard lock(self->mMutex);
+    current = self->mHandler;
   }
   std::vector<unsigned char> response;
   // Without a handler this throws: registering the command before initialize() is a programming

@@ -61,8 +61,8 @@ void EncryptedLog::stop() {
 
 void EncryptedLog::encryptLogMsg(std::string_view entry) {
   if (cryptoGone.load()) return;
-  // The record that finds the file full starts the next one and still goes to this one; without
-  // memory for that it is in the other sinks only.
+  // The record that finds the file full starts the next file, but still goes to this one. Without
+  // memory for the next file, the record is dropped.
   const bool full = recordsInFile > static_cast<int64_t>(recordsPerFile);
   if (full && !nextLogFile()) return;
   const size_t length = GcmCipher::kIvSize + GcmCipher::kTagSize + entry.size();
@@ -72,7 +72,6 @@ void EncryptedLog::encryptLogMsg(std::string_view entry) {
   record[1] = static_cast<uint8_t>(length >> 8);
   uint8_t* const iv = record + kLengthSize;
   uint8_t* const tag = iv + GcmCipher::kIvSize;
-  // A record that cannot be sealed properly is not written at all.
   if (recordCipher.newIv(iv) && recordCipher.seal(entry, iv, record + kRecordHeadSize, tag)) {
     writeToFile(record, kLengthSize + length, full ? fullFile : logFile);
   }
@@ -80,7 +79,8 @@ void EncryptedLog::encryptLogMsg(std::string_view entry) {
   ++recordsInFile;
 }
 
-// The last file in turn keeps the index that is one too high in its name; after it, 1 follows.
+// The last file gets the index maxFiles in its name. Then the file with index 0 is removed, and the
+// next file gets index 1.
 bool EncryptedLog::nextLogFile() {
   std::string first;
   EncryptedLogFile next;
@@ -88,7 +88,7 @@ bool EncryptedLog::nextLogFile() {
     first = logFileName(0);
     next = EncryptedLogFile(logFileName(fileIndex + 1), wrappedKey);
   } catch (const std::bad_alloc&) {
-    return false;  // the turn is made as a whole or not at all
+    return false;  // with nothing changed
   }
   recordsInFile = 0;
   ++fileIndex;
@@ -114,9 +114,8 @@ std::string EncryptedLog::logFileName(int index) const {
   return getLogFilePath() + "/orb_log_" + fileTag + "_0" + std::to_string(index);
 }
 
-bool EncryptedLog::createNewlogFileName() {
+void EncryptedLog::createNewlogFileName() {
   beginWith(EncryptedLogFile(logFileName(fileIndex), wrappedKey));
-  return true;
 }
 
 void EncryptedLog::beginWith(EncryptedLogFile next) {
@@ -127,12 +126,11 @@ void EncryptedLog::beginWith(EncryptedLogFile next) {
 }
 
 void EncryptedLog::writeToFile(const uint8_t* bytes, size_t size, EncryptedLogFile& file) const {
-  if (size == 0) return;
   applyLogPerms();
   file.append(bytes, size);
 }
 
-// The whole process's mask, as the permission setting is documented: others of the group may read.
+// Sets the mask of the whole process, as docs/logging.md says of this setting.
 void EncryptedLog::applyLogPerms() const {
   if (logPermsEnabled) umask(002);
 }

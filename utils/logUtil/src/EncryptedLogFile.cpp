@@ -13,20 +13,20 @@
 
 namespace {
 
-// Without waiting: what stands under the name may be a pipe.
+// O_NONBLOCK: the name may be that of a pipe, whose open would wait for a reader.
 constexpr int kOpenFlags = O_WRONLY | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
 constexpr mode_t kMode = 0666;  // less the process's mask
 
-// A file with another name as well may be anybody's.
+// A regular file without a second name. With one, it may be another user's.
 bool isPlain(const struct stat& status) { return S_ISREG(status.st_mode) && status.st_nlink == 1; }
 
 }  // namespace
 
-// A write beyond the limit on file sizes raises SIGXFSZ on the thread that writes, and by default
-// that is the end of the process. While this object exists the thread does not take the signal, and
-// one that a write has raised is gone before the thread takes any again. The limit may change at
-// any time, from outside too, so it is not asked for: that would cost as much and could be wrong by
-// the time of the write.
+// A write beyond the limit on file sizes raises SIGXFSZ on the thread that writes, which by default
+// ends the process. While this object exists, the thread blocks the signal, and discard() removes
+// one that a write has raised. The limit is not read before the write instead: that would cost as
+// much, and the limit may change at any time, also from outside. A local variable of one thread; no
+// lock.
 class EncryptedLogFile::SizeSignal {
  public:
   SizeSignal() {
@@ -34,7 +34,7 @@ class EncryptedLogFile::SizeSignal {
     sigaddset(&mSignal, SIGXFSZ);
     mBlocks =
         pthread_sigmask(SIG_BLOCK, &mSignal, &mFormer) == 0 && sigismember(&mFormer, SIGXFSZ) == 0;
-    // Only a thread that does not take the signal anyway can have one waiting; that one stays.
+    // If the thread has blocked the signal before, one may be pending already; that one stays.
     sigset_t pending;
     mWaited = !mBlocks && (sigpending(&pending) != 0 || sigismember(&pending, SIGXFSZ) != 0);
   }
@@ -44,8 +44,8 @@ class EncryptedLogFile::SizeSignal {
     if (mBlocks) pthread_sigmask(SIG_SETMASK, &mFormer, nullptr);
   }
 
-  // After a write that was refused for the limit. The thread's own signal comes before the
-  // process's.
+  // To be called after a write that the limit has refused. sigtimedwait() takes the signal of the
+  // thread before one of the process.
   void discard() {
     const timespec now = {};
     while (!mWaited && sigtimedwait(&mSignal, nullptr, &now) < 0 && errno == EINTR) {
@@ -85,17 +85,17 @@ bool EncryptedLogFile::append(const uint8_t* data, size_t size) {
 
 void EncryptedLogFile::close() { mFd.reset(); }
 
-// A file that was shortened has lost its header, too, when it is shorter than that; and when it has
-// just room for a header and the latest piece, for it may have been emptied in the very moment
-// between the look at it and that piece.
+// A file that is shorter than the header has lost it. So, perhaps, has a file that was shortened
+// and has no more than the size of a header and the latest piece: it may have been emptied between
+// the check of the file and the write of that piece.
 bool EncryptedLogFile::needsHeader() const {
   if (mHeader.empty()) return false;
   const auto header = static_cast<off_t>(mHeader.size());
   return !mBegun || mSize < header || (mSize < mEnd && mSize < header + mLatest);
 }
 
-// What stands in a file without a header nobody can read, so it goes. Somebody else's file stays as
-// it is all the same.
+// What is in a file without a header cannot be read, so it is cut off; but not from a file that
+// this object has not made.
 bool EncryptedLogFile::putHeader(SizeSignal& signal) {
   const bool useless = mBegun || mSize < static_cast<off_t>(mHeader.size());
   if (mSize > 0 && useless && (!mMade || !cutAt(0))) return false;
@@ -103,7 +103,8 @@ bool EncryptedLogFile::putHeader(SizeSignal& signal) {
   return mBegun;
 }
 
-// False with nothing of the piece in the file: what follows half a piece could not be read.
+// Writes the piece. False if that failed; a part that was written is cut off again, because what
+// follows an incomplete piece cannot be read.
 bool EncryptedLogFile::put(SizeSignal& signal, const uint8_t* data, size_t size) {
   ssize_t written = 0;
   do {
@@ -123,7 +124,7 @@ bool EncryptedLogFile::put(SizeSignal& signal, const uint8_t* data, size_t size)
   return false;
 }
 
-// What cannot be cut off now is so before the next piece.
+// If it fails, append() tries again before the next piece.
 bool EncryptedLogFile::cutAt(off_t end) {
   const bool cut = ftruncate(mFd.get(), end) == 0;
   mRemains = cut ? -1 : end;
@@ -131,16 +132,18 @@ bool EncryptedLogFile::cutAt(off_t end) {
   return cut;
 }
 
-// Opens what has the name, or a new file; not if nothing may be written to it.
+// Opens the file, or with O_CREAT and @p made a new one. False if there is no file that may be
+// written to.
 bool EncryptedLogFile::take(int flags, bool made) {
-  // What the application prints meanwhile must not get into a log that it has no stream for.
+  // Above the standard streams: what the application prints must not get into the file.
   UniqueFd file(openAboveStandardStreams([&] { return open(mPath.c_str(), flags, kMode); }));
   struct stat status = {};
   if (file.get() < 0 || fstat(file.get(), &status) != 0 || !isPlain(status)) return false;
   if (!made && status.st_uid != geteuid()) return false;
-  // A second name may have been taken away since the file was opened by it: its only name is this.
+  // The file may have been opened by a second name that was removed since. Now mPath is its only
+  // name.
   if (!isUnderTheName(status)) return false;
-  // Another file under the name does not have this run's header.
+  // Another file than before does not have the header of this run.
   if (!made && (status.st_dev != mDevice || status.st_ino != mInode)) mBegun = false;
   mFd = std::move(file);
   mMade = made;
@@ -157,7 +160,8 @@ bool EncryptedLogFile::openFile() {
   return take(kOpenFlags, false);
 }
 
-// The file may have been removed or renamed, and another one, or a link, may have its name by now.
+// Whether the open file still has the name: it may have been removed or renamed, and another file
+// or a link may have the name now.
 bool EncryptedLogFile::isStill() {
   struct stat status = {};
   status.st_ino = mInode;
@@ -167,8 +171,8 @@ bool EncryptedLogFile::isStill() {
   return true;
 }
 
-// Whether the file of @p status, of which device and inode count, has the name and no other one; if
-// so, @p status is its present one.
+// Whether the file with the device and inode of @p status has the name, and no other name. If so,
+// @p status gets its present values.
 bool EncryptedLogFile::isUnderTheName(struct stat& status) const {
   struct stat named = {};
   if (lstat(mPath.c_str(), &named) != 0 || !isPlain(named) || named.st_ino != status.st_ino ||

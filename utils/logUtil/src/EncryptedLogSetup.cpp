@@ -23,7 +23,7 @@ constexpr size_t kConfigHeadSize = kRecordsSize + 1;
 // No key that fits its field in the log has a text as long as this.
 constexpr size_t kMaxPemSize = 64 * 1024;
 
-// What the lines about keys are shown under.
+// The names under which the log shows the lines about keys.
 constexpr char kCryptoSource[] = "utils/logUtil/src/CryptoUtil.cpp";
 constexpr char kCryptoFunction[] = "initializeRsaEncryption";
 
@@ -58,7 +58,7 @@ void logKeySize(size_t size) {
 }  // namespace
 
 UniqueFd openLogConfig() {
-  // Not waiting for a writer, should the name be a pipe's.
+  // O_NONBLOCK: the name may be that of a pipe, whose open would wait for a writer.
   return UniqueFd(openAboveStandardStreams(
       [] { return open(kConfigFile, O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
 }
@@ -67,7 +67,7 @@ bool readLogConfig(int fd, EncryptedLog::Settings& settings) {
   const std::string config = readStart(fd, kConfigHeadSize + kMaxPemSize);
   settings.recordsPerFile = littleEndian(config, 0, kRecordsSize);
   settings.maxFiles = static_cast<uint8_t>(littleEndian(config, kRecordsSize, 1));
-  // What is too long to be a key is not read to its end, only named with its length.
+  // A text that is too long to be a key is not read to its end. The line has its whole length.
   struct stat status = {};
   if (fstat(fd, &status) == 0 &&
       status.st_size > static_cast<off_t>(kConfigHeadSize + kMaxPemSize)) {

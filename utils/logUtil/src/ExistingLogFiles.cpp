@@ -20,8 +20,8 @@ namespace {
 constexpr size_t kKeptFiles = 3;
 constexpr int64_t kMaxAge = 3600;  // seconds
 
-// So many old files are removed while the application waits, which takes some milliseconds; far
-// more than any run leaves behind.
+// Up to this number, old files are removed while the application waits, which takes some
+// milliseconds. It is far more than a run leaves.
 constexpr size_t kRemovedAtOnce = 1000;
 // What follows the zero in a name: "0" to "10", or "-1" and "-2" after names that end in no digit.
 constexpr size_t kIndexDigits = 2;
@@ -47,8 +47,8 @@ int64_t ageOf(const struct stat& status, time_t now) {
   return std::max<int64_t>(now - status.st_mtime, 0);
 }
 
-// What is removed after the application has gone on, and where; the directory may have another path
-// by then, and a name another file.
+// The files that a thread of the library removes. It holds the directory open, which may have
+// another path by then, and removes a name only if its file has the age that was found.
 struct OldFiles {
   UniqueFd directory;
   ExistingLogFiles::ByAge paths;
@@ -80,12 +80,12 @@ int ExistingLogFiles::checkExistingFiles() const {
   if (!directory) return 0;
   timespec now = {};
   clock_gettime(CLOCK_REALTIME, &now);
-  // By age: of files of one age only the first that is met counts.
+  // By age: of several files of one age, only the first one found counts.
   ByAge files;
   while (const dirent* entry = readdir(directory.get())) {
     const std::string_view name = entry->d_name;
     if (isOtherFile(name) || name.find(mPrefix) == std::string_view::npos) continue;
-    // Whoever can write to the directory can put links there, to anything.
+    // Other users may have put links into the directory, to any file.
     struct stat status = {};
     if (fstatat(dirfd(directory.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0 ||
         S_ISLNK(status.st_mode)) {
@@ -108,8 +108,8 @@ int ExistingLogFiles::reviewExistingFiles(ByAge files, time_t now) const {
   return next >= mMaxFiles ? 0 : next;
 }
 
-// A name that this run may begin a file under is free when this returns. Removing takes longer than
-// finding, so what is left of very many files goes while the application goes on.
+// When this returns, every name is free that this run may give to a file. If there are very many
+// files, a thread removes the others while the application continues.
 void ExistingLogFiles::removeOldFiles(ByAge files, time_t now) const {
   const bool many = files.size() > kRemovedAtOnce;
   const std::string stem = mFolder + "/" + mPrefix + "_0";

@@ -68,7 +68,7 @@ void RecordDump::queueRecord(const RecordStamp& stamp, std::string_view message)
   try {
     records.push(stamp, message);
   } catch (const std::bad_alloc&) {
-    // The line is in the platform log only; logging never fails its caller.
+    // The record is dropped; its line is in the platform log.
   }
 }
 
@@ -107,7 +107,7 @@ void RecordDump::dump(DumpRequestType type) {
     if (size > 0) DiagCmdProcessor::sendPacket({entry, size});
   }
   const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
-  mCompleted(requestName(type), static_cast<int>(elapsed.count()));
+  completed(requestName(type), static_cast<int>(elapsed.count()));
 }
 
 void RecordDump::timerLoop() {
