@@ -20,7 +20,7 @@ constexpr unsigned long kPeer = 107;
 class GivenSession : public OrbIpcSession {
  public:
   explicit GivenSession(int fd)
-      : OrbIpcSession(fd, kSession, ProcessId::Daemon, ProcessId::Lli, false) {}
+      : OrbIpcSession(fd, kSession, ProcessId::Daemon, ProcessId::LLI, false) {}
   ~GivenSession() override { cleanup(); }
   using OrbIpcSession::deregisterReceiverHandler;
   using OrbIpcSession::registerReceiverHandler;

@@ -41,7 +41,7 @@ class SessionTest : public ::testing::Test {
   }
 
   static std::shared_ptr<OrbIpcClientSession> makeSession(bool ownThread = false) {
-    return std::make_shared<OrbIpcClientSession>(ProcessId::Lce, ownThread);
+    return std::make_shared<OrbIpcClientSession>(ProcessId::LCE, ownThread);
   }
   void connect(OrbIpcClientSession& session, Statuses& statuses) {
     session.connectToServer([&statuses](bool connected) { statuses.add(connected); });

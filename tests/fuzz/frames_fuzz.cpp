@@ -99,7 +99,7 @@ std::shared_ptr<OrbIpcMessage> build(Bytes payload) {
 }
 
 std::shared_ptr<OrbIpcClientSession> sessionThatTells(Dispatched& dispatched) {
-  const auto session = std::make_shared<OrbIpcClientSession>(ProcessId::Lce, false);
+  const auto session = std::make_shared<OrbIpcClientSession>(ProcessId::LCE, false);
   const auto handle = [&dispatched](const std::shared_ptr<OrbIpcMessage>& message) {
     if (message) FUZZ_CHECK(message->session() != nullptr);
     if (message) {

@@ -80,7 +80,7 @@ void expectAnswer(int fd, int32_t sessionId) {
              static_cast<ssize_t>(answer.size()));
   FUZZ_CHECK(hostile::word(answer, 0) == hostile::kResponse);
   FUZZ_CHECK(hostile::word(answer, 1) == sessionId);
-  FUZZ_CHECK(hostile::word(answer, 2) == static_cast<int32_t>(ProcessId::Lce));
+  FUZZ_CHECK(hostile::word(answer, 2) == static_cast<int32_t>(ProcessId::LCE));
 }
 
 Outcome deliver(int fd, const Bytes& piece, Model& model) {
@@ -167,7 +167,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const size_t descriptors = processstate::descriptors();
   {
     ByteReader input(data, size);
-    const auto session = std::make_shared<OrbIpcClientSession>(ProcessId::Lce, false);
+    const auto session = std::make_shared<OrbIpcClientSession>(ProcessId::LCE, false);
     for (int i = 0; i < kMostConnections; ++i) {
       if (!connectOnce(input, session) || input.empty()) break;
     }

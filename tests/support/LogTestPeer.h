@@ -20,7 +20,7 @@ struct LogTestPeer {
   static RecordDump& recordDump() { return log().recordDump; }
   static EncryptedLog& encryptedLog() { return log().encryptedLog; }
   static bool encryptionEnabled() {
-    LockGuard lock(log().mutex);
+    const LockGuard lock(log().mutex);
     return log().encryptedLog.isEnabled();
   }
   // The mutex that every record takes, for a thread that is to be inside a log call for long.
@@ -28,7 +28,7 @@ struct LogTestPeer {
   // Whether the calling thread is inside the log.
   static bool isWriting() { return Log::Writer::isHere(); }
   static bool initialised() {
-    LockGuard lock(log().lifecycleMutex);
+    const LockGuard lock(log().lifecycleMutex);
     return log().initialised;
   }
   static bool logPermsEnabled() { return log().logPermsEnabled; }

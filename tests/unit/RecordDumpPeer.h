@@ -9,7 +9,7 @@
 // Access of tests to a record dump: its timer's stop requests, and the requests in its queue.
 struct RecordDumpPeer {
   static unsigned stopRequests(RecordDump& dump) {
-    LockGuard lock(dump.timerMutex);
+    const LockGuard lock(dump.timerMutex);
     return dump.stopRequests;
   }
   static void requestTimerStop(RecordDump& dump) { dump.requestTimerStop(); }

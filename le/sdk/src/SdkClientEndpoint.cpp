@@ -11,11 +11,11 @@ ProcessId endpointOf(OrbSdkClientType type) {
     case 7:
       return ProcessId::Client104;
     case 9:
-      return ProcessId::Lce;
+      return ProcessId::LCE;
     case 10:
-      return ProcessId::Lle;
+      return ProcessId::LLE;
     case 11:
-      return ProcessId::Lli;
+      return ProcessId::LLI;
     default:
       return ProcessId::Other;
   }

@@ -23,7 +23,7 @@ std::string_view takeWord(std::string_view& text) {
   return word;
 }
 
-template <typename Number>
+template <class Number>
 bool readHex(std::string_view text, Number& value) {
   const char* const end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, value, 16);

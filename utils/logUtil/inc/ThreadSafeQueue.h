@@ -16,14 +16,14 @@ class ThreadSafeQueue {
  public:
   // Appends and wakes one waiter.
   void push(T item) {
-    LockGuard lock(mMutex);
+    const LockGuard lock(mMutex);
     mItems.push_back(std::move(item));
     mNotEmpty.notify_one();
   }
 
   // The same, unless an equal item waits already.
   void pushOnce(T item) {
-    LockGuard lock(mMutex);
+    const LockGuard lock(mMutex);
     if (std::find(mItems.begin(), mItems.end(), item) != mItems.end()) return;
     mItems.push_back(std::move(item));
     mNotEmpty.notify_one();
@@ -42,18 +42,18 @@ class ThreadSafeQueue {
 
   // Nobody waits any more, until begin().
   void end() {
-    LockGuard lock(mMutex);
+    const LockGuard lock(mMutex);
     mEnded = true;
     mNotEmpty.notify_all();
   }
   void begin() {
-    LockGuard lock(mMutex);
+    const LockGuard lock(mMutex);
     mEnded = false;
   }
 
   // Takes the oldest item; false when there is none.
   bool tryPop(T& item) {
-    LockGuard lock(mMutex);
+    const LockGuard lock(mMutex);
     if (mItems.empty()) return false;
     item = std::move(mItems.front());
     mItems.pop_front();
@@ -61,7 +61,7 @@ class ThreadSafeQueue {
   }
 
   size_t size() const {
-    LockGuard lock(mMutex);
+    const LockGuard lock(mMutex);
     return mItems.size();
   }
 

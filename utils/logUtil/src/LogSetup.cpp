@@ -61,13 +61,13 @@ void Log::init(const char* tag) {
   if (home.isElsewhere()) return;
   ifMemoryAllows([&] { LogTag::set(tag); });
   {
-    LockGuard lock(lifecycleMutex);
+    const LockGuard lock(lifecycleMutex);
     if (initialised || changing) return;
     changing = true;
   }
   setUp(tag);
   {
-    LockGuard lock(lifecycleMutex);
+    const LockGuard lock(lifecycleMutex);
     initialised = true;
     changing = false;
   }
@@ -92,13 +92,13 @@ void Log::releaseAtExit() {
 void Log::release() {
   if (home.isElsewhere()) return;
   {
-    LockGuard lock(lifecycleMutex);
+    const LockGuard lock(lifecycleMutex);
     if (!initialised || changing) return;
     changing = true;
   }
   // The dumper logs, so it may be waiting for the very call that the caller is in.
   recordDump.stop(Writer::isHere(), exiting);
-  LockGuard lock(lifecycleMutex);
+  const LockGuard lock(lifecycleMutex);
   initialised = false;
   changing = false;
 }

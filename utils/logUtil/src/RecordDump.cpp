@@ -127,12 +127,12 @@ void RecordDump::timerLoop() {
 }
 
 void RecordDump::requestTimerStop() {
-  LockGuard lock(timerMutex);
+  const LockGuard lock(timerMutex);
   stopRequests = stopLatched ? 1 : stopRequests + 1;
   timerWake.notify_all();
 }
 
 void RecordDump::latchStopRequests() {
-  LockGuard lock(timerMutex);
+  const LockGuard lock(timerMutex);
   stopLatched = true;
 }

@@ -11,9 +11,9 @@ enum class ProcessId : int32_t {
   Client101 = 101,
   Client102 = 102,
   Client104 = 104,
-  Lce = 105,
-  Lle = 106,
-  Lli = 107,
+  LCE = 105,
+  LLE = 106,
+  LLI = 107,
   Other = 108,
 };
 
