@@ -8,7 +8,8 @@
 
 #include "Mutex.h"
 
-// Work that a callback has postponed until its thread has left all callbacks.
+// Work that a callback has postponed until its thread has left all callbacks. The fields are used
+// on that thread only; no lock.
 class AfterCallback {
  public:
   virtual ~AfterCallback() = default;
@@ -18,7 +19,7 @@ class AfterCallback {
   // Runs on the thread of the callback, with no lock held. Throws nothing.
   virtual void outside(const std::shared_ptr<AfterCallback>& self) = 0;
 
-  std::shared_ptr<AfterCallback> mKept;  // itself, until then
+  std::shared_ptr<AfterCallback> mKept;  // keeps this object until then
   AfterCallback* mNext = nullptr;
 };
 
@@ -44,7 +45,7 @@ class CallbackGate {
   void close();
   // Waits until no callback runs. Must not be called inside a callback.
   void drain();
-  // Closed, and no callback runs: none will run any more.
+  // The gate is closed, and no callback runs: none will run any more.
   bool isOver();
 
   // Whether the calling thread is inside a callback of any service. Such a thread must not wait.
@@ -84,7 +85,7 @@ class ClosedGates {
 
  private:
   // Removes the gates that are over from the list. The caller frees them after the lock.
-  Place takeOver() ORB_REQUIRES(mMutex);
+  Place takeThoseOver() ORB_REQUIRES(mMutex);
   // The oldest gate up to @p last that is not over.
   std::shared_ptr<CallbackGate> firstUpTo(uint64_t last);
 

@@ -4,7 +4,8 @@
 
 #include <cstdint>
 
-// Base of event records that are posted to a thread.
+// Base of event records that are posted to a thread. This library reads nothing of it: its other
+// users do.
 class OrbEventBase {
  public:
   OrbEventBase() = default;
@@ -12,5 +13,5 @@ class OrbEventBase {
   virtual bool isMultiThreadEvent() = 0;
 
  protected:
-  int32_t mBaseValue = 0;
+  int32_t mBaseValue = 0;  // 0 in all events of this library
 };

@@ -51,12 +51,12 @@ class OrbEventHandler {
 
   virtual void handleEvent(T item) = 0;
 
-  // Without a descriptor that the loop wakes for, nothing posted would ever be handled.
+  // Whether the loop wakes for the descriptor. If not, nothing that is posted would be handled.
   bool canHandle() const { return mEventFd >= 0 && mEventManager->isWatched(mEventFd); }
 
   void postEvent(T item) { post(prepare(std::move(item))); }
 
-  // The two halves of postEvent(): only the first one can fail for want of memory.
+  // The two halves of postEvent(). Only the first one needs memory.
   static Posting prepare(T item) {
     Posting posting;
     posting.push_back(std::move(item));
@@ -68,7 +68,7 @@ class OrbEventHandler {
                  address(posting.front()));
     const LockGuard lock(mQueueLock);
     mQueue.splice(mQueue.end(), posting);
-    const ssize_t written = count(1 + mUncounted);
+    const ssize_t written = addToCount(1 + mUncounted);
     if (written == static_cast<ssize_t>(sizeof(uint64_t))) {
       mUncounted = 0;
       return;
@@ -78,16 +78,16 @@ class OrbEventHandler {
                  strerror(errno), mEventFd);
   }
 
-  // Handles what is queued without being woken for it; on the loop's thread, when that cannot wait.
+  // Handles what is queued; on the loop's thread, if that cannot wait for the descriptor.
   void handleQueued() {
     Posting taken;
     while (takeQueued(taken)) handle(taken);
   }
 
-  // Wakes the loop for items whose post could not do so, if there are any.
+  // Adds to the count the items whose post could not, which wakes the loop.
   void wakeForUncounted() {
     const LockGuard lock(mQueueLock);
-    if (mUncounted > 0 && count(mUncounted) > 0) mUncounted = 0;
+    if (mUncounted > 0 && addToCount(mUncounted) > 0) mUncounted = 0;
   }
 
  protected:
@@ -137,7 +137,7 @@ class OrbEventHandler {
     uint64_t unit = 0;
     const int error = read(fd, &unit, sizeof(unit)) < 0 ? errno : 0;
     if (error != 0 && error != EAGAIN) return error;
-    // With all that is counted taken, what is left is not counted.
+    // The count is 0, so it has none of the items; one of them is taken below.
     if (error == EAGAIN) mUncounted = mQueue.empty() ? 0 : mQueue.size() - 1;
     if (!mQueue.empty()) taken.splice(taken.end(), mQueue, mQueue.begin());
     return error;
@@ -153,7 +153,8 @@ class OrbEventHandler {
     }
   }
 
-  ssize_t count(uint64_t items) ORB_REQUIRES(mQueueLock) {
+  // What write() returns.
+  ssize_t addToCount(uint64_t items) ORB_REQUIRES(mQueueLock) {
     ssize_t written = 0;
     do {
       written = write(mEventFd, &items, sizeof(items));
@@ -170,7 +171,7 @@ class OrbEventHandler {
   const int mEventFd;
   Mutex mQueueLock;
   std::list<T> mQueue ORB_GUARDED_BY(mQueueLock);
-  uint64_t mUncounted ORB_GUARDED_BY(mQueueLock) = 0;
+  uint64_t mUncounted ORB_GUARDED_BY(mQueueLock) = 0;  // items that are not in the count
 };
 
 }  // namespace orb::utils

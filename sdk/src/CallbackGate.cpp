@@ -71,7 +71,7 @@ ClosedGates::Place ClosedGates::placeFor(std::shared_ptr<CallbackGate> gate) {
   return place;
 }
 
-ClosedGates::Place ClosedGates::takeOver() {
+ClosedGates::Place ClosedGates::takeThoseOver() {
   Place over;
   for (auto each = mGates.begin(); each != mGates.end();) {
     const auto next = std::next(each);
@@ -84,7 +84,7 @@ ClosedGates::Place ClosedGates::takeOver() {
 uint64_t ClosedGates::add(Place place) {
   Place over;
   const LockGuard lock(mMutex);
-  over = takeOver();
+  over = takeThoseOver();
   place.front().number = ++mLastNumber;
   mGates.splice(mGates.end(), place);
   return mLastNumber;
@@ -93,7 +93,7 @@ uint64_t ClosedGates::add(Place place) {
 std::shared_ptr<CallbackGate> ClosedGates::firstUpTo(uint64_t last) {
   Place over;
   const LockGuard lock(mMutex);
-  over = takeOver();
+  over = takeThoseOver();
   return mGates.empty() || mGates.front().number > last ? nullptr : mGates.front().gate;
 }
 

@@ -22,7 +22,6 @@ class SdkDisable;
 // callback runs or while a thread waits for another.
 class SdkBase {
  public:
-  enum class Created { Yes, No, Disabled };
   using StatusCallback = void (*)(status_e);
   using StatusV2Callback = void (*)(status_v2_e);
 
@@ -38,16 +37,20 @@ class SdkBase {
   // is accepted: a refused call changes nothing. A change that comes with an event must not throw.
   using Change = std::function<void()>;
 
+  enum class Created {
+    Yes,
+    No,        // there is no client, and a status callback was told so
+    Disabled,  // the object was disabled meanwhile: the caller needs a new one
+  };
   // Gets the SDK client for @p type and gives it @p event. @p cleanup is the cleanup event, which
-  // disable posts last. No: there is no client, and a status callback was told so. Disabled: the
-  // object was disabled meanwhile, the caller needs a new one, and nothing was changed. Throws
-  // std::bad_alloc, with nothing changed.
+  // disable posts last. If the result is Disabled, nothing was changed. Throws std::bad_alloc, with
+  // nothing changed.
   Created createSdkInstance(OrbSdkClientType type, SdkClientBase::Listener listener,
                             std::shared_ptr<SdkClientEvent> event,
                             std::shared_ptr<SdkClientEvent> cleanup, const Change& change = {});
 
   bool hasClient();
-  // True if there is no client and the object was not disabled.
+  // True if there is no client, and disable is not the reason.
   bool neverHadClient();
   // Applies @p change and posts @p event, if there is one. False, with nothing done, if there is no
   // client (any more).

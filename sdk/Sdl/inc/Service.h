@@ -37,7 +37,8 @@ struct ServiceSlot {
 struct ServiceTable {
   OrbSdkClientType type;
   LogSource source;
-  // Where create stores its callback. A callback in the base's slot is told if there is no client.
+  // Where create stores its callback. Only a callback in SdkBase's slot is told if there is no
+  // client.
   CallbackSlot<SdkBase::StatusV2Callback> Service::*statusV2;
   ServiceSlot& (*slot)();
   std::shared_ptr<Service> (*make)();
@@ -65,17 +66,18 @@ class Service : public SdkBase {
   static bool disable(const ServiceTable& table);
   static bool destroy(const ServiceTable& table);
 
-  // The object for a request. If there is none, it is empty and a log line says so.
+  // The object for a request. Null, with a line in the log, if the service has none.
   template <class S>
-  static std::shared_ptr<S> present(const ServiceTable& table, const RequestPoints& points) {
-    return std::static_pointer_cast<S>(presentService(table, points));
+  static std::shared_ptr<S> objectFor(const RequestPoints& points) {
+    return std::static_pointer_cast<S>(objectFor(S::kTable, points));
   }
+
   // The process in which the library was used first. A forked child cannot use the library: it has
   // none of the threads, and the connections belong to the parent.
   static ProcessMark mUsedIn;
 
-  // Serialises and posts a request. Returns the result of the request function. @p change is what
-  // the request stores.
+  // Serialises and posts a request, and applies @p change with it. Returns the result of the
+  // exported function.
   int64_t request(const google::protobuf::MessageLite& message, const Change& change = {});
   // Stores @p cb for the answers, and posts the request.
   template <class Callback>
@@ -162,6 +164,7 @@ class Service : public SdkBase {
     if (pass && callback) callback(status);
   }
 
+  // LCE's alone; see ServiceTable::statusV2.
   CallbackSlot<StatusV2Callback> mStatusV2Cb;
 
  private:
@@ -170,18 +173,21 @@ class Service : public SdkBase {
                          CallbackSlot<Callback> Service::*slot, Callback cb);
   static Created joinClient(const std::shared_ptr<Service>& object, const Change& change);
   static bool disableWith(const ServiceTable& table, const DisablePoints& points);
-  static std::shared_ptr<Service> presentService(const ServiceTable& table,
-                                                 const RequestPoints& points);
+  static std::shared_ptr<Service> objectFor(const ServiceTable& table, const RequestPoints& points);
+  // The service's object, which is made if there is none. Null without memory.
   static std::shared_ptr<Service> obtain(const ServiceTable& table);
 
   const ServiceTable& mTable;
-  ClosedGates::Place mGatePlace = ClosedGates::placeFor(mGate);  // used up by disableWith()
+  // Used up by disableWith(), under the lock of the slot.
+  ClosedGates::Place mGatePlace = ClosedGates::placeFor(mGate);
 };
 
-// What each service's class needs of its own: its slot, its maker and its table.
+// What each service's class needs of its own: its slot, its maker and its table. Any thread; no
+// lock besides the slot's.
 template <class S>
 class ServiceOf : public Service {
  public:
+  // The slot with the one object. A function: the first call makes the slot.
   static ServiceSlot& mInstance() {
     static NeverDestroyed<ServiceSlot> slot;
     return slot.get();

@@ -37,7 +37,7 @@ Result exportedCall(const ServiceTable& table, const char* function, const Call&
     if (!Service::mUsedIn.isElsewhere()) return call();
     LogPoint{function, __LINE__, "refused in a forked process"}.print(table.source);
   } catch (...) {
-    // Refused, as below.
+    // Without memory the call is refused, too.
   }
   return refused;
 }
@@ -75,13 +75,13 @@ int64_t request(const RequestPoints& points, bool valid, const Call& call) {
   return exportedCall(
       S::kTable, points.noInstance.function,
       [&]() -> int64_t {
-        const std::shared_ptr<S> object = Service::present<S>(S::kTable, points);
+        const std::shared_ptr<S> object = Service::objectFor<S>(points);
         if (!object) return kNoService;
         int64_t result = kNoService;
         try {
           result = valid ? call(*object) : kInvalidArguments;
         } catch (const std::bad_alloc&) {
-          // Refused. If there is no client, that is the reason to log.
+          // Refused. The line below is written only if there is no client.
         }
         if (result >= kRequestDone || !object->neverHadClient()) return result;
         points.noClient.print(S::kTable.source);

@@ -28,7 +28,7 @@ SdkBase::Created SdkBase::createSdkInstance(OrbSdkClientType type, SdkClientBase
     UniqueLock lock(mLock);
     awaitSettled(lock);
     if (mDisabled) return Created::Disabled;
-    if (mCreating) return Created::No;  // by a thread that is ending the process
+    if (mCreating) return Created::No;  // the process ends, and the other thread may never finish
     if (change) change();
     if (!mDisable) mDisable = std::move(disable);
     if (mClient) {

@@ -88,11 +88,12 @@ bool Service::disableWith(const ServiceTable& table, const DisablePoints& points
   StatusV2Callback statusV2 = nullptr;
   bool refused = false;
   do {
-    // Wait here, without a lock, for a thread that creates a client, and not below.
+    // Here, without a lock, hasClient() waits for a thread that creates a client. Below nothing
+    // waits.
     if (const auto present = slot.get()) present->hasClient();
     const LockGuard lock(slot.lock);
     object = slot.instance;
-    // Read the callbacks together with the decision: a later enable's callback must not be told.
+    // Read in one step with the decision: the callback of a later enable must not be told.
     const auto refuse = [&] {
       refused = true;
       status = object->mStatusIndCb.get();
@@ -136,8 +137,8 @@ bool Service::destroy(const ServiceTable& table) {
   return disableWith(table, table.points.destroy);
 }
 
-std::shared_ptr<Service> Service::presentService(const ServiceTable& table,
-                                                 const RequestPoints& points) {
+std::shared_ptr<Service> Service::objectFor(const ServiceTable& table,
+                                            const RequestPoints& points) {
   std::shared_ptr<Service> object = table.slot().get();
   if (!object) points.noInstance.print(table.source);
   return object;
