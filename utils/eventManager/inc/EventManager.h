@@ -23,8 +23,8 @@ using EventCallback = void (*)(int fd, void* data);  // the descriptor is readab
 using CloseCallback = void (*)(int fd, void* data);  // the handler has been removed
 using CloseFunc = void (*)(void* data);              // called in place of close(fd)
 
-// One removal that waits for the loop thread. Made with the registration, so that no removal ever
-// lacks the memory for it, filled when it is queued and constant from then on.
+// One removal that waits for the loop thread. Allocated with the registration, so that a removal
+// needs no memory; filled when it is queued, constant after that.
 struct EventManagerUpdate {
   int fd;
   bool closeFd;  // the pass also closes the descriptor, or calls `closeFunc` to do so
@@ -82,20 +82,20 @@ class EventManager {
     Updates::node_type removal;
   };
 
-  // Ends the process with exit(-1) when a descriptor cannot be had: the owner has no way to go on
+  // Ends the process with exit(-1) if the system has no descriptor for it: the owner cannot work
   // without its loop, so there is no failed state.
   EventManager();
 
-  // Drops removals that no pass has worked off, without closing their descriptors, and leaves
-  // wakeFd() and removeFd() open.
+  // Drops removals that no pass has done, without closing their descriptors, and leaves wakeFd()
+  // and removeFd() open.
   ~EventManager();
 
   EventManager(const EventManager&) = delete;
   EventManager& operator=(const EventManager&) = delete;
 
-  // Watches @p fd for @p events (epoll flags). False only when @p fd has a handler already, which
-  // stays as it is. A descriptor that epoll refuses is logged, recorded and reported as added all
-  // the same: the record is what its later removal, and with it the close, relies on.
+  // Watches @p fd for @p events (epoll flags). False only if @p fd has a handler already, which
+  // stays as it is. If epoll refuses the descriptor, a line says so, but it is recorded and the
+  // result is true: its later removal, and with that its close, needs the record.
   bool addEventHandler(int fd, EventCallback callback, void* data, CloseCallback closeCallback,
                        int events);
   // Whether a pass of the loop will wake for @p fd: it is added and epoll has not refused it.
@@ -111,8 +111,8 @@ class EventManager {
   void immediatelyRemoveEventHandler(int fd);
 
   // One pass of the loop: waits until a descriptor is ready, the next timer is due or wake() is
-  // called, runs due timers, dispatches, then works off removals. @p timer may be null. A wait that
-  // fails (a signal included) ends the pass at once and without timers; just call again.
+  // called, runs due timers, dispatches, then does the removals. @p timer may be null. A wait that
+  // fails (also because of a signal) ends the pass at once, without timers; call again.
   void processEvents(OrbTimer* timer);
 
   // Whether the wait of the latest pass failed for another reason than a signal. It will fail again
@@ -137,13 +137,13 @@ class EventManager {
   // Reads @p fd, which must be non-blocking, until nothing is left.
   static void clearRead(int fd, void* data);
 
-  // The removal pass; @p fd is removeFd(), @p manager the EventManager. The loop calls it with the
-  // mutex held, and so must anybody else who gives pending removals their pass: a removal that
-  // replaces another one during an unlocked pass would be forgotten.
+  // The removal pass; @p fd is removeFd(), @p manager the EventManager. Call it with the mutex
+  // held, as the loop does: without it, a removal that replaces another one during the pass would
+  // be lost.
   static void processRemove(int fd, void* manager);
 
-  // The destructor deliberately leaves these two open. The owner takes them back: read them before
-  // the manager goes, close them once it is gone.
+  // The destructor leaves these two open on purpose. Their owner reads them before it destroys the
+  // manager, and closes them after that.
   int wakeFd() const { return mWakeFd; }
   int removeFd() const { return mRemoveFd; }
 
@@ -172,8 +172,8 @@ class EventManager {
   int mWakeFd = -1;
   int mRemoveFd = -1;
 
-  // The loop thread's alone.
-  int mProcessingDepth = 0;  // 1 while a pass dispatches; for a debugger's eyes
+  // Used by the loop thread only.
+  int mProcessingDepth = 0;  // 1 while a pass dispatches; nothing reads it but a debugger
   std::array<epoll_event, kMaxEvents> mEvents{};  // result of the latest wait
   bool mWaitFailed = false;
 

@@ -10,8 +10,8 @@ namespace orb::utils {
 
 // Facade for the platform's wake locks, which keep the processor awake while work is pending. This
 // platform needs none, so every operation is empty; the class exists for callers that expect it to
-// link and run. One object per process, made on first use and owned by whoever holds the shared
-// pointer. Safe on any thread: nothing it carries is ever changed, its locks guard nothing yet.
+// link and run. One object per process, made on first use and owned by the holders of the shared
+// pointer. Any thread: none of its fields ever changes, and its two locks guard nothing.
 class WakelockWrapper {
  public:
   static std::shared_ptr<WakelockWrapper> getInstance();

@@ -76,7 +76,7 @@ EventManager::EventManager() {
 
 EventManager::~EventManager() {
   PLATFORM_LOG(DEBUG, "EventManager: dtor");
-  // Queues both for a pass that will not come: see wakeFd() for who closes them.
+  // Queues both for a pass that will not come. The owner closes them, see wakeFd().
   immediatelyRemoveEventHandler(mWakeFd);
   immediatelyRemoveEventHandler(mRemoveFd);
 }
@@ -108,7 +108,7 @@ bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
   return true;
 }
 
-// Everything that a registration and its later removal need memory for, or nothing.
+// Allocates all that a registration and its later removal need, or nothing.
 EventManager::HandlerObject& EventManager::record(int fd) {
   HandlerObject handler{};
   handler.removal = newUpdate(fd);
@@ -193,7 +193,7 @@ void EventManager::processEvents(OrbTimer* timer) {
     PLATFORM_LOG(DEBUG, "there are %d file descriptor(s) with events pending", count - i);
     const epoll_event& event = mEvents[static_cast<size_t>(i)];
     if (event.data.fd == mRemoveFd) {
-      removalDue = true;  // after the others: the pass may close what they are about
+      removalDue = true;  // after the others: the pass may close their descriptors
     } else {
       dispatch(i, event.data.fd, event.events);
     }
@@ -226,7 +226,7 @@ void EventManager::dispatch(int index, int fd, uint32_t events) {
   immediatelyRemoveEventHandler(fd);
 }
 
-// Takes over the hold on the mutex and gives it up before it calls anybody.
+// Unlocks the mutex, which @p lock holds, before it calls a callback.
 void EventManager::dispatchReadable(int fd, Lock lock) {
   const auto found = mHandlers.find(fd);
   if (found == mHandlers.end()) {
@@ -271,7 +271,7 @@ void EventManager::processRemove(int fd, void* manager) {
     lock.lock();
     for (const auto& update : updates) {
       PLATFORM_LOG(DEBUG, "Clearing local update FD:%d", update.first);
-      self.mUpdates.erase(update.first);  // asked for again meanwhile: this pass was for that, too
+      self.mUpdates.erase(update.first);  // if requested again meanwhile: this pass has done it
     }
     if (self.mUpdates.empty()) {
       clearRead(fd, nullptr);
@@ -302,10 +302,10 @@ void EventManager::runUpdates(const Updates& updates) const {
 void EventManager::clearRead(int fd, void* /*data*/) {
   char chunk[kReadChunk];
   ssize_t result = 0;
+  // Ends with 0, too, the end of a stream: an eventfd never gives it, a pipe would do so for ever.
   do {
     result = read(fd, chunk, sizeof(chunk));
-  } while (result >
-           0);  // 0 is the end of a stream: an eventfd never gives it, a pipe would for ever
+  } while (result > 0);
   if (result == -1 && errno != EAGAIN) {
     PLATFORM_LOG(WARN, "Error while clearing the read buffer on fd %d", fd);
   }

@@ -9,13 +9,13 @@
 
 #include "OpenSslPtr.h"
 
-// Cryptographic operations over libcrypto. Objects are short-lived, one per use, and belong to one
-// thread; nothing is shared between them. All results are plain values; what held key material is
-// wiped before it is freed. Errors that libcrypto queues for the thread are removed again, so that
-// they never turn up in the application's own use of it. It logs nothing.
+// Cryptographic operations of libcrypto. Objects are short-lived, one per use, and belong to one
+// thread; nothing is shared between them. All results are plain values; memory that held key
+// material is wiped before it is freed. Errors that libcrypto queues for the thread are removed, so
+// that the application does not find them. It logs nothing.
 //
-// The set-up of the encrypted log uses the first group; the others are for callers of the class
-// (CryptoMessages.cpp, CryptoEcc.cpp).
+// The set-up of the encrypted log uses the first group. The others are for other callers of the
+// class (CryptoMessages.cpp, CryptoEcc.cpp).
 class CryptoUtil {
  public:
   using Bytes = std::vector<uint8_t>;
@@ -30,30 +30,31 @@ class CryptoUtil {
   CryptoUtil& operator=(const CryptoUtil&) = delete;
   virtual ~CryptoUtil();
 
-  // What an encrypted log starts with: a new session key and the same wrapped with the public key,
-  // in a field of kWrappedKeySize that ends in zeros. It is all zeros, and standard error says so,
-  // when libcrypto could not wrap: with a key too small for that, for one. On failure both are
-  // empty; that also meets keys that would be unsafe, or whose block is larger than the field.
+  // Makes what an encrypted log starts with: a new session key, and the same key wrapped with the
+  // public key, in a field of kWrappedKeySize that ends in zeros. If libcrypto cannot wrap it, for
+  // example because the public key is too small, the field is all zeros, and a line on standard
+  // error says so. False, with both empty, if there is no key, if it would be unsafe, or if its
+  // block is larger than the field.
   bool initializeRsaEncryption(Bytes& aesKey, Bytes& wrappedKey, std::string& publicKeyPem);
-  // Whether the latest of these failed at its last step, the wrapping.
+  // Whether the latest initializeRsaEncryption() failed at its last step, the wrapping.
   bool couldNotWrap() const { return mCouldNotWrap; }
 
-  // Takes the key in the PEM text: with isPublic a SubjectPublicKeyInfo block, else a private key.
-  // False when there is none, with the thread's whole error queue of libcrypto on standard error.
-  // What the application had in that queue is there again afterwards, but for its marks.
+  // Reads the key in the PEM text: with isPublic a SubjectPublicKeyInfo block, else a private key.
+  // False if there is none; then libcrypto's whole error queue of the thread is on standard error.
+  // The errors of the application are in the queue again afterwards, but its marks are not.
   bool createRSA(std::string& pem, int isPublic);
-  // RSA with OAEP padding. @p out has the size that the caller gives it: room for a block of the
-  // key's size, or for the text that comes out. The result is libcrypto's, the length written or
-  // -1; 0 without a key or without room.
+  // RSA with OAEP padding. The size of @p out is the room: for a block of the key's size, or for
+  // the decrypted text. The result is libcrypto's, the length written or -1; 0 without a key or
+  // without room.
   int encryptWithRSAPubKey(const Bytes& in, Bytes& out);
   int decryptWithRSAPrivKey(const Bytes& in, Bytes& out);
-  // A random AES-256 key; the vector is sized.
+  // A random AES-256 key; sets the size of the vector.
   bool genAESKey(Bytes& key);
 
-  // A random GCM initialization vector; the vector is sized.
+  // A random GCM initialization vector; sets the size of the vector.
   bool genAESIV(Bytes& iv);
-  // AES-256-GCM without additional data. encryptMsg2 draws the IV; it always says true and leaves
-  // @p cipher empty when sealing failed. decryptMsg is false, with @p plain empty, when the message
+  // AES-256-GCM without additional data. encryptMsg2 draws the IV; it always returns true, and
+  // @p cipher is empty if it failed. decryptMsg returns false, with @p plain empty, if the message
   // is not authentic.
   bool encryptMsg2(const Bytes& plain, const Bytes& key, Bytes& cipher, Bytes& iv, Bytes& tag);
   bool encryptMsg(const Bytes& plain, const Bytes& key, const Bytes& iv, Bytes& cipher, Bytes& tag);
@@ -67,7 +68,7 @@ class CryptoUtil {
   bool generateEccPublicKey(Bytes& out, int curve);
   bool generateEccSharedKey(const Bytes& peerPublic, Bytes& out);
 
-  // Fills @p buf as it is sized; always true.
+  // Fills @p buf, whose size stays; always true.
   bool getRandomBytes(Bytes& buf);
 
  private:

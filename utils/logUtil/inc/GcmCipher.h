@@ -10,9 +10,10 @@
 #include "OpenSslPtr.h"
 #include "Process.h"
 
-// AES-256-GCM under one key that is set once, for many messages: setting up a context and drawing a
-// few random bytes cost more than sealing a log line. Belongs to one thread at a time; the log
-// keeps one under its mutex. The key stays in libcrypto's context, which wipes it.
+// AES-256-GCM with one key for many messages. It keeps the context and draws random bytes in
+// advance: to do both for each message would cost more than to seal a log line. Belongs to one
+// thread at a time; the encrypted log has one, which the log's mutex guards. The key is in
+// libcrypto's context, which wipes it.
 class GcmCipher {
  public:
   static constexpr size_t kKeySize = 32;
@@ -32,7 +33,7 @@ class GcmCipher {
   bool newIv(uint8_t* iv);
   // Seals under the given IV: @p cipher gets as many bytes as @p plain has, @p tag kTagSize.
   bool seal(std::string_view plain, const uint8_t* iv, uint8_t* cipher, uint8_t* tag);
-  // Opens what seal() made; false when it is not authentic, @p plain is then not to be used.
+  // Opens what seal() made. False if it is not authentic: then do not use @p plain.
   bool open(std::string_view cipher, const uint8_t* iv, const uint8_t* tag, uint8_t* plain);
 
  private:

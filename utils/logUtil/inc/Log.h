@@ -20,22 +20,23 @@
 
 // The log of the process, front end of the IPC and process layers: every line goes to the platform
 // log (or to the hook library's log function), and a record of it to the diagnostic channel, at
-// once or, in deferred mode, through its RecordDump. When a configuration file gives a public key,
+// once or, in deferred mode, through its RecordDump. If a configuration file gives a public key,
 // every record also goes to its EncryptedLog.
 //
-// There is one object, built when the library is loaded and never destroyed: threads that still run
-// while the process exits may log, only its own two threads are stopped then. Any thread may log at
-// any time, before init() and after release() too; errno is left as it was.
+// There is one object. It is built when the library is loaded and never destroyed: threads that
+// still run while the process exits may log; only its own two threads are stopped then. Any thread
+// may log at any time, also before init() and after release(). errno stays as it was.
 //
 // In a child forked from the process that called init(), lines go to the platform log and nowhere
-// else: the locks may have been taken by threads that are not there, files, keys and the diagnostic
-// channel are the parent's. `home` tells; it is looked at before any lock is taken.
+// else: threads that the child does not have may hold the locks, and files, keys and the diagnostic
+// channel belong to the parent. `home` tells the two apart; it is read before any lock is taken.
 //
-// `mutex` makes addLogRecord, printVersion and dMapLog one at a time and guards the encrypted log.
-// It is held over the hook call, the encryption and the diagnostic write, so that lines and records
-// come out in the same order; the hook must not log through this class. printToAdb, logModuleDebug
-// and the signal handler take no lock. `lifecycleMutex` guards the two flags that decide which of
-// several init() and release() calls does the work; it is not held while waiting for a thread.
+// `mutex` lets one addLogRecord, printVersion or dMapLog run at a time and guards the encrypted
+// log. It is held over the hook call, the encryption and the diagnostic write, so that lines and
+// records come out in the same order; the hook must not log through this class. printToAdb,
+// logModuleDebug and the signal handler take no lock. `lifecycleMutex` guards the two flags that
+// decide which of several init() and release() calls does the work; it is not held during a wait
+// for a thread.
 class Log : public DumpRequest {
  public:
   using LogRecord = ::LogRecord;
@@ -45,12 +46,12 @@ class Log : public DumpRequest {
   Log(const Log&) = delete;
   Log& operator=(const Log&) = delete;
 
-  // Takes the tag for the platform log, on every call. The first call also reads the properties,
-  // registers the diagnostic command, loads the hook library and starts the threads; what fails is
-  // done without.
+  // Sets the tag for the platform log, on every call. The first call also reads the properties,
+  // registers the diagnostic command, loads the hook library and starts the threads. A step that
+  // fails is left out.
   void init(const char* tag);
-  // Stops the threads; init() may follow. It does not wait for a thread that cannot end before it
-  // returns: the calling one, and the dumper when the caller is inside a log call.
+  // Stops the threads; init() may follow. It waits for them, except for the calling thread, and for
+  // the dumper if the caller is inside a log call.
   void release();
 
   void addLogRecord(int level, const char* tag, const char* file, const char* function, int line,
@@ -77,7 +78,7 @@ class Log : public DumpRequest {
   bool getPersistSetting(unsigned char& setting, std::vector<unsigned char>& out);
 
  private:
-  // Holds the log for one record and marks the thread as being inside it.
+  // Holds the log's mutex for one record, and notes that the thread is inside the log.
   class ORB_SCOPED_CAPABILITY Writer {
    public:
     explicit Writer(Mutex& mutex) ORB_ACQUIRE(mutex);

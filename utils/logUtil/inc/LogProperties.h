@@ -2,7 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// What the system's properties say about the log, as they are when it is set up. A plain value.
+// The system's properties of the log, as they are while it is set up. A plain value.
 struct LogProperties {
   static LogProperties read();
 

@@ -4,9 +4,9 @@
 
 #include <atomic>
 
-// The tag that the process's lines go out under in the platform log, empty until one is set. Any
-// thread reads it at any time, without a lock and while the process exits; so no text that was ever
-// a tag goes away. They are few. A lock of its own makes setting it one at a time.
+// The tag of the process's lines in the platform log; empty until one is set. Any thread reads it
+// at any time, without a lock and while the process exits. So a text that was ever a tag is kept
+// for good; there are few. Tags::lock (LogTag.cpp) guards the texts.
 class LogTag {
  public:
   static const char* get() { return current.load(); }

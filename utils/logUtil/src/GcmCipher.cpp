@@ -39,8 +39,8 @@ bool GcmCipher::setKey(const uint8_t* key) {
          EVP_EncryptInit_ex(mContext.get(), EVP_aes_256_gcm(), nullptr, key, nullptr) == 1;
 }
 
-// A generator of its own, seeded by libcrypto's. RAND_bytes() would make one for every thread that
-// logs, and leave it behind where the process ends before the thread does.
+// This object has a generator of its own, seeded by libcrypto's. RAND_bytes() would make one for
+// every thread that logs, and would leak it if the process ends before the thread.
 bool GcmCipher::prepareRandom() {
   if (mRandom != nullptr) return true;
   const OpenSslPtr<EVP_RAND> kind(EVP_RAND_fetch(nullptr, "CTR-DRBG", nullptr));
@@ -69,7 +69,7 @@ bool GcmCipher::fillPool() {
 
 bool GcmCipher::newIv(uint8_t* iv) {
   if (!mPoolOwner.isHere()) {
-    // The generator is the parent's as well: a new one is seeded anew.
+    // The parent has the same generator. A new one gets another seed.
     mRandom.reset();
     mPoolUsed = mPool.size();
     mPoolOwner.set();

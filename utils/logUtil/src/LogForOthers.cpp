@@ -42,7 +42,7 @@ void Log::dMapLog(int level, const std::string& message) {
   record.stamp(level, true);
   char entry[LogLine::kBufferSize];
   const size_t size = record.formatEntry(message, entry);
-  // Unlike a line's, an encrypted record of the data path does not go out in the clear as well.
+  // Unlike the record of a line, an encrypted one of the data path is not sent as plain text, too.
   if (encrypted) {
     encryptedLog.encryptLogMsg({entry, size});
   } else if (size > 0) {

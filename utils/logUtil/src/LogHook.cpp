@@ -31,7 +31,7 @@ void* Log::_libalog_handle = nullptr;
 void Log::loadHook() {
   void* const library = dlopen(kHookLibrary, RTLD_NOW);
   if (library == nullptr) {
-    dlerror();  // the thread is the application's, and so is what it asks next
+    dlerror();  // the application's thread must not find this error
     addLogRecord(ANDROID_LOG_ERROR, "ORB", kLogSource, "init", kCannotOpenHookLine,
                  "cannot open liborbalog.so");
     return;
@@ -50,7 +50,7 @@ void Log::loadHook() {
     return;
   }
   struct sigaction action = {};
-  action.sa_handler = eintrTestHandler;  // without SA_RESTART: interrupting calls is what it is for
+  action.sa_handler = eintrTestHandler;  // without SA_RESTART: its purpose is to interrupt calls
   sigemptyset(&action.sa_mask);
   sigaction(SIGUSR1, &action, nullptr);
   letThreadsTakeUserSignal();

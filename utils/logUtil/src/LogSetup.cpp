@@ -21,11 +21,11 @@ namespace {
 // Log point: a line number that log consumers rely on.
 constexpr int kInitFailedLine = 645;
 
-// How long the end of the process waits for a record under way.
+// How long the end of the process waits for a record that another thread is writing.
 constexpr int kExitTries = 100;
 constexpr std::chrono::milliseconds kExitPause(1);
 
-// Logging never fails its caller: a step for which there is no memory is done without.
+// A step for which there is no memory is left out: logging never fails its caller.
 template <class Step>
 void ifMemoryAllows(const Step& step) {
   try {
@@ -50,6 +50,7 @@ struct LoadedLog {
     Log::getInstance()->releaseAtExit();
   }
 };
+
 namespace {
 
 const LoadedLog loadedLog;
@@ -75,7 +76,7 @@ void Log::init(const char* tag) {
 }
 
 void Log::setUp(const char* tag) {
-  followTimeZone();  // the first time here, where the application has called
+  followTimeZone();  // reads the environment: the first time on the application's thread
   readProperties();
   ifMemoryAllows([&] { registerDiagCommand(); });
   ifMemoryAllows([&] { loadHook(); });
@@ -96,7 +97,7 @@ void Log::release() {
     if (!initialised || changing) return;
     changing = true;
   }
-  // The dumper logs, so it may be waiting for the very call that the caller is in.
+  // The dumper logs, so it may wait for the log call that the caller is in.
   recordDump.stop(Writer::isHere(), exiting);
   const LockGuard lock(lifecycleMutex);
   initialised = false;
@@ -138,7 +139,7 @@ bool Log::startEncryption(int config) {
   EncryptedLog::Settings settings;
   settings.logPermsEnabled = logPermsEnabled;
   if (!readLogConfig(config, settings)) return false;
-  // libcrypto takes itself down while the process exits; threads that still log must not use it
+  // libcrypto cleans itself up while the process exits. Threads that still log must not use it
   // then.
   static const bool stopsInTime = OPENSSL_atexit([] { getInstance()->stopBeforeExit(); }) == 1;
   const Writer writer(mutex);
@@ -150,9 +151,9 @@ void Log::stopEncryption() {
   encryptedLog.stop();
 }
 
-// libcrypto is about to go. A record that is being sealed is waited for, but not a log call that is
-// stuck somewhere else: that one finds the flag when it comes to sealing. A forked child has
-// nothing to stop; from inside a log call this thread holds the log itself.
+// libcrypto is about to clean itself up. This waits for a record that is being sealed, but not for
+// a log call that does not end: that one finds the flag before it seals. A forked child has nothing
+// to stop. A thread that is inside a log call holds the mutex itself.
 void Log::stopBeforeExit() {
   EncryptedLog::noteCryptoGone();
   if (home.isElsewhere() || Writer::isHere()) return;

@@ -29,7 +29,7 @@ ssize_t StreamReader::read(void* out, size_t size) {
     }
     if (result > 0) continue;
     if (done == 0) return result;
-    // The kernel, too, gives what came before an error and says no more of that.
+    // As the kernel does: gives what came before an error, and does not report the error.
     errno = error;
     return static_cast<ssize_t>(done);
   }
