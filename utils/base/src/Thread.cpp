@@ -21,6 +21,8 @@ std::atomic<bool> userSignalTaken{false};
 constexpr std::size_t kNameSize = 15;  // what the kernel keeps
 thread_local bool tStartedHere = false;
 
+// While it exists, the calling thread blocks the signals that a thread of the library blocks. No
+// lock.
 class BlockedSignals {
  public:
   BlockedSignals() {

@@ -15,8 +15,9 @@
 #include "Thread.h"
 
 // Registered sockets of the process and their receiver threads. One per process, created on first
-// use and kept as long as a thread can need it. Any thread. mLock guards all fields; it is held for
-// look-ups and changes only, never during a send, a receive or a callback.
+// use and kept as long as a thread can need it. Any thread. mLock guards all fields; it is always
+// locked exclusively, and for look-ups and changes only, never during a send, a receive or a
+// callback.
 struct ProcessUtilsGlobals {
   using Key = std::pair<unsigned long, unsigned long>;  // peer process id, session id
 
