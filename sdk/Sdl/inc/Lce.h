@@ -32,7 +32,7 @@ class Lce : public ServiceOf<Lce> {
   using PendingCriteria = std::unordered_map<uint32_t, LceReportingCriteriaCb>;
   class NewId;
 
-  // Draws an id that no pending request has, and takes it.
+  // Draws an id that no pending request has, and makes an entry for it.
   PendingCriteria::iterator getNextUniqueId() ORB_REQUIRES(mLock);
   void handleAsyncResult(const LceProto::ClientMsg& message);
   template <class Report>

@@ -21,7 +21,7 @@
 // shortened, or if the disk had no room for the header, the header is written again before the next
 // piece.
 //
-// Other users may have the right to write to the folder. So a new file is made only under a name
+// Other users may have the right to write to the directory. So a new file is made only under a name
 // that nothing has, and an existing file is used only if it is a regular file of this user without
 // a second name. Links are not followed.
 class EncryptedLogFile {

@@ -14,17 +14,17 @@ class ExistingLogFiles {
  public:
   using ByAge = std::map<int64_t, std::string>;  // seconds to path, youngest first
 
-  // The files in @p folder whose names contain @p fileTag, of a log that has @p maxFiles files.
-  ExistingLogFiles(std::string folder, const std::string& fileTag, int maxFiles);
+  // The files in @p directory whose names contain @p fileTag, of a log that has @p maxFiles files.
+  ExistingLogFiles(std::string directory, const std::string& fileTag, int maxFiles);
 
-  // Both return the index to begin with. The first one reads the folder.
+  // Both return the index to begin with. The first one reads the directory.
   int checkExistingFiles() const;
   int reviewExistingFiles(ByAge files, time_t now) const;
 
  private:
   void removeOldFiles(ByAge files, time_t now) const;
 
-  const std::string mFolder;
+  const std::string mDirectory;
   const std::string mPrefix;  // of the names
   const int mMaxFiles;
 };

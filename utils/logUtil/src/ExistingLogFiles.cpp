@@ -72,11 +72,11 @@ bool isOtherFile(std::string_view name) {
 
 }  // namespace
 
-ExistingLogFiles::ExistingLogFiles(std::string folder, const std::string& fileTag, int maxFiles)
-    : mFolder(std::move(folder)), mPrefix("orb_log_" + fileTag), mMaxFiles(maxFiles) {}
+ExistingLogFiles::ExistingLogFiles(std::string directory, const std::string& fileTag, int maxFiles)
+    : mDirectory(std::move(directory)), mPrefix("orb_log_" + fileTag), mMaxFiles(maxFiles) {}
 
 int ExistingLogFiles::checkExistingFiles() const {
-  const Directory directory = openDirectory(mFolder);
+  const Directory directory = openDirectory(mDirectory);
   if (!directory) return 0;
   timespec now = {};
   clock_gettime(CLOCK_REALTIME, &now);
@@ -94,7 +94,7 @@ int ExistingLogFiles::checkExistingFiles() const {
     const int64_t age = ageOf(status, now.tv_sec);
     const auto place = files.lower_bound(age);
     if (place != files.end() && place->first == age) continue;
-    files.emplace_hint(place, age, mFolder + "/" + entry->d_name);
+    files.emplace_hint(place, age, mDirectory + "/" + entry->d_name);
   }
   return files.empty() ? 0 : reviewExistingFiles(std::move(files), now.tv_sec);
 }
@@ -112,7 +112,7 @@ int ExistingLogFiles::reviewExistingFiles(ByAge files, time_t now) const {
 // files, a thread removes the others while the application continues.
 void ExistingLogFiles::removeOldFiles(ByAge files, time_t now) const {
   const bool many = files.size() > kRemovedAtOnce;
-  const std::string stem = mFolder + "/" + mPrefix + "_0";
+  const std::string stem = mDirectory + "/" + mPrefix + "_0";
   for (auto file = files.begin(); file != files.end();) {
     const std::string& path = file->second;
     const bool mayBegin =
@@ -126,7 +126,7 @@ void ExistingLogFiles::removeOldFiles(ByAge files, time_t now) const {
   }
   if (files.empty()) return;
   const std::shared_ptr<const OldFiles> old(
-      new OldFiles{descriptorOf(mFolder), std::move(files), now});
+      new OldFiles{descriptorOf(mDirectory), std::move(files), now});
   Thread remover;
   if (startThread(remover, "orb-log-remove", ThreadWork::Library, [old] { old->remove(); })) {
     remover.detach();

@@ -45,7 +45,7 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   bool send(unsigned int subsystemId, unsigned int msgId, std::vector<unsigned char> payload);
 
   // Sends on the calling thread, ahead of what others post, and does not wait for room in the
-  // socket. The caller sees to it that nobody else sends meanwhile.
+  // socket. The caller makes sure that no other thread sends meanwhile.
   bool sendAtOnce(OrbIpcMessage& msg);
 
   // An id that is already there keeps its entry.
