@@ -3,6 +3,8 @@
 // Life of the SDK client: which types join it, and what happens when the last one is deactivated.
 #include <errno.h>
 
+#include <exception>
+#include <mutex>
 #include <new>
 #include <utility>
 

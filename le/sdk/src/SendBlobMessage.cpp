@@ -4,8 +4,6 @@
 
 #include <string.h>
 
-#include <iterator>
-
 namespace {
 
 struct TypePair {

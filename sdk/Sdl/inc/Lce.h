@@ -4,7 +4,6 @@
 
 #include <orb/lce.h>
 
-#include <memory>
 #include <unordered_map>
 #include <vector>
 

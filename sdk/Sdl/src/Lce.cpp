@@ -5,8 +5,6 @@
 
 #include <stdlib.h>
 
-#include <utility>
-
 #include "ClientLceUtils.h"
 
 namespace {

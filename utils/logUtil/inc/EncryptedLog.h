@@ -9,7 +9,6 @@
 
 #include "EncryptedLogFile.h"
 #include "GcmCipher.h"
-#include "LogLine.h"
 
 // The encrypted log: seals records with the session key of this run and appends them to files, one
 // file after the other, that only the holder of the private key can read. One object, owned by the

@@ -12,6 +12,7 @@
 
 #include "CryptoUtil.h"
 #include "ExistingLogFiles.h"
+#include "LogLine.h"
 #include "LogTag.h"
 
 namespace {

@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <utility>
 
 #include "CryptoUtil.h"
 #include "Log.h"

@@ -2,9 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <cstdint>
 #include <memory>
-#include <utility>
 
 #include "IpcFrame.h"
 #include "Mutex.h"

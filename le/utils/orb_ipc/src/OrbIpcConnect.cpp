@@ -9,7 +9,6 @@
 #include <sys/un.h>
 
 #include <new>
-#include <utility>
 
 #include "OrbIpcSession.h"
 

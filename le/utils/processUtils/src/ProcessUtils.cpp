@@ -4,7 +4,6 @@
 
 #include <errno.h>
 #include <poll.h>
-#include <stdint.h>
 #include <string.h>
 #include <sys/socket.h>
 
