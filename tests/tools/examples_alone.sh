@@ -7,7 +7,7 @@
 set -euo pipefail
 
 work=$(mktemp -d)
-export ORB_LOG_LEVEL=S
+unset ORB_LOG_LEVEL  # as a new user runs them
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
 
 fail() {
@@ -29,6 +29,7 @@ for example; do
   grep -q "^$name: " "$work/$name.err" || fail "$name says nothing"
   grep -qE "^$name: .*(the daemon is not there|SERVICE_DOWN)" "$work/$name.err" ||
     fail "$name does not say what is wrong: $(<"$work/$name.err")"
+  ! grep -vE "^($name: |attempt )" "$work/$name.err" || fail "$name: not its messages alone"
   for wrong in '' 0 x; do
     status=0
     "$example" --seconds "$wrong" >"$work/out" 2>"$work/err" || status=$?
