@@ -48,7 +48,8 @@ commands=$(block sh 'cc build/first.c') || fail "README.md does not say how to b
 run=$(block sh 'build/prefix/bin/orbd-sim') || fail "README.md does not say how to run it"
 eval "$commands" >out.build 2>&1 || fail "it cannot be built"
 
-(eval "$run") >out || fail "exit status $? beside the daemon"
+(eval "$run") >out 2>out.errors || fail "exit status $? beside the daemon"
+[[ ! -s out.errors ]] || fail "it shows more than it should"
 grep -qx 'status 0' out || fail "it is not enabled"
 grep -qx 'criteria 1' out || fail "its criteria are not accepted"
 rates=$(grep -cx 'rate [0-9]*' out) || fail "no report"
