@@ -65,8 +65,11 @@ export OPENSSL_ia32cap=~0x5000000000000000:0
 # count OPERATIONS: prints how many instructions that many take.
 count() {
   local out=$PWD/instructions.$name.$1 counted=()
-  [[ $function == - ]] || counted=(--collect-atstart=no "--toggle-collect=$function")
-  local words
+  local words patterns
+  if [[ $function != - ]]; then
+    IFS=, read -ra patterns <<<"$function"
+    counted=(--collect-atstart=no "${patterns[@]/#/--toggle-collect=}")
+  fi
   read -ra words <<<"${arguments//\{\}/$1}"
   rm -f "$out"
   timeout 500 "$here/../../scripts/sandbox" valgrind -q --tool=callgrind --callgrind-out-file="$out" \

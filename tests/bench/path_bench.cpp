@@ -2,10 +2,13 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
 // The whole path, through the C API of the shared library: a request to the callback of its answer,
-// and reports that the daemon sends by itself.
+// and reports that the daemon sends by itself. "--run WORK COUNT" does only the library's half of
+// one of them, for its instructions to be counted.
 #include <orb/sdl.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
 #include "BarePath.h"
 #include "Comparison.h"
@@ -104,15 +107,20 @@ void inBursts(int count, Countdown& arrived, const Send& send) {
   }
 }
 
+void roundTrips(int count) {
+  for (int i = 0; i < count; ++i) {
+    answers().expect(1);
+    lceGetLastEstimationReport(onReport);
+    answers().wait();
+  }
+}
+
+void indications(orbsim::Daemon& daemon, const orbsim::Blob& bytes, int count) {
+  inBursts(count, answers(), [&] { daemon.sendBytes(kFirstSession, bytes); });
+}
+
 void compareRoundTrips(const Comparison& comparison) {
   BarePath bare(requestFrame(), answerFrame());
-  const auto library = [](int count) {
-    for (int i = 0; i < count; ++i) {
-      answers().expect(1);
-      lceGetLastEstimationReport(onReport);
-      answers().wait();
-    }
-  };
   const auto baseline = [&](int count) {
     for (int i = 0; i < count; ++i) {
       bare.answers.expect(1);
@@ -120,25 +128,52 @@ void compareRoundTrips(const Comparison& comparison) {
       bare.answers.wait();
     }
   };
-  comparison.time("request to callback, round trip", kRoundTrips, library, baseline);
+  comparison.time("request to callback, round trip", kRoundTrips, roundTrips, baseline);
 }
 
 void compareIndications(const Comparison& comparison, orbsim::Daemon& daemon) {
   const orbsim::Blob bytes = indicationFrame();
   BarePath bare(requestFrame(), bytes);
-  const auto library = [&](int count) {
-    inBursts(count, answers(), [&] { daemon.sendBytes(kFirstSession, bytes); });
-  };
+  const auto library = [&](int count) { indications(daemon, bytes, count); };
   const auto baseline = [&](int count) {
     inBursts(count, bare.answers, [&] { bare.indication(); });
   };
   comparison.rate("indications, socket to callback", kIndications, library, baseline);
 }
 
+// The only work to do, if the arguments name one.
+struct Only {
+  Only(int argc, char** argv) {
+    if (argc != 4 || std::strcmp(argv[1], "--run") != 0) return;
+    work = argv[2];
+    count = std::atoi(argv[3]);
+    known = (isFor("roundtrip") || isFor("indication")) && count > 0;
+  }
+  bool isFor(const char* name) const { return work != nullptr && std::strcmp(work, name) == 0; }
+
+  const char* work = nullptr;
+  int count = 0;
+  bool known = false;
+};
+
+void run(const Only& only, orbsim::Daemon& daemon) {
+  if (only.isFor("roundtrip")) {
+    roundTrips(only.count);
+  } else {
+    indications(daemon, indicationFrame(), only.count);
+  }
+}
+
+void compare(const Comparison& comparison, orbsim::Daemon& daemon) {
+  compareRoundTrips(comparison);
+  compareIndications(comparison, daemon);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  const Comparison comparison(argc, argv);
+  const Only only(argc, argv);
+  const Comparison comparison(only.known ? 1 : argc, argv);
   orbsim::Options options;
   options.record = false;
   orbsim::Daemon daemon(options);
@@ -151,8 +186,11 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "path_bench: LCE cannot be enabled\n");
     return 1;
   }
-  compareRoundTrips(comparison);
-  compareIndications(comparison, daemon);
+  if (only.known) {
+    run(only, daemon);
+  } else {
+    compare(comparison, daemon);
+  }
   const bool ended = orb_lce_disable() == 1;
   daemon.stop();
   return ended ? 0 : 1;
