@@ -11,19 +11,24 @@ struct LogSource {
 };
 
 // A fixed line of the log. Log consumers recognise it by function, number and text, so none of them
-// follows the position in the source.
+// follows the position in the source. A constant: the compiler puts its head together.
 struct LogPoint {
-  const char* function = nullptr;
-  int line = 0;
-  const char* text = nullptr;
+  constexpr LogPoint() = default;
+  constexpr LogPoint(const LogSource& source, const char* ofFunction, int line,
+                     const char* withText)
+      : function(ofFunction), text(withText), head(source.tag, source.file, ofFunction, line) {}
 
   // @p values are the arguments for the conversions of the text, of exactly their types.
   template <class... Values>
-  void print(const LogSource& source, Values... values) const {
+  void print(Values... values) const {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 #pragma GCC diagnostic ignored "-Wformat-security"
-    SdkLog::print(3, source.tag, source.file, function, line, text, values...);
+    SdkLog::print(head, text, values...);
 #pragma GCC diagnostic pop
   }
+
+  const char* function = nullptr;
+  const char* text = nullptr;
+  LogHead head;
 };

@@ -31,10 +31,11 @@ TEST_F(LceListener, DisabledObjectForgetsItsReportCallback) {
 
 TEST_F(LceListener, CriteriaDuringWhichTheServiceIsDisabledAreRefusedInSilence) {
   enableBothQuietly();
-  EXPECT_EQ(-5, serviceApi::request<Lce>(requestPoints("request", 1, 2), true, [](Lce& lce) {
-    EXPECT_EQ(1, orb_lce_disable());
-    return lce.setReportingCriteria({}, onCriteria);
-  }));
+  EXPECT_EQ(-5, serviceApi::request<Lce>(requestPoints(Lce::kSource, "request", 1, 2), true,
+                                         [](Lce& lce) {
+                                           EXPECT_EQ(1, orb_lce_disable());
+                                           return lce.setReportingCriteria({}, onCriteria);
+                                         }));
   EXPECT_TRUE(linesOf("request").empty());
 }
 

@@ -83,7 +83,7 @@ TYPED_TEST_P(ServiceListener, DisabledObjectCallsNobody) {
 // The line about a missing client is for objects that never had a client.
 TYPED_TEST_P(ServiceListener, RequestDuringWhichTheServiceIsDisabledIsRefusedInSilence) {
   using Object = typename ObjectOf<TypeParam>::Type;
-  const RequestPoints points = requestPoints("request", 1, 2);
+  const RequestPoints points = requestPoints(Object::kSource, "request", 1, 2);
   this->enableBothQuietly();
   EXPECT_EQ(-5, serviceApi::request<Object>(points, true, [](Object& object) {
     EXPECT_EQ(1, TypeParam::disable());

@@ -154,13 +154,13 @@ class Source:
     def lines(self):
         for i, token in enumerate(self.tokens[:-1]):
             after = self.tokens[i + 1].text
-            if token.kind != "word" or after not in ("(", "{"):
-                found = self.point(i) if token.text == "{" else []
+            if token.kind != "word" or after != "(":
+                found = []
             elif token.text in CALLS:
                 found = self.call(CALLS[token.text], i)
             elif token.text == "requestPoints":
                 found = self.request_points(i)
-            elif token.text == "LogPoint":
+            elif token.text == "point":
                 found = self.log_point(arguments(self.tokens, i + 1), i)
             else:
                 found = self.other(token, i)
@@ -202,6 +202,7 @@ class Source:
         return (stem, stem) if stem in SERVICES else (ANY, ANY)
 
     def log_point(self, given, i):
+        """`something = point(function, number, text)` in the table of a service."""
         if len(given) != 3:
             return []
         text = self.value(given[2])
@@ -212,14 +213,8 @@ class Source:
         tag, unit = self.service()
         return [Line(tag, unit, self.function(given[0], i), "D", number, text)]
 
-    def point(self, i):
-        """`something = {function, number, text}` in the table of a service."""
-        if self.service()[0] == ANY or self.tokens[i - 1].text != "=":
-            return []
-        return self.log_point(arguments(self.tokens, i), i)
-
     def request_points(self, i):
-        given = arguments(self.tokens, i + 1)
+        given = arguments(self.tokens, i + 1)[1:]  # without the source
         if len(given) != 3 or len(given[0]) > 1:  # its own definition
             return []
         names = ("kNoInstanceForRequest", "kNoClientForRequest")

@@ -14,6 +14,7 @@
 // answers on the receiver thread; the base's mLock guards the pending requests.
 class Lce : public ServiceOf<Lce> {
  public:
+  static constexpr LogSource kSource{"Lce", "sdk/Sdl/src/Lce.cpp"};
   static const ServiceTable kTable;
 
   int64_t setReportingCriteria(const LceReportingCriteria& criteria, LceReportingCriteriaCb cb);

@@ -13,6 +13,7 @@
 // on the receiver thread. No lock of its own: callbacks are in slots.
 class Lle : public ServiceOf<Lle> {
  public:
+  static constexpr LogSource kSource{"Lle", "sdk/Sdl/src/Lle.cpp"};
   static const ServiceTable kTable;
   static const RequestPoints kSetReportingCriteria;
 

@@ -13,6 +13,7 @@
 // indications on the receiver thread. No lock of its own: the callback is in a slot.
 class Lli : public ServiceOf<Lli> {
  public:
+  static constexpr LogSource kSource{"Lli", "sdk/Sdl/src/Lli.cpp"};
   static const ServiceTable kTable;
   static const RequestPoints kRegLinkInterruptInd;
 

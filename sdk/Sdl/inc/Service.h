@@ -43,7 +43,7 @@ struct ServiceTable {
   ServiceSlot& (*slot)();
   std::shared_ptr<Service> (*make)();
   std::vector<uint8_t> (*enableMessage)(bool enable);
-  ServicePoints points;
+  const ServicePoints& points;
 };
 
 // Results of requests.
@@ -130,9 +130,9 @@ class Service : public SdkBase {
   void handleStatus(const Data& data) {
     const StatusPoints& points = mTable.points.status;
     handleMember(points, data.has_status_msg(), [&] {
-      points.raw.print(mTable.source, static_cast<int>(data.status_msg().status()));
+      points.raw.print(static_cast<int>(data.status_msg().status()));
       const status_e status = Utils::protoStatusToClient(data.status_msg().status());
-      points.converted.print(mTable.source, static_cast<int>(status));
+      points.converted.print(static_cast<int>(status));
       handleStatusInd(status);
     });
   }
@@ -146,7 +146,7 @@ class Service : public SdkBase {
       log(points.empty);
     }
   }
-  void log(const LogPoint& point) const { point.print(mTable.source); }
+  static void log(const LogPoint& point) { point.print(); }
 
   // Calls the callback in @p slot with @p arguments. False if there is none or the service is
   // disabled.

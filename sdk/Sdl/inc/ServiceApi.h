@@ -35,7 +35,8 @@ Result exportedCall(const ServiceTable& table, const char* function, const Call&
   const NoCancellation whole;
   try {
     if (!Service::mUsedIn.isElsewhere()) return call();
-    LogPoint{function, __LINE__, "refused in a forked process"}.print(table.source);
+    SdkLog::print(ANDROID_LOG_DEBUG, table.source.tag, table.source.file, function, __LINE__,
+                  "refused in a forked process");
   } catch (...) {
     // Without memory the call is refused, too.
   }
@@ -84,7 +85,7 @@ int64_t request(const RequestPoints& points, bool valid, const Call& call) {
           // Refused. The line below is written only if there is no client.
         }
         if (result >= kRequestDone || !object->neverHadClient()) return result;
-        points.noClient.print(S::kTable.source);
+        points.noClient.print();
         return kNoService;
       },
       kNoService);

@@ -36,8 +36,10 @@ struct RequestPoints {
   LogPoint noClient;
 };
 
-constexpr RequestPoints requestPoints(const char* function, int noInstance, int noClient) {
-  return {{function, noInstance, kNoInstanceForRequest}, {function, noClient, kNoClientForRequest}};
+constexpr RequestPoints requestPoints(const LogSource& source, const char* function, int noInstance,
+                                      int noClient) {
+  return {{source, function, noInstance, kNoInstanceForRequest},
+          {source, function, noClient, kNoClientForRequest}};
 }
 
 // Of a status message.

@@ -9,7 +9,9 @@
 
 namespace {
 
-constexpr LogSource kSource{"Lce", "sdk/Sdl/src/Lce.cpp"};
+constexpr LogPoint point(const char* function, int line, const char* text) {
+  return {Lce::kSource, function, line, text};
+}
 
 void fill(LceProto::ServiceMsg& message, const LceReportingCriteria& criteria, uint32_t id) {
   message.set_event_id(LceProto::SET_REPORTING_CRITERIA);
@@ -38,53 +40,53 @@ struct LcePoints {
 constexpr LcePoints kPoints = [] {
   LcePoints points;
   ServicePoints& service = points.service;
-  service.enable.entry = {"orb_lce_enable", __LINE__, "Enable"};
-  service.enable.nullCallback = {"orb_lce_enable", __LINE__, "Status ind function null"};
-  service.enable.noInstance = {"orb_lce_enable", __LINE__, kNoInstance};
-  service.create.entry = {"createLceClient", __LINE__, "Create"};
-  service.create.nullCallback = {"createLceClient", __LINE__, "cb function null"};
-  service.create.noInstance = {"createLceClient", __LINE__, kNoInstance};
-  service.disable.entry = {"orb_lce_disable", __LINE__, "Disable"};
-  service.disable.noInstance = {"orb_lce_disable", __LINE__, kNoInstance};
-  service.disable.noClient = {"orb_lce_disable", __LINE__, kNoClient};
-  service.destroy.entry = {"destroySdfClient", __LINE__, "Distroy"};
-  service.destroy.noInstance = {"destroySdfClient", __LINE__, kNoInstance};
-  service.destroy.noClient = {"destroySdfClient", __LINE__, kNoClient};
-  service.constructed = {"Lce", __LINE__, "Lce ctor"};
-  service.destroyed = {"~Lce", __LINE__, "~Lce called"};
-  service.blobListener = {kListener, __LINE__, "Lce::blobListener"};
-  service.unknownStatus = {kListener, __LINE__, "unknown internal status %d"};
-  service.unknownMessage = {kListener, __LINE__, "Unknown message type"};
-  service.status.entry = {kListener, __LINE__, "STATUS_IND"};
-  service.status.raw = {kListener, __LINE__, "status_msg %d"};
-  service.status.converted = {kListener, __LINE__, "status %d"};
-  service.status.empty = {kListener, __LINE__, "Status IND message data not filled"};
-  points.lastReport.entry = {kListener, __LINE__, "GET_LAST_ESTIMATION_REPORT_IND"};
-  points.lastReport.values = {
-      kListener, __LINE__,
-      "GET_LAST_ESTIMATION_REPORT_IND rate: %d, confidenceLevel: %d, linkDirection: %d, "
-      "queueSizeUL: %d, errorString: %s"};
-  points.lastReport.sent = {kListener, __LINE__, "mLastEstimationReportCb sent"};
-  points.lastReport.noCallback = {kListener, __LINE__, "mLastEstimationReportCb null"};
-  points.lastReport.empty = {kListener, __LINE__,
-                             "GET_LAST_ESTIMATION_REPORT_IND message data not filled"};
-  points.reportInd.entry = {kListener, __LINE__, "ESTIMATION_REPORTS_IND"};
-  points.reportInd.values = {
-      kListener, __LINE__,
-      "ESTIMATION_REPORTS_IND rate: %d, confidenceLevel: %d, linkDirection: %d, "
-      "queueSizeUL: %d, errorString: %s"};
-  points.reportInd.sent = {kListener, __LINE__, "mEstimationReportInd sent"};
-  points.reportInd.noCallback = {kListener, __LINE__, "mEstimationReportInd null"};
+  service.enable.entry = point("orb_lce_enable", __LINE__, "Enable");
+  service.enable.nullCallback = point("orb_lce_enable", __LINE__, "Status ind function null");
+  service.enable.noInstance = point("orb_lce_enable", __LINE__, kNoInstance);
+  service.create.entry = point("createLceClient", __LINE__, "Create");
+  service.create.nullCallback = point("createLceClient", __LINE__, "cb function null");
+  service.create.noInstance = point("createLceClient", __LINE__, kNoInstance);
+  service.disable.entry = point("orb_lce_disable", __LINE__, "Disable");
+  service.disable.noInstance = point("orb_lce_disable", __LINE__, kNoInstance);
+  service.disable.noClient = point("orb_lce_disable", __LINE__, kNoClient);
+  service.destroy.entry = point("destroySdfClient", __LINE__, "Distroy");
+  service.destroy.noInstance = point("destroySdfClient", __LINE__, kNoInstance);
+  service.destroy.noClient = point("destroySdfClient", __LINE__, kNoClient);
+  service.constructed = point("Lce", __LINE__, "Lce ctor");
+  service.destroyed = point("~Lce", __LINE__, "~Lce called");
+  service.blobListener = point(kListener, __LINE__, "Lce::blobListener");
+  service.unknownStatus = point(kListener, __LINE__, "unknown internal status %d");
+  service.unknownMessage = point(kListener, __LINE__, "Unknown message type");
+  service.status.entry = point(kListener, __LINE__, "STATUS_IND");
+  service.status.raw = point(kListener, __LINE__, "status_msg %d");
+  service.status.converted = point(kListener, __LINE__, "status %d");
+  service.status.empty = point(kListener, __LINE__, "Status IND message data not filled");
+  points.lastReport.entry = point(kListener, __LINE__, "GET_LAST_ESTIMATION_REPORT_IND");
+  points.lastReport.values =
+      point(kListener, __LINE__,
+            "GET_LAST_ESTIMATION_REPORT_IND rate: %d, confidenceLevel: %d, linkDirection: %d, "
+            "queueSizeUL: %d, errorString: %s");
+  points.lastReport.sent = point(kListener, __LINE__, "mLastEstimationReportCb sent");
+  points.lastReport.noCallback = point(kListener, __LINE__, "mLastEstimationReportCb null");
+  points.lastReport.empty =
+      point(kListener, __LINE__, "GET_LAST_ESTIMATION_REPORT_IND message data not filled");
+  points.reportInd.entry = point(kListener, __LINE__, "ESTIMATION_REPORTS_IND");
+  points.reportInd.values =
+      point(kListener, __LINE__,
+            "ESTIMATION_REPORTS_IND rate: %d, confidenceLevel: %d, linkDirection: %d, "
+            "queueSizeUL: %d, errorString: %s");
+  points.reportInd.sent = point(kListener, __LINE__, "mEstimationReportInd sent");
+  points.reportInd.noCallback = point(kListener, __LINE__, "mEstimationReportInd null");
   // The name of the other report, as log consumers know it.
-  points.reportInd.empty = {kListener, __LINE__,
-                            "GET_LAST_ESTIMATION_REPORT_IND message data not filled"};
-  points.criteriaResult.entry = {kListener, __LINE__, "SET_REPORTING_CRITERIA_ASYNC_RESULT"};
-  points.criteriaResult.values = {
-      kListener, __LINE__,
-      "SET_REPORTING_CRITERIA_ASYNC_RESULT transactionId: %d, success: %d, error: %s"};
-  points.criteriaResult.noCallback = {kListener, __LINE__, "no cb found"};
-  points.criteriaResult.empty = {kListener, __LINE__,
-                                 "SET_REPORTING_CRITERIA_ASYNC_RESULT message data not filled"};
+  points.reportInd.empty =
+      point(kListener, __LINE__, "GET_LAST_ESTIMATION_REPORT_IND message data not filled");
+  points.criteriaResult.entry = point(kListener, __LINE__, "SET_REPORTING_CRITERIA_ASYNC_RESULT");
+  points.criteriaResult.values =
+      point(kListener, __LINE__,
+            "SET_REPORTING_CRITERIA_ASYNC_RESULT transactionId: %d, success: %d, error: %s");
+  points.criteriaResult.noCallback = point(kListener, __LINE__, "no cb found");
+  points.criteriaResult.empty =
+      point(kListener, __LINE__, "SET_REPORTING_CRITERIA_ASYNC_RESULT message data not filled");
   return points;
 }();
 
@@ -210,10 +212,10 @@ void Lce::handleReport(const Report& report, const CallbackSlot<LceEstimationRep
       ClientLceUtils::protoConfidenceLevelToClient(report.confidence_level());
   estimation.linkDirection = ClientLceUtils::protoLinkDirectionToClient(report.link_direction());
   estimation.queueSizeUL = report.queue_size_ul();
-  points.values.print(
-      kSource, static_cast<int>(report.rate()), static_cast<int>(estimation.confidenceLevel),
-      static_cast<int>(estimation.linkDirection), static_cast<int>(report.queue_size_ul()),
-      escapePercent(report.error_string()).c_str());
+  points.values.print(static_cast<int>(report.rate()), static_cast<int>(estimation.confidenceLevel),
+                      static_cast<int>(estimation.linkDirection),
+                      static_cast<int>(report.queue_size_ul()),
+                      escapePercent(report.error_string()).c_str());
   const auto status = ClientLceUtils::protoEstimationReportStatusToClient(report.error_string());
   log(callBack(slot, status, estimation) ? points.sent : points.noCallback);
 }
@@ -221,7 +223,7 @@ void Lce::handleReport(const Report& report, const CallbackSlot<LceEstimationRep
 void Lce::handleAsyncResult(const LceProto::ClientMsg& message) {
   const auto& response = message.data().set_reporting_criteria_resp();
   const auto id = static_cast<uint32_t>(message.transaction_id());
-  kPoints.criteriaResult.values.print(kSource, static_cast<int>(id), response.success() ? 1 : 0,
+  kPoints.criteriaResult.values.print(static_cast<int>(id), response.success() ? 1 : 0,
                                       escapePercent(response.error()).c_str());
   LceReportingCriteriaCb cb = nullptr;
   {

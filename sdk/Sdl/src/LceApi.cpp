@@ -29,27 +29,32 @@ int createLceClient(LceStatusV2Cb cb) { return serviceApi::create(Lce::kTable, c
 int destroySdfClient(void) { return serviceApi::destroy(Lce::kTable); }
 
 int64_t lceSetReportingCriteria(const LceReportingCriteria* criteria, LceReportingCriteriaCb cb) {
-  return serviceApi::request<Lce>(
-      requestPoints(__func__, __LINE__, __LINE__), cb != nullptr && criteria != nullptr,
-      [&](Lce& lce) {
-        const LceReportingCriteria read = *criteria;  // once: what is sent is what was checked
-        return isValid(read) ? lce.setReportingCriteria(read, cb) : kInvalidArguments;
-      });
+  static constexpr RequestPoints kRefusals =
+      requestPoints(Lce::kSource, __func__, __LINE__, __LINE__);
+  return serviceApi::request<Lce>(kRefusals, cb != nullptr && criteria != nullptr, [&](Lce& lce) {
+    const LceReportingCriteria read = *criteria;  // once: what is sent is what was checked
+    return isValid(read) ? lce.setReportingCriteria(read, cb) : kInvalidArguments;
+  });
 }
 
 int64_t lceGetLastEstimationReport(LceEstimationReportCb cb) {
-  return serviceApi::request<Lce>(requestPoints(__func__, __LINE__, __LINE__), cb != nullptr,
+  static constexpr RequestPoints kRefusals =
+      requestPoints(Lce::kSource, __func__, __LINE__, __LINE__);
+  return serviceApi::request<Lce>(kRefusals, cb != nullptr,
                                   [&](Lce& lce) { return lce.getLastEstimationReport(cb); });
 }
 
 int64_t lcePerformReportingAction(LceReportingAction action) {
-  return serviceApi::request<Lce>(requestPoints(__func__, __LINE__, __LINE__),
-                                  ClientLceUtils::isReportingActionValid(action),
+  static constexpr RequestPoints kRefusals =
+      requestPoints(Lce::kSource, __func__, __LINE__, __LINE__);
+  return serviceApi::request<Lce>(kRefusals, ClientLceUtils::isReportingActionValid(action),
                                   [&](Lce& lce) { return lce.performReportingAction(action); });
 }
 
 int64_t lceRegEstimationReports(LceEstimationReportCb cb) {
-  return serviceApi::request<Lce>(requestPoints(__func__, __LINE__, __LINE__), cb != nullptr,
+  static constexpr RequestPoints kRefusals =
+      requestPoints(Lce::kSource, __func__, __LINE__, __LINE__);
+  return serviceApi::request<Lce>(kRefusals, cb != nullptr,
                                   [&](Lce& lce) { return lce.regEstimationReports(cb); });
 }
 

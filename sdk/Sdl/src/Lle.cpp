@@ -7,7 +7,9 @@
 
 namespace {
 
-constexpr LogSource kSource{"Lle", "sdk/Sdl/src/Lle.cpp"};
+constexpr LogPoint point(const char* function, int line, const char* text) {
+  return {Lle::kSource, function, line, text};
+}
 
 // All fixed lines of the service. Log consumers know them by these numbers.
 struct LlePoints {
@@ -19,46 +21,46 @@ struct LlePoints {
 constexpr LlePoints kPoints = [] {
   LlePoints points;
   ServicePoints& service = points.service;
-  service.enable.entry = {"orb_lle_enable", 20, "Enable"};
-  service.enable.nullCallback = {"orb_lle_enable", 22, "Status ind function null"};
-  service.enable.noInstance = {"orb_lle_enable", 29, kNoInstance};
-  service.disable.entry = {"orb_lle_disable", 53, "Disable"};
-  service.disable.noInstance = {"orb_lle_disable", 56, kNoInstance};
-  service.disable.noClient = {"orb_lle_disable", 61, kNoClient};
-  service.create.entry = {"createLleClient", 82, "Create"};
-  service.create.nullCallback = {"createLleClient", 84, "Cb function null"};
-  service.create.noInstance = {"createLleClient", 91, kNoInstance};
-  service.destroy.entry = {"destroyLleClient", 115, "Destroy"};
-  service.destroy.noInstance = {"destroyLleClient", 118, kNoInstance};
-  service.destroy.noClient = {"destroyLleClient", 123, kNoClient};
-  points.setReportingCriteria = requestPoints("lleSetReportingCriteria", 165, 170);
-  service.constructed = {"Lle", 222, "Lle ctor"};
-  service.destroyed = {"~Lle", 229, "~Lle called"};
-  service.blobListener = {kListener, 240, "Lle::blobListener"};
-  service.status.entry = {kListener, 249, "STATUS_IND"};
-  service.status.raw = {kListener, 251, "status_msg %d"};
-  service.status.converted = {kListener, 254, "status %d"};
-  service.status.empty = {kListener, 257, "Status IND message data not filled"};
-  points.lastReport.entry = {kListener, 261, "GET_REPORT_RESP"};
-  points.lastReport.values = {
-      kListener, 278,
-      "GET_REPORT_RESP status: %d, ulReportStatus: %d, ulLatencyEstimation: %d, "
-      "ulVarianceEstimation: %d, dlReportStatus: %d, dlLatencyEstimation: %d, "
-      "dlVarianceEstimation: %d, reportInterval: %d, rat: %d"};
-  points.lastReport.sent = {kListener, 303, "GET_REPORT_RESP cb sent"};
-  points.lastReport.noCallback = {kListener, 305, "mLastEstimationReportCb null"};
-  points.lastReport.empty = {kListener, 308, "GET_REPORT_RESP message data not filled"};
-  points.reportInd.entry = {kListener, 312, "IND_REPORT_RESP"};
-  points.reportInd.values = {
-      kListener, 329,
-      "IND_REPORT_RESP status: %d, ulReportStatus: %d, ulLatencyEstimation: %d, "
-      "ulVarianceEstimation: %d, dlReportStatus: %d, dlLatencyEstimation: %d, "
-      "dlVarianceEstimation: %d, reportInterval: %d, rat: %d"};
-  points.reportInd.sent = {kListener, 350, "IND_REPORT_RESP cb sent"};
-  points.reportInd.noCallback = {kListener, 352, "mEstimationReportInd null"};
-  points.reportInd.empty = {kListener, 355, "IND_REPORT_RESP message data not filled"};
-  service.unknownMessage = {kListener, 358, "Unknown message type"};
-  service.unknownStatus = {kListener, 367, "unknown internal status %d"};
+  service.enable.entry = point("orb_lle_enable", 20, "Enable");
+  service.enable.nullCallback = point("orb_lle_enable", 22, "Status ind function null");
+  service.enable.noInstance = point("orb_lle_enable", 29, kNoInstance);
+  service.disable.entry = point("orb_lle_disable", 53, "Disable");
+  service.disable.noInstance = point("orb_lle_disable", 56, kNoInstance);
+  service.disable.noClient = point("orb_lle_disable", 61, kNoClient);
+  service.create.entry = point("createLleClient", 82, "Create");
+  service.create.nullCallback = point("createLleClient", 84, "Cb function null");
+  service.create.noInstance = point("createLleClient", 91, kNoInstance);
+  service.destroy.entry = point("destroyLleClient", 115, "Destroy");
+  service.destroy.noInstance = point("destroyLleClient", 118, kNoInstance);
+  service.destroy.noClient = point("destroyLleClient", 123, kNoClient);
+  points.setReportingCriteria = requestPoints(Lle::kSource, "lleSetReportingCriteria", 165, 170);
+  service.constructed = point("Lle", 222, "Lle ctor");
+  service.destroyed = point("~Lle", 229, "~Lle called");
+  service.blobListener = point(kListener, 240, "Lle::blobListener");
+  service.status.entry = point(kListener, 249, "STATUS_IND");
+  service.status.raw = point(kListener, 251, "status_msg %d");
+  service.status.converted = point(kListener, 254, "status %d");
+  service.status.empty = point(kListener, 257, "Status IND message data not filled");
+  points.lastReport.entry = point(kListener, 261, "GET_REPORT_RESP");
+  points.lastReport.values =
+      point(kListener, 278,
+            "GET_REPORT_RESP status: %d, ulReportStatus: %d, ulLatencyEstimation: %d, "
+            "ulVarianceEstimation: %d, dlReportStatus: %d, dlLatencyEstimation: %d, "
+            "dlVarianceEstimation: %d, reportInterval: %d, rat: %d");
+  points.lastReport.sent = point(kListener, 303, "GET_REPORT_RESP cb sent");
+  points.lastReport.noCallback = point(kListener, 305, "mLastEstimationReportCb null");
+  points.lastReport.empty = point(kListener, 308, "GET_REPORT_RESP message data not filled");
+  points.reportInd.entry = point(kListener, 312, "IND_REPORT_RESP");
+  points.reportInd.values =
+      point(kListener, 329,
+            "IND_REPORT_RESP status: %d, ulReportStatus: %d, ulLatencyEstimation: %d, "
+            "ulVarianceEstimation: %d, dlReportStatus: %d, dlLatencyEstimation: %d, "
+            "dlVarianceEstimation: %d, reportInterval: %d, rat: %d");
+  points.reportInd.sent = point(kListener, 350, "IND_REPORT_RESP cb sent");
+  points.reportInd.noCallback = point(kListener, 352, "mEstimationReportInd null");
+  points.reportInd.empty = point(kListener, 355, "IND_REPORT_RESP message data not filled");
+  service.unknownMessage = point(kListener, 358, "Unknown message type");
+  service.unknownStatus = point(kListener, 367, "unknown internal status %d");
   return points;
 }();
 
@@ -135,7 +137,7 @@ void Lle::handleReport(const Report& report, const CallbackSlot<LleEstimationRep
   const LleEstimationReport estimation = toClient(report);
   // The line shows the low 32 bits of the 64-bit estimates, signed.
   points.values.print(
-      kSource, report.status() ? 1 : 0, static_cast<int>(estimation.ulReportStatus),
+      report.status() ? 1 : 0, static_cast<int>(estimation.ulReportStatus),
       static_cast<int>(estimation.ulLatencyEstimation),
       static_cast<int>(estimation.ulVarianceEstimation),
       static_cast<int>(estimation.dlReportStatus), static_cast<int>(estimation.dlLatencyEstimation),

@@ -22,12 +22,16 @@ int64_t lleSetReportingCriteria(uint32_t criteria) {
 }
 
 int64_t lleGetLastEstimationReport(LleEstimationReportCb cb) {
-  return serviceApi::request<Lle>(requestPoints(__func__, __LINE__, __LINE__), cb != nullptr,
+  static constexpr RequestPoints kRefusals =
+      requestPoints(Lle::kSource, __func__, __LINE__, __LINE__);
+  return serviceApi::request<Lle>(kRefusals, cb != nullptr,
                                   [&](Lle& lle) { return lle.getLastEstimationReport(cb); });
 }
 
 int64_t lleRegEstimationReports(LleEstimationReportCb cb) {
-  return serviceApi::request<Lle>(requestPoints(__func__, __LINE__, __LINE__), cb != nullptr,
+  static constexpr RequestPoints kRefusals =
+      requestPoints(Lle::kSource, __func__, __LINE__, __LINE__);
+  return serviceApi::request<Lle>(kRefusals, cb != nullptr,
                                   [&](Lle& lle) { return lle.regEstimationReports(cb); });
 }
 

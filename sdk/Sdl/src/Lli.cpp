@@ -7,7 +7,9 @@
 
 namespace {
 
-constexpr LogSource kSource{"Lli", "sdk/Sdl/src/Lli.cpp"};
+constexpr LogPoint point(const char* function, int line, const char* text) {
+  return {Lli::kSource, function, line, text};
+}
 
 // All fixed lines of the service. Log consumers know them by these numbers.
 struct LliPoints {
@@ -18,36 +20,36 @@ struct LliPoints {
 constexpr LliPoints kPoints = [] {
   LliPoints points;
   ServicePoints& service = points.service;
-  service.enable.entry = {"orb_lli_enable", 20, "Enable"};
-  service.enable.nullCallback = {"orb_lli_enable", 22, "Status ind function null"};
-  service.enable.noInstance = {"orb_lli_enable", 29, kNoInstance};
-  service.disable.entry = {"orb_lli_disable", 53, "Disable"};
-  service.disable.noInstance = {"orb_lli_disable", 56, kNoInstance};
-  service.disable.noClient = {"orb_lli_disable", 61, kNoClient};
-  service.create.entry = {"createLliClient", 82, "Create"};
-  service.create.nullCallback = {"createLliClient", 84, "cb function null"};
-  service.create.noInstance = {"createLliClient", 91, kNoInstance};
-  service.destroy.entry = {"destroyLliClient", 115, "Destroy"};
-  service.destroy.noInstance = {"destroyLliClient", 118, kNoInstance};
-  service.destroy.noClient = {"destroyLliClient", 123, kNoClient};
-  points.regLinkInterruptInd = requestPoints("lliRegLinkInterruptInd", 145, 150);
-  service.constructed = {"Lli", 177, "Lli ctor"};
-  service.destroyed = {"~Lli", 183, "~Lli called"};
-  service.blobListener = {kListener, 193, "Lli::blobListener"};
-  service.status.entry = {kListener, 202, "STATUS_IND"};
-  service.status.raw = {kListener, 204, "status_msg %d"};
-  service.status.converted = {kListener, 207, "status %d"};
-  service.status.empty = {kListener, 210, "Status IND message data not filled"};
-  points.indication.entry = {kListener, 214, "LLI_IND_RESP"};
-  points.indication.values = {
+  service.enable.entry = point("orb_lli_enable", 20, "Enable");
+  service.enable.nullCallback = point("orb_lli_enable", 22, "Status ind function null");
+  service.enable.noInstance = point("orb_lli_enable", 29, kNoInstance);
+  service.disable.entry = point("orb_lli_disable", 53, "Disable");
+  service.disable.noInstance = point("orb_lli_disable", 56, kNoInstance);
+  service.disable.noClient = point("orb_lli_disable", 61, kNoClient);
+  service.create.entry = point("createLliClient", 82, "Create");
+  service.create.nullCallback = point("createLliClient", 84, "cb function null");
+  service.create.noInstance = point("createLliClient", 91, kNoInstance);
+  service.destroy.entry = point("destroyLliClient", 115, "Destroy");
+  service.destroy.noInstance = point("destroyLliClient", 118, kNoInstance);
+  service.destroy.noClient = point("destroyLliClient", 123, kNoClient);
+  points.regLinkInterruptInd = requestPoints(Lli::kSource, "lliRegLinkInterruptInd", 145, 150);
+  service.constructed = point("Lli", 177, "Lli ctor");
+  service.destroyed = point("~Lli", 183, "~Lli called");
+  service.blobListener = point(kListener, 193, "Lli::blobListener");
+  service.status.entry = point(kListener, 202, "STATUS_IND");
+  service.status.raw = point(kListener, 204, "status_msg %d");
+  service.status.converted = point(kListener, 207, "status %d");
+  service.status.empty = point(kListener, 210, "Status IND message data not filled");
+  points.indication.entry = point(kListener, 214, "LLI_IND_RESP");
+  points.indication.values = point(
       kListener, 233,
       "LLI_IND_RESP handoffIndType: %d, handoffState: %d, preHandoffState: %d, sourceRat: %d, "
-      "targetRat: %d, estimatedTimeToInterruption: %lu, estimatedInterruptionDuration: %lu"};
-  points.indication.sent = {kListener, 251, "LLI_IND_RESP cb sent"};
-  points.indication.noCallback = {kListener, 253, "LLI_IND_RESP no cb"};
-  points.indication.empty = {kListener, 257, "LLI_IND_RESP message data not filled"};
-  service.unknownMessage = {kListener, __LINE__, "Unknown message type"};
-  service.unknownStatus = {kListener, 269, "unknown internal status %d"};
+      "targetRat: %d, estimatedTimeToInterruption: %lu, estimatedInterruptionDuration: %lu");
+  points.indication.sent = point(kListener, 251, "LLI_IND_RESP cb sent");
+  points.indication.noCallback = point(kListener, 253, "LLI_IND_RESP no cb");
+  points.indication.empty = point(kListener, 257, "LLI_IND_RESP message data not filled");
+  service.unknownMessage = point(kListener, __LINE__, "Unknown message type");
+  service.unknownStatus = point(kListener, 269, "unknown internal status %d");
   return points;
 }();
 
@@ -98,9 +100,8 @@ void Lli::handleIndication(const LliProto::LliIndResp& indication) {
   info.targetRat = ClientLliUtils::protoRatToClient(indication.target_rat());
   info.estimatedTimeToInterruption = indication.estimated_time_to_interruption();
   info.estimatedInterruptionDuration = indication.estimated_interruption_duration();
-  kPoints.indication.values.print(kSource, static_cast<int>(type),
-                                  static_cast<int>(info.handoffState), static_cast<int>(preState),
-                                  static_cast<int>(info.sourceRat),
+  kPoints.indication.values.print(static_cast<int>(type), static_cast<int>(info.handoffState),
+                                  static_cast<int>(preState), static_cast<int>(info.sourceRat),
                                   static_cast<int>(info.targetRat),
                                   static_cast<unsigned long>(info.estimatedTimeToInterruption),
                                   static_cast<unsigned long>(info.estimatedInterruptionDuration));

@@ -42,15 +42,15 @@ void reportFailure(void (*cb)(status_v2_e)) { cb(STATUS_V2_INTERNAL_ERROR); }
 template <class Callback>
 bool Service::enableWith(const ServiceTable& table, const EnablePoints& points,
                          CallbackSlot<Callback> Service::*slot, Callback cb) {
-  points.entry.print(table.source);
+  points.entry.print();
   if (cb == nullptr) {
-    points.nullCallback.print(table.source);
+    points.nullCallback.print();
     return false;
   }
   for (;;) {
     const std::shared_ptr<Service> object = obtain(table);
     if (!object) {
-      points.noInstance.print(table.source);
+      points.noInstance.print();
       reportFailure(cb);
       return false;
     }
@@ -79,7 +79,7 @@ SdkBase::Created Service::joinClient(const std::shared_ptr<Service>& object, con
 }
 
 bool Service::disableWith(const ServiceTable& table, const DisablePoints& points) {
-  points.entry.print(table.source);
+  points.entry.print();
   ServiceSlot& slot = table.slot();
   std::shared_ptr<Service> object;
   std::shared_ptr<SdkDisable> disable;
@@ -106,11 +106,11 @@ bool Service::disableWith(const ServiceTable& table, const DisablePoints& points
     }
   } while (object && !disable && !refused && !processStops());
   if (!object) {
-    points.noInstance.print(table.source);
+    points.noInstance.print();
     return false;
   }
   if (!disable) {
-    points.noClient.print(table.source);
+    points.noClient.print();
     object->tell(status, STATUS_INTERNAL_ERROR);
     object->tell(statusV2, STATUS_V2_INTERNAL_ERROR);
     return false;
@@ -140,7 +140,7 @@ bool Service::destroy(const ServiceTable& table) {
 std::shared_ptr<Service> Service::objectFor(const ServiceTable& table,
                                             const RequestPoints& points) {
   std::shared_ptr<Service> object = table.slot().get();
-  if (!object) points.noInstance.print(table.source);
+  if (!object) points.noInstance.print();
   return object;
 }
 
@@ -176,7 +176,7 @@ void Service::blobListener(SdkClientBase::SdkStatus status, const std::vector<ui
       break;
     default:
       // Service up included: it is not passed on.
-      mTable.points.unknownStatus.print(mTable.source, static_cast<int>(status));
+      mTable.points.unknownStatus.print(static_cast<int>(status));
       break;
   }
 }

@@ -9,6 +9,7 @@
 // it together, once for each place, so that a line costs a single copy of it. A constant.
 class LogHead {
  public:
+  constexpr LogHead() = default;
   // Too long a head does not compile: it would not fit.
   constexpr LogHead(std::string_view tag, std::string_view file, std::string_view function,
                     int line) {
