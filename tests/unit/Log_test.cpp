@@ -87,6 +87,15 @@ TEST_F(LogTest, DoubledPercentInAFormatIsOne) {
   EXPECT_EQ("|ORB|File::f:1 100%", recording::texts().at(0));
 }
 
+TEST_F(LogTest, LineWithoutHookAndRecordTakesNoLock) {
+  log.init("app");
+  {
+    const LockGuard lock(LogTestPeer::mutex());
+    log.addLogRecord(3, "ORB", "File.cpp", "f", 1, "in between");
+  }
+  EXPECT_TRUE(recording::has("|ORB|File::f:1 in between"));
+}
+
 TEST_F(LogTest, ErrnoSurvivesEveryWriter) {
   recording::setDiagListening(true);
   errno = ENOTTY;

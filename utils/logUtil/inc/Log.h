@@ -33,10 +33,10 @@
 //
 // `mutex` lets one addLogRecord, printVersion or dMapLog run at a time and guards the encrypted
 // log. It is held over the hook call, the encryption and the diagnostic write, so that lines and
-// records come out in the same order; the hook must not log through this class. printToAdb,
-// logModuleDebug and the signal handler take no lock. `lifecycleMutex` guards the two flags that
-// decide which of several init() and release() calls does the work; it is not held during a wait
-// for a thread.
+// records come out in the same order; the hook must not log through this class. A line that has
+// neither a hook nor a record takes no lock, nor do printToAdb, logModuleDebug and the signal
+// handler. `lifecycleMutex` guards the two flags that decide which of several init() and release()
+// calls does the work; it is not held during a wait for a thread.
 class Log : public DumpRequest {
  public:
   using LogRecord = ::LogRecord;
@@ -129,6 +129,8 @@ class Log : public DumpRequest {
   std::atomic<bool> dmapDebugSuppressed{false};
   std::atomic<bool> dmapSuppressed{false};
   std::atomic<bool> logPermsEnabled{false};
+  // The encrypted log is enabled. Written under mutex, read without: who reads true looks again.
+  std::atomic<bool> encrypts{false};
 
   ProcessMark home;  // the process that called init() first
   Mutex mutex;

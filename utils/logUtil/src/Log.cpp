@@ -59,6 +59,14 @@ void Log::writeRecord(int level, const LogLine& line) {
     __android_log_print(level, platformTag, "%s", line.text());
     return;
   }
+  const bool deferred = deferredLogging.load();
+  const bool sends = !deferred && DiagCmdProcessor::isListening();
+  if (!deferred && !sends && !encrypts.load() && orb_alog_fn.load() == nullptr) {
+    // Nobody wants the record, so there is nothing that the line has to stay in step with.
+    __android_log_print(level, platformTag, "%s", line.text());
+    recordDump.requestDumpWhenFull();
+    return;
+  }
   const Writer writer(mutex);
   const AlogFunction alog = orb_alog_fn.load();
   if (alog != nullptr) {
@@ -67,10 +75,8 @@ void Log::writeRecord(int level, const LogLine& line) {
     __android_log_print(level, platformTag, "%s", line.text());
   }
   recordDump.requestDumpWhenFull();
-  const bool deferred = deferredLogging.load();
-  const bool sends = !deferred && DiagCmdProcessor::isListening();
   const bool encrypted = encryptedLog.isEnabled();
-  if (!encrypted && !deferred && !sends) return;  // nobody wants the record
+  if (!encrypted && !deferred && !sends) return;
 
   RecordStamp record;
   record.stamp(level);

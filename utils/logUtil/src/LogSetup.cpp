@@ -143,11 +143,13 @@ bool Log::startEncryption(int config) {
   // then.
   static const bool stopsInTime = OPENSSL_atexit([] { getInstance()->stopBeforeExit(); }) == 1;
   const Writer writer(mutex);
-  return stopsInTime && encryptedLog.start(settings);
+  encrypts = stopsInTime && encryptedLog.start(settings);
+  return encrypts;
 }
 
 void Log::stopEncryption() {
   const Writer writer(mutex);
+  encrypts = false;
   encryptedLog.stop();
 }
 
@@ -159,6 +161,7 @@ void Log::stopBeforeExit() {
   if (home.isElsewhere() || Writer::isHere()) return;
   for (int left = kExitTries; left > 0; --left) {
     if (mutex.try_lock()) {
+      encrypts = false;
       encryptedLog.stop();
       mutex.unlock();
       return;
