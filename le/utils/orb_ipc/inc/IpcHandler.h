@@ -12,9 +12,9 @@
 #include "Semaphore.h"
 
 // A message queue with an event loop. Without a running loop a message is handled at once on the
-// thread that posts it, which is how every client session works. mHandlerMutex makes the test of
-// mRunning in postToSelf() and its change in stop() one step each; no lock is held while a message
-// is handled.
+// thread that posts it, which is how every client session works; that takes no lock. mHandlerMutex
+// makes the test of mRunning in postToSelf() and its change in stop() one step each, so that
+// nothing is queued after stop(); no lock is held while a message is handled.
 template <class T>
 class IpcHandler : public ProcessHandler {
  public:
@@ -26,9 +26,9 @@ class IpcHandler : public ProcessHandler {
   virtual void handleEvent(T msg) = 0;
 
   void postToSelf(T msg) {
-    {
+    if (mRunning) {
       const LockGuard lock(mHandlerMutex);
-      if (mRunning) {
+      if (mRunning) {  // still
         mQueue.push(std::move(msg));
         mQueueSemaphore.increase();
         return;
