@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <list>
 #include <memory>
@@ -25,7 +26,9 @@ class AfterCallback {
 
 // Every callback of the application passes its service's gate. After the gate is closed no callback
 // begins, and drain() waits for those that run. So no callback of a service runs after its disable
-// has returned. mMutex guards state and count and is free while a callback runs.
+// has returned. A callback of an open gate takes no lock. The last callbacks of a closed gate leave
+// under mMutex: who waits for them may free the gate as soon as it has the mutex again. The mutex
+// is free while a callback runs.
 class CallbackGate {
  public:
   // Exists while one callback runs. False if the gate is closed and the callback must not run.
@@ -43,7 +46,7 @@ class CallbackGate {
   };
 
   void close();
-  // Waits until no callback runs. Must not be called inside a callback.
+  // Waits until no callback of a closed gate runs. Must not be called inside a callback.
   void drain();
   // The gate is closed, and no callback runs: none will run any more.
   bool isOver();
@@ -54,13 +57,18 @@ class CallbackGate {
   static void afterCallback(std::shared_ptr<AfterCallback> work);
 
  private:
+  // Of mState: closed, and how many callbacks run.
+  static constexpr unsigned kClosed = 1;
+  static constexpr unsigned kOneRuns = 2;
+
   static void doAfter();
   bool enter();
+  void leave();
+  bool isIdle() const { return mState < kOneRuns; }
 
+  std::atomic<unsigned> mState{0};
   Mutex mMutex;
   Condition mDrained;
-  bool mClosed ORB_GUARDED_BY(mMutex) = false;
-  unsigned mRunning ORB_GUARDED_BY(mMutex) = 0;
 };
 
 // The closed gates of one service whose callbacks may still run; one gate for each time that the

@@ -19,10 +19,7 @@ CallbackGate::Pass::Pass(CallbackGate& gate) : mGate(gate), mOpen(gate.enter()) 
 CallbackGate::Pass::~Pass() {
   if (!mOpen) return;
   --tCallbackDepth;
-  {
-    const LockGuard lock(mGate.mMutex);
-    if (--mGate.mRunning == 0) mGate.mDrained.notify_all();
-  }
+  mGate.leave();
   // The gate may be gone by now.
   if (tCallbackDepth == 0) doAfter();
 }
@@ -43,24 +40,33 @@ void CallbackGate::doAfter() {
 }
 
 bool CallbackGate::enter() {
-  const LockGuard lock(mMutex);
-  if (!mClosed) ++mRunning;
-  return !mClosed;
+  unsigned state = mState;
+  do {
+    if ((state & kClosed) != 0) return false;
+  } while (!mState.compare_exchange_weak(state, state + kOneRuns));
+  return true;
 }
 
-void CallbackGate::close() {
+void CallbackGate::leave() {
+  unsigned state = mState;
+  while ((state & kClosed) == 0) {
+    if (mState.compare_exchange_weak(state, state - kOneRuns)) return;
+  }
   const LockGuard lock(mMutex);
-  mClosed = true;
+  mState -= kOneRuns;
+  if (isIdle()) mDrained.notify_all();
 }
+
+void CallbackGate::close() { mState |= kClosed; }
 
 void CallbackGate::drain() {
   UniqueLock lock(mMutex);
-  mDrained.wait(lock, [this]() ORB_REQUIRES(mMutex) { return mRunning == 0; });
+  mDrained.wait(lock, [this] { return isIdle(); });
 }
 
 bool CallbackGate::isOver() {
   const LockGuard lock(mMutex);
-  return mClosed && mRunning == 0;
+  return mState == kClosed;
 }
 
 bool CallbackGate::insideCallback() { return tCallbackDepth > 0; }

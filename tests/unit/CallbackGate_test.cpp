@@ -115,6 +115,23 @@ TEST(CallbackGate, NoCallbackRunsAfterCloseAndDrain) {
   EXPECT_FALSE(late);
 }
 
+// The callback leaves beside the thread that closes and frees the gate.
+TEST(CallbackGate, MayBeFreedAsSoonAsItIsDrained) {
+  for (int i = 0; i < 200; ++i) {
+    auto gate = std::make_unique<CallbackGate>();
+    std::promise<void> entered;
+    std::thread callback([&entered, &passed = *gate] {
+      const CallbackGate::Pass pass(passed);
+      entered.set_value();
+    });
+    entered.get_future().wait();
+    gate->close();
+    gate->drain();
+    gate.reset();
+    callback.join();
+  }
+}
+
 class ClosedGatesTest : public testing::Test {
  protected:
   // A callback through a gate that was just closed; it runs until leave().
