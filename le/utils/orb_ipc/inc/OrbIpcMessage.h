@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,7 +18,8 @@ class Semaphore;
 // shared_ptr.
 class OrbIpcMessage {
  public:
-  OrbIpcMessage(std::string name, unsigned int id) : mName(std::move(name)), mId(id) {}
+  // @p name is a constant of the program.
+  OrbIpcMessage(std::string_view name, unsigned int id) : mName(name), mId(id) {}
   OrbIpcMessage(const OrbIpcMessage&) = delete;
   OrbIpcMessage& operator=(const OrbIpcMessage&) = delete;
   virtual ~OrbIpcMessage() = default;
@@ -34,14 +35,14 @@ class OrbIpcMessage {
   }
 
   unsigned int id() const { return mId; }
-  const std::string& name() const { return mName; }
+  std::string_view name() const { return mName; }
   // The session a received message came on; empty in messages made to be sent.
   const std::shared_ptr<OrbIpcSession>& session() const { return mSession; }
   void setSession(std::shared_ptr<OrbIpcSession> session) { mSession = std::move(session); }
 
  private:
   std::shared_ptr<OrbIpcSession> mSession;
-  const std::string mName;
+  const std::string_view mName;
   const unsigned int mId;
 };
 
