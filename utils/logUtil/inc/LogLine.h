@@ -13,8 +13,9 @@
 constexpr char kLogSource[] = "utils/logUtil/src/Log.cpp";
 
 // One line in the shape of all log lines, "|tag|File::function:line text", built on the stack: the
-// head by copying, the text by at most one vsnprintf. Used on one thread, within one log call. What
-// does not fit into 511 characters is cut off without a mark.
+// head by copying, the text too if it has only the usual conversions, else by one vsnprintf. Used
+// on one thread, within one log call. What does not fit into 511 characters is cut off without a
+// mark.
 class LogLine {
  public:
   static constexpr size_t kBufferSize = 512;
@@ -39,6 +40,11 @@ class LogLine {
  private:
   void appendHead(const char* tag, const char* file, const char* function, int line);
   void appendText(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
+  // The same for %d, %u, %x, %ld, %lu, %lx, %s and %%, which nearly all lines make do with. False
+  // if there is something else; the line is of no use then.
+  bool appendSimple(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
+  template <class Number>
+  void appendNumber(Number number, int base = 10);
   void append(std::string_view part);
 
   char mText[kBufferSize];

@@ -31,10 +31,15 @@ LogLine::LogLine(const char* tag, const char* file, const char* function, int li
 }
 
 void LogLine::appendText(const char* format, va_list args) {
-  if (std::strchr(format, '%') == nullptr) {
-    append(format);
-    return;
-  }
+  const size_t head = mSize;
+  const bool cut = mCut;
+  va_list simple;
+  va_copy(simple, args);
+  const bool done = appendSimple(format, simple);
+  va_end(simple);
+  if (done) return;
+  mSize = head;
+  mCut = cut;
   const size_t room = kBufferSize - mSize;
   const int wanted = std::vsnprintf(mText + mSize, room, format, args);
   if (wanted < 0) {
@@ -43,6 +48,38 @@ void LogLine::appendText(const char* format, va_list args) {
   }
   mCut = mCut || static_cast<size_t>(wanted) >= room;
   mSize += std::min(static_cast<size_t>(wanted), room - 1);
+}
+
+bool LogLine::appendSimple(const char* format, va_list args) {
+  while (const char* const percent = std::strchr(format, '%')) {
+    append({format, static_cast<size_t>(percent - format)});
+    const bool isLong = percent[1] == 'l';
+    const char* const conversion = percent + (isLong ? 2 : 1);
+    format = conversion + 1;
+    if (*conversion == 'd') {
+      appendNumber(isLong ? va_arg(args, long) : va_arg(args, int));
+    } else if (*conversion == 'u' || *conversion == 'x') {
+      appendNumber(isLong ? va_arg(args, unsigned long) : va_arg(args, unsigned),
+                   *conversion == 'u' ? 10 : 16);
+    } else if (*conversion == 's' && !isLong) {
+      const char* const text = va_arg(args, const char*);
+      if (text == nullptr) return false;
+      append(text);
+    } else if (*conversion == '%' && !isLong) {
+      append("%");
+    } else {
+      return false;
+    }
+  }
+  append(format);
+  return true;
+}
+
+template <class Number>
+void LogLine::appendNumber(Number number, int base) {
+  char digits[24];
+  const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, number, base);
+  append({digits, static_cast<size_t>(end.ptr - digits)});
 }
 
 LogLine::LogLine(const char* tag, const char* file, const char* function, int line,
@@ -60,8 +97,6 @@ void LogLine::dropSplitPercent() {
 }
 
 void LogLine::appendHead(const char* tag, const char* file, const char* function, int line) {
-  char number[16];
-  const std::to_chars_result end = std::to_chars(number, number + sizeof number, line);
   append("|");
   append(viewOf(tag));
   append("|");
@@ -69,7 +104,7 @@ void LogLine::appendHead(const char* tag, const char* file, const char* function
   append("::");
   append(viewOf(function));
   append(":");
-  append({number, static_cast<size_t>(end.ptr - number)});
+  appendNumber(line);
   append(" ");
 }
 
