@@ -3,7 +3,10 @@
 #include "Process.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <thread>
 
@@ -26,6 +29,16 @@ TEST(Process, IsTheSameWithinAProcess) { EXPECT_EQ(currentProcess(), currentProc
 TEST(Process, IsAnotherInAForkedChild) {
   const uint64_t here = currentProcess();
   EXPECT_EQ(1, inChild([here] { return currentProcess() != here ? 1 : 0; }));
+}
+
+TEST(Process, IsAnotherInAChildMadeWithoutForkHandlers) {
+  const uint64_t here = currentProcess();
+  const long child = syscall(SYS_clone, SIGCHLD, nullptr, nullptr, nullptr, nullptr);
+  if (child == 0) _exit(currentProcess() != here && currentProcess() == currentProcess() ? 1 : 0);
+  int status = -1;
+  ASSERT_EQ(child, waitpid(static_cast<pid_t>(child), &status, 0));
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+  EXPECT_EQ(here, currentProcess());
 }
 
 TEST(ThreadIds, AreThoseOfEachThread) {

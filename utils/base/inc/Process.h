@@ -6,7 +6,9 @@
 #include <cstdint>
 
 // Names the calling process: another value in a child made by fork(), whatever numbers the system
-// gives to processes. Never 0. Async-signal-safe.
+// gives to processes, and in one made without fork handlers that has a copy of the memory. Never 0.
+// Asks the system once for each process where the kernel can empty memory in children, else at each
+// call. Async-signal-safe.
 uint64_t currentProcess();
 
 // The calling process and thread as the system numbers them, asked for once for each thread and
@@ -36,8 +38,8 @@ class ProcessMark {
   bool isHere() const { return mProcess == currentProcess(); }
   // Whether a process was set and is not the calling one.
   bool isElsewhere() const { return isSet() && !isHere(); }
-  // The same without a system call, for frequent calls. It does not notice a child that was made
-  // without fork handlers.
+  // The same without a system call on every kernel, for frequent calls. It does not notice a child
+  // that was made without fork handlers.
   bool isForked() const;
 
  private:

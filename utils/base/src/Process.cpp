@@ -3,14 +3,35 @@
 #include "Process.h"
 
 #include <pthread.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <new>
+
 namespace {
+
+// What currentProcess() has found out, or 0: in memory that the kernel empties in every child that
+// gets a copy of it, also in one made without fork handlers. Null if there is no such memory.
+using KnownProcess = std::atomic<uint64_t>;
+KnownProcess* makeKnownProcess() {
+  void* const memory = mmap(nullptr, sizeof(KnownProcess), PROT_READ | PROT_WRITE,
+                            MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) return nullptr;
+  if (madvise(memory, sizeof(KnownProcess), MADV_WIPEONFORK) == 0) {
+    return new (memory) KnownProcess(0);
+  }
+  munmap(memory, sizeof(KnownProcess));
+  return nullptr;
+}
+KnownProcess* const knownProcess = makeKnownProcess();
 
 // Number of forks from the process that loaded the library to this one. A process id alone is not
 // enough: the system may reuse it, also in another namespace.
 std::atomic<uint32_t> generation{1};
-const int kRegistered = pthread_atfork(nullptr, nullptr, [] { ++generation; });
+const int kRegistered = pthread_atfork(nullptr, nullptr, [] {
+  ++generation;
+  if (knownProcess != nullptr) *knownProcess = 0;  // of a handler before this one
+});
 
 // What this thread has asked for, and in which generation; in none at first. In this file alone: a
 // thread's variable with a name that others may have is reached through symbols that the
@@ -31,7 +52,11 @@ ThreadIds currentThread() {
 
 // The number counts as well, for children made without fork handlers.
 uint64_t currentProcess() {
-  return static_cast<uint64_t>(generation.load()) << 32 | static_cast<uint32_t>(getpid());
+  uint64_t process = knownProcess != nullptr ? knownProcess->load() : 0;
+  if (process != 0) return process;
+  process = static_cast<uint64_t>(generation.load()) << 32 | static_cast<uint32_t>(getpid());
+  if (knownProcess != nullptr) *knownProcess = process;
+  return process;
 }
 
 bool ProcessMark::isForked() const {
