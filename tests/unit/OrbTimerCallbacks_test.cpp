@@ -107,6 +107,30 @@ TEST_F(OrbTimerTest, CallbackMayAddAnEventThatRunsInTheSameCall) {
   EXPECT_EQ(1u, adder.added.calls);
 }
 
+TEST_F(OrbTimerTest, EventThatAddsAnotherIsRepeatedAsItself) {
+  struct Adder {
+    ManualTimer& timer;
+    Script added{{-1}};
+    int calls = 0;
+  } adder{mTimer};
+  mTimer.addTimedCallback(
+      100,
+      [](void* data) {
+        Adder& self = *static_cast<Adder*>(data);
+        if (self.calls++ == 0) self.timer.addTimedCallback(30, play, &self.added);
+        return 0;
+      },
+      &adder);
+  mTimer.advanceMillis(100);
+  EXPECT_EQ(30, mTimer.processEvents());
+  mTimer.advanceMillis(30);
+  EXPECT_EQ(70, mTimer.processEvents());
+  EXPECT_EQ(1u, adder.added.calls);
+  mTimer.advanceMillis(70);
+  EXPECT_EQ(100, mTimer.processEvents());
+  EXPECT_EQ(2, adder.calls);
+}
+
 TEST_F(OrbTimerTest, EventsOfOneInstantAllRunInOneCall) {
   Script first{{-1}};
   Script second{{-1}};

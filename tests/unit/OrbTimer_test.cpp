@@ -132,6 +132,19 @@ TEST_F(OrbTimerTest, EventsRunInTheOrderTheyAreDue) {
   EXPECT_EQ((std::vector<int>{10, 20, 30, 40, 50, 60, 70}), ran);
 }
 
+TEST_F(OrbTimerTest, EventsCenturiesAwayRunInTheOrderTheyAreDue) {
+  constexpr long kCentury = 100L * 365 * 24 * 3600 * 1000;
+  std::vector<int> ran;
+  std::vector<Order> orders;
+  for (const int centuries : {5, 2, -3, 4, -4, 1, -1, 3}) orders.push_back({ran, centuries});
+  for (Order& order : orders) {
+    mTimer.addTimedCallback(order.value * kCentury, appendValue, &order);
+  }
+  mTimer.advanceMillis(5 * kCentury);
+  EXPECT_EQ(-1, mTimer.processEvents());
+  EXPECT_EQ((std::vector<int>{-4, -3, -1, 1, 2, 3, 4, 5}), ran);
+}
+
 TEST_F(OrbTimerTest, RemovalLeavesTheOthersInOrder) {
   std::vector<int> ran;
   std::vector<Order> orders;

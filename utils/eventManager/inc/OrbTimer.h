@@ -46,15 +46,11 @@ class OrbTimer {
     long delay;  // period in milliseconds
   };
 
-  // Heap order: true when @p a is due later than @p b, so that the earliest event is on top.
+  // The order of the queue, which keeps to it by numbers: true when @p a is due later than @p b, so
+  // that the earliest event is on top.
   struct TimedEventCmp {
-    // As cmpTimeSpec(a.when, b.when) == 1, but in one step: a heap compares at random, so that a
-    // branch would be predicted wrong every other time.
     bool operator()(const TimedEvent& a, const TimedEvent& b) const {
-      const bool laterSecond = a.when.tv_sec > b.when.tv_sec;
-      const bool sameSecond = a.when.tv_sec == b.when.tv_sec;
-      const bool laterInSecond = a.when.tv_nsec > b.when.tv_nsec;
-      return laterSecond | (sameSecond & laterInSecond);
+      return cmpTimeSpec(a.when, b.when) == 1;
     }
   };
 
@@ -105,13 +101,38 @@ class OrbTimer {
   int mLastId = 0;
 
  private:
+  // What the heap moves about of an event: what decides its place, and where the rest is. The
+  // smaller both are, the more of them a cache holds.
+  struct Entry {
+    int64_t due;  // a number for the time, see dueNumber()
+    int id;
+    uint32_t slot;  // of mActions
+
+    bool operator<(const Entry& other) const { return due > other.due; }  // the earliest on top
+  };
+  struct Action {
+    Callback callback;
+    void* data;
+    long delay;
+
+    bool operator==(const Action& other) const {
+      return callback == other.callback && data == other.data && delay == other.delay;
+    }
+  };
+
+  static int64_t dueNumber(const timespec& when);
+  static timespec timeOf(int64_t due);
+  bool isFirst(const TimedEvent& event) const;
   void push(const TimedEvent& event);
   TimedEvent pop();
   void remove(size_t place);
+  void rise(size_t place, Entry entry);
   bool reschedule(TimedEvent event, int result);
 
-  // A heap by TimedEventCmp. Kept by hand rather than as a std::priority_queue, which cannot drop
-  // an element from its middle.
-  std::vector<TimedEvent> mQueue;
+  // The first mQueued entries are a heap, the others have slots that are free. Kept by hand rather
+  // than as a std::priority_queue, which cannot drop an element from its middle.
+  std::vector<Entry> mQueue;
+  size_t mQueued = 0;
+  std::vector<Action> mActions;  // as many as entries
   IOrbTimerMonitor* const mMonitor;
 };

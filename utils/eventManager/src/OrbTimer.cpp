@@ -21,11 +21,11 @@ constexpr int kNoTimerId = INT_MAX;  // never handed out
 constexpr int kCallbackDone = -1;
 constexpr int kCallbackSamePeriod = 0;
 
-// The same event as far as a monitor is concerned: the id does not count.
-bool sameEvent(const OrbTimer::TimedEvent& a, const OrbTimer::TimedEvent& b) {
-  return OrbTimer::cmpTimeSpec(a.when, b.when) == 0 && a.callback == b.callback &&
-         a.data == b.data && a.delay == b.delay;
-}
+// Of the numbers that stand for times. Nanoseconds take the lower 31 bits, and may be negative.
+constexpr int64_t kHalfSecond = int64_t{1} << 30;
+constexpr int64_t kSecond = 2 * kHalfSecond;
+constexpr int64_t kFarSeconds = int64_t{1} << 31;
+constexpr int64_t kFar = kFarSeconds * kSecond;
 
 }  // namespace
 
@@ -44,18 +44,21 @@ int OrbTimer::addTimedCallback(long delay, Callback callback, void* data) {
   addDelayToTimeval(delay, when);
   const TimedEvent event{getNextTimerId(), when, callback, data, delay};
   push(event);
-  if (mMonitor != nullptr && sameEvent(mQueue.front(), event)) mMonitor->onNextTimerChanged();
+  if (mMonitor != nullptr && isFirst(event)) mMonitor->onNextTimerChanged();
   return event.id;
 }
 
 void OrbTimer::removeTimedCallback(int id) {
-  for (size_t place = 0; place < mQueue.size();) {
-    if (mQueue[place].id != id) {
-      ++place;
-    } else if (mQueue.back().id == id) {
-      mQueue.pop_back();
+  const auto hasId = [id](const Entry& entry) { return entry.id == id; };
+  Entry* const begin = mQueue.data();
+  for (Entry* found = begin;;) {
+    found = std::find_if(found, begin + mQueued, hasId);
+    if (found == begin + mQueued) return;
+    // The last one leaves as it is, so that none with this id comes to stand before this place.
+    if (hasId(begin[mQueued - 1])) {
+      --mQueued;
     } else {
-      remove(place);  // nothing that has not been looked at comes to stand before this place
+      remove(static_cast<size_t>(found - begin));
     }
   }
 }
@@ -90,14 +93,14 @@ bool OrbTimer::reschedule(TimedEvent event, int result) {
 }
 
 int OrbTimer::timeUntilNextEvent() const {
-  if (mQueue.empty()) return -1;
+  if (mQueued == 0) return -1;
   timespec current{};
   if (now(current) != 0) {
     PLATFORM_LOG(ERROR, "timeUntilNextCallback failed; clock_gettime(): %s", strerror(errno));
     return -1;
   }
   timespec left{};
-  if (!subTimeSpec(mQueue.front().when, current, left)) {
+  if (!subTimeSpec(timeOf(mQueue.front().due), current, left)) {
     PLATFORM_LOG(ERROR, "timeUntilNextCallback: subTimeSpec() failed");
     return -1;
   }
@@ -111,7 +114,7 @@ int OrbTimer::timeUntilNextEvent() const {
 
 void OrbTimer::log() const {
   PLATFORM_LOG(DEBUG, "OrbTimer *******************************************");
-  PLATFORM_LOG(DEBUG, "    items queued: %zu", mQueue.size());
+  PLATFORM_LOG(DEBUG, "    items queued: %zu", mQueued);
   PLATFORM_LOG(DEBUG, "    next item in: %dms", timeUntilNextEvent());
 }
 
@@ -172,32 +175,72 @@ uint64_t OrbTimer::getQTimerCount() {
 
 int OrbTimer::now(timespec& t) const { return clock_gettime(CLOCK_BOOTTIME, &t); }
 
+// A number that orders times as cmpTimeSpec() does. Of those more than 68 years from the clock's
+// start only the seconds count.
+int64_t OrbTimer::dueNumber(const timespec& when) {
+  const int64_t seconds = when.tv_sec;
+  if (seconds >= kFarSeconds) return kFar + (seconds - kFarSeconds);
+  if (seconds <= -kFarSeconds) return -kFar + (seconds + kFarSeconds);
+  return seconds * kSecond + kHalfSecond + when.tv_nsec;
+}
+
+timespec OrbTimer::timeOf(int64_t due) {
+  if (due >= kFar) return {static_cast<time_t>(due - kFar + kFarSeconds), 0};
+  if (due <= -kFar) return {static_cast<time_t>(due + kFar - kFarSeconds), 0};
+  const auto sinceFar = static_cast<uint64_t>(due + kFar);
+  return {static_cast<time_t>(static_cast<int64_t>(sinceFar / kSecond) - kFarSeconds),
+          static_cast<long>(static_cast<int64_t>(sinceFar % kSecond) - kHalfSecond)};
+}
+
+// As far as a monitor is concerned: the id does not count.
+bool OrbTimer::isFirst(const TimedEvent& event) const {
+  const Entry& first = mQueue.front();
+  return first.due == dueNumber(event.when) &&
+         mActions[first.slot] == Action{event.callback, event.data, event.delay};
+}
+
 void OrbTimer::push(const TimedEvent& event) {
-  mQueue.push_back(event);
-  std::push_heap(mQueue.begin(), mQueue.end(), TimedEventCmp());
+  if (mQueued == mQueue.size()) {
+    mActions.push_back({});
+    mQueue.push_back({0, 0, static_cast<uint32_t>(mQueued)});
+  }
+  const uint32_t slot = mQueue[mQueued].slot;
+  mActions[slot] = {event.callback, event.data, event.delay};
+  rise(mQueued++, {dueNumber(event.when), event.id, slot});
 }
 
 OrbTimer::TimedEvent OrbTimer::pop() {
-  std::pop_heap(mQueue.begin(), mQueue.end(), TimedEventCmp());
-  const TimedEvent event = mQueue.back();
-  mQueue.pop_back();
-  return event;
+  const Entry first = mQueue.front();
+  const Action action = mActions[first.slot];
+  std::pop_heap(mQueue.data(), mQueue.data() + mQueued);  // the first one's slot is free there
+  --mQueued;
+  return {first.id, timeOf(first.due), action.callback, action.data, action.delay};
 }
 
-// The last event, another one, takes the place of the removed one and goes from there to where it
-// belongs, down or up.
+// The last entry, of another event, takes the place of the removed one and goes from there to where
+// it belongs, down or up.
 void OrbTimer::remove(size_t place) {
-  const TimedEventCmp isLater;
-  const TimedEvent moved = mQueue.back();
-  mQueue.pop_back();
-  const size_t size = mQueue.size();
-  for (size_t child = 2 * place + 1; child < size; child = 2 * place + 1) {
-    if (child + 1 < size && isLater(mQueue[child], mQueue[child + 1])) ++child;
-    if (!isLater(moved, mQueue[child])) break;
-    mQueue[place] = mQueue[child];
+  Entry* const queue = mQueue.data();
+  --mQueued;
+  const Entry moved = queue[mQueued];
+  queue[mQueued].slot = queue[place].slot;
+  for (size_t child = 2 * place + 1; child < mQueued; child = 2 * place + 1) {
+    if (child + 1 < mQueued && queue[child] < queue[child + 1]) ++child;
+    if (!(moved < queue[child])) break;
+    queue[place] = queue[child];
     place = child;
   }
-  mQueue[place] = moved;
-  const auto begin = mQueue.begin();
-  std::push_heap(begin, begin + static_cast<std::ptrdiff_t>(place) + 1, isLater);
+  rise(place, moved);
+}
+
+// Puts @p entry where it belongs between @p place and the top.
+void OrbTimer::rise(size_t place, Entry entry) {
+  Entry* const queue = mQueue.data();
+  while (place > 0) {
+    const size_t parent = (place - 1) / 2;
+    if (!(queue[parent] < entry)) break;
+    queue[place] = queue[parent];
+    place = parent;
+  }
+  queue[place] = entry;
 }
