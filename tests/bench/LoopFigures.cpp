@@ -154,6 +154,15 @@ void figures::printLoop(bool brief) {
   printLoopFigure("loop1.project.flood", &Loop::flood, brief ? 100 : 500000);
 }
 
+void figures::dispatch(int count) {
+  orb::utils::EventManager manager;
+  Handler handler(manager);
+  for (int i = 1; i <= count; ++i) {
+    handler.postEvent(static_cast<uint64_t>(i));
+    manager.processEvents(nullptr);
+  }
+}
+
 void figures::printTimers(bool brief) {
   const size_t count = brief ? 100 : 10000;
   OrbTimer timer(nullptr);

@@ -12,6 +12,9 @@ void printLoop(bool brief);
 // 10000 timers with delays of 1 to 20 ms: adding one, running one that is due, removing one.
 void printTimers(bool brief);
 
+// Posts items and handles them, one after the other, on the calling thread.
+void dispatch(int count);
+
 void put(const char* name, double nanoseconds);
 
 }  // namespace figures

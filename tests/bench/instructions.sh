@@ -65,10 +65,10 @@ export OPENSSL_ia32cap=~0x5000000000000000:0
 # count OPERATIONS: prints how many instructions that many take.
 count() {
   local out=$PWD/instructions.$name.$1 counted=()
-  local words patterns
+  local words
   if [[ $function != - ]]; then
-    IFS=, read -ra patterns <<<"$function"
-    counted=(--collect-atstart=no "${patterns[@]/#/--toggle-collect=}")
+    IFS=, read -ra words <<<"$function"
+    counted=(--collect-atstart=no "${words[@]/#/--toggle-collect=}")
   fi
   read -ra words <<<"${arguments//\{\}/$1}"
   rm -f "$out"
