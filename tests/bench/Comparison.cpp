@@ -12,6 +12,15 @@
 namespace {
 
 constexpr int kMaxRounds = 1000;
+constexpr int kBriefOperations = 100;
+
+bool parseRounds(const char* text, int& rounds) {
+  char* end = nullptr;
+  const long value = std::strtol(text, &end, 10);
+  if (end == text || *end != '\0' || value < 1 || value > kMaxRounds) return false;
+  rounds = static_cast<int>(value);
+  return true;
+}
 
 double secondsOfOne(const Comparison::Work& work, int operations) {
   const auto start = std::chrono::steady_clock::now();
@@ -28,19 +37,21 @@ double median(std::vector<double> values) {
 }  // namespace
 
 Comparison::Comparison(int argc, char** argv) {
-  if (argc == 1) return;
-  char* end = nullptr;
-  const long rounds = argc == 3 ? std::strtol(argv[2], &end, 10) : 0;
-  const bool valid = end != nullptr && *end == '\0' && rounds >= 1 && rounds <= kMaxRounds;
-  if (!valid || std::strcmp(argv[1], "--rounds") != 0) {
-    std::fprintf(stderr, "Usage: %s [--rounds N]   N is 1 to %d\n", argv[0], kMaxRounds);
-    std::exit(2);
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--brief") == 0) {
+      mBrief = true;
+    } else if (std::strcmp(argv[i], "--rounds") != 0 || ++i == argc ||
+               !parseRounds(argv[i], mRounds)) {
+      std::fprintf(stderr, "Usage: %s [--rounds N] [--brief]   N is 1 to %d\n", argv[0],
+                   kMaxRounds);
+      std::exit(2);
+    }
   }
-  mRounds = static_cast<int>(rounds);
 }
 
 Comparison::Figures Comparison::measure(int operations, const Work& library,
                                         const Work& baseline) const {
+  if (mBrief) operations = std::min(operations, kBriefOperations);
   const int warmUp = std::max(1, operations / 10);
   library(warmUp);
   baseline(warmUp);
@@ -57,15 +68,18 @@ Comparison::Figures Comparison::measure(int operations, const Work& library,
 void Comparison::time(const char* name, int operations, const Work& library,
                       const Work& baseline) const {
   const Figures figures = measure(operations, library, baseline);
-  std::printf("%-40s %9.3f us %9.3f us %6.2f  (%.2f to %.2f)\n", name, figures.library * 1e6,
-              figures.baseline * 1e6, figures.ratio, figures.low, figures.high);
-  std::fflush(stdout);
+  print(name, "us", figures.library * 1e6, figures.baseline * 1e6, figures);
 }
 
 void Comparison::rate(const char* name, int operations, const Work& library,
                       const Work& baseline) const {
   const Figures figures = measure(operations, library, baseline);
-  std::printf("%-40s %9.0f /s %9.0f /s %6.2f  (%.2f to %.2f)\n", name, 1 / figures.library,
-              1 / figures.baseline, figures.ratio, figures.low, figures.high);
+  print(name, "/s", 1 / figures.library, 1 / figures.baseline, figures);
+}
+
+void Comparison::print(const char* name, const char* unit, double library, double baseline,
+                       const Figures& figures) {
+  std::printf("%s\t%s\t%.6g\t%.6g\t%.4g\t%.4g\t%.4g\n", name, unit, library, baseline,
+              figures.ratio, figures.low, figures.high);
   std::fflush(stdout);
 }

@@ -12,12 +12,15 @@ class Comparison {
   // Does that many operations; returns when the last one is complete.
   using Work = std::function<void(int operations)>;
 
-  // Reads the program's arguments: --rounds N. Ends the process when they are wrong.
+  // Reads the program's arguments: --rounds N, and --brief for so few operations that the figures
+  // mean nothing. Ends the process when they are wrong.
   Comparison(int argc, char** argv);
 
-  // Prints one line: time of one operation of either, and the ratio of the two.
+  // Prints one line for scripts/bench, of fields with tabs between them: the name, the unit, time
+  // of one operation of the library and of the baseline, the ratio of the two times, its least and
+  // greatest value.
   void time(const char* name, int operations, const Work& library, const Work& baseline) const;
-  // The same as operations per second.
+  // The same with operations per second in place of times. The ratio is that of the times.
   void rate(const char* name, int operations, const Work& library, const Work& baseline) const;
 
  private:
@@ -26,6 +29,9 @@ class Comparison {
     double ratio, low, high;   // of the times: median, least and greatest of all rounds
   };
   Figures measure(int operations, const Work& library, const Work& baseline) const;
+  static void print(const char* name, const char* unit, double library, double baseline,
+                    const Figures& figures);
 
   int mRounds = 9;
+  bool mBrief = false;
 };

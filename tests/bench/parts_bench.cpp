@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Single parts of the library: handing an item to the event loop, and one log line of each front
-// end.
+// Single parts of the library: handing an item to the event loop, a timer, and one log line of each
+// front end.
 #include <android/log.h>
 #include <unistd.h>
 
@@ -17,12 +17,16 @@
 #include "Log.h"
 #include "OrbEventHandler.h"
 #include "SdkLog.h"
+#include "TimerWork.h"
+#include "Timers.h"
 
 namespace {
 
 constexpr int kHandOvers = 2000;
 constexpr int kBurst = 100;
 constexpr int kPosts = 20000;
+constexpr int kTimers = 100000;
+constexpr int kRemovals = 20000;
 constexpr int kLines = 100000;
 
 // Both ends of a hand-over post numbers; the thread at the other end counts them.
@@ -104,6 +108,17 @@ void compareHandOvers(const Comparison& comparison) {
       [&](int count) { handOver(bare, count, kBurst); });
 }
 
+void compareTimers(const Comparison& comparison) {
+  TimerWork<ForwardTimer> timers;
+  TimerWork<BareTimers> bare;
+  comparison.time(
+      "timer, added and run", kTimers, [&](int count) { timers.addAndRun(count); },
+      [&](int count) { bare.addAndRun(count); });
+  comparison.time(
+      "timer, removed, another added", kRemovals, [&](int count) { timers.removeAndAdd(count); },
+      [&](int count) { bare.removeAndAdd(count); });
+}
+
 // The same line, made by one call of the C library and handed to the platform.
 void bareLine(int level, const char* tag, int value) {
   char text[512];
@@ -135,6 +150,7 @@ void compareLines(const Comparison& comparison) {
 int main(int argc, char** argv) {
   const Comparison comparison(argc, argv);
   compareHandOvers(comparison);
+  compareTimers(comparison);
   compareLines(comparison);
   return 0;
 }

@@ -23,7 +23,7 @@ while read -r name value unit rest; do
 done <<<"$figures"
 
 [[ $("$bench" --help) == *--peers-extra* ]] || fail "--help does not tell of it"
-for wrong in "--brief" "--build" "--build $build/none" "--peers-extra --rounds"; do
+for wrong in "--peers-extra --record" "--peers-extra --json figures" "--build" "--build $build/none" "--peers-extra --rounds"; do
   status=0
   read -ra arguments <<<"$wrong"
   "$bench" "${arguments[@]}" >/dev/null 2>&1 || status=$?
