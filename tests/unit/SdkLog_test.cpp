@@ -87,6 +87,20 @@ TEST_F(SdkLogTest, EscapeDoublesEveryPercent) {
   EXPECT_EQ("a%%b%%%%", escapePercent("a%b%%"));
 }
 
+TEST_F(SdkLogTest, LongTextIsEscapedAsFarAsALineShowsIt) {
+  for (const char last : {'x', '%'}) {
+    for (size_t size = 450; size <= 600; ++size) {
+      std::string text(size, 'x'), escaped(size, 'x');
+      text.push_back(last);
+      escaped.append(last == '%' ? 2 : 1, last);
+      text.append(1000, 'y');
+      escaped.append(1000, 'y');
+      EXPECT_EQ(printed(escaped), printed(escapePercent(text))) << size;
+    }
+  }
+  EXPECT_GE(1024u, escapePercent(std::string(1000000, '%')).size());
+}
+
 TEST_F(SdkLogTest, ErrnoSurvives) {
   errno = ENOTTY;
   SDK_LOG("Lce", "text %d", 1);

@@ -23,7 +23,8 @@ class SdkLog {
       __attribute__((format(printf, 2, 3)));
 };
 
-// Doubles every '%', so that the text comes out of SdkLog::print as it was.
+// Doubles every '%', so that the text comes out of SdkLog::print as it was, as far as a line shows
+// it.
 std::string escapePercent(const std::string& text);
 
 // The usual call: level debug, position of the caller. SDK_LOG_AT is for lines whose number log

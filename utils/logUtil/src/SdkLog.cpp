@@ -5,6 +5,7 @@
 #include <android/log.h>
 
 #include <cstdarg>
+#include <string_view>
 
 #include "LogLine.h"
 
@@ -42,9 +43,11 @@ void SdkLog::print(const LogHead& head, const char* format, ...) {
 }
 
 std::string escapePercent(const std::string& text) {
-  if (text.find('%') == std::string::npos) return text;
+  // No line shows more of it, and printf would go through all of it, byte by byte.
+  const std::string_view shown = std::string_view(text).substr(0, LogLine::kBufferSize);
+  if (shown.find('%') == std::string_view::npos) return std::string(shown);
   std::string escaped;
-  escaped.reserve(text.size());
-  for (const char c : text) escaped.append(c == '%' ? 2 : 1, c);
+  escaped.reserve(2 * shown.size());
+  for (const char c : shown) escaped.append(c == '%' ? 2 : 1, c);
   return escaped;
 }
