@@ -6,16 +6,11 @@
 #include <android/log.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cstdio>
-#include <thread>
 
-#include "BareQueue.h"
 #include "Comparison.h"
-#include "Countdown.h"
-#include "EventManager.h"
 #include "Log.h"
-#include "OrbEventHandler.h"
+#include "Loops.h"
 #include "SdkLog.h"
 #include "TimerWork.h"
 #include "Timers.h"
@@ -30,63 +25,6 @@ constexpr int kRemovals = 20000;
 constexpr int kLines = 100000;
 
 // Both ends of a hand-over post numbers; the thread at the other end counts them.
-class BareLoop {
- public:
-  BareLoop()
-      : mThread([this] {
-          while (mQueue.take() != kEnd) handled.one();
-        }) {}
-  BareLoop(const BareLoop&) = delete;
-  BareLoop& operator=(const BareLoop&) = delete;
-  ~BareLoop() {
-    mQueue.post(kEnd);
-    mThread.join();
-  }
-  void post(int item) { mQueue.post(item); }
-
-  Countdown handled;
-
- private:
-  static constexpr int kEnd = -1;
-  BareQueue<int> mQueue;
-  std::thread mThread;
-};
-
-class Handler : public orb::utils::OrbEventHandler<int> {
- public:
-  Handler(orb::utils::EventManager& manager, Countdown& handled)
-      : OrbEventHandler("bench", nullptr, &manager), mHandled(handled) {}
-  void handleEvent(int) override { mHandled.one(); }
-
- private:
-  Countdown& mHandled;
-};
-
-// The library's event loop on a thread of its own, as the SDK worker runs it.
-class EventLoop {
- public:
-  EventLoop()
-      : mHandler(mManager, handled), mThread([this] {
-          while (mRunning) mManager.processEvents(nullptr);
-        }) {}
-  EventLoop(const EventLoop&) = delete;
-  EventLoop& operator=(const EventLoop&) = delete;
-  ~EventLoop() {
-    mRunning = false;
-    mManager.wake();
-    mThread.join();
-  }
-  void post(int item) { mHandler.postEvent(item); }
-
-  Countdown handled;
-
- private:
-  orb::utils::EventManager mManager;
-  Handler mHandler;
-  std::atomic<bool> mRunning{true};
-  std::thread mThread;
-};
-
 template <class Loop>
 void handOver(Loop& loop, int count, int burst) {
   for (int left = count; left > 0; left -= burst) {

@@ -9,7 +9,7 @@
 
 #include "BarePath.h"
 #include "Comparison.h"
-#include "LceTraffic.h"
+#include "LceFrames.h"
 #include "orbsim/Daemon.h"
 
 namespace {
@@ -46,7 +46,7 @@ void inBursts(int count, Countdown& arrived, const Send& send) {
 }
 
 void compareRoundTrips(const Comparison& comparison) {
-  BarePath bare(lcetraffic::requestFrame(), lcetraffic::answerFrame());
+  BarePath bare(lceframes::request(), lceframes::answer("NONE"));
   const auto library = [](int count) {
     for (int i = 0; i < count; ++i) {
       answers().expect(1);
@@ -65,10 +65,10 @@ void compareRoundTrips(const Comparison& comparison) {
 }
 
 void compareIndications(const Comparison& comparison, orbsim::Daemon& daemon) {
-  const orbsim::Blob bytes = lcetraffic::indicationFrame();
-  BarePath bare(lcetraffic::requestFrame(), bytes);
+  const orbsim::Blob bytes = lceframes::indication();
+  BarePath bare(lceframes::request(), bytes);
   const auto library = [&](int count) {
-    inBursts(count, answers(), [&] { daemon.sendBytes(lcetraffic::kSession, bytes); });
+    inBursts(count, answers(), [&] { daemon.sendBytes(lceframes::kFirstSession, bytes); });
   };
   const auto baseline = [&](int count) {
     inBursts(count, bare.answers, [&] { bare.indication(); });
@@ -87,7 +87,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "path_bench: %s; run it in scripts/sandbox\n", daemon.error().c_str());
     return 1;
   }
-  lcetraffic::answerAtOnce(daemon);
+  lceframes::answerAtOnce(daemon);
   if (!enableLce()) {
     std::fprintf(stderr, "path_bench: LCE cannot be enabled\n");
     return 1;

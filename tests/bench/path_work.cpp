@@ -16,7 +16,7 @@
 #include <cstring>
 
 #include "Gate.h"
-#include "LceTraffic.h"
+#include "LceFrames.h"
 
 namespace {
 
@@ -31,12 +31,12 @@ int serve() {
     std::fprintf(stderr, "path_work: %s; run it in scripts/sandbox\n", daemon.error().c_str());
     return EXIT_FAILURE;
   }
-  lcetraffic::answerAtOnce(daemon);
-  const orbsim::Blob indication = lcetraffic::indicationFrame();
+  lceframes::answerAtOnce(daemon);
+  const orbsim::Blob indication = lceframes::indication();
   char byte = 0;
   bool open = write(STDOUT_FILENO, &byte, 1) == 1;
   while (open && read(STDIN_FILENO, &byte, 1) == 1) {
-    open = daemon.sendBytes(lcetraffic::kSession, indication);
+    open = daemon.sendBytes(lceframes::kFirstSession, indication);
   }
   return open ? EXIT_SUCCESS : EXIT_FAILURE;
 }
