@@ -87,6 +87,62 @@ TEST_F(OrbTimerRemovalTest, LastEventLeavesAnEmptyQueue) {
   expectTheRestInOrder();
 }
 
+// Events on whose way to the top others were removed, and half of all at once.
+TEST_F(OrbTimerRemovalTest, WhatIsLeftOfManyRunsInOrder) {
+  std::mt19937 random(3);
+  for (const size_t left : {99u, 60u, 50u, 49u, 10u, 1u, 0u}) {
+    SCOPED_TRACE(left);
+    mEvents.clear();
+    mRan.clear();
+    for (int i = 0; i < kEvents; ++i) add(static_cast<long>(random() % kLongest));
+    while (mEvents.size() > left) {
+      remove(mEvents[random() % mEvents.size()]->id);
+      const auto first =
+          std::min_element(mEvents.begin(), mEvents.end(),
+                           [](const auto& a, const auto& b) { return a->delay < b->delay; });
+      ASSERT_EQ(mEvents.empty() ? -1 : (*first)->delay, mTimer.timeUntilNextEvent());
+    }
+    expectTheRestInOrder();
+  }
+}
+
+TEST_F(OrbTimerRemovalTest, RemovedEventDoesNotComeBackWithItsId) {
+  for (const long delay : {100, 200, 300, 400}) add(delay);
+  const int id = mEvents[2]->id;
+  remove(id);
+  mTimer.setLastId(id - 1);
+  add(500);
+  ASSERT_EQ(id, mEvents.back()->id);
+  expectTheRestInOrder();
+}
+
+// Ids of a few values, so that many wait at the same time, some of them removed before.
+TEST_F(OrbTimerRemovalTest, IdsThatComeAgainTakeNobodyElseAlong) {
+  std::mt19937 random(4);
+  for (int round = 0; round < 200; ++round) {
+    SCOPED_TRACE(round);
+    mEvents.clear();
+    mRan.clear();
+    for (int step = 0; step < kEvents; ++step) {
+      if (random() % 10 == 0) mTimer.setLastId(static_cast<int>(random() % 20));
+      if (random() % 3 == 0) {
+        remove(static_cast<int>(random() % 30));
+      } else {
+        add(static_cast<long>(random() % kLongest));
+      }
+    }
+    expectTheRestInOrder();
+  }
+}
+
+TEST_F(OrbTimerRemovalTest, RemovedEventsAreNotCounted) {
+  for (const long delay : {100, 200, 300}) add(delay);
+  remove(mEvents[1]->id);
+  recording::clear();
+  mTimer.log();
+  EXPECT_EQ("    items queued: 2", recording::lines()[1].text);
+}
+
 TEST(OrbTimerOrderTest, EventsCompareLikeTheirTimes) {
   const std::vector<timespec> times = {{-1, 0}, {0, -5}, {0, 0},        {0, 7},
                                        {1, -5}, {1, 0},  {9, 999999999}};

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "TimerIds.h"
+
 // Told by OrbTimer::addTimedCallback(), on its caller's thread, that the event just added is now
 // the first to expire, so that an owner blocked in a wait can shorten it. The library's only timer
 // has no monitor.
@@ -125,14 +127,25 @@ class OrbTimer {
   bool isFirst(const TimedEvent& event) const;
   void push(const TimedEvent& event);
   TimedEvent pop();
-  void remove(size_t place);
   void rise(size_t place, Entry entry);
+  void removeNow(int id);
+  void dropRemoved();
+  void dropAllRemoved();
+  template <class Wanted>
+  void keep(Wanted wanted);
   bool reschedule(TimedEvent event, int result);
 
-  // The first mQueued entries are a heap, the others have slots that are free. Kept by hand rather
-  // than as a std::priority_queue, which cannot drop an element from its middle.
+  // The first mQueued entries are a heap, the others have slots that are free. The entry of an id
+  // that was removed stays in the heap until it comes to the top, which is never left so, or until
+  // half of all are such entries: a removal does not search for it.
   std::vector<Entry> mQueue;
   size_t mQueued = 0;
-  std::vector<Action> mActions;  // as many as entries
+  std::vector<Action> mActions;  // one for each entry
+  TimerIds mIds;                 // of the entries that were not removed
+  size_t mRemoved = 0;           // entries of the heap that were
+  int mNewestId = 0;             // since the heap was empty
+  // An id was given again while others waited, so two entries may have the same one. Then a removal
+  // searches, and no entry that was removed stays.
+  bool mIdsComeAgain = false;
   IOrbTimerMonitor* const mMonitor;
 };

@@ -43,23 +43,24 @@ int OrbTimer::addTimedCallback(long delay, Callback callback, void* data) {
   }
   addDelayToTimeval(delay, when);
   const TimedEvent event{getNextTimerId(), when, callback, data, delay};
+  if (mQueued == 0) {
+    mIdsComeAgain = false;
+  } else if (event.id <= mNewestId) {
+    dropAllRemoved();
+    mIdsComeAgain = true;
+  }
   push(event);
   if (mMonitor != nullptr && isFirst(event)) mMonitor->onNextTimerChanged();
   return event.id;
 }
 
 void OrbTimer::removeTimedCallback(int id) {
-  const auto hasId = [id](const Entry& entry) { return entry.id == id; };
-  Entry* const begin = mQueue.data();
-  for (Entry* found = begin;;) {
-    found = std::find_if(found, begin + mQueued, hasId);
-    if (found == begin + mQueued) return;
-    // The last one leaves as it is, so that none with this id comes to stand before this place.
-    if (hasId(begin[mQueued - 1])) {
-      --mQueued;
-    } else {
-      remove(static_cast<size_t>(found - begin));
-    }
+  const bool waits = mIds.take(id);
+  if (mIdsComeAgain) {
+    removeNow(id);
+  } else if (waits) {
+    ++mRemoved;
+    dropRemoved();
   }
 }
 
@@ -114,7 +115,7 @@ int OrbTimer::timeUntilNextEvent() const {
 
 void OrbTimer::log() const {
   PLATFORM_LOG(DEBUG, "OrbTimer *******************************************");
-  PLATFORM_LOG(DEBUG, "    items queued: %zu", mQueued);
+  PLATFORM_LOG(DEBUG, "    items queued: %zu", mQueued - mRemoved);
   PLATFORM_LOG(DEBUG, "    next item in: %dms", timeUntilNextEvent());
 }
 
@@ -200,10 +201,14 @@ bool OrbTimer::isFirst(const TimedEvent& event) const {
 }
 
 void OrbTimer::push(const TimedEvent& event) {
+  // All that may throw comes first.
+  mIds.makeRoom(event.id);
   if (mQueued == mQueue.size()) {
-    mActions.push_back({});
+    if (mActions.size() == mQueue.size()) mActions.push_back({});
     mQueue.push_back({0, 0, static_cast<uint32_t>(mQueued)});
   }
+  mIds.add(event.id);
+  mNewestId = mQueued == 0 ? event.id : std::max(mNewestId, event.id);
   const uint32_t slot = mQueue[mQueued].slot;
   mActions[slot] = {event.callback, event.data, event.delay};
   rise(mQueued++, {dueNumber(event.when), event.id, slot});
@@ -214,23 +219,9 @@ OrbTimer::TimedEvent OrbTimer::pop() {
   const Action action = mActions[first.slot];
   std::pop_heap(mQueue.data(), mQueue.data() + mQueued);  // the first one's slot is free there
   --mQueued;
+  mIds.take(first.id);
+  dropRemoved();
   return {first.id, timeOf(first.due), action.callback, action.data, action.delay};
-}
-
-// The last entry, of another event, takes the place of the removed one and goes from there to where
-// it belongs, down or up.
-void OrbTimer::remove(size_t place) {
-  Entry* const queue = mQueue.data();
-  --mQueued;
-  const Entry moved = queue[mQueued];
-  queue[mQueued].slot = queue[place].slot;
-  for (size_t child = 2 * place + 1; child < mQueued; child = 2 * place + 1) {
-    if (child + 1 < mQueued && queue[child] < queue[child + 1]) ++child;
-    if (!(moved < queue[child])) break;
-    queue[place] = queue[child];
-    place = child;
-  }
-  rise(place, moved);
 }
 
 // Puts @p entry where it belongs between @p place and the top.
@@ -243,4 +234,32 @@ void OrbTimer::rise(size_t place, Entry entry) {
     place = parent;
   }
   queue[place] = entry;
+}
+
+void OrbTimer::removeNow(int id) {
+  keep([id](const Entry& entry) { return entry.id != id; });
+}
+
+void OrbTimer::dropRemoved() {
+  if (mRemoved == 0) return;
+  if (2 * mRemoved > mQueued) return dropAllRemoved();
+  for (; !mIds.has(mQueue.front().id); --mRemoved) {
+    std::pop_heap(mQueue.data(), mQueue.data() + mQueued);
+    --mQueued;
+  }
+}
+
+void OrbTimer::dropAllRemoved() {
+  if (mRemoved == 0) return;
+  keep([this](const Entry& entry) { return mIds.has(entry.id); });
+  mRemoved = 0;
+}
+
+// The entries that are not wanted leave the heap; their slots are free behind it.
+template <class Wanted>
+void OrbTimer::keep(Wanted wanted) {
+  Entry* const begin = mQueue.data();
+  Entry* const end = std::partition(begin, begin + mQueued, wanted);
+  mQueued = static_cast<size_t>(end - begin);
+  std::make_heap(begin, end);
 }
