@@ -20,7 +20,7 @@ TOOLS = {
     "orblog": "tools/orblog/orblog",
 }
 CMAKE = ("cmake", "ctest", "cpack")
-ORDINARY = set("""apt-get cat cc cd cp exec exit export find gdb grep head jq kill ln mkdir mv openssl pkg-config
+ORDINARY = set("""apt-get callgrind_annotate cat cc cd cp exec exit export find gdb grep head jq kill ln mkdir mv openssl pkg-config
     python3 sed sleep ssh tar wait""".split())
 MADE = ("build/first", "./")  # programs of the reader's own
 SEPARATORS = "();<>|&\n"

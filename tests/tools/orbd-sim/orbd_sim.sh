@@ -46,7 +46,7 @@ expect_refused "--faults: given twice: close-after" --faults close-after=1,close
 expect_refused "--faults: connections needs a fault that it limits: connections=2" -f connections=2
 words="refuse, no-accept, silent, stop-after-init, half-record, wrong-id, die-after-init, \
 die-after-response, no-read, no-answer, garbage, cut-frame, close-after=N, connections=N"
-expect_refused "--faults: no such fault: loud; there are $words" --faults loud
+expect_refused "--faults: no such fault: loud; faults are $words" --faults loud
 page=$(dirname "$0")/../../../docs/man/orbd-sim.1
 for word in ${words//,/}; do
   sed '/^\.SH FAULTS/,/^\.SH MODEL/!d; s/\\-/-/g' "$page" | grep -q "^$word"$'\t' || fail "$page: no $word"

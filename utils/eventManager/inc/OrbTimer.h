@@ -7,9 +7,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <unordered_set>
 #include <vector>
-
-#include "TimerIds.h"
 
 // Told by OrbTimer::addTimedCallback(), on its caller's thread, that the event just added is now
 // the first to expire, so that an owner blocked in a wait can shorten it. The library's only timer
@@ -128,8 +127,8 @@ class OrbTimer {
   void push(const TimedEvent& event);
   TimedEvent pop();
   void rise(size_t place, Entry entry);
-  void removeNow(int id);
-  void dropRemoved();
+  bool isRemoved(int id) const;
+  void dropFirstRemoved();
   void dropAllRemoved();
   template <class Wanted>
   void keep(Wanted wanted);
@@ -137,15 +136,10 @@ class OrbTimer {
 
   // The first mQueued entries are a heap, the others have slots that are free. The entry of an id
   // that was removed stays in the heap until it comes to the top, which is never left so, or until
-  // half of all are such entries: a removal does not search for it.
+  // there are more such ids than half of the entries: a removal does not search for it.
   std::vector<Entry> mQueue;
   size_t mQueued = 0;
-  std::vector<Action> mActions;  // one for each entry
-  TimerIds mIds;                 // of the entries that were not removed
-  size_t mRemoved = 0;           // entries of the heap that were
-  int mNewestId = 0;             // since the heap was empty
-  // An id was given again while others waited, so two entries may have the same one. Then a removal
-  // searches, and no entry that was removed stays.
-  bool mIdsComeAgain = false;
+  std::vector<Action> mActions;         // one for each entry
+  std::unordered_set<int> mRemovedIds;  // of no event that is added later
   IOrbTimerMonitor* const mMonitor;
 };

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <new>
 
 #include "PlatformLog.h"
 
@@ -43,25 +44,20 @@ int OrbTimer::addTimedCallback(long delay, Callback callback, void* data) {
   }
   addDelayToTimeval(delay, when);
   const TimedEvent event{getNextTimerId(), when, callback, data, delay};
-  if (mQueued == 0) {
-    mIdsComeAgain = false;
-  } else if (event.id <= mNewestId) {
-    dropAllRemoved();
-    mIdsComeAgain = true;
-  }
   push(event);
   if (mMonitor != nullptr && isFirst(event)) mMonitor->onNextTimerChanged();
   return event.id;
 }
 
 void OrbTimer::removeTimedCallback(int id) {
-  const bool waits = mIds.take(id);
-  if (mIdsComeAgain) {
-    removeNow(id);
-  } else if (waits) {
-    ++mRemoved;
-    dropRemoved();
+  if (mQueued == 0) return;
+  try {
+    mRemovedIds.insert(id);
+  } catch (const std::bad_alloc&) {
+    keep([id](const Entry& entry) { return entry.id != id; });
   }
+  if (2 * mRemovedIds.size() > mQueued) dropAllRemoved();
+  dropFirstRemoved();
 }
 
 int OrbTimer::processEvents() {
@@ -115,7 +111,9 @@ int OrbTimer::timeUntilNextEvent() const {
 
 void OrbTimer::log() const {
   PLATFORM_LOG(DEBUG, "OrbTimer *******************************************");
-  PLATFORM_LOG(DEBUG, "    items queued: %zu", mQueued - mRemoved);
+  const auto queued = std::count_if(mQueue.data(), mQueue.data() + mQueued,
+                                    [this](const Entry& entry) { return !isRemoved(entry.id); });
+  PLATFORM_LOG(DEBUG, "    items queued: %zu", static_cast<size_t>(queued));
   PLATFORM_LOG(DEBUG, "    next item in: %dms", timeUntilNextEvent());
 }
 
@@ -202,13 +200,12 @@ bool OrbTimer::isFirst(const TimedEvent& event) const {
 
 void OrbTimer::push(const TimedEvent& event) {
   // All that may throw comes first.
-  mIds.makeRoom(event.id);
   if (mQueued == mQueue.size()) {
     if (mActions.size() == mQueue.size()) mActions.push_back({});
     mQueue.push_back({0, 0, static_cast<uint32_t>(mQueued)});
   }
-  mIds.add(event.id);
-  mNewestId = mQueued == 0 ? event.id : std::max(mNewestId, event.id);
+  // Ids have come round, or a callback has removed its own event, which stays as it was not queued.
+  if (isRemoved(event.id)) dropAllRemoved();
   const uint32_t slot = mQueue[mQueued].slot;
   mActions[slot] = {event.callback, event.data, event.delay};
   rise(mQueued++, {dueNumber(event.when), event.id, slot});
@@ -219,8 +216,7 @@ OrbTimer::TimedEvent OrbTimer::pop() {
   const Action action = mActions[first.slot];
   std::pop_heap(mQueue.data(), mQueue.data() + mQueued);  // the first one's slot is free there
   --mQueued;
-  mIds.take(first.id);
-  dropRemoved();
+  dropFirstRemoved();
   return {first.id, timeOf(first.due), action.callback, action.data, action.delay};
 }
 
@@ -236,23 +232,22 @@ void OrbTimer::rise(size_t place, Entry entry) {
   queue[place] = entry;
 }
 
-void OrbTimer::removeNow(int id) {
-  keep([id](const Entry& entry) { return entry.id != id; });
+bool OrbTimer::isRemoved(int id) const {
+  return !mRemovedIds.empty() && mRemovedIds.count(id) != 0;
 }
 
-void OrbTimer::dropRemoved() {
-  if (mRemoved == 0) return;
-  if (2 * mRemoved > mQueued) return dropAllRemoved();
-  for (; !mIds.has(mQueue.front().id); --mRemoved) {
+void OrbTimer::dropFirstRemoved() {
+  if (mRemovedIds.empty()) return;
+  while (mQueued > 0 && isRemoved(mQueue.front().id)) {
     std::pop_heap(mQueue.data(), mQueue.data() + mQueued);
     --mQueued;
   }
+  if (mQueued == 0) mRemovedIds.clear();
 }
 
 void OrbTimer::dropAllRemoved() {
-  if (mRemoved == 0) return;
-  keep([this](const Entry& entry) { return mIds.has(entry.id); });
-  mRemoved = 0;
+  keep([this](const Entry& entry) { return !isRemoved(entry.id); });
+  mRemovedIds.clear();
 }
 
 // The entries that are not wanted leave the heap; their slots are free behind it.
