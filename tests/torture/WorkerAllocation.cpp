@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #include "WorkerAllocation.h"
 
+#include <dlfcn.h>
 #include <pthread.h>
 
 #include <cstring>
@@ -58,8 +59,11 @@ WorkerAllocation::WorkerAllocation(std::function<void()> action) {
   sSize.store(sizeOfMessage());
 }
 
-void WorkerAllocation::look(size_t size) {
+void WorkerAllocation::look(size_t size, const void* caller) {
   if (size == 0 || size != sSize.load(std::memory_order_relaxed)) return;
+  // A log line of the platform's may be as long as the message is large.
+  Dl_info info = {};
+  if (dladdr(caller, &info) == 0 || strstr(info.dli_fname, "libOrbSdlSdk") == nullptr) return;
   char name[16] = "";
   pthread_getname_np(pthread_self(), name, sizeof(name));
   if (strcmp(name, "orb-sdk") == 0 && sSize.compare_exchange_strong(size, 0)) sAction();
@@ -67,7 +71,7 @@ void WorkerAllocation::look(size_t size) {
 
 }  // namespace torture
 
-bool memory::mayAllocate(size_t size, const void*) {
-  torture::WorkerAllocation::look(size);
+bool memory::mayAllocate(size_t size, const void* caller) {
+  torture::WorkerAllocation::look(size, caller);
   return true;
 }

@@ -20,7 +20,7 @@ class WorkerAllocation {
   ~WorkerAllocation() { sSize.store(0); }
 
   // Before each allocation.
-  static void look(size_t size);
+  static void look(size_t size, const void* caller);
 
  private:
   static std::atomic<size_t> sSize;
