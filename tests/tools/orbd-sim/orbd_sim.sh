@@ -52,7 +52,7 @@ for word in ${words//,/}; do
   sed '/^\.SH FAULTS/,/^\.SH MODEL/!d; s/\\-/-/g' "$page" | grep -q "^$word"$'\t' || fail "$page: no $word"
 done
 # The page names the ready scenarios that there are, and no others.
-scenarios=$(cd "$(dirname "$0")/../../tools/orbd-sim/scenarios" && printf '%s\n' *.json |
+scenarios=$(cd "$(dirname "$0")/../../../tools/orbd-sim/scenarios" && printf '%s\n' *.json |
   sed '/^schema\.json$/d; s/\.json$//' | sort)
 named=$(sed '/^\.SH RUN/,/^\.SH CHECK/!d; s/\\-/-/g' "$page" | sed -n $'s/\tT{$//p' | sort)
 [[ -n $scenarios && $named == "$scenarios" ]] || fail "$page: ready scenarios: $named"
