@@ -59,10 +59,10 @@ step() {
 # More Debian packages: those that every run needs, and those that only filling the cache needs. A machine
 # without the second can use a full cache.
 install_tools() {
-  "$repository/scripts/setup" ccache util-linux qemu-user-static || exit 3
+  "$repository/scripts/setup" util-linux qemu-user-static || exit 3
 }
 install_build_tools() {
-  local packages=(apt perl make xz-utils bzip2)
+  local packages=(ccache apt perl make xz-utils bzip2)
   # Any npm is good. Debian's npm would conflict with the node of another npm.
   [[ -d $cache/zig ]] || command -v npm >/dev/null || packages+=(npm)
   "$repository/scripts/setup" "${packages[@]}" || exit 3

@@ -143,14 +143,15 @@ void Session::handleFrame(const Frame& frame) {
   if (endpoint() == 0) mEndpoint.store(frame.header.source);
   // Before it is recorded, because a test that has seen the request may change settings for the
   // next one.
-  const std::optional<Refusal> refusal = decideOn(frame);
+  mAnswersRequest = mControl.answers(frame.sdkType());
+  mAnswerDelay = mControl.answerDelay();
   const uint64_t number = mControl.recorder().frame(frame);
   if (mControl.options().onFrame) mControl.options().onFrame(frame);
-  dealWith(frame, refusal);
+  dealWith(frame);
   mControl.recorder().dealtWith(number);
 }
 
-void Session::dealWith(const Frame& frame, const std::optional<Refusal>& refusal) {
+void Session::dealWith(const Frame& frame) {
   mUses.fetch_or(bitOf(frame.sdkType()));
   const FrameHandler handler = mControl.frameHandler();
   if (handler && handler(*this, frame)) return;
@@ -167,24 +168,18 @@ void Session::dealWith(const Frame& frame, const std::optional<Refusal>& refusal
     log("%s: ignored: no such service (%u) here", serviceName(type), type);
     return;
   }
-  if (refusal) {
-    refuse(frame, *refusal);
-  } else {
-    service->handleBlob(frame.blob());
-  }
+  if (mControl.refuses() && refuse(frame)) return;
+  service->handleBlob(frame.blob());
 }
 
-std::optional<Refusal> Session::decideOn(const Frame& frame) {
-  if (!frame.isBlob()) return std::nullopt;
-  mAnswersRequest = mControl.answers(frame.sdkType());
-  mAnswerDelay = mControl.answerDelay();
-  return mControl.refuses() ? mControl.takeRefusal(wordsOf(frame)) : std::nullopt;
-}
-
-void Session::refuse(const Frame& frame, const Refusal& refusal) {
-  log("%s: %s refused: %s", serviceName(frame.sdkType()), wordsOf(frame).request.c_str(),
-      refusal.with.c_str());
-  answerBlob(frame.sdkType(), refusalOf(frame, refusal));
+bool Session::refuse(const Frame& frame) {
+  const RequestWords request = wordsOf(frame);
+  const auto refusal = mControl.takeRefusal(request);
+  if (!refusal) return false;
+  log("%s: %s refused: %s", serviceName(frame.sdkType()), request.request.c_str(),
+      refusal->with.c_str());
+  answerBlob(frame.sdkType(), refusalOf(frame, *refusal));
+  return true;
 }
 
 bool Session::answerBlob(uint32_t sdkType, const Blob& blob) {

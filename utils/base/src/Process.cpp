@@ -17,7 +17,9 @@ KnownProcess* makeKnownProcess() {
   void* const memory = mmap(nullptr, sizeof(KnownProcess), PROT_READ | PROT_WRITE,
                             MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) return nullptr;
-  if (madvise(memory, sizeof(KnownProcess), MADV_WIPEONFORK) == 0) {
+  // An emulator may accept any advice and do nothing: one that refuses none is not relied on.
+  if (madvise(memory, sizeof(KnownProcess), -1) != 0 &&
+      madvise(memory, sizeof(KnownProcess), MADV_WIPEONFORK) == 0) {
     return new (memory) KnownProcess(0);
   }
   munmap(memory, sizeof(KnownProcess));

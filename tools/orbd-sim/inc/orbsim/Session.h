@@ -10,7 +10,6 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <utility>
 
 #include "orbsim/Control.h"
@@ -78,9 +77,8 @@ class Session {
   bool receive();
   bool handleInput();
   void handleFrame(const Frame& frame);
-  void dealWith(const Frame& frame, const std::optional<Refusal>& refusal);
-  std::optional<Refusal> decideOn(const Frame& frame);
-  void refuse(const Frame& frame, const Refusal& refusal);
+  void dealWith(const Frame& frame);
+  bool refuse(const Frame& frame);
   void sendLate();
   static uint32_t bitOf(uint32_t sdkType) { return sdkType < 32 ? 1u << sdkType : 0; }
   bool enqueue(Blob bytes);

@@ -168,7 +168,7 @@ class TestDaemon {
 
   // Closes the connections; the daemon still listens.
   void drop();
-  // vanish() acts like the end of the daemon, reappear() like its restart without any state. False
+  // vanish() acts like the end of the daemon, comeBack() like its restart without any state. False
   // with error() if the socket cannot be created again.
   void vanish();
   bool comeBack();
