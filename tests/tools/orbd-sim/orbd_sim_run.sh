@@ -172,11 +172,11 @@ signalled() {
   ((status == wanted)) || fail "status $status, not $wanted, of: $script"
   (($# == 2)) || nothing_left
 }
-signalled 5 'trap "exit 5" TERM; echo ready; while :; do read -t 1 || true; done <> <(:)' -TERM
-signalled 6 'trap "exit 6" INT; echo ready; while :; do read -t 1 || true; done <> <(:)' -INT
+signalled 5 'trap "kill \$!; exit 5" TERM; sleep 600 & echo ready; wait' -TERM
+signalled 6 'trap "kill \$!; exit 6" INT; sleep 600 & echo ready; wait' -INT
 signalled $((128 + 1)) 'echo ready; exec sleep 600' -HUP
 # After a second signal, it waits for nothing.
-signalled $((128 + 15)) 'trap "echo again" TERM; echo ready; while :; do read -t 1 || true; done <> <(:)' \
+signalled $((128 + 15)) 'trap "echo again" TERM; sleep 600 & echo ready; while :; do wait; done' \
   -TERM -TERM
 rm -f /dev/socket/orb
 
