@@ -10,11 +10,11 @@ build=$4
 device=$work/build/device
 toolchain=$(sed -n 's/^CMAKE_TOOLCHAIN_FILE:[A-Z]*=//p' "$build/CMakeCache.txt")
 
-# The compile commands of the library in a build folder, without the folder and flags that change no
-# code.
+# The compile commands of the library in a build folder, without the folder, and without what changes no
+# code: a compiler cache before the compiler, and some flags.
 compiled_in() {
   ninja -C "$1" -t commands OrbSdlSdk | sed -n -E '/ -o [^ ]*orb_(objects|proto)\.dir.* -c /p' |
-    sed -E "s#$1#BUILD#g; s# -(g0|Werror)\\b##g" | sort
+    sed -E "s#$1#BUILD#g; s#^[^ ]*/ccache ##; s# -(g0|Werror)\\b##g" | sort
 }
 # The other commands, one after the other.
 make_rest() {
