@@ -13,8 +13,10 @@ cp "$here/consumer/consumer.c" "$work/parent/first.c"
 mkdir "$work/parent/third_party"
 ln -s "$sources" "$work/parent/third_party/OrbSdlSdk"
 documented docs/installing.md "$4" cmake >"$work/taken_in.cmake"
-configure "$work/parent" "$work/build" "-DTAKEN_IN=$work/taken_in.cmake" \
-  "-DFETCHCONTENT_SOURCE_DIR_ORBSDLSDK=$sources"
+# The parent's own libraries are static.
+taken_in=("-DTAKEN_IN=$work/taken_in.cmake" "-DFETCHCONTENT_SOURCE_DIR_ORBSDLSDK=$sources"
+  -DBUILD_SHARED_LIBS=OFF)
+configure "$work/parent" "$work/build" "${taken_in[@]}"
 grep -q '^CMAKE_BUILD_TYPE:STRING=$' "$work/build/CMakeCache.txt" ||
   fail "the parent has another build type: $(grep CMAKE_BUILD_TYPE: "$work/build/CMakeCache.txt")"
 [[ ! -e $work/build/compile_commands.json ]] || fail "the parent has got compile commands"
@@ -25,4 +27,19 @@ grep -q '^build first: .*libOrbSdlSdk' "$work/build/build.ninja" || fail "the pr
 run "$cmake" --install "$work/build" --prefix "$work/prefix"
 installed=$(cd "$work/prefix" && find . -type f)
 [[ $installed == ./lib/liblog.a ]] || fail "installed: $installed"
+
+# With all that a parent may ask for. The documents of both keep apart, and the kit is there without a package.
+: >"$work/parent/mine.cpp"
+configure "$work/parent" "$work/all" "${taken_in[@]}" -DWITH_ALL=ON -DORB_INSTALL=ON -DORB_BUILD_TOOLS=ON \
+  -DCMAKE_UNITY_BUILD=ON
+! grep -E '/(orb_[a-z_]+|OrbSdlSdk)\.dir/Unity/' "$work/all/build.ninja" ||
+  fail "sources are joined, which have equal names"
+run "$cmake" --install "$work/all" --prefix "$work/documents" --component doc
+[[ $(ls "$work/documents/share/doc/Parent") == mine.c ]] ||
+  fail "among the parent's documents: $(ls "$work/documents/share/doc/Parent")"
+[[ -e $work/documents/share/doc/OrbSdlSdk/README.md ]] || fail "the library's documents are elsewhere"
+if grep -q '^build .*liborbsim\.a' "$work/all/build.ninja"; then
+  link=$(grep '^build kit_test: ' "$work/all/build.ninja") || fail "the parent has no test kit"
+  [[ $link == *liborbsim.a*libgtest* ]] || fail "the test is not linked to the kit: $link"
+fi
 rm -rf "$work"
