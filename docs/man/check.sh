@@ -29,6 +29,16 @@ for function in $functions; do
   done
   grep -q "^\.BR $function (3)\$" "$folder/orbsdlsdk.3" || fail "orbsdlsdk(3) does not name $function"
 done
+# From each page of a tool, and from the overview, a reader finds all tools and the library.
+tools=$(cd "$(dirname "${BASH_SOURCE[0]}")" && printf '%s\n' "$PWD"/*.1)
+for page in $tools "$folder/orbsdlsdk.3"; do
+  see=$(sed -n '/^\.SH SEE ALSO$/,$p' "$page" | sed 's|\\||g')
+  for other in $tools "$folder/orbsdlsdk.3"; do
+    name=${other##*/}
+    [[ $other == "$page" ]] || grep -q "^\.BR ${name%.*} (${name##*.})" <<<"$see" ||
+      fail "${page##*/} does not name $name in SEE ALSO"
+  done
+done
 # What stands in a comment stands in the page.
 grep -q '^1 to 4294967295 queued' "$folder/lceSetReportingCriteria.3" || fail "results"
 grep -q '^\.SH CALLBACK LceReportingCriteriaCb$' "$folder/lceSetReportingCriteria.3" || fail "callback"

@@ -11,6 +11,7 @@ import re
 import sys
 
 SERVICES = ("lce", "lle", "lli", "version")
+TOOLS = ("orb-sandbox", "orbctl", "orbd-sim", "orbdiag", "orblog")
 
 
 def prototype(declaration):
@@ -191,7 +192,9 @@ def overview(header, functions, version):
     page += ".SH FUNCTIONS\n"
     for _, name, _, said in functions:
         page += f".TP\n.BR {name} (3)\n{escaped(said.summary())}\n"
-    return page + ".SH SEE ALSO\n.BR orbctl (1),\n.BR orbd\\-sim (1),\n.BR orblog (1)\n"
+    page += ".SH FILES\nThe guide and the examples are in the documentation folder of the installation; Debian\n"
+    page += "packages have it at\n.IR /usr/share/doc/liborbsdlsdk\\-dev .\n"
+    return page + ".SH SEE ALSO\n" + ",\n".join(f".BR {escaped(tool)} (1)" for tool in TOOLS) + "\n"
 
 
 def main(include, version, folder):
