@@ -43,6 +43,7 @@ done
 grep -q '^1 to 4294967295 queued' "$folder/lceSetReportingCriteria.3" || fail "results"
 grep -q '^\.SH CALLBACK LceReportingCriteriaCb$' "$folder/lceSetReportingCriteria.3" || fail "callback"
 grep -q '^\.SH 3\. THREADS OF THE CALLBACKS$' "$folder/orbsdlsdk.3" || fail "rules"
+grep -q '^Disable and destroy$' "$folder/orbsdlsdk.3" || fail "what follows a list is a part of its last point"
 
 [[ -z $cmake ]] || {
   prefix=$(mktemp -d)

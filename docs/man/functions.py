@@ -58,7 +58,7 @@ def paragraph(block):
     """A block as it is to be read: a table as it is, points as a list, all else as text."""
     if any(re.search(r"\S {3,}\S", line) for line in block):
         return ".PP\n.EX\n" + escaped("\n".join(block)) + "\n.EE"
-    out, texts = [".PP"], []
+    out, texts, point = [".PP"], [], None
 
     def flush():
         if texts:
@@ -70,7 +70,13 @@ def paragraph(block):
             flush()
             out.append(".IP \\(bu 2")
             texts.append(line.strip()[2:])
+            point = indent(line)
         else:
+            # A line that begins where the points do, or before, belongs to none of them.
+            if point is not None and indent(line) <= point:
+                flush()
+                out.append(".PP")
+                point = None
             texts.append(line.strip())
     flush()
     return "\n".join(out)
