@@ -4,7 +4,10 @@
 # component or a few; cmake/debian/stage.cmake adds what a package of Debian has besides.
 set(CPACK_PACKAGE_NAME OrbSdlSdk)
 set(CPACK_PACKAGE_VENDOR "The OrbSdlSdk authors")
-set(CPACK_PACKAGE_CONTACT "The OrbSdlSdk authors <maintainers@orbsdlsdk.example>")
+# No mail comes to this address: who distributes packages gives another one.
+if(NOT CPACK_PACKAGE_CONTACT)
+  set(CPACK_PACKAGE_CONTACT "The OrbSdlSdk authors <maintainers@orbsdlsdk.example>")
+endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
@@ -52,6 +55,7 @@ set(CPACK_DEBIAN_HEADERS_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_KIT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_STANDINS_PACKAGE_PROVIDES orb-platform)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_RECOMMENDS bubblewrap)
+set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SUGGESTS "gnuplot-nox | gnuplot") # for orbctl plot
 if(TARGET orb_testkit)
   list(APPEND CPACK_COMPONENTS_ALL testkit)
   orb_debian_package(kit liborbsim-dev libdevel

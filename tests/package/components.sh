@@ -47,7 +47,7 @@ only development '/(include/orb/.*\.h|libOrbSdlSdk\.so|OrbSdlSdk.*\.cmake|OrbSdl
 only host '/lib(log|cutils|diag)\.so$'
 only examples '^./share/doc/OrbSdlSdk/examples/'
 only doc '^./share/doc/OrbSdlSdk/'
-for file in LICENSE README.md CHANGELOG.md docs/logging.md; do
+for file in LICENSE README.md CHANGELOG.md SECURITY.md docs/logging.md; do
   cmp "$sources/$file" "$work/doc/share/doc/OrbSdlSdk/$file" || fail "not in the component doc: $file"
 done
 for file in THIRD-PARTY OrbSdlSdk.spdx.json; do

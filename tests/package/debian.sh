@@ -9,6 +9,7 @@
 built=$4
 build=$work/build/debian
 root=$work/root
+contact="Somebody Else <somebody@distributor.example>"
 packages=(liborbsdlsdk1 liborbsdlsdk-dev orb-tools orb-host-platform liborbsim-dev)
 
 as_root() {
@@ -19,7 +20,7 @@ as_root() {
 # and a copy of this machine's list of packages.
 cmake() {
   case $1 in
-    --preset) configure "$sources" "$build" --preset "$2" ;;
+    --preset) configure "$sources" "$build" --preset "$2" "-DCPACK_PACKAGE_CONTACT=$contact" ;;
     --build)
       cp -a "$built"/libOrbSdlSdk.so* "$build/"
       cp -a "$built"/platform/host/lib*.so "$build/platform/host/"
@@ -56,8 +57,14 @@ field() { dpkg-deb -f "$build/$1"_*.deb "$2"; }
 [[ $(field liborbsdlsdk1 Depends) == *libprotobuf-lite*libssl3* ]] ||
   fail "not what the library links: $(field liborbsdlsdk1 Depends)"
 [[ $(field orb-tools Depends) == *libncursesw6* ]] || fail "not what the tools link: $(field orb-tools Depends)"
+[[ $(field orb-tools Suggests) == *gnuplot* ]] || fail "orbctl plot needs: $(field orb-tools Suggests)"
+for package in "${packages[@]}"; do
+  [[ $(field "$package" Maintainer) == "$contact" ]] || fail "$package: $(field "$package" Maintainer)"
+done
 # The list of symbols matches the library exactly, and no package has a script.
 dpkg-deb --raw-extract "$build"/liborbsdlsdk1_*.deb "$work/library"
+zcat "$work/library/usr/share/doc/liborbsdlsdk1/changelog.Debian.gz" | grep -qF -- "$contact" ||
+  fail "the changelog names another maintainer"
 mkdir "$work/debian"
 printf 'Source: orbsdlsdk\n\nPackage: liborbsdlsdk1\nArchitecture: any\n' >"$work/debian/control"
 run dpkg-gensymbols -pliborbsdlsdk1 -v1.0.0-1 -Plibrary -Ilibrary/DEBIAN/symbols -Onew -c4
@@ -65,20 +72,26 @@ run dpkg-gensymbols -pliborbsdlsdk1 -v1.0.0-1 -Plibrary -Ilibrary/DEBIAN/symbols
 
 for file in usr/bin/orbctl usr/share/man/man1/orbctl.1.gz usr/share/bash-completion/completions/orbctl \
   usr/share/zsh/vendor-completions/_orbctl usr/share/doc/liborbsdlsdk1/copyright \
-  usr/share/doc/orb-tools/changelog.Debian.gz usr/share/doc/OrbSdlSdk/docs/installing.md; do
+  usr/share/doc/orb-tools/changelog.Debian.gz usr/share/doc/liborbsdlsdk-dev/docs/installing.md \
+  usr/share/doc/liborbsdlsdk-dev/examples/CMakeLists.txt; do
   [[ -e $root/$file ]] || fail "not installed: $file"
 done
 
 # An overlay with this machine's system below the installed files. It must not be inside another
 # overlay.
-cp "$here"/consumer/* "$work/used/"
+cp "$here"/consumer/*.c "$work/used/"
 mv "$work/used/consumer.c" "$work/used/first.c"
-sed -i 's/consumer\.c/first.c/' "$work/used/CMakeLists.txt"
+documented docs/installing.md "project(first" cmake >"$work/used/CMakeLists.txt"
+documented README.md "int main" c >"$work/used/readme.c"
 {
   echo 'set -eux'
   documented docs/installing.md "first -lOrbSdlSdk" | while read -r line; do
-    printf '%s\n' 'rm -rf first build' "$line" 'if [ -e first ]; then ./first; else build/consumer; fi'
+    printf '%s\n' 'rm -rf first build' "$line" 'if [ -e first ]; then ./first; else build/first; fi'
   done
+  # The first program of README.md ends well only if the daemon stand-in has sent it reports.
+  documented docs/installing.md "first -lOrbSdlSdk" | sed -n '1s/first\.c/readme.c/p'
+  documented docs/installing.md "orb-sandbox --redirect"
+  documented docs/installing.md "-dev/examples"
   cat <<'EOF'
 cc enable.c -o enable -lOrbSdlSdk
 ORB_LOG_LEVEL=S orb-sandbox --redirect bash -euc '
