@@ -49,13 +49,13 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
     expectNothingLeft();
   }
   // Whether an allocation failed while @p act ran.
-  template <typename Act>
+  template <class Act>
   static bool failing(size_t nth, const char* thread, Act act) {
     const memory::FailingNew fails(nth, Caller::Library, thread);
     act();
     return fails.failed();
   }
-  template <typename Then>
+  template <class Then>
   bool wholeLifeFails(const ServiceOps& service, size_t nth, Then then) {
     return failing(nth, kWorker, [&] {
       wholeLife(service);
@@ -64,7 +64,7 @@ class OutOfMemoryThreads : public OutOfMemoryTest {
   }
   // Runs @p round with the first allocation of the thread failing, then with the second, and so on,
   // until a round ends without a failure. Each round returns whether an allocation failed.
-  template <typename Round>
+  template <class Round>
   void failEach(const char* what, const ServiceOps& service, Round round) {
     size_t nth = 0;
     for (bool failed = true; failed; ++nth) {

@@ -45,7 +45,7 @@ std::string linesOf(uint8_t switches, const uint8_t* data, size_t size, size_t p
 }
 
 // What a message's reader takes is never told as damaged.
-template <typename Message>
+template <class Message>
 void checkDecoded(uint32_t sdkType, Direction direction, const uint8_t* data, size_t size) {
   orbsim::TraceMessage message;
   std::string reason;

@@ -121,13 +121,13 @@ class ElfFile {
 
  private:
   static size_t roundUp(size_t size, size_t align) { return (size + align - 1) / align * align; }
-  template <typename T>
+  template <class T>
   T at(size_t offset) const {
     T value = {};
     if (offset + sizeof(T) <= mBytes.size()) std::memcpy(&value, mBytes.data() + offset, sizeof(T));
     return value;
   }
-  template <typename T>
+  template <class T>
   void readEntries(const ElfW(Shdr) & section, std::vector<T>& entries) const {
     for (size_t i = 0; i < section.sh_size / sizeof(T); ++i)
       entries.push_back(at<T>(section.sh_offset + i * sizeof(T)));

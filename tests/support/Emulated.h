@@ -13,7 +13,7 @@ inline bool emulated() {
 
 // A number of rounds, or a size, that only makes a fault more likely to show: an eighth of it under
 // the emulator. What the code does there is the same.
-template <typename Number>
+template <class Number>
 Number fewerEmulated(Number count) {
   return emulated() ? static_cast<Number>(count / 8) : count;
 }

@@ -35,7 +35,7 @@ struct Release {
   void operator()(gcry_mpi_point_t point) const { gcry_mpi_point_release(point); }
   void operator()(gcry_ctx_t context) const { gcry_ctx_release(context); }
 };
-template <typename Handle>
+template <class Handle>
 using Owned = std::unique_ptr<std::remove_pointer_t<Handle>, Release>;
 using Cipher = Owned<gcry_cipher_hd_t>;
 using Number = Owned<gcry_mpi_t>;

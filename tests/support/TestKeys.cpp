@@ -24,7 +24,7 @@ struct Free {
   void operator()(BIGNUM* number) const { BN_free(number); }
   void operator()(RSA* key) const { RSA_free(key); }
 };
-template <typename T>
+template <class T>
 using Owned = std::unique_ptr<T, Free>;
 
 void require(bool done) {

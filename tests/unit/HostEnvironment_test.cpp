@@ -21,7 +21,7 @@
 
 namespace {
 
-template <typename Function>
+template <class Function>
 Function* find(const char* library, const char* symbol) {
   void* const handle = dlopen(built(library).c_str(), RTLD_NOW | RTLD_LOCAL);
   EXPECT_NE(nullptr, handle) << dlerror();

@@ -41,14 +41,14 @@ class HostLogTest : public HostPlatformTest {
  protected:
   HostLogTest() : HostPlatformTest(HOST_LIBLOG) {}
 
-  template <typename... Values>
+  template <class... Values>
   void print(int level, const char* tag, const char* format, Values... values) const {
     find<int (*)(int, const char*, const char*, ...)>("__android_log_print")(level, tag, format,
                                                                              values...);
   }
 
   // The text on standard error during an action.
-  template <typename Action>
+  template <class Action>
   static std::string shownBy(Action action) {
     TempFile out;
     {

@@ -73,7 +73,7 @@ class HostPlatformTest : public testing::Test {
     setenv(variable, value, 1);
     load();
   }
-  template <typename Function>
+  template <class Function>
   Function find(const char* symbol) const {
     return reinterpret_cast<Function>(dlsym(mLibrary, symbol));
   }

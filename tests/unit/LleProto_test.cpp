@@ -86,7 +86,7 @@ TEST(LleProtoRequests, MembersOfTheOneofReplaceEachOther) {
 }
 
 // The answer and the indication have the same fields with the same numbers.
-template <typename Report>
+template <class Report>
 class LleProtoReport : public ::testing::Test {
  protected:
   static Report full() {
@@ -105,7 +105,7 @@ class LleProtoReport : public ::testing::Test {
 };
 
 struct ReportNames {
-  template <typename Report>
+  template <class Report>
   static std::string GetName(int) {
     return std::is_same<Report, LleProto::GetReportResp>::value ? "Answer" : "Indication";
   }

@@ -20,14 +20,14 @@ inline Bytes serialize(const google::protobuf::MessageLite& message) {
   return bytes;
 }
 
-template <typename Message>
+template <class Message>
 Message parse(const Bytes& bytes) {
   Message message;
   EXPECT_TRUE(message.ParseFromArray(bytes.data(), static_cast<int>(bytes.size())));
   return message;
 }
 
-template <typename Message>
+template <class Message>
 bool parses(const Bytes& bytes) {
   Message message;
   return message.ParseFromArray(bytes.data(), static_cast<int>(bytes.size()));
@@ -35,7 +35,7 @@ bool parses(const Bytes& bytes) {
 
 // Checks number, name and the reverse for the whole range of an enumeration: names[i] is the name
 // of i.
-template <typename Enum>
+template <class Enum>
 void expectEnum(const std::vector<std::string>& names, bool (*isValid)(int),
                 const std::string& (*name)(Enum), bool (*parseName)(const std::string&, Enum*)) {
   const int count = static_cast<int>(names.size());

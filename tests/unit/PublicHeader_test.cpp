@@ -72,7 +72,7 @@ ASSERT_INTERRUPTION(estimatedTimeToInterruption);
 ASSERT_INTERRUPTION(estimatedInterruptionDuration);
 static_assert(sizeof(LliInterruptInfo) == 32 && alignof(LliInterruptInfo) == 8, "");
 
-template <typename Enum>
+template <class Enum>
 constexpr bool isInt32() {
   return std::is_same<std::underlying_type_t<Enum>, int32_t>::value;
 }

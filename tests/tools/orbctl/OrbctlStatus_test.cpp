@@ -41,7 +41,7 @@ class OrbctlStatus : public testing::Test {
     ASSERT_TRUE(mDaemon.start()) << mDaemon.error();
   }
   // Answers the enable of a service with another status.
-  template <typename Message, typename Status>
+  template <class Message, class Status>
   void answerWith(uint32_t service, Status status) {
     Message answer;
     answer.mutable_data()->mutable_status_msg()->set_status(status);

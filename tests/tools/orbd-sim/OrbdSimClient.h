@@ -40,7 +40,7 @@ constexpr uint32_t kLlePid = 106;
 constexpr uint32_t kLliPid = 107;
 
 // The parts of the requests that depend on the service.
-template <typename Request>
+template <class Request>
 struct Wire;
 template <>
 struct Wire<LceProto::ServiceMsg> {
@@ -61,14 +61,14 @@ struct Wire<LliProto::ServiceMsg> {
   static constexpr uint32_t kPid = kLliPid;
 };
 
-template <typename Request>
+template <class Request>
 Blob serialize(const Request& message) {
   Blob blob(message.ByteSizeLong());
   message.SerializeToArray(blob.data(), static_cast<int>(blob.size()));
   return blob;
 }
 
-template <typename Request = LceProto::ServiceMsg>
+template <class Request = LceProto::ServiceMsg>
 typename Wire<Request>::Answer parse(const Frame& frame) {
   typename Wire<Request>::Answer message;
   const Blob blob = frame.blob();
@@ -146,7 +146,7 @@ class Client {
     ASSERT_EQ(8u, readOnce().size());
   }
 
-  template <typename Request>
+  template <class Request>
   void send(const Request& message) {
     sendPayload(orbsim::encodeBlobPayload(Wire<Request>::kSdkType, serialize(message)));
   }
@@ -166,7 +166,7 @@ class Client {
     frame.payload = readExactly(frame.header.payloadLength);
     return frame;
   }
-  template <typename Request>
+  template <class Request>
   typename Wire<Request>::Answer answerTo(const Request& request) {
     send(request);
     return parse<Request>(readFrame());
@@ -181,7 +181,7 @@ class Client {
 };
 
 // ENABLE is 0 in every service, which is also the value of an event that was not set.
-template <typename Request = LceProto::ServiceMsg>
+template <class Request = LceProto::ServiceMsg>
 Request enable(bool on) {
   Request message;
   message.mutable_data()->mutable_enable_msg()->set_enable(on);

@@ -24,7 +24,7 @@ bool waitForEnabled(Daemon& daemon, const LliProto::ServiceMsg&, bool enabled) {
   return daemon.waitForLliState(1, [=](const auto& state) { return state.enabled == enabled; });
 }
 
-template <typename Request>
+template <class Request>
 class OrbdSimEachService : public OrbdSimTest {
  protected:
   void SetUp() override {
@@ -52,7 +52,7 @@ class OrbdSimEachService : public OrbdSimTest {
 };
 
 struct PackageName {
-  template <typename Request>
+  template <class Request>
   static std::string GetName(int) {
     const std::string name = Request().GetTypeName();
     return name.substr(0, name.find("Proto"));

@@ -48,7 +48,7 @@ class OrbdSimLleTest : public OrbdSimTest {
   std::unique_ptr<Client> mClient;
 };
 
-template <typename Report>
+template <class Report>
 void expectEstimate(const LatencyEstimate& expected, uint32_t interval, const Report& report) {
   EXPECT_TRUE(report.status());
   EXPECT_EQ(1u, report.ul_report_status());

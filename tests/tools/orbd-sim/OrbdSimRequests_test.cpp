@@ -14,7 +14,7 @@ using orbsim::Refusal;
 using orbsim::RequestWords;
 using Fields = std::map<std::string, std::string>;
 
-template <typename Request>
+template <class Request>
 RequestWords wordsOf(const Request& request) {
   Frame frame;
   frame.header.messageId = orbsim::kSendBlobMessageId;
@@ -22,7 +22,7 @@ RequestWords wordsOf(const Request& request) {
   return orbsim::wordsOf(frame);
 }
 
-template <typename Request>
+template <class Request>
 typename Wire<Request>::Answer indication(const Fields& fields) {
   std::string error;
   const Blob blob = orbsim::indicationOf(Wire<Request>::kSdkType, fields, error);

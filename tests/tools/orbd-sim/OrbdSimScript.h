@@ -51,11 +51,11 @@ class Script {
   Script& said(const Blob& bytes) {
     return add(RecordedEvent::Kind::kBytes, Direction::kToClient, bytes);
   }
-  template <typename Request>
+  template <class Request>
   Script& request(const Request& message) {
     return asked(frame<Request>({mEndpoint, 1, 5, 0, mSession, 0}, serialize(message)));
   }
-  template <typename Request>
+  template <class Request>
   Script& answer(const typename Wire<Request>::Answer& message) {
     return said(frame<Request>({1, mEndpoint, 5, 0, mSession, 0}, serialize(message)));
   }
@@ -64,7 +64,7 @@ class Script {
   const std::vector<RecordedEvent>& events() const { return mEvents; }
 
  private:
-  template <typename Request>
+  template <class Request>
   static Blob frame(Header header, const Blob& blob) {
     const Blob payload = orbsim::encodeBlobPayload(Wire<Request>::kSdkType, blob);
     header.payloadLength = payload.size();

@@ -35,17 +35,17 @@ std::string textOf(uint32_t sdkType, Direction direction, const Blob& blob) {
   return start == std::string::npos ? text : text.substr(start + name.size());
 }
 
-template <typename Message>
+template <class Message>
 Blob serialize(const Message& message) {
   const std::string text = message.SerializeAsString();
   return Blob(text.begin(), text.end());
 }
 
-template <typename Message>
+template <class Message>
 std::string request(uint32_t sdkType, const Message& message) {
   return textOf(sdkType, Direction::kToDaemon, serialize(message));
 }
-template <typename Message>
+template <class Message>
 std::string answer(uint32_t sdkType, const Message& message) {
   return textOf(sdkType, Direction::kToClient, serialize(message));
 }
@@ -54,7 +54,7 @@ constexpr uint32_t kLce = orbsim::kSdkTypeLce;
 constexpr uint32_t kLle = orbsim::kSdkTypeLle;
 constexpr uint32_t kLli = orbsim::kSdkTypeLli;
 
-template <typename Request>
+template <class Request>
 std::string enableText(uint32_t sdkType) {
   Request message;
   message.mutable_data()->mutable_enable_msg()->set_enable(true);
@@ -106,7 +106,7 @@ TEST(TraceMessage, OtherLceRequests) {
       request(kLce, message));
 }
 
-template <typename Report>
+template <class Report>
 void fillCapacity(Report* report) {
   report->set_rate(50000);
   report->set_confidence_level(LceProto::L5);
@@ -163,7 +163,7 @@ TEST(TraceMessage, LleRequests) {
       request(kLle, message));
 }
 
-template <typename Report>
+template <class Report>
 void fillLatency(Report* report) {
   report->set_status(true);
   report->set_ul_report_status(1);

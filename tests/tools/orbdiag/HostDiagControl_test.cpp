@@ -72,7 +72,7 @@ class HostDiagControlTest : public testing::Test {
     diag.init(nullptr);
   }
   // The text that arrives on standard error meanwhile.
-  template <typename Action>
+  template <class Action>
   static std::string printed(const Action& action) {
     testing::internal::CaptureStderr();
     action();

@@ -24,7 +24,7 @@
 
 // The desktop's libdiag as a program sees it: loaded as the shared library it is, each time anew.
 struct HostDiag {
-  template <typename Function>
+  template <class Function>
   Function find(const char* symbol) const {
     return reinterpret_cast<Function>(dlsym(library, symbol));
   }

@@ -41,7 +41,7 @@ orbsim::Options optionsOf(const Run& run) {
   return options;
 }
 
-template <typename Message>
+template <class Message>
 orbsim::Blob bytesOf(const Message& message) {
   orbsim::Blob blob(message.ByteSizeLong());
   message.SerializeToArray(blob.data(), static_cast<int>(blob.size()));

@@ -44,7 +44,7 @@ bool cuts(const Failure& failure) {
 }
 
 // A call without a shorter form: fails as told, or is made first.
-template <typename Result, typename Make>
+template <class Result, class Make>
 Result failing(const Failure& failure, Result failed, const Make& make) {
   if (failure.kind == Kind::DoneError) (void)make();
   errno = failure.error;
@@ -52,7 +52,7 @@ Result failing(const Failure& failure, Result failed, const Make& make) {
 }
 
 // A transfer of bytes.
-template <typename Make>
+template <class Make>
 ssize_t transfer(const Failure* failure, size_t size, const Make& make) {
   if (failure == nullptr) return make(size);
   if (failure->kind == Kind::End) return 0;
@@ -61,7 +61,7 @@ ssize_t transfer(const Failure* failure, size_t size, const Make& make) {
 }
 
 // Everything else that returns -1 for a failure.
-template <typename Make>
+template <class Make>
 int plain(const Failure* failure, const Make& make) {
   return failure == nullptr ? make() : failing(*failure, -1, make);
 }

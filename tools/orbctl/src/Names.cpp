@@ -11,7 +11,7 @@ namespace {
 // A later version of the library may have values that this program does not know.
 constexpr char kUnknown[] = "unknown";
 
-template <typename Value, size_t kCount>
+template <class Value, size_t kCount>
 const char* wordFor(const Words<Value, kCount>& words, Value value) {
   for (const auto& word : words) {
     if (word.second == value) return word.first;
@@ -100,7 +100,7 @@ const char* shortNameOf(LliRat rat) {
   return wordFor(kWords, rat);
 }
 
-template <typename Value, size_t kCount>
+template <class Value, size_t kCount>
 std::optional<Value> valueOf(const Words<Value, kCount>& words, std::string_view text) {
   const std::string wanted(text);
   for (const auto& word : words) {

@@ -73,7 +73,7 @@ struct Arguments {
   std::string size = "1200x700";
 };
 
-template <typename Value, size_t kCount>
+template <class Value, size_t kCount>
 std::vector<std::string> wordsOf(const Words<Value, kCount>& words) {
   std::vector<std::string> all;
   for (const auto& word : words) all.emplace_back(word.first);

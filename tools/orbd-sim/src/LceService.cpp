@@ -19,7 +19,7 @@ bool validCriteria(const LceProto::SetReportingCriteria& criteria) {
 }
 
 // A report with that estimate, or without one because no criteria are set.
-template <typename Report>
+template <class Report>
 void fillReport(const LinkEstimate* estimate, Report& report) {
   if (estimate == nullptr) {
     report.set_error_string("REPORTING_CRITERIA_NOT_SET");
@@ -32,7 +32,7 @@ void fillReport(const LinkEstimate* estimate, Report& report) {
   report.set_error_string("NONE");
 }
 
-template <typename List>
+template <class List>
 std::string listText(const List& list) {
   std::string text = "[";
   for (const uint32_t value : list) {
@@ -42,7 +42,7 @@ std::string listText(const List& list) {
   return text + ']';
 }
 
-template <typename Report>
+template <class Report>
 std::string reportText(const Report& report) {
   return " rate=" + std::to_string(report.rate()) +
          " confidence=" + LceProto::ConfidenceLevel_Name(report.confidence_level()) +

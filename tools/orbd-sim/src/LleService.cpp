@@ -6,7 +6,7 @@
 namespace orbsim {
 namespace {
 
-template <typename Report>
+template <class Report>
 std::string reportText(const Report& report) {
   return std::string(report.status() ? " status=true" : " status=false") +
          " rat=" + LleProto::RatType_Name(report.rat()) +
@@ -57,7 +57,7 @@ bool LleService::makeReport(LleProto::ClientMsg& report) {
   return true;
 }
 
-template <typename Report>
+template <class Report>
 void LleService::fillReport(const LatencyEstimate& estimate, Report& report) const {
   report.set_status(true);
   report.set_ul_report_status(1);

@@ -19,7 +19,7 @@ constexpr size_t kDaemonRecordSize = 8;
 // An event number that answers no request.
 constexpr uint64_t kNoAnswer = ~uint64_t{0};
 
-template <typename Message>
+template <class Message>
 bool readKey(const Blob& blob, MessageKey& key) {
   Message message;
   if (!message.ParseFromArray(blob.data(), static_cast<int>(blob.size()))) return false;
@@ -28,7 +28,7 @@ bool readKey(const Blob& blob, MessageKey& key) {
   return true;
 }
 
-template <typename Request, typename Answer>
+template <class Request, class Answer>
 bool readKey(Direction direction, const Blob& blob, MessageKey& key) {
   return direction == Direction::kToDaemon ? readKey<Request>(blob, key)
                                            : readKey<Answer>(blob, key);

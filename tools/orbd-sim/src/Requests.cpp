@@ -14,7 +14,7 @@ namespace {
 
 constexpr char kSetCriteria[] = "set-criteria";
 
-template <typename List>
+template <class List>
 std::string listText(const List& list) {
   std::string text = "[";
   for (const uint32_t value : list) {
@@ -24,13 +24,13 @@ std::string listText(const List& list) {
   return text + ']';
 }
 
-template <typename Message>
+template <class Message>
 bool parse(const Frame& frame, Message& message) {
   const Blob blob = frame.blob();
   return message.ParseFromArray(blob.data(), static_cast<int>(blob.size()));
 }
 
-template <typename Request>
+template <class Request>
 const char* enableWord(const Request& request) {
   if (!request.data().has_enable_msg()) return "unknown";
   return request.data().enable_msg().enable() ? "enable" : "disable";
@@ -108,7 +108,7 @@ const char* criteriaError(const Refusal& refusal) {
   return nullptr;
 }
 
-template <typename Answer>
+template <class Answer>
 Blob statusBlob(int status) {
   using Event = decltype(std::declval<Answer>().event_id());
   using Status = decltype(std::declval<Answer>().data().status_msg().status());

@@ -40,7 +40,7 @@ constexpr FieldTable text(uint32_t number, const char* name) {
 constexpr FieldTable member(uint32_t number, const char* name, const MessageTable& of) {
   return {number, name, TraceType::kMessage, false, &of};
 }
-template <typename Enum, const std::string& (*kName)(Enum)>
+template <class Enum, const std::string& (*kName)(Enum)>
 constexpr FieldTable enumeration(uint32_t number, const char* name) {
   return {number,
           name,

@@ -69,7 +69,7 @@ class TestDaemon::Impl {
   }
   int send(Service service, const std::map<std::string, std::string>& words);
   // False with the error if no daemon runs.
-  template <typename Action>
+  template <class Action>
   bool act(Action action) {
     if (!running()) return fail("the daemon is not running");
     action(run()->daemon());

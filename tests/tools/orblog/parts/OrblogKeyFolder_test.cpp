@@ -40,7 +40,7 @@ bool proceeds() {
   return plan.fate != Fate::Fails;
 }
 
-template <typename Function, typename... Arguments>
+template <class Function, class... Arguments>
 auto make(const char* name, Arguments... arguments) {
   const auto result = interposed::next<Function>(name)(arguments...);
   const int error = errno;
@@ -188,7 +188,7 @@ class OrblogKeyFolderSteps : public OrblogKeyFolder, public testing::WithParamIn
  protected:
   // Calls `check` with the result of a run for every step and every kind of failure, until there
   // are no more steps.
-  template <typename Prepare, typename Check>
+  template <class Prepare, class Check>
   void atEveryStep(std::initializer_list<Fate> fates, bool force, Prepare prepare, Check check) {
     for (const Fate fate : fates) {
       int step = 1;

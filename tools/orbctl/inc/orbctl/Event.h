@@ -23,7 +23,7 @@ constexpr std::array<Service, kServices> kAllServices = {Service::kLce, Service:
 constexpr size_t indexOf(Service service) { return static_cast<size_t>(service); }
 
 // One value per service.
-template <typename T>
+template <class T>
 using PerService = std::array<T, kServices>;
 
 // A status from the library.

@@ -16,7 +16,7 @@
 // Names for the numbers of the API: in lines, JSON and CSV, and on the command line.
 namespace orbctl {
 
-template <typename Value, size_t kCount>
+template <class Value, size_t kCount>
 using Words = std::array<std::pair<const char*, Value>, kCount>;
 
 extern const Words<SdlAccessNetworkType, 4> kNetworkWords;
@@ -38,7 +38,7 @@ const char* shortNameOf(SdlAccessNetworkType network);
 const char* shortNameOf(LliRat rat);
 
 // The value of a name; case does not matter.
-template <typename Value, size_t kCount>
+template <class Value, size_t kCount>
 std::optional<Value> valueOf(const Words<Value, kCount>& words, std::string_view text);
 
 }  // namespace orbctl

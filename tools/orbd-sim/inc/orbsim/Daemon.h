@@ -34,7 +34,7 @@ namespace orbsim {
 class Daemon {
  public:
   using Timeout = std::chrono::milliseconds;
-  template <typename State>
+  template <class State>
   using StateCondition = std::function<bool(const State&)>;
   static constexpr Timeout kTimeout{10000};  // long: a wait ends as soon as its condition is true
 
@@ -147,7 +147,7 @@ class Daemon {
     std::thread thread;
   };
 
-  template <typename State>
+  template <class State>
   State state(uint32_t sessionId) const {
     return mControl.recorder().state<State>(sessionId);
   }

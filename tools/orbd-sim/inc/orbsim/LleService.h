@@ -33,7 +33,7 @@ class LleService
 
   void handleSetCriteria(const LleProto::ServiceMsg& request);
   void handleGetLastReport();
-  template <typename Report>
+  template <class Report>
   void fillReport(const LatencyEstimate& estimate, Report& report) const;
 
   Reporter mReporter;

@@ -60,7 +60,7 @@ class Recorder {
   // Its number, by which dealtWith() tells that all that it leads to at once has happened.
   uint64_t frame(const Frame& frame);
   void dealtWith(uint64_t frame);
-  template <typename State>
+  template <class State>
   void setState(uint32_t sessionId, const State& state) {
     std::lock_guard<std::mutex> lock(mLock);
     std::get<States<State>>(mStates)[sessionId] = state;
@@ -71,7 +71,7 @@ class Recorder {
   Totals totals() const;
   std::vector<Frame> frames() const;
   std::vector<Blob> handshakeReplies() const;
-  template <typename State>
+  template <class State>
   State state(uint32_t sessionId) const {
     std::lock_guard<std::mutex> lock(mLock);
     return stateLocked<State>(sessionId);
@@ -82,23 +82,23 @@ class Recorder {
   enum class Until { kRecorded, kDealtWith };
   bool waitForFrame(const std::function<bool(const Frame&)>& wanted, Frame* found, Timeout timeout,
                     Until until = Until::kRecorded) const;
-  template <typename State>
+  template <class State>
   bool waitForState(uint32_t sessionId, const std::function<bool(const State&)>& condition,
                     Timeout timeout) const {
     return waitUntil(timeout, [&] { return condition(stateLocked<State>(sessionId)); });
   }
 
  private:
-  template <typename State>
+  template <class State>
   using States = std::map<uint32_t, State>;  // by session id; a reused id starts again
 
-  template <typename State>
+  template <class State>
   State stateLocked(uint32_t sessionId) const {
     const States<State>& states = std::get<States<State>>(mStates);
     const auto found = states.find(sessionId);
     return found == states.end() ? State{} : found->second;
   }
-  template <typename Condition>
+  template <class Condition>
   bool waitUntil(Timeout timeout, Condition condition) const {
     std::unique_lock<std::mutex> lock(mLock);
     return mChanged.wait_for(lock, timeout, condition);

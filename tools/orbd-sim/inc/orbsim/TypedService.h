@@ -20,7 +20,7 @@ constexpr int kEnableEvent = 0;
 constexpr int kStatusEvent = 0;
 enum class Outcome { kSuccess = 1, kInvalidArg = 2, kNotSupported = 4 };
 
-template <typename Message>
+template <class Message>
 Blob serialize(const Message& message) {
   Blob blob(message.ByteSizeLong());
   message.SerializeToArray(blob.data(), static_cast<int>(blob.size()));
@@ -34,8 +34,7 @@ Blob serialize(const Message& message) {
 // Requests are answered whether or not the client has enabled the service, because a client of a
 // restarted daemon continues with any request. While the answers of the service are off, it keeps
 // its state and sends nothing.
-template <typename Request, typename Answer, typename State, uint32_t kSdkType,
-          bool kDropsStale = true>
+template <class Request, class Answer, class State, uint32_t kSdkType, bool kDropsStale = true>
 class TypedService : public Service {
  public:
   void handleBlob(const Blob& blob) final {
@@ -132,7 +131,7 @@ class TypedService : public Service {
     sendStatus(Outcome::kSuccess);
   }
 
-  template <typename Message>
+  template <class Message>
   static std::string headText(const Message& message, const std::string& eventName) {
     std::string text = eventName;
     if (text.empty()) text = "event " + std::to_string(message.event_id());
