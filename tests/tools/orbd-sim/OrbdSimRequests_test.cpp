@@ -4,6 +4,7 @@
 // Requests and indications in words, and requests that the daemon stand-in refuses or answers late.
 
 #include "OrbdSimClient.h"
+#include "orbsim/Faults.h"
 #include "orbsim/Requests.h"
 
 namespace orbsimtest {
@@ -161,6 +162,29 @@ TEST_F(OrbdSimRefusalTest, RefusalsCountAndAreForTheirRequestOnly) {
   EXPECT_EQ(LleProto::SUCCESS, status(lleCriteria(1)));
   EXPECT_EQ(LliProto::SERVICE_DOWN, status(enable<LliProto::ServiceMsg>(true)));
   EXPECT_EQ(LliProto::SUCCESS, status(enable<LliProto::ServiceMsg>(true)));
+}
+
+// A fault that handles the request comes before the refusal.
+TEST_F(OrbdSimRefusalTest, RequestThatTheFaultNoAnswerTakesDoesNotUseUpTheRefusal) {
+  orbsim::Faults faults;
+  std::string error;
+  ASSERT_TRUE(faults.parse("no-answer,connections=1", error)) << error;
+  faults.prepare(daemon());
+  daemon().setReportInterval(0ms);
+  daemon().refuse({orbsim::kSdkTypeLce, "set-criteria", "TYPE_MISMATCH", 1});
+  Client unanswered(path());
+  unanswered.handshake();
+  unanswered.send(criteria(77, {}, 0));
+  ASSERT_TRUE(daemon().waitForFrameDealtWith([](const Frame&) { return true; }));
+  EXPECT_FALSE(unanswered.hasInput());
+  Client answered(path());
+  answered.handshake();
+  const auto isAccepted = [&answered](uint64_t transaction) {
+    const auto answer = answered.answerTo(criteria(transaction, {}, 0));
+    return answer.data().set_reporting_criteria_resp().success();
+  };
+  EXPECT_FALSE(isAccepted(78));
+  EXPECT_TRUE(isAccepted(79));
 }
 
 TEST_F(OrbdSimRefusalTest, ReportsDoNotWaitForLateAnswers) {
