@@ -12,6 +12,22 @@
 namespace orbsimtest {
 namespace {
 
+class OrbdSimRelayQueueTest : public OrbdSimRelayTest {
+ protected:
+  // Makes the daemon's socket anew and connects to it until its queue is full. @p waiting gets the
+  // connections, which keep the queue full until the daemon accepts them.
+  void fillTheQueue(std::vector<End>& waiting) {
+    mListener.close();
+    ASSERT_NO_FATAL_FAILURE(listen(0));
+    for (;;) {
+      End next = connectTo(daemonPath(), SOCK_NONBLOCK);
+      if (next.fd() < 0) break;
+      waiting.push_back(std::move(next));
+    }
+    ASSERT_EQ(EAGAIN, errno);
+  }
+};
+
 TEST_F(OrbdSimRelayTest, WithoutADaemonAConnectionEndsAtOnceAndALaterOneWorks) {
   mListener.close();
   {
@@ -34,33 +50,20 @@ TEST_F(OrbdSimRelayTest, WithoutADaemonAConnectionEndsAtOnceAndALaterOneWorks) {
             }());
 }
 
-// The kernel does not report when the queue has space again.
-TEST_F(OrbdSimRelayTest, DaemonThatIsSlowToAcceptIsWaitedFor) {
-  mListener.close();
-  ASSERT_NO_FATAL_FAILURE(listen(0));
-  std::vector<End> crowd;
-  for (;;) {
-    End other = connectTo(daemonPath(), SOCK_NONBLOCK);
-    if (other.fd() < 0) break;
-    crowd.push_back(std::move(other));
-  }
-  ASSERT_EQ(EAGAIN, errno);
+// The kernel does not tell the relay when the queue has space again.
+TEST_F(OrbdSimRelayQueueTest, DaemonThatIsSlowToAcceptIsWaitedFor) {
+  std::vector<End> waiting;
+  ASSERT_NO_FATAL_FAILURE(fillTheQueue(waiting));
   mClient = connectTo(path());
   mClient.send({1, 2, 3});
-  for (size_t i = 0; i < crowd.size(); ++i) ASSERT_LE(0, accept().fd());
+  for (size_t i = 0; i < waiting.size(); ++i) ASSERT_LE(0, accept().fd());
   mDaemon = accept();
   EXPECT_EQ((Blob{1, 2, 3}), mDaemon.read(3));
 }
 
-TEST_F(OrbdSimRelayTest, ClientThatGivesUpWaitingIsForgotten) {
-  mListener.close();
-  ASSERT_NO_FATAL_FAILURE(listen(0));
-  std::vector<End> crowd;
-  for (;;) {
-    End other = connectTo(daemonPath(), SOCK_NONBLOCK);
-    if (other.fd() < 0) break;
-    crowd.push_back(std::move(other));
-  }
+TEST_F(OrbdSimRelayQueueTest, ClientThatGivesUpWaitingIsForgotten) {
+  std::vector<End> waiting;
+  ASSERT_NO_FATAL_FAILURE(fillTheQueue(waiting));
   connectTo(path()).close();
   EXPECT_TRUE(comesTo([this] { return mLog.lines().size() >= 3; }));
   EXPECT_NE(std::string::npos,
