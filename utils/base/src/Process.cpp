@@ -14,6 +14,7 @@ namespace {
 // gets a copy of it, also in one made without fork handlers. Null if there is no such memory.
 using KnownProcess = std::atomic<uint64_t>;
 KnownProcess* makeKnownProcess() {
+#ifdef MADV_WIPEONFORK  // headers of older C libraries lack it
   void* const memory = mmap(nullptr, sizeof(KnownProcess), PROT_READ | PROT_WRITE,
                             MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) return nullptr;
@@ -23,6 +24,7 @@ KnownProcess* makeKnownProcess() {
     return new (memory) KnownProcess(0);
   }
   munmap(memory, sizeof(KnownProcess));
+#endif
   return nullptr;
 }
 KnownProcess* const knownProcess = makeKnownProcess();
