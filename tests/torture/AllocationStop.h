@@ -8,11 +8,11 @@
 
 namespace torture {
 
-// Stops a call of the library in the midst of its steps, at an allocation. Programs that take its
-// source call orb_hook_allocations(). Belongs to the thread that makes it.
+// Stops a call of the library between two of its steps, at an allocation. A program that contains
+// AllocationStop.cpp calls orb_hook_allocations() in CMake. Belongs to the thread that creates it.
 class AllocationStop {
  public:
-  // While it lives, this thread's allocation number @p number, from 1, runs @p action first.
+  // While it exists, this thread runs @p action before its allocation number @p number, from 1.
   AllocationStop(size_t number, std::function<void()> action);
   AllocationStop(const AllocationStop&) = delete;
   AllocationStop& operator=(const AllocationStop&) = delete;
@@ -21,7 +21,7 @@ class AllocationStop {
   // Whether that allocation was made.
   bool reached() const { return mLeft == 0; }
 
-  // While it lives, this thread's allocations do not count: a callback's, of whom it calls back.
+  // While it exists, this thread's allocations are not counted. For the allocations of callbacks.
   class Pause {
    public:
     Pause();
@@ -33,7 +33,7 @@ class AllocationStop {
     AllocationStop* const mPaused;
   };
 
-  // What each allocation tells.
+  // Called before each allocation.
   static void allocating();
 
  private:

@@ -54,7 +54,7 @@ uint64_t Accounts::begin(Kind kind, int number) {
   ++account.running;
   if (account.turn == 0) mistake("called without a registration", kind, number);
   if (account.state == State::Closed) mistake("called after disable returned", kind, number);
-  // Other callbacks may be called for something else just before their request is refused.
+  // Other callbacks may come for another reason just before their request is refused.
   if (kind == kLceCriteria) {
     ++mTotals.answered;
     if (account.state == State::Refused) mistake("a refused request was answered", kind, number);
@@ -100,7 +100,7 @@ void Accounts::endLeaving(Service service, uint64_t start, bool done, bool insid
   settle(service);
 }
 
-// Closes what is certain to be over.
+// Closes the accounts of which no callback can come any more.
 void Accounts::settle(Service service) {
   auto& returned = mReturned[service];
   const auto& underWay = mUnderWay[service];

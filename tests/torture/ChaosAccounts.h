@@ -16,44 +16,43 @@
 
 namespace torture {
 
-// The books of the chaos test. Each registration of a callback (enable, create, request) has a
-// function of its own for as long as the library may call it, its account; so whatever is called
-// can be put to one registration.
+// The records of the chaos test. Each registration of a callback (enable, create, request) gets its
+// own function, its account, for as long as the library may call it. So each callback belongs to
+// exactly one registration.
 //
-// When is an account closed? A registration that returned before a disable was called is with the
-// object that this disable takes away, or with one that an earlier disable has taken away and that
-// may still be waiting for its callbacks. So the accounts from before a successful disable are
-// closed once that and all that were under way at its end have returned; no callback of a closed
-// account may begin or be running. A disable inside a callback promises nothing about running
-// callbacks, so it only releases its accounts: they are no longer checked, and rest for a while
-// before they are used again.
+// When is an account closed? A registration that returned before a disable began belongs to the
+// service object that this disable removes, or to one that an earlier disable has removed and that
+// may still wait for its callbacks. So the accounts from before a successful disable are closed
+// when this disable and all disables under way at its end have returned. No callback of a closed
+// account may begin or run. A disable inside a callback promises nothing about running callbacks,
+// so it only releases its accounts: they are no longer checked, and are not used again for a while.
 //
-// Any thread; mMutex guards all and is never held while the library is called.
+// Used by any thread; mMutex guards everything and is never held while the library is called.
 class Accounts {
  public:
   static constexpr size_t kPerKind = 256;
   struct Totals {
     std::array<uint64_t, kKinds> calls{};
     uint64_t opened = 0;
-    uint64_t closed = 0;    // with the promise that nothing is called any more
+    uint64_t closed = 0;    // no callback of these may come any more
     uint64_t released = 0;  // by a disable inside a callback
     uint64_t none = 0;      // no account was free
     uint64_t criteria = 0;  // accepted criteria requests
-    uint64_t answered = 0;  // of these
+    uint64_t answered = 0;  // accepted criteria requests with an answer
   };
 
-  // An account for a registration that is about to be made; -1 when all are in use.
+  // An account for a registration that is about to be made; -1 if all are in use.
   int open(Kind kind);
-  // The registering call has returned; a refused one has registered nothing.
+  // The registering call has returned. A refused call has registered nothing.
   void registered(Kind kind, int account, bool accepted);
 
-  // A callback begins and ends. In between it may take its time: all that lingering waits for is a
-  // disable that does not wait for it.
+  // A callback begins and ends. linger() makes it last longer, for @p atMost, or until its account
+  // is closed, which shows that a disable did not wait for it.
   uint64_t begin(Kind kind, int account);
   void linger(Kind kind, int account, std::chrono::milliseconds atMost);
   void end(Kind kind, int account, uint64_t turn);
 
-  // Around a disable or destroy.
+  // Called before and after a disable or destroy.
   uint64_t beginLeaving(Service service);
   void endLeaving(Service service, uint64_t start, bool done, bool insideCallback);
 
@@ -91,7 +90,7 @@ class Accounts {
   std::array<std::array<Account, kPerKind>, kKinds> mAccounts;
   std::array<size_t, kKinds> mNext{};
   std::array<std::set<uint64_t>, kServices> mUnderWay;
-  std::array<std::vector<Leaving>, kServices> mReturned;  // not all from before have
+  std::array<std::vector<Leaving>, kServices> mReturned;  // until earlier ones have returned, too
   Totals mTotals;
   std::vector<std::string> mMistakes;
 };

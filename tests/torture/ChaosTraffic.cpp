@@ -13,23 +13,23 @@ namespace {
 using Random = std::minstd_rand;
 using Indices = std::make_integer_sequence<int, static_cast<int>(Accounts::kPerKind)>;
 
-// Of so many calls these enable and disable; the others ask.
+// How many calls enable, and how many disable, out of all; the others are requests.
 constexpr uint32_t kCalls = 64;
 constexpr uint32_t kEnables = 8;
 constexpr uint32_t kDisables = 3;
-// One of so many callbacks makes a call itself.
+// One callback in so many makes a call itself.
 constexpr uint32_t kCallsInside = 16;
-// One of so many takes its time, more of it than disable gives a thread to end.
+// One callback in so many lasts longer than disable waits for a thread to end.
 constexpr uint32_t kLong = 64;
 constexpr std::chrono::milliseconds kLingering(120);
 
-Accounts& books() { return ChaosTraffic::accounts(); }
+Accounts& accounts() { return ChaosTraffic::accounts(); }
 
 void step(Random& random, bool insideCallback);
 
-// What every callback does.
+// The body of every callback.
 void inside(Kind kind, int account) {
-  const uint64_t turn = books().begin(kind, account);
+  const uint64_t turn = accounts().begin(kind, account);
   static std::atomic<uint32_t> callbacks{0};
   thread_local Random random(++callbacks);
   thread_local bool nested = false;
@@ -38,8 +38,8 @@ void inside(Kind kind, int account) {
     step(random, true);
     nested = false;
   }
-  if (random() % kLong == 0) books().linger(kind, account, kLingering);
-  books().end(kind, account, turn);
+  if (random() % kLong == 0) accounts().linger(kind, account, kLingering);
+  accounts().end(kind, account, turn);
 }
 
 template <Kind kKind, int kAccount>
@@ -99,11 +99,11 @@ LliLinkInterruptIndCb lliOf(int account, std::integer_sequence<int, kAccounts...
   return kAll[account];
 }
 
-// Makes the registration of one callback, on the books.
+// Registers one callback and records that in the accounts.
 template <class Call>
 void registerOn(Kind kind, Call call) {
-  const int account = books().open(kind);
-  if (account >= 0) books().registered(kind, account, call(account));
+  const int account = accounts().open(kind);
+  if (account >= 0) accounts().registered(kind, account, call(account));
 }
 
 void request(Service service, Random& random) {
@@ -114,7 +114,7 @@ void request(Service service, Random& random) {
       return lliRegLinkInterruptInd(lliOf<kLliInterrupt>(account, all)) == 0;
     });
   } else if (dice == 0) {
-    // Reports come from now on, or stop.
+    // This request starts or stops reports.
     if (service == kLce) {
       lcePerformReportingAction(random() % 4 == 0 ? LCE_REPORTING_ACTION_STOP
                                                   : LCE_REPORTING_ACTION_START);
@@ -198,9 +198,9 @@ void ChaosTraffic::enable(Service service, bool second) {
 }
 
 bool ChaosTraffic::disable(Service service, bool second, bool insideCallback) {
-  const uint64_t start = books().beginLeaving(service);
+  const uint64_t start = accounts().beginLeaving(service);
   const bool done = second ? destroy(service) == 0 : torture::disable(service) == 1;
-  books().endLeaving(service, start, done, insideCallback);
+  accounts().endLeaving(service, start, done, insideCallback);
   return done;
 }
 

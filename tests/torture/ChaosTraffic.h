@@ -12,10 +12,10 @@
 
 namespace torture {
 
-// Applications' threads that enable, disable and ask at random, as many calls as they are granted;
-// now and then a callback does, too. Started and joined by its owner. mMutex guards the grants and
-// is not held while the library is called. The accounts are never destroyed: callbacks may come
-// while the process exits.
+// Application threads that enable, disable and make requests at random, as many calls as grant()
+// allows. Sometimes a callback makes such a call, too. The owner starts and joins them. mMutex
+// guards the granted number and is not held while the library is called. The accounts are never
+// destroyed, because callbacks may come while the process exits.
 class ChaosTraffic {
  public:
   static Accounts& accounts();
@@ -26,11 +26,11 @@ class ChaosTraffic {
   ChaosTraffic& operator=(const ChaosTraffic&) = delete;
 
   void join();
-  // Lets the threads make that many more calls and waits until the last one has begun.
+  // Lets the threads make @p calls more calls and waits until the last one has begun.
   void grant(uint64_t calls);
   uint64_t granted() const { return mTotal; }
 
-  // One of the calls, on the books.
+  // One call, recorded in the accounts. @p second: by the second generation's function.
   static void enable(Service service, bool second);
   static bool disable(Service service, bool second, bool insideCallback);
 

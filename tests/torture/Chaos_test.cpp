@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The daemon is killed and started again and again under traffic of many threads. Whatever was lost
-// on the way, in the end the books balance.
+// The daemon is killed and started again many times while many threads use the library. Messages
+// are lost, but at the end the accounts show no mistake.
 #include <gtest/gtest.h>
 
 #include "ChaosTraffic.h"
@@ -14,7 +14,7 @@ namespace torture {
 namespace {
 
 constexpr unsigned kThreads = 8;
-// Every so many lives of the daemon are one of the real program.
+// One run of the daemon in so many is a run of the program orbd-sim.
 constexpr uint64_t kRealEvery = 6;
 // Longer than the library's pause between two attempts to connect.
 constexpr std::chrono::milliseconds kReconnect(120);
@@ -26,7 +26,7 @@ orbsim::Options options() {
   return options;
 }
 
-// Each criteria request gets this answer, and then that of the daemon.
+// Each criteria request gets this answer first, and then the daemon's own.
 bool answerCriteria(orbsim::Session& session, const orbsim::Frame& frame) {
   const orbsim::Blob blob = frame.blob();
   LceProto::ServiceMsg request;
@@ -39,21 +39,21 @@ bool answerCriteria(orbsim::Session& session, const orbsim::Frame& frame) {
   return false;
 }
 
-// One life of the daemon after the other, each as long as chance wills.
-class Lives {
+// Runs of the daemon, one after the other, each of random length.
+class DaemonRuns {
  public:
-  Lives(ChaosTraffic& traffic, uint64_t seed)
+  DaemonRuns(ChaosTraffic& traffic, uint64_t seed)
       : mTraffic(traffic), mRandom(static_cast<unsigned>(seed)) {
     mDaemon.setFrameHandler(answerCriteria);
   }
 
-  // Absent for a while, then there until it is killed.
-  void live() {
+  // The daemon is absent for a while, then runs until it is killed.
+  void next() {
     mTraffic.grant(mRandom() % 24);
     if (++mKills % kRealEvery == 0) {
-      liveAsProgram();
+      runAsProgram();
     } else {
-      liveInProcess();
+      runInProcess();
     }
   }
   uint64_t kills() const { return mKills; }
@@ -61,19 +61,19 @@ class Lives {
   orbsim::Totals totals() const { return mDaemon.totals(); }
 
  private:
-  // A part of the traffic goes on while connections are made anew; with no service enabled no
+  // A part of the calls comes while the library connects again. While no service is enabled, no
   // frames come.
-  void liveInProcess() {
+  void runInProcess() {
     ASSERT_TRUE(mDaemon.start()) << mDaemon.error();
     for (auto parts = mRandom() % 5; parts > 0; --parts) {
       const size_t frames = mDaemon.totals().frames + mRandom() % 60;
       mTraffic.grant(1 + mRandom() % 100);
       mDaemon.waitForFrames(frames, kReconnect);
     }
-    if (mRandom() % 4 == 0) mDaemon.closeAll();  // connections go before the listener
+    if (mRandom() % 4 == 0) mDaemon.closeAll();  // connections end before the listener
     mDaemon.stop();
   }
-  void liveAsProgram() {
+  void runAsProgram() {
     ASSERT_TRUE(mReal.start());
     mTraffic.grant(1 + mRandom() % 400);
     mReal.kill();
@@ -95,8 +95,8 @@ void disableAll() {
   }
 }
 
-// A whole life of all services, which also closes every account from before.
-void cycleOnTheBooks() {
+// Enables and disables all services, which also closes every earlier account.
+void recordedCycle() {
   orbsim::Daemon daemon{options()};
   ASSERT_TRUE(daemon.start()) << daemon.error();
   for (const Service service : {kLce, kLle, kLli}) ChaosTraffic::enable(service, false);
@@ -107,36 +107,36 @@ void cycleOnTheBooks() {
   EXPECT_TRUE(libraryThreadsEnd());
 }
 
-TEST(Chaos, BooksBalanceAfterEveryDeathOfTheDaemon) {
+TEST(Chaos, AccountsShowNoMistakeAfterManyDaemons) {
   const uint64_t seed = seedOfRun();
   printf("chaos: seed %llu\n", static_cast<unsigned long long>(seed));
   fflush(stdout);
-  for (int i = 0; i < 3; ++i) cycleOnTheBooks();  // what is made once per process is made now
+  for (int i = 0; i < 3; ++i) recordedCycle();  // creates what exists once per process
   const Census before;
   const uint64_t kills = countOr(60);
   {
     ChaosTraffic traffic(kThreads, seed);
-    Lives lives(traffic, seed);
-    while (lives.kills() < kills) {
+    DaemonRuns runs(traffic, seed);
+    while (runs.kills() < kills) {
       Watchdog::step("life %llu of the daemon, seed %llu",
-                     static_cast<unsigned long long>(lives.kills() + 1),
+                     static_cast<unsigned long long>(runs.kills() + 1),
                      static_cast<unsigned long long>(seed));
-      lives.live();
+      runs.next();
       if (testing::Test::HasFailure() || !ChaosTraffic::accounts().mistakes().empty()) break;
     }
     Watchdog::step("the end of the threads, seed %llu", static_cast<unsigned long long>(seed));
     traffic.join();
     printf("chaos: %llu kills survived, %llu of them of a real process; %llu calls\n",
-           static_cast<unsigned long long>(lives.kills()),
-           static_cast<unsigned long long>(lives.programs()),
+           static_cast<unsigned long long>(runs.kills()),
+           static_cast<unsigned long long>(runs.programs()),
            static_cast<unsigned long long>(traffic.granted()));
     printf("chaos: %zu connections, %zu frames to the daemon in this process\n",
-           lives.totals().connections, lives.totals().frames);
+           runs.totals().connections, runs.totals().frames);
     Watchdog::step("the last disable, seed %llu", static_cast<unsigned long long>(seed));
     disableAll();
   }
   EXPECT_TRUE(libraryThreadsEnd());
-  cycleOnTheBooks();
+  recordedCycle();
   EXPECT_TRUE(comesBackTo(before))
       << before.descriptors << " descriptors, " << before.threads << " threads -> "
       << Census().descriptors << ", " << Census().threads;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// An application without standard streams prints into nothing that belongs to the library.
+// An application has closed its standard streams and prints. No text reaches a descriptor of the
+// library.
 #include <gtest/gtest.h>
 #include <spawn.h>
 #include <stdlib.h>
@@ -22,7 +23,7 @@ TEST(ClosedStreams, NothingThatIsPrintedReachesTheProtocol) {
   options.reportInterval = std::chrono::milliseconds(1);
   orbsim::Daemon daemon(options);
   ASSERT_TRUE(daemon.start()) << daemon.error();
-  // The platform's stand-in prints as well, under the eyes of a checker: the application does it.
+  // The stand-in of the platform would print as well. Only the application is to print here.
   setenv("ORB_LOG_LEVEL", "S", 1);
   std::string program = built(CLOSED_STREAMS_PROGRAM);
   std::string rounds = std::to_string(kRounds);

@@ -14,19 +14,19 @@ namespace torture {
 inline void count(Slot slot, int) { process_end::Traffic::get().add(slot); }
 inline const Callbacks& counting() { return callbacksTo<count>(); }
 
-// Enables all; whether none was refused.
+// Enables all services; true if no call was refused.
 inline bool enableEach() {
   bool good = true;
   for (const Service service : {kLce, kLle, kLli}) good = enable(counting(), service) == 1 && good;
   return good;
 }
-// The same for disable.
+// Disables all services; true if no call was refused.
 inline bool disableEach() {
   bool good = true;
   for (const Service service : {kLce, kLle, kLli}) good = disable(service) == 1 && good;
   return good;
 }
-// Makes every request for reports; whether none was refused.
+// Makes every request for reports; true if none was refused.
 inline bool askForReports() {
   bool good = true;
   for (const Function& function : functions()) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Disable and destroy while the daemon misbehaves on a connection that stands.
+// Disable and destroy while the daemon misbehaves on an established connection.
 #include "DaemonStatesFixture.h"
 
 namespace torture {
@@ -27,7 +27,7 @@ void sendHead(Session& session, size_t bytes) {
 constexpr size_t kHalfHeader = 20;
 constexpr size_t kHalfPayload = Header::kSize + 50;
 
-// Says a status as every service understands it.
+// Sends a status; its bytes are the same for every service.
 void answer(Session& session, const Frame& frame) {
   session.sendBlob(frame.sdkType(), {0x1a, 0x04, 0x0a, 0x02, 0x08, 0x01});
 }
@@ -106,7 +106,7 @@ const DaemonState kStates[] = {
      [](Test& test) {
        heard().clear();
        test.daemon().setFrameHandler([](Session& session, const Frame& frame) {
-         // Everything that was asked for is answered at the end, and more.
+         // At the end every request has its answer, and there are more messages.
          for (int i = isDisableMessage(frame) ? 0 : 199; i < 200; ++i) answer(session, frame);
          return true;
        });

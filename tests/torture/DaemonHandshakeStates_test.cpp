@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Disable and destroy while the daemon is absent or leaves the handshake half done.
+// Disable and destroy while the daemon is absent or does not complete the handshake.
 #include <cstring>
 
 #include "DaemonStatesFixture.h"
@@ -17,7 +17,7 @@ sockaddr_un addressOf(const std::string& path) {
   return address;
 }
 
-// A socket file that nobody listens behind, as a killed daemon leaves it.
+// A socket file without a listener, as a killed daemon leaves it.
 void leaveStaleSocket(Test& test) {
   const sockaddr_un address = addressOf(test.daemon().socketPath());
   const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -25,7 +25,7 @@ void leaveStaleSocket(Test& test) {
   close(fd);
 }
 
-// Takes every place in the backlog, so that a connect finds none.
+// Fills the backlog, so that a connect must wait.
 void fillBacklog(Test& test) {
   test.daemon().setAccepting(false);
   test.start();
@@ -58,7 +58,7 @@ void wholeHandshake(int fd, uint32_t id) {
   orbsim::performHandshake(fd, id, reply);
 }
 
-// The whole of it, but whatever is sent from then on fails.
+// The whole handshake; then each send of the client fails.
 void readNoMore(Test& test) {
   test.daemon().setHandshake([&test](int fd, uint32_t id) {
     initAndReply(fd, id);
@@ -78,7 +78,8 @@ template <Test::Script kScript, bool kHang>
 void play(Test& test) {
   test.shakeHands(kScript, kHang);
 }
-// The worker connects for one service after the other: where it gets stuck nobody else gets.
+// The worker connects one service after the other. While it waits for one, it does not reach the
+// next.
 void stuck(Test& test) { test.waitReached(1); }
 void allTurnedDown(Test& test) { test.waitReached(test.services().size()); }
 

@@ -31,7 +31,8 @@ inline void awaitSuccesses(size_t count) {
 
 class DaemonStatesTest;
 
-// A way for the daemon not to play along. set() makes it so, reach() waits until it shows.
+// One way for the daemon to misbehave. set() brings the daemon into this state, reach() waits until
+// the library has met it.
 struct DaemonState {
   const char* name;
   void (*set)(DaemonStatesTest& test);
@@ -42,8 +43,8 @@ struct DaemonState {
   }
 };
 
-// One service after the other, then all at once, disabled by each of the two functions while the
-// daemon is in the state: in time, nothing is left, and the next enable works.
+// Disables one service after the other, then all together, by each of the two functions, while the
+// daemon is in the state. Disable returns in time, nothing is left, and the next enable works.
 class DaemonStatesTest : public ::testing::TestWithParam<DaemonState> {
  public:
   using Script = void (*)(int fd, uint32_t sessionId);
@@ -54,8 +55,8 @@ class DaemonStatesTest : public ::testing::TestWithParam<DaemonState> {
   void start() {
     if (!mDaemon.start()) ADD_FAILURE() << mDaemon.error();
   }
-  // The daemon plays @p script in place of the handshake and then hangs up, or does nothing more
-  // until the client hangs up.
+  // The daemon runs @p script instead of the handshake. Then it closes the connection, or with
+  // @p hangUp false does nothing until the client closes it.
   void shakeHands(Script script, bool hangUp) {
     mDaemon.setHandshake([this, script, hangUp](int fd, uint32_t sessionId) {
       script(fd, sessionId);
@@ -89,16 +90,16 @@ class DaemonStatesTest : public ::testing::TestWithParam<DaemonState> {
       return line.text.find(part) != std::string::npos;
     })) << part;
   }
-  // Descriptors that belong to the state; closed with it.
+  // A descriptor that belongs to the state; closed when the state ends.
   void hold(int fd) { mHeld.push_back(fd); }
 
  protected:
-  // The promise is 500 ms; checkers and a loaded machine get a wide margin on top.
+  // The promise is 500 ms. The limit is longer for sanitizers and a machine under load.
   static constexpr std::chrono::milliseconds kBound{2000};
 
   void SetUp() override {
     mServices = {kLce, kLle, kLli};
-    for (int i = 0; i < 2; ++i) wholeCycle();  // what is made once per process is made now
+    for (int i = 0; i < 2; ++i) wholeCycle();  // creates what exists once per process
     mBefore = Census();
   }
   void TearDown() override {
@@ -120,7 +121,7 @@ class DaemonStatesTest : public ::testing::TestWithParam<DaemonState> {
     EXPECT_EQ(second ? 0 : 1,
               second ? create(hearing(), service) : torture::enable(hearing(), service));
   }
-  // A daemon that does as it should.
+  // Enables and disables with a daemon that does not misbehave.
   void wholeCycle() {
     start();
     for (const bool second : {false, true}) {

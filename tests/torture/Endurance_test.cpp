@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// What is done often must not add up: memory, descriptors and threads stay where they were.
+// After many repetitions the process has as much memory and as many descriptors and threads as
+// before.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,10 +23,9 @@ namespace {
 using orbsim::Blob;
 using servicetest::serialise;
 
-// What the allocator may keep for threads that come and go.
+// The allocator may keep this much for threads that have ended.
 constexpr size_t kSlack = size_t{1} << 20;
 
-// Callbacks so far, which are statuses or not.
 bool isStatus(const Heard& call) { return call.isStatus(); }
 bool isIndication(const Heard& call) { return !call.isStatus(); }
 void awaitHeard(bool (*which)(const Heard&), uint64_t count) {
@@ -39,7 +39,7 @@ orbsim::Options options() {
   return options;
 }
 
-// What the process holds after the warm-up, against what it holds at the end.
+// Compares what the process has after the warm-up with what it has at the end.
 class Level {
  public:
   void mark() {
@@ -55,7 +55,7 @@ class Level {
         static_cast<unsigned long long>(times), what, mBytes / 1024, now / 1024,
         mCensus.descriptors, census.descriptors, mCensus.threads, census.threads);
     EXPECT_TRUE(comesBackTo(mCensus));
-    // An emulator keeps memory of its own for every thread that there was.
+    // An emulator keeps memory for each thread that has ended.
     EXPECT_TRUE(kChecked || emulated() || now <= mBytes + kSlack);
   }
 
@@ -107,7 +107,7 @@ TEST_F(EnduranceOfCycles, EnableAndDisableLeaveNothing) {
 
 class EnduranceOfIndications : public Endurance {
  protected:
-  static constexpr uint64_t kBatch = 999;  // what may be under way; a third for each service
+  static constexpr uint64_t kBatch = 999;  // indications under way; a third for each service
 
   void enableAll() {
     for (const Service service : {kLce, kLle, kLli}) {

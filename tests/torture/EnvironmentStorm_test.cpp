@@ -22,8 +22,8 @@ TEST(EnvironmentStorm, TheApplicationLives) {
   options.reportInterval = std::chrono::milliseconds(1);
   orbsim::Daemon daemon(options);
   ASSERT_TRUE(daemon.start()) << daemon.error();
-  setenv("ORB_LOG_LEVEL", "S", 1);          // nothing to be seen,
-  setenv("ORB_DIAG_FILE", "/dev/null", 1);  // but every line is a packet, with its time
+  setenv("ORB_LOG_LEVEL", "S", 1);          // prints no line,
+  setenv("ORB_DIAG_FILE", "/dev/null", 1);  // but makes a packet of each, with its time
   std::string program = built(ENVIRONMENT_STORM_PROGRAM);
   std::string rounds = std::to_string(countOr(kChecked ? 500 : 4000));
   char* arguments[] = {program.data(), rounds.data(), nullptr};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Children forked under traffic end as they want, their calls are refused, and their parent notices
-// nothing.
+// Children that were forked during traffic end in the way that they choose, their calls are
+// refused, and the parent is not disturbed.
 #include <gtest/gtest.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -22,7 +22,7 @@ namespace {
 
 constexpr char kConfig[] = "/data/vendor/orb_logs/config/orb_log_config";
 
-// A way for the program to log.
+// One configuration of the program's log.
 struct Logging {
   const char* name;
   const char* property;
@@ -74,7 +74,7 @@ class ForkExit : public ::testing::TestWithParam<Logging> {
   orbsim::Daemon mDaemon{options()};
 };
 
-TEST_P(ForkExit, OfChildrenUnderTrafficIsAsTheyWant) {
+TEST_P(ForkExit, OfChildrenUnderTrafficIsAsTheyChoose) {
   const uint64_t forks = countOr(kChecked ? 30 : 200);
   EXPECT_EQ(process_end::kExpected, run(std::to_string(forks)));
   EXPECT_EQ(GetParam().encrypted, encryptedFiles() > 0);

@@ -8,8 +8,9 @@
 
 namespace torture {
 
-// Callbacks carry no context, so each registration that is to be told from others needs a function
-// of its own: kCount of them, each of which calls Owner::called() with its number. Nothing is kept.
+// Callbacks have no context argument. So each registration that a test must distinguish needs its
+// own function. These are kCount functions, and each calls Owner::called() with its number. Without
+// state.
 template <class Owner, size_t kCount, class... Arguments>
 class FunctionTable {
  public:

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Races of the end of a service with its callbacks, with the next enable, with a request and with
-// the end of another service. What was broken is counted.
+// Races of disable with the callbacks of the service, with the next enable, with a request and with
+// the disable of another service. Each test counts how often a promise was broken. A period of a
+// service is the time from an enable to its disable.
 #include <gtest/gtest.h>
 #include <poll.h>
 
@@ -27,12 +28,14 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Longer than disable takes for anything but a callback; and enough for a callback to begin.
+// Longer than any wait of disable, except for that for a callback; and long enough for a callback
+// to begin.
 constexpr milliseconds kLong(500);
 constexpr milliseconds kShort(30);
 
-// What each function of the application has been through. Never destroyed: callbacks may come while
-// the process exits. A call may take its time, but ends when nobody is left who should wait for it.
+// Records the calls of each function of the application. Never destroyed, because callbacks may
+// come while the process exits. A call can be made to last, but ends when nothing has to wait for
+// it any more.
 class Calls {
  public:
   static Calls& get() {
@@ -41,7 +44,7 @@ class Calls {
   }
   static constexpr size_t kFunctions = 256;
 
-  // Forgets everything; the first call of each function takes @p atMost from now on.
+  // Removes all records. From now on the first call of each function lasts @p atMost.
   void clear(milliseconds atMost) {
     const std::lock_guard<std::mutex> lock(mMutex);
     mAccounts = {};
@@ -61,7 +64,7 @@ class Calls {
     std::unique_lock<std::mutex> lock(mMutex);
     return mChanged.wait_for(lock, atMost, [&] { return mAccounts[number].calls > 0; });
   }
-  // Nothing may run any more: whether that is so.
+  // Called when no function may run any more; true if none does.
   bool endOf(size_t number) {
     const std::lock_guard<std::mutex> lock(mMutex);
     mAccounts[number].over = true;
@@ -79,7 +82,7 @@ class Calls {
     size_t running = 0;
     bool over = false;
   };
-  std::mutex mMutex;  // guards all
+  std::mutex mMutex;  // guards everything
   std::condition_variable mChanged;
   std::array<Account, kFunctions> mAccounts;
   milliseconds mAtMost{0};
@@ -97,7 +100,7 @@ using ReportTable =
 
 void ignoreStatus(status_e) {}
 
-// Threads that begin at the same moment, once go() is called.
+// Threads that begin at the same moment, after go() is called.
 class Together {
  public:
   ~Together() { go(); }
@@ -126,7 +129,7 @@ class Together {
   std::vector<std::thread> mThreads;
 };
 
-// A call that is made a little later than it could be.
+// A call with a short delay before it.
 int lateBy(std::chrono::microseconds delay, int (*call)()) {
   const auto end = std::chrono::steady_clock::now() + delay;
   while (std::chrono::steady_clock::now() < end) {
@@ -134,7 +137,7 @@ int lateBy(std::chrono::microseconds delay, int (*call)()) {
   return call();
 }
 
-// A call that another thread makes from begin() on.
+// A call that another thread makes after begin().
 class Overtaking {
  public:
   explicit Overtaking(std::function<void()> action)
@@ -172,7 +175,7 @@ class Overtaking {
   std::thread mThread;
 };
 
-// Enabling looks the same for all services.
+// An ENABLE message has the same bytes for every service.
 LceProto::ServiceMsg requestIn(const orbsim::Frame& frame) {
   LceProto::ServiceMsg message;
   const orbsim::Blob blob = frame.blob();
@@ -198,7 +201,7 @@ class LifecycleRaces : public ::testing::Test {
     EXPECT_TRUE(libraryThreadsEnd());
     Watchdog::stop();
   }
-  // The daemon answers each request of LCE that is @p asked by so many messages at once.
+  // The daemon answers each LCE request of the kind @p asked with so many messages at once.
   void answer(LceProto::ServiceEventId asked, size_t count, const LceProto::ClientMsg& message) {
     mDaemon.setFrameHandler([asked, count, blob = servicetest::serialise(message)](
                                 orbsim::Session& session, const orbsim::Frame& frame) {
@@ -207,7 +210,7 @@ class LifecycleRaces : public ::testing::Test {
       return true;
     });
   }
-  // Repeats @p once, which tells whether all was as promised.
+  // Repeats @p once, which returns whether the promise was kept.
   void repeat(const char* what, uint64_t otherwise, const std::function<bool()>& once) {
     const uint64_t repeats = countOr(otherwise);
     uint64_t broken = 0;
@@ -224,9 +227,9 @@ class LifecycleRaces : public ::testing::Test {
   orbsim::Daemon mDaemon{options()};
 };
 
-// The callback of a former time of the service is still running; whoever disables the service's
-// next time waits for it too.
-TEST_F(LifecycleRaces, DisableWaitsForTheCallbackOfAFormerTime) {
+// A callback of an earlier period of the service still runs. The disable of the next period waits
+// for it, too.
+TEST_F(LifecycleRaces, DisableWaitsForTheCallbackOfAnEarlierPeriod) {
   startDaemon();
   repeat("a callback outlived the disable that follows", 2, [&] {
     Calls::get().clear(kLong);
@@ -248,10 +251,11 @@ TEST_F(LifecycleRaces, DisableWaitsForTheCallbackOfAFormerTime) {
   });
 }
 
-// One thread enables with a new function and destroys. At each place in turn at which enable asks
-// for memory another thread destroys as well; the function is being called by then if the library
-// lets it. Unless its own destroy is refused, the function does not run any more after that.
-TEST_F(LifecycleRaces, TheFunctionOfANewTimeIsNotCalledByTheFormerOne) {
+// One thread enables with a new function, then destroys. Another thread destroys, too, while enable
+// is at one of its allocations; each round uses the next one. If the library allows it, the
+// function is being called at that moment. After its own destroy the function does not run any
+// more, unless that destroy was refused.
+TEST_F(LifecycleRaces, TheFunctionOfANewPeriodIsNotCalledByTheEarlierOne) {
   answer(LceProto::ENABLE, 3000, lcetest::statusInd(LceProto::SUCCESS));
   startDaemon();
   bool reached = true;
@@ -278,14 +282,14 @@ TEST_F(LifecycleRaces, TheFunctionOfANewTimeIsNotCalledByTheFormerOne) {
     other.join();
     Calls::get().endOf(1);
   }
-  printf("a new function ran in the former time: at %llu of %zu places inside enable\n",
+  printf("a new function ran in the earlier period: at %llu of %zu places inside enable\n",
          static_cast<unsigned long long>(broken), place - 1);
   EXPECT_GT(place, 1u);
   EXPECT_EQ(0u, broken);
 }
 
-// A request that a disable on another thread overtakes, at each place in turn at which it asks for
-// memory, is refused, and its function is not called.
+// Another thread disables while a request is at one of its allocations; each round uses the next
+// one. The request is refused, and its function is not called.
 TEST_F(LifecycleRaces, TheFunctionOfARefusedRequestIsNotCalled) {
   answer(LceProto::GET_LAST_ESTIMATION_REPORT, 10000, lcetest::lastReport(1, 1, 1, 1, "NONE"));
   startDaemon();
@@ -316,8 +320,9 @@ TEST_F(LifecycleRaces, TheFunctionOfARefusedRequestIsNotCalled) {
   EXPECT_EQ(0u, broken);
 }
 
-// The connections of two services are healthy, the third one waits in a handshake in which the
-// daemon is silent. However closely they are disabled one after the other, the daemon is told.
+// The connections of two services are established. The third service waits in a handshake in which
+// the daemon is silent. The services are disabled one directly after the other; the daemon gets
+// each disable message.
 TEST_F(LifecycleRaces, TheDisableMessageIsSentBesideASilentHandshake) {
   constexpr size_t kHealthy = 2;
   std::atomic<size_t> connections{0};

@@ -8,25 +8,25 @@
 #include "Functions.h"
 #include "orbsim/Frame.h"
 
-// What the model's daemon reads and says, in the messages of the services.
+// Reads the requests and makes the answers of the model's daemon.
 namespace torture::modelanswers {
 
-// What a frame asks for.
+// The request in a frame.
 struct Asked {
   Service service = kLce;
   int event = 0;
   bool enable = false;
   bool disables = false;
-  uint32_t tag = 0;  // the number in a request that bears one
+  uint32_t tag = 0;  // the number in a request; 0 for none
   uint64_t transaction = 0;
 };
 
-// False for anything but a request of a service.
+// False if the frame is no request of a service.
 bool parse(const orbsim::Frame& frame, Asked& asked);
 uint32_t typeOf(Service service);
-// The messages that answer a request; reports bear the number of the connection.
+// The messages that answer a request; reports contain the number of the connection.
 std::vector<orbsim::Blob> answers(const Asked& asked, uint64_t connection);
-// A status that looks the same for all services.
+// A status; its bytes are the same for every service.
 orbsim::Blob serviceDown();
 
 }  // namespace torture::modelanswers

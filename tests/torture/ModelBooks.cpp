@@ -14,8 +14,8 @@ namespace {
 using Guard = std::lock_guard<std::mutex>;
 using What = ModelBooks::What;
 
-// The promises are 500 ms and "at once"; a machine under load gets a margin, and a callback may
-// well take longer than the latter.
+// The library promises 500 ms and "at once". These limits are longer for a machine under load, but
+// many callbacks last longer than the second one.
 constexpr std::chrono::milliseconds kInTime(2000);
 constexpr std::chrono::milliseconds kAtOnce(1000);
 
@@ -24,8 +24,8 @@ const char* textOf(What what) {
                                     "request(invalid)"};
   return kTexts[static_cast<size_t>(what)];
 }
-// Whether a callback hears of a loss. A call tells of an internal error itself, when another one
-// has come in between.
+// Whether a callback reports a loss. A call reports an internal error itself if another call has
+// come in between.
 bool tellsOfLoss(Kind kind, int value, bool insideCall) {
   switch (kind) {
     case kLceStatus:
@@ -40,7 +40,7 @@ bool tellsOfLoss(Kind kind, int value, bool insideCall) {
       return false;
   }
 }
-// Which of the counters of calls under way it is.
+// The index of the call in the counters of calls under way.
 int counterOf(What what) { return what == What::Enable ? 0 : what == What::Disable ? 1 : -1; }
 
 }  // namespace
@@ -133,7 +133,7 @@ void ModelBooks::end(const Call& call, int64_t result, bool accepted, Kind kind,
   mChanged.notify_all();
 }
 
-// The call's own service was in a certain state all the time.
+// The call's service was certainly in one state during the whole call.
 void ModelBooks::judgeResult(const Call& call, int64_t result, bool accepted) {
   const Life& life = mLives[call.service];
   const bool enabled = call.enabled && life.begun[1] == call.others;
@@ -169,7 +169,7 @@ void ModelBooks::judgeResult(const Call& call, int64_t result, bool accepted) {
 void ModelBooks::judgeTime(const Call& call, bool accepted) {
   const Clock::time_point now = Clock::now();
   Clock::time_point from = call.began;
-  // A callback that was waited for counts from its end.
+  // If the call waited for a callback, its time counts from the callback's end.
   const bool waits = call.what == What::Disable && accepted && !call.inside;
   if (waits) from = std::max(from, mLives[call.service].lastCallback);
   const auto took = std::chrono::duration_cast<milliseconds>(now - from);
@@ -180,7 +180,7 @@ void ModelBooks::judgeTime(const Call& call, bool accepted) {
   mHistory.add("%s", mLate.back().c_str());
 }
 
-// What the registration of a call comes to.
+// The registration that a call has made, and what follows from it.
 void ModelBooks::settle(const Call& call, bool accepted, Kind kind, int number) {
   if (number < 0) return;
   Account& account = at(kind, number);
@@ -210,7 +210,8 @@ void ModelBooks::closeBefore(const Call& call) {
         continue;
       }
       if (account.running > 0) {
-        mistake("%s %zu runs on after disable has returned%s", nameOf(static_cast<Kind>(kind)), i,
+        mistake("%s %zu still runs after disable has returned%s", nameOf(static_cast<Kind>(kind)),
+                i,
                 besideALeave(mLives[call.service], account) ? " (registered beside another disable)"
                                                             : "");
       }
@@ -254,7 +255,7 @@ void ModelBooks::beginCallback(Kind kind, int number, int value, uint64_t connec
     auto& threads = account.begunAfter;
     const int thread = ModelHistory::thread();
     if (std::find(threads.begin(), threads.end(), thread) != threads.end()) {
-      mistake("%s %d: called again and again, although %s", nameOf(kind), number, account.overBy);
+      mistake("%s %d: called more than once, although %s", nameOf(kind), number, account.overBy);
     }
     threads.push_back(thread);
   }
@@ -265,7 +266,7 @@ void ModelBooks::beginCallback(Kind kind, int number, int value, uint64_t connec
   if (connection != 0 && connection < mConnections.size()) {
     for (const auto& [start, end] : mLives[serviceOf(kind)].disables) {
       if (start > mConnections[connection] && end < account.opened) {
-        mistake("%s %d: called by connection %llu of a former time", nameOf(kind), number,
+        mistake("%s %d: called by connection %llu of an earlier period", nameOf(kind), number,
                 static_cast<unsigned long long>(connection));
       }
     }
@@ -329,17 +330,17 @@ void ModelBooks::tagged(uint32_t number, const Call& call, bool accepted) {
   tag.end = mClock;
   tag.refused = !accepted;
   if (tag.refused && tag.arrived) {
-    mistake("%s: request %u was refused and sent all the same", nameOf(call.service), number);
+    mistake("%s: request %u was refused, but sent", nameOf(call.service), number);
   }
 }
 
-// In order: no call that was over before one of those that have arrived was begun.
+// Requests arrive in order: a call that ended before another one began arrives first.
 void ModelBooks::arrived(uint32_t number, uint64_t& latestStart) {
   const Guard lock(mMutex);
   if (number == 0 || number > mTags.size()) return mistake("request %u was never made", number);
   Tag& tag = mTags[number - 1];
   if (tag.arrived) mistake("request %u came twice", number);
-  if (tag.refused) mistake("request %u was refused and sent all the same", number);
+  if (tag.refused) mistake("request %u was refused, but sent", number);
   if (tag.end < latestStart) mistake("request %u came after a later one", number);
   tag.arrived = true;
   latestStart = std::max(latestStart, tag.start);

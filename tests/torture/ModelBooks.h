@@ -16,25 +16,28 @@
 
 namespace torture {
 
-// A small model of what applications are promised, and the books that it is checked with.
+// A small model of what the library promises to applications. Its books are the records of all
+// calls and callbacks, and it checks these rules with them.
 //
-// Each registration of a callback has a function of its own for the whole round, its account.
-// Each call has an interval on one clock. What follows holds whatever the order of calls that
-// overlap, so it is certain:
-// - A function of a refused call is never called; one of a criteria request at most once.
-// - A disable on an application thread that was not refused: no function registered before it
-//   runs or is called once it has returned, whichever time of the service it belongs to. Inside a
-//   callback: no thread begins it more than once after that (it may have been about to).
-//   The same goes for a function that another one has replaced.
-// - A service is certainly enabled after an enable that no disable overlaps or follows, and
-//   certainly disabled the other way round: results must agree.
-// - Disable returns in time once no callback of the service runs, and at once inside a callback;
-//   unless the machine has kept the process from running meanwhile.
-// - A report for a function of a new time does not come from a connection of a former one.
-// - Nobody hears of a lost service as long as the daemon did no harm.
+// Each registration of a callback gets its own function for the whole round, its account. Each call
+// has a start and an end on one clock. A service has a new period with each enable after a disable.
+// These rules hold in any order of calls that overlap:
+// - A function of a refused call is never called. A function of a criteria request is called at
+//   most once.
+// - After an accepted disable on an application thread has returned, no function that was
+//   registered before it runs or is called, in whichever period it was registered. After a disable
+//   inside a callback, each thread begins such a function at most once more, because it may have
+//   been about to begin. The same rule holds for a function that another one has replaced.
+// - A service is certainly enabled after an enable that no disable overlaps or follows. It is
+//   certainly disabled after a disable that no enable overlaps or follows. Then results must agree
+//   with that.
+// - Disable returns in time after the last running callback of the service has ended, and at once
+//   inside a callback. This is not checked if the machine kept the process from running meanwhile.
+// - A report for a function of one period does not come from a connection of an earlier period.
+// - No callback reports a lost service as long as the daemon did not misbehave.
 //
-// Any thread; mMutex guards all and is never held while the library is called. Never destroyed:
-// callbacks may come while the process exits.
+// Used by any thread; mMutex guards everything and is never held while the library is called. Never
+// destroyed, because callbacks may come while the process exits.
 class ModelBooks {
  public:
   using Clock = std::chrono::steady_clock;
@@ -43,63 +46,63 @@ class ModelBooks {
   struct Call {
     What what;
     Service service;
-    bool inside;  // a callback
+    bool inside;  // the call is made inside a callback
     uint64_t start = 0;
     Clock::time_point began{};
-    bool enabled = false;  // the service, for certain
+    bool enabled = false;  // the service is certainly enabled
     bool disabled = false;
-    uint64_t others = 0;  // calls that could change that
+    uint64_t others = 0;  // number of calls that could change that
   };
   struct Totals {
     uint64_t calls = 0;
     uint64_t refused = 0;
     uint64_t callbacks = 0;
-    uint64_t closed = 0;  // accounts, by a disable that promises the end of their calls
+    uint64_t closed = 0;  // accounts that a disable has closed: no call may come any more
     uint64_t checkedResults = 0;
   };
   static constexpr size_t kPerKind = 192;
 
   static ModelBooks& get();
   void beginRound();
-  // Judges what can be judged at the end alone.
+  // Checks the rules that only the end of a round can show.
   void endRound();
 
-  // An account for a registration; -1 when all are in use.
+  // An account for a registration; -1 if all are in use.
   int open(Kind kind);
-  // Around each call. A registration's account is told with its end.
+  // Called before and after each call. The end of a registration gets its account.
   Call begin(What what, Service service, bool inside);
   void end(const Call& call, int64_t result, bool accepted, Kind kind = kKinds, int account = -1);
 
-  // A callback begins and ends. @p connection tells where a report came from, 0 when it does not;
-  // @p insideCall, that it runs on the thread of a call.
+  // A callback begins and ends. @p connection is the one that a report came from, 0 if unknown.
+  // @p insideCall: it runs on the thread of a call.
   void beginCallback(Kind kind, int account, int value, uint64_t connection, bool insideCall);
   void endCallback(Kind kind, int account);
-  // Inside a callback: takes its time, as long as nobody has been promised its end.
+  // Inside a callback: makes it last longer, for @p atMost, or until its account is closed.
   void linger(Kind kind, int account, milliseconds atMost);
-  // How many callbacks of the service have begun; waits until there are more than that.
+  // How many callbacks of the service have begun; waits until more than that have begun.
   uint64_t callbacks(Service service) const;
   bool awaitCallback(Service service, uint64_t before, milliseconds atMost);
   // Waits until other threads have made progress.
   void awaitProgress(uint64_t events, milliseconds atMost);
-  // Waits until no callback runs, or not.
+  // Waits until no callback runs; false if that takes too long.
   bool awaitSilence(milliseconds atMost);
 
-  // The daemon's side: the first frame of a connection, and harm done to the library.
+  // The daemon reports the first frame of a connection, and that it misbehaved.
   void connectionStands(uint64_t connection);
   void harm() { mHarm = true; }
-  // Threads did not run for so long that what has its time is not to be judged in this round.
+  // Threads did not run for so long that promises about time are not checked in this round.
   void starve() { mStarved = true; }
   bool starved() const { return mStarved; }
 
-  // A number for a request that the daemon is to see, the end of its call, and its arrival; the
-  // caller keeps what has arrived on one connection.
+  // A number for a request that the daemon will get, the end of its call, and its arrival. The
+  // caller keeps the latest start for each connection.
   uint32_t tag();
   void tagged(uint32_t tag, const Call& call, bool accepted);
   void arrived(uint32_t tag, uint64_t& latestStart);
 
   uint64_t accepted(What what, Service service) const;
   void mistake(const char* format, ...) __attribute__((format(printf, 2, 3)));
-  // Any thread, whatever it holds.
+  // May be called with any lock held.
   bool mistaken() const { return mMistaken; }
   std::vector<std::string> mistakes() const;
   Totals totals() const;
@@ -110,14 +113,14 @@ class ModelBooks {
   struct Account {
     State state = State::Free;
     uint64_t opened = 0;
-    uint64_t registered = 0;  // when the call had returned
+    uint64_t registered = 0;  // when the call returned
     unsigned calls = 0;
     unsigned running = 0;
-    const char* overBy = nullptr;  // why no thread may begin it once more
-    std::vector<int> begunAfter;   // and those that have begun it after that
+    const char* overBy = nullptr;  // why no thread may begin it more than once from now on
+    std::vector<int> begunAfter;   // threads that have begun it since then
   };
   struct Life {
-    uint64_t underWay[2] = {0, 0};  // enables, disables
+    uint64_t underWay[2] = {0, 0};  // numbers of enables and disables under way
     uint64_t begun[2] = {0, 0};
     uint64_t accepted[5] = {};
     uint64_t enabledFrom = 0;   // latest start of an accepted enable
@@ -125,7 +128,7 @@ class ModelBooks {
     uint64_t disabledFrom = 1;  // latest start of an accepted disable; disabled at first
     uint64_t disableEnd = 0;    // latest end of an accepted disable
     std::vector<std::pair<uint64_t, uint64_t>> disables;  // accepted: start, end
-    std::vector<uint64_t> disabling;                      // starts of those under way
+    std::vector<uint64_t> disabling;                      // starts of disables under way
     Clock::time_point lastCallback{};
   };
   struct Tag {
@@ -152,9 +155,9 @@ class ModelBooks {
   std::array<size_t, kKinds> mNext{};
   std::array<Life, kServices> mLives;
   std::vector<Tag> mTags;
-  std::vector<uint64_t> mConnections;  // when each one stood
+  std::vector<uint64_t> mConnections;  // when the first frame of each one came
   Totals mTotals;
-  mutable std::mutex mMistakeMutex;  // guards the list; taken last but for the history's
+  mutable std::mutex mMistakeMutex;  // guards the list; only the history's lock is taken after it
   std::vector<std::string> mMistakes;
   std::atomic<bool> mMistaken{false};
   std::atomic<bool> mHarm{false};

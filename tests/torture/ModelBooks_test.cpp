@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// The model's books notice each broken promise, and nothing else.
+// The model's books find each broken promise, and report nothing else.
 #include "ModelBooks.h"
 
 #include <gtest/gtest.h>
@@ -42,7 +42,7 @@ class Books : public ::testing::Test {
   ModelBooks mBooks;
 };
 
-TEST_F(Books, AWholeLifeIsInOrder) {
+TEST_F(Books, AWholePeriodIsInOrder) {
   const int status = enable();
   callback(kLceStatus, status);
   const int criteria = registering(What::Request, kLceCriteria);
@@ -58,7 +58,7 @@ TEST_F(Books, ACallbackThatOutlivesDisableIsNoticed) {
   const auto disabling = begin(What::Disable);
   mBooks.beginCallback(kLceStatus, status, STATUS_SUCCESS, 0, false);
   end(disabling);
-  expectMistake("runs on after disable");
+  expectMistake("still runs after disable");
 }
 
 TEST_F(Books, ACallbackAfterDisableIsNoticed) {
@@ -165,14 +165,14 @@ TEST_F(Books, ALateCallCountsUnlessTheMachineIsToBlame) {
   expectMistake("disable of Lce took 10");
 }
 
-TEST_F(Books, AReportOfAFormerTimeIsNoticed) {
+TEST_F(Books, AReportOfAnEarlierPeriodIsNoticed) {
   enable();
   mBooks.connectionStands(1);
   call(What::Disable);
   enable();
   const int report = registering(What::Request, kLceReport);
   callback(kLceReport, report, 0, 1);
-  expectMistake("of a former time");
+  expectMistake("of an earlier period");
 }
 
 TEST_F(Books, RequestsArriveOnceAndInOrder) {

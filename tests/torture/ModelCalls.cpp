@@ -17,7 +17,7 @@ thread_local int tDepth = 0;
 thread_local int tCalls = 0;
 constexpr std::chrono::milliseconds kStop(4);
 
-// Where to stop the thread's next call, and until how much has happened elsewhere.
+// Where to stop the thread's next call, and how much progress of other threads ends the stop.
 struct Stop {
   size_t place = 0;
   uint64_t events = 0;
@@ -34,7 +34,7 @@ void callback(Kind kind, size_t number, int value, uint64_t connection) {
   ModelBooks::get().endCallback(kind, account);
 }
 
-// The daemon's reports bear the number of their connection.
+// The daemon's reports contain the number of their connection.
 template <Kind kKind>
 struct Owner {
   template <class Status>
@@ -63,8 +63,8 @@ using LceReport = Table<kKind, LceEstimationReportStatus, LceEstimationReport>;
 template <Kind kKind>
 using LleReport = Table<kKind, int32_t, const LleEstimationReport*>;
 
-// Makes one call on the books; @p call returns its result, accepted if that is @p good, or above 0
-// where @p good is kId.
+// Makes one call and records it. @p call returns the result; it was accepted if that is @p good, or
+// above 0 if @p good is kId.
 constexpr int64_t kId = INT64_MAX;
 template <class Function>
 bool onBooks(What what, Service service, int64_t good, Function function, Kind kind = kKinds,
@@ -84,7 +84,7 @@ bool onBooks(What what, Service service, int64_t good, Function function, Kind k
   if (tag != 0) books.tagged(tag, call, accepted);
   return accepted;
 }
-// One that registers a function of @p kind.
+// A call that registers a function of @p kind.
 template <class Function>
 bool registering(What what, Kind kind, int64_t good, Function function, uint32_t tag = 0) {
   const int account = ModelBooks::get().open(kind);

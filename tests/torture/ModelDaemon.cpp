@@ -80,7 +80,7 @@ ModelDaemon::Connection& ModelDaemon::accepted(int fd, uint32_t sessionId) {
   return connection;
 }
 
-// On the session's thread; the one that stops the daemon shuts the socket down and waits.
+// Runs on the session's thread. The thread that stops the daemon shuts the socket down and waits.
 bool ModelDaemon::greet(int fd, uint32_t sessionId) {
   ModelHistory::nameThread("daemon");
   const Connection& connection = accepted(fd, sessionId);
@@ -162,7 +162,7 @@ void ModelDaemon::answer(orbsim::Session& session, const Asked& asked, uint64_t 
   }
 }
 
-// What the plan of the connection wants after this frame, and messages that nobody asked for.
+// Follows the plan of the connection after this frame, and sends messages without a request.
 void ModelDaemon::misbehave(orbsim::Session& session, Connection& connection) {
   const uint32_t dice = random(16);
   const uint32_t type = modelanswers::typeOf(static_cast<Service>(connection.service));
@@ -190,7 +190,7 @@ void ModelDaemon::misbehave(orbsim::Session& session, Connection& connection) {
   if (connection.plan == Plan::NoMoreWriting) shutdown(connection.fd, SHUT_WR);
 }
 
-// From now on what happens to the connections is no longer certain.
+// From now on the connections may break at any time.
 void ModelDaemon::touchAll() {
   const Guard lock(mMutex);
   mBlind = true;
@@ -250,7 +250,7 @@ void ModelDaemon::act() {
 void ModelDaemon::finish() {
   ModelBooks& books = ModelBooks::get();
   if (!mDaemon.waitForConnectionsClosed(mDaemon.totals().connections)) {
-    books.mistake("a connection stays");
+    books.mistake("a connection stays open");
   }
   std::array<size_t, kServices> disableMessages{};
   std::array<size_t, kServices> enables{};
@@ -274,7 +274,7 @@ void ModelDaemon::check(const Connection& connection) {
   const bool healthy = connection.plan == Plan::Healthy || connection.plan == Plan::SlowToGreet;
   if (!healthy || connection.touched || connection.frames == 0 || connection.disableMessages == 1)
     return;
-  if (ModelBooks::get().starved()) return;  // nobody got to say it in time
+  if (ModelBooks::get().starved()) return;  // threads did not run in time to send it
   ModelBooks::get().mistake(
       "connection %llu of %s ended after %zu messages with %zu disable messages",
       static_cast<unsigned long long>(connection.number),

@@ -17,26 +17,26 @@
 
 namespace torture {
 
-// A daemon that answers, and in harmful rounds misbehaves in every way that it can think of. It
-// notes what it got on each connection and compares it with the books at the end of a round. The
-// owner's thread calls it; its sessions' threads answer. mMutex guards the notes and the choices.
+// A daemon that answers, and in harmful rounds misbehaves in many ways. It records what it got on
+// each connection and compares that with the books at the end of a round. The owner's thread calls
+// it; the threads of its sessions answer. mMutex guards the records and the random choices.
 class ModelDaemon {
  public:
   struct Manners {
-    uint32_t flood = 0;    // so many messages at most where one would do
+    uint32_t flood = 0;    // sends up to so many messages in place of one
     bool harmful = false;  // breaks connections, or does not answer
-    int silentFor = -1;    // the service that never gets through its handshake
+    int silentFor = -1;    // the service whose handshake is never completed
   };
 
   ModelDaemon();
 
-  // A new round; the daemon serves.
+  // Starts a new round and the daemon.
   bool begin(const Manners& manners, uint64_t seed);
-  // Something harmful.
+  // Misbehaves once, in a random way.
   void act();
-  // All that were connected have disconnected: what they sent agrees with the books.
+  // All clients have disconnected: checks that what they sent agrees with the books.
   void finish();
-  // Accepted in this round.
+  // Number of connections accepted in this round.
   uint64_t connections() const { return mNumber; }
 
  private:
@@ -45,14 +45,14 @@ class ModelDaemon {
   struct Connection {
     uint64_t number = 0;
     Plan plan = Plan::Healthy;
-    int fd = -1;              // only for the session's own thread
-    uint32_t framesToGo = 0;  // until the plan shows
-    bool touched = false;     // perhaps the disable message did not get through
+    int fd = -1;              // used by the session's own thread only
+    uint32_t framesToGo = 0;  // until the plan takes effect
+    bool touched = false;     // the disable message may be lost
     int service = -1;
     size_t frames = 0;
     size_t disableMessages = 0;
     size_t enables = 0;
-    uint64_t latestStart = 0;  // of the requests that came
+    uint64_t latestStart = 0;  // of the requests that arrived
   };
   using Asked = modelanswers::Asked;
 
@@ -74,10 +74,10 @@ class ModelDaemon {
   std::condition_variable mChanged;
   Manners mManners;
   Random mRandom;
-  bool mBlind = false;  // what comes now may not be noted: not reading, or on its way out
+  bool mBlind = false;  // new requests may not be recorded: the daemon does not read, or ends
   uint64_t mNumber = 0;
   std::map<uint64_t, Connection> mConnections;
-  std::map<uint32_t, uint64_t> mBySession;  // the numbers of this life's
+  std::map<uint32_t, uint64_t> mBySession;  // numbers of the connections since the daemon's start
 };
 
 }  // namespace torture

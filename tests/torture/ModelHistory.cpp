@@ -61,7 +61,7 @@ std::string ModelHistory::text() const {
   };
   std::vector<Line> lines;
   for (const auto& [number, ring] : mRings) {
-    // Each thread's from its oldest one on: equal times then keep their order.
+    // Each thread's events from the oldest one on, so that equal times keep their order.
     for (size_t i = 0; i < kPerThread; ++i) {
       const Event& event = ring.events[(ring.next + i) % kPerThread];
       if (!event.text.empty()) lines.push_back({event.time, ring.thread + ": " + event.text});

@@ -11,17 +11,17 @@
 
 namespace torture {
 
-// What each thread did last, for a person who wants to understand a finding. Any thread; mMutex
-// guards all.
+// The last actions of each thread, to help understand a finding. Used by any thread; mMutex guards
+// everything.
 class ModelHistory {
  public:
-  // Forgets everything; times count from now.
+  // Removes all events; times count from now.
   void clear();
   void add(const char* format, ...) __attribute__((format(printf, 2, 3)));
-  // All threads' events in the order of time.
+  // The events of all threads in the order of their times.
   std::string text() const;
 
-  // A number of the calling thread, and what it is called in the text.
+  // A number for the calling thread, and its name in the text.
   static int thread();
   static void nameThread(const std::string& name);
 

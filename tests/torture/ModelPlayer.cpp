@@ -15,10 +15,10 @@ constexpr milliseconds kEnabled(100);
 constexpr std::chrono::seconds kHangs(60);
 constexpr uint32_t kAllocations = 16;  // in a call, about
 
-// The one that plays, for callbacks, and which thread of the library has which choices.
+// The player that runs now, for callbacks; and the random choices of each thread of the library.
 std::atomic<ModelPlayer*> gPlayer{nullptr};
 
-// Lets a moment pass in which others run; no condition can be waited for.
+// Gives other threads a moment to run; there is no condition to wait for.
 void lag(microseconds time) {
   const auto end = std::chrono::steady_clock::now() + time;
   while (std::chrono::steady_clock::now() < end) sched_yield();
@@ -55,7 +55,7 @@ ModelPlayer::~ModelPlayer() {
   gPlayer = nullptr;
 }
 
-// All threads of the round arrive before one goes on.
+// Waits until all threads of the round have arrived.
 void ModelPlayer::meet() {
   std::unique_lock<std::mutex> lock(mMutex);
   const uint64_t meeting = mMeetings;
@@ -131,7 +131,7 @@ void ModelPlayer::call(Service service, Random& random) {
   }
 }
 
-// Every callback, between its beginning and its end.
+// The body of every callback, between its recorded beginning and end.
 void ModelPlayer::inside(Kind kind, int account) {
   ModelPlayer* const player = gPlayer;
   if (player == nullptr || player->mClosing) return;
@@ -167,7 +167,7 @@ void ModelPlayer::play(ModelDaemon& daemon) {
   end();
 }
 
-// Earlier than the watchdog, which knows nothing of what the threads did.
+// Comes earlier than the watchdog, which does not know what the threads did.
 void ModelPlayer::hang() const {
   fprintf(stderr, "model: no end of the round of seed %llu, %s\n%s",
           static_cast<unsigned long long>(mSeed), mTheme.name,
@@ -175,7 +175,7 @@ void ModelPlayer::hang() const {
   abort();
 }
 
-// No callback calls any more, then nothing is enabled any more.
+// First no callback makes calls any more, then everything is disabled.
 void ModelPlayer::end() {
   ModelBooks& books = ModelBooks::get();
   books.history().add("the end of the round");
@@ -185,8 +185,9 @@ void ModelPlayer::end() {
     while (ModelCalls::disable(service, false)) {
     }
   }
-  if (!libraryThreadsEnd()) books.mistake("threads of the library stay");
-  if (!books.awaitSilence(milliseconds(0))) books.mistake("a callback runs on without a thread");
+  if (!libraryThreadsEnd()) books.mistake("threads of the library do not end");
+  if (!books.awaitSilence(milliseconds(0)))
+    books.mistake("a callback never ended, but its thread did");
 }
 
 }  // namespace torture

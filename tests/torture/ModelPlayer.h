@@ -14,13 +14,13 @@
 
 namespace torture {
 
-// What is likely in a round. Of the first group each number is a share of the calls, of the second
-// one in so many, 0 for none.
+// What is likely in a round. In the first group each number is a share of the calls. In the second,
+// one in so many; 0 for none.
 struct Theme {
   const char* name;
   unsigned threads;
-  unsigned scenes;  // each is begun by all threads at the same moment
-  unsigned steps;   // at most, in a scene
+  unsigned scenes;  // all threads begin a scene at the same moment
+  unsigned steps;   // the most in a scene
 
   uint32_t enables;
   uint32_t disables;
@@ -29,19 +29,19 @@ struct Theme {
   uint32_t waits;
 
   uint32_t callsInside;  // callbacks that make a call
-  uint32_t lingers;      // callbacks that take their time, so long at most
-  uint32_t lingering;    // in milliseconds
-  uint32_t stops;        // calls that are stopped at some allocation, for others to come between
+  uint32_t lingers;      // callbacks that are made to last longer
+  uint32_t lingering;    // how long at most, in milliseconds
+  uint32_t stops;        // calls that stop at an allocation, so that other threads run there
 
   bool oneService;
-  bool together;  // scenes alternate: each thread enables its service; each disables it
+  bool together;  // in turn, all threads enable their services in one scene, disable in the next
   uint32_t flood;
   bool harmful;
 };
 const std::vector<Theme>& themes();
 
-// The application of one round: threads that make calls at random, and callbacks that do so too.
-// Made, played and destroyed by the thread of the round; one at a time.
+// The application of one round: threads that make random calls, and callbacks that do so, too. The
+// thread of the round creates it, calls play() and destroys it. One at a time.
 class ModelPlayer {
  public:
   ModelPlayer(const Theme& theme, uint64_t seed);
@@ -49,7 +49,7 @@ class ModelPlayer {
   ModelPlayer(const ModelPlayer&) = delete;
   ModelPlayer& operator=(const ModelPlayer&) = delete;
 
-  // All scenes, while the daemon does what it wants; then everything is disabled.
+  // Runs all scenes while the daemon makes random choices; then disables everything.
   void play(ModelDaemon& daemon);
 
  private:
@@ -70,10 +70,10 @@ class ModelPlayer {
   const uint64_t mSeed;
   const Service mService;
   std::atomic<uint64_t> mCallbacks{0};
-  std::atomic<int> mInside{0};  // calls of callbacks under way
+  std::atomic<int> mInside{0};  // calls under way inside callbacks
   std::atomic<bool> mClosing{false};
 
-  mutable std::mutex mMutex;  // guards what follows
+  mutable std::mutex mMutex;  // guards all members below
   std::condition_variable mChanged;
   unsigned mArrived = 0;
   uint64_t mMeetings = 0;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Random calls on several threads and inside callbacks, beside a daemon that behaves or does not,
-// against a model of what the library promises. Each round has a seed of its own; the one that is
-// printed for a finding makes the same choices again.
+// Random calls on several threads and inside callbacks, with a daemon that misbehaves in some
+// rounds, against a model of what the library promises. Each round has its own seed. A finding
+// prints it; the same seed makes the same choices again.
 #include <gtest/gtest.h>
 
 #include "ModelPlayer.h"
@@ -20,12 +20,13 @@ class Model : public ::testing::Test {
   static ModelBooks& books() { return ModelBooks::get(); }
 
   void SetUp() override {
-    for (int i = 0; i < 2; ++i) calmCycle();  // what is made once per process is made now
+    for (int i = 0; i < 2; ++i) calmCycle();  // creates what exists once per process
     mBefore = Census();
   }
   void TearDown() override { Watchdog::stop(); }
 
-  // A life of all services with a daemon that behaves: they work.
+  // Enables and disables all services with a daemon that does not misbehave, and checks that they
+  // work.
   void calmCycle() {
     books().beginRound();
     if (!mDaemon.begin({}, 1)) books().mistake("the daemon does not start");
@@ -36,9 +37,9 @@ class Model : public ::testing::Test {
       }
     }
     for (const Service service : {kLce, kLle, kLli}) {
-      if (!ModelCalls::disable(service, true)) books().mistake("cannot disable in the end");
+      if (!ModelCalls::disable(service, true)) books().mistake("the last disable was refused");
     }
-    if (!libraryThreadsEnd()) books().mistake("threads of the library stay");
+    if (!libraryThreadsEnd()) books().mistake("threads of the library do not end");
     endRound();
   }
   void endRound() {

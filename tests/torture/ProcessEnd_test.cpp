@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A process may end at any moment and in any way with all services enabled: it ends, with the
-// status that it chose.
+// A process may end at any moment and in any way while all services are enabled. It does end, with
+// the status that it chose.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
@@ -32,7 +32,7 @@ std::string outputOfChild() {
   return all.size() > 4000 ? "..." + all.substr(all.size() - 4000) : all;
 }
 
-// Runs a program to its end; its status as waitpid() gives it.
+// Runs a program to its end; returns its status as from waitpid().
 int statusOf(const std::vector<std::string>& words) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);

@@ -16,8 +16,8 @@
 
 namespace torture {
 
-// The program orbd-sim as a process of its own. start() waits until it serves; kill() gives it no
-// chance to say goodbye.
+// The program orbd-sim in a separate process. start() waits until it accepts connections; kill()
+// ends it by SIGKILL.
 class RealDaemon {
  public:
   RealDaemon() = default;

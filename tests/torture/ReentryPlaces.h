@@ -10,11 +10,11 @@
 
 namespace torture {
 
-// What makes a callback come.
+// The event that causes a callback.
 enum class Cause {
   Answer,        // the daemon sends something
   Loss,          // the daemon closes the connection
-  Refusal,       // the daemon turns a new connection down
+  Refusal,       // the daemon closes a new connection
   SendFailure,   // the connection is lost just before the worker sends
   FailedEnable,  // no descriptors: the failure reports of the functions themselves
   FailedCreate,

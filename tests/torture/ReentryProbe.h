@@ -15,7 +15,7 @@ namespace torture {
 
 constexpr int kAnyValue = -1000;
 
-// Runs @p action, once, inside the callback of this kind; what was heard before is forgotten.
+// Runs @p action once, inside the next callback of this kind. Forgets the earlier calls.
 inline void arm(Slot slot, int value, std::function<void()> action) {
   heard().clear();
   heard().inNext(
@@ -24,7 +24,7 @@ inline void arm(Slot slot, int value, std::function<void()> action) {
       },
       std::move(action));
 }
-// These two wait for as long as the watchdog lets them.
+// These two have no time limit; the watchdog ends a run that hangs.
 inline void awaitDone() { heard().waitDone(HeardCalls::kWatched); }
 inline void awaitHeard(Slot slot, int value, size_t times = 1) {
   heard().waitFor(
@@ -32,7 +32,7 @@ inline void awaitHeard(Slot slot, int value, size_t times = 1) {
       HeardCalls::kWatched);
 }
 
-// The kernel names the main thread after the program, which is all the same here.
+// The kernel names the main thread after the program; here it is always "caller".
 inline std::string threadName() {
   if (getpid() == gettid()) return "caller";
   char name[16] = "";

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Every exported function from inside every callback, alone and while another thread calls the same
-// function: it returns, the process goes on, and everything can be disabled and enabled again.
+// Calls every exported function inside every callback, alone and while another thread calls the
+// same function. The function returns, and everything can be disabled and enabled again.
 #include <future>
 #include <thread>
 
@@ -16,7 +16,7 @@ namespace {
 using allservices::AllServicesTest;
 using orbsim::Blob;
 
-// Enough for an event manager, one too few for the SDK client's own queue.
+// Enough descriptors for an event manager, one too few for the SDK client's own queue.
 constexpr size_t kManagerDescriptors = 3;
 
 struct Tally {
@@ -39,8 +39,7 @@ class PrintTally : public ::testing::Environment {
 };
 const auto* const kPrintTally = ::testing::AddGlobalTestEnvironment(new PrintTally);
 
-// Calls a function again and again on a thread of its own, from begin() on, while the callback
-// makes its one call.
+// Calls a function many times on its own thread, from begin() on, while the callback calls it once.
 class Partner {
  public:
   explicit Partner(const Function& function) : mThread([this, &function] { run(function); }) {}
@@ -77,7 +76,7 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
     ASSERT_EQ(0, torture::create(hearing(), service));
     awaitSession(allservices::kServices[service]);
   }
-  // All that the callbacks of this place need to come.
+  // Enables and requests what the callbacks of this place need.
   void prepare(const Place& place) {
     switch (place.cause) {
       case Cause::Refusal:
@@ -103,7 +102,7 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
         ASSERT_TRUE(daemon().waitForFrames(10));
         break;
       default:
-        break;  // nothing may be enabled
+        break;  // these causes need that nothing is enabled
     }
   }
   void provoke(const Place& place, const std::function<void()>& arm) {
@@ -133,7 +132,7 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
     }
     awaitDone();
   }
-  // The worker has found the connection standing and is about to send when the connection goes.
+  // The connection ends after the worker has checked it and before the worker sends.
   void provokeSendFailure(const Place& place, const std::function<void()>& arm) {
     arm();
     const WorkerAllocation moment([&] {
@@ -143,7 +142,7 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
     ASSERT_EQ(0, torture::request(hearing(), place.service));
     awaitDone();
   }
-  // Beside another thread's attempt this one still fails by itself.
+  // This call also fails while the other thread makes its attempts.
   void provokeFailedCall(const Place& place, const std::function<void()>& arm) {
     const FewDescriptors few(kManagerDescriptors);
     const auto due = [&](Cause cause) {
@@ -179,7 +178,7 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
     }
   }
   uint32_t sessionOf(Service service) { return mSessions.at(allservices::kServices[service].name); }
-  // Whatever was enabled inside callbacks and by the partner; then nothing of it is left.
+  // Disables what callbacks and the partner have enabled, and waits until nothing of it is left.
   void disableAll() {
     for (const Service service : {kLce, kLle, kLli}) {
       while (torture::disable(service) == 1) {
@@ -193,7 +192,8 @@ class Reentry : public AllServicesTest, public ::testing::WithParamInterface<Pla
     recording::clear();
   }
 
-  // One function inside one callback; the enabling of the next call shows that all is well again.
+  // Calls one function inside one callback. The next prepare() shows that services can be enabled
+  // again.
   void callInside(const Place& place, const Function& function, bool contended) {
     Watchdog::step("%s inside %s, %s", function.name, place.name.c_str(),
                    contended ? "against another thread" : "alone");

@@ -17,8 +17,8 @@
 
 #include "ProcessState.h"
 
-// What the torture tests share: how long they run, the watchdog that ends a run which hangs, and
-// what the process holds.
+// What the torture tests share: the number of rounds, the watchdog that ends a run that hangs, and
+// the count of the process's descriptors, threads and memory.
 namespace torture {
 
 // A number from the environment; scripts/torture sets them for the long runs.
@@ -26,19 +26,19 @@ inline uint64_t setting(const char* name, uint64_t otherwise) {
   const char* const text = getenv(name);
   return text != nullptr && *text != '\0' ? strtoull(text, nullptr, 10) : otherwise;
 }
-// How often the thing under test is done.
+// The number of rounds of a test.
 inline uint64_t countOr(uint64_t otherwise) { return setting("ORB_TORTURE_COUNT", otherwise); }
 
-// The checkers keep freed memory, and threads of their own.
+// Sanitizers keep freed memory and have their own threads.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool kChecked = true;
 #else
 constexpr bool kChecked = false;
 #endif
 
-// Ends the process with a message when a step takes longer than any step may. The signal goes to an
-// application thread, for the library's threads block it. Time is counted in pieces, so that a
-// process that was stopped for a while does not count as one that hangs.
+// Ends the process with a message if a step takes longer than any step may. The signal goes to an
+// application thread, because the library's threads block it. The time is counted in pieces, so a
+// process that was stopped for a while is not taken for one that hangs.
 class Watchdog {
  public:
   static void step(const char* format, ...) __attribute__((format(printf, 1, 2))) {
@@ -78,7 +78,7 @@ using processstate::comesBackTo;
 using processstate::libraryThreadsEnd;
 using processstate::residentBytes;
 
-// Where the choices of a run come from: printed, and the same again with ORB_TORTURE_SEED.
+// The seed of a run's random choices. A test prints it; ORB_TORTURE_SEED repeats it.
 inline uint64_t seedOfRun() {
   static const uint64_t seed = setting("ORB_TORTURE_SEED", std::random_device()());
   return seed;

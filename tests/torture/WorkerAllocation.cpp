@@ -16,7 +16,7 @@ namespace torture {
 
 namespace {
 
-// Notes what make_shared allocates: the object and what the pointers to it share.
+// Records the size that make_shared allocates: the object and its reference counts.
 size_t gMeasured = 0;
 template <class T>
 struct Measuring {
@@ -40,7 +40,7 @@ bool operator!=(const Measuring<T>&, const Measuring<U>&) {
   return false;
 }
 
-// The code of the class is the library's own.
+// The code of the class comes from the library.
 struct OfItsSize {
   alignas(SendBlobMessage) unsigned char bytes[sizeof(SendBlobMessage)];
 };
@@ -61,7 +61,7 @@ WorkerAllocation::WorkerAllocation(std::function<void()> action) {
 
 void WorkerAllocation::look(size_t size, const void* caller) {
   if (size == 0 || size != sSize.load(std::memory_order_relaxed)) return;
-  // A log line of the platform's may be as long as the message is large.
+  // A log line of the platform may have the same size as the message.
   Dl_info info = {};
   if (dladdr(caller, &info) == 0 || strstr(info.dli_fname, "libOrbSdlSdk") == nullptr) return;
   char name[16] = "";

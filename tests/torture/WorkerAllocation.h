@@ -6,12 +6,12 @@
 #include <cstddef>
 #include <functional>
 
-// Stops the library's worker at one place: between its look at the connection and the send, where
-// it makes the message that carries the blob. Programs that take its source call
-// orb_hook_allocations().
+// Stops the library's worker at one place: after it has checked the connection and before it sends,
+// where it creates the message that carries the blob. A program that contains WorkerAllocation.cpp
+// calls orb_hook_allocations() in CMake.
 namespace torture {
 
-// While it lives, the worker runs @p action first when it makes its next message.
+// While it exists, the worker runs @p action before it creates its next message.
 class WorkerAllocation {
  public:
   explicit WorkerAllocation(std::function<void()> action);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// An application that has closed its standard streams, uses all services and prints all the while.
-// What it prints must go nowhere: none of the three numbers may become one of the library's. Takes
-// the number of times that it enables and disables them; ends with kExpected, or with a number that
-// tells what was wrong.
+// An application that has closed its standard streams, uses all services and prints all the time.
+// No text may reach the library's descriptors, so none of these may get a number from 0 to 2.
+// Argument: how often it enables and disables the services. Ends with kExpected, or with a number
+// that says what was wrong.
 #include <signal.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -24,8 +24,8 @@ namespace {
 constexpr int kRefused = 1;
 constexpr int kOneOfOurs = 2;
 
-// As printf does, and as one does who has the number in mind. That by a bare system call: a checker
-// takes a number for the file that had it last.
+// Prints through stdio and directly to the numbers. The latter by a system call, because a
+// sanitizer takes a number for the file that had it last.
 void print() {
   static const char kText[] = "printed by the application, which has nowhere to print to\n";
   printf("%s", kText);
@@ -34,7 +34,7 @@ void print() {
   for (int fd = 0; fd <= STDERR_FILENO; ++fd) syscall(SYS_write, fd, kText, sizeof(kText) - 1);
 }
 
-// Whether a standard stream's number stands for a connection, for an event descriptor or a log
+// Whether the number of a standard stream belongs to a connection, an event descriptor or a log
 // file.
 bool libraryHasAStream() {
   for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
@@ -65,7 +65,7 @@ int main(int argc, char** argv) {
   const int rounds = argc > 1 ? atoi(argv[1]) : 1;
   alarm(process_end::kAlarmSeconds);
 #ifdef __SANITIZE_ADDRESS__
-  // The checker looks at types through a pipe of its own, which gets the free numbers for a moment.
+  // The sanitizer checks types through its own pipe, which gets the free numbers for a moment.
   signal(SIGPIPE, SIG_IGN);
 #endif
   for (int fd = 0; fd <= STDERR_FILENO; ++fd) close(fd);

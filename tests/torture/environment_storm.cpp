@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// An application that changes its environment all the while and uses all services, with the
-// platform's stand-ins and every record wanted. With a C library that looks at the environment for
-// every local time it changes it while no service is enabled, as sdl.h wants. Takes the number of
-// changes; ends with kExpected, or with 1 when a call was refused.
+// An application that uses all services and changes its environment all the time, with the
+// platform's stand-ins, which take every record. Some C libraries read the environment for every
+// local time. With these, it changes the environment only while no service is enabled, as sdl.h
+// demands. Argument: the number of changes. Ends with kExpected, or with 1 if a call was refused.
 #include <unistd.h>
 
 #include <atomic>
@@ -19,7 +19,7 @@ using process_end::Traffic;
 
 namespace {
 
-// The environment grows, so that it moves in memory, and shrinks again.
+// The environment grows, so that the C library moves it in memory, and shrinks again.
 void change(int round) {
   constexpr int kVariables = 200;
   for (int i = 0; i < kVariables; ++i) {
@@ -28,7 +28,7 @@ void change(int round) {
   for (int i = 0; i < kVariables; ++i) unsetenv(("STORM_" + std::to_string(i)).c_str());
 }
 
-// Whether another TZ counts without a tzset().
+// Whether a change of TZ takes effect without tzset().
 bool localTimeReadsEnvironment() {
   const time_t noon = 43200;
   tm local = {};
@@ -51,7 +51,7 @@ bool useServices() {
 int main(int argc, char** argv) {
   const int rounds = argc > 1 ? atoi(argv[1]) : 1;
   alarm(process_end::kAlarmSeconds);
-  // The first enable sets the log up, which is when the environment is read.
+  // The first enable sets the log up, which reads the environment.
   bool good = useServices();
   if (localTimeReadsEnvironment()) {
     constexpr int kAtATime = 100;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Forks again and again while all services are enabled and traffic is under way, and looks how each
+// Forks many times while all services are enabled and traffic is under way, and checks how each
 // child ends. Arguments: the logging property, the number of forks.
 #include <poll.h>
 #include <signal.h>
@@ -29,7 +29,7 @@
 #include "process_end.h"
 
 #ifdef __SANITIZE_ADDRESS__
-// A child has the memory of threads that it does not have; that is no leak.
+// A child has the memory of the parent's other threads, but not the threads; that is no leak.
 extern "C" __attribute__((used)) const char* __asan_default_options() { return "detect_leaks=0"; }
 #endif
 
@@ -38,22 +38,21 @@ using std::chrono::milliseconds;
 
 namespace {
 
-// What a child tells by its exit status; a call that was not refused, by its number behind the
-// last one.
+// The exit status of a child. kNotRefused plus a function's number: that call was not refused.
 enum Status { kGood = 20, kCallback, kGrandchild, kNotRefused };
 
-// A child that takes longer hangs; the machine may be busy.
+// A child that takes longer hangs. Long enough for a machine under load.
 constexpr int kDeadline = 10000;
-// While a callback waits for such a child, no answer comes.
+// While a callback waits for a child that hangs, no answer comes.
 constexpr milliseconds kPatience(4 * kDeadline);
-// After so many there is no point in going on.
+// After so many children that hang, the program gives up.
 constexpr uint64_t kHangs = 20;
-// One fork of so many is done inside a callback.
+// One fork in so many is made inside a callback.
 constexpr uint64_t kInsideEvery = 8;
 
 const pid_t gProgram = getpid();
 
-// What the callbacks of the program have heard is not for children.
+// A callback in a child is a mistake.
 void hearInProgram(Slot slot, int value) {
   if (getpid() != gProgram) _exit(kCallback);
   hear(slot, value);
@@ -69,7 +68,7 @@ HeardCalls::Which of(Slot slot) {
   return [slot](const Heard& call) { return call.slot == slot; };
 }
 
-// Threads that ask, each when it has got its answer, and one that enables and disables LLI.
+// Threads that make a request after each answer, and one that enables and disables LLI.
 class Askers {
  public:
   Askers() {
@@ -153,7 +152,7 @@ const Way& wayOf(uint64_t fork) {
   return kWays[fork % std::size(kWays)];
 }
 
-// What became of the children, by a description of each end.
+// Forks children, and counts how they ended, by a description of each end.
 class Children {
  public:
   // A child that ends as @p way wants.
@@ -248,7 +247,8 @@ bool forkUnderTraffic(Children& children, uint64_t forks) {
   }
   return reportsFlow();
 }
-// The memory of a checker has locks that a child may find taken for ever.
+// A sanitizer's allocator has locks that may stay locked for ever in a child. So it forks only
+// while the other threads sleep.
 bool forkInSilence(Children& children, uint64_t forks) {
   for (uint64_t i = 0; i < forks && !children.hopeless(); ++i) {
     const Way& way = wayOf(i);

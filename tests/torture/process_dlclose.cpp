@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Opens the library named by its argument, enables all services, closes the library while traffic
-// is under way, and goes on for a while.
+// Loads the library that its argument names, enables all services, closes the library while traffic
+// is under way, and continues for a while.
 #include <dlfcn.h>
 #include <orb/sdl.h>
 

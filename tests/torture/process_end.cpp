@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Ends, in the way that its argument names, while all services are enabled and traffic is under
-// way. Without argument it lists the ways.
+// Ends in the way that its argument names, while all services are enabled and traffic is under way.
+// Without an argument it lists the ways.
 #include "process_end.h"
 
 #include <signal.h>
@@ -28,7 +28,7 @@ namespace {
 
 constexpr size_t kManagerDescriptors = 3;  // too few for the client
 
-// From then on an enable that waits for another thread's may be refused.
+// After this time an enable that waits for another thread's enable may be refused.
 std::atomic<bool> ending{false};
 
 void enableAll(const Callbacks& callbacks) {
@@ -49,7 +49,7 @@ void startTraffic() {
   askAll(counting());
   process_end::awaitTraffic();
 }
-// Threads that ask on and on, also while the process ends.
+// Threads that make requests all the time, also while the process ends.
 void keepAsking(bool comeAndGo) {
   static std::atomic<int> running{0};
   for (int i = 0; i < 2; ++i) {
@@ -66,7 +66,7 @@ void keepAsking(bool comeAndGo) {
   while (running < 2) std::this_thread::yield();
 }
 
-// exit() inside the callback of this kind.
+// Calls exit() inside the callback of this kind.
 [[noreturn]] void exitInside(Slot slot, int value, void (*provoke)()) {
   arm(slot, value, [] { exit(kExpected); });
   enableAll(hearing());
@@ -115,7 +115,7 @@ int disableInAtexit() {
   return kExpected;
 }
 int disableInEarlierStatic() {
-  // Made before anything of the library, so it goes after that.
+  // Created before anything of the library, so it is destroyed later.
   static const struct Last {
     ~Last() { disableEach(); }
   } last;
@@ -138,9 +138,9 @@ int exitInDownOnReceiver() {
   startTraffic();
   exitInside(slotOf(kStatus, kLce), STATUS_SERVICE_DOWN, breakConnections);
 }
-// The daemon turns this scenario's connections down.
+// The test makes the daemon close this way's connections.
 int exitInDownOnWorker() { exitInside(slotOf(kStatus, kLli), STATUS_SERVICE_DOWN, nullptr); }
-// Once its answer has come, the worker has sent all that was asked for before.
+// When the answer has come, the worker has sent all earlier requests.
 void awaitAnswer() {
   static std::promise<void> answered;
   const LceReportingCriteria criteria = {};
@@ -153,14 +153,14 @@ int exitInSendFailure() {
     awaitAnswer();
     static const WorkerAllocation moment([] {
       breakConnections();
-      // Each service's loss is told to all.
+      // Every callback gets the loss of each service.
       awaitHeard(slotOf(kStatus, kLle), STATUS_SERVICE_DOWN, kServices);
     });
     // The callbacks are replaced on the way to the daemon's first answer.
     lleSetReportingCriteria(0x7fffffff);
   });
 }
-// A checker needs descriptors itself for what it has not seen before.
+// A sanitizer needs descriptors when it meets a type for the first time.
 void wholeCycle() {
   startTraffic();
   disableEach();
@@ -193,11 +193,11 @@ int forkAndExec() {
   int status = 0;
   if (waitpid(child, &status, 0) != child || !WIFEXITED(status)) return 1;
   if (WEXITSTATUS(status) != kExpected) return 2;
-  process_end::awaitTraffic();  // the parent's life goes on
+  process_end::awaitTraffic();  // the parent still works
   disableEach();
   return kExpected;
 }
-// In the child: nothing of the library's is open.
+// In the child: no descriptor of the library is open.
 int lookAtDescriptors() {
   for (int fd = 3; fd < 256; ++fd) {
     char link[64];

@@ -12,23 +12,23 @@
 #include "Recorder.h"
 
 #ifdef __SANITIZE_THREAD__
-// Instead of a whole second for other threads at every end.
+// By default TSan waits a whole second for other threads at each exit.
 extern "C" __attribute__((used)) inline const char* __tsan_default_options() {
   return "atexit_sleep_ms=20";
 }
 #endif
 
-// What the two programs that end in every possible way have in common.
+// What process_end and process_dlclose share.
 namespace process_end {
 
-// Every ordinary end has this exit status.
+// The exit status of each run that ends as it should.
 constexpr int kExpected = 7;
-// Nothing takes longer; then the alarm's signal ends the process and tells that it hung.
+// No run takes longer. After this the alarm's signal ends a process that hangs.
 constexpr unsigned kAlarmSeconds = 60;
-// That many callbacks are traffic.
+// With this number of callbacks, traffic is under way.
 constexpr size_t kTraffic = 30;
 
-// Counts callbacks, of whatever kind.
+// Counts callbacks of all kinds.
 using Traffic = Recorder<int, Keep::Counts>;
 inline void awaitTraffic() { Traffic::get().waitForMore({}, kTraffic, Traffic::kWatched); }
 
@@ -38,7 +38,7 @@ inline bool isConnection(int fd) {
   return getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &length) == 0 &&
          strcmp(peer.sun_path, "/dev/socket/orb") == 0;
 }
-// What the death of the daemon looks like from here.
+// The same as when the daemon dies, as the application sees it.
 inline void breakConnections() {
   for (int fd = 3; fd < 256; ++fd) {
     if (isConnection(fd)) shutdown(fd, SHUT_RDWR);

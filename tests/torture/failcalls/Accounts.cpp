@@ -37,7 +37,7 @@ bool runs(const std::string& thread) { return processstate::threadsNamed(thread)
 std::string notGivenBack(const std::set<std::string>& before) {
   const auto end = std::chrono::steady_clock::now() + kPatience;
   for (;;) {
-    // Nothing signals that a thread which has done its last step has left the process's list.
+    // Nothing signals that an ended thread has left the process's list of threads.
     std::string missing;
     for (const char* const thread : {"orb-sdk", "orb-receiver", "orb-closer"}) {
       if (runs(thread)) missing += std::string(" thread ") + thread;

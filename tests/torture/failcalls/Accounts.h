@@ -7,13 +7,13 @@
 
 namespace failcalls {
 
-// Open descriptors, as "number file". Log files are left out: one stays open.
+// Open descriptors, as "number file", without log files, because one stays open.
 std::set<std::string> descriptors();
-// Whether a thread of that name runs now.
+// Whether a thread with that name runs now.
 bool runs(const std::string& thread);
 
-// Waits, for seconds at most, until the library's threads have ended and @p before is what is open.
-// What is still there then, or nothing.
+// Waits, for some seconds at most, until the library's threads have ended and the open descriptors
+// are those of @p before. Returns what is left then; empty if nothing is.
 std::string notGivenBack(const std::set<std::string>& before);
 
 }  // namespace failcalls

@@ -9,7 +9,7 @@
 
 #include "Report.h"
 
-// An application that uses all services and keeps account of what its callbacks hear.
+// An application that uses all services and records what its callbacks get.
 namespace failcalls {
 
 enum Service : unsigned { Lce, Lle, Lli, kServices };
@@ -18,36 +18,37 @@ const char* nameOf(Service service);
 unsigned endpointOf(Service service);
 unsigned sdkTypeOf(Service service);
 
-// What a callback heard.
+// What a callback got.
 enum class Heard : unsigned { Success, InternalError, Down, Last, Report, Criteria, kCount };
 
-// Called by any thread of the library and by the scenario's. mLock guards what follows it and is
-// free while an action runs. Never destroyed, for threads may still call while the process exits.
+// Called by any thread of the library and by the scenario's thread. mLock guards the members below
+// it and is not held while an action runs. Never destroyed, because threads may call while the
+// process exits.
 class Application {
  public:
   static Application& get();
 
   void begin(Run& run) { mRun = &run; }
 
-  // The functions of the services, with their time taken and their failures counted. Disable marks
-  // the service: what it hears from then on is too late.
+  // The functions of the services. These measure the time and count the failures. After disable,
+  // each callback of the service is too late.
   bool enable(Service service);
   bool disable(Service service);
   bool isEnabled(Service service) const { return mEnabled[service]; }
-  // A request; false when it was refused.
+  // Makes a request; false if it was refused.
   bool request(const char* name, const std::function<int64_t()>& call);
 
-  // Forgets what was heard so far.
+  // Removes what was recorded so far.
   void listen();
-  // Waits until @p what was heard at least @p times since listen(). What does not come is noted as
-  // lost: soon after a call has failed, else after seconds.
+  // Waits until callbacks got @p what at least @p times since listen(). What does not come is
+  // recorded as lost: after a short time if a call has failed, otherwise after some seconds.
   bool await(Service service, Heard what, unsigned times = 1);
   // The next "success" of the service runs @p action inside the callback.
   void inNextSuccess(Service service, std::function<void()> action);
-  // Waits for that; false, with the action forgotten, when it does not come.
+  // Waits for that. If it does not come: false, and the action is removed.
   bool awaitAction();
 
-  // The loss of a connection is no news for the time being.
+  // For now, the loss of a connection is expected and not counted.
   void expectDown(bool expected) { mExpectsDown = expected; }
 
   // For callbacks.

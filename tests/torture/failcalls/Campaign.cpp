@@ -17,15 +17,15 @@ namespace {
 constexpr unsigned kSlack = 2;  // runs differ a little in how many calls they make
 constexpr size_t kPrintedLine = 150;
 
-// A C++ runtime that the library has inside makes calls that cannot be told from the library's.
-// That of LLVM ends the process when a clock fails, which no kernel's does.
+// If the library contains a C++ runtime, its calls cannot be distinguished from the library's.
+// LLVM's runtime ends the process if a clock fails, which no kernel's clock does.
 #ifdef ORB_CXX_RUNTIME_INSIDE
 constexpr bool kRuntimeInside = true;
 #else
 constexpr bool kRuntimeInside = false;
 #endif
 
-// Failures that last come from a resource that has run out.
+// Lasting failures are those of a resource that has run out.
 bool mayLast(Call call) {
   switch (call) {
     case Call::Socket:
@@ -46,7 +46,7 @@ bool isRuntime(const std::string& frame) {
   return frame.find("std::") == 0 || frame.find("void std::") == 0;
 }
 
-// Lines of a program's output, those of the C++ runtime's templates left out.
+// Lines of a program's output, without those of the C++ runtime's templates.
 std::string outputOf(const std::string& command) {
   const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
   if (!pipe) return {};
@@ -54,7 +54,7 @@ std::string outputOf(const std::string& command) {
   char line[4096];
   while (std::fgets(line, sizeof line, pipe.get()) != nullptr) {
     std::string shown(line, std::strcspn(line, "\n"));
-    const size_t place = shown.rfind(" at ");  // the place counts, not what templates are called
+    const size_t place = shown.rfind(" at ");  // the place, without long names of templates
     if (shown.size() > kPrintedLine && place != std::string::npos) {
       shown = shown.substr(0, kPrintedLine) + "..." + shown.substr(place);
     }
@@ -67,7 +67,7 @@ std::string textOf(const Stack& stack) {
   std::string command = std::string("addr2line -Cfpse ") + libraryFile();
   for (unsigned i = 0; i < stack.depth; ++i) {
     char offset[32];
-    // One before the return address is within the call.
+    // The byte before the return address belongs to the call.
     std::snprintf(offset, sizeof offset, " 0x%lx",
                   static_cast<unsigned long>(libraryOffset(stack.frames[i]) - 1));
     command += offset;
@@ -121,15 +121,15 @@ std::vector<Fault> Campaign::planOf(const Scenario& scenario, const Baseline& ba
           if (mSettings.fault.empty() || mSettings.fault == fault.text()) group.push_back(fault);
         }
         if (!group.empty()) groups.push_back(std::move(group));
-        if (lasting) break;  // one reason is like the other
+        if (lasting) break;  // all reasons have the same effect
       }
     }
   }
   return sampleOf(groups);
 }
 
-// Of a large group more than of a small one, though not in proportion; evenly over each, and not
-// always the same numbers.
+// Takes more points of a large group than of a small one, but not in proportion. They are spread
+// evenly over the group, and are not always the same.
 std::vector<Fault> Campaign::sampleOf(const std::vector<std::vector<Fault>>& groups) const {
   double total = 0;
   for (const auto& group : groups) total += std::sqrt(static_cast<double>(group.size()));
@@ -164,7 +164,7 @@ void Campaign::take(const Scenario& scenario, const Result& result) {
   }
   if (isAllowed(result.outcome)) return;
   ++mFindings;
-  // One of a kind is shown in full: the same call at the same place, ending alike.
+  // Only one finding of a kind is shown in full: same call, same place, same end.
   if (mKinds[{result.outcome, result.fault.call, site}]++ == 0) printFinding(scenario, result);
 }
 
@@ -185,7 +185,7 @@ void Campaign::printTable(const Scenario& scenario) const {
               "failure", "reached", "points", "unnoticed", "said", "status", "message", "not told",
               "end", "BAD");
   for (const auto& [key, counts] : mRows) {
-    const Row& row = counts;  // a name that a lambda may capture
+    const Row& row = counts;  // a lambda cannot capture a structured binding
     unsigned bad = 0;
     for (size_t i = 0; i < kOutcomes; ++i) {
       if (!isAllowed(static_cast<Outcome>(i))) bad += row.outcomes[i];

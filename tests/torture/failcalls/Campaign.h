@@ -14,18 +14,18 @@ namespace failcalls {
 struct Settings {
   std::string scenario;  // empty: all
   std::string call;      // empty: all
-  std::string fault;     // a single one, as Fault::text() writes it
+  std::string fault;     // a single fault, as Fault::text() writes it
   size_t sample = 0;     // about so many points of each scenario; 0: all
   unsigned sideBySide = 2;
-  bool words = false;  // print what was said
+  bool words = false;  // print the lines of the runs
 };
 
-// Every call of a scenario that a fault reaches, as a table, and what is not as documented.
+// Makes each call of a scenario fail and prints a table, and each result that is not as documented.
 class Campaign {
  public:
   explicit Campaign(const Settings& settings) : mSettings(settings) {}
 
-  // False when there was a finding, or when nothing could be tried.
+  // False if there was a finding, or if nothing could be tried.
   bool run();
 
   size_t points() const { return mPoints; }
@@ -33,7 +33,7 @@ class Campaign {
 
  private:
   struct Row {
-    unsigned reached = 0;  // the highest number that was reached
+    unsigned reached = 0;  // the highest number of a call
     unsigned points = 0;
     unsigned outcomes[kOutcomes] = {};
   };
@@ -46,7 +46,7 @@ class Campaign {
   void printTable(const Scenario& scenario) const;
 
   const Settings mSettings;
-  std::map<std::pair<Call, std::string>, Row> mRows;  // of the present scenario
+  std::map<std::pair<Call, std::string>, Row> mRows;  // of the current scenario
   std::map<std::string, unsigned> mWords;
   std::map<uintptr_t, unsigned> mSites;
   std::map<std::tuple<Outcome, Call, uintptr_t>, unsigned> mKinds;  // of findings

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A sample of the points that scripts/torture failcalls tries all of.
+// Tries a sample of the points; scripts/torture failcalls tries all.
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>

@@ -41,9 +41,9 @@ const Entry kEntries[] = {
       {"end", Kind::End, 0},
       {"one", Kind::One, 0},
       {"half", Kind::Half, 0}}},
-    // A security module may refuse what the kernel itself never does.
+    // A security module may refuse calls that the kernel itself never refuses.
     {"shutdown", {{"ENOTCONN", Kind::DoneError, ENOTCONN}, ORB_ERROR(EACCES)}},
-    // Linux has released the descriptor by the time close() reports one of these.
+    // Linux has already released the descriptor when close() returns one of these.
     {"close", {{"EINTR", Kind::DoneError, EINTR}, {"EIO", Kind::DoneError, EIO}}},
     {"eventfd", {ORB_ERROR(EMFILE), ORB_ERROR(ENFILE), ORB_ERROR(ENOMEM), ORB_ERROR(ENODEV)}},
     {"epoll_create1", {ORB_ERROR(EMFILE), ORB_ERROR(ENFILE), ORB_ERROR(ENOMEM)}},

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-// What can be made to fail, and what is noted about it.
+// The calls that can be made to fail, the failures, and what is recorded about them.
 namespace failcalls {
 
 enum class Call : unsigned {
@@ -41,11 +41,11 @@ const char* nameOf(Call call);
 
 // How a call fails.
 enum class Kind {
-  Error,      // not made, errno says why
-  DoneError,  // made, and errno says that it was not: what close() does when it is interrupted
+  Error,      // not made, errno has the reason
+  DoneError,  // made, but it returns an error: as close() does when a signal interrupts it
   One,        // made for one byte
   Half,       // made for the first half
-  End,        // nothing comes any more
+  End,        // returns 0, as at the end of the data
 };
 
 struct Failure {
@@ -53,7 +53,7 @@ struct Failure {
   Kind kind;
   int error;
 };
-// All failures that make sense for a call.
+// All failures that are possible for a call.
 const std::vector<Failure>& failuresOf(Call call);
 
 // One fault: the failure of the nth call, counted from 1, and with `lasting` of all that follow.
@@ -73,7 +73,8 @@ struct Stack {
   uintptr_t frames[kMost];
 };
 
-// What came of it; lies in memory that the run shares with the driver, so that it survives any end.
+// What the fault did. It is in memory that the run shares with the driver, so it remains however
+// the run ends.
 struct Probe {
   std::atomic<unsigned> reached[kCalls];
   std::atomic<unsigned> injected;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Who calls, and whether this is the call that fails.
+// Finds out who makes a call, and whether this call fails.
 #include "Interposer.h"
 
 #include <link.h>
@@ -44,7 +44,7 @@ int addModule(dl_phdr_info* info, size_t, void* data) {
   return 0;
 }
 
-// Both stay where they are for the life of the process.
+// Both stay at their addresses until the process ends.
 const Modules& modules() {
   static const Modules found = [] {
     Modules all;
@@ -54,16 +54,16 @@ const Modules& modules() {
   return found;
 }
 
-// The state of the present run. Set while one thread runs, read by all.
+// The state of the current run. Set while there is one thread, read by all.
 std::atomic<bool> armed{false};
 Fault fault;
 Probe* probe = nullptr;
 
-thread_local bool inside = false;  // looking at a call: what that calls is nobody's
+thread_local bool inside = false;  // this thread examines a call: calls made for that do not count
 
-// Walks from the caller outwards. The nearest frame that is the library's or the program's tells
-// whose call it is: a callback of the application runs above the library's frames, and a container
-// of the library above the runtime's.
+// Goes from the caller outwards. The nearest frame of the library or of the program decides whose
+// call it is. A callback of the application runs above the library's frames; a container of the
+// library runs above the runtime's.
 struct Walk {
   uintptr_t caller;
   bool reached = false;

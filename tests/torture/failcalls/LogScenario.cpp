@@ -35,7 +35,7 @@ void onLast(LceEstimationReportStatus, LceEstimationReport) {
   Application::get().hear(Lce, Heard::Last);
 }
 
-// What earlier processes of the name left behind, of different ages: more than are kept.
+// Files that earlier processes with this name left, of different ages: more than the log keeps.
 void leaveOldFiles(const std::string& name) {
   const std::string start = "orb_log_" + name;
   for (const auto& entry : fs::directory_iterator(kLogs)) {
@@ -59,7 +59,7 @@ class Logging {
   }
 
   void run() {
-    // The name is in the names of the files: runs side by side have their own.
+    // The files contain the process's name, so runs at the same time use different files.
     program_invocation_short_name = mName.data();
     leaveOldFiles(mName);
     recording::setProperty("persist.vendor.data.orb.logging", "1");
@@ -107,7 +107,7 @@ class Logging {
     if (asked) mApp.await(Lce, Heard::Last);
   }
 
-  // As the diagnostic library's thread, which knows nothing of exceptions.
+  // Like the diagnostic library's thread, which does not catch exceptions.
   void command() {
     phase("diagnostic command");
     try {
@@ -116,7 +116,7 @@ class Logging {
       breaks("an exception left the diagnostic command");
     }
     if (!runs(kThreadOfDumps)) return;
-    // What a failure may cost here is a dump, which nobody is told about.
+    // Here a failure may lose a dump, and nothing reports that.
     const bool failed = mRun.report.probe.injected != 0;
     recording::waitFor(isDump, failed ? mRun.patience : std::chrono::seconds(3));
   }
@@ -150,7 +150,7 @@ const Scenario kLogScenario{
     {Call::Open, Call::Read, Call::Write, Call::Stat, Call::Unlink, Call::Fdopendir, Call::Close,
      Call::ClockGettime, Call::PthreadCreate, Call::Malloc, Call::Calloc, Call::OperatorNew}};
 
-// In a process of its own: what the cryptography library sets up is part of what may fail later.
+// In a separate process: libcrypto's own set-up is one of the things that may fail later.
 void prepareLogScenario() {
   const pid_t writer = fork();
   if (writer == 0) {

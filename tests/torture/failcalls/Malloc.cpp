@@ -14,7 +14,8 @@ using MallocFunction = void* (*)(size_t);
 using CallocFunction = void* (*)(size_t, size_t);
 using FreeFunction = void (*)(void*);
 
-// Looking the real ones up may itself ask for memory: it comes from here, and stays.
+// The look-up of the original functions may itself allocate. That memory comes from here and is
+// never freed.
 alignas(16) unsigned char early[4096];
 size_t earlyUsed = 0;
 
@@ -39,7 +40,7 @@ struct Real {
 Real real;
 bool resolving = false;
 
-// Before main, while there is one thread. False during the look-up itself.
+// Runs before main, while there is one thread. False during the look-up itself.
 bool resolved() {
   if (real.free != nullptr) return true;
   if (resolving) return false;

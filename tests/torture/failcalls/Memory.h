@@ -8,7 +8,7 @@
 
 namespace failcalls {
 
-// Memory for operator new: free() takes it back, and the program's own malloc does not count it.
+// Memory for operator new. free() accepts it, and the program's own malloc does not count it.
 void* uncountedMalloc(std::size_t size);
 
 }  // namespace failcalls

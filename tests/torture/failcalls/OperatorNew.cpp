@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The operator new behind all others (those for arrays and without exception call it), with memory
-// from the malloc behind ours.
+// The operator new that all others call (those for arrays and those without exceptions). Its memory
+// comes from the original malloc.
 #include <cstdlib>
 #include <new>
 

@@ -12,27 +12,27 @@
 
 namespace failcalls {
 
-// What a run tells the driver. It lies in memory that both share, so what was told before the
-// process ended, however that was, is known. Texts are cut to their room.
+// What a run reports to the driver. It is in memory that both share, so it remains however the
+// process ends. Texts are cut to the size of their members.
 struct Report {
   Probe probe;
-  char phase[40];    // what the scenario was doing last
-  bool finished;     // it came to its end; only the end of the process follows
-  bool terminated;   // std::terminate
-  Stack terminator;  // who called it
-  bool logStopped;   // the log's threads were missing when nothing failed any more
-  // Counted by any thread, and without a lock.
+  char phase[40];    // the latest step of the scenario
+  bool finished;     // the scenario is complete; only the end of the process follows
+  bool terminated;   // std::terminate was called
+  Stack terminator;  // the caller of std::terminate
+  bool logStopped;   // the log's threads did not run although nothing failed any more
+  // Counted by any thread, without a lock.
   std::atomic<unsigned> refused;  // functions that returned a failure
   std::atomic<unsigned> errors;   // status "internal error"
-  std::atomic<unsigned> downs;    // status "service down" that the scenario did not bring about
-  unsigned lost;                  // what was due and did not come
+  std::atomic<unsigned> downs;    // status "service down" that the scenario did not cause
+  unsigned lost;                  // expected callbacks that did not come
   unsigned late;                  // callbacks of a service whose disable had returned
   unsigned slowest;               // milliseconds of the slowest function
-  char firstLost[64];             // what that was
+  char firstLost[64];             // the first of these
   char firstLate[64];
   char slowestName[40];
   char broken[160];       // a rule of the lifecycle contract that did not hold
-  char lines[32 * 1024];  // all kinds of lines that tell of failures, one each, numbers left out
+  char lines[32 * 1024];  // one line of each kind that reports a failure, without numbers
 };
 
 template <size_t kSize>
@@ -45,9 +45,9 @@ struct Run {
   Report& report;
   Fault fault;
   std::string socketPath;
-  std::chrono::milliseconds patience;  // for what may not come any more once a call has failed
-  // Stops the scenario's daemon, once, from any thread: the library can end the process while the
-  // scenario is under way, and then nobody has joined the threads of sessions that are over.
+  std::chrono::milliseconds patience;  // how long to wait for a callback after a call has failed
+  // Stops the scenario's daemon, once, from any thread. The library can end the process during the
+  // scenario; then the threads of ended sessions are not joined yet.
   std::function<void()> stopDaemon;
 };
 

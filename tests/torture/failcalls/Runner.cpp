@@ -41,7 +41,7 @@ const char* const kOutcomeNames[] = {"not reached", "unnoticed", "said",      "s
                                      "HANG",        "CRASH",     "TERMINATE", "OTHER END"};
 static_assert(sizeof kOutcomeNames / sizeof *kOutcomeNames == kOutcomes, "a name for each");
 
-// Ends of the process that are documented, with the line that goes before.
+// The documented ends of the process, with the line before each.
 struct DocumentedEnd {
   Call call;
   const char* line;
@@ -51,16 +51,16 @@ const DocumentedEnd kEnds[] = {
     {Call::Eventfd, "Cannot create eventfd instance"},
     {Call::Eventfd, "Cannot create removeFd instance"},
     {Call::Calloc, "malloc failed"},
-    // Half a header is taken for a whole one, what follows it for the next one's length.
+    // The receiver takes half a header for a whole one, and the bytes after it for the next length.
     {Call::Recv, "malloc failed"},
 };
 
-// A short send counts as a sent message, and the handshake's reply is not looked at.
+// The library takes a short send for a sent message, also that of the handshake's reply.
 bool mayStaySilent(const Fault& fault) {
   return fault.call == Call::Send && fault.failure.kind != Kind::Error;
 }
 
-// A line's kind: words with a digit, which are numbers, names of threads and addresses, left out.
+// The kind of a line: the line without words that contain a digit (numbers, threads, addresses).
 std::string kindOf(const std::string& line) {
   std::string kind;
   std::string word;
@@ -83,7 +83,7 @@ std::string kindOf(const std::string& line) {
   return kind;
 }
 
-// Lines below the level of a warning that tell of a failure all the same.
+// Lines below the level "warning" that also report a failure.
 const char* const kTelling[] = {"sdkThread: ", "Created socket; mSocketFd: -", "Connect ret: -",
                                 "Failed to get SDK"};
 
@@ -100,9 +100,9 @@ std::set<std::string> linesIn(const Report& report) {
   return lines;
 }
 
-// In the run's process.
+// The rest runs in the run's process.
 Run* ownRun = nullptr;
-std::atomic<bool> ending{false};  // by the scenario's end or by the library, which is there first
+std::atomic<bool> ending{false};  // the scenario or the library ends the process
 
 void noteLines() {
   std::set<std::string> kinds;
@@ -128,7 +128,7 @@ void noteEnd() {
   _exit(kTerminateStatus);
 }
 
-// On a busy machine what comes too late looks lost: it is tried once more, with time.
+// On a machine under load, a late callback looks lost. So the run is repeated with more time.
 bool deservesSecondLook(Outcome outcome) {
   return outcome == Outcome::Silent || outcome == Outcome::Broken || outcome == Outcome::Hang;
 }
@@ -174,16 +174,16 @@ void Runner::start(Slot& slot, const Fault& fault, bool patient) {
   Run run{*slot.report, fault, slot.socketPath, patient ? kLongPatience : patience, {}};
   ownRun = &run;
 #ifndef ORB_SLOW_CHECKER
-  // What other libraries have to say about a failure; a checker's words count.
+  // Drops what other libraries print about a failure. A sanitizer's report must stay visible.
   if (std::freopen("/dev/null", "w", stderr) == nullptr) std::abort();
 #endif
   std::set_terminate(noteTerminate);
   std::atexit(noteEnd);
-  alarm(patient ? 3 * kWatchdog : kWatchdog);  // by default it ends the process
+  alarm(patient ? 3 * kWatchdog : kWatchdog);  // without a handler it ends the process
   redirectTo(slot.socketPath.c_str());
   mScenario.run(run);
   if (ending.exchange(true)) {
-    for (;;) pause();  // another thread is in exit() already
+    for (;;) pause();  // another thread is already in exit()
   }
   slot.report->finished = true;
   put(slot.report->phase, "exit");
@@ -198,7 +198,7 @@ Runner::Slot& Runner::awaitOne() {
       if (slot->process != ended) continue;
       slot->process = 0;
       slot->status = status;
-      unlink(slot->socketPath.c_str());  // of a daemon that came to a sudden end
+      unlink(slot->socketPath.c_str());  // a daemon that was killed leaves it
       return *slot;
     }
   }

@@ -13,16 +13,16 @@
 
 namespace failcalls {
 
-// What became of a run. Up to End all is as documented.
+// The result of a run. All values up to End are as documented.
 enum class Outcome : unsigned {
   NotReached,  // no such call was made
-  Unnoticed,   // everything came, nothing was said
-  Said,        // everything came, and a line tells of the failure
-  Status,      // something did not come; a result or a status says so
-  Message,     // something did not come; a line says so
-  NotTold,     // something did not come; it is documented that nobody is told
+  Unnoticed,   // everything came, and no line reports the failure
+  Said,        // everything came, and a line reports the failure
+  Status,      // something did not come; a result or a status reports that
+  Message,     // something did not come; a line reports that
+  NotTold,     // something did not come; it is documented that nothing reports that
   End,         // the documented end of the process
-  Silent,      // something did not come, and nothing says so
+  Silent,      // something did not come, and nothing reports that
   Late,        // a callback after its disable had returned
   Broken,      // threads or descriptors not given back, or the next enable does not work
   Hang,
@@ -35,7 +35,7 @@ constexpr size_t kOutcomes = static_cast<size_t>(Outcome::kCount);
 const char* nameOf(Outcome outcome);
 inline bool isAllowed(Outcome outcome) { return outcome <= Outcome::End; }
 
-// What a scenario does and says when nothing fails.
+// The calls and lines of a scenario when nothing fails.
 struct Baseline {
   std::vector<unsigned> reached = std::vector<unsigned>(kCalls);
   std::set<std::string> lines;
@@ -46,15 +46,15 @@ struct Result {
   Outcome outcome = Outcome::NotReached;
   std::string detail;              // of an outcome that is not allowed
   Stack stack = {};                // the library's frames at the failing call
-  Stack terminator = {};           // and at the one that terminated
-  std::vector<std::string> words;  // lines about failures that are not there without one
+  Stack terminator = {};           // those at std::terminate
+  std::vector<std::string> words;  // lines about failures that a run without a failure lacks
   unsigned slowest = 0;
   std::string slowestName;
   bool logStopped = false;
 };
 
-// Forks a process for each fault, some at a time, and judges what became of it. One thread, the
-// program's only one.
+// Forks a process for each fault, several at a time, and judges its result. Used by the program's
+// only thread.
 class Runner {
  public:
   Runner(const Scenario& scenario, unsigned sideBySide);
@@ -62,12 +62,12 @@ class Runner {
   Runner(const Runner&) = delete;
   Runner& operator=(const Runner&) = delete;
 
-  // Runs without failure, as often as it takes to know it. False, after a word to standard error,
-  // when the scenario does not get through.
+  // Runs the scenario without a failure, until its calls are known. False, after a line to standard
+  // error, if the scenario does not succeed.
   bool learn();
   const Baseline& baseline() const { return mBaseline; }
 
-  // Runs all and hands over each result, in no order.
+  // Runs all faults and passes each result on, in any order.
   void run(const std::vector<Fault>& faults, const std::function<void(const Result&)>& take);
 
  private:

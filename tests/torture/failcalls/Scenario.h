@@ -8,22 +8,22 @@
 
 namespace failcalls {
 
-// What an application does while calls fail. Runs once in a process of its own, with a daemon that
-// never fails in the same process.
+// What an application does while calls fail. It runs once in a separate process, which also
+// contains a daemon whose calls never fail.
 struct Scenario {
   const char* name;
   void (*run)(Run& run);
-  // The calls that are made to fail in it; those of the other scenario are not repeated.
+  // The calls that are made to fail in it, without those of the other scenario.
   std::vector<Call> calls;
 };
 
 // All services with requests, indications, a lost connection, a disable inside a callback.
 extern const Scenario kServicesScenario;
-// One service with all that logging can do: encrypted files, deferred records, the diagnostic
-// command. What its logs go to fails, and the application must not notice.
+// One service with all kinds of logging: encrypted files, deferred records, the diagnostic command.
+// Calls for logging fail, and the application must not notice.
 extern const Scenario kLogScenario;
 
-// What the log scenario finds configured; once, before the first run.
+// Writes the configuration of the log scenario; once, before the first run.
 void prepareLogScenario();
 
 }  // namespace failcalls

@@ -69,7 +69,7 @@ orbsim::Blob indicationOf(Service service) {
   return bytesOf(message);
 }
 
-// The parts of the scenario, in their order.
+// The steps of the scenario, in their order.
 class Services {
  public:
   explicit Services(Run& run) : mRun(run), mDaemon(optionsOf(run)) {
@@ -156,7 +156,7 @@ class Services {
       if (sessionOf(service) != 0) mApp.await(service, Heard::Report);
     }
   }
-  // The service's open session; 0 when there is none.
+  // The service's open session; 0 if there is none.
   uint32_t sessionOf(Service service) {
     uint32_t found = 0;
     for (const orbsim::Frame& frame : mDaemon.frames()) {
@@ -168,7 +168,7 @@ class Services {
     return 0;
   }
 
-  // The loss is told to all; the next request connects anew.
+  // Every service gets the loss; the next request connects again.
   void loseConnection() {
     phase("lost connection");
     const uint32_t id = sessionOf(Lce);
@@ -194,7 +194,7 @@ class Services {
     if (mApp.enable(Lli)) mApp.await(Lli, Heard::Success);
   }
 
-  // A disable that was refused for want of memory is repeated, as its result asks for.
+  // A disable that was refused because memory ran out is repeated, as its result demands.
   void disableAll() {
     phase("disable");
     for (const Service service : {Lle, Lce, Lli}) {
@@ -209,7 +209,7 @@ class Services {
     }
   }
 
-  // Nothing fails any more: all works.
+  // Nothing fails any more, so everything must work.
   void again() {
     phase("again");
     mRun.patience = kRecovery;

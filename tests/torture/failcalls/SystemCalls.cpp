@@ -2,7 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
 // The system calls and library functions that can fail. Each is defined under its assembler name
-// only: the headers' declarations differ between C libraries in what they promise.
+// only, because the declarations in the headers of C libraries have different attributes.
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -33,7 +33,7 @@ namespace {
 
 const char* redirection = nullptr;
 
-// What a transfer of @p size bytes is cut to; @p size when it is not.
+// The size to which a transfer of @p size bytes is cut; @p size if it is not cut.
 size_t cut(const Failure& failure, size_t size) {
   if (failure.kind == Kind::One) return size < 1 ? size : 1;
   return failure.kind == Kind::Half ? (size + 1) / 2 : size;
@@ -43,7 +43,7 @@ bool cuts(const Failure& failure) {
   return failure.kind == Kind::One || failure.kind == Kind::Half;
 }
 
-// A call without a shorter form: fails as told, or is made first.
+// A call that cannot be cut short. It fails, or it is made first and then fails.
 template <class Result, class Make>
 Result failing(const Failure& failure, Result failed, const Make& make) {
   if (failure.kind == Kind::DoneError) (void)make();
@@ -60,7 +60,7 @@ ssize_t transfer(const Failure* failure, size_t size, const Make& make) {
   return failing<ssize_t>(*failure, -1, [&] { return make(size); });
 }
 
-// Everything else that returns -1 for a failure.
+// All other calls that return -1 on failure.
 template <class Make>
 int plain(const Failure* failure, const Make& make) {
   return failure == nullptr ? make() : failing(*failure, -1, make);
@@ -156,7 +156,8 @@ ssize_t orbTestWrite(int fd, const void* data, size_t size) {
                   [&](size_t part) { return real(fd, data, part); });
 }
 
-// Calls that the library makes itself: the C++ runtime's clocks have no way to tell of a failure.
+// Only calls that the library makes itself, because the C++ runtime's clocks cannot report a
+// failure.
 int orbTestClockGettime(clockid_t clock, timespec* time) ORB_NAMED("clock_gettime");
 int orbTestClockGettime(clockid_t clock, timespec* time) {
   static auto* const real = interposed::next<decltype(::clock_gettime)>("clock_gettime");
@@ -199,7 +200,7 @@ DIR* orbTestFdopendir(int fd) {
   return nullptr;
 }
 
-// Both count as one call: what a file is, found by its name.
+// Both count as one call: the status of a file, by its name.
 int orbTestLstat(const char* path, struct stat* status) ORB_NAMED("lstat");
 int orbTestLstat(const char* path, struct stat* status) {
   static auto* const real = interposed::next<decltype(::lstat)>("lstat");

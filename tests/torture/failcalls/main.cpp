@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The whole campaign, or a part of it; scripts/torture runs it in a sandbox.
+// Tries all faults, or a part of them; scripts/torture runs it in a sandbox.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
