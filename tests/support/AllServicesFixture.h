@@ -31,7 +31,7 @@ struct ServiceOps {
   int (*disable)();
   int (*create)();
   std::vector<Request> (*requests)();
-  std::vector<int> (*waitForCalls)(size_t count);  // what the callbacks got first, of all calls
+  std::vector<int> (*waitForCalls)(size_t count);  // the first argument of each callback
   void (*clearCalls)();
 };
 
@@ -122,7 +122,7 @@ class AllServicesTest : public ::testing::Test {
   // A status message; the bytes are the same for every service.
   static Blob status(uint8_t number) { return {0x1a, 0x04, 0x0a, 0x02, 0x08, number}; }
 
-  // The connection works, and its callback has got nothing else since the last forgetCalls().
+  // The connection works, and the callback has got nothing else since the last forgetCalls().
   void expectHearsJustThis(const ServiceOps& service) {
     send(service, status(4));
     EXPECT_EQ(service.waitForCalls(1), (std::vector<int>{STATUS_NOT_SUPPORTED})) << service.name;

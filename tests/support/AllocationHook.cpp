@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// A source of its own, so that no compiler sees through the replaced functions.
+// A separate source file, so that no compiler can inline the replaced functions.
 #include "AllocationHook.h"
 
 #include <cerrno>
@@ -12,7 +12,7 @@
 
 namespace {
 
-// What is handed out is full of this: who uses memory that was never set finds no zeros in it.
+// New memory is filled with this byte, so that uninitialised memory is not zero.
 constexpr int kGarbage = 0xA5;
 
 using Malloc = void* (*)(size_t);
@@ -31,7 +31,7 @@ void* allocate(size_t size, const void* caller, Malloc real) {
 
 #ifdef ORB_HOOK_MALLOC
 
-// All operators new end here, each library's own included.
+// All operators new call this, also those of each library.
 extern "C" void* malloc(size_t size) {
   return allocate(size, __builtin_return_address(0), ORB_NEXT(malloc));
 }

@@ -4,14 +4,13 @@
 
 #include <cstddef>
 
-// The allocations of a test program and of what it loads. AllocationHook.cpp replaces operator new
-// in all its forms, or the malloc below it in a program that uses a shared library with a C++
-// runtime of its own inside (ORB_HOOK_MALLOC). orb_hook_allocations() in CMake makes it a source of
-// the program.
+// The allocations of a test program and of the libraries that it loads. AllocationHook.cpp replaces
+// operator new in all its forms. If the shared library contains its own C++ runtime, it replaces
+// malloc instead (ORB_HOOK_MALLOC). orb_hook_allocations() in CMake adds it to a program.
 namespace memory {
 
-// Defined by whoever wants to know: called before each allocation, with the place of the call. The
-// allocation fails unless it is true. May itself allocate, if it can stand being called for that.
+// The test program defines this. Called before each allocation, with the place of the call. If it
+// returns false, the allocation fails. It may allocate, but is then called for that, too.
 bool mayAllocate(size_t size, const void* caller);
 
 }  // namespace memory

@@ -10,7 +10,7 @@
 
 #include "Recorder.h"
 
-// An application of LCE with plain C callbacks, each of which is recorded.
+// An application of LCE with plain C callbacks. Each call of them is recorded.
 namespace application {
 
 struct Event {
@@ -18,7 +18,7 @@ struct Event {
   int value;
 };
 
-// The recorder, with waits in these words.
+// The recorder, with waits for kinds of callbacks.
 class State : public Recorder<Event> {
  public:
   static State& get() {

@@ -6,9 +6,8 @@
 #include <cstring>
 #include <string>
 
-// Where a file of the build is: where the build made it, unless the tests were carried to another
-// place, another machine perhaps, together with the files that they need. ORB_TEST_FILES names that
-// place then.
+// The path of a file of the build: in the build folder, or, if the tests and their files were
+// copied to another folder or machine, in the folder that ORB_TEST_FILES names.
 inline std::string built(const char* path) {
   constexpr size_t kBuild = sizeof ORB_BUILD - 1;
   const char* const moved = std::getenv("ORB_TEST_FILES");
@@ -16,7 +15,7 @@ inline std::string built(const char* path) {
   return std::string(moved) + (path + kBuild);
 }
 
-// Whether programs of the build are started by scripts that put an emulator in front of them.
+// Whether scripts start the programs of the build through an emulator.
 inline bool startedByScript() {
   return ORB_STARTED_BY_SCRIPT != 0 && std::getenv("ORB_TEST_FILES") == nullptr;
 }

@@ -10,8 +10,8 @@
 
 namespace servicetest {
 
-// One call of an application's callback: which one, the number it got first, and the record with
-// the rest, all zero where there is none. S describes the service, see ServiceFixture.h.
+// One call of an application's callback: its name, its first argument, and its record, which is all
+// zero if the callback gets none. S describes the service, see ServiceFixture.h.
 template <class S>
 struct Call {
   std::string callback;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Instead of GoogleTest's main: every case has a process of its own, as some C libraries never let
-// go of a library that was opened once. A filter runs what it names in one process.
+// Replaces GoogleTest's main. Each case runs in a separate process, because some C libraries never
+// unload a library. With a filter, the selected cases run in one process.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -7,8 +7,8 @@
 #include <chrono>
 #include <functional>
 
-// A thread that has done its last step still stands in the process's list for a moment, and nothing
-// signals the end of that.
+// For conditions that nothing signals: for example, an ended thread stays in the process's list of
+// threads for a moment.
 inline bool comesTo(const std::function<bool()>& condition) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
   while (!condition()) {

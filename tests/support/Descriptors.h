@@ -9,9 +9,9 @@
 #include "ProcessState.h"
 #include "QuietThreads.h"
 
-// The descriptors of this process. A sanitizer looks at a type that is new to it through a pipe, on
-// whatever thread meets the type, and so takes free numbers for a moment: with one, what is to be
-// gone is judged when the other threads have gone to sleep. Without, it must be gone at once.
+// The descriptors of this process. When a sanitizer meets a type for the first time, it checks it
+// through a pipe, which takes free numbers for a moment. So with a sanitizer, the descriptors are
+// compared when the other threads sleep; without one, at once.
 
 inline bool isOpen(int fd) { return fcntl(fd, F_GETFD) != -1; }
 

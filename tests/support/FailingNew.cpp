@@ -35,7 +35,7 @@ constexpr size_t kNameSize = 16;
 thread_local Plan tPlan;
 
 std::atomic<bool> sNamedArmed{false};
-std::mutex sMutex;  // guards the two below
+std::mutex sMutex;  // guards the two variables below
 Plan sNamedPlan;
 char sThread[kNameSize] = "";
 

@@ -4,20 +4,20 @@
 
 #include <cstddef>
 
-// Memory that runs out, for the test program and for what it loads. Programs that want this take
-// FailingNew.cpp as one more source of theirs and call orb_hook_allocations(). What the recording
-// platform allocates never fails and is not counted: a real platform is no C++.
+// Allocations that fail, in the test program and in the libraries that it loads. A program that
+// needs this contains FailingNew.cpp and calls orb_hook_allocations() in CMake. Allocations of the
+// recording platform never fail and are not counted, because a real platform is not written in C++.
 namespace memory {
 
 // Whose allocations are counted and may fail.
 enum class Caller {
   Anybody,
-  Library  // only those that stand in the shared library itself, not in one that it uses
+  Library  // only calls in the shared library itself, not in a library that it uses
 };
 
-// While it lives, the @p nth allocation from now on, counted from 0, fails; once. It is one of this
-// thread, or, with a name, of whatever thread bears that name by then. One of each kind may live at
-// a time; that of this thread must end on it.
+// While it exists, allocation number @p nth from now on, counted from 0, fails once. It is an
+// allocation of this thread or, with a name, of a thread that has that name at that time. One
+// object of each kind may exist at a time; this thread's must be destroyed on this thread.
 class FailingNew {
  public:
   explicit FailingNew(size_t nth, Caller caller = Caller::Anybody, const char* thread = nullptr);
@@ -25,14 +25,14 @@ class FailingNew {
   FailingNew& operator=(const FailingNew&) = delete;
   ~FailingNew();
 
-  // Whether it has happened.
+  // Whether the allocation has failed.
   bool failed() const;
 
  private:
   const bool mNamed;
 };
 
-// While it lives, every allocation of this thread fails.
+// While it exists, every allocation of this thread fails.
 class NoMemory {
  public:
   NoMemory();
@@ -41,9 +41,9 @@ class NoMemory {
   ~NoMemory();
 };
 
-// Makes @p attempt with this thread's first allocation failing, then with its second, until there
-// are no more; @p check(nth) looks at what each failure has left. The last attempt lacked nothing.
-// Returns the number of those that failed.
+// Makes @p attempt while this thread's first allocation fails, then its second, until there are no
+// more. @p check(nth) checks the state after each failure. In the last attempt no allocation
+// failed. Returns the number of failed attempts.
 template <class Attempt, class Check>
 size_t failEach(Caller caller, const Attempt& attempt, const Check& check) {
   for (size_t nth = 0;; ++nth) {

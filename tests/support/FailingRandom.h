@@ -12,12 +12,12 @@
 
 #include "Interposed.h"
 
-// The program's own functions of libcrypto by which a log file gets and wraps its key. They leave
-// an error in libcrypto's queue, as its own do.
+// The program's own definitions of the libcrypto functions that make and wrap a log file's key.
+// They leave an error in libcrypto's queue, like the original functions.
 namespace libcrypto {
 
 inline std::atomic<bool> randomFails{false};
-inline std::optional<int> wrapResult;  // of RSA_public_encrypt(), instead of a try
+inline std::optional<int> wrapResult;  // RSA_public_encrypt() returns this and does nothing else
 
 inline void forget() {
   randomFails = false;
@@ -38,7 +38,7 @@ int EVP_RAND_generate(EVP_RAND_CTX* context, unsigned char* out, size_t size, un
   return ORB_NEXT(EVP_RAND_generate)(context, out, size, strength, resistance, more, moreSize);
 }
 
-// Deprecated, and what the library calls.
+// Deprecated, but the library calls it.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 int RSA_public_encrypt(int size, const unsigned char* from, unsigned char* to, RSA* key,

@@ -12,15 +12,15 @@
 
 #include "Interposed.h"
 
-// The program's own pthread_create(): no thread begins while the test says so.
+// The program's own pthread_create(). It fails while the test demands that.
 namespace threads {
 
 inline std::atomic<bool> fail{false};
-inline std::atomic<bool> failForWorker{false};  // only those that the library's worker wants
+inline std::atomic<bool> failForWorker{false};  // only calls by the library's worker
 inline std::function<void()> action;
 inline std::atomic<bool> armed{false};
 
-// The next thread that wants one does this before, once.
+// The next thread that creates a thread runs this first, once.
 inline void beforeNext(std::function<void()> first) {
   action = std::move(first);
   armed = true;

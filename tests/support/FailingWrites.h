@@ -13,10 +13,10 @@
 
 #include "Interposed.h"
 
-// The program's own write(): the next ones fail or are short. By one thread at a time.
+// The program's own write(). The next calls fail or are short. Used by one thread at a time.
 namespace writes {
 
-// An error, or no more than so many bytes; `before` comes first.
+// An error, or a limit for the number of bytes; `before` runs first.
 struct Outcome {
   int error;
   size_t most;
@@ -25,8 +25,8 @@ struct Outcome {
 constexpr size_t kAll = SIZE_MAX;
 constexpr int kEveryFd = -1;
 
-inline int fd = kEveryFd;             // which calls are meant and counted
-inline std::deque<Outcome> outcomes;  // of the next ones; then all goes well
+inline int fd = kEveryFd;             // calls for this descriptor are affected and counted
+inline std::deque<Outcome> outcomes;  // results of the next calls; all later calls succeed
 inline size_t calls = 0;
 
 inline void forget() {

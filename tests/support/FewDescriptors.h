@@ -11,8 +11,8 @@
 
 #include "QuietThreads.h"
 
-// Leaves just @p room descriptors for its lifetime. What other threads were about to finish they
-// finish before: a sanitizer that finds no descriptor for its look at a type takes it for a wrong
+// While it exists, the process can open only @p room more descriptors. First it waits until other
+// threads sleep, because a sanitizer that has no descriptor to check a type takes it for a wrong
 // one.
 class FewDescriptors {
  public:

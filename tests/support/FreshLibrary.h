@@ -11,8 +11,8 @@
 #include <fstream>
 #include <string>
 
-// Loads a library once more: the desktop's stand-ins read the environment while they are loaded,
-// and a process loads each file just once. So this is a copy of the file. It stays open.
+// Loads a library once more. The desktop's stand-ins read the environment while they are loaded,
+// and a process loads each file only once. So this loads a copy of the file, which stays loaded.
 inline void* openFresh(const std::string& library) {
   char path[] = "/tmp/orb-library-XXXXXX";
   const int fd = mkostemp(path, O_CLOEXEC);

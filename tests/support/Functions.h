@@ -34,7 +34,7 @@ struct Callbacks {
   LliLinkInterruptIndCb lliInterrupt;
 };
 
-// Callbacks by kind; those of a status are followed by those of the other services.
+// Callbacks by kind. The status callbacks of the three services are next to each other.
 enum Slot {
   kStatus,
   kStatusV2 = kStatus + int{kServices},
@@ -49,7 +49,7 @@ constexpr Slot slotOf(Slot first, Service service) {
   return static_cast<Slot>(int{first} + int{service});
 }
 
-// Callbacks of all kinds that hand on which they are and the number that they got first.
+// Callbacks of all kinds that pass on their slot and their first argument.
 template <void (*kHear)(Slot slot, int value)>
 const Callbacks& callbacksTo() {
   static const Callbacks callbacks{
@@ -70,7 +70,7 @@ const Callbacks& callbacksTo() {
   return callbacks;
 }
 
-// What all these callbacks heard, counted.
+// The calls of all these callbacks, counted.
 struct Heard {
   Slot slot;
   int value;
@@ -96,8 +96,8 @@ inline int64_t setCriteria(LceReportingCriteriaCb cb) {
   return lceSetReportingCriteria(&criteria, cb);
 }
 
-// All that the library exports but orbSdlSdkVersion, which is the same in every state. Never
-// destroyed: threads may call while the process ends.
+// All functions that the library exports, except orbSdlSdkVersion, which does the same in every
+// state. Never destroyed, because threads may call while the process exits.
 inline const std::vector<Function>& functions() {
   using C = const Callbacks&;
   static const auto& all = *new std::vector<Function>{

@@ -4,12 +4,12 @@
 
 #include <dlfcn.h>
 
-// A test program that defines a function of another library comes before that library: everybody's
-// calls end there. FailingThreads.h, FailingWrites.h and FailingRandom.h do that for calls that
-// several tests let fail; each is for one source of a program.
+// If a test program defines a function of another library, all calls in the process use the
+// program's definition. FailingThreads.h, FailingWrites.h and FailingRandom.h do that for calls
+// that several tests make fail. Include each in only one source file of a program.
 namespace interposed {
 
-// The definition behind the program's own.
+// The original definition, after the program's own.
 template <class Function>
 Function* next(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));

@@ -2,7 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// What the tests of the IPC layers share: its log lines without their head, and a few descriptors.
+// What the tests of the IPC layers share: their log lines without the head, and a few descriptors.
 
 #include <android/log.h>
 #include <sys/socket.h>
@@ -83,7 +83,7 @@ inline bool isRegistered(unsigned long peer, unsigned long session) {
   return socket || thread;
 }
 
-// A connected pair. `ours` goes to the code under test, the peer's end is closed here.
+// A connected pair of sockets. The code under test gets `ours`; the peer's end is closed here.
 struct SocketPair {
   SocketPair() {
     int fds[2] = {-1, -1};
@@ -113,7 +113,7 @@ struct SocketPair {
   int peer = -1;
 };
 
-// Keeps what a receiver hands on.
+// Keeps what a receiver passes on.
 class RecordingHandler : public ProcessHandler {
  public:
   struct Frame {
@@ -132,7 +132,7 @@ class RecordingHandler : public ProcessHandler {
   bool waitForFrames(size_t count) { return mFrames.waitForCount(count); }
   bool waitForEnd() const { return threadSemaphore()->decreaseFor(kPatience); }
   std::vector<Frame> frames() { return mFrames.all(); }
-  // The calls about ends, in order.
+  // The calls that report ends, in order.
   std::vector<std::string> calls() { return mCalls.all(); }
 
  private:

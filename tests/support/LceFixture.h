@@ -26,7 +26,7 @@ struct LceNames {
   static constexpr const char* kDestroy = "destroySdfClient";
   static constexpr const char* kCreateWithoutCallback = "cb function null";
   static constexpr const char* kDestroying = "Distroy";
-  // Whether a create without a client tells its own callback.
+  // Whether a create that has no client calls its own callback.
   static constexpr bool kCreateTells = false;
   static constexpr uint8_t kEndpoint = 105;
   static constexpr uint8_t kSdkType = orbsim::kSdkTypeLce;
@@ -51,7 +51,7 @@ struct LceNames {
             {"lceRegEstimationReports", [] { return lceRegEstimationReports(onReport); },
              [] { return lceRegEstimationReports(nullptr); }}};
   }
-  // By event number. The periodic report names the other one where it has no data.
+  // By event number. Without data, the line of the periodic report has the other report's name.
   static std::vector<EventTexts> events() {
     return {{"STATUS_IND", "Status IND message data not filled"},
             {"GET_LAST_ESTIMATION_REPORT_IND",

@@ -24,7 +24,7 @@ struct LleNames {
   static constexpr const char* kDestroy = "destroyLleClient";
   static constexpr const char* kCreateWithoutCallback = "Cb function null";
   static constexpr const char* kDestroying = "Destroy";
-  // Whether a create without a client tells its own callback.
+  // Whether a create that has no client calls its own callback.
   static constexpr bool kCreateTells = true;
   static constexpr uint8_t kEndpoint = 106;
   static constexpr uint8_t kSdkType = orbsim::kSdkTypeLle;

@@ -14,7 +14,7 @@ using namespace servicetest;
 inline void onInterrupt(LliHandoffIndType type, LliPreHandoffState state,
                         const LliInterruptInfo* info);
 
-// What an indication brings besides its type.
+// The values of an indication besides its type.
 struct Interruption {
   int preState;
   LliInterruptInfo info;
@@ -30,7 +30,7 @@ struct LliNames {
   static constexpr const char* kDestroy = "destroyLliClient";
   static constexpr const char* kCreateWithoutCallback = "cb function null";
   static constexpr const char* kDestroying = "Destroy";
-  // Whether a create without a client tells its own callback.
+  // Whether a create that has no client calls its own callback.
   static constexpr bool kCreateTells = true;
   static constexpr uint8_t kEndpoint = 107;
   static constexpr uint8_t kSdkType = orbsim::kSdkTypeLli;

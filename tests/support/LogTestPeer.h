@@ -14,7 +14,7 @@
 #include "LogTag.h"
 #include "RecordingPlatform.h"
 
-// What tests may see and set inside the log of the process. Its parts have public faces.
+// What tests may read and set inside the process's log. Its parts have public functions.
 struct LogTestPeer {
   static Log& log() { return *Log::getInstance(); }
   static RecordDump& recordDump() { return log().recordDump; }
@@ -23,7 +23,7 @@ struct LogTestPeer {
     const LockGuard lock(log().mutex);
     return log().encryptedLog.isEnabled();
   }
-  // The mutex that every record takes, for a thread that is to be inside a log call for long.
+  // The mutex that every record locks. For a test in which a thread stays inside a log call.
   static Mutex& mutex() { return log().mutex; }
   // Whether the calling thread is inside the log.
   static bool isWriting() { return Log::Writer::isHere(); }
@@ -61,7 +61,7 @@ inline void queueRecord(RecordDump& dump, const std::string& message) {
 
 constexpr char kLoggingProperty[] = "persist.vendor.data.orb.logging";
 
-// Each test begins and ends with a fresh log and a silent platform.
+// Each test begins and ends with a new log and a silent platform.
 class LogFixture : public testing::Test {
  protected:
   LogFixture() { startOver(); }

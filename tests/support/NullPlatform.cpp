@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The platform of the benchmarks: it does for a line what any platform must do, format it, and then
-// drops it; packets likewise. Any thread.
+// The platform of the benchmarks. It formats each line, as any platform must, and drops it. It
+// drops packets, too. Used by any thread.
 #include "NullPlatform.h"
 
 #include <android/log.h>

@@ -2,12 +2,13 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// What a program may choose of its platform; before the log reads it, not while others log.
+// Settings of the platform. A program changes them before the log reads them, and not while other
+// threads log.
 namespace nullplatform {
 
-// The logging property, as the log reads it in its set-up; empty at first.
+// The value of the logging property, which the log reads during its set-up; empty at first.
 void setLogging(const char* value);
-// Whether somebody takes diagnostic packets; at first nobody does.
+// Whether a client of the diagnostic channel takes packets; false at first.
 void setListening(bool on);
 
 }  // namespace nullplatform

@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-// Writes encrypted log files for the tests of their reader, without the reader's cryptography:
-// records are sealed by another library, keys are made and wrapped by the openssl program.
+// Writes encrypted log files for the tests of their reader, without the reader's cryptography.
+// Another library seals the records; the program openssl makes and wraps the keys.
 namespace orblogtest {
 
 namespace fs = std::filesystem;
@@ -28,7 +28,7 @@ inline Key keyOf(uint8_t seed) {
   return key;
 }
 
-// Seals records one after another; every one gets an IV of its own.
+// Seals records one after the other; each gets its own IV.
 class Sealer {
  public:
   explicit Sealer(const Key& key, uint8_t ivSeed = 0) : mIvSeed(ivSeed) {
@@ -54,7 +54,7 @@ class Sealer {
         (!text.empty() &&
          gcry_cipher_encrypt(mCipher, &bytes[30], text.size(), text.data(), text.size()) != 0))
       std::abort();
-    // Nothing encrypted means nothing finalised, and the tag is that of no data at all.
+    // Without data libgcrypt does not finalise, and the tag is that of empty data.
     if (text.empty()) gcry_cipher_encrypt(mCipher, nullptr, 0, nullptr, 0);
     if (gcry_cipher_gettag(mCipher, &bytes[14], 16) != 0) std::abort();
     return bytes;
@@ -92,7 +92,7 @@ inline Bytes readFile(const fs::path& path) {
   return Bytes(std::istreambuf_iterator<char>(file), {});
 }
 
-// A directory that goes with the test.
+// A directory that is removed with the test.
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {
@@ -114,12 +114,12 @@ class TemporaryDirectory {
   fs::path mPath;
 };
 
-// Runs a shell command whose output nobody wants; true when it succeeded.
+// Runs a shell command and drops its output; true if it succeeded.
 inline bool shell(const std::string& command) {
   return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
 }
 
-// An RSA key pair of the openssl program, in PEM files.
+// An RSA key pair that the program openssl made, in PEM files.
 class RsaKeyPair {
  public:
   explicit RsaKeyPair(int bits) {
@@ -146,7 +146,7 @@ class RsaKeyPair {
   TemporaryDirectory mDirectory;
 };
 
-// Made once per test program: making keys takes a while.
+// Made once per test program, because making keys takes long.
 inline const RsaKeyPair& keyPair() {
   static const RsaKeyPair pair(2048);
   return pair;

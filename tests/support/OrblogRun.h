@@ -21,18 +21,18 @@
 
 namespace orblogtest {
 
-// How the program is started, beyond its arguments.
+// How the program is started, besides its arguments.
 struct Start {
   Start(int most = -1) : descriptors(most) {}
-  int descriptors;               // so many files it may open at a time
+  int descriptors;               // the limit of its open descriptors
   std::string input;             // standard input is this file
   int inputPipe = -1;            // or this end of a pipe
   const char* output = nullptr;  // standard output is this file
   bool closesOutput = false;     // or a pipe that nobody reads
-  bool ignoresPipe = false;      // which SIGPIPE does not tell
+  bool ignoresPipe = false;      // SIGPIPE is ignored
 };
 
-// The program, running, with both its outputs in pipes and without a terminal.
+// The running program, with both outputs in pipes and without a terminal.
 class Orblog {
  public:
   explicit Orblog(const std::vector<std::string>& arguments, const Start& start = {}) {
@@ -75,18 +75,18 @@ class Orblog {
     close(mErr.fd);
   }
 
-  // Reads until the text has come to an output; false when it will not come any more.
+  // Reads until an output contains the text; false if the outputs ended without it.
   bool waitForOut(const std::string& text) { return waitFor(mOut, text); }
   bool waitForErr(const std::string& text) { return waitFor(mErr, text); }
   void signal(int number) const { kill(mProcess, number); }
-  // It does nothing any more when this returns; SIGCONT lets it go on.
+  // When this returns, the program is stopped. SIGCONT continues it.
   void stop() const {
     kill(mProcess, SIGSTOP);
     int status = 0;
     while (waitpid(mProcess, &status, WUNTRACED) < 0 && errno == EINTR) {
     }
   }
-  // Reads both outputs to their ends. The exit status, or -1 when a signal ended it.
+  // Reads both outputs to their ends. Returns the exit status, or -1 if a signal ended it.
   int wait() {
     while (mOut.open || mErr.open) {
       if (!readOne()) break;
@@ -107,7 +107,7 @@ class Orblog {
   const std::string& err() const { return mErr.text; }
   // The signal that ended it, or 0.
   int endedBy() const { return mEndedBy; }
-  // The most memory that it had, when it has ended; at least what this program has.
+  // The most memory that the ended program had; not less than this test program has.
   long peakKb() const { return mPeakKb; }
 
  private:
@@ -122,7 +122,7 @@ class Orblog {
     if (dup2(fd, place) < 0) _exit(127);
     close(fd);
   }
-  // Beside the standard streams, which are all that it inherits.
+  // Besides the standard streams. It inherits no other descriptors.
   static void limitDescriptors(int count) {
     for (int fd = STDERR_FILENO + 1; fd < 1024; ++fd) close(fd);
     rlimit limit = {};

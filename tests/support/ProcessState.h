@@ -13,7 +13,7 @@
 
 #include "ComesTo.h"
 
-// What this process holds at the moment, as the kernel lists it.
+// Descriptors, threads and memory of this process now, as the kernel lists them.
 namespace processstate {
 
 constexpr char kDescriptors[] = "/proc/self/fd";
@@ -32,11 +32,10 @@ inline std::vector<std::string> entriesOf(const char* path) {
   return names;
 }
 
-inline size_t descriptors() { return entriesOf(kDescriptors).size() - 1; }  // the list has one
+inline size_t descriptors() { return entriesOf(kDescriptors).size() - 1; }  // one is the list's own
 inline size_t threads() { return entriesOf(kThreads).size(); }
 
-// The names of all threads. A thread bears that of the one that made it until it has given itself
-// its own.
+// The names of all threads. A new thread has the name of its creator until it sets its own.
 inline std::vector<std::string> threadNames() {
   std::vector<std::string> names;
   for (const std::string& thread : entriesOf(kThreads)) {
@@ -55,7 +54,7 @@ inline size_t threadsNamed(const std::string& start) {
       names.begin(), names.end(), [&](const auto& name) { return startsWith(name, start); }));
 }
 
-// Worker, receivers and closers of the library. The threads of its log stay until the process ends.
+// The library's worker, receivers and closer. The threads of its log stay until the process ends.
 inline size_t libraryThreads() {
   const auto names = threadNames();
   return static_cast<size_t>(std::count_if(names.begin(), names.end(), [](const auto& name) {
@@ -66,7 +65,7 @@ inline bool libraryThreadsEnd() {
   return comesTo([] { return libraryThreads() == 0; });
 }
 
-// Descriptors and threads, to be compared with those of later.
+// The numbers of descriptors and threads, to compare with later ones.
 struct Census {
   size_t descriptors = processstate::descriptors();
   size_t threads = processstate::threads();

@@ -10,9 +10,9 @@
 #include <thread>
 #include <utility>
 
-// Notices when the machine keeps the process from running: the library gives its threads some tens
-// of milliseconds here and there, and no more can be expected of it. A thread of its own, from
-// construction to destruction, which also makes the call; mMutex guards the end.
+// Notices that the machine keeps the process from running. Some waits of the library are limited to
+// tens of milliseconds, and its threads cannot keep that if they do not run. It has its own thread
+// from construction to destruction, which also calls mOnLate. mMutex guards mEnd.
 class Pulse {
  public:
   explicit Pulse(std::function<void()> onLate = [] {})
@@ -54,8 +54,8 @@ class Pulse {
   std::thread mThread;
 };
 
-// Tries until it goes well, as long as the machine is at fault. What is tried begins afresh each
-// time.
+// Repeats an attempt that fails, as long as the machine kept the process from running meanwhile.
+// Each attempt starts from the beginning.
 inline bool goesWell(const std::function<bool()>& attempt) {
   for (;;) {
     const Pulse pulse;

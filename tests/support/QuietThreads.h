@@ -15,7 +15,7 @@
 
 namespace quiet {
 
-// The switches of every other thread by its number, or nothing when one of them is not asleep.
+// The number of context switches of each other thread; nothing if a thread does not sleep.
 inline std::optional<std::map<std::string, std::string>> sleepingThreads() {
   std::map<std::string, std::string> switches;
   const std::string self = std::to_string(syscall(SYS_gettid));
@@ -34,9 +34,9 @@ inline std::optional<std::map<std::string, std::string>> sleepingThreads() {
   return switches;
 }
 
-// Waits until all other threads have gone to sleep: each is found asleep twice, and has not run in
-// between. A process that forks earlier may hand its child a lock that one of them holds, and the
-// allocator of a sanitizer, unlike the C library's own, has nothing against that.
+// Waits until all other threads sleep: each sleeps at two looks, and has not run in between. If a
+// process forks earlier, a lock of another thread may stay locked in the child. The C library's
+// allocator prevents that for its own locks, the allocator of a sanitizer does not.
 inline void awaitThreads() {
   for (auto before = sleepingThreads();; sched_yield()) {
     auto now = sleepingThreads();

@@ -12,13 +12,13 @@
 #include <utility>
 #include <vector>
 
-// Whether a recorder keeps its entries in order, or only counts equal ones: a long run must not
-// keep all that it hears. What is counted needs an operator<.
+// Whether a recorder keeps its entries in order, or only counts equal ones. A long run must not
+// keep all entries. Counted entries need an operator<.
 enum class Keep { InOrder, Counts };
 
-// What callbacks got: any thread adds, the test looks and waits. The next entry of some kind may
-// bring an action, which then runs inside the callback. mMutex guards all and is free while the
-// action runs.
+// Records what callbacks got. Any thread adds entries; the test reads them and waits for them. A
+// test can have an action run inside the callback of the next entry of a kind. mMutex guards
+// everything and is not held while the action runs.
 template <class Entry, Keep kKeep = Keep::InOrder>
 class Recorder {
  public:
@@ -27,8 +27,8 @@ class Recorder {
   static constexpr std::chrono::seconds kPatience{20};
   static constexpr std::chrono::hours kWatched{24};  // a watchdog ends the wait
 
-  // Callbacks of the C API have no context, so theirs is one of the process. Never destroyed: they
-  // may come while the process exits.
+  // Callbacks of the C API have no context argument, so they use one recorder for the process.
+  // Never destroyed, because callbacks may come while the process exits.
   static Recorder& get() {
     static Recorder* const recorder = new Recorder;
     return *recorder;
@@ -44,7 +44,7 @@ class Recorder {
       } else {
         ++mEntries[entry];
       }
-      mChanged.notify_all();  // with the lock: whoever waits may destroy the recorder after that
+      mChanged.notify_all();  // with the lock: a waiting thread may destroy the recorder after that
     }
     if (!action) return;
     action();
@@ -62,12 +62,12 @@ class Recorder {
     const std::lock_guard<std::mutex> lock(mMutex);
     return countLocked(which);
   }
-  // All, which are forgotten with that.
+  // Returns all entries and removes them.
   List take() {
     const std::lock_guard<std::mutex> lock(mMutex);
     return std::exchange(mEntries, {});
   }
-  // Forgets the entries and the action.
+  // Removes the entries and the action.
   void clear() {
     const std::lock_guard<std::mutex> lock(mMutex);
     mEntries.clear();
@@ -82,12 +82,12 @@ class Recorder {
     std::unique_lock<std::mutex> lock(mMutex);
     return mChanged.wait_for(lock, patience, [&] { return countLocked(which) >= times; });
   }
-  // For so many more than there are.
+  // Waits for that many more than there are now.
   bool waitForMore(const Which& which, size_t more,
                    std::chrono::milliseconds patience = kPatience) {
     return waitFor(which, count(which) + more, patience);
   }
-  // Waits for at least so many and returns all there are.
+  // Waits for at least so many and returns all entries.
   List waitForAll(size_t times, std::chrono::milliseconds patience = kPatience) {
     waitForCount(times, patience);
     return all();

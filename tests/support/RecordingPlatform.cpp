@@ -22,7 +22,7 @@ namespace {
 constexpr size_t kDiagHeaderSize = 12;
 
 struct State {
-  std::mutex mutex;  // guards all below
+  std::mutex mutex;  // guards all members below
   std::condition_variable changed;
   std::vector<recording::Line> lines;
   std::map<std::string, std::string> properties;
@@ -60,7 +60,8 @@ std::string formatText(const char* format, va_list args) {
   return text;
 }
 
-// A packet in the making: header as the diagnostic library fills it, then the caller's body.
+// A packet that is not sent yet: the header as the diagnostic library fills it, then the caller's
+// body.
 struct PendingPacket {
   uint16_t length;
   uint16_t code;
@@ -244,7 +245,7 @@ void* log_alloc(log_code_type code, unsigned int length) {
   void* const packet = std::malloc(length);
   const PendingPacket header{static_cast<uint16_t>(length), code, {}};
   std::memcpy(packet, &header, sizeof header);
-  // Not zeroed on purpose: the caller has to fill every byte of its body.
+  // Not zeroed on purpose: the caller must fill every byte of its body.
   std::memset(static_cast<uint8_t*>(packet) + sizeof header, 0xA5, length - sizeof header);
   return packet;
 }

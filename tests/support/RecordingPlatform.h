@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-// The platform (log, properties, diagnostics) for tests: it keeps what the code under test writes
-// and answers what the test has set. All functions may be called from any thread. Its storage is
-// never destroyed, so threads that still log while the process exits do no harm.
+// The platform (log, properties, diagnostics) for tests. It records what the code under test writes
+// and returns the properties that the test has set. All functions may be called from any thread.
+// Its data is never destroyed, because threads may log while the process exits.
 namespace recording {
 
 struct Line {
@@ -24,16 +24,16 @@ struct Line {
   pid_t tid;
 };
 
-// Forgets lines, packets and property reads; properties and the diagnostic table stay.
+// Removes lines, packets and property reads; properties and the diagnostic table stay.
 void clear();
 
 std::vector<Line> lines();
 std::vector<std::string> texts();
 bool has(const std::string& text);            // some line has exactly this text
-bool hasEndingWith(const std::string& tail);  // some line ends so
+bool hasEndingWith(const std::string& tail);  // some line ends with this text
 size_t count(const std::string& text);
 
-// Waits until a recorded line (old or new) satisfies the predicate; false when none came in time.
+// Waits until a recorded line (old or new) satisfies the predicate; false if none came in time.
 // The predicate must not call into this namespace.
 bool waitFor(const std::function<bool(const Line&)>& predicate,
              std::chrono::milliseconds timeout = std::chrono::seconds(10));

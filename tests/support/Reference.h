@@ -7,10 +7,9 @@
 #include <string>
 #include <vector>
 
-// The same cryptography from another implementation, libgcrypt: what the library writes with
-// libcrypto is read with this, and the other way round. All functions may be called from any
-// thread; what libgcrypt refuses is a nullopt or, where a test cannot mean it, the end of the
-// program.
+// The same cryptography from another implementation, libgcrypt. It reads what the library writes
+// with libcrypto, and the reverse. All functions may be called from any thread. If libgcrypt
+// refuses an input, they return nullopt, or end the program if no test can mean that.
 namespace reference {
 
 using Bytes = std::vector<uint8_t>;

@@ -6,7 +6,7 @@
 
 namespace processstate {
 
-// Whether the library's IPC still knows of a socket or of a receiver thread.
+// Whether the library's IPC still has a registered socket or a receiver thread.
 inline bool socketsRegistered() {
   const auto globals = getProcessUtilsGlobals();
   const ScopedLock<SharedMutex> lock(globals->mLock);

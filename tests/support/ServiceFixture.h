@@ -34,15 +34,15 @@ struct ServiceName {
   }
 };
 
-// A request function of a service, with what a valid call looks like and one that is refused for
-// what it is given: no callback, or a number that is none.
+// A request function of a service, with a valid call and a call that is refused because of its
+// argument: no callback, or a wrong number.
 struct Request {
   const char* function;
   int64_t (*valid)();
-  int64_t (*invalid)();  // null: the function takes everything
+  int64_t (*invalid)();  // null: the function accepts every argument
 };
 
-// What the listener writes about a message: that it came, and that its member is missing.
+// The listener's lines about a message: that it came, and that its member is missing.
 struct EventTexts {
   const char* name;
   const char* empty;
@@ -104,7 +104,7 @@ class ServiceTools {
       return parseLine(line.text, S::kName, S::kName, parsed) && parsed == wanted;
     });
   }
-  // First line of everything that the listener is told.
+  // The first line of each call of the listener.
   static LogLine entered() { return {kBlobListener, std::string(S::kName) + "::blobListener"}; }
   static LogLine said(const std::string& message) { return {kBlobListener, message}; }
 
@@ -151,7 +151,7 @@ class ServiceTest : public ::testing::Test, protected ServiceTools<S> {
     ASSERT_EQ(0, S::create(Tools::onV2));
     ASSERT_TRUE(mDaemon.waitForFrames(2));
   }
-  // Enabled, with the traces of that removed.
+  // Enables, then removes the records of that.
   void enableQuietly() {
     enable();
     settle();
@@ -167,8 +167,8 @@ class ServiceTest : public ::testing::Test, protected ServiceTools<S> {
   void sendRaw(const Blob& blob) { ASSERT_TRUE(mDaemon.sendBlob(mSession, S::kSdkType, blob)); }
   void send(const typename S::ClientMsg& message) { sendRaw(serialise(message)); }
 
-  // Everything sent before has been dealt with once its status has arrived: frames are handled in
-  // order. Returns the calls without that one.
+  // Sends a status as a marker and waits for it. Then all earlier frames have been handled, because
+  // they are handled in order. Returns the calls without the marker's.
   CallList settle() {
     send(statusMessage<S>(kMarker));
     const Call marker{"status", kMarker - 1, {}};

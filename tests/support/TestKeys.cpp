@@ -90,7 +90,7 @@ const Owned<EVP_PKEY>& ecKey() {
 namespace testkeys {
 
 const RsaKey& rsaKey(unsigned bits) {
-  static std::mutex mutex;  // guards the keys made so far
+  static std::mutex mutex;  // guards the keys
   static std::map<unsigned, RsaKey> keys;
   const std::lock_guard<std::mutex> lock(mutex);
   const auto found = keys.find(bits);

@@ -17,12 +17,12 @@ struct RsaKey {
   std::string encryptedPem;     // PKCS#8, with a passphrase
   std::vector<uint8_t> n, e, d;
 };
-// 2048 bits or more; from 4096 on the modulus has four primes, which are found quickly.
+// 2048 bits or more. From 4096 bits on the modulus has four primes, which take less time to find.
 const RsaKey& rsaKey(unsigned bits);
 // A second key of 2048 bits.
 const RsaKey& otherRsaKey();
 
-// The public block of a key that nobody has the other half of: a made-up odd modulus of any size.
+// The public PEM block of a key without a private half: its modulus is an odd number of any size.
 std::string madeUpPublicPem(int bits, const std::string& exponentHex = "10001");
 
 std::string ecPublicPem();

@@ -6,14 +6,14 @@
 
 #include "ServiceFixture.h"
 
-// Frames and message pieces as bytes, put together without the library's or protobuf's help.
+// Frames and parts of messages as bytes, made without the library and without protobuf.
 namespace servicetest {
 
 inline void appendWord(Blob& bytes, uint64_t word) {
   for (int shift = 0; shift < 64; shift += 8) bytes.push_back(static_cast<uint8_t>(word >> shift));
 }
 
-// A whole frame with a blob of the service in it.
+// A whole frame that contains a blob of the service.
 template <class S>
 Blob frameBytes(uint64_t session, const Blob& blob) {
   Blob bytes;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 
-// A program for the sake of the headers that are compiled for it.
+// This program exists only because its target compiles headers.
 int main() { return 0; }

@@ -1,11 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# How tests start programs of this build, and what of them is not for another processor's build.
+# How tests start programs of this build, and which tests a build for another processor lacks.
 
-# orb_started(RESULT TARGET): the path by which a target's program is started. In a build for another
-# processor that is a script which puts the emulator before it and keeps its own name as the program's,
-# so that one that starts itself anew gets there, too. The kernel need not know of the emulator then.
-# The emulator limits the program's descriptors to ORB_STARTED_DESCRIPTORS, as no shell could start then.
+# orb_started(RESULT TARGET): the path with which a test starts a target's program. In a build for
+# another processor this is a script that calls the emulator. It passes its own path as the program's
+# name, so a program that starts itself again also starts the script. So the kernel need not support
+# the emulator. The emulator itself sets the limit ORB_STARTED_DESCRIPTORS for descriptors, because
+# no shell could start with it.
 function(orb_started RESULT TARGET)
   if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
     set(${RESULT} $<TARGET_FILE:${TARGET}> PARENT_SCOPE)
@@ -24,8 +25,9 @@ function(orb_started RESULT TARGET)
   set(${RESULT} ${script} PARENT_SCOPE)
 endfunction()
 
-# orb_finds(TARGET DEFINITION PATH...): TARGET finds in DEFINITION where a file of the build is, and
-# passes that through built() of support/Built.h, as tests may be carried elsewhere.
+# orb_finds(TARGET DEFINITION PATH...): defines DEFINITION as the path of a file of the build for
+# TARGET. The test passes it through built() of support/Built.h, because tests may be copied to another
+# machine.
 function(orb_finds TARGET)
   set(definitions ORB_BUILD="${PROJECT_BINARY_DIR}"
     ORB_STARTED_BY_SCRIPT=$<BOOL:${CMAKE_CROSSCOMPILING_EMULATOR}>)
@@ -46,8 +48,8 @@ function(orb_starts TARGET)
   endwhile()
 endfunction()
 
-# orb_not_run(REASON NAME...): tests of the host's build that this one does not have. The list is in
-# not_run.txt of the build, and `scripts/target test` prints it.
+# orb_not_run(REASON NAME...): tests that the build for this machine has and this build lacks. The list
+# is in not_run.txt of the build, and `scripts/target test` prints it.
 file(WRITE ${PROJECT_BINARY_DIR}/not_run.txt "")
 function(orb_not_run REASON)
   foreach(name ${ARGN})
@@ -56,7 +58,7 @@ function(orb_not_run REASON)
 endfunction()
 
 # orb_carried(NAME NEEDS TARGET ARGUMENT...): a test that can run on a device (tests/device). NEEDS are
-# programs that it asks for, or -; files among its arguments are named from the build's root.
+# the programs that it needs, or -. Paths of files among its arguments start at the build's root.
 function(orb_carried NAME NEEDS TARGET)
   string(JOIN " " line ${NAME} ${NEEDS} 600 $<TARGET_FILE:${TARGET}> ${ARGN})
   set_property(GLOBAL APPEND PROPERTY ORB_CARRIED "${line}")
