@@ -22,11 +22,11 @@
 namespace {
 
 constexpr int kPatienceMs = 10000;
-int events = -1;  // the daemon's end of BadDaemon::mEvents
+int events = -1;  // the daemon's side of BadDaemon::mEvents
 
 void tell() { (void)!::write(events, "", 1); }
 
-// What either side has shut down does not count, only the end of the connection.
+// Waits for the end of the connection, not for a shutdown of one direction.
 bool untilHangUp(int fd) {
   pollfd end = {fd, 0, 0};
   while (::poll(&end, 1, -1) < 0 && errno == EINTR) {
@@ -39,7 +39,7 @@ bool silent(int fd, unsigned) {
   return untilHangUp(fd);
 }
 
-// Shakes hands and then takes nothing, once it has shut down what it is told to.
+// Completes the handshake, shuts down the given directions and then reads nothing.
 bool connected(int fd, unsigned sessionId, int shutDown) {
   orbsim::HandshakeReply reply;
   if (!orbsim::performHandshake(fd, sessionId, reply)) return false;
@@ -51,7 +51,7 @@ bool readsNoMore(int fd, unsigned sessionId) { return connected(fd, sessionId, S
 bool writesNoMore(int fd, unsigned sessionId) { return connected(fd, sessionId, SHUT_WR); }
 bool doesNotRead(int fd, unsigned sessionId) { return connected(fd, sessionId, -1); }
 
-// A status that says success, of the service that has sent @p bytes; nothing if they are no frame.
+// A status "success" of the service that sent @p bytes; empty if they are no frame.
 orbsim::Blob statusFor(const orbsim::Blob& bytes, unsigned sessionId) {
   orbsim::FrameReader reader;
   orbsim::Frame request;
@@ -69,7 +69,7 @@ orbsim::Blob statusFor(const orbsim::Blob& bytes, unsigned sessionId) {
   return orbsim::encodeFrame(header, payload);
 }
 
-// Reads all there is and says status after status, one byte each millisecond.
+// Reads everything and sends status after status, one byte each millisecond.
 bool trickles(int fd, unsigned sessionId) {
   orbsim::HandshakeReply reply;
   if (!orbsim::performHandshake(fd, sessionId, reply)) return false;
@@ -98,7 +98,7 @@ bool trickles(int fd, unsigned sessionId) {
   return false;
 }
 
-// There is a socket, and nobody listens on it.
+// There is a socket file without a listener.
 bool leaveSocket() {
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;

@@ -6,18 +6,18 @@
 
 #include <array>
 
-// A state of the daemon in which no application gets what it wants.
+// A state of the daemon in which it does not serve applications.
 struct BadState {
   const char* name;
-  int connections;                             // that get there before anything is measured
-  bool (*script)(int fd, unsigned sessionId);  // after which a connection is closed; may be empty
+  int connections;                             // connections in the state before a measurement
+  bool (*script)(int fd, unsigned sessionId);  // then the connection is closed; may be null
 };
 
 extern const std::array<BadState, 7> kBadStates;
 
-// The daemon in a bad state, as a process of its own, so that what it costs is not counted. It has
-// to be made before the process has threads, and belongs to the main thread. Ended, with its
-// socket, by the destructor; by the kernel, if the process dies before.
+// The daemon in a bad state, in a separate process, so that its processor time is not counted. It
+// must be created before the process has threads, and belongs to the main thread. The destructor
+// ends it and removes its socket; if the process dies before, the kernel ends it.
 class BadDaemon {
  public:
   explicit BadDaemon(const BadState& state);
@@ -25,9 +25,9 @@ class BadDaemon {
   BadDaemon(const BadDaemon&) = delete;
   BadDaemon& operator=(const BadDaemon&) = delete;
 
-  // Once the daemon listens, if that is part of the state. False when that cannot be.
+  // Waits until the daemon listens, if that is part of the state. False if it cannot listen.
   bool ready() const { return mReady; }
-  // Until the connections that the state wants are in it. False when they do not come.
+  // Waits until as many connections as the state needs are in it. False if they do not come.
   bool waitForConnections() const;
 
  private:

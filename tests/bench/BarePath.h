@@ -13,10 +13,10 @@
 #include "BareQueue.h"
 #include "Countdown.h"
 
-// The way of a request and its answer without the library: the same bytes over a socket pair, the
-// same hops between threads, nothing else. request() is posted to a worker, which sends it to a
-// peer, which sends the answer to a receiver, which counts it. Used by one thread, which waits on
-// `answers`.
+// The path of a request and its answer without the library: the same bytes over a socket pair, the
+// same hand-overs between threads, nothing else. request() posts to a worker. The worker sends to a
+// peer, the peer sends the answer to a receiver, and the receiver counts it. Used by one thread,
+// which waits on `answers`.
 class BarePath {
  public:
   using Bytes = std::vector<uint8_t>;
@@ -38,7 +38,7 @@ class BarePath {
   }
 
   void request() { mQueue.post(true); }
-  // What the peer sends unasked.
+  // The peer sends this without a request.
   void indication() { sendAll(mSockets[1], mAnswer); }
 
   Countdown answers;
@@ -47,7 +47,7 @@ class BarePath {
   static bool sendAll(int fd, const Bytes& bytes) {
     return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
   }
-  // A frame as the library reads it: first the header, then as many bytes as it announces.
+  // Reads a frame as the library does: first the header, then as many bytes as the header says.
   static bool receiveFrame(int fd, size_t size) {
     uint8_t header[kHeader];
     if (recv(fd, header, kHeader, MSG_WAITALL) != static_cast<ssize_t>(kHeader)) return false;

@@ -10,8 +10,8 @@
 #include <mutex>
 #include <utility>
 
-// What posting to a thread costs at the least: a deque behind a mutex and an eventfd that counts
-// its items. Any thread posts, one takes. mLock guards mItems.
+// The least cost of posting to a thread: a deque with a mutex, and an eventfd that counts its
+// items. Any thread posts, one thread takes. mLock guards mItems.
 template <class T>
 class BareQueue {
  public:

@@ -4,23 +4,23 @@
 
 #include <functional>
 
-// Compares the library with a bare baseline in one process: both do the same number of operations,
-// by turns, so that what else the machine is doing hits both alike. The median of all rounds
-// counts. Used on the main thread.
+// Compares the library with a bare baseline in one process. Both do the same number of operations,
+// in turn, so that other load on the machine affects both. The result is the median of all rounds.
+// Used on the main thread.
 class Comparison {
  public:
-  // Does that many operations; returns when the last one is complete.
+  // Does so many operations; returns when the last one is complete.
   using Work = std::function<void(int operations)>;
 
-  // Reads the program's arguments: --rounds N, and --brief for so few operations that the figures
-  // mean nothing. Ends the process when they are wrong.
+  // Reads the program's arguments: --rounds N, and --brief for few operations, whose figures mean
+  // nothing. Ends the process if they are wrong.
   Comparison(int argc, char** argv);
 
-  // Prints one line for scripts/bench, of fields with tabs between them: the name, the unit, time
-  // of one operation of the library and of the baseline, the ratio of the two times, its least and
-  // greatest value.
+  // Prints one line for scripts/bench. Its fields have tabs between them: the name, the unit, the
+  // time of one operation of the library and of the baseline, the ratio of the two times, the least
+  // and the greatest ratio.
   void time(const char* name, int operations, const Work& library, const Work& baseline) const;
-  // The same with operations per second in place of times. The ratio is that of the times.
+  // The same with operations per second in place of times. The ratio is still that of the times.
   void rate(const char* name, int operations, const Work& library, const Work& baseline) const;
 
  private:

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <mutex>
 
-// One thread expects a number of events and waits for the last, others report them. mLock guards
+// One thread sets a number of events and waits for the last one; others report them. mLock guards
 // the number.
 class Countdown {
  public:
@@ -20,7 +20,7 @@ class Countdown {
     const std::lock_guard<std::mutex> lock(mLock);
     if (--mLeft == 0) mDone.notify_one();
   }
-  // Ends the process when they do not come: there is nothing to measure then.
+  // Ends the process if they do not come, because then there is nothing to measure.
   void wait() {
     std::unique_lock<std::mutex> lock(mLock);
     if (mDone.wait_for(lock, std::chrono::seconds(20), [this] { return mLeft <= 0; })) return;

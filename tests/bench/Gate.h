@@ -9,8 +9,8 @@
 #include <atomic>
 #include <cstdint>
 
-// One thread raises it, another waits for one raise after the other: the cheapest wake-up that the
-// system has, so that what is measured stays what wakes.
+// One thread raises it, another waits for each raise. It is the cheapest wake-up of the system, so
+// that a benchmark measures little else than its subject.
 class Gate {
  public:
   void raise() {

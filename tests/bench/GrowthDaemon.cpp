@@ -97,7 +97,7 @@ bool Daemon::answer(orbsim::Session& session, const orbsim::Frame& frame) {
          session.sendBlob(orbsim::kSdkTypeLce, criteriaResult(request.transaction_id()));
 }
 
-// Made once for each session.
+// Created once for each session.
 orbsim::Blob Daemon::answerOf(const orbsim::Session& session, uint32_t service) {
   const LockGuard lock(mLock);
   orbsim::Blob& frame = mReady[{session.id(), service}];

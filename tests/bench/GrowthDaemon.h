@@ -13,14 +13,14 @@
 
 namespace growth {
 
-// A daemon that answers each service's request with bytes that are ready, and criteria by their id,
-// or not at all. Its settings are for the main thread, between requests. mLock guards the frames
-// that are ready, which the sessions' threads share.
+// A daemon that answers each service's request with prepared bytes, and criteria with their id or
+// not at all. The main thread changes its settings between requests. mLock guards the prepared
+// frames, which the sessions' threads share.
 class Daemon {
  public:
   Daemon();
   bool start() { return mDaemon.start(); }
-  // Characters of text in the reports that answer requests.
+  // The number of characters of text in the reports that answer requests.
   void setPayload(size_t payload);
   // Whether criteria are answered.
   void setAnswering(bool on) { mAnswering = on; }

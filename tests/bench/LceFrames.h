@@ -8,7 +8,7 @@
 
 #include "orbsim/Daemon.h"
 
-// Frames of LCE as they are on the socket, for daemons and bare peers that send ready-made bytes.
+// Frames of LCE as they are on the socket, for daemons and bare peers that send prepared bytes.
 namespace lceframes {
 
 constexpr uint32_t kFirstSession = 1;
@@ -20,10 +20,10 @@ orbsim::Blob request();
 orbsim::Blob answer(const std::string& errorString);
 orbsim::Blob indication();
 
-// The message of that answer alone.
+// Only the message of that answer.
 orbsim::Blob answerBlob(const std::string& errorString);
 
-// The daemon answers each such request at once, and serves others as ever.
+// Makes the daemon answer each such request at once. It serves other requests as usual.
 void answerAtOnce(orbsim::Daemon& daemon);
 
 }  // namespace lceframes

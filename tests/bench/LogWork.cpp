@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kConfigFile[] = "/data/vendor/orb_logs/config/orb_log_config";
 
-// Nobody has its private half. Always the same, so that every run does the same work.
+// A key without a private half. It is always the same, so that every run does the same work.
 constexpr char kPublicKey[] =
     "-----BEGIN PUBLIC KEY-----\n"
     "MIIBIjANBgkqhkiG9w0BAQEFAAOCAQ8AMIIBCgKCAQEAlPPMvVoRQ/ZkMxPQcynG\n"

@@ -2,13 +2,14 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// What benchmarks have the log do, on a platform that formats its lines and drops them. On the main
-// thread.
+// The work of the log in benchmarks, on a platform that formats its lines and drops them. Used on
+// the main thread.
 namespace logwork {
 
-// Sets the log up again: with this logging property, and with somebody who takes packets or not.
+// Sets the log up again, with this logging property, and with or without a client that takes
+// packets.
 void setUpAgain(const char* logging, bool listening);
-// From the next set-up on, records are encrypted. False when the configuration cannot be written:
+// From the next set-up on, records are encrypted. False if the configuration cannot be written;
 // this needs scripts/sandbox.
 bool configureEncryption();
 

@@ -38,10 +38,10 @@ class Handler : public orb::utils::OrbEventHandler<uint64_t> {
   }
 
   Gate gate;
-  uint64_t last = 0;  // set before the posts that reach it
+  uint64_t last = 0;  // the last number; set before the posts
 };
 
-// The event loop on a thread of its own, as the SDK worker runs it.
+// The event loop on its own thread, as the SDK worker runs it.
 class Loop {
  public:
   Loop()
@@ -56,7 +56,7 @@ class Loop {
     mThread.join();
   }
 
-  // Waits for each item.
+  // Waits for each item before it posts the next one.
   void ping(uint64_t count) {
     mHandler.last = 1;
     for (uint64_t i = 0; i < count; ++i) {
@@ -64,7 +64,7 @@ class Loop {
       mHandler.gate.wait();
     }
   }
-  // Waits for the last one.
+  // Waits for the last item only.
   void flood(uint64_t count) {
     mHandler.last = count;
     for (uint64_t i = 1; i <= count; ++i) mHandler.postEvent(i);
@@ -167,7 +167,7 @@ void figures::printTimers(bool brief) {
   const size_t count = brief ? 100 : 10000;
   OrbTimer timer(nullptr);
   std::mt19937 random(1);  // the same delays in every run
-  // The least of all rounds: the rest is what else the machine does.
+  // The least of all rounds; more than that is other load on the machine.
   TimerTimes best = addAndFire(timer, random, count);
   for (int round = 1; round < (brief ? 1 : 5); ++round) {
     const TimerTimes times = addAndFire(timer, random, count);

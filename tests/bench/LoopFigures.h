@@ -3,11 +3,11 @@
 #pragma once
 
 // Figures of the event loop and the timer queue, printed as "name value unit" lines. With @p brief
-// of so few operations that only the names count.
+// they do few operations, and the values mean nothing.
 namespace figures {
 
-// From a post to an event handler until the item is handled on the loop's thread: one at a time,
-// and many at once.
+// The time from a post to an event handler until the loop's thread handles the item: one item at a
+// time, and many at once.
 void printLoop(bool brief);
 // 10000 timers with delays of 1 to 20 ms: adding one, running one that is due, removing one.
 void printTimers(bool brief);

@@ -10,8 +10,8 @@
 #include "EventManager.h"
 #include "OrbEventHandler.h"
 
-// Both loops have a thread of their own, which counts the numbers that any thread posts. Owned by a
-// benchmark, which waits on `handled` and ends them.
+// Each loop has its own thread, which counts the numbers that any thread posts. A benchmark owns
+// it, waits on `handled` and ends it.
 
 class BareLoop {
  public:

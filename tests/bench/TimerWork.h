@@ -9,8 +9,8 @@
 #include <random>
 #include <vector>
 
-// What benchmarks have a timer queue do, always with the same delays. @p Timers adds, runs and
-// removes as OrbTimer does; its forward() moves its clock on by milliseconds. One thread.
+// The work of a timer queue in benchmarks, always with the same delays. @p Timers adds, runs and
+// removes as OrbTimer does; its forward() advances its clock by milliseconds. Used by one thread.
 template <class Timers>
 class TimerWork {
  public:
@@ -30,8 +30,8 @@ class TimerWork {
     }
   }
 
-  // Removes a timer out of a thousand and adds another, @p count times. What it leaves would run in
-  // an addAndRun() behind it.
+  // Removes a timer out of a thousand and adds another, @p count times. A later addAndRun() would
+  // run the timers that it leaves.
   void removeAndAdd(int count) {
     while (mIds.size() < kQueued) mIds.push_back(add(kFarMs + static_cast<long>(mRandom() % 1000)));
     for (int i = 0; i < count; ++i) {

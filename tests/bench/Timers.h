@@ -10,7 +10,7 @@
 
 #include "OrbTimer.h"
 
-// The library's timers on the real clock, which forward() moves on, so that nobody waits.
+// The library's timers on the real clock plus what forward() adds, so that no time passes in waits.
 class ForwardTimer : public OrbTimer {
  public:
   ForwardTimer() : OrbTimer(nullptr) {}
@@ -28,7 +28,7 @@ class ForwardTimer : public OrbTimer {
   timespec mAhead{0, 0};
 };
 
-// The library's timers on a clock that goes on by the same step with each look at it, so that
+// The library's timers on a clock that advances by the same step each time it is read, so that
 // every run does the same.
 class SteppingTimer : public OrbTimer {
  public:
@@ -46,8 +46,8 @@ class SteppingTimer : public OrbTimer {
   mutable timespec mNow{1000, 0};
 };
 
-// What timers cost at the least: a heap of what a timer has to have, ordered by the real clock's
-// nanoseconds. Who removes one looks for it and puts the heap in order again.
+// The least cost of timers: a heap with the few members that a timer needs, ordered by nanoseconds
+// of the real clock. To remove a timer, it searches the heap and orders it again.
 class BareTimers {
  public:
   using Callback = int (*)(void* data);

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Figures of single parts of the library as "name value unit" lines, to be set beside those of
-// other programs that do the same work; and the same work by itself, for its instructions to be
-// counted.
+// Figures of single parts of the library as "name value unit" lines, to compare with other programs
+// that do the same work. It can also do only the work of one figure, to count its instructions.
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdio>
@@ -19,7 +18,7 @@
 
 namespace {
 
-// Constant lines and lines with conversions take turns, as they do in real traffic.
+// Constant lines and lines with conversions alternate, as in real traffic.
 void sdkLines(int count) {
   for (int i = 0; i < count; ++i) {
     if (i % 2 != 0) {
@@ -39,7 +38,7 @@ void records(int count) {
   }
 }
 
-// One kind of log call: the state of the log, and what is called.
+// One kind of log call: the state of the log, and the call.
 struct LogFigure {
   const char* name;
   int operations;
@@ -47,7 +46,7 @@ struct LogFigure {
   bool listening, encrypted;
   void (*work)(int count);
 };
-// Encryption comes last: once configured it stays.
+// Encryption comes last, because it cannot be switched off again.
 constexpr LogFigure kLogFigures[] = {
     {"log.call.project", 200000, "0", false, false, sdkLines},
     {"log.queued.project", 200000, "1", false, false, records},
@@ -70,7 +69,7 @@ void print(const LogFigure& figure, bool brief) {
   figures::put(figure.name, time.count() / operations);
 }
 
-// One figure's work alone; false when it cannot be.
+// Does only the work of one figure; false if that is not possible.
 bool runAlone(const std::string& name, int operations) {
   for (const LogFigure& figure : kLogFigures) {
     if (name != figure.name) continue;

@@ -4,8 +4,8 @@
 """Draws the curves of scripts/bench-growth with gnuplot, writes the tables of the document and says
 which curves bend upward.
 
-A curve bends upward if from its reference size to its largest it grows by more than half above what
-its floor does. That of the payload is the cost of each further byte.
+A curve bends upward if it grows from its reference size to its largest size by more than 1.5 times the
+growth of its floor. The cost of the payload is the cost of each further byte.
 """
 import argparse
 import csv
@@ -15,10 +15,10 @@ import subprocess
 import sys
 
 LIMIT = 1.5
-COLOURS = ("#0072B2", "#D55E00", "#009E73")  # told apart with any kind of colour vision
+COLOURS = ("#0072B2", "#D55E00", "#009E73")  # also for people who cannot see all colours
 
-# A picture: its curves with their names, what is on the axes, by how many of the data's units one of
-# the picture's is, and from which size on curves are judged; None: they are not.
+# A picture: its curves with their names, the labels of the axes, the number of the data's units in one
+# of the picture's units, and the size from which on curves are judged; None: they are not judged.
 PICTURES = {
     "payload": ({"payload": "request and answer"}, "bytes of text in the answer", "µs", 1e3, 10000),
     "services": ({"services": "request and answer"}, "services of the process", "µs", 1e3, 1),
@@ -47,7 +47,7 @@ def read(path):
 
 
 def number(value):
-    """Three digits that count."""
+    """Three significant digits."""
     return "%.0f" % value if value >= 100 else "%.1f" % value if value >= 10 else "%.2f" % value
 
 
@@ -56,7 +56,7 @@ def grouped(size):
 
 
 def growth(name, curve, reference, column):
-    """How many times the cost at the reference is that at the largest size."""
+    """The cost at the largest size, divided by the cost at the reference."""
     sizes = sorted(size for size in curve if size >= reference)
     if name != "payload":
         return curve[sizes[-1]][column] / curve[sizes[0]][column]
@@ -67,7 +67,7 @@ def growth(name, curve, reference, column):
 
 
 def judge(curves):
-    """A line for each curve, and whether none bends upward."""
+    """A line for each curve, and whether no curve bends upward."""
     lines, good = ["| curve | from | to | grows by | floor | |", "|---|---|---|---|---|---|"], True
     for names, _, _, _, reference in PICTURES.values():
         for name in names:
@@ -105,7 +105,7 @@ def footprint(curves):
 
 
 def script(names, curves, label, unit, scale, path):
-    """What gnuplot is told. Sizes stand side by side, as steps of ten do on a logarithmic axis."""
+    """The input of gnuplot. The sizes have equal distances, as on a logarithmic axis."""
     sizes = sorted({size for name in names for size in curves[name]})
     out = ["set encoding utf8",
            "set terminal svg size 720,400 font 'sans-serif,14' background 'white'",

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-"""Measures how what orblog costs grows with the log, as CSV for scripts/bench-growth: nanoseconds of
-processor time for each megabyte of lines, beside opening all records by a bare loop; and its most
-memory in KiB."""
+"""Measures how the cost of orblog grows with the log, as CSV for scripts/bench-growth: nanoseconds of
+processor time for each megabyte of lines, and the same for a bare loop that opens all records; and
+orblog's most memory in KiB."""
 import argparse
 import os
 import shutil
@@ -15,7 +15,7 @@ LEAST = 20  # megabytes of a measurement
 
 
 def run(command):
-    """Processor time in seconds and most memory in KiB of a program that writes to nobody."""
+    """Processor time in seconds and the most memory in KiB of a program; its output is dropped."""
     with open(os.devnull, "wb") as nobody:
         process = subprocess.Popen(command, stdout=nobody)
         _, status, usage = os.wait4(process.pid, 0)

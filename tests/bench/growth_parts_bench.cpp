@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// How the cost of single parts grows, from the library's own objects: posting to the event loop
-// with the threads that post, timers with the timers that wait, records with the records that wait.
-// The floors are the lean forms of each: a locked deque and an eventfd, an ordered map, a locked
-// deque of texts.
+// How the cost of single parts grows, with the library's own objects: posts to the event loop with
+// the number of threads that post, timers with the number of waiting timers, records with the
+// number of waiting records. The floors are simple forms of each: a locked deque and an eventfd, an
+// ordered map, a locked deque of texts.
 #include <android/log.h>
 #include <diag/diag.h>
 #include <sys/time.h>
@@ -34,9 +34,9 @@ namespace {
 
 constexpr size_t kPosts = 16000;
 constexpr size_t kLeastTimers = 2000;    // in one measurement
-constexpr size_t kLeastRecords = 20000;  // the same
+constexpr size_t kLeastRecords = 20000;  // in one measurement
 
-// All threads begin together; the cost ends when the last item is handled.
+// All threads begin together. The measurement ends when the last item is handled.
 template <class Loop>
 double postFrom(size_t threads, size_t each) {
   Loop loop;
@@ -74,7 +74,7 @@ int fire(void*) {
   return -1;
 }
 
-// The library's queue, on a clock that can be put forward.
+// The library's queue, on a clock that the benchmark can advance.
 class JumpingTimer : public OrbTimer {
  public:
   JumpingTimer() : OrbTimer(nullptr) {}
@@ -95,7 +95,7 @@ class JumpingTimer : public OrbTimer {
   std::vector<int> mIds;
 };
 
-// The same in an ordered map, with a look at the clock where the library has one.
+// The same with an ordered map. It reads the clock as often as the library.
 class BareTimer {
  public:
   void jump() { mAhead += kJump; }
@@ -126,8 +126,8 @@ class BareTimer {
 
 enum class Step { kAdd, kFire, kRemove };
 
-// One step of queues with that many timers each, so many that a step takes its time. A tenth of the
-// timers is removed, from anywhere.
+// One step of queues with that many timers each; so many queues that a step is long enough to
+// measure. A tenth of the timers, chosen at random, is removed.
 template <class Timer>
 double timers(const Growth& growth, Step measured, size_t count) {
   const size_t queues = 1 + growth.operations(kLeastTimers) / count;
@@ -175,7 +175,7 @@ void growTimers(const Growth& growth) {
 constexpr char kText[] =
     "|ORB|IpcReceiver::receive:142 handling a message of the daemon, number 5 of 9, kind report";
 
-// Records as the log queues them, and as a dump puts them into words for somebody who listens.
+// Records as the log queues them, and as a dump formats them for a client that takes packets.
 class Records {
  public:
   void add() {
@@ -189,7 +189,7 @@ class Records {
   RecordDump mDump{[](const char*, int) {}};
 };
 
-// Texts with their time in a locked deque, put into words by one call of the C library.
+// Texts with their time in a locked deque, formatted by one call of the C library.
 class BareRecords {
  public:
   void add() {
@@ -219,7 +219,7 @@ class BareRecords {
   std::deque<std::pair<timeval, std::string>> mQueue;
 };
 
-// What one record costs that is queued, or dumped, in a queue that grows to @p count.
+// The cost of one record that is queued, or dumped, in a queue that grows to @p count.
 template <class Queue>
 double records(const Growth& growth, bool dumping, size_t count) {
   const size_t queues = 1 + growth.operations(kLeastRecords) / count;

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// How the cost of the whole path grows, through the C API of the shared library beside the daemon
-// stand-in: with the payload of an answer, the services of the process, the threads that request
-// and the criteria that wait for an answer. The floor is the same bytes over socket pairs.
+// How the cost of the whole path grows, through the C API of the shared library with the daemon
+// stand-in: with the size of an answer's payload, the number of services in the process, of threads
+// that make requests, and of criteria that wait for an answer. The floor is the same bytes over
+// socket pairs.
 #include <orb/sdl.h>
 
 #include <algorithm>
@@ -23,10 +24,10 @@
 namespace {
 
 constexpr size_t kRequests = 400;
-constexpr size_t kFewRequests = 40;  // with payloads that take longer than all else
+constexpr size_t kFewRequests = 40;  // with large payloads, which take long
 constexpr size_t kLongPayload = 100000;
 
-// What callbacks reach; they may still come while the process exits.
+// What callbacks use. Never destroyed, because they may come while the process exits.
 Countdown& answers() {
   static Countdown* const instance = new Countdown;
   return *instance;
@@ -133,7 +134,7 @@ void growServices(const Growth& growth) {
       });
 }
 
-// All threads begin together; the cost ends with the last answer.
+// All threads begin together. The measurement ends with the last answer.
 template <class Request>
 double fromThreads(size_t threads, size_t requestsOfEach, Countdown& arrived, Request request) {
   arrived.expect(static_cast<int>(threads * requestsOfEach));
@@ -166,7 +167,7 @@ void growThreads(const Growth& growth) {
       });
 }
 
-// Criteria that the daemon leaves unanswered, and beside them some that it answers.
+// Criteria that the daemon does not answer, and some that it answers.
 class Criteria {
  public:
   explicit Criteria(growth::Daemon& daemon) : mDaemon(daemon) {}
@@ -177,7 +178,7 @@ class Criteria {
     while (mPending < count) {
       const size_t some = std::min(count - mPending, kAtOnce);
       for (size_t i = 0; i < some; ++i) set();
-      roundTrips(1, 1);  // behind all of them
+      roundTrips(1, 1);  // waits until the daemon has got all of them
       mPending += some;
     }
     mDaemon.setAnswering(true);

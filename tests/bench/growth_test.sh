@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# What scripts/bench-growth writes: growth_test.sh REPOSITORY BUILD. Costs are not looked at.
+# Checks what scripts/bench-growth writes, but not the costs: growth_test.sh REPOSITORY BUILD.
 set -euo pipefail
 repository=$1 build=$2
 script=$repository/scripts/bench-growth
@@ -45,8 +45,8 @@ cp "$work/performance.md" "$work/first.md"
 diff -r "$work/first" "$work/out" || fail "other pictures of the same data"
 cmp "$work/first.md" "$work/performance.md" || fail "other tables of the same data"
 
-# What a curve has to be for a verdict: twice the cost at a hundred times the size is too much, unless
-# the floor does the same.
+# When a curve is refused: if it costs twice as much at a hundred times the size, and the floor does
+# not.
 judge() { # judge LIBRARY FLOOR: of 100,000 criteria
   awk -F, -v OFS=, -v library="$1" -v floor="$2" '
     NR == 1 || $1 ~ /^(orblog_memory|resident|resident_own|stripped)$/ { print; next }

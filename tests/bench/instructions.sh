@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# Counts the instructions of one operation and compares them with what is committed.
+# Counts the instructions of one operation and compares them with the committed count.
 set -euo pipefail
 
 usage() {
@@ -16,8 +16,8 @@ instructions.baseline. More than 3 % above that is a failure.
   -h, --help   Print this text and exit.
 
 Instructions are counted by valgrind, so neither other load nor the clock changes them. Functions of the
-C library and of libcrypto that have a variant for each processor are held to the one that all x86-64
-have. A baseline of another way of building, as its first line says, is only reported.
+C library and of libcrypto that have variants for processors use the variant for all x86-64 processors.
+The first line of the baseline names its build; counts of another kind of build are not compared.
 
   ORB_INSTRUCTIONS_UPDATE=1   Write the count to the baseline instead of comparing.
   ORB_INSTRUCTIONS_FILES      Folder of conf and baseline. [Default: that of this script]
@@ -56,13 +56,13 @@ read -r _ first second function program arguments <<<"$row" || true
 }
 command -v valgrind >/dev/null || fail "valgrind is missing; scripts/setup installs it"
 
-# Valgrind shows a program the processor that it runs on. These are bits for what not all have: wider
-# vectors, copying by one instruction, random numbers and hashes.
+# Under valgrind a program sees the processor of this machine. These are the bits for features that not
+# all processors have: wider vectors, copying by one instruction, random numbers and hashes.
 hwcaps=-AVX,-AVX2,-AVX_Fast_Unaligned_Load,-AVX512F,-ERMS,-FSRM,-BMI1,-BMI2,-LZCNT,-MOVBE,-RTM
 export GLIBC_TUNABLES=glibc.cpu.hwcaps=$hwcaps
 export OPENSSL_ia32cap=~0x5000000000000000:0
 
-# count OPERATIONS: prints how many instructions that many take.
+# count OPERATIONS: prints the number of instructions for so many operations.
 count() {
   local out=$PWD/instructions.$name.$1 counted=()
   local words
@@ -90,7 +90,7 @@ if [[ ${ORB_INSTRUCTIONS_UPDATE-} ]]; then
   flock 9
   others=$(awk -v name="$name" '!/^#/ && $1 != name' "$baseline")
   former=$(sed -n '1s/^# //p' "$baseline")
-  # Counts of another way of building are no good beside this one.
+  # Counts of another kind of build cannot stay beside this one.
   [[ $former == "$built" ]] || others=
   {
     echo "# $built"
@@ -104,7 +104,7 @@ fi
 
 former=$(sed -n '1s/^# //p' "$baseline")
 if [[ $former != "$built" ]]; then
-  echo "$name: $now instructions. The baseline is of another way of building, so nothing is compared:"
+  echo "$name: $now instructions. The baseline is of another kind of build, so nothing is compared:"
   printf '%s\n' "  baseline: $former" "  here:     $built"
   exit 0
 fi
@@ -121,6 +121,6 @@ if ((now * 100 > then * (100 + limit))); then
     "  ORB_INSTRUCTIONS_UPDATE=1 ctest --preset dev -R '^instructions_$name\$'"
 fi
 if ((now * 100 < then * (100 - limit))); then
-  echo "That is more than $limit % below. Move the baseline, so that it stays so:"
+  echo "That is more than $limit % below it. Move the baseline to the lower count:"
   echo "  ORB_INSTRUCTIONS_UPDATE=1 ctest --preset dev -R '^instructions_$name\$'"
 fi

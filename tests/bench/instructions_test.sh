@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# How counted instructions are compared with the baseline: instructions_test.sh SCRIPT. A stand-in for
-# valgrind counts $per_operation for each operation, and a thousand for the program's start.
+# Tests how instructions.sh compares counts with the baseline: instructions_test.sh SCRIPT. A stand-in
+# for valgrind counts $per_operation for each operation, and a thousand for the program's start.
 set -euo pipefail
 script=$1
 
@@ -68,10 +68,10 @@ for function in 'Thing::work\*' other; do
   grep -qx "only $function" asked || fail "the function $function is not named"
 done
 
-# Nothing can be said of another compiler, and nothing of it stays in the baseline.
+# Counts of another compiler are not compared and do not stay in the baseline.
 built="compiler 2"
 run 0 2000 whole
-says "another way of building"
+says "another kind of build"
 says "baseline: ${here#\# }"
 ORB_INSTRUCTIONS_UPDATE=1 run 0 2000 whole
 [[ $(<instructions.baseline) == "# compiler 2, "*$'\n'"whole 2000" ]] || fail "counts of both ways"

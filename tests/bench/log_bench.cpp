@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// What a record costs for each sink: the platform's log alone, the diagnostic channel, the queue of
-// the deferred mode, encrypted files. The baseline formats the same line once; for encrypted files
-// it seals a text of the record's length as well.
+// The cost of a record for each destination: only the platform's log, the diagnostic channel, the
+// queue of the deferred mode, encrypted files. The baseline formats the same line once; for
+// encrypted files it also seals a text of the record's length.
 #include <android/log.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
@@ -41,7 +41,7 @@ void bareLines(int count) {
   }
 }
 
-// One key and one context for all texts; each gets random bytes of its own as IV.
+// One key and one context for all texts; each text gets a new random IV.
 class BareSeal {
  public:
   BareSeal() {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
-// Makes an encrypted log of a given size for the measuring of its reader, and the same text in the
-// clear beside it. What it makes is the same in every run, save for the key. It also opens the
-// records of such a log and does nothing else: what no reader can be faster than.
+// Makes an encrypted log of a given size, to measure its reader, and a file with the same text, not
+// encrypted. Both are the same in every run, except for the key. It can also only open the records
+// of such a log; no reader can be faster than that.
 #include <openssl/evp.h>
 
 #include <algorithm>

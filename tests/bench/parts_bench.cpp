@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Single parts of the library: handing an item to the event loop, a timer, and one log line of each
-// front end.
+// Single parts of the library: an item for the event loop, a timer, and one log line of each front
+// end.
 #include <android/log.h>
 #include <unistd.h>
 
@@ -24,7 +24,7 @@ constexpr int kTimers = 100000;
 constexpr int kRemovals = 20000;
 constexpr int kLines = 100000;
 
-// Both ends of a hand-over post numbers; the thread at the other end counts them.
+// One thread posts numbers; the thread of the loop counts them.
 template <class Loop>
 void handOver(Loop& loop, int count, int burst) {
   for (int left = count; left > 0; left -= burst) {
@@ -57,7 +57,7 @@ void compareTimers(const Comparison& comparison) {
       [&](int count) { bare.removeAndAdd(count); });
 }
 
-// The same line, made by one call of the C library and handed to the platform.
+// The same line, made by one call of the C library and passed to the platform.
 void bareLine(int level, const char* tag, int value) {
   char text[512];
   std::snprintf(text, sizeof text, "|%s|%s::%s:%d value %d of %s", tag, "parts_bench", "bareLine",

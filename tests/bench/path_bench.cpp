@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The whole path, through the C API of the shared library: a request to the callback of its answer,
-// and reports that the daemon sends by itself.
+// The whole path, through the C API of the shared library: from a request to the callback of its
+// answer, and reports that the daemon sends without a request.
 #include <orb/sdl.h>
 
 #include <cstdio>
@@ -15,10 +15,10 @@
 namespace {
 
 constexpr int kRoundTrips = 2000;
-constexpr int kBurst = 100;  // indications before a wait: fewer than a socket's buffer holds
+constexpr int kBurst = 100;  // indications before a wait; a socket's buffer has space for more
 constexpr int kIndications = 20000;
 
-// What callbacks reach; they may still come while the process exits.
+// What callbacks use. Never destroyed, because they may come while the process exits.
 Countdown& answers() {
   static Countdown* const instance = new Countdown;
   return *instance;
@@ -34,7 +34,8 @@ bool enableLce() {
   return lceRegEstimationReports(onReport) == 0;
 }
 
-// Sends in bursts and waits for each to arrive, so that neither side ever waits for room.
+// Sends in bursts and waits until each has arrived, so that neither side waits for space in a
+// buffer.
 template <class Send>
 void inBursts(int count, Countdown& arrived, const Send& send) {
   for (int left = count; left > 0; left -= kBurst) {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The work of the whole path alone, for its instructions to be counted: requests and their answers,
-// or indications, one after the other, so that each run takes the same way. The daemon is another
-// program, whose instructions do not count.
+// Only the work of the whole path, to count its instructions: requests and their answers, or
+// indications, one after the other, so that each run does the same. The daemon is another process,
+// whose instructions do not count.
 #include <limits.h>
 #include <orb/sdl.h>
 #include <sys/wait.h>
@@ -20,9 +20,9 @@
 
 namespace {
 
-constexpr char kDaemon[] = "--daemon";  // what the program starts itself with
+constexpr char kDaemon[] = "--daemon";  // the argument with which the program starts itself
 
-// Says that it is ready by a byte, and sends an indication for each byte that it gets.
+// Writes a byte when it is ready, then sends an indication for each byte that it gets.
 int serve() {
   orbsim::Options options;
   options.record = false;
@@ -41,8 +41,8 @@ int serve() {
   return open ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-// The daemon as a process. Made before there are threads; ended and waited for by the destructor.
-// Any thread asks it for indications.
+// The daemon as a process. Created before there are threads. The destructor ends it and waits for
+// its end. Any thread may ask it for indications.
 class DaemonProcess {
  public:
   DaemonProcess() {
@@ -84,10 +84,10 @@ class DaemonProcess {
   bool mReady = false;
 };
 
-// What callbacks reach; they may still come while the process exits.
+// What callbacks use. Never destroyed, because they may come while the process exits.
 struct Application {
   const DaemonProcess* daemon = nullptr;
-  std::atomic<int> left{0};  // answers or indications that are to come
+  std::atomic<int> left{0};  // answers or indications that are still to come
   Gate done;
 };
 Application& application() {

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# What scripts/bench --peers-extra prints: peers_extra.sh SCRIPT BUILD.
+# Checks what scripts/bench --peers-extra prints: peers_extra.sh SCRIPT BUILD.
 set -euo pipefail
 bench=$1
 build=$2

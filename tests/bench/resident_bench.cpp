@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The resident memory of an application, in KiB: before its first call, and with one service, two
-// and three that have had answers. The daemon is a process of its own.
+// The resident memory of an application, in KiB: before its first call, and after one, two and
+// three services have got answers. The daemon is a separate process.
 #include <orb/sdl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kRequests = 100;
 
-// What callbacks reach; they may still come while the process exits.
+// What callbacks use. Never destroyed, because they may come while the process exits.
 Countdown& answers() {
   static Countdown* const instance = new Countdown;
   return *instance;
@@ -69,7 +69,7 @@ bool measure() {
   return orb_lce_disable() == 1 && orb_lle_disable() == 1 && orb_lli_disable() == 1;
 }
 
-// Until the other end of @p end is closed.
+// Waits until the other end of @p end is closed.
 int serve(int ready, int end) {
   growth::Daemon daemon;
   char byte = 0;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// What an application costs while the daemon is in a bad state: processor time, as a part of one
-// core, with all services enabled, idle and with a request every 10 ms. Each figure is that of a
-// process of its own, which this program starts: its first argument is then kMeasure.
+// The processor time of an application while the daemon is in a bad state, as a share of one core,
+// with all services enabled, idle and with a request every 10 ms. For each figure this program
+// starts a process, whose first argument is kMeasure.
 #include <getopt.h>
 #include <orb/sdl.h>
 #include <poll.h>
@@ -33,10 +33,10 @@ const char kHelp[] =
 
 struct Figure {
   double percent = 0;       // of one core
-  unsigned long downs = 0;  // "service down", of all services
+  unsigned long downs = 0;  // calls with "service down", of all services
 };
 
-// What callbacks count; they may still come while the process exits.
+// Counted by callbacks, which may come while the process exits.
 std::atomic<unsigned long> downs{0};
 
 void onStatus(status_e status) {
@@ -51,7 +51,7 @@ bool enableAll() {
          orb_lli_enable(onStatus) == 1;
 }
 
-// One of the services after the other.
+// Requests of the services in turn.
 bool request(uint64_t number) {
   switch (number % 3) {
     case 0:
@@ -87,7 +87,7 @@ bool spend(double seconds, bool requests) {
   return good;
 }
 
-// The figure of one state, printed for the process that has started this one.
+// Measures one state and prints the figure for the process that started this one.
 int measure(size_t state, bool requests, double seconds) {
   const BadDaemon daemon(kBadStates[state]);
   if (!daemon.ready()) return EXIT_FAILURE;

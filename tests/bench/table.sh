@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 #
-# The table of scripts/bench, what it writes beside it, and its options: table.sh SCRIPT BUILD.
+# Tests the table of scripts/bench, its other files and its options: table.sh SCRIPT BUILD.
 set -euo pipefail
 script=$(realpath "$1")
 build=$2
@@ -15,7 +15,8 @@ fail() {
   exit 1
 }
 
-# check_json FILE TABLE COMMIT: that it has the form that the help tells of, and the rows of the table.
+# check_json FILE TABLE COMMIT: checks that it has the form that the help describes, and the rows of
+# the table.
 check_json() {
   python3 - "$@" <<'PYTHON' || fail "not the JSON that --help tells of: $(cat "$1")"
 import datetime
@@ -60,7 +61,7 @@ for row, each in zip(rows, run["figures"]):
 PYTHON
 }
 
-# The programs as they are.
+# With the real programs.
 "$script" --build "$build" --brief --rounds 1 --json=figures.json >table
 check_json figures.json table any
 grep -q '^request to callback, round trip .* us .* us ' table || fail "no round trip"
@@ -68,7 +69,7 @@ grep -q '^indications, socket to callback .* /s .* /s ' table || fail "no indica
 grep -q '^timer, added and run ' table || fail "no timers"
 grep -q '^record, encrypted file ' table || fail "no encrypted records"
 
-# In a tree that is in no repository, with programs that are as fast as they say.
+# In a tree without a repository, with programs that print prepared figures.
 mkdir -p tree/scripts build/tests/bench
 cp "$script" tree/scripts/bench
 ln -s "$(dirname "$script")"/{setup,sandbox} tree/scripts
