@@ -111,7 +111,7 @@ void requestLli(uint8_t detail) {
   expectResult(lliRegLinkInterruptInd(valid ? onInterrupt : nullptr), valid ? 0 : kInvalid);
 }
 
-// The five kinds of calls of one service.
+// The five kinds of calls that each service has.
 struct Api {
   int (*enable)(void (*)(status_e));
   int (*create)(void (*)(status_v2_e));
@@ -137,9 +137,9 @@ Application& Application::get() {
   return *instance;
 }
 
-void Application::arm(size_t service, const Deed& deed) {
+void Application::arm(size_t service, const Action& action) {
   const std::lock_guard<std::mutex> lock(mMutex);
-  mServices[service].armed = deed;
+  mServices[service].armed = action;
 }
 
 void Application::awaitCallback(size_t service, std::chrono::milliseconds timeout) {
@@ -158,47 +158,47 @@ bool Application::anyEnabled() const {
 
 void Application::inCallback(size_t service) {
   FUZZ_CHECK(mServices[service].mayCall);
-  std::optional<Deed> deed;
+  std::optional<Action> action;
   {
     const std::lock_guard<std::mutex> lock(mMutex);
     ++mServices[service].callbacks;
-    deed.swap(mServices[service].armed);
-    if (deed) ++mInsideDeeds;
+    action.swap(mServices[service].armed);
+    if (action) ++mActionsInside;
     mChanged.notify_all();
   }
-  if (!deed) return;
-  perform(*deed, true);
+  if (!action) return;
+  perform(*action, true);
   const std::lock_guard<std::mutex> lock(mMutex);
-  --mInsideDeeds;
+  --mActionsInside;
   mChanged.notify_all();
 }
 
-void Application::perform(const Deed& deed, bool inside) {
-  switch (deed.verb) {
+void Application::perform(const Action& action, bool inside) {
+  switch (action.verb) {
     case Verb::Enable:
     case Verb::Create:
-      open(deed);
+      open(action);
       break;
     case Verb::Disable:
     case Verb::Destroy:
-      close(deed, inside);
+      close(action, inside);
       break;
     case Verb::Request: {
       const Watchdog::Step step("a request");
-      kApi[deed.service].request(deed.detail);
+      kApi[action.service].request(action.detail);
       break;
     }
   }
 }
 
-void Application::open(const Deed& deed) {
-  const Watchdog::Step step(deed.verb == Verb::Enable ? "enable" : "create");
-  Service& service = mServices[deed.service];
-  const Api& api = kApi[deed.service];
+void Application::open(const Action& action) {
+  const Watchdog::Step step(action.verb == Verb::Enable ? "enable" : "create");
+  Service& service = mServices[action.service];
+  const Api& api = kApi[action.service];
   ++service.enablesBegun;
   service.mayCall = true;
-  // There is memory and there are threads, so it does not fail.
-  if (deed.verb == Verb::Enable) {
+  // Memory and threads are available, so it does not fail.
+  if (action.verb == Verb::Enable) {
     FUZZ_CHECK(api.enable(api.onStatus) == 1);
   } else {
     FUZZ_CHECK(api.create(api.onStatusV2) == 0);
@@ -206,15 +206,15 @@ void Application::open(const Deed& deed) {
   ++service.enablesDone;
 }
 
-void Application::close(const Deed& deed, bool inside) {
-  const Watchdog::Step step(deed.verb == Verb::Disable ? "disable" : "destroy");
-  Service& service = mServices[deed.service];
-  const Api& api = kApi[deed.service];
+void Application::close(const Action& action, bool inside) {
+  const Watchdog::Step step(action.verb == Verb::Disable ? "disable" : "destroy");
+  Service& service = mServices[action.service];
+  const Api& api = kApi[action.service];
   if (inside) service.leftInside = true;
   const unsigned begun = service.enablesBegun;
   const bool settled = service.enablesDone == begun;
   bool done = false;
-  if (deed.verb == Verb::Disable) {
+  if (action.verb == Verb::Disable) {
     const int result = api.disable();
     FUZZ_CHECK(result == 0 || result == 1);
     done = result == 1;
@@ -223,7 +223,7 @@ void Application::close(const Deed& deed, bool inside) {
     FUZZ_CHECK(result == 0 || result == -1);
     done = result == 0;
   }
-  // Certain only when nobody has enabled it meanwhile, and when this call was the one that waited.
+  // Certain only if no thread has enabled it meanwhile, and if this call waited for the callbacks.
   const bool certain = !inside && done && settled && service.enablesBegun == begun;
   if (certain && !service.leftInside) service.mayCall = false;
 }
@@ -233,7 +233,7 @@ void Application::finish() {
     const Watchdog::Step step("the end of what callbacks do");
     std::unique_lock<std::mutex> lock(mMutex);
     for (Service& service : mServices) service.armed.reset();
-    mChanged.wait(lock, [this] { return mInsideDeeds == 0; });
+    mChanged.wait(lock, [this] { return mActionsInside == 0; });
   }
   for (size_t i = 0; i < kServices; ++i) perform({Verb::Disable, i, 0});
 }

@@ -10,37 +10,37 @@
 #include <mutex>
 #include <optional>
 
-// The application's side of a script: it calls the C API, on the script's thread and inside its
-// callbacks, checks the results and what the callbacks get, and that no callback of a service comes
-// once its disable has returned. There is one, as callbacks have no context; it stays for good. The
-// script belongs to one thread, callbacks may come on any. mMutex guards what is not atomic and is
-// never held while the library is called.
+// The application's part of a script. It calls the C API on the script's thread and inside its
+// callbacks. It checks the results, what the callbacks get, and that no callback of a service comes
+// after its disable has returned. There is one object, because callbacks have no context argument;
+// it is never destroyed. The script runs on one thread, callbacks come on any thread. mMutex guards
+// what is not atomic and is never held while the library is called.
 class Application {
  public:
   static constexpr size_t kServices = 3;  // LCE, LLE, LLI
   enum class Verb : uint8_t { Enable, Create, Disable, Destroy, Request };
-  struct Deed {
+  struct Action {
     Verb verb = Verb::Enable;
     size_t service = 0;
-    uint8_t detail = 0;  // of a request: which one, with what
+    uint8_t detail = 0;  // of a request: which one, and its arguments
   };
 
   static Application& get();
 
-  // On the script's thread.
-  void perform(const Deed& deed) { perform(deed, false); }
-  // To be done inside the next callback of the service.
-  void arm(size_t service, const Deed& deed);
-  // Waits for a moment for one callback more of the service than there have been.
+  // Called on the script's thread.
+  void perform(const Action& action) { perform(action, false); }
+  // Performs it inside the next callback of the service.
+  void arm(size_t service, const Action& action);
+  // Waits until the service gets one more callback, for @p timeout at most.
   void awaitCallback(size_t service, std::chrono::milliseconds timeout);
-  // Whether a service may be waiting for the daemon.
+  // Whether a service may wait for the daemon.
   bool anyEnabled() const;
-  // Disables everything and waits until nothing that callbacks have begun is under way.
+  // Disables everything and waits until no call inside a callback is under way.
   void finish();
-  // Once the library has no thread left: from here on no callback may come.
+  // Called when the library has no thread left. From then on no callback may come.
   void forget();
 
-  // Every callback begins with this.
+  // Each callback calls this first.
   void inCallback(size_t service);
 
  private:
@@ -48,17 +48,17 @@ class Application {
     std::atomic<bool> mayCall{false};  // callbacks may come: an enable has begun
     std::atomic<unsigned> enablesBegun{0};
     std::atomic<unsigned> enablesDone{0};
-    std::atomic<bool> leftInside{false};  // disabled inside a callback, which ends whenever it does
+    std::atomic<bool> leftInside{false};  // disabled inside a callback, which may end later
     size_t callbacks = 0;
-    std::optional<Deed> armed;
+    std::optional<Action> armed;
   };
 
-  void perform(const Deed& deed, bool inside);
-  void open(const Deed& deed);
-  void close(const Deed& deed, bool inside);
+  void perform(const Action& action, bool inside);
+  void open(const Action& action);
+  void close(const Action& action, bool inside);
 
   std::array<Service, kServices> mServices;
   std::mutex mMutex;
   std::condition_variable mChanged;
-  unsigned mInsideDeeds = 0;  // deeds under way in callbacks
+  unsigned mActionsInside = 0;  // actions under way in callbacks
 };

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-// Takes an input apart from its front. What is no longer there reads as zero or is empty.
+// Reads an input from its beginning. After its end, bytes are zero and byte sequences are empty.
 class ByteReader {
  public:
   ByteReader(const uint8_t* data, size_t size) : mData(data), mSize(size) {}
@@ -19,14 +19,14 @@ class ByteReader {
     skip(1);
     return value;
   }
-  // At most so many bytes.
+  // The next bytes, at most so many.
   std::vector<uint8_t> bytes(size_t count) {
     const size_t size = std::min(count, mSize);
     const std::vector<uint8_t> taken(mData, mData + size);
     skip(size);
     return taken;
   }
-  // As many bytes as the byte in front of them says.
+  // The next bytes; the byte before them says how many.
   std::vector<uint8_t> block() { return bytes(byte()); }
   std::vector<uint8_t> rest() { return bytes(mSize); }
 

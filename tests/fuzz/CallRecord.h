@@ -24,21 +24,21 @@ struct Call {
 };
 using Calls = std::vector<Call>;
 
-// Signed and unsigned values alike, so that lists of both compare.
+// The same type for signed and unsigned values, so that their lists can be compared.
 template <class... Values>
 Call callOf(const char* callback, Values... values) {
   return {callback, {static_cast<uint64_t>(static_cast<int64_t>(values))...}};
 }
 
-// The calls so far. All of them come on the thread that delivers the blob.
+// The calls so far. All come on the thread that delivers the blob.
 inline void called(Call call) { Recorder<Call>::get().add(std::move(call)); }
 inline Calls takeCalls() { return Recorder<Call>::get().take(); }
 
 inline void onStatus(status_e status) { called(callOf("status", status)); }
 inline void onStatusV2(status_v2_e status) { called(callOf("v2", status)); }
 
-// The status of a message in both generations' numbers, the first generation's callback first. What
-// a message's status may be is 0 to 9; any other counts as the invalid one.
+// The calls for the status of a message: first the callback of the first generation, then that of
+// the second, each with its own number. A message's status is 0 to 9; all others count as invalid.
 inline void expectStatus(int status, Calls& expected) {
   constexpr int kFirst[] = {-1, 0, 1, 2, 3, 4, 5, 6, 7, 8};
   constexpr int kSecond[] = {-1, 0, -2, -3, -4, -5, -7, -8, -1, -6};

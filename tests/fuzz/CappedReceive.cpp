@@ -14,8 +14,8 @@
 #include "IpcFrame.h"
 #include "ProcessUtils.h"
 
-// The program's recv comes before all others. A sanitizer that is linked into the program has one
-// that looks at the buffer; one that is a library has it next in line.
+// The process uses the program's recv. A sanitizer that is linked into the program has a recv that
+// checks the buffer. If the sanitizer is a library, its recv is the next definition.
 extern "C" {
 ssize_t __interceptor_recv(int fd, void* buffer, size_t size, int flags) __attribute__((weak));
 ssize_t cappedReceive(int fd, void* buffer, size_t size, int flags) __asm__("recv");
@@ -32,10 +32,10 @@ namespace {
 constexpr size_t kLengthAt = offsetof(ipcMsg_t, payloadLength);
 constexpr size_t kLengthSize = sizeof(ipcMsg_t) - kLengthAt;
 
-// How far a receiver has read its stream of frames.
+// The position of a receiver in its stream of frames.
 class FrameStream {
  public:
-  // Lowers the lengths in the next @p size bytes. Only the stream's end cuts one of them.
+  // Lowers the lengths in the next @p size bytes. A length is incomplete only at the stream's end.
   void lowerLengths(unsigned char* bytes, size_t size) {
     while (size > 0) {
       const size_t taken = mPayloadToCome > 0 ? skip(size) : header(bytes, size);
@@ -43,7 +43,7 @@ class FrameStream {
       size -= taken;
     }
   }
-  // How many bytes complete the length that the next @p size bytes end in.
+  // How many bytes are missing of the length in which the next @p size bytes end.
   size_t missing(const unsigned char* bytes, size_t size) const {
     FrameStream ahead = *this;
     std::vector<unsigned char> copy(bytes, bytes + size);
@@ -61,7 +61,7 @@ class FrameStream {
     const size_t taken = std::min(size, sizeof(ipcMsg_t) - mHave);
     mHave += taken;
     if (mHave <= kLengthAt) return taken;
-    // One that is cut short is zero behind the cut.
+    // The missing bytes of an incomplete length are zero.
     uint64_t length = 0;
     const size_t known = mHave - kLengthAt;
     std::memcpy(&length, bytes + taken - known, known);
@@ -73,11 +73,11 @@ class FrameStream {
     return taken;
   }
 
-  size_t mHave = 0;  // of the present header
+  size_t mHave = 0;  // bytes of the current header
   uint64_t mPayloadToCome = 0;
 };
 
-// One receiver after the other may run on a thread.
+// A thread may run one receiver after the other.
 FrameStream& streamOf(const std::shared_ptr<Semaphore>& receiver) {
   static thread_local std::weak_ptr<Semaphore> present;
   static thread_local FrameStream stream;
@@ -88,7 +88,7 @@ FrameStream& streamOf(const std::shared_ptr<Semaphore>& receiver) {
 
 }  // namespace
 
-// A receiver thread takes what there is; other threads read no frames.
+// Only receiver threads read frames.
 ssize_t cappedReceive(int fd, void* buffer, size_t size, int flags) {
   const auto receiver = semaphoreOfThisReceiver();
   if (!receiver) return receive(fd, buffer, size, flags);

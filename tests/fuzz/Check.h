@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-// A rule that must hold whatever the input is. A broken one ends the process, which a fuzzer takes
-// for a finding and keeps the input, and which fails a replay.
+// A rule that must hold for every input. If it does not hold, the process ends. A fuzzer then keeps
+// the input as a finding, and a replay fails.
 #define FUZZ_CHECK(condition)                                                                 \
   ((condition)                                                                                \
        ? static_cast<void>(0)                                                                 \

@@ -26,7 +26,7 @@ struct Property {
   std::string value;
 };
 Property& logging() {
-  static Property* const property = new Property;  // threads may ask while the process exits
+  static Property* const property = new Property;  // threads may use it while the process exits
   return *property;
 }
 

@@ -6,17 +6,18 @@
 #include <vector>
 
 // The platform (log, properties, diagnostics) of the fuzz targets. It formats every line as the
-// real one does, which is where a text that is taken for a format would do its harm, checks that no
-// line is longer than 511 characters, and drops it. All functions may be called from any thread.
+// real one does, so a text that is wrongly used as a format shows as a fault. It checks that no
+// line is longer than 511 characters, and drops the line. All functions may be called from any
+// thread.
 namespace fuzzplatform {
 
 constexpr size_t kLongestLine = 511;
 
-// Sees every line on the thread that writes it; it must not log. Null for none.
+// Gets every line on the thread that writes it; it must not log. Null for none.
 using Observer = void (*)(const char* text);
 void setObserver(Observer observer);
 
-// Keeps the lines that the present thread writes, as long as it lives. One at a time per thread.
+// While it exists, keeps the lines that the current thread writes. One at a time per thread.
 class Capture {
  public:
   Capture();
@@ -29,10 +30,11 @@ class Capture {
   std::vector<std::string> mLines;
 };
 
-// What the log reads in its set-up: the value of its property and whether permissions are wanted.
+// What the log reads during its set-up: the value of its property, and whether permissions are
+// wanted.
 void setLogging(const std::string& value);
 void setLogPerms(bool on);
-// Whether somebody takes diagnostic packets; at first nobody does.
+// Whether a client of the diagnostic channel takes packets; false at first.
 void setListening(bool on);
 
 }  // namespace fuzzplatform

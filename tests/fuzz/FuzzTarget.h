@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// What every target defines, as libFuzzer wants it. A replay calls the same two for the files of
-// the corpus. Inputs come one after another on one thread; a target leaves nothing behind that
-// could change what the next input does.
+// Every target defines these two functions, which libFuzzer calls. A replay calls them for the
+// files of the corpus. Inputs come one after the other on one thread. A target leaves no state that
+// could change the run of the next input.
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);

@@ -13,7 +13,7 @@
 #include "Check.h"
 #include "UniqueFd.h"
 
-// The daemon's socket and its records, for targets that play the daemon themselves.
+// The daemon's socket and its handshake records, for targets that act as the daemon themselves.
 namespace hostile {
 
 using Bytes = std::vector<uint8_t>;
@@ -32,14 +32,14 @@ inline Bytes record(int32_t type, int32_t sessionId) {
   return bytes;
 }
 
-// The word at a place of a record.
+// The word at a position in a record.
 inline int32_t word(const Bytes& bytes, size_t index) {
   int32_t value = 0;
   std::memcpy(&value, bytes.data() + index * sizeof value, sizeof value);
   return value;
 }
 
-// A listening socket in the place of any former one.
+// A listening socket that replaces any earlier one.
 inline std::unique_ptr<UniqueFd> listenAtSocket() {
   auto listener = std::make_unique<UniqueFd>(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_un address = {};

@@ -47,7 +47,7 @@ int HostileDaemon::pick(uint8_t connection) const {
 void HostileDaemon::send(uint8_t connection, const Bytes& bytes) {
   const int index = pick(connection);
   if (index < 0 || bytes.empty()) return;
-  // What a client that does not read leaves no room for is lost: one more way to be cut short.
+  // If the client does not read and its buffer is full, the rest of the bytes is lost.
   (void)::send(mConnections[static_cast<size_t>(index)]->get(), bytes.data(), bytes.size(),
                MSG_NOSIGNAL | MSG_DONTWAIT);
 }

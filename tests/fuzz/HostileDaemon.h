@@ -10,27 +10,27 @@
 #include "Handshaker.h"
 #include "UniqueFd.h"
 
-// A daemon that does what a script says and nothing by itself: it has no thread, everything happens
-// in the call. What waits does so for a condition that may never come, so only for a moment. Used
-// by one thread.
+// A daemon that does only what a script says. It has no thread; everything happens during the call.
+// The calls that wait have a time limit, because their condition may never come. Used by one
+// thread.
 class HostileDaemon {
  public:
   using Timeout = std::chrono::milliseconds;
   using Bytes = hostile::Bytes;
 
-  // Listening or not; a closed listener leaves its file behind, a removed one does not.
+  // Starts and stops listening. With @p remove the socket's file is removed, too.
   void listen() { mListener = hostile::listenAtSocket(); }
   void stopListening(bool remove);
 
-  // Takes the next client in; false when none comes.
+  // Accepts the next client; false if none comes.
   bool accept(Timeout timeout);
-  // The same with the whole handshake as it should be, up to the client's first frame: before that,
-  // what follows could be one read with the last record.
+  // The same, then completes the handshake and waits for the client's first frame. Earlier, the
+  // client could read later bytes together with the last record.
   void serve(Timeout timeout);
 
-  // The rest picks one of the connections by any number, and does nothing without one.
+  // The functions below select a connection by any number. Without a connection they do nothing.
   void send(uint8_t connection, const Bytes& bytes);
-  // Reads all that the client has sent; waits for the first of it.
+  // Waits for data of the client, then reads all that has come.
   void drain(uint8_t connection, Timeout timeout);
   void close(uint8_t connection);
   void shutDown(uint8_t connection, int how);

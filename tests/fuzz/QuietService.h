@@ -12,8 +12,8 @@
 #include "Service.h"
 #include "orbsim/Daemon.h"
 
-// A service enabled in both generations, with a daemon that answers nothing: what its listener gets
-// is what the target gives it. Made once and kept until the process ends.
+// A service that is enabled in both generations, with a daemon that does not answer. So its
+// listener gets only what the target passes to it. Created once and kept until the process ends.
 class QuietService {
  public:
   QuietService(int (*enable)(SdkBase::StatusCallback), int (*create)(SdkBase::StatusV2Callback),
@@ -28,18 +28,19 @@ class QuietService {
     FUZZ_CHECK(mObject != nullptr);
   }
 
-  // Waits until so many requests have come out of the library.
+  // Waits until the library has sent so many requests.
   void forgetRequests(size_t count) {
     FUZZ_CHECK(mDaemon.waitForFrames(count));
     mDaemon.clearRecords();
   }
 
-  // As the SDK client does on the receiver thread, here on the caller's.
+  // As the SDK client does on the receiver thread, but on the caller's thread.
   void deliver(const std::vector<uint8_t>& blob) {
     mObject->blobListener(SdkClientBase::BlobReceived, blob);
   }
 
-  // What a blob is to the service: one that does not parse is the default message.
+  // The message that the service reads from a blob. If the blob does not parse: the default
+  // message.
   template <class Message>
   static Message messageIn(const std::vector<uint8_t>& blob) {
     Message message;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// Runs a target without a fuzzer: each file that is named, or found in a directory that is named,
-// is one input. With --prefixes also every shorter beginning of it.
+// Runs a target without a fuzzer. Arguments: files and directories of files. Each file is one
+// input. With --prefixes, each shorter prefix of a file is an input, too.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// In the same order everywhere.
+// Sorted, so that the order is the same on all machines.
 std::vector<fs::path> filesOf(const fs::path& path) {
   std::vector<fs::path> files;
   if (!fs::is_directory(path)) return {path};
@@ -33,7 +33,7 @@ bool read(const fs::path& path, std::vector<uint8_t>& bytes) {
   return file.good() || file.eof();
 }
 
-// On the heap and exactly as long as it is, so that a checker sees a read beyond its end.
+// On the heap and without spare bytes, so that a sanitizer finds a read beyond the end.
 void run(const std::vector<uint8_t>& bytes, size_t size) {
   const std::vector<uint8_t> input(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(size));
   LLVMFuzzerTestOneInput(input.data(), input.size());
@@ -57,7 +57,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "cannot read %s\n", path.c_str());
         return 1;
       }
-      std::fprintf(stderr, "%s\n", path.filename().c_str());  // the last one is the culprit
+      std::fprintf(stderr, "%s\n", path.filename().c_str());  // the last one caused a crash
       ++files;
       for (size_t size = prefixes ? 0 : bytes.size(); size <= bytes.size(); ++size, ++executions)
         run(bytes, size);

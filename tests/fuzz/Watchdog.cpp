@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kPatience = 60;  // seconds
 
-// The steps under way and the thread that looks after them. Never destroyed: the thread goes on
+// The steps under way, and the thread that watches them. Never destroyed, because the thread runs
 // until the process ends.
 class Kennel {
  public:
@@ -44,12 +44,14 @@ class Kennel {
   void watch() {
     std::unique_lock<std::mutex> lock(mMutex);
     for (;;) {
-      // Seconds in which this thread ran: somebody may stop the process for a time.
+      // Counts only seconds in which this thread ran, because the process may be stopped for a
+      // while.
       mWake.wait_for(lock, std::chrono::seconds(1));
       for (auto& [step, entry] : mSteps) {
         if (--entry.secondsLeft > 0) continue;
         std::fprintf(stderr, "hangs: %s\n", entry.name);
-        // There, because what is shown is the stack of the thread that ends the process.
+        // On the step's thread, because the report shows the stack of the thread that gets the
+        // signal.
         pthread_kill(entry.thread, SIGABRT);
         mWake.wait_for(lock, std::chrono::seconds(kPatience));
         std::abort();

@@ -2,15 +2,15 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-// Ends the process with a message when a step does not come to its end within a minute: everything
-// that these targets do takes less than a second, but the machine may be busy.
+// Ends the process with a message if a step does not end within a minute. All steps of these
+// targets take less than a second, but the machine may be under load.
 class Watchdog {
  public:
-  // For a target whose system calls wait: keeps libFuzzer's own timer, which would interrupt them,
-  // away from the present thread and those that it starts from now on.
+  // For a target whose system calls wait. libFuzzer's own timer would interrupt them. This blocks
+  // its signal on the current thread and on the threads that it starts from now on.
   static void replaceAlarm();
 
-  // One step on the present thread; any number of threads may be in steps of their own.
+  // One step on the current thread. Several threads may each be in a step.
   class Step {
    public:
     explicit Step(const char* name);

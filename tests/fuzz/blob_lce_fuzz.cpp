@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A blob into the listener of LCE. Input: the blob. An answer to criteria with transaction id 1
-// stands for the answer to a request that is really under way.
+// Passes a blob to the listener of LCE. Input: the blob. In an answer to criteria, transaction id 1
+// is replaced by the id of a request that is really under way.
 #include <string>
 
 #include "FuzzPlatform.h"
@@ -65,7 +65,7 @@ Calls expectedCalls(const LceProto::ClientMsg& message) {
   return expected;
 }
 
-// The daemon's text that the message has and a line shows; null when there is none.
+// The daemon's text in the message that a line shows; null if there is none.
 const std::string* textOf(const LceProto::ClientMsg& message) {
   const auto& data = message.data();
   const int event = message.event_id();
@@ -80,8 +80,8 @@ const std::string* textOf(const LceProto::ClientMsg& message) {
   return nullptr;
 }
 
-// The line ends in the text as the daemon sent it, up to a NUL, or in the beginning of it when the
-// line is full. A '%' counts twice towards that.
+// The line ends with the daemon's text up to a NUL, or with the beginning of the text if the line
+// is full. A '%' counts twice for the length.
 void checkTextUnchanged(const std::string& line, const char* mark, const std::string& text) {
   const std::string whole = text.c_str();
   const size_t at = line.find(mark);
@@ -100,7 +100,7 @@ void checkLines(const Lines& lines, const LceProto::ClientMsg& message) {
   FUZZ_CHECK(lines.size() >= 2);
   FUZZ_CHECK(lines[0].compare(0, std::strlen(kHead), kHead) == 0);
   if (text == nullptr) return;
-  // That the listener was entered, the message's name, its values, what became of it.
+  // The lines: the listener was called, the message's name, its values, the result.
   FUZZ_CHECK(lines.size() == 4);
   const bool answer = message.event_id() == LceProto::SET_REPORTING_CRITERIA_ASYNC_RESULT;
   checkTextUnchanged(lines[2], answer ? ", error: " : ", errorString: ", *text);
@@ -113,7 +113,7 @@ void deliver(const Blob& blob, const LceProto::ClientMsg& message, const Calls& 
   FUZZ_CHECK(takeCalls() == expected);
 }
 
-// A request under way gets its answer once.
+// A request that is under way gets its answer once.
 void answerRequest(LceProto::ClientMsg message) {
   const LceReportingCriteria criteria = {};
   const int64_t id = lceSetReportingCriteria(&criteria, onCriteria);

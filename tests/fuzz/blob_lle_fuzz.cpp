@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A blob into the listener of LLE. Input: the blob.
+// Passes a blob to the listener of LLE. Input: the blob.
 #include "FuzzTarget.h"
 #include "Lle.h"
 #include "QuietService.h"
@@ -21,7 +21,7 @@ void note(const char* name, int32_t result, const LleEstimationReport* report) {
 void onLast(int32_t result, const LleEstimationReport* report) { note("last", result, report); }
 void onReport(int32_t result, const LleEstimationReport* report) { note("report", result, report); }
 
-// The access network has other numbers in messages; one that is not known is none.
+// Messages have other numbers for the access network. An unknown one counts as none.
 template <class Report>
 Call reportCall(const char* name, int result, const Report& report) {
   const int rat = report.rat();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A blob into the listener of LLI. Input: the blob.
+// Passes a blob to the listener of LLI. Input: the blob.
 #include "FuzzTarget.h"
 #include "Lli.h"
 #include "QuietService.h"
@@ -19,7 +19,7 @@ void onInterrupt(LliHandoffIndType type, LliPreHandoffState preState,
                 info->estimatedTimeToInterruption, info->estimatedInterruptionDuration));
 }
 
-// Numbers that messages do not have count as 0.
+// Unknown numbers in messages count as 0.
 int upTo(int greatest, int value) { return value >= 0 && value <= greatest ? value : 0; }
 
 Calls expectedCalls(const LliProto::ClientMsg& message) {

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A whole hostile daemon against the C API. Input: a script of steps that the application and the
-// daemon do in turn, as kSteps lists them. At its end everything is disabled, and the library must
-// have given back its threads, its descriptors and its sockets; any call that does not return is a
-// hang, see Watchdog.
+// The C API with a hostile daemon. Input: a script of steps of the application and of the daemon,
+// see kSteps. At its end everything is disabled. Then no thread, descriptor or socket of the
+// library may be left. A call that does not return is a finding, too, see Watchdog.
 #include <google/protobuf/stubs/logging.h>
 
 #include <iterator>
@@ -25,8 +24,8 @@ using Bytes = hostile::Bytes;
 using Timeout = HostileDaemon::Timeout;
 
 constexpr size_t kMostSteps = 64;
-constexpr Timeout kMoment(10);  // for what may never come
-constexpr Timeout kAWhile(50);  // for what comes as a rule
+constexpr Timeout kMoment(10);  // for events that may never come
+constexpr Timeout kAWhile(50);  // for events that usually come
 
 struct Run {
   ByteReader input;
@@ -34,7 +33,7 @@ struct Run {
   Application& application = Application::get();
 
   size_t service() { return input.byte() % Application::kServices; }
-  Application::Deed deed(Application::Verb verb) {
+  Application::Action action(Application::Verb verb) {
     const size_t number = service();
     return {verb, number, verb == Application::Verb::Request ? input.byte() : uint8_t{0}};
   }
@@ -42,19 +41,19 @@ struct Run {
 
 template <Application::Verb Verb>
 void perform(Run& run) {
-  run.application.perform(run.deed(Verb));
+  run.application.perform(run.action(Verb));
 }
 
-// Many of one request: more than a socket takes that nobody reads.
+// Repeats one request, more often than the buffer of a socket holds if the daemon does not read.
 void burst(Run& run) {
-  const Application::Deed deed = run.deed(Application::Verb::Request);
-  for (int left = 2 * run.input.byte(); left > 0; --left) run.application.perform(deed);
+  const Application::Action action = run.action(Application::Verb::Request);
+  for (int left = 2 * run.input.byte(); left > 0; --left) run.application.perform(action);
 }
 
 void arm(Run& run) {
   const size_t service = run.service();
   const auto verb = static_cast<Application::Verb>(run.input.byte() % 5);
-  run.application.arm(service, run.deed(verb));
+  run.application.arm(service, run.action(verb));
 }
 
 void awaitCallback(Run& run) { run.application.awaitCallback(run.service(), kMoment); }
@@ -63,7 +62,7 @@ Timeout patience(const Run& run) { return run.application.anyEnabled() ? kAWhile
 void serve(Run& run) { run.daemon.serve(patience(run)); }
 void accept(Run& run) { run.daemon.accept(patience(run)); }
 
-// A handshake record, mostly whole.
+// A handshake record; most are complete.
 void sendRecord(Run& run) {
   const uint8_t connection = run.input.byte();
   const int32_t type = run.input.byte() % 8;
@@ -74,7 +73,7 @@ void sendRecord(Run& run) {
   run.daemon.send(connection, bytes);
 }
 
-// One of the numbers that are apt to go wrong.
+// One of the numbers that often cause faults.
 uint64_t oddNumber(uint8_t choice) {
   constexpr uint64_t kNumbers[] = {0,
                                    1,
@@ -104,7 +103,7 @@ Bytes frame(const ipcMsg_t& header, const Bytes& payload) {
   return bytes;
 }
 
-// A frame in whose header each bit of a byte makes one word wrong.
+// A frame. Each bit of a byte of the input makes one word of its header wrong.
 void sendFrame(Run& run) {
   const uint8_t connection = run.input.byte();
   const uint8_t wrong = run.input.byte();
@@ -119,7 +118,7 @@ void sendFrame(Run& run) {
   run.daemon.send(connection, frame(header, payload));
 }
 
-// A service's blob, as it should be but for its content.
+// A frame with a service's blob. Only the content of the blob may be wrong.
 void sendBlob(Run& run) {
   const uint8_t connection = run.input.byte();
   const uint8_t service = run.input.byte();
@@ -140,7 +139,7 @@ void shutDown(Run& run) {
   run.daemon.shutDown(connection, run.input.byte() % 3);
 }
 
-// The daemon goes, with its socket's file or without, or comes back.
+// The daemon stops listening, and removes its socket's file or not; or it listens again.
 void changeListener(Run& run) {
   const uint8_t how = run.input.byte() % 4;
   if (how < 2) {
@@ -151,8 +150,7 @@ void changeListener(Run& run) {
   if (how % 2 == 1) run.daemon.closeAll();
 }
 
-// A step's number in a script is its place here; the script that makes the corpus has the same
-// list.
+// A step's number in a script is its index here. make_corpus.py has the same list.
 void (*const kSteps[])(Run&) = {
     perform<Application::Verb::Enable>,
     perform<Application::Verb::Create>,
@@ -179,7 +177,7 @@ void play(const uint8_t* data, size_t size) {
   run.daemon.listen();
   for (size_t count = 0; count < kMostSteps && !run.input.empty(); ++count)
     kSteps[run.input.byte() % std::size(kSteps)](run);
-  // Disabling with a silent daemon takes its time; half of the inputs spare it.
+  // With a silent daemon, disable waits. Half of the inputs avoid that.
   if (size % 2 == 0) {
     run.daemon.stopListening(true);
     run.daemon.closeAll();
@@ -192,7 +190,7 @@ void play(const uint8_t* data, size_t size) {
 int LLVMFuzzerInitialize(int*, char***) {
   Watchdog::replaceAlarm();
   google::protobuf::SetLogHandler(nullptr);  // it would report each invalid text
-  // The first use of the library starts the log's threads, which stay.
+  // The first use of the library starts the log's threads, which do not end.
   const uint8_t script[] = {0, 0};
   play(script, sizeof script);
   const Watchdog::Step step("the first end");

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// A byte stream into the receiver, first with a handler that keeps what it gets, then with a
-// session that dispatches it. Input: the stream.
+// Passes a byte stream to the receiver, first with a handler that keeps the frames, then with a
+// session that dispatches them. Input: the stream.
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr size_t kLongestStream = 32 * 1024;  // what a socket takes at once
+constexpr size_t kLongestStream = 32 * 1024;  // a socket's buffer has space for this
 constexpr unsigned int kNoConstructor = 6;
 constexpr unsigned int kBuildsNothing = 7;
 
@@ -35,8 +35,8 @@ struct Frame {
   }
 };
 
-// The frames of a stream: what a short header lacks is zero, and the first payload that is not all
-// there ends it.
+// The frames of a stream. The missing bytes of an incomplete header are zero. The first incomplete
+// payload ends the stream.
 std::vector<Frame> framesOf(const uint8_t* data, size_t size) {
   std::vector<Frame> frames;
   while (size > 0) {
@@ -70,7 +70,7 @@ class KeepingHandler : public ProcessHandler {
   int mEnds = 0;
 };
 
-// A socket that has the stream in it and then ends.
+// A socket that contains the stream, then its end.
 int socketWith(const uint8_t* data, size_t size) {
   int fds[2] = {-1, -1};
   FUZZ_CHECK(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds) == 0);
@@ -87,7 +87,7 @@ void checkReceiver(const uint8_t* data, size_t size, const std::vector<Frame>& e
 }
 
 struct Dispatched {
-  std::vector<Bytes> blobs;  // of messages that were built
+  std::vector<Bytes> blobs;  // the blobs of the messages
   size_t nothing = 0;        // calls of handlers without a message
 };
 
@@ -124,7 +124,7 @@ void checkSession(const uint8_t* data, size_t size, const std::vector<Frame>& fr
   std::vector<Bytes> blobs;
   size_t nothing = 0;
   for (const Frame& frame : frames) {
-    const auto id = static_cast<unsigned int>(frame.header.msgId);  // the library goes by 32 bits
+    const auto id = static_cast<unsigned int>(frame.header.msgId);  // the library uses 32 bits
     const bool whole = frame.payload.size() >= SendBlobMessage::kTypeSize;
     if (id == SendBlobMessage::ID && whole)
       blobs.emplace_back(frame.payload.begin() + SendBlobMessage::kTypeSize, frame.payload.end());

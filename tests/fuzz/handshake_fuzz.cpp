@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The handshake of a session with a daemon that sends anything in any pieces. Input: for each
+// The handshake of a session with a daemon that sends any bytes in any pieces. Input: for each
 // connection a list of steps, each a byte:
-//   0 to 63     so many bytes, which follow, sent in one piece
-//   64 to 127   a record INIT with this number less 64 as its session id
-//   128 to 191  a record COMPLETE, likewise
+//   0 to 63     sends so many of the next bytes in one piece
+//   64 to 127   sends a record INIT; its session id is this number minus 64
+//   128 to 191  sends a record COMPLETE; its session id is this number minus 128
 //   192 to 223  the application closes the session
 //   224 to 255  the daemon stops sending
-// When the handshake has come to its end, one more byte says which side closes, and the session
-// connects again for the rest of the input.
+// When the handshake has ended, one more byte says which side closes. Then the session connects
+// again for the rest of the input.
 #include <signal.h>
 
 #include <condition_variable>
@@ -34,11 +34,11 @@ using hostile::Bytes;
 
 constexpr int kMostConnections = 4;
 
-// How far the session has come: pieces that were read, and what it reported.
+// The progress of the session: pieces that it has read, and what it reported.
 Recorder<int, Keep::Counts>& receives() { return Recorder<int, Keep::Counts>::get(); }
 Recorder<bool>& reports() { return Recorder<bool>::get(); }
 
-// The handshake's receive has something to say about each piece, which tells that it was read.
+// The handshake logs a line for each piece that it receives. So the line shows that it was read.
 void observe(const char* text) {
   if (std::strstr(text, "::performHandshake:") == nullptr) return;
   if (std::strstr(text, " recv: len: ") != nullptr || std::strstr(text, " recv returns") != nullptr)
@@ -49,7 +49,7 @@ int listener = -1;
 
 enum class Outcome { Pending, Connected, Failed, ClosedByApplication };
 
-// What the documented rules make of the records so far.
+// The state that follows from the records so far by the documented rules.
 class Model {
  public:
   Outcome take(const Bytes& piece) {
@@ -93,7 +93,7 @@ Outcome deliver(int fd, const Bytes& piece, Model& model) {
   return outcome;
 }
 
-// Plays the daemon until the handshake is over.
+// Acts as the daemon until the handshake has ended.
 Outcome play(int fd, ByteReader& input, OrbIpcClientSession& session, Model& model) {
   while (!input.empty()) {
     const uint8_t step = input.byte();
@@ -119,7 +119,7 @@ Outcome play(int fd, ByteReader& input, OrbIpcClientSession& session, Model& mod
 
 void expectReports(const std::vector<bool>& expected) { FUZZ_CHECK(reports().take() == expected); }
 
-// One connection; false when the session cannot have another.
+// Runs one connection; false if the session cannot connect again.
 bool connectOnce(ByteReader& input, const std::shared_ptr<OrbIpcClientSession>& session) {
   std::thread application(
       [&session] { session->connectToServer([](bool connected) { reports().add(connected); }); });
@@ -155,7 +155,7 @@ bool connectOnce(ByteReader& input, const std::shared_ptr<OrbIpcClientSession>& 
 }  // namespace
 
 int LLVMFuzzerInitialize(int*, char***) {
-  signal(SIGPIPE, SIG_IGN);  // the application's thread answers a daemon that may be gone
+  signal(SIGPIPE, SIG_IGN);  // the application's thread may write to a closed connection
   Watchdog::replaceAlarm();
   fuzzplatform::setObserver(observe);
   listener = hostile::listenAtSocket()->release();

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The log's configuration file: the log is set up with it, writes a few lines and is set down
-// again. Input: a byte of switches, then the file. With switch 1 what follows the file's head of
-// nine bytes is the binary form of a key and is put into the file as the text form, which few
-// mutations survive.
+// The log's configuration file. The log is set up with it, writes a few lines and is released.
+// Input: a byte of switches, then the file. With switch 1 the bytes after the file's head of nine
+// bytes are the binary form of a key. The file then gets the text form, which few mutations would
+// leave valid.
 #include <openssl/evp.h>
 #include <sys/stat.h>
 
@@ -19,7 +19,7 @@
 #include "Log.h"
 #include "Watchdog.h"
 
-// What of the log's inside is looked at.
+// The private state of the log that this target checks.
 struct LogTestPeer {
   struct Encryption {
     bool enabled = false;
@@ -28,7 +28,7 @@ struct LogTestPeer {
     std::vector<uint8_t> wrappedKey;
     std::string file;
   };
-  // Of its own it goes on after release().
+  // Without this, it would continue after release().
   static void stopEncryption() { Log::getInstance()->stopEncryption(); }
   static Encryption encryption() {
     Log& log = *Log::getInstance();
@@ -50,7 +50,7 @@ constexpr size_t kFileHead = 512;
 constexpr size_t kLeastRecord = 28;
 constexpr size_t kMostRecord = kLeastRecord + fuzzplatform::kLongestLine;
 
-// A switch of the first byte.
+// The switches in the first byte.
 enum : uint8_t { kBinaryKey = 1, kDeferred = 2, kPermissions = 4, kListening = 8, kFilesStay = 16 };
 
 std::string asPem(const std::vector<uint8_t>& key) {
@@ -77,7 +77,7 @@ void configure(uint8_t switches, ByteReader& input) {
   fuzzplatform::setListening((switches & kListening) != 0);
 }
 
-// The file begins with the wrapped key and holds whole records, as many as there were lines.
+// The file begins with the wrapped key. Then it has complete records, one for each line.
 void checkFile(const LogTestPeer::Encryption& encryption, size_t lines) {
   std::ifstream file(encryption.file, std::ios::binary);
   const std::vector<uint8_t> content(std::istreambuf_iterator<char>(file), {});
@@ -108,9 +108,9 @@ void run(ByteReader& input) {
     FUZZ_CHECK(encryption.recordsPerFile >= 3000 && encryption.recordsPerFile <= 30000);
     FUZZ_CHECK(encryption.maxFiles >= 3 && encryption.maxFiles <= 10);
     FUZZ_CHECK(encryption.wrappedKey.size() == kFileHead);
-    checkFile(encryption, kLines + 1);  // and the version
+    checkFile(encryption, kLines + 1);  // one more for the version
   } else {
-    // Files of an earlier input may have stayed.
+    // Files of an earlier input may still exist.
     FUZZ_CHECK((switches & kFilesStay) != 0 || fs::is_empty("/data/vendor/orb_logs/other"));
   }
   log.release();

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-"""Writes the seeds of the fuzz targets: valid inputs and mistakes that are worth starting from."""
+"""Writes the seeds of the fuzz targets: valid inputs, and useful wrong ones."""
 
 import base64
 import pathlib
@@ -10,14 +10,14 @@ import struct
 import sys
 
 USAGE = """Usage: tests/fuzz/make_corpus.py
-Write the seeds of all fuzz targets into tests/fuzz/corpus, in place of what is there. They are
-checked in; this is for a change of the messages or of what a target takes.
+Write the seeds of all fuzz targets into tests/fuzz/corpus and remove the old ones. They are
+committed; run this after a change of the messages or of a target's input.
 
   -h, --help   Print this text and exit.
 """
 
 
-# Protocol buffers by hand: a seed must be able to be wrong.
+# Protocol buffers without a library, because seeds may be wrong messages.
 def varint(value):
     out = b""
     value &= 2**64 - 1
@@ -141,7 +141,7 @@ FRAMES = {
 }
 
 
-# The trace: switches, then what passes.
+# The trace: switches, then the bytes of one direction.
 TO_DAEMON, TO_CLIENT, NO_HANDSHAKE, IN_PIECES = 0, 1, 2, 7 << 2
 RESPONSE = struct.pack("<III", 2, 1, 105)
 TRACE = {
@@ -169,7 +169,7 @@ TRACE = {
 }
 
 
-# Steps of the handshake target, as its source lists them.
+# Steps of the handshake target, see its source.
 def piece(content):
     return bytes([len(content)]) + content
 
@@ -205,10 +205,10 @@ HANDSHAKE = {
     "daemon_stops_after_init": init(1) + DAEMON_STOPS + REGULAR,
 }
 
-# Steps of the daemon target, by their place in its source's list.
+# Steps of the daemon target, by their index in its source's list.
 (ENABLE, CREATE, DISABLE, DESTROY, REQUEST, BURST, ARM, AWAIT, SERVE, ACCEPT, RECORD, FRAME, BLOB,
  BYTES, DRAIN, CLOSE, SHUT, LISTENER) = range(18)
-ON, OFF = 0, 2  # verbs of what is armed
+ON, OFF = 0, 2  # verbs of actions inside callbacks
 
 
 def steps(*parts):
@@ -258,7 +258,7 @@ DAEMON = {
     "half_a_frame": steps(enabled(0), BYTES, 0, piece(frame(b"")[:20]), SHUT, 0, 1, AWAIT, 0),
 }
 
-# Of a key of 2048 bits that nobody has the other half of.
+# The modulus of a key of 2048 bits without a private half.
 MODULUS = b"\0\xc3" + bytes((7 * i + 11) % 256 for i in range(254)) + b"\x0d"
 
 
@@ -285,7 +285,7 @@ def head(records=3000, files=3):
     return struct.pack("<QB", records, files)
 
 
-# Switches of the log's target, as its source lists them.
+# Switches of the log's target, see its source.
 TEXT, BINARY, ALL_OTHERS, FILES_STAY = b"\0", b"\1", b"\x0e", b"\x11"
 LOG_CONFIG = {
     "nothing": b"",
@@ -307,7 +307,7 @@ LOG_CONFIG = {
 }
 
 
-# Steps of the reader's target, as its source lists them; its first byte are switches.
+# Steps of the reader's target, see its source. The first byte has its switches.
 def good(text, other=False):
     return bytes([len(text) + (128 if other else 0)]) + text
 

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The reader of encrypted log files. Input: a byte of switches, then with switch 1 a list of steps
-// that make up the file, each a byte:
-//   0 to 127    a good record of so many bytes of text, which follow
-//   128 to 191  a record of the reader's other key, likewise
+// The reader of encrypted log files. Input: a byte of switches, then the file. With switch 1 the
+// file is given as a list of steps that make it, each a byte:
+//   0 to 127    a good record; its text is so many of the next bytes
+//   128 to 191  the same with the reader's other key and this number minus 128
 //   192 to 199  a header with the first key, the other key, no key or zeros, by its last two bits
-//   200 to 254  so many bytes less 200, which follow, as they are
-//   255         the last byte so far is changed
-// and without it the file itself. With switch 2 the search for lost records has nearly no budget,
-// with switch 4 session keys are wrapped for a private key and not in the clear; the rest of the
-// byte says in pieces of which size the file is fed.
+//   200 to 254  this number minus 200 of the next bytes, unchanged
+//   255         changes the last byte of the file so far
+// With switch 2 the search for lost records has nearly no budget. With switch 4 session keys are
+// wrapped for a private key, otherwise they are not encrypted. The rest of the byte selects the
+// size of the pieces in which the parser gets the file.
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -38,7 +38,7 @@ using Bytes = std::vector<uint8_t>;
 enum : uint8_t { kSteps = 1, kNoBudget = 2, kPrivateKey = 4 };
 
 const orblog::PrivateKey* privateKey = nullptr;
-Bytes wrapped[2];  // the session keys 1 and 2 as that key opens them
+Bytes wrapped[2];  // the session keys 1 and 2, wrapped for that key
 FILE* sink = nullptr;
 
 orblog::SessionKey keyOf(uint8_t seed) {
@@ -47,7 +47,7 @@ orblog::SessionKey keyOf(uint8_t seed) {
   return key;
 }
 
-// A file in the making.
+// Builds a file.
 class File {
  public:
   File(ByteReader& input, bool wrapsKeys) : mWrapsKeys(wrapsKeys) {
@@ -83,7 +83,7 @@ class File {
     append(sealed.tag);
     append(sealed.cipher);
   }
-  // A session key in the clear stands behind 0xAB.
+  // A session key that is not encrypted follows a byte 0xAB.
   void addHeader(int kind) {
     Bytes header(orblog::kHeaderSize);
     if (kind < 2 && mWrapsKeys) {
@@ -110,7 +110,7 @@ std::optional<size_t> openInTheClear(orblog::ByteView header, orblog::KeyRing& r
   return ring.add(key, "this file");
 }
 
-// A parser with what it needs.
+// A parser with its keys.
 struct Parser {
   explicit Parser(uint8_t switches) {
     ring.add(keyOf(2), "another file");
@@ -126,7 +126,7 @@ struct Parser {
                            }};
 };
 
-// With @p known the parser is told what is still to come, as by a reader of a file that is there.
+// With @p known the parser is told whether more bytes follow, as if the whole file existed.
 orblog::Parsed parse(const Bytes& file, uint8_t switches, bool known) {
   Parser made(switches);
   orblog::LogParser& parser = made.parser;
@@ -140,7 +140,7 @@ orblog::Parsed parse(const Bytes& file, uint8_t switches, bool known) {
   return out;
 }
 
-// Reading pauses after each record and then goes on with a copy that knows nothing new.
+// Pauses after each record and continues with a copy of the parser, which gets no new keys.
 orblog::Parsed parseWithLittleRoom(const Bytes& file, uint8_t switches) {
   Parser made(switches);
   orblog::LogParser parser = made.parser;
@@ -170,7 +170,8 @@ bool areSame(const orblog::Parsed& one, const orblog::Parsed& other) {
                     [](const auto& a, const auto& b) { return a.text() == b.text(); });
 }
 
-// What the reader has seen of a file, and what room it has for records, make no difference.
+// The result does not depend on how much of the file the reader has seen, or on its space for
+// records.
 orblog::Parsed parse(const Bytes& file, uint8_t switches) {
   const orblog::Parsed whole = parse(file, switches & (kNoBudget | kPrivateKey), true);
   FUZZ_CHECK(areSame(parse(file, switches, true), whole));
@@ -180,7 +181,7 @@ orblog::Parsed parse(const Bytes& file, uint8_t switches) {
 
 bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
 
-// Whatever a line holds, a terminal and a reader of JSON are safe from it.
+// No content of a line can harm a terminal or a reader of JSON.
 void checkText(const std::string& text) {
   const std::string safe = orblog::terminalSafe(text);
   FUZZ_CHECK(
@@ -200,7 +201,7 @@ void checkText(const std::string& text) {
     orblog::LinePrinter(sink, form, {}).print("file", {0, text}, 0);
 }
 
-// What another implementation reads at its place with one of the two keys.
+// The record that another implementation reads at the same position with one of the two keys.
 bool isGenuine(const orblog::Record& record, const Bytes& file) {
   const auto iv = file.begin() + static_cast<ptrdiff_t>(record.offset + orblog::kLengthSize);
   const auto tag = iv + orblog::kIvSize;
@@ -215,7 +216,7 @@ bool isGenuine(const orblog::Record& record, const Bytes& file) {
   return false;
 }
 
-// Records come in the order of the file and do not overlap; findings lie within it.
+// Records are in the order of the file and do not overlap. Findings are inside the file.
 void checkPlaces(const orblog::Parsed& out, size_t size) {
   uint64_t end = 0;
   for (const orblog::Record& record : out.records) {

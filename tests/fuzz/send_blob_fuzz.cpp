@@ -30,7 +30,7 @@ void checkWhole(const Bytes& payload) {
   FUZZ_CHECK(message.serialize() == payload);
 }
 
-// A type either stands for one client type, there and back, or for none.
+// A number is either one client type, in both directions of the conversion, or none.
 void checkType(const Bytes& payload) {
   SendBlobMessage message;
   message.deserialize(payload);

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
-// The trace of the daemon stand-in and its relay, which see whatever passes. Input: a byte of
-// switches, then what passes in one direction: with switch 1 to the client, with switch 2 behind
-// the handshake; the rest of the byte says in pieces of which size it comes, 0 for all at once.
+// The trace of the daemon stand-in and its relay, which gets all bytes of a connection. Input: a
+// byte of switches, then the bytes of one direction: with switch 1 those to the client, with switch
+// 2 those after the handshake. The rest of the byte selects the size of the pieces; 0 is all at
+// once.
 #include <algorithm>
 #include <string>
 
@@ -21,7 +22,7 @@ using orbsim::TraceItem;
 
 enum : uint8_t { kToClient = 1, kNoHandshake = 2 };
 
-// What is printed cannot move a cursor or end a line.
+// No printed text can move a cursor or end a line.
 void checkPrintable(const std::string& line) {
   FUZZ_CHECK(std::all_of(line.begin(), line.end(), [](char c) { return c >= ' ' && c <= '~'; }));
 }
@@ -44,7 +45,7 @@ std::string linesOf(uint8_t switches, const uint8_t* data, size_t size, size_t p
   return lines;
 }
 
-// What a message's reader takes is never told as damaged.
+// A message that the parser accepts is never reported as damaged.
 template <class Message>
 void checkDecoded(uint32_t sdkType, Direction direction, const uint8_t* data, size_t size) {
   orbsim::TraceMessage message;
