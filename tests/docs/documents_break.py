@@ -250,7 +250,7 @@ class Samples(Deviation):
         self.expect("no reason", " 1 differences")
 
     def test_sample_has_no_end(self):
-        self.change("docs/man/orbdiag.1", '.fi\n.SH "SEE ALSO"', '.SH "SEE ALSO"')
+        self.change("docs/man/orbdiag.1", '.fi\n.SH SEE ALSO', '.SH SEE ALSO')
         self.expect("a sample without an end")
 
 
