@@ -16,13 +16,13 @@ instructions.baseline. More than 3 % above that is a failure.
   -h, --help   Print this text and exit.
 
 Instructions are counted by valgrind, so neither other load nor the clock changes them. Functions of the
-C library and of libcrypto that have variants for processors use the variant for all x86-64 processors.
+C library and of libcrypto that have variants for some processors use the variant for all x86-64 processors.
 The first line of the baseline names its build; counts of another kind of build are not compared.
 
   ORB_INSTRUCTIONS_UPDATE=1   Write the count to the baseline instead of comparing.
   ORB_INSTRUCTIONS_FILES      Folder of conf and baseline. [Default: that of this script]
 
-Exit status: 0 not above the baseline, or there is none for this way of building; 1 above it, or the
+Exit status: 0 not above the baseline, or there is none for this kind of build; 1 above it, or the
 work failed; 2 wrong arguments.
 EOT
 }

@@ -4,8 +4,8 @@
 
 #include <stdlib.h>
 
-// For a test's own definition of a function of the C library. It must have the same exception
-// specification as the declaration, and some C libraries declare that nothing is thrown.
+// For a test's own definition of a function of the C library. It must promise the same about
+// exceptions as the declaration, and some C libraries declare that nothing is thrown.
 #ifdef __THROW
 #define ORB_C_FUNCTION __THROW
 #else

@@ -5,7 +5,7 @@
 #include <cstddef>
 
 // Allocations that fail, in the test program and in the libraries that it loads. A program that
-// needs this contains FailingNew.cpp and calls orb_hook_allocations() in CMake. Allocations of the
+// needs this contains FailingNew.cpp, and CMake calls orb_hook_allocations() for it. Allocations of the
 // recording platform never fail and are not counted, because a real platform is not written in C++.
 namespace memory {
 

@@ -8,8 +8,9 @@
 
 namespace torture {
 
-// Stops a call of the library between two of its steps, at an allocation. A program that contains
-// AllocationStop.cpp calls orb_hook_allocations() in CMake. Belongs to the thread that creates it.
+// Stops a call of the library between two of its steps, at an allocation. CMake calls
+// orb_hook_allocations() for a program that contains AllocationStop.cpp. Belongs to the thread that
+// creates it.
 class AllocationStop {
  public:
   // While it exists, this thread runs @p action before its allocation number @p number, from 1.

@@ -7,8 +7,8 @@
 #include <functional>
 
 // Stops the library's worker at one place: after it has checked the connection and before it sends,
-// where it creates the message that carries the blob. A program that contains WorkerAllocation.cpp
-// calls orb_hook_allocations() in CMake.
+// where it creates the message that carries the blob. CMake calls orb_hook_allocations() for a
+// program that contains WorkerAllocation.cpp.
 namespace torture {
 
 // While it exists, the worker runs @p action before it creates its next message.
