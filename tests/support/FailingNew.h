@@ -5,8 +5,9 @@
 #include <cstddef>
 
 // Allocations that fail, in the test program and in the libraries that it loads. A program that
-// needs this contains FailingNew.cpp, and CMake calls orb_hook_allocations() for it. Allocations of the
-// recording platform never fail and are not counted, because a real platform is not written in C++.
+// needs this contains FailingNew.cpp, and CMake calls orb_hook_allocations() for it. Allocations of
+// the recording platform never fail and are not counted, because a real platform is not written in
+// C++.
 namespace memory {
 
 // Whose allocations are counted and may fail.
