@@ -68,8 +68,12 @@ install_build_tools() {
   "$repository/scripts/setup" "${packages[@]}" || exit 3
 }
 
-bootstrap() {
+check_machine() {
   [[ $(uname -m) == x86_64 ]] || fail 3 "the cross compiler is for x86-64 machines, this is $(uname -m)"
+}
+
+bootstrap() {
+  check_machine
   install_tools 8>&-
   : >>"$cache/.orb-target"
   mkdir -p "$cache"/{bin,include,lib/pkgconfig,stamp,download,work,log}

@@ -19,8 +19,9 @@ fail() {
 
 mkdir -p "$work"/{bin,scripts}
 cp "$1/test" "$work/scripts/"
-# step NAME: what a stand-in does. It has the lock until it ends, waits until "$work/wait_NAME" is gone, and
-# ends with the status in "$work/status_NAME".
+# step NAME: what a stand-in does. It has the lock until it ends, waits until somebody opens the FIFO
+# "$work/wait_NAME", stays as long as somebody has the FIFO "$work/stay_NAME" open, and ends with the status in
+# "$work/status_NAME".
 cat >"$work/step" <<'STEP'
 step() {
   exec 7>>"$work/lock"
@@ -29,6 +30,7 @@ step() {
   echo "output of $1"
   # Opening a FIFO waits for the other side. In the foreground, so that signals for the group end it.
   [[ ! -p $work/wait_$1 ]] || timeout --foreground 60 sh -c ": >'$work/wait_$1'"
+  [[ ! -p $work/stay_$1 ]] || timeout --foreground 90 cat "$work/stay_$1"
   echo "end $1" >>"$work/did"
   [[ ! -e $work/status_$1 ]] || exit "$(<"$work/status_$1")"
 }
@@ -63,13 +65,13 @@ in_order() {
   done
 }
 begin() {
-  rm -f "$work"/wait_* "$work"/status_*
+  rm -f "$work"/wait_* "$work"/stay* "$work"/status_*
 }
 
 # The tests of dev end only when the build of asan has begun, and that ends only when they have ended.
 begin
 mkfifo "$work/wait_test_dev" "$work/wait_build_asan"
-(: <"$work/wait_build_asan" && : <"$work/wait_test_dev") 2>/dev/null &
+timeout 60 sh -c ": <'$work/wait_build_asan' && : <'$work/wait_test_dev'" &
 together=$!
 runs 0 dev asan target
 wait "$together" || fail "the build does not run beside the tests"
@@ -91,6 +93,8 @@ done
 begin
 runs 0 dev target
 in_order "$work/did" "end test_dev" "begin build_target"
+runs 0 target dev
+in_order "$work/did" "end test_target" "begin build_dev"
 runs 0 dev dev
 twice=$(for _ in 1 2; do printf '%s\n' {begin,end}\ build_dev {begin,end}\ test_dev; done)
 [[ $(grep -v packages "$work/did") == "$twice" ]] || fail "two builds of dev use one folder"
@@ -124,19 +128,28 @@ echo 3 >"$work/status_setup_target"
 runs 3 target
 ! did "begin build_target" || fail "it builds without packages"
 
+# Without a right to install packages, too.
+begin
+echo 3 >"$work/status_setup_target"
+runs 0
+did "end test_tsan" || fail "the rest has not run"
+
 # An interrupted run leaves nothing running.
 for signal in INT TERM HUP; do
   begin
-  mkfifo "$work/wait_test_dev" "$work/wait_build_asan"
+  mkfifo "$work/wait_build_asan" "$work/stay"
+  ln -s stay "$work/stay_build_asan"
+  ln -s stay "$work/stay_test_dev"
+  exec 8<>"$work/stay"
   : >"$work/did"
   # In a group of its own, because a terminal sends its signals to the whole group.
-  setsid env --default-signal=INT "$work/scripts/test" dev asan >"$work/said" 2>&1 &
+  setsid env --default-signal=INT "$work/scripts/test" dev asan >"$work/said" 2>&1 8>&- &
   group=$!
-  : <"$work/wait_build_asan" &
-  wait $! || true
+  timeout 60 sh -c ": <'$work/wait_build_asan'" || fail "the build has not begun"
   kill -"$signal" -- "-$group"
   status=0
   wait "$group" 2>/dev/null || status=$?
   ((status > 128)) || fail "status $status after SIG$signal"
   flock --timeout 60 "$work/lock" true || fail "something runs on after SIG$signal"
+  exec 8>&-
 done
