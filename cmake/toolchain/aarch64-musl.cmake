@@ -40,7 +40,9 @@ set(CMAKE_RANLIB "${ORB_TARGET_TOOL}-ranlib" CACHE FILEPATH "")
 # The machine's own knows its own processor only.
 set(CMAKE_STRIP "${ORB_TARGET_TOOL}-strip" CACHE FILEPATH "")
 set(CMAKE_USER_MAKE_RULES_OVERRIDE "${CMAKE_CURRENT_LIST_DIR}/zig-rules.cmake")
-set(CMAKE_PROJECT_INCLUDE "${CMAKE_CURRENT_LIST_DIR}/zig-project.cmake")
+if(NOT CMAKE_PROJECT_INCLUDE)
+  set(CMAKE_PROJECT_INCLUDE "${CMAKE_CURRENT_LIST_DIR}/zig-project.cmake")
+endif()
 
 if(NOT ORB_TARGET_UBSAN_TRAP)
   foreach(language C CXX)

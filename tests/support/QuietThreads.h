@@ -34,8 +34,8 @@ inline std::optional<std::map<std::string, std::string>> sleepingThreads() {
   return switches;
 }
 
-// Waits until all other threads sleep: each sleeps at two looks, and has not run in between. If a
-// process forks earlier, a lock of another thread may stay locked in the child. The C library's
+// Waits until all other threads sleep: each sleeps when seen twice, and has not run in between. If
+// a process forks earlier, a lock of another thread may stay locked in the child. The C library's
 // allocator prevents that for its own locks, the allocator of a sanitizer does not.
 inline void awaitThreads() {
   for (auto before = sleepingThreads();; sched_yield()) {

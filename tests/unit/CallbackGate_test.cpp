@@ -170,7 +170,7 @@ TEST_F(ClosedGatesTest, IdleGateIsNotWaitedFor) {
   EXPECT_EQ(1, known.use_count()) << "it is not kept";
 }
 
-TEST_F(ClosedGatesTest, CallbackOfAFormerTimeIsWaitedFor) {
+TEST_F(ClosedGatesTest, CallbackOfAnEarlierPeriodIsWaitedFor) {
   Running former(mGates);
   Running own(mGates);
   EXPECT_LT(former.number, own.number);

@@ -22,7 +22,7 @@ class Faults {
   // not allowed or out of range, two words exclude each other, or connections has nothing to limit;
   // then nothing changes.
   bool parse(const std::string& list, std::string& error);
-  // Call it before start(): sets up the faults.
+  // Sets up the faults. Call it before a client connects; for no-accept, before start().
   void prepare(Daemon& daemon) const;
   // Call it after start(): applies the faults that need a running daemon.
   void apply(Daemon& daemon) const;
