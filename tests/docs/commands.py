@@ -77,7 +77,7 @@ class Commands:
     @functools.cached_property
     def variables(self):
         files = [self.root / "CMakeLists.txt", *self.root.glob("cmake/**/*.cmake"),
-                 *self.root.glob("tests/**/CMakeLists.txt")]
+                 *self.root.glob("tools/CMakeLists.txt"), *self.root.glob("tests/**/CMakeLists.txt")]
         text = "".join(file.read_text(encoding="utf-8") for file in files)
         return set(re.findall(r"option\((ORB_\w+)", text)) | set(
             re.findall(r"set\((ORB_\w+) [^)]*?CACHE", text))
