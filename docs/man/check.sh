@@ -30,10 +30,10 @@ for function in $functions; do
   grep -q "^\.BR $function (3)\$" "$folder/orbsdlsdk.3" || fail "orbsdlsdk(3) does not name $function"
 done
 # From each page of a tool, and from the overview, a reader finds all tools and the library.
-tools=$(cd "$(dirname "${BASH_SOURCE[0]}")" && printf '%s\n' "$PWD"/*.1)
-for page in $tools "$folder/orbsdlsdk.3"; do
+linked=("$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"/*.1 "$folder/orbsdlsdk.3")
+for page in "${linked[@]}"; do
   see=$(sed -n '/^\.SH SEE ALSO$/,$p' "$page" | sed 's|\\||g')
-  for other in $tools "$folder/orbsdlsdk.3"; do
+  for other in "${linked[@]}"; do
     name=${other##*/}
     [[ $other == "$page" ]] || grep -q "^\.BR ${name%.*} (${name##*.})" <<<"$see" ||
       fail "${page##*/} does not name $name in SEE ALSO"

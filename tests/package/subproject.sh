@@ -33,6 +33,7 @@ installed=$(cd "$work/prefix" && find . -type f)
 : >"$work/parent/mine.cpp"
 configure "$work/parent" "$work/all" "${taken_in[@]}" -DWITH_ALL=ON -DORB_INSTALL=ON -DORB_BUILD_TOOLS=ON \
   -DCMAKE_UNITY_BUILD=ON
+grep -q '/Unity/' "$work/all/build.ninja" || fail "the parent's own sources are not joined"
 ! grep -E '/(orb_[a-z_]+|OrbSdlSdk)\.dir/Unity/' "$work/all/build.ninja" ||
   fail "sources are joined, which have equal names"
 run "$cmake" --install "$work/all" --prefix "$work/documents" --component doc

@@ -55,11 +55,11 @@ runs() {
   flock --timeout 60 "$work/lock" true || fail "something runs on after: test $*"
 }
 did() { grep -qx "$1" "$work/did"; }
-# in_order LINE...: these lines stand in the file in this order.
+# in_order FILE LINE...: these lines stand in the file in this order.
 in_order() {
   local line last=0 number
   for line in "${@:2}"; do
-    number=$(grep -nx -m1 "$line" "$1" | cut -d: -f1)
+    number=$(grep -nx -m1 "$line" "$1" | cut -d: -f1) || number=0
     ((number > last)) || fail "'$line' is missing or too early"
     last=$number
   done
