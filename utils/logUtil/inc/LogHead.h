@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 // What a line begins with, "|tag|File::function:line ". The macros of the log have the compiler put
@@ -26,6 +27,14 @@ class LogHead {
 
   constexpr std::string_view text() const { return {mText, mSize}; }
 
+  static constexpr size_t kMaxSize = 96;
+  // Copies the text and what is behind it; returns the text's size. A copy of fixed size is a few
+  // instructions.
+  size_t copyTo(char* out) const {
+    std::memcpy(out, mText, sizeof mText);
+    return mSize;
+  }
+
   // The last component of a path, without its extension.
   static constexpr std::string_view baseName(std::string_view file) {
     file.remove_prefix(file.rfind('/') + 1);  // npos + 1 is 0: a path of one component
@@ -42,6 +51,6 @@ class LogHead {
     for (; power > 0; power /= 10) mText[mSize++] = static_cast<char>('0' + number / power % 10);
   }
 
-  char mText[96] = {};
+  char mText[kMaxSize] = {};
   size_t mSize = 0;
 };

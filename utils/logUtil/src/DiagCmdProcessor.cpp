@@ -9,6 +9,7 @@
 #include <cstring>
 #include <utility>
 
+#include "Bytes.h"
 #include "PlatformLog.h"
 
 namespace {
@@ -75,7 +76,7 @@ void DiagCmdProcessor::sendPacket(std::string_view entry) {
   std::memset(reserved, 0, kReservedSize);
   uint8_t* const text = reserved + kReservedSize;
   const size_t size = std::min(entry.size(), kTextSize);
-  std::memcpy(text, entry.data(), size);
-  std::memset(text + size, 0, kTextSize - size);
+  copyBytes(text, entry.data(), size);
+  zeroBytes(text + size, kTextSize - size);
   log_commit(packet);
 }

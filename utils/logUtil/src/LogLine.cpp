@@ -20,7 +20,8 @@ std::string_view baseName(const char* file) {
 }  // namespace
 
 LogLine::LogLine(const LogHead& head, const char* format, va_list args) {
-  append(head.text());
+  static_assert(LogHead::kMaxSize < kBufferSize, "a line has room for every head");
+  mSize = head.copyTo(mText);
   appendText(format, args);
 }
 

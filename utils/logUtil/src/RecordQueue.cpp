@@ -6,6 +6,8 @@
 #include <cstring>
 #include <type_traits>
 
+#include "Bytes.h"
+
 void RecordQueue::push(const RecordStamp& stamp, std::string_view message) {
   static_assert(std::is_trivially_copyable_v<Head>, "is copied byte by byte");
   static_assert(sizeof(Head) + sizeof(Text) <= sizeof(Block::room), "a block takes every record");
@@ -16,7 +18,7 @@ void RecordQueue::push(const RecordStamp& stamp, std::string_view message) {
   }
   Block& block = mBlocks.back();
   std::memcpy(block.room + block.used, &head, sizeof head);
-  std::memcpy(block.room + block.used + sizeof head, message.data(), head.size);
+  copyBytes(block.room + block.used + sizeof head, message.data(), head.size);
   block.used += sizeof head + head.size;
   mSize.store(mSize.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
@@ -28,7 +30,7 @@ bool RecordQueue::tryPop(RecordStamp& stamp, Text& text, std::string_view& messa
   const Block& block = mBlocks.front();
   Head head;
   std::memcpy(&head, block.room + mTaken, sizeof head);
-  std::memcpy(text.data(), block.room + mTaken + sizeof head, head.size);
+  copyBytes(text.data(), block.room + mTaken + sizeof head, head.size);
   stamp = head.stamp;
   message = {text.data(), head.size};
   mTaken += sizeof head + head.size;
