@@ -2,19 +2,29 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 //
 // A user who can write to the folder cannot redirect the log to another file.
+#include <fcntl.h>
+
+#include <cstdarg>
+
 #include "EncryptedLogFileFixture.h"
 
 namespace {
 
-std::function<void()> beforeLook;  // called once when the next file was opened
+std::function<void()> beforeLook;  // called once when the next file was opened for writing
 
 }  // namespace
 
-extern "C" int fstat(int fd, struct stat* status) {
+extern "C" int openThenAct(const char* path, int flags, ...) __asm__("open");
+int openThenAct(const char* path, int flags, ...) {
+  va_list more;
+  va_start(more, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
+  va_end(more);
+  const int fd = openat(AT_FDCWD, path, flags, mode);
   std::function<void()> action;
-  action.swap(beforeLook);
+  if (fd >= 0 && (flags & O_ACCMODE) == O_WRONLY) action.swap(beforeLook);
   if (action) action();
-  return fstatat(fd, "", status, AT_EMPTY_PATH);
+  return fd;
 }
 
 namespace logfile {

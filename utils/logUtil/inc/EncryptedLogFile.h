@@ -2,7 +2,6 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
-#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <cstddef>
@@ -10,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "FileStatus.h"
 #include "UniqueFd.h"
 
 // One file of the encrypted log. Appending a piece has the same result as opening the file by its
@@ -45,7 +45,7 @@ class EncryptedLogFile {
   bool take(int flags, bool made);
   bool openFile();
   bool isStill();
-  bool isUnderTheName(struct stat& status) const;
+  bool isUnderTheName(const FileStatus& file, FileStatus& named) const;
   bool needsHeader() const;
   bool putHeader(SizeSignal& signal);
   bool put(SizeSignal& signal, const uint8_t* data, size_t size);
@@ -60,6 +60,5 @@ class EncryptedLogFile {
   off_t mSize = 0;      // size of the file when it was last checked or written to
   off_t mEnd = 0;       // end of the latest piece, as far as this object knows
   off_t mLatest = 0;    // size of the latest piece
-  dev_t mDevice = 0;
-  ino_t mInode = 0;
+  FileStatus mFile;     // of the open file when it was opened
 };

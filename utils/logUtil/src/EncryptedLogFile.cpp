@@ -4,7 +4,6 @@
 
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -16,9 +15,6 @@ namespace {
 // O_NONBLOCK: the name may be that of a pipe, whose open would wait for a reader.
 constexpr int kOpenFlags = O_WRONLY | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
 constexpr mode_t kMode = 0666;  // less the process's mask
-
-// A regular file without a second name. With one, it may be another user's.
-bool isPlain(const struct stat& status) { return S_ISREG(status.st_mode) && status.st_nlink == 1; }
 
 }  // namespace
 
@@ -137,20 +133,20 @@ bool EncryptedLogFile::cutAt(off_t end) {
 bool EncryptedLogFile::take(int flags, bool made) {
   // Above the standard streams: what the application prints must not get into the file.
   UniqueFd file(openAboveStandardStreams([&] { return open(mPath.c_str(), flags, kMode); }));
-  struct stat status = {};
-  if (file.get() < 0 || fstat(file.get(), &status) != 0 || !isPlain(status)) return false;
-  if (!made && status.st_uid != geteuid()) return false;
+  FileStatus opened;
+  if (file.get() < 0 || !opened.readOpenFile(file.get()) || !opened.isPlain()) return false;
+  if (!made && opened.owner != geteuid()) return false;
   // The file may have been opened by a second name that was removed since. Now mPath is its only
   // name.
-  if (!isUnderTheName(status)) return false;
+  FileStatus named;
+  if (!isUnderTheName(opened, named)) return false;
   // Another file than before does not have the header of this run.
-  if (!made && (status.st_dev != mDevice || status.st_ino != mInode)) mBegun = false;
+  if (!made && !named.isSameFile(mFile)) mBegun = false;
   mFd = std::move(file);
+  mFile = named;
   mMade = made;
   mRemains = -1;
-  mSize = mEnd = status.st_size;
-  mDevice = status.st_dev;
-  mInode = status.st_ino;
+  mSize = mEnd = named.size;
   return true;
 }
 
@@ -163,22 +159,13 @@ bool EncryptedLogFile::openFile() {
 // Whether the open file still has the name: it may have been removed or renamed, and another file
 // or a link may have the name now.
 bool EncryptedLogFile::isStill() {
-  struct stat status = {};
-  status.st_ino = mInode;
-  status.st_dev = mDevice;
-  if (mFd.get() < 0 || !isUnderTheName(status)) return false;
-  mSize = status.st_size;
+  FileStatus named;
+  if (mFd.get() < 0 || !isUnderTheName(mFile, named)) return false;
+  mSize = named.size;
   return true;
 }
 
-// Whether the file with the device and inode of @p status has the name, and no other name. If so,
-// @p status gets its present values.
-bool EncryptedLogFile::isUnderTheName(struct stat& status) const {
-  struct stat named = {};
-  if (lstat(mPath.c_str(), &named) != 0 || !isPlain(named) || named.st_ino != status.st_ino ||
-      named.st_dev != status.st_dev) {
-    return false;
-  }
-  status = named;
-  return true;
+// Whether this file has the name, and no other name; @p named is how it is now.
+bool EncryptedLogFile::isUnderTheName(const FileStatus& file, FileStatus& named) const {
+  return named.readName(mPath.c_str()) && named.isPlain() && named.isSameFile(file);
 }
