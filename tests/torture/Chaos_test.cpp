@@ -118,8 +118,7 @@ TEST(Chaos, AccountsShowNoMistakeAfterManyDaemons) {
     ChaosTraffic traffic(kThreads, seed);
     DaemonRuns runs(traffic, seed);
     while (runs.kills() < kills) {
-      Watchdog::step("life %llu of the daemon, seed %llu",
-                     static_cast<unsigned long long>(runs.kills() + 1),
+      Watchdog::step("daemon %llu, seed %llu", static_cast<unsigned long long>(runs.kills() + 1),
                      static_cast<unsigned long long>(seed));
       runs.next();
       if (testing::Test::HasFailure() || !ChaosTraffic::accounts().mistakes().empty()) break;

@@ -55,7 +55,7 @@ void ModelBooks::beginRound() {
   mHistory.clear();
   mAccounts = {};
   mNext = {};
-  mLives = {};
+  mServices = {};
   mCallbacks = {};
   mTags.clear();
   mConnections.assign(1, 0);
@@ -84,19 +84,19 @@ int ModelBooks::open(Kind kind) {
 ModelBooks::Call ModelBooks::begin(What what, Service service, bool inside) {
   mHistory.add("%s%s %s", inside ? "inside a callback: " : "", textOf(what), nameOf(service));
   const Guard lock(mMutex);
-  Life& life = mLives[service];
+  ServiceBook& book = mServices[service];
   Call call{what, service, inside};
   call.start = ++mClock;
   call.began = Clock::now();
-  call.enabled = life.underWay[1] == 0 && life.enabledFrom > life.disableEnd;
-  call.disabled = life.underWay[0] == 0 && life.disabledFrom > life.enableEnd;
+  call.enabled = book.underWay[1] == 0 && book.enabledFrom > book.disableEnd;
+  call.disabled = book.underWay[0] == 0 && book.disabledFrom > book.enableEnd;
   const int counter = counterOf(what);
-  if (what == What::Disable) life.disabling.push_back(call.start);
+  if (what == What::Disable) book.disabling.push_back(call.start);
   if (counter >= 0) {
-    ++life.underWay[counter];
-    ++life.begun[counter];
+    ++book.underWay[counter];
+    ++book.begun[counter];
   }
-  call.others = call.enabled ? life.begun[1] : life.begun[0];
+  call.others = call.enabled ? book.begun[1] : book.begun[0];
   return call;
 }
 
@@ -107,25 +107,25 @@ void ModelBooks::end(const Call& call, int64_t result, bool accepted, Kind kind,
                    ? ""
                    : (std::string(", ") + nameOf(kind) + " " + std::to_string(account)).c_str());
   const Guard lock(mMutex);
-  Life& life = mLives[call.service];
+  ServiceBook& book = mServices[call.service];
   const uint64_t now = ++mClock;
   ++mTotals.calls;
   if (!accepted) ++mTotals.refused;
   const int counter = counterOf(call.what);
-  if (counter >= 0) --life.underWay[counter];
+  if (counter >= 0) --book.underWay[counter];
   if (call.what == What::Disable) {
-    life.disabling.erase(std::find(life.disabling.begin(), life.disabling.end(), call.start));
+    book.disabling.erase(std::find(book.disabling.begin(), book.disabling.end(), call.start));
   }
   judgeResult(call, result, accepted);
   judgeTime(call, accepted);
-  if (call.what == What::Enable) life.enableEnd = now;
+  if (call.what == What::Enable) book.enableEnd = now;
   if (accepted) {
-    ++life.accepted[static_cast<size_t>(call.what)];
-    if (call.what == What::Enable) life.enabledFrom = std::max(life.enabledFrom, call.start);
+    ++book.accepted[static_cast<size_t>(call.what)];
+    if (call.what == What::Enable) book.enabledFrom = std::max(book.enabledFrom, call.start);
     if (call.what == What::Disable) {
-      life.disabledFrom = std::max(life.disabledFrom, call.start);
-      life.disableEnd = now;
-      life.disables.emplace_back(call.start, now);
+      book.disabledFrom = std::max(book.disabledFrom, call.start);
+      book.disableEnd = now;
+      book.disables.emplace_back(call.start, now);
       closeBefore(call);
     }
   }
@@ -135,9 +135,9 @@ void ModelBooks::end(const Call& call, int64_t result, bool accepted, Kind kind,
 
 // The call's service was certainly in one state during the whole call.
 void ModelBooks::judgeResult(const Call& call, int64_t result, bool accepted) {
-  const Life& life = mLives[call.service];
-  const bool enabled = call.enabled && life.begun[1] == call.others;
-  const bool disabled = call.disabled && life.begun[0] == call.others;
+  const ServiceBook& book = mServices[call.service];
+  const bool enabled = call.enabled && book.begun[1] == call.others;
+  const bool disabled = call.disabled && book.begun[0] == call.others;
   if (enabled || disabled) ++mTotals.checkedResults;
   const char* const name = nameOf(call.service);
   const char* const what = textOf(call.what);
@@ -171,7 +171,7 @@ void ModelBooks::judgeTime(const Call& call, bool accepted) {
   Clock::time_point from = call.began;
   // If the call waited for a callback, its time counts from the callback's end.
   const bool waits = call.what == What::Disable && accepted && !call.inside;
-  if (waits) from = std::max(from, mLives[call.service].lastCallback);
+  if (waits) from = std::max(from, mServices[call.service].lastCallback);
   const auto took = std::chrono::duration_cast<milliseconds>(now - from);
   if (took <= (call.inside ? kAtOnce : kInTime)) return;
   mLate.push_back(std::string(textOf(call.what)) + " of " + nameOf(call.service) +
@@ -212,8 +212,9 @@ void ModelBooks::closeBefore(const Call& call) {
       if (account.running > 0) {
         mistake("%s %zu still runs after disable has returned%s", nameOf(static_cast<Kind>(kind)),
                 i,
-                besideALeave(mLives[call.service], account) ? " (registered beside another disable)"
-                                                            : "");
+                besideADisable(mServices[call.service], account)
+                    ? " (registered beside another disable)"
+                    : "");
       }
       account.state = State::Closed;
       ++mTotals.closed;
@@ -222,11 +223,11 @@ void ModelBooks::closeBefore(const Call& call) {
 }
 
 // Whether another disable was under way while @p account was registered.
-bool ModelBooks::besideALeave(const Life& life, const Account& account) const {
-  for (const uint64_t start : life.disabling) {
+bool ModelBooks::besideADisable(const ServiceBook& book, const Account& account) const {
+  for (const uint64_t start : book.disabling) {
     if (start < account.registered) return true;
   }
-  for (const auto& [start, end] : life.disables) {
+  for (const auto& [start, end] : book.disables) {
     if (start < account.registered && end > account.opened) return true;
   }
   return false;
@@ -264,7 +265,7 @@ void ModelBooks::beginCallback(Kind kind, int number, int value, uint64_t connec
     mistake("%s %d: status %d for nothing", nameOf(kind), number, value);
   }
   if (connection != 0 && connection < mConnections.size()) {
-    for (const auto& [start, end] : mLives[serviceOf(kind)].disables) {
+    for (const auto& [start, end] : mServices[serviceOf(kind)].disables) {
       if (start > mConnections[connection] && end < account.opened) {
         mistake("%s %d: called by connection %llu of an earlier period", nameOf(kind), number,
                 static_cast<unsigned long long>(connection));
@@ -280,7 +281,7 @@ void ModelBooks::endCallback(Kind kind, int number) {
   ++mClock;
   --mRunning;
   --at(kind, number).running;
-  mLives[serviceOf(kind)].lastCallback = Clock::now();
+  mServices[serviceOf(kind)].lastCallback = Clock::now();
   mChanged.notify_all();
 }
 
@@ -348,7 +349,7 @@ void ModelBooks::arrived(uint32_t number, uint64_t& latestStart) {
 
 uint64_t ModelBooks::accepted(What what, Service service) const {
   const Guard lock(mMutex);
-  return mLives[service].accepted[static_cast<size_t>(what)];
+  return mServices[service].accepted[static_cast<size_t>(what)];
 }
 
 void ModelBooks::mistake(const char* format, ...) {

@@ -119,7 +119,7 @@ class ModelBooks {
     const char* overBy = nullptr;  // why no thread may begin it more than once from now on
     std::vector<int> begunAfter;   // threads that have begun it since then
   };
-  struct Life {
+  struct ServiceBook {
     uint64_t underWay[2] = {0, 0};  // numbers of enables and disables under way
     uint64_t begun[2] = {0, 0};
     uint64_t accepted[5] = {};
@@ -143,7 +143,7 @@ class ModelBooks {
   void judgeTime(const Call& call, bool accepted);
   void settle(const Call& call, bool accepted, Kind kind, int account);
   void closeBefore(const Call& call);
-  bool besideALeave(const Life& life, const Account& account) const;
+  bool besideADisable(const ServiceBook& book, const Account& account) const;
   void over(Account& account, const char* why);
 
   mutable std::mutex mMutex;
@@ -153,7 +153,7 @@ class ModelBooks {
   std::array<uint64_t, kServices> mCallbacks{};
   std::array<std::array<Account, kPerKind>, kKinds> mAccounts;
   std::array<size_t, kKinds> mNext{};
-  std::array<Life, kServices> mLives;
+  std::array<ServiceBook, kServices> mServices;
   std::vector<Tag> mTags;
   std::vector<uint64_t> mConnections;  // when the first frame of each one came
   Totals mTotals;
