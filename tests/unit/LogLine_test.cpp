@@ -32,6 +32,14 @@ __attribute__((format(printf, 1, 2))) std::string expected(const char* format, .
   return (std::string(kHead.text()) + text).substr(0, kLongest);
 }
 
+std::string lineWith(const LogHead& head, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  const LogLine line(head, format, args);
+  va_end(args);
+  return line.text();
+}
+
 #define EXPECT_LINE(...) EXPECT_EQ(expected(__VA_ARGS__), lineOf(__VA_ARGS__))
 
 TEST(LogLineTest, UsualConversionsReadAsTheCLibraryWritesThem) {
@@ -45,6 +53,18 @@ TEST(LogLineTest, UsualConversionsReadAsTheCLibraryWritesThem) {
   }
   EXPECT_LINE("[%s][%s]", "", "text");
   EXPECT_LINE("100%%, %d%%%s%%", 5, "%d");
+}
+
+TEST(LogLineTest, TextEndsBehindTheLongestHead) {
+  static constexpr LogHead kLongestHead("0123456789012345678901234567890123456789",
+                                        "0123456789012345678901234567890123456789.cpp", "123456789",
+                                        1);
+  static_assert(kLongestHead.text().size() == LogHead::kMaxSize);
+  for (const char* const format : {"", "x", "%5d"}) {
+    const std::string text = lineWith(kLongestHead, format, 7);
+    EXPECT_EQ(std::string(kLongestHead.text()), text.substr(0, LogHead::kMaxSize));
+    EXPECT_EQ(*format == '%' ? "    7" : format, text.substr(LogHead::kMaxSize));
+  }
 }
 
 TEST(LogLineTest, ManyConversionsTakeTheirOwnValues) {

@@ -202,7 +202,7 @@ DIR* orbTestFdopendir(int fd) {
   return nullptr;
 }
 
-// These count as one call: the status of a file.
+// statx, fstat, lstat and fstatat count as one call: the status of a file.
 long orbTestSyscall(long number, ...) ORB_NAMED("syscall");
 long orbTestSyscall(long number, ...) {
   va_list arguments;
@@ -212,6 +212,12 @@ long orbTestSyscall(long number, ...) {
   const long result = failure == nullptr ? make() : failing<long>(*failure, -1, make);
   va_end(arguments);
   return result;
+}
+
+int orbTestFstat(int fd, struct stat* status) ORB_NAMED("fstat");
+int orbTestFstat(int fd, struct stat* status) {
+  static auto* const real = interposed::next<decltype(::fstat)>("fstat");
+  return plain(decide(Call::Stat, ORB_CALLER), [&] { return real(fd, status); });
 }
 
 int orbTestLstat(const char* path, struct stat* status) ORB_NAMED("lstat");

@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
-// Copying and clearing, always by the C library. A compiler that can tell that a size is at most a
-// few hundred bytes may use a string instruction of the processor in its place; to start one takes
-// longer than the library takes for a short text.
+// Copying and clearing by calls: here the compiler does not see how small a size is. Where it does,
+// it may use a string instruction of the processor; to start one takes longer than the C library
+// takes for a short text.
 void copyBytes(void* to, const void* from, size_t size);
 void zeroBytes(void* to, size_t size);

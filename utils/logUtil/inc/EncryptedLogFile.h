@@ -60,5 +60,5 @@ class EncryptedLogFile {
   off_t mSize = 0;      // size of the file when it was last checked or written to
   off_t mEnd = 0;       // end of the latest piece, as far as this object knows
   off_t mLatest = 0;    // size of the latest piece
-  FileStatus mFile;     // of the open file when it was opened
+  FileStatus mFile;     // which file it is that was opened last; its size is in mSize
 };

@@ -13,7 +13,7 @@ struct FileStatus {
   mode_t mode = 0;
   uid_t owner = 0;
   uint64_t links = 0;
-  uint64_t device = 0;  // to compare with others of this run only
+  dev_t device = 0;
   uint64_t inode = 0;
   off_t size = 0;
 
@@ -28,6 +28,7 @@ struct FileStatus {
   }
 
  private:
-  // By the system call that can leave the times out; kernels before 4.11 do not have it.
+  // By the system call that can leave the times out. Kernels before 4.11 do not have it, and a
+  // filter of system calls may refuse it.
   bool readWithoutTimes(int directory, const char* path, int flags);
 };

@@ -5,8 +5,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <cerrno>
-
 namespace {
 
 FileStatus statusOf(const struct stat& status) {
@@ -20,23 +18,20 @@ FileStatus statusOf(const struct stat& status) {
   return result;
 }
 
-// EPERM: from a filter of system calls that does not know this one.
-bool isMissing(int error) { return error == ENOSYS || error == EPERM; }
-
 }  // namespace
 
 bool FileStatus::readOpenFile(int fd) {
   if (readWithoutTimes(fd, "", AT_EMPTY_PATH)) return true;
   struct stat status;
-  if (!isMissing(errno) || fstat(fd, &status) != 0) return false;
+  if (fstat(fd, &status) != 0) return false;
   *this = statusOf(status);
   return true;
 }
 
 bool FileStatus::readName(const char* path) {
-  if (readWithoutTimes(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW)) return true;
+  if (readWithoutTimes(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT)) return true;
   struct stat status;
-  if (!isMissing(errno) || lstat(path, &status) != 0) return false;
+  if (lstat(path, &status) != 0) return false;
   *this = statusOf(status);
   return true;
 }

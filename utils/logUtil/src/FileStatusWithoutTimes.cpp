@@ -5,9 +5,12 @@
 // well, others do not have it.
 #include <linux/stat.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include "FileStatus.h"
+
+static_assert(sizeof(off_t) == sizeof(uint64_t), "the size of any file");
 
 bool FileStatus::readWithoutTimes(int directory, const char* path, int flags) {
   constexpr unsigned kWanted =
@@ -17,7 +20,7 @@ bool FileStatus::readWithoutTimes(int directory, const char* path, int flags) {
   mode = status.stx_mode;
   owner = status.stx_uid;
   links = status.stx_nlink;
-  device = static_cast<uint64_t>(status.stx_dev_major) << 32 | status.stx_dev_minor;
+  device = makedev(status.stx_dev_major, status.stx_dev_minor);
   inode = status.stx_ino;
   size = static_cast<off_t>(status.stx_size);
   return true;
