@@ -40,18 +40,21 @@ end() {
   wait "$1" || fail "exit status $? at the end"
 }
 reports() { grep -ci "^$1  .* to \|^$1  .*link " "$2" || true; }
-# run OUTPUT LCE LLE LLI: until the application has printed this number of lines of each service,
-# then Ctrl-C.
+# run OUTPUT LCE LLE LLI: until the application has printed this number of reports of each service,
+# then Ctrl-C. The reports are counted one by one: whoever starts a program for each line reads more
+# slowly than the application writes, and holds it up.
 run() {
   local output=$1 line
-  shift
+  local -A missing=([lce]=$2 [lle]=$3 [lli]=$4)
   : >"$output"
   exec 5< <(exec "$application")
   local process=$!
-  while (($(reports lce "$output") < $1 || $(reports lle "$output") < $2 ||
-    $(reports lli "$output") < $3)); do
+  while ((missing[lce] > 0 || missing[lle] > 0 || missing[lli] > 0)); do
     read -r -u 5 line || fail "the application ended: $(<"$output")"
     echo "$line" >>"$output"
+    if [[ ${line,,} =~ ^(lce|lle|lli)\ \ .*(\ to|link)\  ]]; then
+      missing[${BASH_REMATCH[1]}]=$((missing[${BASH_REMATCH[1]}] - 1))
+    fi
   done
   kill -INT "$process"
   cat <&5 >>"$output"
@@ -88,7 +91,8 @@ echo "live, through the relay"
 serve "$work/daemon" "$work/daemon.log" --socket "$work/daemon" --interval 1000 --seed 3
 daemon=$served
 serve /dev/socket/orb "$work/trace" relay --to "$work/daemon" --trace --json --record "$work/session"
-run "$work/live" 3 3 2
+# In the third second each service reports; then nobody does for a second.
+run "$work/live" 3 3 3
 # The application has disconnected. The relay's log must show this before the relay is ended.
 closed='"kind":"log","text":"connection 3 .* closed, '
 grep -qm1 "$closed" < <(timeout 20 tail -n +1 -f "$work/trace") || fail "no end in the log"
