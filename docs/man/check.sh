@@ -39,6 +39,19 @@ for page in "${linked[@]}"; do
       fail "${page##*/} does not name $name in SEE ALSO"
   done
 done
+# Who has only the pages finds each member of each structure and each value of each enumeration.
+headers=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../include/orb" && pwd)
+members=$(sed -nE '/^(ORB_EXTENSION|typedef) (enum|struct) .*\{$/,/^\}/{
+    s/^  (\w+ = -?[0-9]+),.*/\1/p
+    s/^  (\w+ \w[^;]*);.*/\1/p
+  }' "$headers"/{status,lce,lle,lli}.h)
+(($(wc -l <<<"$members") > 50)) || fail "members found in the headers: $members"
+shown=$(sed -n '/^\.SH TYPES$/,/^\.SH HISTORY$/{ s/\\f.//g; s/\\-/-/g; s/^\.B "\(.*\)"$/\1/p; }' "$folder"/*.3)
+while read -r member; do
+  grep -qxF -- "$member" <<<"$shown" || fail "no page has $member"
+done <<<"$members"
+of_callback=$(sed -n '/^\.SH TYPES$/,/^\.SH HISTORY$/s/^\.SS //p' "$folder/createLceClient.3" | paste -sd ' ')
+[[ $of_callback == "status_v2_e status_e" ]] || fail "types of createLceClient(3): $of_callback"
 # What stands in a comment stands in the page.
 grep -q '^1 to 4294967295 queued' "$folder/lceSetReportingCriteria.3" || fail "results"
 grep -q '^\.SH CALLBACK LceReportingCriteriaCb$' "$folder/lceSetReportingCriteria.3" || fail "callback"

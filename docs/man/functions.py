@@ -3,14 +3,19 @@
 # Copyright (c) 2026 The OrbSdlSdk authors
 """Writes the man pages of section 3: functions.py INCLUDE_DIR VERSION FOLDER
 
-One for each exported function, orbsdlsdk(3) with the rules for all of them. Everything in them is
-said in the comments of the public headers.
+One for each exported function, with the structures and enumerations that it uses, and orbsdlsdk(3) with
+the rules for all of them. Everything in them is said in the comments of the public headers.
 """
 import os
 import re
 import sys
 
 SERVICES = ("lce", "lle", "lli", "version")
+HEADERS = ("status",) + SERVICES
+TYPE = re.compile(r"(/\*\*(?:[^*]|\*(?!/))*\*/)\n(?:ORB_EXTENSION|typedef) (enum|struct) (\w+)[^{\n]*\{\n"
+                  r"(.*?)\n\}", re.S)
+# A comment before a member, or behind it.
+MEMBER = re.compile(r"/\*\*(?!<)(.*?)\*/\s*([^;,]+)[;,]|(\w[^;,]*)[;,]\s*/\*\*<(.*?)\*/", re.S)
 TOOLS = ("orb-sandbox", "orbctl", "orbd-sim", "orbdiag", "orblog")
 
 
@@ -153,6 +158,46 @@ def declarations(header):
     return found
 
 
+class Type:
+    """A structure or an enumeration of a header: its comment and its members, each with a comment."""
+
+    def __init__(self, name, comment, body):
+        self.name, self.comment, self.members, self.text = name, Comment(comment), [], comment + body
+        for before, first, second, behind in MEMBER.findall(body):
+            text = " ".join(" ".join(lines_of(before or behind)).split())
+            self.members.append((first.strip() or second.strip(), text))
+
+    def section(self):
+        said = "".join(paragraph(block) + "\n" for block in self.comment.text)
+        return f".SS {self.name}\n{said}" + "".join(
+            f".TP\n.B \"{escaped(member)}\"\n{escaped(text)}\n" for member, text in self.members)
+
+
+def types_of(include):
+    """The structures and enumerations of all headers, by their names."""
+    found = {}
+    for header in HEADERS:
+        with open(os.path.join(include, "orb", header + ".h"), encoding="ascii") as file:
+            text = file.read()
+        for comment, kind, name, body in TYPE.findall(text):
+            found[name] = Type(name, comment, body)
+            count = len(re.findall(r"^  \w.*;" if kind == "struct" else r"^  \w+ = ", body, re.M))
+            if not count or count != len(found[name].members):
+                sys.exit(f"{header}.h: {name} has {count} members, {len(found[name].members)} with a comment")
+    return found
+
+
+def used_types(text, types):
+    """The types that a text names, each before those that it names itself."""
+    used, words = [], re.findall(r"\w+", text)
+    while words:
+        word = words.pop(0)
+        if word in types and word not in used:
+            used.append(word)
+            words = re.findall(r"\w+", types[word].text) + words
+    return used
+
+
 def head(title, version):
     return f'.TH {title.upper()} 3 "" "OrbSdlSdk {version}" "OrbSdlSdk"\n.\\" Written from the headers.\n'
 
@@ -161,7 +206,7 @@ def arguments(parameters):
     return "".join(f".TP\n.I {name}\n{text}\n" for name, text in parameters)
 
 
-def function_page(function, callbacks, others, version):
+def function_page(function, callbacks, others, types, version):
     _, name, declaration, comment = function
     used = [callback for callback in callbacks if callback[1] in declaration]
     page = head(name, version)
@@ -178,6 +223,9 @@ def function_page(function, callbacks, others, version):
     for _, callback, _, said in used:
         page += f".SH CALLBACK {callback}\n" + "".join(paragraph(block) + "\n" for block in said.text)
         page += arguments(said.parameters) + (paragraph(said.threads) + "\n" if said.threads else "")
+    shown = used_types(" ".join([callback[2] for callback in used] + [declaration]), types)
+    if shown:
+        page += ".SH TYPES\n" + "".join(types[other].section() for other in shown)
     page += f".SH HISTORY\nSince version {comment.since}.\n"
     page += ".SH SEE ALSO\n" + ",\n".join(f".BR {other} (3)" for other in others if other != name)
     return re.sub(r"^(\.BR \w+ \(3\)),$", r"\1,", page, flags=re.M) + ",\n.BR orbsdlsdk (3)\n"
@@ -198,21 +246,23 @@ def overview(header, functions, version):
     page += ".SH FUNCTIONS\n"
     for _, name, _, said in functions:
         page += f".TP\n.BR {name} (3)\n{escaped(said.summary())}\n"
-    page += ".SH FILES\nThe guide and the examples are in the documentation folder of the installation; Debian\n"
-    page += "packages have it at\n.IR /usr/share/doc/liborbsdlsdk\\-dev .\n"
+    page += ".SH FILES\nThe documentation folder of the installation has a first program in README.md, the\n"
+    page += "commands that build and run it in docs/installing.md, the guide and the examples. Debian\n"
+    page += "packages have it at\n"
+    page += ".IR /usr/share/doc/liborbsdlsdk\\-dev .\n"
     return page + ".SH SEE ALSO\n" + ",\n".join(f".BR {escaped(tool)} (1)" for tool in TOOLS) + "\n"
 
 
 def main(include, version, folder):
     os.makedirs(folder, exist_ok=True)
-    everything = []
+    everything, types = [], types_of(include)
     for service in SERVICES:
         found = declarations(os.path.join(include, "orb", service + ".h"))
         functions = [entry for entry in found if entry[0] == "function"]
         callbacks = [entry for entry in found if entry[0] == "callback"]
         everything += functions
         for function in functions:
-            page = function_page(function, callbacks, [entry[1] for entry in functions], version)
+            page = function_page(function, callbacks, [entry[1] for entry in functions], types, version)
             with open(os.path.join(folder, function[1] + ".3"), "w", encoding="ascii") as file:
                 file.write(page)
     with open(os.path.join(folder, "orbsdlsdk.3"), "w", encoding="ascii") as file:
