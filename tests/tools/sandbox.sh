@@ -99,6 +99,13 @@ expect_words 2 "$name: unknown option: --loud; try '$name --help'" --loud true
 expect_words 2 "$name: no command given; try '$name --help'"
 expect_words 2 "$name: no such command: no-such-command; try '$name --help'" -- no-such-command
 ORB_SANDBOX_BIND=/nowhere expect_words 2 "$name: ORB_SANDBOX_BIND: no such directory: /nowhere" true
+# In a directory that the sandbox replaces, the user's files are missing. Said once, and nowhere else.
+hint="$name: the files in /tmp are not in the sandbox; work in a folder below /tmp"
+[[ $(cd /tmp && "$sandbox" true 2>&1) == "$hint" ]] || fail "no hint in /tmp"
+[[ $(cd /tmp && ORB_SANDBOX_BIND=/tmp "$sandbox" true 2>&1) == "$hint" ]] || fail "more than one hint"
+[[ $(ORB_SANDBOX_BIND=/tmp "$sandbox" true 2>&1) == "$hint" ]] || fail "no hint for ORB_SANDBOX_BIND"
+[[ -z $("$sandbox" true 2>&1) && -z $(cd / && "$sandbox" true 2>&1) ]] || fail "a hint without a reason"
+[[ -z $(cd /tmp && "$sandbox" --redirect true 2>&1) ]] || fail "a hint with the machine's /tmp"
 cat >"$work/bin/bwrap" <<'EOF'
 #!/bin/sh
 echo "bwrap: No permissions to create new namespace" >&2
