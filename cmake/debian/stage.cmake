@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 # Between CPack's install and its packages: each gets copyright and changelog, manual pages are compressed,
-# completions lie where Debian's shells look, and folders are everybody's whoever packs.
+# completions lie where Debian's shells look, pkg-config files name the prefix, and folders are everybody's
+# whoever packs.
 cmake_policy(VERSION 3.20)
 find_program(GZIP gzip REQUIRED)
 
@@ -22,6 +23,14 @@ foreach(entry ${CPACK_ORB_PACKAGES})
   if(EXISTS ${share}/zsh/site-functions)
     file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)
   endif()
+  # A package is never moved. pkg-config prints no option for a folder that it knows as the system's:
+  # as -isystem it would hide the C library's headers from those of C++.
+  file(GLOB_RECURSE files ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/${group}/*.pc)
+  foreach(file ${files})
+    file(READ ${file} text)
+    string(REGEX REPLACE "^prefix=[^\n]*" "prefix=${CPACK_PACKAGING_INSTALL_PREFIX}" text "${text}")
+    file(WRITE ${file} "${text}")
+  endforeach()
   set(folder ${share}/doc/${package})
   file(MAKE_DIRECTORY ${folder})
   file(COPY_FILE ${CPACK_ORB_DEBIAN}/copyright ${folder}/copyright)

@@ -38,7 +38,10 @@ cmake() {
 cpack() { (umask 077 && run "$(dirname "$cmake")/cpack" "$@"); }
 apt-get() {
   case $1 in
-    install) run as_root dpkg --root="$root" --install "${@:2}" ;;
+    install)
+      [[ $2 == --reinstall ]] || fail "packages of a later build do not replace these: apt-get $*"
+      run as_root dpkg --root="$root" --install "${@:3}"
+      ;;
     purge) run as_root dpkg --root="$root" --purge "${@:2}" ;;
     *) fail "apt-get $*" ;;
   esac
@@ -47,6 +50,8 @@ apt-get() {
 mkdir -p "$root"/var/lib/dpkg/{info,updates,triggers} "$root/var/log" "$work/whole" "$work/layer" "$work/used"
 cp /var/lib/dpkg/status "$root/var/lib/dpkg/"
 : >"$root/var/lib/dpkg/available"
+# All that scripts/setup would install is there, or this test would not have been built.
+ln -s "$sources/scripts" .
 eval "$(documented docs/installing.md "cpack -G DEB")"
 
 for package in "${packages[@]}"; do
@@ -93,6 +98,8 @@ documented README.md "int main" c >"$work/used/readme.c"
   documented docs/installing.md "orb-sandbox --redirect"
   documented docs/installing.md "-dev/examples"
   cat <<'EOF'
+pkg-config --cflags OrbSdlSdk orbsim | grep -qx ' *'
+pkg-config --libs OrbSdlSdk | grep -qx -- '-lOrbSdlSdk *'
 cc enable.c -o enable -lOrbSdlSdk
 ORB_LOG_LEVEL=S orb-sandbox --redirect bash -euc '
   exec 4< <(exec orbd-sim --socket "$ORB_SOCKET")
