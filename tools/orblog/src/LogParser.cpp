@@ -62,7 +62,7 @@ bool LogParser::passZeros(uint64_t end) {
   // The last byte may be the first byte of a length.
   if (!mGap || !mBuffer.empty() || mGap->next != mBase || end < mBase + 2) return false;
   if (mGap->declared >= mBase && mGap->declared < end) return false;
-  if (mBudget == 0 || knownKeys() == 0) mGap->gaveUp = true;
+  if (mBudget == 0 || !hasKeys()) mGap->gaveUp = true;
   mGap->next = end - 1;
   mBase = end - 1;
   return true;
@@ -196,7 +196,6 @@ void LogParser::prefer(size_t key) {
   } else {
     std::rotate(mRecent.begin(), place, place + 1);
   }
-  if (mKeyLimit != SIZE_MAX) mKeyLimit = std::max(mKeyLimit, key + 1);
 }
 
 void LogParser::emit(uint64_t at, Parsed& out) {
@@ -327,7 +326,7 @@ void LogParser::followLength(bool final) {
 bool LogParser::step(bool final) {
   Gap& gap = *mGap;
   if (gap.next == gap.declared) followLength(final);
-  if (mBudget > 0 && knownKeys() > 0) {
+  if (mBudget > 0 && hasKeys()) {
     ++gap.next;
     return true;
   }

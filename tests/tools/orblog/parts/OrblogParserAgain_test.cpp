@@ -78,6 +78,20 @@ TEST_F(OrblogParserAgain, GivesTheSameRecordsWithAnyRoomAndBudget) {
   EXPECT_GT(total, fewerEmulated(3000u));
 }
 
+// The header's key is on the ring behind the later file's.
+TEST_F(OrblogParserAgain, HeaderBringsItsOwnKeyAndNoOtherOne) {
+  LogParser parser(ring, opener());
+  parser.knowNoMoreKeys();
+  addKey(keyOf(3), "a later file");
+  Sealer later(keyOf(3));
+  Bytes file = headerOf(keyOf(1));
+  file += later.record("not known");
+  file += sealer.record("known");
+  file += later.record("not known either");
+  out = read(parser, file, 1 << 17, SIZE_MAX);
+  EXPECT_EQ(Texts{"known"}, texts());
+}
+
 TEST_F(OrblogParserAgain, WithoutSearchBudgetPiecesMakeNoDifferenceEither) {
   for (int round = 0; round < fewerEmulated(300); ++round) {
     SCOPED_TRACE(round);

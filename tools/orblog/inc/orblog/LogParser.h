@@ -110,6 +110,7 @@ class LogParser {
   void closeGap(uint64_t at, bool resumed, Parsed& out);
   Outcome attempt(uint64_t at);
   size_t knownKeys() const { return mKeyLimit < mKeys->size() ? mKeyLimit : mKeys->size(); }
+  bool hasKeys() const { return !mRecent.empty() || knownKeys() > 0; }
   bool opens(size_t key, ByteView sealed, uint64_t& budget);
   void prefer(size_t key);
   bool isPlausible(uint64_t at) const;
@@ -125,8 +126,10 @@ class LogParser {
   uint64_t mBase = 0;            // the offset of the buffer's first byte
   uint64_t mPosition = 0;        // the offset where parsing continues
   bool mHeaderRead = false;
-  std::vector<size_t> mRecent;  // keys that decrypted records here, the latest first
-  size_t mKeyLimit = SIZE_MAX;  // keys with this number or a higher one are not used
+  // Keys of this file's headers, and keys that decrypted records here, the latest first.
+  std::vector<size_t> mRecent;
+  size_t mKeyLimit =
+      SIZE_MAX;  // of other keys, those with this number or a higher one are not used
   std::optional<Gap> mGap;
   std::string mText;  // of the last decrypted record
   uint64_t mBudget;
