@@ -2,10 +2,12 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 // The memory of a disabled service while another service keeps the SDK client.
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <orb/sdl.h>
 
 #include <atomic>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include "RecordingPlatform.h"
@@ -15,25 +17,28 @@ namespace {
 
 std::atomic<int64_t> allocated{0};
 
-// Before each allocation there is its size, in an aligned space. 0 for lines that the recording
-// platform keeps.
-constexpr size_t kHead = alignof(std::max_align_t);
+// Each block ends with its size, or with 0 for lines that the recording platform keeps: at its end,
+// because memcheck takes a block for lost if there are only pointers behind its beginning.
+char* noteIn(void* memory) {
+  return static_cast<char*>(memory) + malloc_usable_size(memory) - sizeof(size_t);
+}
 
 }  // namespace
 
 void* operator new(size_t size) {
-  auto* const memory = static_cast<char*>(malloc(size + kHead));
+  void* const memory = malloc(size + sizeof size);
   if (memory == nullptr) throw std::bad_alloc();
   const size_t counted = recording::isWorking() ? 0 : size;
-  *reinterpret_cast<size_t*>(memory) = counted;
+  std::memcpy(noteIn(memory), &counted, sizeof counted);
   allocated += static_cast<int64_t>(counted);
-  return memory + kHead;
+  return memory;
 }
 void operator delete(void* memory) noexcept {
   if (memory == nullptr) return;
-  char* const start = static_cast<char*>(memory) - kHead;
-  allocated -= static_cast<int64_t>(*reinterpret_cast<size_t*>(start));
-  free(start);
+  size_t counted = 0;
+  std::memcpy(&counted, noteIn(memory), sizeof counted);
+  allocated -= static_cast<int64_t>(counted);
+  free(memory);
 }
 void operator delete(void* memory, size_t) noexcept { operator delete(memory); }
 

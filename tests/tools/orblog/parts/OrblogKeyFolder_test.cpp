@@ -184,6 +184,8 @@ struct Kind {
   const char* name;
   bool links, exclusive;
 };
+// Otherwise GoogleTest prints the bytes, those between the members included.
+void PrintTo(const Kind& kind, std::ostream* out) { *out << kind.name; }
 class OrblogKeyFolderSteps : public OrblogKeyFolder, public testing::WithParamInterface<Kind> {
  protected:
   // Calls `check` with the result of a run for every step and every kind of failure, until there
