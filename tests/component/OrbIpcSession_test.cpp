@@ -180,6 +180,22 @@ TEST_F(OrbIpcSessionTest, SendingAtOnceDoesNotWaitForADaemonThatDoesNotRead) {
   mDaemon.setReading(true);
 }
 
+TEST_F(OrbIpcSessionTest, RoomIsAwaitedUntilTheDaemonReads) {
+  using Clock = std::chrono::steady_clock;
+  EXPECT_FALSE(mSession->awaitRoom(Clock::now() + kPatience));  // not connected
+  connectAndExpectSuccess();
+  EXPECT_TRUE(mSession->awaitRoom(Clock::now()));
+  mDaemon.setReading(false);
+  const auto note = makeNote(Bytes(16384));
+  while (mSession->sendAtOnce(*note)) {
+  }
+  EXPECT_FALSE(mSession->awaitRoom(Clock::now() + std::chrono::milliseconds(1)));
+  std::thread reader([&] { mDaemon.setReading(true); });
+  EXPECT_TRUE(mSession->awaitRoom(Clock::now() + kPatience));
+  EXPECT_TRUE(mSession->sendAtOnce(*note));
+  reader.join();
+}
+
 TEST_F(OrbIpcSessionTest, QueuedMessageWithoutConnectionIsDropped) {
   recording::clear();
   mSession->handleEvent(makeNote({1}));

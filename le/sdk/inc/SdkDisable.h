@@ -65,6 +65,7 @@ class SdkDisable : public AfterCallback {
   // The disable began inside a callback, which has returned now.
   void outside(const std::shared_ptr<AfterCallback>& self) override;
   void startGracePeriod(std::chrono::milliseconds length);
+  Clock::time_point gracePeriodEnd() const;
   void awaitMessage();
   bool awaitCompletion(std::chrono::milliseconds timeout);
   std::shared_ptr<OrbIpcClientSession> session() const;

@@ -10,11 +10,12 @@
 
 namespace {
 
-// Limits, in this order: a disabled type may still connect and send (the grace period); a send that
-// runs may end; the worker deactivates the type after its session was closed; receiver and worker
-// end, each. Together well below half a second.
+// Limits, in this order: a disabled type may still connect and send (the grace period); a daemon
+// that reads slowly may make room, for a send that runs and for the disable message; the worker
+// deactivates the type after its session was closed; receiver and worker end, each. Together below
+// half a second.
 constexpr std::chrono::milliseconds kGracePeriod(200);
-constexpr std::chrono::milliseconds kSendEnd(30);
+constexpr std::chrono::milliseconds kRoom(90);
 constexpr std::chrono::milliseconds kAfterClose(100);
 constexpr std::chrono::milliseconds kThreadEnd(50);
 
@@ -58,7 +59,7 @@ void SdkDisable::force() {
   if (const auto closing = mClient->sessionOf(*this)) {
     // The worker sends no further message of the type. Wait for one that it is sending, but not for
     // long.
-    if (mClient->awaitSendEnd(mType, kSendEnd)) sendMessage(*closing);
+    if (mClient->awaitSendEnd(mType, kRoom)) sendMessage(*closing);
     closing->beginClose();
   }
 }
@@ -68,18 +69,15 @@ void SdkDisable::startGracePeriod(std::chrono::milliseconds length) {
   mGracePeriodEnd = Clock::now() + length;
 }
 
-bool SdkDisable::gracePeriodOver() const {
+SdkDisable::Clock::time_point SdkDisable::gracePeriodEnd() const {
   const LockGuard lock(mMutex);
-  return Clock::now() >= mGracePeriodEnd;
+  return mGracePeriodEnd;
 }
 
+bool SdkDisable::gracePeriodOver() const { return Clock::now() >= gracePeriodEnd(); }
+
 bool SdkDisable::awaitGracePeriod() {
-  Clock::time_point end;
-  {
-    const LockGuard lock(mMutex);
-    end = mGracePeriodEnd;
-  }
-  const auto left = std::max(end - Clock::now(), Clock::duration(0));
+  const auto left = std::max(gracePeriodEnd() - Clock::now(), Clock::duration(0));
   return awaitCompletion(std::chrono::ceil<std::chrono::milliseconds>(left));
 }
 
@@ -112,6 +110,7 @@ void SdkDisable::sendMessage(OrbIpcClientSession& session) {
   }
   try {
     SendBlobMessage message(convertSdkTypeToIpc(mType), std::move(mCleanup->blob));
+    session.awaitRoom(std::min(gracePeriodEnd(), Clock::now()) + kRoom);
     session.sendAtOnce(message);
   } catch (...) {
     // The caller closes the session anyway, and waiting threads must go on.

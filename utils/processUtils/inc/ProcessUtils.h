@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -66,6 +67,8 @@ int sendFlags(int flags = 0);
 // unless @p flags prevent that. After a failure the connection counts as lost: the socket is shut
 // down, so that its receiver ends and tells the handler. EAGAIN is no such failure.
 bool sendIpc(const ipcMsg_t& msg, const IpcSocket& socket, int flags = 0);
+// Waits until @p socket has room for a small frame, or no longer works. False when the time is up.
+bool awaitRoom(const IpcSocket& socket, std::chrono::steady_clock::time_point end);
 
 // From here on for programs that take part in the IPC themselves: the sessions of this library use
 // none of it.

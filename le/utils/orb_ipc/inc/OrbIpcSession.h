@@ -47,6 +47,9 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   // Sends on the calling thread, ahead of what others post, and does not wait for room in the
   // socket. The caller makes sure that no other thread sends meanwhile.
   bool sendAtOnce(OrbIpcMessage& msg);
+  // Waits until the socket has room for a small message. False when the time is up, or without a
+  // socket.
+  bool awaitRoom(std::chrono::steady_clock::time_point end);
 
   // An id that is already there keeps its entry.
   void registerForMessages(

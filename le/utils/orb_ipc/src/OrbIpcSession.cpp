@@ -180,6 +180,15 @@ bool OrbIpcSession::sendAtOnce(OrbIpcMessage& msg) {
          sendFrame(msg.serializeBehind(sizeof(ipcMsg_t)), msg.id(), 0, MSG_DONTWAIT | MSG_NOSIGNAL);
 }
 
+bool OrbIpcSession::awaitRoom(std::chrono::steady_clock::time_point end) {
+  SharedSocket socket;
+  {
+    const LockGuard lock(mStateLock);
+    if (mConnection) socket = mConnection->socket;
+  }
+  return socket && ::awaitRoom(*socket, end);
+}
+
 void OrbIpcSession::handleSessionEnd(unsigned int sessionId) {
   ORB_LOGD("handleSessionEnd for session %u", sessionId);
   auto receiver = semaphoreOfThisReceiver();

@@ -7,6 +7,8 @@
 #include <string.h>
 #include <sys/socket.h>
 
+#include <algorithm>
+#include <chrono>
 #include <new>
 #include <utility>
 
@@ -165,6 +167,16 @@ bool sendWhole(const ipcMsg_t& msg, const IpcSocket& socket, int flags) {
   // receiver would never notice.
   if (!noRoom) shutdown(socket.get(), SHUT_RDWR);
   return false;
+}
+
+bool awaitRoom(const IpcSocket& socket, std::chrono::steady_clock::time_point end) {
+  using std::chrono::milliseconds;
+  pollfd state = {socket.get(), POLLOUT, 0};
+  for (;;) {
+    const auto left = std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
+    const int ready = poll(&state, 1, static_cast<int>(std::max(left, milliseconds(0)).count()));
+    if (ready >= 0 || errno != EINTR) return ready > 0;
+  }
 }
 
 int sendFlags(int flags) { return isLibraryThread() ? flags : flags | MSG_NOSIGNAL; }
