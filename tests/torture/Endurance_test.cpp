@@ -9,11 +9,11 @@
 #include <condition_variable>
 #include <mutex>
 
-#include "Emulated.h"
 #include "Functions.h"
 #include "LceFixture.h"
 #include "LleFixture.h"
 #include "LliFixture.h"
+#include "Rounds.h"
 #include "Torture.h"
 #include "orbsim/Daemon.h"
 

@@ -8,9 +8,9 @@
 #include <sstream>
 
 #include "Built.h"
-#include "Emulated.h"
 #include "OrblogFiles.h"
 #include "OrblogRun.h"
+#include "Rounds.h"
 
 using namespace orblogtest;
 
@@ -120,7 +120,7 @@ TEST_F(OrblogKeygen, ForceLeavesNothingOfTheFormerFiles) {
 
 TEST_F(OrblogKeygen, OfRunsAtTheSameTimeOneSucceeds) {
   for (const char* option : {"--files", "--force"}) {
-    for (int round = 0; round < (emulated() ? 1 : 5) && !HasFailure(); ++round) {
+    for (int round = 0; round < (slow() ? 1 : 5) && !HasFailure(); ++round) {
       SCOPED_TRACE(option + std::to_string(round));
       fs::remove_all(directory / "keys");
       std::vector<std::string> arguments = {"keygen", "--out", path("keys"), "--bits", "2048"};

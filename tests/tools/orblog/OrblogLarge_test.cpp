@@ -8,9 +8,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "Emulated.h"
 #include "OrblogFiles.h"
 #include "OrblogRun.h"
+#include "Rounds.h"
 
 using namespace orblogtest;
 
@@ -87,7 +87,7 @@ constexpr long kAllowedKb = 1000000;
 constexpr long kAllowedKb = 3000;
 #endif
 
-const int kLong = emulated() ? 15000 : 46000;  // lines
+const int kLong = slow() ? 15000 : 46000;  // lines
 
 TEST_F(OrblogLarge, MemoryDoesNotGrowWithAFile) {
   write("orb_log_p0_00", 0, 4000);
@@ -110,7 +110,7 @@ TEST_F(OrblogLarge, MemoryDoesNotGrowWithAFile) {
 TEST_F(OrblogLarge, MemoryDoesNotGrowWithFilesThatAreMerged) {
   fs::create_directories(logs / "little");
   fs::create_directories(logs / "much");
-  const int kLines = emulated() ? 20000 : 40000;
+  const int kLines = slow() ? 20000 : 40000;
   for (int i = 0; i < 8; ++i) {
     const std::string name = "orb_log_p0_" + std::to_string(i);
     write("little/" + name, i, kLines, 64);
@@ -122,7 +122,7 @@ TEST_F(OrblogLarge, MemoryDoesNotGrowWithFilesThatAreMerged) {
 }
 
 TEST_F(OrblogLarge, MemoryDoesNotGrowWithFaults) {
-  const int kCounts[] = {2000, fewerEmulated(200000)};
+  const int kCounts[] = {2000, fewerIfSlow(200000)};
   for (const int count : kCounts) {
     Sealer good(keyOf(1)), bad(keyOf(2));
     Bytes bytes = header;
@@ -153,7 +153,7 @@ TEST_F(OrblogLarge, MemoryDoesNotGrowWithHugeLengths) {
   const auto peakOf = [this](const Bytes& length) {
     Sealer sealer(keyOf(1));
     Bytes bytes = header;
-    while (bytes.size() < (emulated() ? 100000u : 300000u)) {
+    while (bytes.size() < (slow() ? 100000u : 300000u)) {
       bytes += length;
       bytes += sealer.record("");
     }
@@ -191,7 +191,7 @@ TEST_F(OrblogLarge, MemoryDoesNotGrowWithAFileWhateverIsAskedOfIt) {
 }
 
 TEST_F(OrblogLarge, ManyFilesAreReadWithFewDescriptors) {
-  const int kFiles = emulated() ? 250 : 1000, kLines = 50 * kFiles;
+  const int kFiles = slow() ? 250 : 1000, kLines = 50 * kFiles;
   // Later files have lines between those of the earlier ones, and each has more lines than are kept
   // in memory.
   for (int i = 0; i < kFiles; ++i) write("orb_log_p0_" + std::to_string(i), i, kLines, kFiles);

@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <tuple>
 
-#include "Emulated.h"
 #include "OrblogFiles.h"
 #include "OrblogRun.h"
+#include "Rounds.h"
 
 using namespace orblogtest;
 
@@ -98,8 +98,8 @@ TEST_P(OrblogLong, InfoCountsThemAll) {
 
 INSTANTIATE_TEST_SUITE_P(Sizes, OrblogLong,
                          testing::Values(std::make_tuple(512, 1000), std::make_tuple(2000, 1000),
-                                         std::make_tuple(30000, emulated() ? 75 : 300),
-                                         std::make_tuple(kLongest, emulated() ? 40 : 150)));
+                                         std::make_tuple(30000, slow() ? 75 : 300),
+                                         std::make_tuple(kLongest, slow() ? 40 : 150)));
 
 class OrblogLongFollow : public testing::Test {
  protected:

@@ -2,8 +2,8 @@
 // Copyright (c) 2026 The OrbSdlSdk authors
 // Reading the same bytes again with a small limit for the output: the records must be the same as
 // the first time, for all kinds of faults. Also holes, which are skipped as if they were read.
-#include "Emulated.h"
 #include "OrblogParserFixture.h"
+#include "Rounds.h"
 
 using namespace orblogtest;
 
@@ -53,7 +53,7 @@ class OrblogParserAgain : public OrblogParser {
 
 TEST_F(OrblogParserAgain, GivesTheSameRecordsWithAnyRoomAndBudget) {
   size_t total = 0;
-  for (int round = 0; round < fewerEmulated(300); ++round) {
+  for (int round = 0; round < fewerIfSlow(300); ++round) {
     SCOPED_TRACE(round);
     const Bytes file = damagedFile();
     ring = KeyRing();
@@ -75,7 +75,7 @@ TEST_F(OrblogParserAgain, GivesTheSameRecordsWithAnyRoomAndBudget) {
       }
     }
   }
-  EXPECT_GT(total, fewerEmulated(3000u));
+  EXPECT_GT(total, fewerIfSlow(3000u));
 }
 
 // The header's key is on the ring behind the later file's.
@@ -93,7 +93,7 @@ TEST_F(OrblogParserAgain, HeaderBringsItsOwnKeyAndNoOtherOne) {
 }
 
 TEST_F(OrblogParserAgain, WithoutSearchBudgetPiecesMakeNoDifferenceEither) {
-  for (int round = 0; round < fewerEmulated(300); ++round) {
+  for (int round = 0; round < fewerIfSlow(300); ++round) {
     SCOPED_TRACE(round);
     const Bytes file = damagedFile();
     ring = KeyRing();
