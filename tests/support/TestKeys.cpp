@@ -15,6 +15,8 @@
 #include <memory>
 #include <mutex>
 
+#include "TestKeysPem.h"
+
 namespace {
 
 struct Free {
@@ -48,17 +50,23 @@ std::vector<uint8_t> number(const EVP_PKEY* key, const char* name) {
   return bytes;
 }
 
-Owned<EVP_PKEY> generate(unsigned bits) {
-  const Owned<EVP_PKEY_CTX> context(EVP_PKEY_CTX_new_id(EVP_PKEY_RSA, nullptr));
-  EVP_PKEY* key = nullptr;
-  require(EVP_PKEY_keygen_init(context.get()) == 1);
-  require(EVP_PKEY_CTX_set_rsa_keygen_bits(context.get(), static_cast<int>(bits)) == 1);
-  require(bits < 4096 || EVP_PKEY_CTX_set_rsa_keygen_primes(context.get(), 4) == 1);
-  require(EVP_PKEY_keygen(context.get(), &key) == 1);
-  return Owned<EVP_PKEY>(key);
+const char* madeKey(unsigned bits) {
+  switch (bits) {
+    case 2048:
+      return kRsa2048;
+    case 3072:
+      return kRsa3072;
+    case 4096:
+      return kRsa4096;
+    default:
+      std::abort();
+  }
 }
 
-testkeys::RsaKey describe(const Owned<EVP_PKEY>& owner) {
+testkeys::RsaKey describe(const char* privatePem) {
+  const Owned<BIO> text(BIO_new_mem_buf(privatePem, -1));
+  const Owned<EVP_PKEY> owner(PEM_read_bio_PrivateKey(text.get(), nullptr, nullptr, nullptr));
+  require(owner != nullptr);
   EVP_PKEY* const key = owner.get();
   testkeys::RsaKey result;
   result.publicPem = pem([key](BIO* bio) { return PEM_write_bio_PUBKEY(bio, key); });
@@ -95,11 +103,11 @@ const RsaKey& rsaKey(unsigned bits) {
   const std::lock_guard<std::mutex> lock(mutex);
   const auto found = keys.find(bits);
   if (found != keys.end()) return found->second;
-  return keys.emplace(bits, describe(generate(bits))).first->second;
+  return keys.emplace(bits, describe(madeKey(bits))).first->second;
 }
 
 const RsaKey& otherRsaKey() {
-  static const RsaKey key = describe(generate(2048));
+  static const RsaKey key = describe(kOtherRsa2048);
   return key;
 }
 

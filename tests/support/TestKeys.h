@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-// Keys for tests, made when they are first asked for.
+// Keys for tests. The build makes the RSA keys (make_keys.sh).
 namespace testkeys {
 
 struct RsaKey {
@@ -17,7 +17,7 @@ struct RsaKey {
   std::string encryptedPem;     // PKCS#8, with a passphrase
   std::vector<uint8_t> n, e, d;
 };
-// 2048 bits or more. From 4096 bits on the modulus has four primes, which take less time to find.
+// 2048, 3072 or 4096 bits.
 const RsaKey& rsaKey(unsigned bits);
 // A second key of 2048 bits.
 const RsaKey& otherRsaKey();

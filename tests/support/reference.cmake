@@ -4,6 +4,15 @@
 # test that decrypts needs it, so each build requires it.
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(GCRYPT REQUIRED IMPORTED_TARGET libgcrypt)
-add_library(orb_test_reference STATIC support/Reference.cpp support/TestKeys.cpp)
-target_link_libraries(orb_test_reference PUBLIC orb_test_include OpenSSL::Crypto
+add_library(orb_test_reference STATIC support/Reference.cpp)
+target_link_libraries(orb_test_reference PUBLIC orb_test_keys
   PRIVATE orb_flags PkgConfig::GCRYPT)
+
+set(made ${CMAKE_CURRENT_BINARY_DIR}/made)
+file(MAKE_DIRECTORY ${made})
+add_custom_command(OUTPUT ${made}/TestKeysPem.h VERBATIM
+  COMMAND ${CMAKE_CURRENT_LIST_DIR}/make_keys.sh ${made}/TestKeysPem.h
+  DEPENDS ${CMAKE_CURRENT_LIST_DIR}/make_keys.sh COMMENT "Making RSA keys for tests")
+add_library(orb_test_keys STATIC support/TestKeys.cpp ${made}/TestKeysPem.h)
+target_include_directories(orb_test_keys PRIVATE ${made})
+target_link_libraries(orb_test_keys PUBLIC orb_test_include OpenSSL::Crypto PRIVATE orb_flags)
