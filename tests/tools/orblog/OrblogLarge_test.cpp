@@ -79,7 +79,7 @@ class OrblogLarge : public testing::Test {
   const Bytes header = keyPair().header(keyOf(1));
 };
 
-// 20 MB in memory would be clearly visible, and so would the 7 MB of an emulated run.
+// 20 MB in memory would be clearly visible, and so would the 4 MB of a slow run.
 // ThreadSanitizer's own memory grows with the work, so with it the tests check only the output.
 #ifdef __SANITIZE_THREAD__
 constexpr long kAllowedKb = 1000000;
@@ -87,7 +87,7 @@ constexpr long kAllowedKb = 1000000;
 constexpr long kAllowedKb = 3000;
 #endif
 
-const int kLong = slow() ? 15000 : 46000;  // lines
+const int kLong = slow() ? 8000 : 46000;  // lines
 
 TEST_F(OrblogLarge, MemoryDoesNotGrowWithAFile) {
   write("orb_log_p0_00", 0, 4000);
