@@ -80,12 +80,7 @@ class OrblogLarge : public testing::Test {
 };
 
 // 20 MB in memory would be clearly visible, and so would the 4 MB of a slow run.
-// ThreadSanitizer's own memory grows with the work, so with it the tests check only the output.
-#ifdef __SANITIZE_THREAD__
-constexpr long kAllowedKb = 1000000;
-#else
 constexpr long kAllowedKb = 3000;
-#endif
 
 const int kLong = slow() ? 8000 : 46000;  // lines
 
