@@ -184,16 +184,19 @@ TEST_F(OrbIpcSessionTest, RoomIsAwaitedUntilTheDaemonReads) {
   using Clock = std::chrono::steady_clock;
   EXPECT_FALSE(mSession->awaitRoom(Clock::now() + kPatience));  // not connected
   connectAndExpectSuccess();
-  EXPECT_TRUE(mSession->awaitRoom(Clock::now()));
+  EXPECT_TRUE(mSession->awaitRoom(Clock::now() + kPatience));
   mDaemon.setReading(false);
   const auto note = makeNote(Bytes(16384));
   while (mSession->sendAtOnce(*note)) {
   }
-  EXPECT_FALSE(mSession->awaitRoom(Clock::now() + std::chrono::milliseconds(1)));
+  EXPECT_TRUE(mSession->awaitRoom(Clock::now()));  // the time is up
+  EXPECT_FALSE(mSession->sendAtOnce(*note));
   std::thread reader([&] { mDaemon.setReading(true); });
   EXPECT_TRUE(mSession->awaitRoom(Clock::now() + kPatience));
   EXPECT_TRUE(mSession->sendAtOnce(*note));
   reader.join();
+  mSession->beginClose();
+  EXPECT_FALSE(mSession->awaitRoom(Clock::now() + kPatience));
 }
 
 TEST_F(OrbIpcSessionTest, QueuedMessageWithoutConnectionIsDropped) {

@@ -12,7 +12,7 @@
 namespace allservices {
 namespace {
 
-const uint32_t kIndications = fewerIfSlow(100000u);
+const uint32_t kIndications = fewerIf(emulated(), 100000u);
 
 // The data of one service's receiver thread. Indications have numbers from 0, and each must be the
 // next one. mMutex guards only the end.

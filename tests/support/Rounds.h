@@ -10,8 +10,8 @@ inline bool emulated() {
   return is;
 }
 
-// Whether this test takes tens of times as long as in a plain build: under an emulator, or in a
-// build for which CMake says so.
+// Whether this test takes much longer than in a plain build: under the emulator, or in a build for
+// which CMake says so.
 inline bool slow() {
 #ifdef ORB_SLOW_BUILD
   return true;
@@ -21,8 +21,8 @@ inline bool slow() {
 }
 
 // A number of rounds, or a size, that only makes it more likely to find a fault. An eighth of it
-// if the test is slow. The code does the same there.
+// where the test is slow. The code does the same there.
 template <class Number>
-Number fewerIfSlow(Number count) {
-  return slow() ? static_cast<Number>(count / 8) : count;
+Number fewerIf(bool isSlow, Number count) {
+  return isSlow ? static_cast<Number>(count / 8) : count;
 }

@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
-# Writes a header with RSA keys for tests: make_keys.sh FILE. On a machine that an emulator
+# Writes a header with RSA keys for tests: make_keys.sh OPENSSL FILE. On a machine that an emulator
 # imitates, finding the primes would take longer than what most of these tests do with a key.
 set -euo pipefail
-file=$1
+openssl=$1
+file=$2
 
 key() { # key NAME BITS [OPTION...]
   printf 'constexpr char %s[] = R"(' "$1"
-  openssl genpkey -quiet -algorithm RSA -pkeyopt "rsa_keygen_bits:$2" "${@:3}"
+  "$openssl" genpkey -quiet -algorithm RSA -pkeyopt "rsa_keygen_bits:$2" "${@:3}"
   echo ')";'
 }
 {

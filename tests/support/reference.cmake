@@ -8,11 +8,13 @@ add_library(orb_test_reference STATIC support/Reference.cpp)
 target_link_libraries(orb_test_reference PUBLIC orb_test_keys
   PRIVATE orb_flags PkgConfig::GCRYPT)
 
-set(made ${CMAKE_CURRENT_BINARY_DIR}/made)
-file(MAKE_DIRECTORY ${made})
-add_custom_command(OUTPUT ${made}/TestKeysPem.h VERBATIM
-  COMMAND ${CMAKE_CURRENT_LIST_DIR}/make_keys.sh ${made}/TestKeysPem.h
+find_program(ORB_OPENSSL openssl REQUIRED NO_CMAKE_FIND_ROOT_PATH)
+set(folder ${CMAKE_CURRENT_BINARY_DIR}/keys)
+file(MAKE_DIRECTORY ${folder})
+add_custom_command(OUTPUT ${folder}/TestKeysPem.h VERBATIM
+  COMMAND bash ${CMAKE_CURRENT_LIST_DIR}/make_keys.sh ${ORB_OPENSSL} ${folder}/TestKeysPem.h
   DEPENDS ${CMAKE_CURRENT_LIST_DIR}/make_keys.sh COMMENT "Making RSA keys for tests")
-add_library(orb_test_keys STATIC support/TestKeys.cpp ${made}/TestKeysPem.h)
-target_include_directories(orb_test_keys PRIVATE ${made})
+add_library(orb_test_keys STATIC support/TestKeys.cpp ${folder}/TestKeysPem.h)
+target_include_directories(orb_test_keys PRIVATE ${folder})
 target_link_libraries(orb_test_keys PUBLIC orb_test_include OpenSSL::Crypto PRIVATE orb_flags)
+unset(folder)

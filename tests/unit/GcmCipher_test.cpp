@@ -149,8 +149,8 @@ TEST_F(GcmCipherTest, ErrorsThatTheApplicationHasQueuedStay) {
   EXPECT_EQ(0u, ERR_peek_error());
 }
 
-TEST_F(GcmCipherTest, AMillionIvsAreAllDifferent) {
-  std::vector<Iv> ivs(fewerIfSlow(1000000u));
+TEST_F(GcmCipherTest, ManyIvsAreAllDifferent) {
+  std::vector<Iv> ivs(fewerIf(slow(), 1000000u));
   for (Iv& iv : ivs) ASSERT_TRUE(cipher.newIv(iv.data()));
   std::sort(ivs.begin(), ivs.end());
   EXPECT_EQ(ivs.end(), std::adjacent_find(ivs.begin(), ivs.end()));

@@ -35,16 +35,19 @@ class SdkDisable : public AfterCallback {
   // Second half: waits until the worker has sent what is queued and has deactivated the type. If
   // that takes longer than the grace period, it forces the disable: the daemon may be absent, not
   // answer or not read, or the worker may be in a connect or a callback of another type. Returns
-  // well within half a second.
+  // within half a second.
   void finish();
   // The second half for a caller who must not wait: a thread of the library forces the disable
   // after the grace period.
   static void finishLater(const std::shared_ptr<SdkDisable>& disable);
   // Waits for the rest of the grace period. False if the type is still active then.
   bool awaitGracePeriod();
-  // Ends the grace period: sends the disable message on a connected session and closes it. The
-  // worker deactivates the type later, when it handles the cleanup event.
-  void force();
+  // How long a daemon that reads slowly has to make room for the disable message.
+  static constexpr std::chrono::milliseconds kRoom{80};
+  // Ends the grace period: sends the disable message on a connected session and closes it. Waits
+  // that long for a message that the worker is sending, and for room. The worker deactivates the
+  // type later, when it handles the cleanup event.
+  void force(std::chrono::milliseconds room = kRoom);
 
   // After the grace period the type neither connects nor sends.
   bool gracePeriodOver() const;
@@ -52,9 +55,9 @@ class SdkDisable : public AfterCallback {
   // it has tried.
   bool claimMessage();
   void noteMessageSent();
-  // Sends the disable message on @p session. If another thread is sending it, waits until that has
-  // tried.
-  void sendMessage(OrbIpcClientSession& session);
+  // Sends the disable message on @p session, and waits for room until @p roomBy. If another thread
+  // is sending it, waits until that has tried.
+  void sendMessage(OrbIpcClientSession& session, Clock::time_point roomBy = {});
   // On the worker: the type is deactivated. @p session was its session, null without one. @p last:
   // no type is active any more, the worker ends.
   void complete(std::shared_ptr<OrbIpcClientSession> session, bool last);

@@ -45,5 +45,5 @@ void DisableWatch::watch() {
 
 // Other threads may have added disables meanwhile, which rely on the thread that could not start.
 void DisableWatch::forceAll() {
-  while (const auto disable = next()) disable->force();
+  while (const auto disable = next()) disable->force(std::chrono::milliseconds(0));
 }

@@ -15,9 +15,11 @@ namespace {
 // deactivates the type after its session was closed; receiver and worker end, each. Together below
 // half a second.
 constexpr std::chrono::milliseconds kGracePeriod(200);
-constexpr std::chrono::milliseconds kRoom(90);
+constexpr std::chrono::milliseconds kRoom = SdkDisable::kRoom;
 constexpr std::chrono::milliseconds kAfterClose(100);
 constexpr std::chrono::milliseconds kThreadEnd(50);
+static_assert(kGracePeriod + kRoom + kAfterClose + 2 * kThreadEnd <=
+              std::chrono::milliseconds(480));
 
 }  // namespace
 
@@ -53,13 +55,14 @@ void SdkDisable::outside(const std::shared_ptr<AfterCallback>& self) {
   finishLater(std::static_pointer_cast<SdkDisable>(self));
 }
 
-void SdkDisable::force() {
+void SdkDisable::force(std::chrono::milliseconds room) {
   startGracePeriod(std::chrono::milliseconds(0));
   mClient->wakeForUncounted();  // in case the worker was not woken for the event
   if (const auto closing = mClient->sessionOf(*this)) {
     // The worker sends no further message of the type. Wait for one that it is sending, but not for
     // long.
-    if (mClient->awaitSendEnd(mType, kRoom)) sendMessage(*closing);
+    const auto end = Clock::now() + room;
+    if (mClient->awaitSendEnd(mType, room)) sendMessage(*closing, end);
     closing->beginClose();
   }
 }
@@ -102,7 +105,7 @@ void SdkDisable::awaitMessage() {
 // Called before a session is closed after the grace period; its connection may still work. Runs on
 // the thread that forces the disable, or on the worker if it is late. The second one waits for the
 // first, so that neither closes the connection during the send.
-void SdkDisable::sendMessage(OrbIpcClientSession& session) {
+void SdkDisable::sendMessage(OrbIpcClientSession& session, Clock::time_point roomBy) {
   if (mCleanup->silent) return;
   if (!claimMessage()) {
     awaitMessage();
@@ -110,8 +113,7 @@ void SdkDisable::sendMessage(OrbIpcClientSession& session) {
   }
   try {
     SendBlobMessage message(convertSdkTypeToIpc(mType), std::move(mCleanup->blob));
-    session.awaitRoom(std::min(gracePeriodEnd(), Clock::now()) + kRoom);
-    session.sendAtOnce(message);
+    if (!session.sendAtOnce(message) && session.awaitRoom(roomBy)) session.sendAtOnce(message);
   } catch (...) {
     // The caller closes the session anyway, and waiting threads must go on.
   }

@@ -67,7 +67,8 @@ int sendFlags(int flags = 0);
 // unless @p flags prevent that. After a failure the connection counts as lost: the socket is shut
 // down, so that its receiver ends and tells the handler. EAGAIN is no such failure.
 bool sendIpc(const ipcMsg_t& msg, const IpcSocket& socket, int flags = 0);
-// Waits until @p socket has room for a small frame, or no longer works. False when the time is up.
+// Waits until most of the buffer of @p socket is free, or @p end has come. False if the socket does
+// not work any more.
 bool awaitRoom(const IpcSocket& socket, std::chrono::steady_clock::time_point end);
 
 // From here on for programs that take part in the IPC themselves: the sessions of this library use

@@ -25,8 +25,8 @@ struct IpcMsgConstructorHandlerPair_t {
 // One connection to the daemon: socket, handshake, receiver, dispatch, sending. Must be owned by a
 // shared_ptr. Connecting and sending run on the thread that posts (the SDK worker; a disable
 // message also on one that waits for it, while the worker does not send), incoming frames and the
-// end of the connection on the receiver thread; beginClose(), stopRetrying(), awaitReceiver() and
-// cleanup() may come from any thread. mStateLock guards the state of the connection and is never
+// end of the connection on the receiver thread; awaitRoom(), beginClose(), stopRetrying(),
+// awaitReceiver() and cleanup() may come from any thread. mStateLock guards the state of the connection and is never
 // held across a system call that blocks, a wait for a thread or a call of a handler. The registry
 // and the raw handler are filled before the first connect and constant after it.
 class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
@@ -47,8 +47,8 @@ class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
   // Sends on the calling thread, ahead of what others post, and does not wait for room in the
   // socket. The caller makes sure that no other thread sends meanwhile.
   bool sendAtOnce(OrbIpcMessage& msg);
-  // Waits until the socket has room for a small message. False when the time is up, or without a
-  // socket.
+  // Waits until most of the socket's buffer is free, or @p end has come. False if the socket does
+  // not work any more, or without one.
   bool awaitRoom(std::chrono::steady_clock::time_point end);
 
   // An id that is already there keeps its entry.

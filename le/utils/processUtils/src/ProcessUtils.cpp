@@ -3,6 +3,7 @@
 #include "ProcessUtils.h"
 
 #include <errno.h>
+#include <limits.h>
 #include <poll.h>
 #include <string.h>
 #include <sys/socket.h>
@@ -172,11 +173,13 @@ bool sendWhole(const ipcMsg_t& msg, const IpcSocket& socket, int flags) {
 bool awaitRoom(const IpcSocket& socket, std::chrono::steady_clock::time_point end) {
   using std::chrono::milliseconds;
   pollfd state = {socket.get(), POLLOUT, 0};
-  for (;;) {
+  int ready = 0;
+  do {
     const auto left = std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
-    const int ready = poll(&state, 1, static_cast<int>(std::max(left, milliseconds(0)).count()));
-    if (ready >= 0 || errno != EINTR) return ready > 0;
-  }
+    const auto bounded = std::clamp(left, milliseconds(0), milliseconds(INT_MAX));
+    ready = poll(&state, 1, static_cast<int>(bounded.count()));
+  } while (ready < 0 && errno == EINTR);
+  return ready >= 0 && (state.revents & (POLLERR | POLLHUP)) == 0;
 }
 
 int sendFlags(int flags) { return isLibraryThread() ? flags : flags | MSG_NOSIGNAL; }

@@ -41,7 +41,7 @@ class OrblogDamage : public OrblogParser {
 
 TEST_F(OrblogDamage, EveryRecordWithoutDamageIsReadAndNoOther) {
   const size_t kRecords = 40;
-  for (uint32_t seed = 0; seed < fewerIfSlow(300u); ++seed) {
+  for (uint32_t seed = 0; seed < fewerIf(emulated(), 300u); ++seed) {
     Numbers numbers(seed);
     Bytes file = headerOf(keyOf(1));
     std::vector<size_t> starts;
@@ -71,7 +71,7 @@ TEST_F(OrblogDamage, EveryRecordWithoutDamageIsReadAndNoOther) {
 }
 
 TEST_F(OrblogDamage, LostAndForeignStretchesCostOnlyTheRecordsTheyTouch) {
-  for (uint32_t seed = 0; seed < fewerIfSlow(300u); ++seed) {
+  for (uint32_t seed = 0; seed < fewerIf(emulated(), 300u); ++seed) {
     Numbers numbers(seed);
     Bytes file = headerOf(keyOf(1));
     Texts expected;
@@ -102,7 +102,7 @@ TEST_F(OrblogDamage, LostAndForeignStretchesCostOnlyTheRecordsTheyTouch) {
 // Also with damaged lengths that the library never writes.
 TEST_F(OrblogDamage, WhereAPieceEndsMakesNoDifferenceWhileThereIsMore) {
   size_t read = 0;
-  for (uint32_t seed = 0; seed < fewerIfSlow(200u); ++seed) {
+  for (uint32_t seed = 0; seed < fewerIf(emulated(), 200u); ++seed) {
     Numbers numbers(seed);
     Bytes file = headerOf(keyOf(1));
     for (size_t i = 0; i < 25; ++i) {
@@ -135,7 +135,7 @@ TEST_F(OrblogDamage, WhereAPieceEndsMakesNoDifferenceWhileThereIsMore) {
       EXPECT_EQ(findings(), faults) << seed << " " << most;
     }
   }
-  EXPECT_GT(read, fewerIfSlow(3000u));
+  EXPECT_GT(read, fewerIf(emulated(), 3000u));
 }
 
 // Hostile bytes of one megabyte. The time limit of the test would detect an endless search.
@@ -155,7 +155,7 @@ class OrblogHostileBytes : public OrblogParser {
     EXPECT_TRUE(out.records.empty());
     EXPECT_TRUE(hasProblem());
   }
-  const size_t kSize = fewerIfSlow(size_t{1} << 20);
+  const size_t kSize = fewerIf(emulated(), size_t{1} << 20);
 };
 
 TEST_F(OrblogHostileBytes, RandomBytesEnd) {
@@ -184,7 +184,7 @@ TEST_F(OrblogHostileBytes, LengthsOfTheLeastEnd) {
 
 TEST_F(OrblogHostileBytes, GoodRecordsBetweenHugeLengthsAreReadAndEnd) {
   Bytes file = headerOf(keyOf(1));
-  const size_t kCount = fewerIfSlow(10000u);
+  const size_t kCount = fewerIf(emulated(), 10000u);
   for (size_t i = 0; i < kCount; ++i) {
     file += Bytes{0xFF, 0xFF};
     file += sealer.record("good");

@@ -53,7 +53,7 @@ class OrblogParserAgain : public OrblogParser {
 
 TEST_F(OrblogParserAgain, GivesTheSameRecordsWithAnyRoomAndBudget) {
   size_t total = 0;
-  for (int round = 0; round < fewerIfSlow(300); ++round) {
+  for (int round = 0; round < fewerIf(emulated(), 300); ++round) {
     SCOPED_TRACE(round);
     const Bytes file = damagedFile();
     ring = KeyRing();
@@ -75,7 +75,7 @@ TEST_F(OrblogParserAgain, GivesTheSameRecordsWithAnyRoomAndBudget) {
       }
     }
   }
-  EXPECT_GT(total, fewerIfSlow(3000u));
+  EXPECT_GT(total, fewerIf(emulated(), 3000u));
 }
 
 // The header's key is on the ring behind the later file's.
@@ -93,7 +93,7 @@ TEST_F(OrblogParserAgain, HeaderBringsItsOwnKeyAndNoOtherOne) {
 }
 
 TEST_F(OrblogParserAgain, WithoutSearchBudgetPiecesMakeNoDifferenceEither) {
-  for (int round = 0; round < fewerIfSlow(300); ++round) {
+  for (int round = 0; round < fewerIf(emulated(), 300); ++round) {
     SCOPED_TRACE(round);
     const Bytes file = damagedFile();
     ring = KeyRing();

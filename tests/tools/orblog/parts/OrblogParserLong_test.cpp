@@ -151,7 +151,7 @@ TEST_F(OrblogParserLong, FileWithoutHeaderMayBeginWithOne) {
 
 // Every piece advances by more than a record can wait for.
 TEST_F(OrblogParserLong, WhateverTheLengthsSayPiecesAreReadAnewOnlyOnce) {
-  const size_t kSize = fewerIfSlow(size_t{4} << 20);
+  const size_t kSize = fewerIf(slow(), size_t{4} << 20);
   const size_t most = kSize / (kPiece - kLargestRecord) + 3;
   for (const uint8_t byte : {uint8_t{0xFF}, uint8_t{0x80}, uint8_t{0x01}, uint8_t{0x00}}) {
     Bytes file = headerOf(keyOf(1));
@@ -162,7 +162,7 @@ TEST_F(OrblogParserLong, WhateverTheLengthsSayPiecesAreReadAnewOnlyOnce) {
     EXPECT_EQ(texts(), Texts{first});
     EXPECT_TRUE(hasProblem());
   }
-  const Bytes file = fileOf(kLongest, fewerIfSlow(size_t{64}));
+  const Bytes file = fileOf(kLongest, fewerIf(slow(), size_t{64}));
   out = {};
   EXPECT_LE(parseReadingAnew(file), most);
   expectTexts(all, kPiece);
@@ -170,7 +170,7 @@ TEST_F(OrblogParserLong, WhateverTheLengthsSayPiecesAreReadAnewOnlyOnce) {
 
 TEST_F(OrblogParserLong, HugeLengthsInSmallPiecesEnd) {
   Bytes file = headerOf(keyOf(1));
-  const size_t kCount = fewerIfSlow(10000u);
+  const size_t kCount = fewerIf(slow(), 10000u);
   for (size_t i = 0; i < kCount; ++i) {
     file += Bytes{0xFF, 0xFF};
     file += sealer.record("good");
