@@ -295,7 +295,7 @@ ORB_API int64_t lceRegEstimationReports(LceEstimationReportCb cb);
 #ifdef ORB_STATIC_ASSERT
 #define ORB_LCE_ASSERT_INT32(TYPE)                            \
   ORB_STATIC_ASSERT(sizeof(TYPE) == 4, #TYPE " has 32 bits"); \
-  ORB_STATIC_ASSERT((TYPE)-1 < (TYPE)0, #TYPE " is signed")
+  ORB_STATIC_ASSERT(ORB_IS_SIGNED(TYPE), #TYPE " is signed")
 #define ORB_LCE_ASSERT_OFFSET(TYPE, FIELD, OFFSET) \
   ORB_STATIC_ASSERT(offsetof(TYPE, FIELD) == (OFFSET), #TYPE "." #FIELD " is at " #OFFSET)
 ORB_LCE_ASSERT_INT32(LceReportingAction);

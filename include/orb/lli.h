@@ -209,7 +209,7 @@ ORB_API int64_t lliRegLinkInterruptInd(LliLinkInterruptIndCb cb);
 #ifdef ORB_STATIC_ASSERT
 #define ORB_LLI_ASSERT_INT32(TYPE)                            \
   ORB_STATIC_ASSERT(sizeof(TYPE) == 4, #TYPE " has 32 bits"); \
-  ORB_STATIC_ASSERT((TYPE)-1 < (TYPE)0, #TYPE " is signed")
+  ORB_STATIC_ASSERT(ORB_IS_SIGNED(TYPE), #TYPE " is signed")
 ORB_LLI_ASSERT_INT32(LliHandoffIndType);
 ORB_LLI_ASSERT_INT32(LliPreHandoffState);
 ORB_LLI_ASSERT_INT32(LliHandoffState);

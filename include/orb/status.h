@@ -54,6 +54,12 @@
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
 #define ORB_STATIC_ASSERT(CONDITION, TEXT) _Static_assert(CONDITION, TEXT)
 #endif
+/* An application in C++ may have warnings of casts as in C. */
+#if defined(__cplusplus)
+#define ORB_IS_SIGNED(TYPE) (static_cast<TYPE>(-1) < static_cast<TYPE>(0))
+#else
+#define ORB_IS_SIGNED(TYPE) ((TYPE)-1 < (TYPE)0)
+#endif
 
 /**
  * What a status callback of the first generation (LceStatusIndCb and its like) is given: the
@@ -126,12 +132,11 @@ typedef ORB_ENUM_TYPE(SdlAccessNetworkType) SdlAccessNetworkType;
 
 #ifdef ORB_STATIC_ASSERT
 ORB_STATIC_ASSERT(sizeof(status_e) == 4, "status_e has 32 bits");
-ORB_STATIC_ASSERT((status_e)-1 < (status_e)0, "status_e is signed");
+ORB_STATIC_ASSERT(ORB_IS_SIGNED(status_e), "status_e is signed");
 ORB_STATIC_ASSERT(sizeof(status_v2_e) == 4, "status_v2_e has 32 bits");
-ORB_STATIC_ASSERT((status_v2_e)-1 < (status_v2_e)0, "status_v2_e is signed");
+ORB_STATIC_ASSERT(ORB_IS_SIGNED(status_v2_e), "status_v2_e is signed");
 ORB_STATIC_ASSERT(sizeof(SdlAccessNetworkType) == 4, "SdlAccessNetworkType has 32 bits");
-ORB_STATIC_ASSERT((SdlAccessNetworkType)-1 < (SdlAccessNetworkType)0,
-                  "SdlAccessNetworkType is signed");
+ORB_STATIC_ASSERT(ORB_IS_SIGNED(SdlAccessNetworkType), "SdlAccessNetworkType is signed");
 #endif
 
 #endif /* ORB_STATUS_H */

@@ -10,9 +10,13 @@ endif()
 # Some compilers need the right file name and an output file.
 function(compile COMPILER LANGUAGE STANDARD HEADER)
   file(WRITE empty.${LANGUAGE} "")
+  set(flags -pedantic -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow -Wundef -Wcast-qual -Werror)
+  if(LANGUAGE STREQUAL "cpp")
+    list(APPEND flags -Wold-style-cast -Wzero-as-null-pointer-constant)
+  endif()
   execute_process(
-    COMMAND ${COMPILER} -std=${STANDARD} -pedantic -Wall -Wextra -Werror
-            -I${INCLUDE_DIR} -include ${HEADER} -c empty.${LANGUAGE} -o empty.o
+    COMMAND ${COMPILER} -std=${STANDARD} ${flags} -I${INCLUDE_DIR} -include ${HEADER}
+            -c empty.${LANGUAGE} -o empty.o
     RESULT_VARIABLE result ERROR_VARIABLE errors OUTPUT_VARIABLE output)
   if(NOT result EQUAL 0)
     message(FATAL_ERROR "${HEADER} as ${STANDARD}:\n${output}${errors}")
