@@ -54,7 +54,12 @@ function(orb_library NAME)
   if(ORB_STATIC_CXX)
     target_sources(${NAME} PRIVATE ${PROJECT_SOURCE_DIR}/utils/base/src/Demangler.cpp)
   endif()
-  target_include_directories(${NAME} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+  # As the headers of an installed library: warnings that somebody's project asks for are not about them.
+  set(system)
+  if(NOT ORB_STANDALONE)
+    set(system SYSTEM)
+  endif()
+  target_include_directories(${NAME} ${system} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
   target_link_libraries(${NAME} PRIVATE $<BUILD_INTERFACE:orb_proto_headers>
     $<BUILD_INTERFACE:OpenSSL::Crypto> Threads::Threads ${CMAKE_DL_LIBS})
   add_dependencies(${NAME} ${ARGN})
