@@ -18,6 +18,7 @@ taken_in=("-DTAKEN_IN=$work/taken_in.cmake" "-DFETCHCONTENT_SOURCE_DIR_ORBSDLSDK
   -DBUILD_SHARED_LIBS=OFF)
 configure "$work/parent" "$work/build" "${taken_in[@]}"
 grep -q '^OrbSdlSdk stays a shared library' "$work/log" || fail "it ignores BUILD_SHARED_LIBS: $(<"$work/log")"
+grep -q '^-- This build has OrbSdlSdk already' "$work/log" || fail "it is not taken in twice: $(<"$work/log")"
 grep -q '^CMAKE_BUILD_TYPE:STRING=$' "$work/build/CMakeCache.txt" ||
   fail "the parent has another build type: $(grep CMAKE_BUILD_TYPE: "$work/build/CMakeCache.txt")"
 [[ ! -e $work/build/compile_commands.json ]] || fail "the parent has got compile commands"
