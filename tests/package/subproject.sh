@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright (c) 2026 The OrbSdlSdk authors
 # The library as a part of another project, which it leaves as it is, by those commands of
-# docs/installing.md that have WORDS: subproject.sh WORK CMAKE SOURCES WORDS.
+# docs/installing.md that have WORDS: subproject.sh WORK CMAKE SOURCES WORDS ORBD_SIM REDIRECTION
+# [EMULATOR...].
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -32,8 +33,9 @@ installed=$(cd "$work/prefix" && find . -type f)
 
 # With all that a parent may ask for. The documents of both keep apart, and the kit is there without a package.
 : >"$work/parent/mine.cpp"
-configure "$work/parent" "$work/all" "${taken_in[@]}" -DWITH_ALL=ON -DORB_INSTALL=ON -DORB_BUILD_TOOLS=ON \
-  -DCMAKE_UNITY_BUILD=ON
+documented docs/testing-applications.md 'NAME my_player' cmake >"$work/tested.cmake"
+all=(-DTESTED="$work/tested.cmake" -DWITH_ALL=ON -DORB_INSTALL=ON -DORB_BUILD_TOOLS=ON)
+configure "$work/parent" "$work/all" "${taken_in[@]}" "${all[@]}" -DCMAKE_UNITY_BUILD=ON
 grep -q '/Unity/' "$work/all/build.ninja" || fail "the parent's own sources are not joined"
 ! grep -E '/(orb_[a-z_]+|OrbSdlSdk)\.dir/Unity/' "$work/all/build.ninja" ||
   fail "sources are joined, which have equal names"
@@ -45,4 +47,20 @@ if grep -q '^build .*liborbsim\.a' "$work/all/build.ninja"; then
   link=$(grep '^build kit_test: ' "$work/all/build.ninja") || fail "the parent has no test kit"
   [[ $link == *liborbsim.a*libgtest* ]] || fail "the test is not linked to the kit: $link"
 fi
+
+# The programs find what they need beside them, wherever the parent has its own. They are built by whoever has
+# minutes, and copied here.
+tools=$(sed -n 's|^build \(.*\)/bin/orbd-sim: .*|\1|p' "$work/all/build.ninja")
+[[ -n $tools ]] || fail "orbd-sim is elsewhere: $(grep '^build .*/orbd-sim: ' "$work/all/build.ninja")"
+grep -q "^build $tools/lib/liborb_redirect.so: " "$work/all/build.ninja" || fail "the sandbox lacks its library"
+cd "$work/all/$tools"
+mkdir -p lib
+cp "$5" bin/orbd-sim
+cp "$6" lib/
+run "${@:7}" bin/orbd-sim check steady
+run bin/orb-sandbox --redirect true
+[[ -e share/orbsim/python/orbsim_pytest.py ]] || fail "there is no module for pytest"
+for part in "$tools/bin/orbd-sim" "$tools/bin/../share/orbsim/python"; do
+  grep -q "$part" "$work/all/CTestTestfile.cmake" || fail "tests of the parent do not name $part"
+done
 rm -rf "$work"
