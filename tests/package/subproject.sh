@@ -46,6 +46,10 @@ run "$cmake" --install "$work/all" --prefix "$work/documents" --component doc
 if grep -q '^build .*liborbsim\.a' "$work/all/build.ninja"; then
   link=$(grep '^build kit_test: ' "$work/all/build.ninja") || fail "the parent has no test kit"
   [[ $link == *liborbsim.a*libgtest* ]] || fail "the test is not linked to the kit: $link"
+  # Make knows objects as files, not whose they are.
+  run "$cmake" -G "Unix Makefiles" -C "$work.cmake" -S "$work/parent" -B "$work/with make" "${taken_in[@]}" "${all[@]}"
+  grep -q '/orb_testkit.dir/all: .*/orb_testkit_objects.dir/all$' "$work/with make/CMakeFiles/Makefile2" ||
+    fail "make does not build the objects of the kit before the kit"
 fi
 
 # The programs find what they need beside them, wherever the parent has its own. They are built by whoever has
