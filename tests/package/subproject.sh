@@ -26,6 +26,13 @@ grep -q '^CMAKE_BUILD_TYPE:STRING=$' "$work/build/CMakeCache.txt" ||
 
 # The library itself is built by whoever has minutes; the program is compiled, which needs its headers.
 run "$cmake" --build "$work/build" --target log orb_log CMakeFiles/first.dir/first.c.o
+configure "$work/parent" "$work/device" "${taken_in[@]}" -DORB_PLATFORM=device -DORB_STATIC_PROTOBUF=OFF \
+  -DORB_STATIC_CXX=OFF
+run "$cmake" --build "$work/device" --target orb_stub_log
+for build in build device; do
+  readelf --wide --dyn-syms "$(find "$work/$build" -name liblog.so)" >"$work/log"
+  grep -q 'DEFAULT  *[0-9].* __android_log_print' "$work/log" || fail "the linker misses functions in liblog of $build"
+done
 grep -q '^build first: .*libOrbSdlSdk' "$work/build/build.ninja" || fail "the program is not linked to the library"
 run "$cmake" --install "$work/build" --prefix "$work/prefix"
 installed=$(cd "$work/prefix" && find . -type f)
