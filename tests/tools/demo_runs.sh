@@ -43,6 +43,7 @@ for place in sandbox none; do
   until grep -q '^lce  .*Mbit/s' "$work/said" && grep -q '^lle  .* ms' "$work/said" &&
     grep -q '^lli  .* to ' "$work/said"; do
     kill -0 "$demo" || fail "the demo has ended"
+    sleep 0.1
   done
   kill -TERM "$demo"
   wait "$demo" || fail "status $?"

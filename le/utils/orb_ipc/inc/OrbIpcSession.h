@@ -26,9 +26,10 @@ struct IpcMsgConstructorHandlerPair_t {
 // shared_ptr. Connecting and sending run on the thread that posts (the SDK worker; a disable
 // message also on one that waits for it, while the worker does not send), incoming frames and the
 // end of the connection on the receiver thread; awaitRoom(), beginClose(), stopRetrying(),
-// awaitReceiver() and cleanup() may come from any thread. mStateLock guards the state of the connection and is never
-// held across a system call that blocks, a wait for a thread or a call of a handler. The registry
-// and the raw handler are filled before the first connect and constant after it.
+// awaitReceiver() and cleanup() may come from any thread. mStateLock guards the state of the
+// connection and is never held across a system call that blocks, a wait for a thread or a call of a
+// handler. The registry and the raw handler are filled before the first connect and constant after
+// it.
 class OrbIpcSession : public IpcHandler<std::shared_ptr<OrbIpcMessage>>,
                       public std::enable_shared_from_this<OrbIpcSession> {
  public:
