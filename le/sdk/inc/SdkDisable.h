@@ -44,9 +44,9 @@ class SdkDisable : public AfterCallback {
   bool awaitGracePeriod();
   // How long a daemon that reads slowly has to make room for the disable message.
   static constexpr std::chrono::milliseconds kRoom{80};
-  // Ends the grace period: sends the disable message on a connected session and closes it. Waits
-  // that long for a message that the worker is sending, and for room. The worker deactivates the
-  // type later, when it handles the cleanup event.
+  // Ends the grace period: sends the disable message on a connected session and closes it. Before
+  // that it waits at most @p room, for the end of a message that the worker is sending and for room
+  // in the socket. The worker deactivates the type later, when it handles the cleanup event.
   void force(std::chrono::milliseconds room = kRoom);
 
   // After the grace period the type neither connects nor sends.
